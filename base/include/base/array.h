@@ -1,0 +1,127 @@
+// The growable byte buffer and the typed array over it.
+#pragma once
+
+#include <base/words.h>
+
+#include <new>
+
+/// Untyped growable bytes from the C allocator. Grows by doubling, from 32 bytes on, so that
+/// appending is amortised constant time.
+class ByteArray {
+public:
+    ByteArray() = default;
+    /// Copies the bytes in use; the copy's capacity is its length.
+    ByteArray(const ByteArray& other);
+    ByteArray& operator=(const ByteArray&) = delete;
+    ~ByteArray();
+
+    /// Sets all three members to zero without freeing anything.
+    void init();
+
+    /// Address of byte `index`; no bounds check.
+    char* operator[](long index) const { return data_ + index; }
+    /// Bytes in use.
+    uword len() const { return length_; }
+    /// Bytes allocated.
+    uword capacity() const { return capacity_; }
+
+    /// Makes the length `n`, growing the block when it is too small. New bytes are not cleared.
+    /// Throws `StrXception` "out of memory (...)" and leaves the array as it was.
+    void grow_to(uword n) {
+        if (capacity_ < n) {
+            grow_to_ool(n);
+        }
+        length_ = n;
+    }
+    void grow_by(uword n) { grow_to(length_ + n); }
+    /// The growth step itself: at least 32 bytes, then doubling until `n` fits. Keeps the length.
+    void grow_to_ool(uword n);
+    /// Drops the last `n` bytes; the caller sees to it that there are as many.
+    void shrink_by(uword n) { length_ -= n; }
+    /// Gives back what is allocated beyond the length.
+    void trim();
+    /// Makes the capacity `n` (0 frees the block). The present capacity is a warning and no change.
+    /// Throws `StrXception` "out of memory (...)" and leaves the array as it was.
+    void realloc(uword n);
+
+private:
+    char* data_ = nullptr;
+    uword capacity_ = 0;
+    uword length_ = 0;
+};
+
+/// Typed elements back to back in one `ByteArray`.
+///
+/// Elements are moved bitwise when the block grows: only types that survive that may be stored
+/// (`String`, plain records, matrices). Not copyable.
+template <class T>
+class Array {
+public:
+    Array() = default;
+    Array(const Array&) = delete;
+    Array& operator=(const Array&) = delete;
+    ~Array() { clear(); }
+
+    /// Elements stored.
+    uword len() const { return bytes_.len() / sizeof(T); }
+    bool empty() const { return bytes_.len() == 0; }
+
+    /// Element `index`; no bounds check.
+    T& operator[](unsigned long index) { return *at(index); }
+    const T& operator[](unsigned long index) const { return *at(index); }
+    /// The last element; there must be one.
+    T* last() { return at(len() - 1); }
+    const T* last() const { return at(len() - 1); }
+
+    /// Makes room for `n` elements more, as raw bytes that the caller constructs in place, and
+    /// returns the address of the last one. The length grows at once.
+    T* reserve(unsigned long n) {
+        bytes_.grow_by(n * sizeof(T));
+        return last();
+    }
+    /// One raw element more.
+    T* _append() { return reserve(1); }
+    /// One default-constructed element more.
+    T* append() {
+        return append_made([](void* place) { return new (place) T; });
+    }
+    /// A copy of `value` more; `value` may be an element of this array.
+    T* append(const T& value) {
+        T copy(value);
+        return append_made([&copy](void* place) { return new (place) T(static_cast<T&&>(copy)); });
+    }
+
+    /// Destroys the last element. Memory is kept.
+    void shrink() {
+        T* element = last();
+        // Out of the array before its destructor runs, which may throw.
+        bytes_.shrink_by(sizeof(T));
+        element->~T();
+    }
+    /// Destroys all elements, the last one first. The capacity is kept.
+    void clear() {
+        while (!empty()) {
+            shrink();
+        }
+    }
+    /// Bytes allocated.
+    uword capacity() const { return bytes_.capacity(); }
+
+private:
+    T* at(unsigned long index) const {
+        return reinterpret_cast<T*>(bytes_[static_cast<long>(index * sizeof(T))]);
+    }
+
+    template <class Make>
+    T* append_made(Make make) {
+        void* place = _append();
+        try {
+            return make(place);
+        } catch (...) {
+            bytes_.shrink_by(sizeof(T));
+            throw;
+        }
+    }
+
+    ByteArray bytes_;
+};

@@ -1,0 +1,31 @@
+# How every target is compiled: the language, the warnings, the floating-point rules.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+
+# Same floats everywhere: a contracted multiply-add moves pixels.
+add_compile_options(-ffp-contract=off)
+# Messages name sources from the project root, in any build folder.
+add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # Unique symbols would keep the module in memory after it is closed.
+  add_compile_options(-fno-gnu-unique)
+endif()
+if(LUMIVAR_SANITIZE)
+  add_compile_options(-fsanitize=${LUMIVAR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  if(LUMIVAR_SANITIZE MATCHES "undefined")
+    add_compile_options(-fsanitize=float-cast-overflow)
+  endif()
+  add_link_options(-fsanitize=${LUMIVAR_SANITIZE})
+endif()
+
+# The rooms, hosts and tools meet these; tests meet the shorter list.
+set(LUMIVAR_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wdouble-promotion
+                     -Wnon-virtual-dtor -Wold-style-cast -Wcast-align -Wformat=2)
+set(LUMIVAR_TEST_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor)

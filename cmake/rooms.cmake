@@ -1,0 +1,31 @@
+# add_room(NAME base SOURCES string.cpp ... HEADERS include/base/string.h ... [DEPENDS osapi ...])
+#
+# A room is one static library. Others see the headers under its include/ folder and nothing else, so
+# a room that does not name another in DEPENDS cannot include from it: the build keeps the layers.
+# Headers named under DEPENDS_PRIVATE are for the room's own sources only.
+function(add_room)
+  cmake_parse_arguments(ROOM "" "NAME" "SOURCES;HEADERS;DEPENDS;DEPENDS_PRIVATE" ${ARGN})
+  add_library(${ROOM_NAME} STATIC ${ROOM_SOURCES})
+  target_sources(${ROOM_NAME} PUBLIC FILE_SET HEADERS BASE_DIRS include FILES ${ROOM_HEADERS})
+  target_compile_options(${ROOM_NAME} PRIVATE ${LUMIVAR_WARNINGS})
+  target_link_libraries(${ROOM_NAME} PUBLIC ${ROOM_DEPENDS} PRIVATE ${ROOM_DEPENDS_PRIVATE})
+endfunction()
+
+# add_room_test(NAME string_test SOURCES string_test.cpp DEPENDS base [LABELS unit] [TIMEOUT 60])
+#
+# One GoogleTest program; each of its tests becomes a CTest of its own, named PROGRAM.Suite.Test.
+function(add_room_test)
+  cmake_parse_arguments(TEST "" "NAME;TIMEOUT" "SOURCES;DEPENDS;LABELS;DEFINITIONS" ${ARGN})
+  if(NOT TEST_LABELS)
+    set(TEST_LABELS unit)
+  endif()
+  if(NOT TEST_TIMEOUT)
+    set(TEST_TIMEOUT 60)
+  endif()
+  add_executable(${TEST_NAME} ${TEST_SOURCES})
+  target_compile_options(${TEST_NAME} PRIVATE ${LUMIVAR_TEST_WARNINGS})
+  target_compile_definitions(${TEST_NAME} PRIVATE ${TEST_DEFINITIONS})
+  target_link_libraries(${TEST_NAME} PRIVATE ${TEST_DEPENDS} GTest::gtest GTest::gtest_main)
+  gtest_discover_tests(${TEST_NAME} TEST_PREFIX ${TEST_NAME}. DISCOVERY_MODE PRE_TEST
+                       PROPERTIES LABELS "${TEST_LABELS}" TIMEOUT ${TEST_TIMEOUT})
+endfunction()
