@@ -1,7 +1,8 @@
 // A scene: the composition, its camera and the effect's controls, as read from a JSON file.
 //
-// The stand-in host plays a scene to the plug-in. Nothing here knows the plug-in or the host's records:
-// a scene is plain values over time. Times are seconds of composition time.
+// The stand-in host plays a scene to the plug-in. Nothing here knows the plug-in or the host's
+// records: a scene is plain values over time. Times are seconds of composition time. The form of
+// the file is told member by member in scenes/README.md.
 #pragma once
 
 #include <array>
@@ -14,15 +15,16 @@
 
 namespace host {
 
-/// A scene that cannot be used: the message names the file, the place (a JSON pointer, or line and
-/// column for broken JSON) and what was expected there.
+/// A scene that cannot be used. The message is one line: "FILE: PLACE: expected ..., found ...",
+/// where the place is a JSON pointer (left out for the scene itself), or line and column for broken
+/// JSON.
 class SceneError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// A number over time: constant, or keyframes joined by straight lines and held before the first and
-/// after the last.
+/// A number over time: constant, or keyframes joined by straight lines and held before the first
+/// and after the last. At a key's time the value is exactly the key's.
 class Track {
 public:
     struct Key {
@@ -30,11 +32,12 @@ public:
         double value;
     };
 
-    Track(double constant) : keys_{{0.0, constant}} {}  // NOLINT(google-explicit-constructor)
-    /// `keys` must be non-empty, with times strictly increasing.
+    Track(double constant = 0.0) : keys_{{0.0, constant}} {}  // NOLINT(google-explicit-constructor)
+    /// `keys` must be non-empty, with times strictly increasing; throws `std::invalid_argument`.
     explicit Track(std::vector<Key> keys);
 
     double at(double seconds) const;
+    /// One key, that is the same value at all times.
     bool is_constant() const { return keys_.size() == 1; }
     const std::vector<Key>& keys() const { return keys_; }
 
@@ -42,7 +45,7 @@ private:
     std::vector<Key> keys_;
 };
 
-/// Frames a second as a fraction: 24/1, or 24000/1001 for 23.976.
+/// Frames a second as a fraction, not zero: 24/1, or 24000/1001 for 23.976.
 struct FrameRate {
     std::uint32_t num = 24;
     std::uint32_t den = 1;
@@ -56,31 +59,48 @@ struct Time {
     double seconds() const { return static_cast<double>(value) / scale; }
 };
 
+/// The picture's frame in space and time.
+///
+/// All times that it hands out stand on one scale S, so that they can be compared and multiplied as
+/// integers. S is the smallest scale that holds the duration of a frame and, where shutter angle
+/// and phase are constant (taken to 1/1000 degree), the shutter's opening and duration exactly. The
+/// effect divides the shutter into up to 100 segments by multiplying scale and value with their
+/// number in 32 bits: where S would not leave room for that to the end of the composition, the
+/// frames stay exact and the shutter is rounded to the finest scale that does. The limit gives way
+/// only where even whole frames need a larger scale. With a keyed angle or phase S has at least
+/// 1000 ticks to the frame (within the same limit) and the shutter is rounded to a tick.
+///
+/// Functions that return a `Time` throw `std::out_of_range` when its value does not fit 32 bits.
 struct Composition {
-    int width = 1920;
-    int height = 1080;
+    int width = 1920;   ///< pixels
+    int height = 1080;  ///< pixels
     FrameRate frame_rate;
     double duration = 10.0;  ///< seconds
     bool motion_blur = false;
     Track shutter_angle = 180.0;  ///< degrees; 360 is the whole frame
     Track shutter_phase = -90.0;  ///< degrees from the frame's time to the shutter's opening
 
-    /// Number of whole frames.
+    /// Number of whole frames; at least 1.
     int frames() const;
-    /// The time of frame `index`, on a scale fine enough to hold the shutter's opening and duration
-    /// exactly.
+    /// How long a frame lasts: exact, on the scale S.
+    Time frame_duration() const;
+    /// The time of frame `index` (which may lie outside the composition): exact, on the scale S.
     Time frame_time(int index) const;
-    /// Any time, on a scale fine enough for it (to a millisecond of a frame at worst).
+    /// The time nearest to `seconds`: on the scale S where that holds it, else on a multiple of S
+    /// with at least 1000 ticks to the frame (within the limit told above).
     Time time_at(double seconds) const;
-    /// When the shutter opens for the frame at `time` and how long it stays open; each exact.
+    /// When the shutter opens for the frame at `time` and how long it stays open, on one scale.
+    /// Exact for constant angle and phase as told above, for times that this composition has handed
+    /// out; a keyed angle or phase is taken at `time`. Both are told whether or not motion blur is
+    /// on. The opening may be negative.
     void shutter_range(Time time, Time& start, Time& duration_out) const;
 };
 
 /// 16 numbers, row by row; points are row vectors multiplied on the left, the translation is row 3.
 using Matrix = std::array<double, 16>;
 
-/// The 3D camera layer. World and camera space have y pointing down, as the host has it; the camera
-/// looks along +z.
+/// The 3D camera layer; see host/camera.h for the kinds there are. World and camera space have y
+/// pointing down, as the host has it; the camera looks along +z.
 class Camera {
 public:
     virtual ~Camera() = default;
@@ -95,11 +115,13 @@ struct Colour {
     std::array<Track, 3> channels = {Track(0.0), Track(0.0), Track(0.0)};
 };
 
-/// One control that the scene sets. Whether the plug-in has it is found out when the scene is played.
+/// One control that the scene sets. Whether the plug-in has it is found out when the scene is
+/// played.
 struct ControlSetting {
     std::string name;
     std::string place;  ///< where it was said, for messages: "FILE: /controls/Star Brightness"
-    /// A number, a choice or switch (true and false are 1 and 0), a choice by name, or a colour.
+    /// A number or switch (true and false are 1 and 0) or a choice by number; a choice by name; or
+    /// a colour.
     std::variant<Track, std::string, Colour> value;
 };
 
@@ -107,12 +129,13 @@ struct Scene {
     std::string source;  ///< file name, for messages
     Composition composition;
     std::shared_ptr<const Camera> camera;  ///< null: the composition has no camera
-    std::vector<ControlSetting> controls;
+    std::vector<ControlSetting> controls;  ///< in the order of the file, each name once
 };
 
-/// Reads a scene file. Throws `SceneError`.
+/// Reads a scene file. Throws `SceneError`, also for a file that cannot be read.
 Scene load_scene(const std::string& path);
-/// Reads a scene from text; `source` stands for the file's name in messages. Throws `SceneError`.
+/// Reads a scene from JSON text (UTF-8; `//` and `/* */` comments are allowed); `source` stands for
+/// the file's name in messages. Throws `SceneError`.
 Scene parse_scene(const std::string& text, const std::string& source);
 
 }  // namespace host

@@ -1,0 +1,89 @@
+#include "composition_reader.h"
+
+#include "track_reader.h"
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+namespace host {
+
+namespace {
+
+NumberRule size_in_pixels() {
+    return {"a whole number from 1 to 30000",
+            [](double x) { return x >= 1.0 && x <= 30000.0 && x == std::floor(x); }};
+}
+
+NumberRule rate() {
+    return {"a number from 0.001 to 999", [](double x) { return x >= 0.001 && x <= 999.0; }};
+}
+
+/// The fraction meant by a decimal number: the broadcast rates 1000/1001 below a whole one are
+/// written with two or three decimals; others are taken as the nearest fraction.
+FrameRate frame_rate_of(double per_second) {
+    for (const std::uint32_t whole : {24U, 30U, 48U, 60U, 120U}) {
+        const double nominal = std::round(whole * 1000.0 / 1001.0 * 1000.0) / 1000.0;
+        if (std::fabs(per_second - nominal) <= 0.001) {
+            return {whole * 1000, 1001};
+        }
+    }
+    constexpr std::uint32_t kLargestDenominator = 1000;
+    constexpr double kSame = 1e-9;  // lower terms win among equals
+    FrameRate best;
+    double best_error = std::numeric_limits<double>::infinity();
+    for (std::uint32_t den = 1; den <= kLargestDenominator; ++den) {
+        const double num = std::round(per_second * den);
+        const double error = std::fabs(num / den - per_second);
+        if (num >= 1.0 && error < best_error - kSame) {
+            best = {static_cast<std::uint32_t>(num), den};
+            best_error = error;
+        }
+    }
+    return best;
+}
+
+}  // namespace
+
+Composition read_composition(const JsonNode& node) {
+    node.expect_members({"width", "height", "frame_rate", "duration", "motion_blur",
+                         "shutter_angle", "shutter_phase"});
+    Composition composition;
+    if (node.has("width")) {
+        composition.width = static_cast<int>(read_constant(node["width"], size_in_pixels()));
+    }
+    if (node.has("height")) {
+        composition.height = static_cast<int>(read_constant(node["height"], size_in_pixels()));
+    }
+    if (node.has("frame_rate")) {
+        composition.frame_rate = frame_rate_of(read_constant(node["frame_rate"], rate()));
+    }
+    if (node.has("duration")) {
+        const JsonNode duration = node["duration"];
+        composition.duration = read_constant(duration, number_above_0());
+        // Times are 32-bit counts; the widest shutter closes three frames after the last.
+        const FrameRate& frames = composition.frame_rate;
+        const double longest =
+            (static_cast<double>(std::numeric_limits<std::int32_t>::max()) - 3.0 * frames.den) /
+            frames.num;
+        if (composition.duration > longest) {
+            duration.fail("at most " + Json(std::floor(longest)).dump() +
+                          " seconds at this frame rate");
+        }
+    }
+    if (node.has("motion_blur")) {
+        if (!node["motion_blur"]->is_boolean()) {
+            node["motion_blur"].fail("true or false");
+        }
+        composition.motion_blur = node["motion_blur"]->get<bool>();
+    }
+    if (node.has("shutter_angle")) {
+        composition.shutter_angle = read_track(node["shutter_angle"], number_from(0, 720));
+    }
+    if (node.has("shutter_phase")) {
+        composition.shutter_phase = read_track(node["shutter_phase"], number_from(-360, 360));
+    }
+    return composition;
+}
+
+}  // namespace host

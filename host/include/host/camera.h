@@ -1,0 +1,73 @@
+// The kinds of camera that a scene may have.
+//
+// World and camera space are the host's: x right, y down, z away from the viewer; points are row
+// vectors multiplied on the left. Every value may change over time; matrices and angles are
+// interpolated number by number.
+#pragma once
+
+#include <host/scene.h>
+
+#include <array>
+#include <memory>
+#include <utility>
+
+namespace host {
+
+/// How much the camera sees: the distance to the image plane, given itself or by the angle of view.
+class Lens {
+public:
+    /// `pixels` is the distance to the image plane, above 0.
+    static Lens zoom(Track pixels) { return {std::move(pixels), 0.0}; }
+    /// `degrees` is the angle, above 0 and below 180, from the bottom to the top of a picture of
+    /// `height` pixels: zoom = (height / 2) / tan(angle / 2).
+    static Lens vertical_fov(Track degrees, int height) {
+        return {std::move(degrees), height / 2.0};
+    }
+    /// The 50 mm preset on film 36 mm wide, which a new camera has: zoom = width * 50 / 36.
+    static Lens new_camera(int width) { return zoom(width * 50.0 / 36.0); }
+
+    /// Pixels.
+    double zoom_at(double seconds) const;
+
+private:
+    Lens(Track value, double half_height) : value_(std::move(value)), half_height_(half_height) {}
+
+    Track value_;         ///< pixels, or degrees of the angle of view
+    double half_height_;  ///< pixels; 0: `value_` is the zoom
+};
+
+/// A camera at the origin that looks at the sky position `ra`, `dec` (right ascension and
+/// declination), north up and east to the left, then rolled; all in degrees. The stars' space has y
+/// up, and a star stands in the direction
+///
+///     d = (cos dec cos ra, sin dec, cos dec sin ra).
+///
+/// With n the derivative of d by `dec` (north) and e that by `ra`, normalised (east), the camera's
+/// axes in that space are
+///
+///     forward = d
+///     right   = -e cos roll - n sin roll
+///     up      = -e sin roll + n cos roll
+///
+/// so a positive roll turns the camera clockwise and the picture counter-clockwise, as a positive z
+/// orientation does. These axes, y turned down, are the rows of the layer-to-world matrix. At the
+/// poles north is where it is along the meridian `ra`.
+std::shared_ptr<const Camera> look_at_camera(Track ra, Track dec, Track roll, Lens lens);
+
+/// A camera at `position` (pixels), turned by `orientation` (degrees about x, y, z). The
+/// layer-to-world matrix is Rz * Ry * Rx * T: a point of the camera is turned about z first, then
+/// y, then x, and then moved. With y down a positive angle about x tilts the view upward, about y
+/// turns it to the right, and about z turns the camera clockwise:
+///
+///          | 1   0  0 |        | c  0  -s |        |  c  s  0 |
+///     Rx = | 0   c  s |   Ry = | 0  1   0 |   Rz = | -s  c  0 |
+///          | 0  -s  c |        | s  0   c |        |  0  0  1 |
+///
+std::shared_ptr<const Camera> placed_camera(std::array<Track, 3> position,
+                                            std::array<Track, 3> orientation, Lens lens);
+
+/// A camera with its layer-to-world matrix given, row by row, the translation in the last row.
+/// Interpolated element by element: between two keys that differ by a large turn it shrinks.
+std::shared_ptr<const Camera> matrix_camera(std::array<Track, 16> elements, Lens lens);
+
+}  // namespace host

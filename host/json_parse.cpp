@@ -1,0 +1,174 @@
+// Strict parsing: broken JSON is told by line and column, repeated members by their place.
+#include "json_node.h"
+
+#include <host/scene.h>
+
+#include <algorithm>
+#include <optional>
+#include <set>
+#include <vector>
+
+namespace host {
+
+namespace {
+
+/// What the parser would have accepted, by the part it was reading.
+std::string expected_in(const std::string& context) {
+    if (context == "object key") {
+        return "a member's name in double quotes";
+    }
+    if (context == "object separator") {
+        return "':'";
+    }
+    if (context == "object") {
+        return "',' or '}'";
+    }
+    if (context == "array") {
+        return "',' or ']'";
+    }
+    return "a value";
+}
+
+/// The text between `before` and `after` (or the end), if `before` occurs.
+std::optional<std::string> between(const std::string& text, const std::string& before,
+                                   const std::string& after) {
+    const std::size_t at = text.find(before);
+    if (at == std::string::npos) {
+        return std::nullopt;
+    }
+    const std::size_t from = at + before.size();
+    const std::size_t to = text.find(after, from);
+    return text.substr(from, to == std::string::npos ? to : to - from);
+}
+
+/// Walks over a document, keeps nothing of it, and stops at the first error or repeated member.
+class Checker : public nlohmann::json_sax<Json> {
+public:
+    Checker(const std::string& text, const std::string& source) : text_(text), source_(source) {}
+
+    const std::string& error() const { return error_; }
+
+    bool null() override { return value(); }
+    bool boolean(bool) override { return value(); }
+    bool number_integer(number_integer_t) override { return value(); }
+    bool number_unsigned(number_unsigned_t) override { return value(); }
+    bool number_float(number_float_t, const string_t&) override { return value(); }
+    bool string(string_t&) override { return value(); }
+    bool binary(binary_t&) override { return value(); }
+
+    bool start_object(std::size_t) override {
+        value();
+        open_.emplace_back();
+        return true;
+    }
+    bool key(string_t& name) override {
+        Level& level = open_.back();
+        level.step = name;
+        if (level.names.insert(name).second) {
+            return true;
+        }
+        nlohmann::json_pointer<std::string> place;
+        for (const Level& each : open_) {
+            place /= each.is_array ? std::to_string(each.index - 1) : each.step;
+        }
+        error_ = json_place(source_, place) + ": expected each member once, found " +
+                 Json(name).dump() + " twice";
+        return false;
+    }
+    bool end_object() override { return close(); }
+    bool start_array(std::size_t) override {
+        value();
+        open_.emplace_back().is_array = true;
+        return true;
+    }
+    bool end_array() override { return close(); }
+
+    bool parse_error(std::size_t position, const std::string& token,
+                     const nlohmann::detail::exception& exception) override {
+        const std::string what = exception.what();
+        const std::string context = between(what, "while parsing ", " - ").value_or("value");
+        std::string expected = expected_in(context);
+        std::string found;
+        std::size_t length = 0;  // bytes from the error's place to `position`, past the last read
+        if (const auto kind = between(what, "unexpected ", "; expected ")) {
+            // A sound token in the wrong place. The parser keeps the text of strings and numbers;
+            // the others are their names: "'}'", "true literal".
+            found = *kind;
+            if (found == "string literal" || found == "number literal") {
+                length = token.size();
+                found = length > kLongestText ? "a long " + found : token;
+            } else if (found.ends_with(" literal")) {
+                found = found.substr(0, found.find(' '));
+                length = found.size();
+            } else if (found != "end of input") {
+                length = 1;
+            }
+            if (what.ends_with("expected end of input")) {
+                expected = "the end of the scene";
+            }
+        } else if (const auto broken = between(what, " - ", "; last read: ")) {
+            found = *broken;
+            length = 1;
+        } else {
+            expected = "a finite number";
+            found = token;
+            length = token.size();
+        }
+        // The end of the text counts as read when the parser has met it.
+        const std::size_t at = std::min(position - std::min(position, length), text_.size());
+        error_ =
+            source_ + ": " + line_and_column(at) + ": expected " + expected + ", found " + found;
+        return false;
+    }
+
+private:
+    /// An object or array that is being read.
+    struct Level {
+        bool is_array = false;
+        std::size_t index = 0;  ///< elements begun
+        std::string step;       ///< member being read
+        std::set<std::string> names;
+    };
+
+    bool value() {
+        if (!open_.empty()) {
+            ++open_.back().index;
+        }
+        return true;
+    }
+    bool close() {
+        open_.pop_back();
+        return true;
+    }
+    /// Both from 1, columns in characters.
+    std::string line_and_column(std::size_t offset) const {
+        const std::string before = text_.substr(0, offset);
+        const std::size_t newline = before.rfind('\n');
+        const std::size_t start = newline == std::string::npos ? 0 : newline + 1;
+        const auto lines = std::count(before.begin(), before.end(), '\n');
+        // Bytes that continue a UTF-8 character are 10xxxxxx.
+        const auto columns =
+            std::count_if(before.begin() + static_cast<std::ptrdiff_t>(start), before.end(),
+                          [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; });
+        return "line " + std::to_string(lines + 1) + ", column " + std::to_string(columns + 1);
+    }
+
+    const std::string& text_;
+    const std::string& source_;
+    std::vector<Level> open_;
+    std::string error_;
+};
+
+}  // namespace
+
+Json parse_json(const std::string& text, const std::string& source) {
+    constexpr bool kStrict = true;
+    constexpr bool kComments = true;
+    Checker checker(text, source);
+    if (!Json::sax_parse(text, &checker, Json::input_format_t::json, kStrict, kComments)) {
+        throw SceneError(checker.error());
+    }
+    return Json::parse(text, nullptr, kStrict, kComments);
+}
+
+}  // namespace host

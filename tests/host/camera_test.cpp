@@ -1,0 +1,282 @@
+// The cameras, by hand where axes are turned by right angles, and against spherical trigonometry.
+#include <host/camera.h>
+
+#include <base/newmatrix.h>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <memory>
+#include <numbers>
+
+namespace {
+
+using host::Camera;
+using host::Lens;
+using host::Matrix;
+using host::Track;
+
+constexpr double kDegree = std::numbers::pi / 180.0;
+
+/// A row point times a matrix.
+std::array<double, 4> times(const std::array<double, 4>& p, const Matrix& m) {
+    std::array<double, 4> out{};
+    for (std::size_t c = 0; c < 4; ++c) {
+        for (std::size_t r = 0; r < 4; ++r) {
+            out[c] += p[r] * m[4 * r + c];
+        }
+    }
+    return out;
+}
+
+void expect_near(const std::array<double, 4>& got, const std::array<double, 4>& want,
+                 double tolerance = 1e-12) {
+    for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_NEAR(got[i], want[i], tolerance) << "component " << i;
+    }
+}
+
+void expect_near(const Matrix& got, const Matrix& want, double tolerance = 1e-12) {
+    for (std::size_t i = 0; i < 16; ++i) {
+        EXPECT_NEAR(got[i], want[i], tolerance) << "element " << i;
+    }
+}
+
+struct Place {
+    double x, y;  ///< from the middle of the picture, x right, y up, in units of the image distance
+    double ahead;
+};
+
+/// Where the effect sees a star through `camera`: its own way from the host's matrix to the
+/// picture, that is the inverse with the y axis of both spaces turned over, in the foundation's
+/// matrices.
+Place seen(const Camera& camera, double ra, double dec) {
+    const Matrix w = camera.layer_to_world(0.0);
+    DblMatrix4 m(w[0], w[1], w[2], w[3], w[4], w[5], w[6], w[7], w[8], w[9], w[10], w[11], w[12],
+                 w[13], w[14], w[15]);
+    m.invert();
+    for (int i = 0; i < 4; ++i) {
+        m(1, i) = -m(1, i);
+    }
+    for (int i = 0; i < 4; ++i) {
+        m(i, 1) = -m(i, 1);
+    }
+    VectorN<double, 4> p(std::cos(dec * kDegree) * std::cos(ra * kDegree), std::sin(dec * kDegree),
+                         std::cos(dec * kDegree) * std::sin(ra * kDegree), 0.0);
+    transform(m, p);
+    return {p[0] / p[2], p[1] / p[2], p[2]};
+}
+
+/// The same by spherical trigonometry: angular distance and position angle (from north through
+/// east) of the star as seen from the middle, by the cosine and sine rules. The gnomonic radius is
+/// the tangent of the distance; east is left; the roll turns the picture counter-clockwise, as a
+/// growing position angle does.
+Place by_trigonometry(double ra0, double dec0, double roll, double ra, double dec) {
+    const double a = (ra - ra0) * kDegree, d = dec * kDegree, d0 = dec0 * kDegree;
+    const double cos_distance =
+        std::sin(d0) * std::sin(d) + std::cos(d0) * std::cos(d) * std::cos(a);
+    const double sin_distance = std::sqrt(1.0 - cos_distance * cos_distance);
+    const double angle =
+        std::atan2(std::cos(d) * std::sin(a),
+                   std::cos(d0) * std::sin(d) - std::sin(d0) * std::cos(d) * std::cos(a)) +
+        roll * kDegree;
+    const double radius = sin_distance / cos_distance;
+    return {-radius * std::sin(angle), radius * std::cos(angle), cos_distance};
+}
+
+std::shared_ptr<const Camera> look_at(double ra, double dec, double roll = 0.0) {
+    return host::look_at_camera(ra, dec, roll, Lens::zoom(1000.0));
+}
+
+TEST(LookAt, ThePlaceLookedAtIsAtTheMiddleOfThePicture) {
+    for (const double ra : {0.0, 83.0, 180.0, 271.5, 359.0, -20.0, 370.0}) {
+        for (const double dec : {-90.0, -60.0, -1.0, 0.0, 45.0, 89.0, 90.0}) {
+            const Place place = seen(*look_at(ra, dec, 33.0), ra, dec);
+            EXPECT_NEAR(place.x, 0.0, 1e-12);
+            EXPECT_NEAR(place.y, 0.0, 1e-12);
+            EXPECT_NEAR(place.ahead, 1.0, 1e-12);
+        }
+    }
+}
+
+TEST(LookAt, NorthIsUpAndEastIsLeft) {
+    const auto camera = look_at(83.0, -1.0);
+    const Place north = seen(*camera, 83.0, -0.9);
+    EXPECT_NEAR(north.x, 0.0, 1e-12);
+    EXPECT_NEAR(north.y, std::tan(0.1 * kDegree), 1e-12);
+    const Place east = seen(*camera, 83.1, -1.0);
+    EXPECT_LT(east.x, -0.0017);
+    EXPECT_NEAR(east.y, 0.0, 1e-5);
+}
+
+TEST(LookAt, AtThePolesNorthIsAlongTheGivenMeridian) {
+    // Over the north pole, towards the far side: ra + 180.
+    const Place beyond = seen(*look_at(40.0, 90.0), 220.0, 89.0);
+    EXPECT_NEAR(beyond.x, 0.0, 1e-12);
+    EXPECT_NEAR(beyond.y, std::tan(1.0 * kDegree), 1e-12);
+}
+
+TEST(LookAt, APositiveRollTurnsThePictureCounterClockwise) {
+    // A quarter turn brings what was up to the left, and what was left to the bottom.
+    const auto camera = look_at(83.0, 0.0, 90.0);
+    const Place north = seen(*camera, 83.0, 1.0);
+    EXPECT_NEAR(north.x, -std::tan(1.0 * kDegree), 1e-12);
+    EXPECT_NEAR(north.y, 0.0, 1e-12);
+    const Place east = seen(*camera, 84.0, 0.0);
+    EXPECT_NEAR(east.x, 0.0, 1e-12);
+    EXPECT_NEAR(east.y, -std::tan(1.0 * kDegree), 1e-12);
+}
+
+TEST(LookAt, StarsStandWhereSphericalTrigonometryPutsThem) {
+    for (const double ra0 : {0.0, 83.7, 200.0, 359.5}) {
+        for (const double dec0 : {-75.0, -0.5, 30.0, 80.0}) {
+            for (const double roll : {0.0, 25.0, -140.0}) {
+                const auto camera = look_at(ra0, dec0, roll);
+                for (const double off_ra : {-30.0, -3.0, 7.0, 40.0}) {
+                    for (const double off_dec : {-12.0, -2.0, 5.0, 9.0}) {
+                        const Place got = seen(*camera, ra0 + off_ra, dec0 + off_dec);
+                        const Place want =
+                            by_trigonometry(ra0, dec0, roll, ra0 + off_ra, dec0 + off_dec);
+                        EXPECT_NEAR(got.x, want.x, 1e-11);
+                        EXPECT_NEAR(got.y, want.y, 1e-11);
+                        EXPECT_NEAR(got.ahead, want.ahead, 1e-12);
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(LookAt, StandsAtTheOrigin) {
+    const Matrix m = look_at(83.0, -1.0, 5.0)->layer_to_world(0.0);
+    for (std::size_t i = 12; i < 15; ++i) {
+        EXPECT_EQ(m[i], 0.0);
+    }
+    for (const std::size_t i : {3U, 7U, 11U}) {
+        EXPECT_EQ(m[i], 0.0);
+    }
+    EXPECT_EQ(m[15], 1.0);
+}
+
+TEST(LookAt, RightAscension90IsStraightAhead) {
+    expect_near(look_at(90.0, 0.0)->layer_to_world(0.0),
+                {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+}
+
+TEST(LookAt, RollIsWhatAZOrientationIs) {
+    const auto placed = host::placed_camera({0.0, 0.0, 0.0}, {0.0, 0.0, 30.0}, Lens::zoom(1.0));
+    expect_near(look_at(90.0, 0.0, 30.0)->layer_to_world(0.0), placed->layer_to_world(0.0));
+}
+
+TEST(LookAt, DeclinationIsWhatAnXOrientationIs) {
+    const auto placed = host::placed_camera({0.0, 0.0, 0.0}, {20.0, 0.0, 0.0}, Lens::zoom(1.0));
+    expect_near(look_at(90.0, 20.0)->layer_to_world(0.0), placed->layer_to_world(0.0));
+}
+
+TEST(LookAt, EveryAngleIsTakenAtItsTime) {
+    const auto camera =
+        host::look_at_camera(Track({{0.0, 350.0}, {2.0, 370.0}}), Track({{0.0, 0.0}, {2.0, 10.0}}),
+                             Track({{0.0, 0.0}, {1.0, 30.0}}), Lens::zoom(1.0));
+    expect_near(camera->layer_to_world(1.0), look_at(0.0, 5.0, 30.0)->layer_to_world(0.0));
+}
+
+std::shared_ptr<const Camera> turned(double x, double y, double z) {
+    return host::placed_camera({10.0, 20.0, 30.0}, {x, y, z}, Lens::zoom(1000.0));
+}
+
+TEST(Placed, StandsAtItsPosition) {
+    expect_near(times({0, 0, 0, 1}, turned(12, 34, 56)->layer_to_world(0.0)), {10, 20, 30, 1});
+}
+
+TEST(Placed, WithoutOrientationItsAxesAreTheWorlds) {
+    expect_near(turned(0, 0, 0)->layer_to_world(0.0),
+                {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 10, 20, 30, 1});
+}
+
+TEST(Placed, AQuarterAboutXLooksUp) {
+    // Ahead (z) goes up, which is -y; down (y) goes ahead.
+    const Matrix m = turned(90, 0, 0)->layer_to_world(0.0);
+    expect_near(times({0, 0, 1, 0}, m), {0, -1, 0, 0});
+    expect_near(times({0, 1, 0, 0}, m), {0, 0, 1, 0});
+    expect_near(times({1, 0, 0, 0}, m), {1, 0, 0, 0});
+}
+
+TEST(Placed, AQuarterAboutYLooksRight) {
+    const Matrix m = turned(0, 90, 0)->layer_to_world(0.0);
+    expect_near(times({0, 0, 1, 0}, m), {1, 0, 0, 0});
+    expect_near(times({1, 0, 0, 0}, m), {0, 0, -1, 0});
+    expect_near(times({0, 1, 0, 0}, m), {0, 1, 0, 0});
+}
+
+TEST(Placed, AQuarterAboutZTurnsClockwise) {
+    // The camera's right goes down.
+    const Matrix m = turned(0, 0, 90)->layer_to_world(0.0);
+    expect_near(times({1, 0, 0, 0}, m), {0, 1, 0, 0});
+    expect_near(times({0, 1, 0, 0}, m), {-1, 0, 0, 0});
+    expect_near(times({0, 0, 1, 0}, m), {0, 0, 1, 0});
+}
+
+TEST(Placed, TurnsAboutZThenYThenX) {
+    // x goes by z to y, by y nowhere, by x to z.
+    const Matrix all = turned(90, 90, 90)->layer_to_world(0.0);
+    expect_near(times({1, 0, 0, 0}, all), {0, 0, 1, 0});
+    // z: not by z, by y to x, by x nowhere.
+    expect_near(times({0, 0, 1, 0}, all), {1, 0, 0, 0});
+    // y: by z to -x, by y to z, by x to -y.
+    expect_near(times({0, 1, 0, 0}, all), {0, -1, 0, 0});
+}
+
+TEST(Placed, MatchesThreeTurnsOneAfterAnother) {
+    const Matrix one = turned(17, -48, 131)->layer_to_world(0.0);
+    std::array<double, 4> p = {0.3, -1.7, 2.9, 0.0};
+    const auto whole = times(p, one);
+    for (const auto& step : {turned(0, 0, 131), turned(0, -48, 0), turned(17, 0, 0)}) {
+        p = times(p, step->layer_to_world(0.0));
+    }
+    expect_near(whole, p);
+}
+
+TEST(Placed, EveryNumberIsTakenAtItsTime) {
+    const Track slide({{0.0, 0.0}, {1.0, 100.0}});
+    const Track turn({{0.0, 0.0}, {1.0, 90.0}});
+    const auto camera = host::placed_camera({slide, 0.0, 0.0}, {0.0, turn, 0.0}, Lens::zoom(1.0));
+    expect_near(times({0, 0, 1, 1}, camera->layer_to_world(1.0)), {101, 0, 0, 1});
+    expect_near(times({0, 0, 1, 1}, camera->layer_to_world(0.5)),
+                {50 + std::sqrt(0.5), 0, std::sqrt(0.5), 1});
+}
+
+TEST(MatrixCamera, IsTheGivenMatrixElementByElement) {
+    std::array<Track, 16> elements;
+    for (std::size_t i = 0; i < 16; ++i) {
+        elements[i] = static_cast<double>(i);
+    }
+    elements[12] = Track({{0.0, 5.0}, {2.0, 9.0}});
+    const Matrix m = host::matrix_camera(elements, Lens::zoom(1.0))->layer_to_world(0.5);
+    for (std::size_t i = 0; i < 16; ++i) {
+        EXPECT_EQ(m[i], i == 12 ? 6.0 : static_cast<double>(i));
+    }
+}
+
+TEST(Lens, AVerticalAngleOf90SeesHalfTheHeightAtThatDistance) {
+    EXPECT_NEAR(Lens::vertical_fov(90.0, 1080).zoom_at(0.0), 540.0, 1e-9);
+    // tan 30 = 1 / sqrt 3.
+    EXPECT_NEAR(Lens::vertical_fov(60.0, 1081).zoom_at(0.0), 540.5 * std::sqrt(3.0), 1e-9);
+}
+
+TEST(Lens, AKeyedAngleIsInterpolatedAsAnAngle) {
+    const Lens lens = Lens::vertical_fov(Track({{0.0, 60.0}, {1.0, 120.0}}), 1080);
+    EXPECT_NEAR(lens.zoom_at(0.5), 540.0, 1e-9);
+}
+
+TEST(Lens, ZoomIsTakenAsItIs) {
+    EXPECT_EQ(Lens::zoom(Track({{0.0, 100.0}, {1.0, 200.0}})).zoom_at(0.25), 125.0);
+    EXPECT_EQ(host::look_at_camera(0.0, 0.0, 0.0, Lens::zoom(777.0))->zoom(3.0), 777.0);
+}
+
+TEST(Lens, ANewCameraHas50MillimetresOn36MillimetreFilm) {
+    EXPECT_NEAR(Lens::new_camera(1920).zoom_at(0.0), 2666.6666666666665, 1e-9);
+    EXPECT_EQ(Lens::new_camera(36).zoom_at(0.0), 50.0);
+}
+
+}  // namespace

@@ -1,0 +1,387 @@
+// What a scene says and what it leaves to the defaults.
+#include <host/scene.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <numbers>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using host::Colour;
+using host::ControlSetting;
+using host::Matrix;
+using host::Scene;
+using host::Track;
+
+Scene parse(const std::string& text) { return host::parse_scene(text, "s.json"); }
+
+/// The only control of a scene that sets it to `value`.
+ControlSetting control(const std::string& value) {
+    const Scene scene = parse("{\"controls\": {\"A\": " + value + "}}");
+    EXPECT_EQ(scene.controls.size(), 1U);
+    return scene.controls.at(0);
+}
+
+Track number(const std::string& value) { return std::get<Track>(control(value).value); }
+Colour colour(const std::string& value) { return std::get<Colour>(control(value).value); }
+
+host::FrameRate rate(const std::string& value) {
+    return parse("{\"composition\": {\"frame_rate\": " + value + "}}").composition.frame_rate;
+}
+
+TEST(Track, AConstantIsTheSameAtAllTimes) {
+    const Track track = 3.5;
+    EXPECT_TRUE(track.is_constant());
+    for (const double time : {-1e9, 0.0, 1e9}) {
+        EXPECT_EQ(track.at(time), 3.5);
+    }
+}
+
+TEST(Track, KeysAreJoinedByStraightLinesAndHeldOutside) {
+    const Track track({{1.0, 10.0}, {3.0, 20.0}, {4.0, 0.0}});
+    EXPECT_FALSE(track.is_constant());
+    EXPECT_EQ(track.at(-5.0), 10.0);
+    EXPECT_EQ(track.at(1.0), 10.0);
+    EXPECT_EQ(track.at(1.5), 12.5);
+    EXPECT_EQ(track.at(2.0), 15.0);
+    EXPECT_EQ(track.at(3.0), 20.0);
+    EXPECT_EQ(track.at(3.75), 5.0);
+    EXPECT_EQ(track.at(4.0), 0.0);
+    EXPECT_EQ(track.at(100.0), 0.0);
+}
+
+TEST(Track, AtAKeyTheValueIsExactlyTheKeys) {
+    const Track track({{0.1, 0.1}, {0.2, 0.7}, {0.7, -0.3}});
+    for (const Track::Key& key : track.keys()) {
+        EXPECT_EQ(track.at(key.time), key.value);
+    }
+}
+
+TEST(Track, BetweenEqualValuesNothingMoves) {
+    const Track track({{0.0, 0.1}, {1.0, 0.1}});
+    for (int i = 0; i <= 100; ++i) {
+        EXPECT_EQ(track.at(i / 100.0), 0.1);
+    }
+}
+
+TEST(Track, RefusesKeysOutOfOrderAndNoKeys) {
+    EXPECT_THROW(Track(std::vector<Track::Key>{}), std::invalid_argument);
+    EXPECT_THROW(Track({{1.0, 0.0}, {1.0, 1.0}}), std::invalid_argument);
+    EXPECT_THROW(Track({{1.0, 0.0}, {0.5, 1.0}}), std::invalid_argument);
+}
+
+TEST(Scene, AnEmptyObjectIsANewCompositionWithoutCameraAndSettings) {
+    const Scene scene = parse("{}");
+    EXPECT_EQ(scene.source, "s.json");
+    EXPECT_EQ(scene.composition.width, 1920);
+    EXPECT_EQ(scene.composition.height, 1080);
+    EXPECT_EQ(scene.composition.frame_rate.num, 24U);
+    EXPECT_EQ(scene.composition.frame_rate.den, 1U);
+    EXPECT_EQ(scene.composition.duration, 10.0);
+    EXPECT_FALSE(scene.composition.motion_blur);
+    EXPECT_EQ(scene.composition.shutter_angle.at(0.0), 180.0);
+    EXPECT_EQ(scene.composition.shutter_phase.at(0.0), -90.0);
+    EXPECT_EQ(scene.camera, nullptr);
+    EXPECT_TRUE(scene.controls.empty());
+}
+
+TEST(Scene, EmptyPartsAreDefaultsToo) {
+    const Scene scene = parse(R"({"composition": {}, "controls": {}})");
+    EXPECT_EQ(scene.composition.width, 1920);
+    EXPECT_EQ(scene.camera, nullptr);
+    EXPECT_TRUE(scene.controls.empty());
+}
+
+TEST(Scene, CommentsAreSkipped) {
+    EXPECT_EQ(parse("// a scene\n{/* of */ \"composition\": {\"width\": 8} // small\n}\n")
+                  .composition.width,
+              8);
+}
+
+TEST(Composition, TakesEveryMember) {
+    const auto made = parse(R"({"composition": {"width": 1, "height": 30000, "frame_rate": 25,
+        "duration": 0.5, "motion_blur": true, "shutter_angle": 720, "shutter_phase": -360}})")
+                          .composition;
+    EXPECT_EQ(made.width, 1);
+    EXPECT_EQ(made.height, 30000);
+    EXPECT_EQ(made.frame_rate.num, 25U);
+    EXPECT_EQ(made.duration, 0.5);
+    EXPECT_TRUE(made.motion_blur);
+    EXPECT_EQ(made.shutter_angle.at(0.0), 720.0);
+    EXPECT_EQ(made.shutter_phase.at(0.0), -360.0);
+}
+
+TEST(Composition, AWholeNumberMayBeWrittenWithAPoint) {
+    EXPECT_EQ(parse(R"({"composition": {"width": 1280.0}})").composition.width, 1280);
+}
+
+TEST(Composition, TheShutterMayChangeOverTime) {
+    const auto made = parse(R"({"composition": {
+        "shutter_angle": {"keys": [{"time": 0, "value": 0}, {"time": 2, "value": 360}]},
+        "shutter_phase": {"keys": [{"time": 1, "value": -90}]}}})")
+                          .composition;
+    EXPECT_EQ(made.shutter_angle.at(1.0), 180.0);
+    EXPECT_TRUE(made.shutter_phase.is_constant());
+    EXPECT_EQ(made.shutter_phase.at(0.0), -90.0);
+}
+
+TEST(Composition, WhatDoesNotChangeMayHaveKeysOfOneValue) {
+    const auto made = parse(R"({"composition": {
+        "width": {"keys": [{"time": 0, "value": 640}, {"time": 1, "value": 640.0}]},
+        "duration": {"keys": [{"time": 0, "value": 4}]}}})")
+                          .composition;
+    EXPECT_EQ(made.width, 640);
+    EXPECT_EQ(made.duration, 4.0);
+}
+
+TEST(Composition, BroadcastRatesAreFractionsOf1001) {
+    const struct {
+        const char* written;
+        std::uint32_t num;
+    } cases[] = {{"23.976", 24000},  {"29.97", 30000},    {"59.94", 60000},   {"47.952", 48000},
+                 {"119.88", 120000}, {"23.97602", 24000}, {"23.9765", 24000}, {"29.9705", 30000}};
+    for (const auto& each : cases) {
+        EXPECT_EQ(rate(each.written).num, each.num) << each.written;
+        EXPECT_EQ(rate(each.written).den, 1001U) << each.written;
+    }
+}
+
+TEST(Composition, OtherRatesAreExactFractionsInLowestTerms) {
+    const struct {
+        const char* written;
+        std::uint32_t num, den;
+    } cases[] = {{"24", 24, 1},       {"24.0", 24, 1},      {"12.5", 25, 2},
+                 {"23.98", 1199, 50}, {"0.001", 1, 1000},   {"33.333333333333336", 100, 3},
+                 {"999", 999, 1},     {"15.015", 3003, 200}};
+    for (const auto& each : cases) {
+        EXPECT_EQ(rate(each.written).num, each.num) << each.written;
+        EXPECT_EQ(rate(each.written).den, each.den) << each.written;
+    }
+}
+
+TEST(Controls, KeepTheOrderOfTheFileAndTellTheirPlace) {
+    const Scene scene = parse(R"({"controls": {"Tint Color": 1, "3D/2D ~": 2, "A": 3}})");
+    ASSERT_EQ(scene.controls.size(), 3U);
+    EXPECT_EQ(scene.controls[0].name, "Tint Color");
+    EXPECT_EQ(scene.controls[0].place, "s.json: /controls/Tint Color");
+    EXPECT_EQ(scene.controls[1].name, "3D/2D ~");
+    EXPECT_EQ(scene.controls[1].place, "s.json: /controls/3D~12D ~0");
+    EXPECT_EQ(scene.controls[2].name, "A");
+}
+
+TEST(Controls, TakeNumbersAndSwitches) {
+    EXPECT_EQ(number("2.5").at(7.0), 2.5);
+    EXPECT_EQ(number("-1e3").at(7.0), -1000.0);
+    EXPECT_EQ(number("true").at(0.0), 1.0);
+    EXPECT_EQ(number("false").at(0.0), 0.0);
+}
+
+TEST(Controls, TakeKeysOfNumbersAndSwitches) {
+    const Track track = number(R"({"keys": [{"time": -1, "value": 2}, {"value": 4, "time": 1}]})");
+    EXPECT_EQ(track.at(0.0), 3.0);
+    EXPECT_EQ(
+        number(R"({"keys": [{"time": 0, "value": true}, {"time": 1, "value": false}]})").at(0.0),
+        1.0);
+}
+
+TEST(Controls, TakeChoicesByName) {
+    EXPECT_EQ(std::get<std::string>(control(R"("HemiSph")").value), "HemiSph");
+}
+
+TEST(Controls, TakeColoursAsNumbers) {
+    const Colour made = colour("[255, 0, 12.5]");
+    EXPECT_EQ(made.channels[0].at(0.0), 255.0);
+    EXPECT_EQ(made.channels[1].at(0.0), 0.0);
+    EXPECT_EQ(made.channels[2].at(0.0), 12.5);
+}
+
+TEST(Controls, TakeColoursInHexadecimal) {
+    const Colour made = colour(R"("#Ff8009")");
+    EXPECT_EQ(made.channels[0].at(0.0), 255.0);
+    EXPECT_EQ(made.channels[1].at(0.0), 128.0);
+    EXPECT_EQ(made.channels[2].at(0.0), 9.0);
+}
+
+TEST(Controls, TakeAColoursKeysNumberByNumber) {
+    const Colour made =
+        colour(R"([10, {"keys": [{"time": 0, "value": 0}, {"time": 1, "value": 200}]}, 30])");
+    EXPECT_EQ(made.channels[0].at(0.5), 10.0);
+    EXPECT_EQ(made.channels[1].at(0.5), 100.0);
+    EXPECT_EQ(made.channels[2].at(0.5), 30.0);
+}
+
+TEST(Controls, TakeKeysOfWholeColoursInEitherForm) {
+    const Colour made = colour(
+        R"({"keys": [{"time": 0, "value": "#000a14"}, {"time": 1, "value": [100, 20, 20]}]})");
+    EXPECT_EQ(made.channels[0].at(0.5), 50.0);
+    EXPECT_EQ(made.channels[1].at(0.5), 15.0);
+    EXPECT_EQ(made.channels[2].at(0.5), 20.0);
+}
+
+TEST(CameraObject, EmptyIsANewCameraBeforeTheMiddleOfThePicture) {
+    const Scene scene = parse(R"({"composition": {"width": 720, "height": 480}, "camera": {}})");
+    ASSERT_NE(scene.camera, nullptr);
+    EXPECT_EQ(scene.camera->zoom(0.0), 1000.0);  // 720 * 50 / 36
+    const Matrix want = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 360, 240, -1000, 1};
+    EXPECT_EQ(scene.camera->layer_to_world(0.0), want);
+}
+
+TEST(CameraObject, ANewCameraSeesTheCompositionsPlanePixelForPixel) {
+    // A point (x, y, 0) of the world, less the position, times zoom over its depth: itself.
+    for (const char* lens : {"", "\"zoom\": 500", "\"vertical_fov\": 30",
+                             "\"zoom\": {\"keys\": [{\"time\": 0, \"value\": 800}, {\"time\": 1, "
+                             "\"value\": 900}]}"}) {
+        const Scene scene = parse(std::string("{\"camera\": {") + lens + "}}");
+        const Matrix m = scene.camera->layer_to_world(0.0);
+        const double scale = scene.camera->zoom(0.0) / (0.0 - m[14]);
+        EXPECT_NEAR((100.0 - m[12]) * scale + 960.0, 100.0, 1e-9) << lens;
+        EXPECT_NEAR((900.0 - m[13]) * scale + 540.0, 900.0, 1e-9) << lens;
+    }
+}
+
+TEST(CameraObject, ALaterZoomDoesNotMoveTheCamera) {
+    const Scene scene = parse(
+        R"({"camera": {"zoom": {"keys": [{"time": 0, "value": 800}, {"time": 1, "value": 900}]}}})");
+    EXPECT_EQ(scene.camera->zoom(1.0), 900.0);
+    EXPECT_EQ(scene.camera->layer_to_world(1.0)[14], -800.0);
+}
+
+TEST(CameraObject, TakesPositionAndOrientation) {
+    // A quarter about y: ahead is x.
+    const Scene scene =
+        parse(R"({"camera": {"position": [1, 2, 3], "orientation": [0, 90, 0], "zoom": 50}})");
+    const Matrix m = scene.camera->layer_to_world(0.0);
+    EXPECT_NEAR(m[8], 1.0, 1e-12);
+    EXPECT_NEAR(m[10], 0.0, 1e-12);
+    EXPECT_EQ(m[12], 1.0);
+    EXPECT_EQ(m[13], 2.0);
+    EXPECT_EQ(m[14], 3.0);
+    EXPECT_EQ(scene.camera->zoom(0.0), 50.0);
+}
+
+TEST(CameraObject, TakesOrientationAloneAtTheDefaultPosition) {
+    const Matrix m =
+        parse(R"({"camera": {"orientation": [0, 0, 0], "zoom": 7}})").camera->layer_to_world(0.0);
+    EXPECT_EQ(m[12], 960.0);
+    EXPECT_EQ(m[13], 540.0);
+    EXPECT_EQ(m[14], -7.0);
+}
+
+TEST(CameraObject, ArraysTakeKeysNumberByNumberOrAsAWhole) {
+    const Scene one = parse(R"({"camera": {"position":
+        [{"keys": [{"time": 0, "value": 0}, {"time": 1, "value": 10}]}, 5, -100]}})");
+    const Scene whole = parse(R"({"camera": {"position": {"keys": [
+        {"time": 0, "value": [0, 5, -100]}, {"time": 1, "value": [10, 5, -100]}]}}})");
+    for (const Scene* scene : {&one, &whole}) {
+        const Matrix m = scene->camera->layer_to_world(0.25);
+        EXPECT_EQ(m[12], 2.5);
+        EXPECT_EQ(m[13], 5.0);
+        EXPECT_EQ(m[14], -100.0);
+    }
+}
+
+TEST(CameraObject, TakesAMatrixRowByRow) {
+    const Scene scene = parse(R"({"camera": {"matrix": [2, 0, 0, 0,  0, 0, 1, 0,  0, -1, 0, 0,
+        {"keys": [{"time": 0, "value": 7}, {"time": 1, "value": 9}]}, 8, 9, 1]}})");
+    const Matrix want = {2, 0, 0, 0, 0, 0, 1, 0, 0, -1, 0, 0, 8, 8, 9, 1};
+    EXPECT_EQ(scene.camera->layer_to_world(0.5), want);
+    EXPECT_EQ(scene.camera->zoom(0.5), 1920 * 50.0 / 36.0);
+}
+
+TEST(CameraObject, TakesKeysOfWholeMatrices) {
+    const Scene scene = parse(R"({"camera": {"zoom": 10, "matrix": {"keys": [
+        {"time": 0, "value": [1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1]},
+        {"time": 2, "value": [3,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,8,1]}]}}})");
+    const Matrix want = {2, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 4, 1};
+    EXPECT_EQ(scene.camera->layer_to_world(1.0), want);
+}
+
+TEST(CameraObject, LookAtDefaultsToTheOriginOfTheSkyAndTheNewCamerasZoom) {
+    // ra 0, dec 0: ahead is +x, up is -y in the host's world, right is west: -z.
+    const Scene scene = parse(R"({"camera": {"look_at": {}}})");
+    const Matrix m = scene.camera->layer_to_world(0.0);
+    const Matrix want = {0, 0, -1, 0, 0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 0, 1};
+    for (std::size_t i = 0; i < 16; ++i) {
+        EXPECT_NEAR(m[i], want[i], 1e-15) << i;
+    }
+    EXPECT_EQ(scene.camera->zoom(0.0), 1920 * 50.0 / 36.0);
+}
+
+TEST(CameraObject, LookAtTakesKeysNumberByNumberOrAsAWhole) {
+    const Scene one = parse(R"({"camera": {"look_at": {"dec": 10,
+        "ra": {"keys": [{"time": 0, "value": 80}, {"time": 1, "value": 90}]}}}})");
+    const Scene whole = parse(R"({"camera": {"look_at": {"keys": [
+        {"time": 0, "value": {"ra": 80, "dec": 10}}, {"time": 1, "value": {"dec": 10, "ra": 90}}]}}})");
+    const Scene still = parse(R"({"camera": {"look_at": {"ra": 85, "dec": 10}}})");
+    EXPECT_EQ(one.camera->layer_to_world(0.5), still.camera->layer_to_world(0.0));
+    EXPECT_EQ(whole.camera->layer_to_world(0.5), still.camera->layer_to_world(0.0));
+}
+
+TEST(CameraObject, AVerticalAngleOfViewSpansTheHeight) {
+    const Scene scene =
+        parse(R"({"composition": {"height": 600}, "camera": {"look_at": {}, "vertical_fov": 90}})");
+    EXPECT_NEAR(scene.camera->zoom(0.0), 300.0, 1e-9);
+}
+
+TEST(CameraObject, TheCompositionMayStandAfterTheCamera) {
+    const Scene scene = parse(R"({"camera": {}, "composition": {"width": 36}})");
+    EXPECT_EQ(scene.camera->zoom(0.0), 50.0);
+}
+
+TEST(ScenesShipped, OrionFramesTheWholeFigure) {
+    const Scene scene = host::load_scene(SCENES_DIR "/orion.json");
+    EXPECT_EQ(scene.composition.width, 1920);
+    EXPECT_EQ(scene.composition.height, 1080);
+    // Places from the shipped catalogue: Betelgeuse, Bellatrix, Rigel, Saiph, Meissa, in degrees.
+    // World y is down; the matrix turns, so its columns' products with a direction undo it.
+    const Matrix m = scene.camera->layer_to_world(0.0);
+    const double zoom = scene.camera->zoom(0.0);
+    constexpr double kDegree = std::numbers::pi / 180.0;
+    const double stars[][2] = {
+        {88.793, 7.407}, {81.283, 6.350}, {78.634, -8.202}, {86.939, -9.670}, {83.784, 9.934}};
+    for (const auto& [ra, dec] : stars) {
+        const double d[] = {std::cos(dec * kDegree) * std::cos(ra * kDegree),
+                            -std::sin(dec * kDegree),
+                            std::cos(dec * kDegree) * std::sin(ra * kDegree)};
+        double seen[3];
+        for (int row = 0; row < 3; ++row) {
+            seen[row] = d[0] * m[4 * row] + d[1] * m[4 * row + 1] + d[2] * m[4 * row + 2];
+        }
+        EXPECT_LT(std::fabs(seen[0] / seen[2] * zoom), 480.0);
+        EXPECT_LT(std::fabs(seen[1] / seen[2] * zoom), 486.0);  // a tenth of the half stays free
+        EXPECT_GT(seen[2], 0.0);
+    }
+}
+
+TEST(ScenesShipped, ThePanMovesAndIsBlurred) {
+    const Scene scene = host::load_scene(SCENES_DIR "/orion-pan.json");
+    EXPECT_EQ(scene.composition.width, 960);
+    EXPECT_EQ(scene.composition.height, 540);
+    EXPECT_EQ(scene.composition.frames(), 24);
+    EXPECT_TRUE(scene.composition.motion_blur);
+    EXPECT_NE(scene.camera->layer_to_world(0.0), scene.camera->layer_to_world(1.0));
+    ASSERT_EQ(scene.controls.size(), 2U);
+    EXPECT_EQ(scene.controls[1].name, "Motion Blur Segments");
+    EXPECT_EQ(std::get<Track>(scene.controls[1].value).at(0.0), 16.0);
+}
+
+TEST(ScenesShipped, TheDescriptionsExamplesAreScenes) {
+    std::ifstream file(SCENES_DIR "/README.md");
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    int examples = 0;
+    const std::string fence = "```json\n";
+    for (std::size_t at = text.find(fence); at != std::string::npos; at = text.find(fence, at)) {
+        at += fence.size();
+        EXPECT_NO_THROW(parse(text.substr(at, text.find("```", at) - at)));
+        ++examples;
+    }
+    EXPECT_EQ(examples, 4);
+}
+
+}  // namespace
