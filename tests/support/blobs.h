@@ -1,0 +1,30 @@
+// Finds the images of stars in a frame, to a small fraction of a pixel.
+#pragma once
+
+#include <optional>
+
+#include "support/picture.h"
+
+namespace support {
+
+/// A star's image as a Gaussian with axes along the picture's, in the sum of all channels.
+struct Blob {
+    double x = 0;  ///< centre, pixels; pixel centres are integers
+    double y = 0;
+    double radius_x = 0;  ///< to where the light falls to 1/e, pixels
+    double radius_y = 0;
+    double peak = 0;
+
+    /// pi x radius_x x radius_y x peak.
+    double total() const;
+};
+
+/// The brightest spot whose highest pixel is within `radius` pixels of (`x`, `y`).
+///
+/// The logarithm of a Gaussian is a parabola, so three pixels around the highest one give centre
+/// and radius on each axis exactly, as long as neither a neighbour nor a background adds light
+/// there. None when there is no such peak: nothing lit, the highest pixel on the picture's edge, a
+/// neighbour dark or brighter (the flank of a spot outside the search).
+std::optional<Blob> find_blob(const Picture& picture, double x, double y, double radius);
+
+}  // namespace support

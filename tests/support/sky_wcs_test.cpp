@@ -1,0 +1,90 @@
+#include "support/sky_wcs.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+
+namespace {
+
+using support::SkyProjection;
+using support::SkyView;
+using support::SkyWcs;
+
+constexpr double degree = std::numbers::pi / 180;
+
+SkyView view(SkyProjection projection) {
+    return {.ra = 83,
+            .dec = -1,
+            .roll = 0,
+            .width = 1920,
+            .height = 1080,
+            .projection = projection,
+            .focal = 4.7};
+}
+
+TEST(SkyWcs, PutsTheLookAtPointAtTheCentre) {
+    for (const auto projection : {SkyProjection::tan, SkyProjection::sin, SkyProjection::arc}) {
+        const auto pixel = SkyWcs(view(projection)).pixel(83, -1);
+        ASSERT_TRUE(pixel);
+        EXPECT_NEAR(pixel->x, 960, 1e-9);
+        EXPECT_NEAR(pixel->y, 540, 1e-9);
+    }
+}
+
+// Ten degrees north along the meridian, by the radii of the three projections.
+TEST(SkyWcs, NorthIsUpByEachProjectionsRadius) {
+    const auto up = [](SkyProjection projection) {
+        const auto pixel = SkyWcs(view(projection)).pixel(83, 9);
+        EXPECT_TRUE(pixel);
+        EXPECT_NEAR(pixel->x, 960, 1e-9);
+        return 540 - pixel->y;
+    };
+    EXPECT_NEAR(up(SkyProjection::tan), 540 * 4.7 * std::tan(10 * degree), 1e-9);
+    EXPECT_NEAR(up(SkyProjection::sin), 540 * std::sin(10 * degree), 1e-9);
+    EXPECT_NEAR(up(SkyProjection::arc), 540 * 10 / 90.0, 1e-9);
+}
+
+TEST(SkyWcs, EastIsToTheLeft) {
+    SkyView equator = view(SkyProjection::sin);
+    equator.dec = 0;
+    const auto pixel = SkyWcs(equator).pixel(83 + 30, 0);
+    ASSERT_TRUE(pixel);
+    EXPECT_NEAR(pixel->x, 960 - 270, 1e-9);  // sin 30 degrees is a half
+    EXPECT_NEAR(pixel->y, 540, 1e-9);
+}
+
+TEST(SkyWcs, RollTurnsThePicturesUpTowardsEast) {
+    SkyView rolled = view(SkyProjection::arc);
+    rolled.dec = 0;
+    rolled.roll = 90;
+    const SkyWcs sky(rolled);
+    const auto east = sky.pixel(83 + 9, 0);  // 9 degrees are 54 pixels
+    ASSERT_TRUE(east);
+    EXPECT_NEAR(east->x, 960, 1e-9);
+    EXPECT_NEAR(east->y, 540 - 54, 1e-9);
+    const auto north = sky.pixel(83, 9);
+    ASSERT_TRUE(north);
+    EXPECT_NEAR(north->x, 960 + 54, 1e-9);
+    EXPECT_NEAR(north->y, 540, 1e-9);
+}
+
+TEST(SkyWcs, AtThePoleTheMeridianOfTheViewRunsDown) {
+    SkyView pole = view(SkyProjection::arc);
+    pole.dec = 90;
+    const auto pixel = SkyWcs(pole).pixel(83, 81);
+    ASSERT_TRUE(pixel);
+    EXPECT_NEAR(pixel->x, 960, 1e-9);
+    EXPECT_NEAR(pixel->y, 540 + 54, 1e-9);
+}
+
+TEST(SkyWcs, SeesNothingBehind) {
+    for (const auto projection : {SkyProjection::tan, SkyProjection::sin, SkyProjection::arc}) {
+        const SkyWcs sky(view(projection));
+        EXPECT_FALSE(sky.pixel(263, 1));
+        EXPECT_FALSE(sky.pixel(83 + 100, -1));
+        EXPECT_TRUE(sky.pixel(83 + 89, -1));
+    }
+}
+
+}  // namespace
