@@ -1,0 +1,58 @@
+// Replacing a file only when its successor is complete.
+#include <base/exceptions.h>
+#include <osapi/atomic_file_write.h>
+
+#include "release.h"
+#include "syscalls.h"
+
+namespace OSAPI {
+
+namespace {
+
+String temporary_path(const char* path) { return String::fmt("%s.inprogress", path); }
+
+}  // namespace
+
+AtomicFileWrite::AtomicFileWrite(const char* path, int mode)
+    : path_(path), temporary_(temporary_path(path)), descriptor_(open(temporary_.c_str(), mode)) {}
+
+AtomicFileWrite::AtomicFileWrite(const char* path, const String& temporary,
+                                 FileDescriptor& descriptor)
+    : path_(path), temporary_(temporary), descriptor_(descriptor.release()) {}
+
+AtomicFileWrite::~AtomicFileWrite() noexcept(false) {
+    if (!finished_) {
+        release_in_destructor([this] { abort(); });
+    }
+}
+
+AtomicFileWrite* AtomicFileWrite::exclusive(const char* path) {
+    const String temporary = temporary_path(path);
+    FileDescriptor descriptor(open_can_fail(temporary.c_str(), kWrite | kExclusive));
+    if (!descriptor.is_open()) {
+        return nullptr;
+    }
+    return new AtomicFileWrite(path, temporary, descriptor);
+}
+
+void AtomicFileWrite::complete() {
+    sync(descriptor_.fd());
+    complete_nosync();
+}
+
+void AtomicFileWrite::complete_nosync() {
+    descriptor_.close();
+    rename(temporary_.c_str(), path_.c_str());
+    finished_ = true;
+}
+
+void AtomicFileWrite::abort() {
+    // What the bytes became does not matter any more, so neither does a failure to close.
+    if (descriptor_.is_open()) {
+        syscalls().close(descriptor_.release());
+    }
+    rm_ifexist(temporary_.c_str());
+    finished_ = true;
+}
+
+}  // namespace OSAPI

@@ -1,0 +1,231 @@
+// Descriptors and whole-buffer input and output over POSIX.
+#include <base/exceptions.h>
+#include <fcntl.h>
+#include <osapi/files.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+
+#include "syscalls.h"
+
+namespace OSAPI {
+
+namespace {
+
+constexpr mode_t kPermissions = 0664;
+
+// Some systems refuse a single transfer of more bytes than an int can count.
+constexpr uword kMaxTransfer = INT_MAX;
+
+int open_flags(int mode) {
+    int flags = O_CLOEXEC;
+    switch (mode & kReadWrite) {
+        case kWrite:
+            flags |= O_WRONLY | O_CREAT | O_TRUNC;
+            break;
+        case kReadWrite:
+            flags |= O_RDWR | O_CREAT | O_TRUNC;
+            break;
+        default:
+            flags |= O_RDONLY;
+            break;
+    }
+    if ((mode & kExclusive) != 0) {
+        flags |= O_EXCL;
+    }
+    return flags;
+}
+
+// EAGAIN is retried at once: a non-blocking descriptor is polled.
+bool worth_retrying() { return errno == EINTR || errno == EAGAIN; }
+
+enum class Outcome { kAll, kEnd, kFailed };
+
+// What a transfer of 0 bytes means.
+enum class OnNothing { kEnd, kRetry };
+
+// Calls transfer(done, rest) until all `count` bytes are through. kFailed: errno is set.
+template <class Transfer>
+Outcome transfer_all(uword count, OnNothing on_nothing, Transfer transfer) {
+    uword done = 0;
+    while (done < count) {
+        const ssize_t moved = transfer(done, std::min(count - done, kMaxTransfer));
+        if (moved > 0) {
+            done += static_cast<uword>(moved);
+        } else if (moved == 0) {
+            if (on_nothing == OnNothing::kEnd) {
+                return Outcome::kEnd;
+            }
+        } else if (!worth_retrying()) {
+            return Outcome::kFailed;
+        }
+    }
+    return Outcome::kAll;
+}
+
+}  // namespace
+
+fd_t open_can_fail(const char* path, int mode) {
+    if ((mode & kUnsupported) != 0) {
+        return kNoDescriptor;
+    }
+    return syscalls().open(path, open_flags(mode), kPermissions);
+}
+
+fd_t open(const char* path, int mode) {
+    const fd_t fd = open_can_fail(path, mode);
+    if (fd == kNoDescriptor) {
+        XTHROW("opening file \"%s\": %s", path, std::strerror(errno));
+    }
+    return fd;
+}
+
+void close(fd_t fd) {
+    // Never retried, not even when interrupted: the number may be another file's by now.
+    if (syscalls().close(fd) != 0) {
+        XTHROW("close: %s", std::strerror(errno));
+    }
+}
+
+sword read(int fd, char* buffer, uword count) {
+    const Outcome outcome = transfer_all(count, OnNothing::kEnd, [=](uword done, uword rest) {
+        return syscalls().read(fd, buffer + done, rest);
+    });
+    if (outcome == Outcome::kEnd) {
+        XTHROW("unexpected EOF");
+    }
+    if (outcome == Outcome::kFailed) {
+        XTHROW("read: %s", std::strerror(errno));
+    }
+    return static_cast<sword>(count);
+}
+
+sword read_short(int fd, char* buffer, uword count) {
+    for (;;) {
+        const ssize_t got = syscalls().read(fd, buffer, std::min(count, kMaxTransfer));
+        if (got >= 0) {
+            return got;
+        }
+        if (errno == EAGAIN) {
+            return 0;
+        }
+        if (errno != EINTR) {
+            XTHROW("read: %s", std::strerror(errno));
+        }
+    }
+}
+
+sword pread(int fd, char* buffer, uword count, u64 offset) {
+    const Outcome outcome = transfer_all(count, OnNothing::kEnd, [=](uword done, uword rest) {
+        return syscalls().pread(fd, buffer + done, rest, static_cast<off_t>(offset + done));
+    });
+    if (outcome == Outcome::kEnd) {
+        XTHROW("unexpected EOF");
+    }
+    if (outcome == Outcome::kFailed) {
+        XTHROW("read: %s", std::strerror(errno));
+    }
+    return static_cast<sword>(count);
+}
+
+sword write(int fd, const char* buffer, uword count) {
+    const Outcome outcome = transfer_all(count, OnNothing::kRetry, [=](uword done, uword rest) {
+        return syscalls().write(fd, buffer + done, rest);
+    });
+    if (outcome == Outcome::kFailed) {
+        XTHROW("write: %s", std::strerror(errno));
+    }
+    return static_cast<sword>(count);
+}
+
+sword pwrite(int fd, const char* buffer, uword count, u64 offset) {
+    const Outcome outcome = transfer_all(count, OnNothing::kRetry, [=](uword done, uword rest) {
+        return syscalls().pwrite(fd, buffer + done, rest, static_cast<off_t>(offset + done));
+    });
+    if (outcome == Outcome::kFailed) {
+        XTHROW("write: %s", std::strerror(errno));
+    }
+    return static_cast<sword>(count);
+}
+
+u64 getsize(fd_t fd) {
+    struct stat info;
+    if (syscalls().fstat(fd, &info) != 0) {
+        XTHROW("fstat: %s", std::strerror(errno));
+    }
+    return static_cast<u64>(info.st_size);
+}
+
+u64 getsize(const char* path) {
+    struct stat info;
+    if (syscalls().stat(path, &info) != 0) {
+        XTHROW("stat: %s", std::strerror(errno));
+    }
+    return static_cast<u64>(info.st_size);
+}
+
+s64 lseek(fd_t fd, s64 offset, int whence) {
+    const off_t position = syscalls().lseek(fd, offset, whence);
+    if (position == -1) {
+        XTHROW("lseek: %s", std::strerror(errno));
+    }
+    return position;
+}
+
+s64 seek_from_start(int fd, s64 offset) { return lseek(fd, offset, SEEK_SET); }
+
+s64 seek_from_curpos(int fd, s64 offset) { return lseek(fd, offset, SEEK_CUR); }
+
+void truncate(fd_t fd, s64 size) {
+    if (syscalls().ftruncate(fd, size) != 0) {
+        XTHROW("ftruncate: %s", std::strerror(errno));
+    }
+}
+
+void sync(fd_t fd) {
+    if (syscalls().fsync(fd) != 0) {
+        XTHROW("fsync: %s", std::strerror(errno));
+    }
+}
+
+// Not every target can leave a file's times out of it.
+void datasync(int fd) { sync(fd); }
+
+void sync() { syscalls().sync(); }
+
+void rename(const char* from, const char* to) {
+    if (syscalls().rename(from, to) != 0) {
+        XTHROW("rename(%s,%s): %s", from, to, std::strerror(errno));
+    }
+}
+
+void rm(const char* path) {
+    if (syscalls().unlink(path) != 0) {
+        XTHROW("unlink(%s): %s", path, std::strerror(errno));
+    }
+}
+
+void rm_ifexist(const char* path) {
+    if (syscalls().unlink(path) != 0 && errno != ENOENT) {
+        XTHROW("unlink(%s): %s", path, std::strerror(errno));
+    }
+}
+
+bool file_exists(const char* path, int mode) {
+    int what = F_OK;
+    if ((mode & kRead) != 0) {
+        what |= R_OK;
+    }
+    if ((mode & kWrite) != 0) {
+        what |= W_OK;
+    }
+    return syscalls().access(path, what) == 0;
+}
+
+int get_page_size() { return ::getpagesize(); }
+
+}  // namespace OSAPI

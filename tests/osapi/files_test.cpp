@@ -1,0 +1,451 @@
+#include "support/expect_throw.h"
+#include "support/faults.h"
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <osapi/files.h>
+#include "support/scratch.h"
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using OSAPI::DiskFile;
+using OSAPI::FileDescriptor;
+using OSAPI::Syscalls;
+
+const char* const kSource = "osapi/osapi-unix.cpp";
+
+std::string with_error(const std::string& call, int error) {
+    return call + ": " + std::strerror(error);
+}
+
+// The process's umask, set and put back.
+class Umask {
+public:
+    explicit Umask(mode_t mask) : before_(umask(mask)) {}
+    Umask(const Umask&) = delete;
+    Umask& operator=(const Umask&) = delete;
+    ~Umask() { umask(before_); }
+
+private:
+    mode_t before_;
+};
+
+mode_t permissions(const std::string& path) {
+    struct stat info;
+    EXPECT_EQ(stat(path.c_str(), &info), 0);
+    return info.st_mode & 07777;
+}
+
+TEST(Open, GivesTheSystemTheFlagsOfTheMode) {
+    // The mode's bits by their values: saved calls depend on these numbers.
+    const struct {
+        int mode;
+        int flags;
+    } table[] = {
+        {0, O_RDONLY},
+        {1, O_RDONLY},
+        {2, O_WRONLY | O_CREAT | O_TRUNC},
+        {3, O_RDWR | O_CREAT | O_TRUNC},
+        {8, O_RDONLY | O_EXCL},
+        {9, O_RDONLY | O_EXCL},
+        {10, O_WRONLY | O_CREAT | O_TRUNC | O_EXCL},
+        {11, O_RDWR | O_CREAT | O_TRUNC | O_EXCL},
+    };
+    for (const auto& row : table) {
+        int flags = 0;
+        mode_t wanted = 0;
+        const Intercept<&Syscalls::open> opens([&](const char*, int f, mode_t p) {
+            flags = f;
+            wanted = p;
+            return -1;
+        });
+        EXPECT_EQ(OSAPI::open_can_fail("x", row.mode), -1);
+        EXPECT_EQ(flags, row.flags | O_CLOEXEC) << "mode " << row.mode;
+        EXPECT_EQ(wanted, 0664U);
+    }
+}
+
+TEST(Open, DescriptorIsClosedOnExec) {
+    const ScratchFolder folder;
+    for (const int mode : {OSAPI::kWrite, OSAPI::kReadWrite, OSAPI::kRead}) {
+        const DiskFile file((folder / "a").c_str(), mode);
+        EXPECT_EQ(fcntl(file.fd(), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC) << "mode " << mode;
+    }
+}
+
+TEST(Open, CreatesWithPermissions0664LessTheUmask) {
+    const ScratchFolder folder;
+    {
+        const Umask none(0);
+        const DiskFile file((folder / "open").c_str(), OSAPI::kWrite);
+        EXPECT_EQ(permissions(folder / "open"), 0664U);
+    }
+    {
+        const Umask usual(0027);
+        const DiskFile file((folder / "masked").c_str(), OSAPI::kReadWrite);
+        EXPECT_EQ(permissions(folder / "masked"), 0640U);
+    }
+}
+
+TEST(Open, TruncatesUnlessReading) {
+    const ScratchFolder folder;
+    for (const int mode : {0, 1, 2, 3}) {
+        write_file(folder / "a", "text");
+        const DiskFile file((folder / "a").c_str(), mode);
+        EXPECT_EQ(file.getsize(), mode < 2 ? 4U : 0U) << "mode " << mode;
+    }
+}
+
+TEST(Open, UnsupportedModeFailsWithoutACallAndLeavesTheErrorAlone) {
+    const Fault<&Syscalls::open> opens(EIO, kAlways);
+    for (const int mode : {4, 5, 6, 7, 12, 15}) {
+        errno = ENOSPC;
+        EXPECT_EQ(OSAPI::open_can_fail("/", mode), -1);
+        EXPECT_EQ(errno, ENOSPC);
+        expect_message(thrown_message([&] { OSAPI::open("/", mode); }),
+                       with_error("opening file \"/\"", ENOSPC), "OSAPI::open", kSource);
+    }
+    EXPECT_EQ(opens.calls(), 0);
+}
+
+TEST(Open, ExclusiveRefusesAFileThatIsThere) {
+    const ScratchFolder folder;
+    const std::string path = folder / "a";
+    const int mode = OSAPI::kWrite | OSAPI::kExclusive;
+    { const DiskFile first(path.c_str(), mode); }
+    const int before = open_descriptors();
+    expect_message(thrown_message([&] { DiskFile(path.c_str(), mode); }),
+                   with_error("opening file \"" + path + "\"", EEXIST), "OSAPI::open", kSource);
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST(Open, MissingFile) {
+    const ScratchFolder folder;
+    const std::string path = folder / "none";
+    EXPECT_EQ(OSAPI::open_can_fail(path.c_str(), OSAPI::kRead), -1);
+    EXPECT_EQ(errno, ENOENT);
+    expect_message(thrown_message([&] { OSAPI::open(path.c_str(), OSAPI::kRead); }),
+                   with_error("opening file \"" + path + "\"", ENOENT), "OSAPI::open", kSource);
+}
+
+TEST(Close, FailureNamesTheCall) {
+    expect_message(thrown_message([] { OSAPI::close(-1); }), with_error("close", EBADF),
+                   "OSAPI::close", kSource);
+}
+
+TEST(Close, IsNeverRetried) {
+    const Fault<&Syscalls::close> closes(EINTR, kAlways);
+    expect_message(thrown_message([] { OSAPI::close(1000); }), with_error("close", EINTR),
+                   "OSAPI::close", kSource);
+    EXPECT_EQ(closes.calls(), 1);
+}
+
+// Ten bytes in a file that is open for reading and writing.
+class TenBytes : public testing::Test {
+protected:
+    TenBytes() {
+        file_->write("0123456789", 10);
+        file_->seek_from_start(0);
+    }
+
+    int fd() const { return file_->fd(); }
+    std::string content() const { return read_file(folder_ / "ten"); }
+
+    ScratchFolder folder_;
+    const std::unique_ptr<DiskFile> file_ =
+        std::make_unique<DiskFile>((folder_ / "ten").c_str(), OSAPI::kReadWrite);
+    char buffer_[16] = {};
+};
+
+TEST_F(TenBytes, ReadGivesExactlyWhatIsAskedFor) {
+    EXPECT_EQ(OSAPI::read(fd(), buffer_, 4), 4);
+    EXPECT_EQ(OSAPI::read(fd(), buffer_ + 4, 6), 6);
+    EXPECT_STREQ(buffer_, "0123456789");
+    EXPECT_EQ(OSAPI::read(fd(), buffer_, 0), 0);
+}
+
+TEST_F(TenBytes, ReadBeyondTheEndThrowsAfterTakingWhatThereIs) {
+    expect_message(thrown_message([&] { OSAPI::read(fd(), buffer_, 11); }), "unexpected EOF",
+                   "OSAPI::read", kSource);
+    EXPECT_STREQ(buffer_, "0123456789");
+    EXPECT_EQ(OSAPI::seek_from_curpos(fd(), 0), 10);
+}
+
+TEST(Read, HundredBytesOfASixtyByteFile) {
+    const ScratchFolder folder;
+    write_file(folder / "sixty", std::string(60, 's'));
+    const DiskFile file((folder / "sixty").c_str(), OSAPI::kRead);
+    std::vector<char> buffer(100);
+    expect_message(thrown_message([&] { OSAPI::read(file.fd(), buffer.data(), 100); }),
+                   "unexpected EOF", "OSAPI::read", kSource);
+    EXPECT_EQ(std::count(buffer.begin(), buffer.end(), 's'), 60);
+}
+
+TEST_F(TenBytes, ReadGathersShortChunks) {
+    const Intercept<&Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
+        return reads.real(fd, buffer, std::min<size_t>(count, 3));
+    });
+    EXPECT_EQ(OSAPI::read(fd(), buffer_, 10), 10);
+    EXPECT_STREQ(buffer_, "0123456789");
+    EXPECT_EQ(reads.calls(), 4);
+}
+
+TEST_F(TenBytes, ReadRetriesInterruptionsAndEmptyHands) {
+    for (const int error : {EINTR, EAGAIN}) {
+        file_->seek_from_start(0);
+        const Fault<&Syscalls::read> fault(error, {.after = 0, .times = 3});
+        EXPECT_EQ(OSAPI::read(fd(), buffer_, 10), 10);
+        EXPECT_STREQ(buffer_, "0123456789");
+        EXPECT_EQ(fault.calls(), 4);
+    }
+}
+
+TEST_F(TenBytes, ReadReportsAnyOtherFailure) {
+    const Fault<&Syscalls::read> fault(EIO);
+    expect_message(thrown_message([&] { OSAPI::read(fd(), buffer_, 10); }), with_error("read", EIO),
+                   "OSAPI::read", kSource);
+    EXPECT_EQ(fault.calls(), 1);
+}
+
+TEST_F(TenBytes, ReadShortGivesWhatThereIs) {
+    EXPECT_EQ(OSAPI::read_short(fd(), buffer_, 16), 10);
+    EXPECT_STREQ(buffer_, "0123456789");
+    EXPECT_EQ(OSAPI::read_short(fd(), buffer_, 16), 0);
+}
+
+TEST_F(TenBytes, ReadShortRetriesInterruptionsOnly) {
+    {
+        const Fault<&Syscalls::read> fault(EINTR, {.after = 0, .times = 2});
+        EXPECT_EQ(OSAPI::read_short(fd(), buffer_, 4), 4);
+        EXPECT_EQ(fault.calls(), 3);
+    }
+    {
+        const Fault<&Syscalls::read> fault(EAGAIN, kAlways);
+        EXPECT_EQ(OSAPI::read_short(fd(), buffer_, 4), 0);
+        EXPECT_EQ(fault.calls(), 1);
+    }
+    {
+        const Fault<&Syscalls::read> fault(EIO);
+        expect_message(thrown_message([&] { OSAPI::read_short(fd(), buffer_, 4); }),
+                       with_error("read", EIO), "OSAPI::read_short", kSource);
+    }
+}
+
+TEST(ReadShort, EmptyPipeThatDoesNotBlockGivesNothing) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const FileDescriptor reader(ends[0]);
+    const FileDescriptor writer(ends[1]);
+    ASSERT_EQ(fcntl(reader.fd(), F_SETFL, O_NONBLOCK), 0);
+    char byte;
+    EXPECT_EQ(OSAPI::read_short(reader.fd(), &byte, 1), 0);
+}
+
+TEST_F(TenBytes, PreadKeepsThePositionAndAdvancesItsOffset) {
+    const Intercept<&Syscalls::pread> reads([&](int fd, void* buffer, size_t count, off_t offset) {
+        if (reads.calls() % 2 == 0) {
+            errno = reads.calls() % 4 == 0 ? EINTR : EAGAIN;
+            return ssize_t{-1};
+        }
+        return reads.real(fd, buffer, std::min<size_t>(count, 3), offset);
+    });
+    EXPECT_EQ(OSAPI::pread(fd(), buffer_, 8, 2), 8);
+    EXPECT_STREQ(buffer_, "23456789");
+    EXPECT_EQ(reads.calls(), 5);
+    EXPECT_EQ(OSAPI::seek_from_curpos(fd(), 0), 0);
+}
+
+TEST_F(TenBytes, PreadFailures) {
+    expect_message(thrown_message([&] { OSAPI::pread(fd(), buffer_, 9, 2); }), "unexpected EOF",
+                   "OSAPI::pread", kSource);
+    const Fault<&Syscalls::pread> fault(EIO, {.after = 1});
+    EXPECT_EQ(OSAPI::pread(fd(), buffer_, 1, 0), 1);
+    expect_message(thrown_message([&] { OSAPI::pread(fd(), buffer_, 1, 0); }),
+                   with_error("read", EIO), "OSAPI::pread", kSource);
+}
+
+TEST_F(TenBytes, WriteSendsAllInAsManyChunksAsItTakes) {
+    const Intercept<&Syscalls::write> writes([&](int fd, const void* buffer, size_t count) {
+        switch (writes.calls()) {
+            case 1:
+                errno = EINTR;
+                return ssize_t{-1};
+            case 2:
+                errno = EAGAIN;
+                return ssize_t{-1};
+            case 3:
+                return ssize_t{0};  // nothing written and no failure: tried again
+            default:
+                return writes.real(fd, buffer, std::min<size_t>(count, 4));
+        }
+    });
+    EXPECT_EQ(OSAPI::write(fd(), "abcdefghij", 10), 10);
+    EXPECT_EQ(writes.calls(), 6);
+    EXPECT_EQ(content(), "abcdefghij");
+}
+
+TEST_F(TenBytes, WriteReportsAnyOtherFailure) {
+    const Fault<&Syscalls::write> fault(ENOSPC);
+    expect_message(thrown_message([&] { OSAPI::write(fd(), "x", 1); }), with_error("write", ENOSPC),
+                   "OSAPI::write", kSource);
+    EXPECT_EQ(fault.calls(), 1);
+}
+
+TEST_F(TenBytes, PwriteKeepsThePositionAndAdvancesItsOffset) {
+    const Intercept<&Syscalls::pwrite> writes(
+        [&](int fd, const void* buffer, size_t count, off_t offset) {
+            if (writes.calls() == 2) {
+                errno = EINTR;
+                return ssize_t{-1};
+            }
+            return writes.real(fd, buffer, std::min<size_t>(count, 2), offset);
+        });
+    EXPECT_EQ(OSAPI::pwrite(fd(), "abcd", 4, 3), 4);
+    EXPECT_EQ(writes.calls(), 3);
+    EXPECT_EQ(content(), "012abcd789");
+    EXPECT_EQ(OSAPI::seek_from_curpos(fd(), 0), 0);
+}
+
+TEST_F(TenBytes, PwriteReportsAnyOtherFailure) {
+    const Fault<&Syscalls::pwrite> fault(EIO);
+    expect_message(thrown_message([&] { OSAPI::pwrite(fd(), "x", 1, 0); }),
+                   with_error("write", EIO), "OSAPI::pwrite", kSource);
+}
+
+TEST(Transfer, AsksForNoMoreThanAnIntCounts) {
+    if constexpr (sizeof(uword) > sizeof(int)) {
+        const uword count = static_cast<uword>(INT_MAX) + 5;
+        std::vector<size_t> asked;
+        // Counts only: the buffer's bytes are never touched.
+        const Intercept<&Syscalls::write> writes([&](int, const void*, size_t size) {
+            asked.push_back(size);
+            return static_cast<ssize_t>(size);
+        });
+        char byte = 0;
+        EXPECT_EQ(OSAPI::write(-1, &byte, count), static_cast<sword>(count));
+        EXPECT_EQ(asked, (std::vector<size_t>{INT_MAX, 5}));
+    }
+}
+
+TEST_F(TenBytes, Sizes) {
+    const std::string path = folder_ / "ten";
+    EXPECT_EQ(OSAPI::getsize(fd()), 10U);
+    EXPECT_EQ(file_->getsize(), 10U);
+    EXPECT_EQ(OSAPI::getsize(path.c_str()), 10U);
+    expect_message(thrown_message([] { OSAPI::getsize(-1); }), with_error("fstat", EBADF),
+                   "OSAPI::getsize", kSource);
+    expect_message(thrown_message([&] { OSAPI::getsize((path + "x").c_str()); }),
+                   with_error("stat", ENOENT), "OSAPI::getsize", kSource);
+}
+
+TEST_F(TenBytes, TruncateAndSizesBeyondFourGigabytes) {
+    // A hole: no disk is needed for it.
+    const s64 size = (s64{5} << 30) + 1;
+    OSAPI::truncate(fd(), size);
+    EXPECT_EQ(file_->getsize(), static_cast<u64>(size));
+    EXPECT_EQ(OSAPI::lseek(fd(), -1, SEEK_END), size - 1);
+    OSAPI::truncate(fd(), 3);
+    EXPECT_EQ(content(), "012");
+    expect_message(thrown_message([&] { OSAPI::truncate(fd(), -1); }),
+                   with_error("ftruncate", EINVAL), "OSAPI::truncate", kSource);
+}
+
+TEST_F(TenBytes, Seeking) {
+    EXPECT_EQ(OSAPI::seek_from_start(fd(), 4), 4);
+    EXPECT_EQ(OSAPI::seek_from_curpos(fd(), 3), 7);
+    EXPECT_EQ(file_->seek_from_curpos(-2), 5);
+    EXPECT_EQ(file_->seek_from_start(1), 1);
+    EXPECT_EQ(OSAPI::read(fd(), buffer_, 1), 1);
+    EXPECT_STREQ(buffer_, "1");
+    for (const auto seek : {OSAPI::seek_from_start, OSAPI::seek_from_curpos}) {
+        expect_message(thrown_message([&] { seek(fd(), -100); }), with_error("lseek", EINVAL),
+                       "OSAPI::lseek", kSource);
+    }
+}
+
+TEST_F(TenBytes, SyncAndItsFailure) {
+    OSAPI::sync(fd());
+    OSAPI::datasync(fd());
+    const Fault<&Syscalls::fsync> fault(EIO, kAlways);
+    expect_message(thrown_message([&] { OSAPI::sync(fd()); }), with_error("fsync", EIO),
+                   "OSAPI::sync", kSource);
+    expect_message(thrown_message([&] { OSAPI::datasync(fd()); }), with_error("fsync", EIO),
+                   "OSAPI::sync", kSource);
+}
+
+TEST(Sync, OfTheWholeSystemCallsTheSystemOnce) {
+    const Intercept<&Syscalls::sync> syncs([] {});
+    OSAPI::sync();
+    EXPECT_EQ(syncs.calls(), 1);
+}
+
+TEST(Rename, MovesOrNamesBothPaths) {
+    const ScratchFolder folder;
+    const std::string from = folder / "from";
+    const std::string to = folder / "to";
+    write_file(from, "new");
+    write_file(to, "old");
+    OSAPI::rename(from.c_str(), to.c_str());
+    EXPECT_EQ(read_file(to), "new");
+    expect_message(thrown_message([&] { OSAPI::rename(from.c_str(), to.c_str()); }),
+                   with_error("rename(" + from + "," + to + ")", ENOENT), "OSAPI::rename", kSource);
+}
+
+TEST(Rm, RemovesOrNamesThePath) {
+    const ScratchFolder folder;
+    const std::string path = folder / "a";
+    write_file(path, "");
+    OSAPI::rm(path.c_str());
+    EXPECT_FALSE(std::filesystem::exists(path));
+    expect_message(thrown_message([&] { OSAPI::rm(path.c_str()); }),
+                   with_error("unlink(" + path + ")", ENOENT), "OSAPI::rm", kSource);
+}
+
+TEST(RmIfexist, IsSilentAboutAMissingFileOnly) {
+    const ScratchFolder folder;
+    const std::string path = folder / "a";
+    write_file(path, "");
+    OSAPI::rm_ifexist(path.c_str());
+    EXPECT_FALSE(std::filesystem::exists(path));
+    OSAPI::rm_ifexist(path.c_str());
+    const Fault<&Syscalls::unlink> fault(EROFS);
+    expect_message(thrown_message([&] { OSAPI::rm_ifexist(path.c_str()); }),
+                   with_error("unlink(" + path + ")", EROFS), "OSAPI::rm_ifexist", kSource);
+}
+
+TEST(FileExists, TellsWhetherAFileIsThere) {
+    const ScratchFolder folder;
+    const std::string path = folder / "a";
+    for (const int mode : {0, 1, 2, 3}) {
+        EXPECT_FALSE(OSAPI::file_exists(path.c_str(), mode));
+    }
+    write_file(path, "");
+    for (const int mode : {0, 1, 2, 3}) {
+        EXPECT_TRUE(OSAPI::file_exists(path.c_str(), mode));
+    }
+}
+
+TEST(FileExists, AsksForThePermissionsOfTheMode) {
+    const int expected[] = {F_OK, R_OK, W_OK, R_OK | W_OK};
+    for (int mode = 0; mode < 4; ++mode) {
+        int asked = -1;
+        const Intercept<&Syscalls::access> checks([&](const char*, int what) {
+            asked = what;
+            return 0;
+        });
+        EXPECT_TRUE(OSAPI::file_exists("x", mode));
+        EXPECT_EQ(asked, expected[mode]);
+    }
+}
+
+TEST(PageSize, IsTheSystems) { EXPECT_EQ(OSAPI::get_page_size(), sysconf(_SC_PAGESIZE)); }
+
+}  // namespace

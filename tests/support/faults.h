@@ -1,0 +1,101 @@
+// Makes chosen system calls of the operating-system room fail on demand.
+#pragma once
+
+#include <sys/mman.h>
+#include <syscalls.h>
+
+#include <cerrno>
+#include <functional>
+#include <limits>
+#include <stdexcept>
+#include <type_traits>
+
+/// Puts a function of the test in the place of one system call while the object lives:
+///
+///     Intercept<&OSAPI::Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
+///         return reads.real(fd, buffer, std::min<size_t>(count, 7));
+///     });
+///
+/// One at a time for each call.
+template <auto Call>
+class Intercept;
+
+template <class Result, class... Arguments, Result (*OSAPI::Syscalls::*Call)(Arguments...)>
+class Intercept<Call> {
+public:
+    using Replacement = std::function<Result(Arguments...)>;
+
+    explicit Intercept(Replacement replacement)
+        : replacement_(std::move(replacement)), real_(OSAPI::syscalls().*Call) {
+        if (current_ != nullptr) {
+            throw std::logic_error("this call is being intercepted already");
+        }
+        current_ = this;
+        OSAPI::syscalls().*Call = [](Arguments... arguments) {
+            ++current_->calls_;
+            return current_->replacement_(arguments...);
+        };
+    }
+    Intercept(const Intercept&) = delete;
+    Intercept& operator=(const Intercept&) = delete;
+    ~Intercept() {
+        OSAPI::syscalls().*Call = real_;
+        current_ = nullptr;
+    }
+
+    /// The system's own call.
+    Result real(Arguments... arguments) const { return real_(arguments...); }
+    /// Calls since construction.
+    int calls() const { return calls_; }
+
+private:
+    static inline Intercept* current_ = nullptr;
+
+    Replacement replacement_;
+    Result (*real_)(Arguments...);
+    int calls_ = 0;
+};
+
+/// Which calls of a kind fail: `times` of them after the first `after`.
+struct When {
+    int after = 0;
+    int times = 1;
+};
+inline constexpr When kAlways = {0, std::numeric_limits<int>::max()};
+
+/// Makes one system call fail with `error` (an errno value) while the object lives; a failing call
+/// does nothing else:
+///
+///     Fault<&OSAPI::Syscalls::write> full(ENOSPC, {.after = 2});
+template <auto Call>
+class Fault;
+
+template <class Result, class... Arguments, Result (*OSAPI::Syscalls::*Call)(Arguments...)>
+class Fault<Call> {
+public:
+    explicit Fault(int error, When when = {})
+        : intercept_([this, error, when](Arguments... arguments) {
+              const int earlier = intercept_.calls() - 1;
+              if (earlier < when.after || earlier - when.after >= when.times) {
+                  return intercept_.real(arguments...);
+              }
+              errno = error;
+              return failure();
+          }) {}
+
+    /// Calls since construction, good and bad.
+    int calls() const { return intercept_.calls(); }
+
+private:
+    static Result failure() {
+        if constexpr (std::is_same_v<Result, void*>) {
+            return MAP_FAILED;
+        } else if constexpr (std::is_pointer_v<Result>) {
+            return nullptr;
+        } else {
+            return -1;
+        }
+    }
+
+    Intercept<Call> intercept_;
+};
