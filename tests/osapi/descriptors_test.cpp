@@ -6,7 +6,6 @@
 #include <utime.h>
 
 #include <cerrno>
-#include <cstring>
 #include <string>
 #include <type_traits>
 
@@ -15,10 +14,6 @@ namespace {
 using OSAPI::DiskFile;
 using OSAPI::FileDescriptor;
 using OSAPI::Syscalls;
-
-std::string with_error(const std::string& call, int error) {
-    return call + ": " + std::strerror(error);
-}
 
 static_assert(!std::is_nothrow_destructible_v<FileDescriptor>);
 static_assert(!std::is_nothrow_destructible_v<DiskFile>);

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,10 +20,6 @@ using OSAPI::FileDescriptor;
 using OSAPI::Syscalls;
 
 const char* const kSource = "osapi/osapi-unix.cpp";
-
-std::string with_error(const std::string& call, int error) {
-    return call + ": " + std::strerror(error);
-}
 
 // The process's umask, set and put back.
 class Umask {

@@ -14,10 +14,6 @@ using OSAPI::Syscalls;
 
 const char* const kSource = "osapi/osapi-unix-mappings.cpp";
 
-std::string with_error(const std::string& call, int error) {
-    return call + ": " + std::strerror(error);
-}
-
 TEST(FileMapping, ShowsTheWholeFileAfterItsDescriptorIsClosed) {
     const ScratchFolder folder;
     write_file(folder / "a.stars", "0123456789");

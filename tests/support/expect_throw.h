@@ -4,6 +4,7 @@
 #include <base/exceptions.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
 /// The message of the `StrXception` that `run` throws; a failed test when it throws none.
@@ -28,6 +29,11 @@ std::string failed_assertion(Run run) {
     }
     ADD_FAILURE() << "nothing was asserted";
     return "";
+}
+
+/// "CALL: TEXT" with the system's text for `error`, the form of every failed system call.
+inline std::string with_error(const std::string& call, int error) {
+    return call + ": " + std::strerror(error);
 }
 
 /// Expects "TEXT in <...FUNCTION(...)> (FILE:LINE)", the form of every thrown message.

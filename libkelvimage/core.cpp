@@ -1,0 +1,141 @@
+// Pixel formats, coded failures, and the memory of pixels.
+#include <libkelvimage/core.h>
+#include <libkelvimage/image.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+
+namespace Kelv {
+
+namespace {
+
+struct FormatInfo {
+    ImageSpec::PixelFormat format;
+    const char* name;
+    u32 bytes_per_pixel;
+};
+
+// The 3 bytes of YCBCR_422_8 are more than its samples need and are meant so: its rows have that
+// size wherever they are kept.
+const FormatInfo kFormats[] = {
+    {ImageSpec::BGRA_U8, "BGRA_U8", 4},
+    {ImageSpec::G_U8, "G_U8", 1},
+    {ImageSpec::BGRA_FLOAT, "BGRA_FLOAT", 16},
+    {ImageSpec::G_FLOAT, "G_FLOAT", 4},
+    {ImageSpec::YCBCR_422_8, "YCBCR_422_8", 3},
+    {ImageSpec::DV_NTSC, "DV_NTSC", 0},
+    {ImageSpec::YCBCR_422_10, "YCBCR_422_10", 0},
+    {ImageSpec::YCBCR_444_FLOAT, "YCBCR_444_FLOAT", 12},
+    {ImageSpec::CINEON, "CINEON", 4},
+    {ImageSpec::G_U16, "G_U16", 2},
+    {ImageSpec::DV100_1080i60, "DV100_1080i60", 0},
+    {ImageSpec::DV50_NTSC, "DV50_NTSC", 0},
+    {ImageSpec::BGRA_U16, "BGRA_U16", 8},
+    {ImageSpec::DNXHD_1080i60_10BIT, "DNXHD_1080i60_10BIT", 0},
+};
+
+const FormatInfo* find_format(ImageSpec::PixelFormat format) {
+    for (const FormatInfo& info : kFormats) {
+        if (info.format == format) {
+            return &info;
+        }
+    }
+    return nullptr;
+}
+
+u64 round_up(u64 bytes, u64 multiple) { return (bytes + multiple - 1) / multiple * multiple; }
+
+const char* const kErrorTexts[] = {
+    "OK",
+    "unknown error",
+    "error opening file",
+    "error stat()ing file",
+    "error allocating memory",
+    "error reading from file",
+    "file is too short",
+    "unknown file format",
+    "invalid file",
+    "operation cannot be performed on this image format",
+    "error writing to file",
+    "unimplemented image format translation",
+};
+constexpr int kUnknownError = 1;
+
+}  // namespace
+
+const char* ImageSpec::pixel_format_str(PixelFormat format) {
+    const FormatInfo* info = find_format(format);
+    if (info == nullptr) {
+        XTHROW("unknown format");
+    }
+    return info->name;
+}
+
+u32 ImageSpec::bytes_per_pixel(PixelFormat format) {
+    const FormatInfo* info = find_format(format);
+    if (info == nullptr) {
+        // Asking for the name throws first: "unknown format" is what callers see.
+        XTHROW("unhandled format %s", pixel_format_str(format));
+    }
+    return info->bytes_per_pixel;
+}
+
+u32 ImageSpec::natural_stride(int width, PixelFormat format) {
+    switch (format) {
+        case DV_NTSC:
+            XASSERT(width == 720);
+            return 250;
+        case DV50_NTSC:
+            XASSERT(width == 720);
+            return 500;
+        case DV100_1080i60:
+            XASSERT(width == 1280);
+            return 445;
+        case DNXHD_1080i60_10BIT:
+            XASSERT(width == 1920);
+            return 850;
+        case YCBCR_422_10: {
+            // Six pixels in 16 bytes, rows in whole 128 bytes.
+            const u64 groups = (static_cast<u32>(width) + u64{5}) / 6;
+            return static_cast<u32>(round_up(16 * groups, 128));
+        }
+        case YCBCR_422_8:
+            return static_cast<u32>(round_up(u64{3} * static_cast<u32>(width), 12));
+        default:
+            return static_cast<u32>(width) * bytes_per_pixel(format);
+    }
+}
+
+const char* Error::strerror() const {
+    const bool listed = code_ >= 0 && code_ < static_cast<int>(std::size(kErrorTexts));
+    return kErrorTexts[listed ? code_ : kUnknownError];
+}
+
+void Error::print() const { std::fprintf(stderr, "libkelvimage error: %s\n", strerror()); }
+
+int TRACE_ALLOCATIONS = 0;
+
+char* malloc_pixels(uword size) {
+    if (TRACE_ALLOCATIONS != 0) {
+        std::fprintf(stderr, "libkelvimage: malloc_pixels(%lu)", size);
+    }
+    void* block = std::malloc(size);
+    if (TRACE_ALLOCATIONS != 0) {
+        std::fprintf(stderr, " = %p\n", block);
+    }
+    if (block == nullptr) {
+        XTHROW("out of memory");
+    }
+    return static_cast<char*>(block);
+}
+
+void free_pixels(char* pixels, uword size) {
+    if (TRACE_ALLOCATIONS != 0) {
+        std::fprintf(stderr, "libkelvimage: free_pixels(%p, %lu)\n", static_cast<void*>(pixels),
+                     size);
+    }
+    std::free(pixels);
+}
+
+}  // namespace Kelv

@@ -1,0 +1,222 @@
+#include "support/expect_throw.h"
+#include "support/faults.h"
+#include <gtest/gtest.h>
+#include <osapi/directories.h>
+#include "support/scratch.h"
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+using OSAPI::Syscalls;
+
+const char* const kSource = "osapi/osapi-unix-directories.cpp";
+
+std::vector<std::string> texts(const Array<String>& names) {
+    std::vector<std::string> result;
+    for (uword i = 0; i < names.len(); ++i) {
+        result.emplace_back(names[i].c_str());
+    }
+    return result;
+}
+
+std::vector<std::string> sorted(std::vector<std::string> names) {
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// Tests of the current directory begin in a folder of their own and end where they began.
+class Directories : public testing::Test {
+protected:
+    ~Directories() override { std::filesystem::current_path(start_); }
+
+    const std::filesystem::path start_ = std::filesystem::current_path();
+    ScratchFolder folder_;
+    // The system's name of the folder, which may differ where the way to it has links.
+    const std::string path_ = std::filesystem::canonical(folder_.path()).string();
+    const std::string missing_ = path_ + "/missing";
+};
+
+TEST_F(Directories, ListingGivesEveryEntry) {
+    write_file(path_ + "/a.stars", "");
+    write_file(path_ + "/.hidden", "");
+    Array<String> names;
+    OSAPI::lsdir(path_.c_str(), names);
+    EXPECT_EQ(sorted(texts(names)), (std::vector<std::string>{".", "..", ".hidden", "a.stars"}));
+}
+
+TEST_F(Directories, ListingKeepsTheSystemsOrder) {
+    for (const char* name : {"/c", "/a", "/b", "/d"}) {
+        write_file(path_ + name, "");
+    }
+    std::vector<std::string> order;
+    DIR* directory = opendir(path_.c_str());
+    while (const dirent* entry = readdir(directory)) {
+        order.emplace_back(entry->d_name);
+    }
+    closedir(directory);
+    Array<String> names;
+    OSAPI::lsdir(path_.c_str(), names);
+    EXPECT_EQ(texts(names), order);
+}
+
+TEST_F(Directories, ListingIsNotSorted) {
+    dirent entries[2] = {};
+    std::strcpy(entries[0].d_name, "b");
+    std::strcpy(entries[1].d_name, "a");
+    const Intercept<&Syscalls::readdir> reads([&](DIR*) -> dirent* {
+        return reads.calls() <= 2 ? &entries[reads.calls() - 1] : nullptr;
+    });
+    Array<String> names;
+    OSAPI::lsdir(path_.c_str(), names);
+    EXPECT_EQ(texts(names), (std::vector<std::string>{"b", "a"}));
+}
+
+TEST_F(Directories, ListingAppendsToWhatIsThere) {
+    Array<String> names;
+    names.append("before");
+    OSAPI::lsdir(path_.c_str(), names);
+    ASSERT_EQ(names.len(), 3U);
+    EXPECT_STREQ(names[0].c_str(), "before");
+}
+
+TEST_F(Directories, ListingOfAMissingDirectoryAppendsNothing) {
+    Array<String> names;
+    expect_message(thrown_message([&] { OSAPI::lsdir(missing_.c_str(), names); }),
+                   with_error("opendir(\"" + missing_ + "\")", ENOENT), "OSAPI::lsdir", kSource);
+    EXPECT_TRUE(names.empty());
+}
+
+TEST_F(Directories, ListingThatBreaksOffIsAnErrorAndLeaksNothing) {
+    const int before = open_descriptors();
+    const Fault<&Syscalls::readdir> fault(EIO, {.after = 1});
+    Array<String> names;
+    expect_message(thrown_message([&] { OSAPI::lsdir(path_.c_str(), names); }),
+                   with_error("readdir(\"" + path_ + "\")", EIO), "OSAPI::lsdir", kSource);
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST_F(Directories, ListingReportsAFailedClose) {
+    const int before = open_descriptors();
+    // The directory is closed for real, the failure comes after it.
+    const Intercept<&Syscalls::closedir> closes([&](DIR* directory) {
+        closes.real(directory);
+        errno = EIO;
+        return -1;
+    });
+    Array<String> names;
+    expect_message(thrown_message([&] { OSAPI::lsdir(path_.c_str(), names); }),
+                   with_error("closedir(\"" + path_ + "\")", EIO), "OSAPI::lsdir", kSource);
+    EXPECT_EQ(closes.calls(), 1);
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST_F(Directories, ListingClosesItsDirectory) {
+    const int before = open_descriptors();
+    Array<String> names;
+    OSAPI::lsdir(path_.c_str(), names);
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST_F(Directories, ChangingTheCurrentOne) {
+    OSAPI::chdir(path_.c_str());
+    EXPECT_EQ(std::string(OSAPI::getcwd().c_str()), path_);
+    expect_message(thrown_message([&] { OSAPI::chdir(missing_.c_str()); }),
+                   with_error("chdir(" + missing_ + ")", ENOENT), "OSAPI::chdir", kSource);
+    EXPECT_EQ(std::string(OSAPI::getcwd().c_str()), path_);
+}
+
+TEST_F(Directories, CurrentOneMayHaveBeenRemoved) {
+    std::filesystem::create_directory(path_ + "/gone");
+    OSAPI::chdir((path_ + "/gone").c_str());
+    std::filesystem::remove(path_ + "/gone");
+    expect_message(thrown_message([] { OSAPI::getcwd(); }), with_error("getcwd", ENOENT),
+                   "OSAPI::getcwd", kSource);
+    const Fault<&Syscalls::chdir> changes(EIO, kAlways);
+    OSAPI::chdir(".");
+    EXPECT_EQ(changes.calls(), 0);
+    // Only the very text "." is exempt.
+    expect_message(thrown_message([] { OSAPI::chdir("./"); }), with_error("chdir(./)", EIO),
+                   "OSAPI::chdir", kSource);
+}
+
+TEST_F(Directories, ScopedChangeEndsWithItsObject) {
+    {
+        const OSAPI::ScopedChdir inside(path_.c_str());
+        EXPECT_EQ(std::filesystem::current_path(), path_);
+    }
+    EXPECT_EQ(std::filesystem::current_path(), start_);
+    EXPECT_THROW(
+        {
+            const OSAPI::ScopedChdir inside(path_.c_str());
+            throw 5;
+        },
+        int);
+    EXPECT_EQ(std::filesystem::current_path(), start_);
+}
+
+TEST_F(Directories, ScopedChangeToAnEmptyPathChangesNothing) {
+    const Fault<&Syscalls::chdir> changes(EIO, kAlways);
+    { const OSAPI::ScopedChdir nowhere(""); }
+    EXPECT_EQ(changes.calls(), 0);
+}
+
+TEST_F(Directories, ScopedChangeToAMissingOneStaysWhereItWas) {
+    expect_message(thrown_message([&] { OSAPI::ScopedChdir(missing_.c_str()); }),
+                   with_error("chdir(" + missing_ + ")", ENOENT), "OSAPI::chdir", kSource);
+    EXPECT_EQ(std::filesystem::current_path(), start_);
+}
+
+TEST_F(Directories, ScopedChangeReportsThatItCannotGoBack) {
+    const std::string text = with_error("chdir(" + start_.string() + ")", EACCES);
+    {
+        const Fault<&Syscalls::chdir> fault(EACCES, {.after = 1});
+        expect_message(thrown_message([&] { const OSAPI::ScopedChdir inside(path_.c_str()); }),
+                       text, "OSAPI::chdir", kSource);
+    }
+    std::filesystem::current_path(start_);
+    const Fault<&Syscalls::chdir> fault(EACCES, {.after = 1});
+    testing::internal::CaptureStderr();
+    EXPECT_THROW(
+        {
+            const OSAPI::ScopedChdir inside(path_.c_str());
+            throw 5;
+        },
+        int);
+    EXPECT_EQ(testing::internal::GetCapturedStderr().find("Error: " + text), 0U);
+}
+
+TEST_F(Directories, GlobGivesTheMatchesSorted) {
+    for (const char* name : {"/c.stars", "/a.stars", "/b.stars", "/a.txt"}) {
+        write_file(path_ + name, "");
+    }
+    OSAPI::Glob glob((path_ + "/*.stars").c_str());
+    for (const char* name : {"/a.stars", "/b.stars", "/c.stars"}) {
+        EXPECT_EQ(std::string(glob.next()), path_ + name);
+    }
+    EXPECT_EQ(glob.next(), nullptr);
+}
+
+TEST_F(Directories, GlobWithoutAMatchIsNoError) {
+    OSAPI::Glob glob((path_ + "/*.stars").c_str());
+    EXPECT_EQ(glob.next(), nullptr);
+    EXPECT_EQ(glob.next(), nullptr);
+}
+
+TEST_F(Directories, GlobReportsTheSystemsCode) {
+    const Intercept<&Syscalls::glob> globs(
+        [](const char*, int flags, int (*)(const char*, int), glob_t*) {
+            EXPECT_EQ(flags, 0);
+            return GLOB_NOSPACE;
+        });
+    expect_message(thrown_message([] { OSAPI::Glob glob("*.stars"); }),
+                   "glob(*.stars): " + std::to_string(GLOB_NOSPACE), "OSAPI::Glob::Glob", kSource);
+}
+
+}  // namespace
