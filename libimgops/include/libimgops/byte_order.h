@@ -1,0 +1,47 @@
+// Numbers of a file, stored little-endian, as numbers of this processor.
+//
+// `Host` is the byte order to convert to. It is there so that both branches can be tried on any
+// machine; everyone else leaves it alone.
+#pragma once
+
+#include <base/words.h>
+
+#include <bit>
+#include <cstring>
+
+template <std::endian Host = std::endian::native>
+constexpr u32 le32_to_cpu(u32 x) {
+    if constexpr (Host == std::endian::little) {
+        return x;
+    } else {
+        return x >> 24U | (x >> 8U & 0xff00U) | (x << 8U & 0xff0000U) | x << 24U;
+    }
+}
+
+template <std::endian Host = std::endian::native>
+constexpr u64 le64_to_cpu(u64 x) {
+    if constexpr (Host == std::endian::little) {
+        return x;
+    } else {
+        return u64{le32_to_cpu<Host>(static_cast<u32>(x))} << 32U |
+               le32_to_cpu<Host>(static_cast<u32>(x >> 32U));
+    }
+}
+
+/// The four bytes at `p` as an IEEE-754 number; the bits are kept, whatever they mean.
+template <std::endian Host = std::endian::native>
+float lefloat_to_cpu(const float* p) {
+    static_assert(sizeof(float) == sizeof(u32));
+    u32 bits;
+    std::memcpy(&bits, p, sizeof bits);
+    return std::bit_cast<float>(le32_to_cpu<Host>(bits));
+}
+
+/// The eight bytes at `p` as an IEEE-754 number; the bits are kept, whatever they mean.
+template <std::endian Host = std::endian::native>
+double ledouble_to_cpu(const double* p) {
+    static_assert(sizeof(double) == sizeof(u64));
+    u64 bits;
+    std::memcpy(&bits, p, sizeof bits);
+    return std::bit_cast<double>(le64_to_cpu<Host>(bits));
+}

@@ -1,0 +1,87 @@
+#include <libimgops/projection.h>
+
+#include "stars_source.h"
+
+#include <cmath>
+
+namespace {
+
+/// Sine and cosine of an angle in degrees. The detour through single precision is kept: saved
+/// projects have their stars at these very angles.
+void sincos_of_degrees(double degrees, double* s, double* c) {
+    Sincos(static_cast<double>(deg_to_rad(static_cast<float>(degrees))), s, c);
+}
+
+/// The star's weight as homogeneous point: 0 at infinity.
+double weight_of_distance(double distance, double crush) {
+    double w = distance <= 0 ? 0 : 1 / distance;
+    w = w + crush * -0.01;
+    return w < 0 ? 0 : w;
+}
+
+double radius_squared(const VectorN<double, 3>& q) { return q[0] * q[0] + q[1] * q[1]; }
+
+/// The direction (first three elements) of `p`, of length 1.
+VectorN<double, 3> unit_direction(const VectorN<double, 4>& p) {
+    VectorN<double, 3> q(p[0], p[1], p[2]);
+    q.normalize();
+    return q;
+}
+
+}  // namespace
+
+bool world_to_screen(double lon, double lat, double distance, double crush, DblMatrix4 m,
+                     op_stars_projection proj, int width, int height, double x0, double x1,
+                     double y0, double y1, Vector2& out) {
+    bool visible = true;
+
+    double sin_lon, cos_lon, sin_lat, cos_lat;
+    sincos_of_degrees(lon, &sin_lon, &cos_lon);
+    sincos_of_degrees(lat, &sin_lat, &cos_lat);
+
+    VectorN<double, 4> p(cos_lat * cos_lon, sin_lat, cos_lat * sin_lon,
+                         weight_of_distance(distance, crush));
+    transform(m, p);
+    // Behind a pinhole; the other projections' matrices are affine and keep the weight.
+    if (p[3] < 0) {
+        visible = false;
+    }
+
+    VectorN<double, 3> q;
+    switch (proj) {
+        case Persp:
+            q = hpoint_to_point(p);
+            break;
+        case HemiSph:
+            q = unit_direction(p);
+            if (radius_squared(q) > 1.0) {
+                visible = false;
+            }
+            break;
+        case AzEqu: {
+            q = unit_direction(p);
+            const double r = std::sqrt(radius_squared(q));
+            // 2 / pi in single precision, widened: 1 at 90 degrees from the axis. On the axis this
+            // divides 0 by 0, and where r rounds above 1 it is not a number either; both count as
+            // visible and leave no light.
+            const double s = 0.6366197466850281 * std::asin(r);
+            q[0] = q[0] * s / r;
+            q[1] = q[1] * s / r;
+            if (radius_squared(q) > 1.0) {
+                visible = false;
+            }
+            break;
+        }
+        default:
+            STARS_THROW_AT(UNKNOWN_PROJECTION_LINE, "unknown projection");
+    }
+
+    q[0] = (q[0] - x0) / (x1 - x0);
+    q[1] = (y1 - q[1]) / (y1 - y0);
+    // Behind the camera, which looks along +z.
+    if (q[2] < 0) {
+        visible = false;
+    }
+    out = Vector2(static_cast<float>(q[0] * width), static_cast<float>(q[1] * height));
+    return visible;
+}

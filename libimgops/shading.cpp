@@ -1,0 +1,82 @@
+// One star of the catalogue: which light it has and where it goes.
+#include <libimgops/byte_order.h>
+#include <libimgops/projection.h>
+#include <libimgops/streak.h>
+
+#include "renderer_private.h"
+#include "star_colour.h"
+
+#include <cmath>
+
+namespace {
+
+/// The luminance that is drawn, of a catalogue luminance that has passed the threshold.
+float shaped_luminance(float luminance, const StarRendererData& data) {
+    if (data.bias_exponent != 1.0) {
+        luminance = std::pow(luminance, static_cast<float>(data.bias_exponent));
+    }
+    if (static_cast<double>(luminance) > data.max_luminance) {
+        luminance = static_cast<float>(data.max_luminance);
+    }
+    return luminance;
+}
+
+/// The linear colour that is drawn. The star's own codes are decoded, the tint is not; saturation
+/// moves from mid-grey instead of the star's own grey, without limits, and comes after the tint.
+/// All of that is meant: saved projects look so.
+Color3 shaped_colour(const star& s, const StarRendererData& data) {
+    const Color3 own(sRGB_to_float(s.r), sRGB_to_float(s.g), sRGB_to_float(s.b));
+    const Color3 tinted = lerp(own, data.tint_color, static_cast<float>(data.tint_strength));
+    return lerp(Color3(0.5F, 0.5F, 0.5F), tinted, static_cast<float>(data.saturation));
+}
+
+}  // namespace
+
+bool StarRenderer::do_render_star(const star* s) {
+    // On the catalogue's own luminance, before bias and ceiling, so that the threshold picks the
+    // same stars whatever those are. What is not a number passes.
+    float luminance = lefloat_to_cpu(&s->luminance);
+    if (data.threshold > static_cast<double>(luminance)) {
+        return false;
+    }
+
+    const double lon = ledouble_to_cpu(&s->lon);
+    const double lat = ledouble_to_cpu(&s->lat);
+    const double depth =
+        data.use_depth && priv->input.depth_valid() ? ledouble_to_cpu(&s->distance) : -1.0;
+    luminance = shaped_luminance(luminance, data);
+    const Color3 colour = shaped_colour(*s, data);
+    const float energy = priv->intensity * luminance;
+
+    const StarFramebuffer& fb = priv->fb;
+    const auto project = [&](uword sample, Vector2& position) {
+        return world_to_screen(lon, lat, depth, data.parallax_crush, priv->mats[sample],
+                               data.projection, fb.width, fb.height, data.window_x0, data.window_x1,
+                               data.window_y0, data.window_y1, position);
+    };
+    const auto draw = [&](const Vector2& from, const Vector2& to) {
+        return op_star_streak(fb, from, to, energy, colour, priv->spot_w, priv->spot_h, data.lines);
+    };
+
+    Vector2 from;
+    bool from_visible = project(0, from);
+    const uword samples = priv->cams.len();
+    if (samples == 1) {
+        return from_visible && draw(from, from);
+    }
+
+    bool drew = false;
+    for (uword sample = 1; sample < samples; ++sample) {
+        Vector2 to;
+        const bool to_visible = project(sample, to);
+        // One visible end is enough, so that streaks leave the picture instead of ending short of
+        // its edge. One that crosses the camera's plane goes straight to its mirrored end.
+        if (to_visible || from_visible) {
+            const bool drew_segment = draw(from, to);
+            drew = drew || drew_segment;
+        }
+        from = to;
+        from_visible = to_visible;
+    }
+    return drew;
+}

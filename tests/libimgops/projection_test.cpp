@@ -1,0 +1,333 @@
+#include <base/exceptions.h>
+#include <libimgops/projection.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+
+namespace {
+
+constexpr double PI = 3.14159265358979323846;
+
+/// A 1000 x 500 frame whose window has square pixels, unless a test says otherwise.
+struct View {
+    DblMatrix4 m{1.0};
+    op_stars_projection projection = Persp;
+    double crush = 0;
+    int width = 1000;
+    int height = 500;
+    double x0 = -2;
+    double x1 = 2;
+    double y0 = -1;
+    double y1 = 1;
+
+    bool see(double lon, double lat, double distance, Vector2& out) const {
+        return world_to_screen(lon, lat, distance, crush, m, projection, width, height, x0, x1, y0,
+                               y1, out);
+    }
+};
+
+/// World to camera for a camera moved so that the world shifts by (x, y, z).
+DblMatrix4 shifted(double x, double y, double z) {
+    DblMatrix4 m(1.0);
+    m(3, 0) = x;
+    m(3, 1) = y;
+    m(3, 2) = z;
+    return m;
+}
+
+/// World to camera for a camera that looks along the world's x axis: world x goes to camera z, y
+/// stays, z goes to camera -x.
+DblMatrix4 looking_along_x() {
+    return {0,  0, 1, 0,  //
+            0,  1, 0, 0,  //
+            -1, 0, 0, 0,  //
+            0,  0, 0, 1};
+}
+
+void expect_same(const Vector2& a, const Vector2& b) {
+    EXPECT_EQ(a[0], b[0]);
+    EXPECT_EQ(a[1], b[1]);
+}
+
+}  // namespace
+
+TEST(HemiSph, PutsTheXAxisAtTheRightRim) {
+    View view;
+    view.projection = HemiSph;
+    Vector2 out;
+    EXPECT_TRUE(view.see(0, 0, -1, out));
+    // x = width (1 + a) / (2a) with a = 2: 1000 x 3 / 4.
+    EXPECT_FLOAT_EQ(out[0], 750.0F);
+    EXPECT_FLOAT_EQ(out[1], 250.0F);
+}
+
+TEST(Projection, PutsTheViewAxisAtTheCentre) {
+    View view;
+    Vector2 out;
+    view.m = DblMatrix4::perspective(2, 0.1, -1);
+    EXPECT_TRUE(view.see(90, 0, -1, out));
+    EXPECT_FLOAT_EQ(out[0], 500.0F);
+    EXPECT_FLOAT_EQ(out[1], 250.0F);
+
+    view.m = DblMatrix4(1.0);
+    for (const op_stars_projection projection : {HemiSph, AzEqu}) {
+        view.projection = projection;
+        EXPECT_TRUE(view.see(90, 0, -1, out));
+        EXPECT_NEAR(out[0], 500.0, 1e-4);
+        EXPECT_NEAR(out[1], 250.0, 1e-4);
+    }
+}
+
+TEST(Projection, TakesTheSecondAngleAsElevation) {
+    View view;
+    view.projection = HemiSph;
+    for (const double lon : {0.0, 45.0, 123.0, 300.0}) {
+        Vector2 out;
+        view.see(lon, 90, -1, out);
+        // Straight up: the middle of the top row, since y1 = 1 is the top.
+        EXPECT_NEAR(out[0], 500.0, 1e-4);
+        EXPECT_NEAR(out[1], 0.0, 1e-4);
+    }
+}
+
+TEST(Projection, UsesAnglesInSinglePrecision) {
+    View view;
+    view.projection = HemiSph;
+    view.x0 = -1e-7;
+    view.x1 = 1e-7;
+    Vector2 out;
+    view.see(90, 0, -1, out);
+    // The single-precision pi / 2 is 1.57079637..., whose cosine is -4.3711390e-8; exact degrees
+    // would land at 500.
+    EXPECT_NEAR(out[0], 1000.0 * (1e-7 - 4.3711390e-8) / 2e-7, 1e-3);
+
+    // What a float cannot tell apart lands in the same place.
+    view = View();
+    view.projection = AzEqu;
+    Vector2 other;
+    view.see(83.0, -1.0, -1, out);
+    view.see(83.0 + 1e-9, -1.0 - 1e-10, -1, other);
+    expect_same(out, other);
+}
+
+TEST(Projection, ShiftsStarsWithADistanceAlone) {
+    View view;
+    view.m = shifted(4, 0, 0) * DblMatrix4::perspective(2, 0.1, -1);
+    view.x0 = -1;
+    view.x1 = 1;
+    Vector2 out;
+    // Weight 1 / 10 moves the point to (0.4, 0, 1); times focal 2 that is 0.8 of the half window.
+    EXPECT_TRUE(view.see(90, 0, 10, out));
+    EXPECT_NEAR(out[0], 900.0, 1e-3);
+    // Crush 5 takes 0.05 off the weight of 0.1: half the shift.
+    view.crush = 5;
+    EXPECT_TRUE(view.see(90, 0, 10, out));
+    EXPECT_NEAR(out[0], 700.0, 1e-3);
+    view.crush = 0;
+    for (const double none : {0.0, -0.0, -1.0, -1e300}) {
+        EXPECT_TRUE(view.see(90, 0, none, out));
+        EXPECT_NEAR(out[0], 500.0, 1e-3);
+    }
+    // The crush acts on stars without a distance too: a negative one brings them near.
+    view.crush = -5;
+    EXPECT_TRUE(view.see(90, 0, -1, out));
+    EXPECT_NEAR(out[0], 700.0, 1e-3);
+}
+
+TEST(Projection, CrushesStarsToInfinityAndNoFarther) {
+    View view;
+    view.m = shifted(0.3, -0.2, 0.1) * DblMatrix4::perspective(2, 0.1, -1);
+    Vector2 at_infinity, out;
+    view.see(80, 5, -1, at_infinity);
+
+    view.see(80, 5, 50, out);
+    EXPECT_NE(out[0], at_infinity[0]);
+    // 1 / 50 - 2 x 0.01 is 0; with 3 it would be negative.
+    for (const double crush : {2.0, 3.0, 1e6}) {
+        view.crush = crush;
+        view.see(80, 5, 50, out);
+        expect_same(out, at_infinity);
+    }
+}
+
+TEST(Projection, WritesThePlaceOfInvisibleStarsToo) {
+    View view;
+    view.m = DblMatrix4::perspective(2, 0.1, -1);
+    Vector2 out(-7, -7);
+    // 5 degrees off the backward axis: mirrored through the centre. x = focal tan 5 in the window.
+    EXPECT_FALSE(view.see(-85, 0, -1, out));
+    EXPECT_NEAR(out[0], 1000.0 * (-2 * std::tan(5 * PI / 180) + 2) / 4, 1e-3);
+    EXPECT_NEAR(out[1], 250.0, 1e-3);
+
+    view.m = DblMatrix4(1.0);
+    view.projection = HemiSph;
+    EXPECT_FALSE(view.see(-60, 0, -1, out));
+    EXPECT_NEAR(out[0], 1000.0 * (0.5 + 2) / 4, 1e-3);
+
+    // Beyond 90 degrees the fisheye folds back: 100 degrees off the axis is drawn where 80 is.
+    view.projection = AzEqu;
+    EXPECT_FALSE(view.see(-10, 0, -1, out));
+    EXPECT_NEAR(out[0], 1000.0 * (80.0 / 90.0 + 2) / 4, 1e-3);
+}
+
+TEST(Projection, LeavesClippingToTheCaller) {
+    View view;
+    view.m = DblMatrix4::perspective(2, 0.1, -1);
+    Vector2 out;
+    EXPECT_TRUE(view.see(5, 0, -1, out));
+    EXPECT_GT(out[0], 1000.0F);
+    EXPECT_TRUE(view.see(90, 85, -1, out));
+    EXPECT_LT(out[1], 0.0F);
+}
+
+TEST(Persp, GivesInfinitiesInTheCameraPlane) {
+    View view;
+    view.m = DblMatrix4::perspective(2, 0.1, -1);
+    Vector2 out;
+    // Longitude 0 has no z at all, so the last element is exactly 0.
+    EXPECT_TRUE(view.see(0, 45, -1, out));
+    EXPECT_EQ(out[0], std::numeric_limits<float>::infinity());
+    EXPECT_EQ(out[1], -std::numeric_limits<float>::infinity());
+}
+
+TEST(AzEqu, PutsNinetyDegreesOnTheRim) {
+    View view;
+    view.projection = AzEqu;
+    Vector2 out;
+    EXPECT_TRUE(view.see(0, 0, -1, out));
+    EXPECT_NEAR(out[0], 750.0, 1e-3);
+    EXPECT_FALSE(view.see(-0.001, 0, -1, out));
+    EXPECT_FALSE(view.see(270, 0, -1, out));
+    // The radius goes with the angle: 45 degrees is half way.
+    EXPECT_TRUE(view.see(45, 0, -1, out));
+    EXPECT_NEAR(out[0], 625.0, 1e-3);
+}
+
+TEST(AzEqu, DividesZeroByZeroOnTheAxis) {
+    View view;
+    view.projection = AzEqu;
+    view.m = looking_along_x();
+    Vector2 out;
+    EXPECT_TRUE(view.see(0, 0, -1, out));
+    EXPECT_TRUE(std::isnan(out[0]));
+    EXPECT_TRUE(std::isnan(out[1]));
+}
+
+TEST(AzEqu, MayBeNoNumberOnTheRimAndIsVisibleThen) {
+    View view;
+    view.projection = AzEqu;
+    // Longitude 0 lies in the camera's plane, at radius 1 give or take the rounding of its length;
+    // a scaled world makes that length round more.
+    view.m = DblMatrix4(3.0);
+    int no_number = 0;
+    for (int step = -9000; step <= 9000; ++step) {
+        Vector2 out;
+        EXPECT_TRUE(view.see(0, 0.01 * step, -1, out)) << step;
+        if (std::isnan(out[0])) {
+            EXPECT_TRUE(std::isnan(out[1]));
+            ++no_number;
+        } else {
+            EXPECT_NEAR(std::hypot((out[0] - 500) / 250, (out[1] - 250) / 250), 1.0, 1e-6) << step;
+        }
+    }
+    EXPECT_GT(no_number, 0);
+    EXPECT_LT(no_number, 18001);
+}
+
+TEST(HemiSph, LosesThoseOnTheRimThatRoundBeyondIt) {
+    View view;
+    view.projection = HemiSph;
+    int visible = 0;
+    for (int step = -900; step <= 900; ++step) {
+        Vector2 out;
+        visible += view.see(0, 0.1 * step, -1, out) ? 1 : 0;
+        EXPECT_NEAR(std::hypot((out[0] - 500) / 250, (out[1] - 250) / 250), 1.0, 1e-6) << step;
+    }
+    EXPECT_GT(visible, 0);
+    EXPECT_LT(visible, 1801);
+}
+
+TEST(Projection, RefusesAnUnknownOneBeforeWriting) {
+    View view;
+    for (const int unknown : {3, -1, 1000000}) {
+        view.projection = static_cast<op_stars_projection>(unknown);
+        Vector2 out(-7, -8);
+        try {
+            view.see(90, 0, -1, out);
+            FAIL() << "projection " << unknown << " was taken";
+        } catch (const StrXception& x) {
+            const std::string message = x.message().c_str();
+            EXPECT_EQ(message.find("unknown projection in <bool world_to_screen(double, double, "),
+                      0U);
+            EXPECT_NE(message.find("> (libimgops/stars.cpp:290)"), std::string::npos) << message;
+        }
+        expect_same(out, Vector2(-7, -8));
+    }
+}
+
+// A second formulation: the star's angles to the camera's axes, by plain trigonometry in double.
+TEST(Projection, AgreesWithTrigonometryForRandomStars) {
+    std::mt19937 random(20261121);
+    std::uniform_real_distribution<double> turn(-180, 180), tilt(-89, 89);
+    View view;
+    view.width = 1600;
+    view.height = 900;
+    const double aspect = 1600.0 / 900.0;
+    view.x0 = -aspect;
+    view.x1 = aspect;
+    const double focal = 2.5;
+    int seen = 0;
+    for (int i = 0; i < 3000; ++i) {
+        const double euler[3] = {turn(random) * PI / 180, tilt(random) * PI / 180,
+                                 turn(random) * PI / 180};
+        const DblMatrix4 camera_to_world = DblMatrix4::from_euler_angles(euler);
+        DblMatrix4 world_to_camera(1.0);
+        for (int r = 0; r < 3; ++r) {
+            for (int c = 0; c < 3; ++c) {
+                world_to_camera(r, c) = camera_to_world(c, r);
+            }
+        }
+        const double lon = turn(random), lat = tilt(random);
+        const double l = lon * PI / 180, b = lat * PI / 180;
+        const double direction[3] = {std::cos(b) * std::cos(l), std::sin(b),
+                                     std::cos(b) * std::sin(l)};
+        double axis[3];
+        for (int c = 0; c < 3; ++c) {
+            axis[c] = direction[0] * world_to_camera(0, c) + direction[1] * world_to_camera(1, c) +
+                      direction[2] * world_to_camera(2, c);
+        }
+        const double off_axis = std::atan2(std::hypot(axis[0], axis[1]), axis[2]);
+        const double around = std::atan2(axis[1], axis[0]);
+        if (off_axis > 85 * PI / 180) {
+            continue;
+        }
+        ++seen;
+        const struct {
+            op_stars_projection projection;
+            double radius;
+            double slope;  // d radius / d angle
+        } rows[] = {{Persp, focal * std::tan(off_axis), focal / std::pow(std::cos(off_axis), 2)},
+                    {HemiSph, std::sin(off_axis), 1},
+                    {AzEqu, off_axis / (PI / 2), 1}};
+        for (const auto& row : rows) {
+            view.projection = row.projection;
+            view.m = row.projection == Persp
+                         ? world_to_camera * DblMatrix4::perspective(focal, 0.1, -1)
+                         : world_to_camera;
+            Vector2 out;
+            EXPECT_TRUE(view.see(lon, lat, -1, out));
+            // 180 degrees in single precision are known to 7.6e-6 degrees, radians to 1.2e-7; an
+            // angle is off by 5e-7 at most, and a float position by half its last place.
+            const double x = 800 + row.radius * std::cos(around) * 450;
+            const double y = 450 - row.radius * std::sin(around) * 450;
+            const double tolerance = 5e-7 * row.slope * 450 + 1e-7 * (std::fabs(x) + std::fabs(y));
+            EXPECT_NEAR(out[0], x, tolerance) << row.projection;
+            EXPECT_NEAR(out[1], y, tolerance) << row.projection;
+        }
+    }
+    EXPECT_GT(seen, 1000);
+}

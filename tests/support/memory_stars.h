@@ -1,0 +1,46 @@
+// A star source in memory that watches its user: it counts reads and reports one past the end.
+#pragma once
+
+#include "support/catalogue.h"
+
+#include <libimgops/star_input.h>
+
+#include <cstring>
+#include <stdexcept>
+
+namespace support {
+
+class MemoryStars : public StarInput {
+public:
+    MemoryStars(const std::string& magic, const std::vector<CatalogueStar>& stars)
+        : MemoryStars(catalogue_bytes(magic, stars)) {}
+    /// Whole records of any content.
+    explicit MemoryStars(const std::string& bytes) : records_(bytes.size() / sizeof(star)) {
+        std::memcpy(records_.data(), bytes.data(), records_.size() * sizeof(star));
+        n = static_cast<u32>(records_.size());
+    }
+
+    const star* next() override {
+        ++reads_;
+        if (at_ >= records_.size()) {
+            throw std::logic_error("read past the last star");
+        }
+        return &records_[at_++];
+    }
+    void reset() override {
+        at_ = 0;
+        ++resets_;
+    }
+
+    /// Calls of `next` and of `reset` so far.
+    int reads() const { return reads_; }
+    int resets() const { return resets_; }
+
+private:
+    std::vector<star> records_;
+    std::size_t at_ = 0;
+    int reads_ = 0;
+    int resets_ = 0;
+};
+
+}  // namespace support
