@@ -89,18 +89,28 @@ void draw(const Segment& segment, const Triple& color, const Spot& spot, Renderi
     // Below 1e-5 pixels the real renderer draws a still spot: half of that is a wander as well.
     const double wander =
         (segment.wander + (length < 2e-5 ? 1e-5 : 0.0)) / std::min(spot.width, spot.height);
+    // The share of the time that a moving spot is near any one pixel: it covers four radii, and the
+    // whole of its profile's length, sqrt(pi) radii, is less.
+    const double stay = std::min(1.0, 4 * std::max(spot.width, spot.height) / length);
     const double moving =
         length > 0.9e-5 ? Doubt::way + Doubt::short_way * std::max(spot.width, spot.height) / length
                         : 0.0;
+    // The real renderer draws all pixels to where the spot's edge has fallen to the reach.
+    const double reached =
+        std::sqrt(std::max(std::log(segment.peak / reach) - 2 * Doubt::weight, 0.0));
     for (int y = rows.first; y <= rows.last; ++y) {
         for (int x = columns.first; x <= columns.last; ++x) {
             const Point pixel{static_cast<double>(x), static_cast<double>(y)};
             const double weight = segment.peak * moving_spot(pixel, segment.a, segment.b, spot);
             const double share = weight / segment.peak;
-            // A shift adds the slope's part and, at its second order, at most its square.
-            const double noise = segment.peak * (Doubt::weight * share + moving +
-                                                 steepest(share) * wander + wander * wander);
-            const double missing = weight <= reach + noise ? weight : 0.0;
+            // A shift adds the slope's part and, at its second order, at most its square for as
+            // long as the spot is near; never more than all the light there can be.
+            const double shift = std::min(steepest(share) * wander + stay * wander * wander, stay);
+            const double nearest = distance_from_way(pixel, segment.a, segment.b, spot) - wander;
+            const double noise =
+                segment.peak * (Doubt::weight * share + moving + (nearest < radii ? shift : 0.0));
+            const bool beyond_reach = nearest + 2 * wander >= reached;
+            const double missing = beyond_reach ? weight : 0.0;
             for (int channel = 0; channel < 3; ++channel) {
                 const double strength = color[static_cast<std::size_t>(channel)];
                 double& light = out.light.at(x, y, channel);

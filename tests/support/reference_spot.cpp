@@ -1,5 +1,6 @@
 #include "support/reference_spot.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <numbers>
@@ -81,6 +82,16 @@ double moving_spot_by_quadrature(Point pixel, Point a, Point b, Spot spot) {
         }
     }
     return sum / panels;
+}
+
+double distance_from_way(Point pixel, Point a, Point b, Spot spot) {
+    const double px = (pixel.x - a.x) / spot.width;
+    const double py = (pixel.y - a.y) / spot.height;
+    const double vx = (b.x - a.x) / spot.width;
+    const double vy = (b.y - a.y) / spot.height;
+    const double square = vx * vx + vy * vy;
+    const double t = square > 0 ? std::clamp((px * vx + py * vy) / square, 0.0, 1.0) : 0.0;
+    return std::hypot(px - t * vx, py - t * vy);
 }
 
 }  // namespace reference

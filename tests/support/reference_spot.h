@@ -36,4 +36,7 @@ double moving_spot(Point pixel, Point a, Point b, Spot spot);
 /// absolute error below 1e-13 of the peak.
 double moving_spot_by_quadrature(Point pixel, Point a, Point b, Spot spot);
 
+/// How near to `pixel` the spot's centre comes on the way from `a` to `b`, in units of its radii.
+double distance_from_way(Point pixel, Point a, Point b, Spot spot);
+
 }  // namespace reference

@@ -92,4 +92,14 @@ TEST(ReferenceSpot, PartsOfAWayAverageToTheWhole) {
     }
 }
 
+TEST(ReferenceSpot, KnowsHowNearItComes) {
+    const Spot spot{2, 3};
+    const Point a{0, 0};
+    const Point b{10, 0};
+    EXPECT_EQ(distance_from_way({5, 6}, a, b, spot), 2);     // beside the way
+    EXPECT_EQ(distance_from_way({14, 0}, a, b, spot), 2);    // past its end
+    EXPECT_EQ(distance_from_way({-6, -12}, a, b, spot), 5);  // before its start: 3 and 4 radii
+    EXPECT_EQ(distance_from_way({2, 3}, a, a, spot), std::numbers::sqrt2);
+}
+
 }  // namespace
