@@ -1,0 +1,273 @@
+// Whole frames of the real renderer, judged by the reference renderer. The reference says for every
+// value how far single precision and the reach may carry the real one; the bounds are argued in
+// support/reference_renderer.h and .cpp, and the tests here show both that frames stay within them
+// and that faults smaller than anyone would see do not.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <numbers>
+#include <ostream>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "product_frame.h"
+#include "support/compare.h"
+#include "support/reference_renderer.h"
+
+namespace {
+
+using reference::Camera;
+using reference::Projection;
+using reference::Rendering;
+using reference::Settings;
+using reference::Star;
+using support::Comparison;
+using support::Picture;
+
+struct Scene {
+    std::vector<Star> stars;
+    Settings settings;
+    std::vector<Camera> cameras;
+};
+
+// Draws evenly from [low, high), from the generator's own numbers: the standard distributions
+// differ between libraries.
+class Random {
+public:
+    explicit Random(unsigned seed) : numbers_(seed) {}
+    double operator()(double low, double high) {
+        return low + (high - low) * static_cast<double>(numbers_()) * 0x1p-32;
+    }
+    std::uint8_t code() { return static_cast<std::uint8_t>(numbers_() >> 24U); }
+
+private:
+    std::mt19937 numbers_;
+};
+
+// Stars all over the sphere, half of them with a distance, twice as many for half the luminance:
+// few are bright and most are faint, as in the sky.
+std::vector<Star> catalogue(Random& random, int count) {
+    std::vector<Star> stars;
+    for (int i = 0; i < count; ++i) {
+        Star one;
+        one.lon = random(0, 360);
+        one.lat = std::asin(random(-1, 1)) * 180 / std::numbers::pi;
+        one.luminance = static_cast<float>(std::min(1e-3 / random(1e-4, 1), 10.0));
+        one.srgb = {random.code(), random.code(), random.code()};
+        one.distance = i % 2 == 0 ? random(0.5, 300) : -1;
+        stars.push_back(one);
+    }
+    return stars;
+}
+
+Scene scene(unsigned seed, Projection projection, int samples) {
+    Random random(seed);
+    Scene made;
+    made.stars = catalogue(random, 400);
+    Settings& settings = made.settings;
+    settings.width = 160;
+    settings.height = 90;
+    settings.projection = projection;
+    settings.spot_size = random(6, 40);  // spots of 0.5 to 3.2 pixels
+    settings.aspect_ratio = random(0.5, 2);
+    settings.threshold = random(0, 1) < 0.5 ? 0 : 0.002;
+    settings.max_luminance = random(0.2, 5);
+    settings.brightness = random(1, 20);
+    settings.bias = random(0.5, 2);
+    settings.saturation = random(0, 2);  // above 1 some channels are negative
+    settings.tint_strength = random(0, 1);
+    settings.tint = {random(0, 1), random(0, 1), random(0, 1)};
+    settings.parallax_crush = random(0, 1) < 0.5 ? 0 : random(0, 3);
+
+    const double lon = random(0, 360);
+    const double lat = random(-80, 80);
+    const double roll = random(-180, 180);
+    const double focal = random(0.8, 4);
+    const double pan = random(-10, 10);
+    const double tilt = random(-5, 5);
+    const double turn = random(-20, 20);
+    const reference::Triple from{random(-1, 1), random(-1, 1), random(-1, 1)};
+    const reference::Triple way{random(-1, 1), random(-1, 1), random(-1, 1)};
+    for (int i = 0; i < samples; ++i) {
+        const double t = samples > 1 ? static_cast<double>(i) / (samples - 1) : 0;
+        made.cameras.push_back(
+            reference::look_at(lon + t * pan, lat + t * tilt, roll + t * turn, focal + t * 0.2));
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            made.cameras.back().position[axis] = from[axis] + t * way[axis];
+        }
+    }
+    // The first two stars are surely in the picture, whatever the view.
+    for (const double side : {0.5, -0.5}) {
+        made.stars[side > 0 ? 0 : 1] = {.lon = lon + side,
+                                        .lat = lat + 1.5,
+                                        .luminance = 1,
+                                        .srgb = {250, 120, 30},
+                                        .distance = -1};
+    }
+    return made;
+}
+
+Comparison judge(const Scene& drawn, const Scene& expected) {
+    const Rendering reference = render(expected.stars, expected.settings, expected.cameras);
+    return compare_within(product_frame(drawn.stars, drawn.settings, drawn.cameras),
+                          reference.light, reference.allowance);
+}
+
+double largest(const Picture& picture) {
+    double found = 0;
+    for (const double value : picture.values) {
+        found = std::max(found, std::fabs(value));
+    }
+    return found;
+}
+
+struct Kind {
+    const char* name;
+    Projection projection;
+    int samples;
+};
+void PrintTo(const Kind& kind, std::ostream* out) { *out << kind.name; }
+
+class Frames : public testing::TestWithParam<Kind> {};
+
+INSTANTIATE_TEST_SUITE_P(
+    AllKinds, Frames,
+    testing::Values(Kind{"PerspectiveStill", Projection::perspective, 1},
+                    Kind{"PerspectiveOneSegment", Projection::perspective, 2},
+                    Kind{"PerspectiveManySegments", Projection::perspective, 6},
+                    Kind{"HemisphereStill", Projection::hemisphere, 1},
+                    Kind{"HemisphereOneSegment", Projection::hemisphere, 2},
+                    Kind{"HemisphereManySegments", Projection::hemisphere, 6},
+                    Kind{"EquidistantStill", Projection::equidistant, 1},
+                    Kind{"EquidistantOneSegment", Projection::equidistant, 2},
+                    Kind{"EquidistantManySegments", Projection::equidistant, 6}),
+    [](const testing::TestParamInfo<Kind>& kind) { return std::string(kind.param.name); });
+
+TEST_P(Frames, AgreeWithTheReference) {
+    for (unsigned seed = 1; seed <= 20; ++seed) {
+        const Scene one = scene(seed, GetParam().projection, GetParam().samples);
+        const Rendering reference = render(one.stars, one.settings, one.cameras);
+        const Comparison result =
+            compare_within(product_frame(one.stars, one.settings, one.cameras), reference.light,
+                           reference.allowance);
+        EXPECT_TRUE(result.passed) << "seed " << seed << ": " << result.report;
+        EXPECT_GT(largest(reference.light), 10 * reference::reach)
+            << "seed " << seed << " shows nothing";
+    }
+}
+
+// A judge that lets everything pass proves nothing: each of these faults, a hundredth or less of
+// the thing itself, must be seen in every kind of frame.
+TEST_P(Frames, AreRejectedForSmallFaults) {
+    const std::pair<const char*, std::function<void(Scene&)>> faults[] = {
+        {"brightness", [](Scene& s) { s.settings.brightness *= 1.01; }},
+        {"bias", [](Scene& s) { s.settings.bias *= 1.01; }},
+        {"ceiling", [](Scene& s) { s.settings.max_luminance *= 0.99; }},
+        {"saturation", [](Scene& s) { s.settings.saturation += 0.01; }},
+        {"tint", [](Scene& s) { s.settings.tint_strength += 0.01; }},
+        {"tint colour", [](Scene& s) { s.settings.tint[1] += 0.01; }},
+        {"spot size", [](Scene& s) { s.settings.spot_size *= 1.01; }},
+        {"aspect", [](Scene& s) { s.settings.aspect_ratio *= 1.01; }},
+        {"crush", [](Scene& s) { s.settings.parallax_crush += 0.05; }},
+        {"missing star",
+         [](Scene& s) {
+             s.settings.threshold = 0.99 * static_cast<double>(s.stars.front().luminance);
+             s.stars.front().luminance *= 0.98F;
+         }},
+        {"place",
+         [](Scene& s) {
+             for (Star& one : s.stars) {
+                 one.lat += 0.02;  // about a fiftieth of a pixel
+             }
+         }},
+        {"last sample",
+         [](Scene& s) {
+             for (double& x : s.cameras.back().position) {
+                 x += 0.02;
+             }
+         }},
+    };
+    Scene right = scene(77, GetParam().projection, GetParam().samples);
+    right.settings.spot_size = 15;
+    right.settings.aspect_ratio = 1.1;
+    right.settings.threshold = 0.0005;
+    right.settings.max_luminance = 0.05;
+    right.settings.brightness = 10;
+    right.settings.parallax_crush = 0.5;
+    right.settings.tint_strength = 0.8;
+    right.settings.saturation = 1.2;
+    right.stars.front().luminance = 0.02F;  // the second one meets the ceiling
+    ASSERT_TRUE(judge(right, right).passed) << judge(right, right).report;
+    for (const auto& [name, spoil] : faults) {
+        Scene wrong = right;
+        spoil(wrong);
+        EXPECT_FALSE(judge(wrong, right).passed) << name;
+    }
+}
+
+// The total of a spot is pi x w x h x peak. The reach takes less than pi w h / 6250 of it (a
+// Gaussian's light beyond the place where it has fallen to v is v of its total), the pixel grid
+// adds 2 exp(-pi^2) = 1.03e-4 an axis for the smallest spot of one pixel.
+TEST(FrameLight, OfAStillSpotIsItsTotal) {
+    const std::pair<double, double> spots[] = {{12.5, 1}, {25, 1}, {20, 2}, {60, 0.5}, {5, 1}};
+    for (const auto& [size, aspect] : spots) {
+        for (const double brightness : {0.05, 0.25, 5.0}) {
+            Settings settings;
+            settings.width = 160;
+            settings.height = 90;
+            settings.threshold = 0;
+            settings.max_luminance = 1;
+            settings.saturation = 1;
+            settings.spot_size = size;
+            settings.aspect_ratio = aspect;
+            settings.brightness = brightness;
+            Star one;
+            one.luminance = 1;
+            one.lon = 91.3;
+            one.lat = -2.7;
+            const double h = 80 * size / 1000;
+            const double w = h * aspect;
+            // Spots below a pixel are drawn at one pixel and dimmed: the same total.
+            const double total = std::numbers::pi * w * h * 4 * brightness;
+            const double area = std::numbers::pi * std::max(w, 1.0) * std::max(h, 1.0);
+            const double found = product_frame({one}, settings, {Camera{}}).total(1);
+            EXPECT_NEAR(found, total, 1e-3 * total + area / 6250)
+                << size << " " << aspect << " " << brightness;
+        }
+    }
+}
+
+// A star crawling over the frame by hundredths of a pixel neither blinks nor breathes: its total
+// changes by the grid's 2e-4 and by pixels at the reach, each at most 1/6250, coming and going
+// along a rim of less than 2 pi (rho w + 1) pixels, half of them at a time.
+TEST(FrameLight, IsSteadyUnderSubPixelMotion) {
+    Settings settings;
+    settings.width = 64;
+    settings.height = 48;
+    settings.threshold = 0;
+    settings.max_luminance = 1;
+    settings.spot_size = 1;  // one pixel once drawn, the worst case
+    settings.brightness = 1000;
+    settings.saturation = 1;
+    double least = HUGE_VAL;
+    double most = 0;
+    Star one;
+    one.luminance = 1;
+    for (int i = 0; i < 200; ++i) {
+        one.lon = 90.5 + 0.007 * i;
+        one.lat = 1 + 0.003 * i;
+        const double total = product_frame({one}, settings, {Camera{}}).total(0);
+        least = std::min(least, total);
+        most = std::max(most, total);
+    }
+    const double peak = 4000 * 0.032 * 0.032;
+    const double rho = std::sqrt(std::log(6250 * peak));
+    EXPECT_LT(most - least, 4.2e-4 * most + std::numbers::pi * (rho + 1) / 6250);
+    EXPECT_NEAR(most, std::numbers::pi * peak, 1e-3 * most);
+}
+
+}  // namespace
