@@ -11,28 +11,28 @@ namespace Kelv {
 namespace {
 
 struct FormatInfo {
-    ImageSpec::PixelFormat format;
     const char* name;
+    ImageSpec::PixelFormat format;
     u32 bytes_per_pixel;
 };
 
 // The 3 bytes of YCBCR_422_8 are more than its samples need and are meant so: its rows have that
 // size wherever they are kept.
 const FormatInfo kFormats[] = {
-    {ImageSpec::BGRA_U8, "BGRA_U8", 4},
-    {ImageSpec::G_U8, "G_U8", 1},
-    {ImageSpec::BGRA_FLOAT, "BGRA_FLOAT", 16},
-    {ImageSpec::G_FLOAT, "G_FLOAT", 4},
-    {ImageSpec::YCBCR_422_8, "YCBCR_422_8", 3},
-    {ImageSpec::DV_NTSC, "DV_NTSC", 0},
-    {ImageSpec::YCBCR_422_10, "YCBCR_422_10", 0},
-    {ImageSpec::YCBCR_444_FLOAT, "YCBCR_444_FLOAT", 12},
-    {ImageSpec::CINEON, "CINEON", 4},
-    {ImageSpec::G_U16, "G_U16", 2},
-    {ImageSpec::DV100_1080i60, "DV100_1080i60", 0},
-    {ImageSpec::DV50_NTSC, "DV50_NTSC", 0},
-    {ImageSpec::BGRA_U16, "BGRA_U16", 8},
-    {ImageSpec::DNXHD_1080i60_10BIT, "DNXHD_1080i60_10BIT", 0},
+    {"BGRA_U8", ImageSpec::BGRA_U8, 4},
+    {"G_U8", ImageSpec::G_U8, 1},
+    {"BGRA_FLOAT", ImageSpec::BGRA_FLOAT, 16},
+    {"G_FLOAT", ImageSpec::G_FLOAT, 4},
+    {"YCBCR_422_8", ImageSpec::YCBCR_422_8, 3},
+    {"DV_NTSC", ImageSpec::DV_NTSC, 0},
+    {"YCBCR_422_10", ImageSpec::YCBCR_422_10, 0},
+    {"YCBCR_444_FLOAT", ImageSpec::YCBCR_444_FLOAT, 12},
+    {"CINEON", ImageSpec::CINEON, 4},
+    {"G_U16", ImageSpec::G_U16, 2},
+    {"DV100_1080i60", ImageSpec::DV100_1080i60, 0},
+    {"DV50_NTSC", ImageSpec::DV50_NTSC, 0},
+    {"BGRA_U16", ImageSpec::BGRA_U16, 8},
+    {"DNXHD_1080i60_10BIT", ImageSpec::DNXHD_1080i60_10BIT, 0},
 };
 
 const FormatInfo* find_format(ImageSpec::PixelFormat format) {

@@ -53,7 +53,7 @@ void DiskFile::stat(struct ::stat* out) const {
 FileTime DiskFile::get_mtime() const {
     struct ::stat info;
     stat(&info);
-    return info.st_mtime;
+    return static_cast<FileTime>(info.st_mtime);
 }
 
 s64 DiskFile::seek_from_start(s64 offset) { return OSAPI::seek_from_start(fd(), offset); }

@@ -62,7 +62,7 @@ FileTime get_mtime_ifexist(const char* path) {
         }
         XTHROW("stat(%s): %s", path, std::strerror(errno));
     }
-    return info.st_mtime;
+    return static_cast<FileTime>(info.st_mtime);
 }
 
 FileTime get_mtime(const char* path) {

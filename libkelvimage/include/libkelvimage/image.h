@@ -92,7 +92,10 @@ public:
 
     /// First byte of row `y`, counted from the top; no bounds check. The offset is taken modulo
     /// 2^32.
-    char* line(int y) const { return pixels + static_cast<u32>(y) * stride; }
+    char* line(int y) const {
+        const u32 offset = static_cast<u32>(y) * stride;
+        return pixels + offset;
+    }
     /// The same address as floats.
     float* line_float(int y) const { return static_cast<float*>(static_cast<void*>(line(y))); }
 
