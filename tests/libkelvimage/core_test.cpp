@@ -1,10 +1,11 @@
-#include "support/expect_throw.h"
 #include <gtest/gtest.h>
 #include <libkelvimage/core.h>
 
 #include <cstdio>
 #include <limits>
 #include <string>
+
+#include "support/expect_throw.h"
 
 // The sanitizer's allocator is to fail as the system's does, with a null.
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options();

@@ -1,4 +1,3 @@
-#include "support/expect_throw.h"
 #include <gtest/gtest.h>
 #include <libkelvimage/core.h>
 #include <libkelvimage/image.h>
@@ -9,6 +8,8 @@
 #include <new>
 #include <string>
 #include <type_traits>
+
+#include "support/expect_throw.h"
 
 namespace {
 

@@ -1,14 +1,15 @@
 #include <base/scoped_ptr.h>
-#include "support/expect_throw.h"
-#include "support/faults.h"
 #include <gtest/gtest.h>
 #include <osapi/atomic_file_write.h>
-#include "support/scratch.h"
 
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <string>
+
+#include "support/expect_throw.h"
+#include "support/faults.h"
+#include "support/scratch.h"
 
 namespace {
 

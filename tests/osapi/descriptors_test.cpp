@@ -1,13 +1,14 @@
-#include "support/expect_throw.h"
-#include "support/faults.h"
 #include <gtest/gtest.h>
 #include <osapi/files.h>
-#include "support/scratch.h"
 #include <utime.h>
 
 #include <cerrno>
 #include <string>
 #include <type_traits>
+
+#include "support/expect_throw.h"
+#include "support/faults.h"
+#include "support/scratch.h"
 
 namespace {
 

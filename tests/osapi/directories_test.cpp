@@ -1,8 +1,5 @@
-#include "support/expect_throw.h"
-#include "support/faults.h"
 #include <gtest/gtest.h>
 #include <osapi/directories.h>
-#include "support/scratch.h"
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,6 +8,10 @@
 #include <filesystem>
 #include <string>
 #include <vector>
+
+#include "support/expect_throw.h"
+#include "support/faults.h"
+#include "support/scratch.h"
 
 namespace {
 

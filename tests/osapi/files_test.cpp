@@ -1,9 +1,6 @@
-#include "support/expect_throw.h"
-#include "support/faults.h"
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <osapi/files.h>
-#include "support/scratch.h"
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,6 +9,10 @@
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "support/expect_throw.h"
+#include "support/faults.h"
+#include "support/scratch.h"
 
 namespace {
 

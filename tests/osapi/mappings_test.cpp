@@ -1,12 +1,13 @@
-#include "support/expect_throw.h"
-#include "support/faults.h"
 #include <gtest/gtest.h>
 #include <osapi/mappings.h>
-#include "support/scratch.h"
 
 #include <cerrno>
 #include <cstring>
 #include <string>
+
+#include "support/expect_throw.h"
+#include "support/faults.h"
+#include "support/scratch.h"
 
 namespace {
 

@@ -1,12 +1,13 @@
-#include "support/expect_throw.h"
-#include "support/faults.h"
 #include <gtest/gtest.h>
 #include <osapi/paths.h>
-#include "support/scratch.h"
 
 #include <cerrno>
 #include <filesystem>
 #include <string>
+
+#include "support/expect_throw.h"
+#include "support/faults.h"
+#include "support/scratch.h"
 
 namespace {
 
