@@ -390,6 +390,14 @@ TEST(Streak, RejectsInfiniteEnergy) {
     EXPECT_TRUE(frame.is_blank());
 }
 
+TEST(Streak, IsNoNumberWhereItsLengthOverflows) {
+    // The square of 1e20 is beyond single precision: the direction comes out 0, the light 0 / 0.
+    GuardedFrame frame(40, 40);
+    EXPECT_FALSE(draw(frame, {10, 10}, {-1e20F, 10}));
+    EXPECT_TRUE(std::isnan(frame.r(5, 10)));
+    EXPECT_EQ(frame.r(5, 20), 0.0F) << "rows beyond the reach stay";
+}
+
 TEST(Streak, HasNothingToDrawInAFrameWithoutPixels) {
     for (const auto& [width, height] : {std::pair(0, 10), std::pair(10, 0), std::pair(0, 0)}) {
         GuardedFrame frame(width, height);

@@ -12,7 +12,8 @@
 /// and a pixel receives its average over the segment, times `color`, times 1 - alpha. Pixel (x, y)
 /// is sampled at exactly (x, y). The spot is followed out to 1 / 6250 of the framebuffer's unit.
 ///
-/// `a`, `b`           pixels; any value, infinities and NaN included.
+/// `a`, `b`           pixels; any value, infinities and NaN included. A length beyond some 1e19
+///                    overflows and may leave light that is not a number.
 /// `energy`           peak of the still spot; below 1 / 6250 nothing is drawn.
 /// `color`            linear; may be negative or above 1.
 /// `spot_w`, `spot_h` Gaussian radii in pixels, at least 1.

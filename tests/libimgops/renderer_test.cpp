@@ -1,0 +1,366 @@
+#include <libimgops/renderer.h>
+
+#include "star_scene.h"
+
+#include "support/expect_throw.h"
+#include "support/scratch.h"
+
+#include <libimgops/starfile.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <tuple>
+
+namespace {
+
+using namespace star_scene;
+using support::CatalogueStar;
+using support::GuardedFrame;
+using support::MemoryStars;
+
+/// Draws a white star of luminance 1 at the frame's centre.
+void draw_centred(GuardedFrame& frame, const StarRendererData& data, int samples = 1) {
+    MemoryStars input(support::VERSION_1, {CatalogueStar()});
+    Array<camera> cams;
+    for (int i = 0; i < samples; ++i) {
+        cams.append(facing_x());
+    }
+    draw_all(data, frame, input, cams);
+    EXPECT_TRUE(frame.guards_intact());
+}
+
+float peak(const StarRendererData& data, int samples = 1) {
+    GuardedFrame frame(WIDTH, HEIGHT);
+    draw_centred(frame, data, samples);
+    return frame.r(CENTRE_X, CENTRE_Y);
+}
+
+/// Gaussian radii of a drawn spot, from its centre's neighbours two pixels off.
+std::pair<double, double> radii(const StarRendererData& data) {
+    GuardedFrame frame(WIDTH, HEIGHT);
+    draw_centred(frame, data);
+    const double centre = frame.r(CENTRE_X, CENTRE_Y);
+    return {2 / std::sqrt(std::log(centre / frame.r(CENTRE_X + 2, CENTRE_Y))),
+            2 / std::sqrt(std::log(centre / frame.r(CENTRE_X, CENTRE_Y + 2)))};
+}
+
+/// Where the light of the frame is centred along x.
+double centroid_x(GuardedFrame& frame) {
+    double sum = 0, moment = 0;
+    for (int y = 0; y < frame.height(); ++y) {
+        for (int x = 0; x < frame.width(); ++x) {
+            sum += frame.r(x, y);
+            moment += static_cast<double>(frame.r(x, y)) * x;
+        }
+    }
+    return moment / sum;
+}
+
+}  // namespace
+
+TEST(Intensity, IsFourTimesTheBrightness) {
+    StarRendererData data = plain_settings();
+    data.brightness = 1.25;
+    EXPECT_FLOAT_EQ(peak(data), 5.0F);
+    EXPECT_FLOAT_EQ(peak(data, 2), 5.0F) << "one segment, not shared";
+    EXPECT_FLOAT_EQ(peak(data, 3), 5.0F) << "two segments of a half";
+}
+
+TEST(Intensity, IsSharedByTheSegments) {
+    // Three samples, two of them behind the camera: one segment is drawn, with half the light of
+    // the same segment alone.
+    const StarRendererData data = plain_settings();
+    const auto light = [&](std::initializer_list<camera> samples) {
+        MemoryStars input(support::VERSION_1, {CatalogueStar()});
+        Array<camera> cams;
+        set_cameras(cams, samples);
+        GuardedFrame frame(WIDTH, HEIGHT);
+        draw_all(data, frame, input, cams);
+        return frame.r(CENTRE_X, CENTRE_Y);
+    };
+    const camera front = facing_x(), back = facing_x(178);
+    const float alone = light({front, back});
+    ASSERT_GT(alone, 0.0F);
+    EXPECT_FLOAT_EQ(light({front, back, back}), alone / 2);
+}
+
+TEST(Spot, IsMeasuredByTheWidthOnBothAxes) {
+    // 40 and 60 thousandths of half of 100 pixels.
+    StarRendererData data = plain_settings();
+    data.spot_size_y = 60;
+    const auto [w, h] = radii(data);
+    EXPECT_NEAR(w, 2.0, 1e-5);
+    EXPECT_NEAR(h, 3.0, 1e-5);
+}
+
+TEST(Spot, TakesThePixelAspectInItsWidthAlone) {
+    StarRendererData data = plain_settings();
+    // The window is as wide as high, the frame twice.
+    data.window_x0 = -1;
+    data.window_x1 = 1;
+    auto [w, h] = radii(data);
+    EXPECT_NEAR(w, 4.0, 1e-5);
+    EXPECT_NEAR(h, 2.0, 1e-5);
+    // Whichever way round the window is given.
+    data.window_x0 = 4;
+    data.window_x1 = -4;
+    data.window_y0 = 2;
+    data.window_y1 = -2;
+    std::tie(w, h) = radii(data);
+    EXPECT_NEAR(w, 2.0, 1e-5);
+    EXPECT_NEAR(h, 2.0, 1e-5);
+}
+
+TEST(Spot, IsDimmedInsteadOfSmallerThanAPixel) {
+    StarRendererData data = plain_settings();
+    data.spot_size_x = 10;
+    EXPECT_FLOAT_EQ(peak(data), 0.5F);
+    auto [w, h] = radii(data);
+    EXPECT_NEAR(w, 1.0, 1e-5);
+    EXPECT_NEAR(h, 2.0, 1e-5);
+    data.spot_size_y = 5;
+    EXPECT_FLOAT_EQ(peak(data), 0.125F) << "a half times a quarter";
+    std::tie(w, h) = radii(data);
+    EXPECT_NEAR(w, 1.0, 1e-5);
+    EXPECT_NEAR(h, 1.0, 1e-5);
+    // A pixel exactly is not below a pixel.
+    data.spot_size_x = data.spot_size_y = 20;
+    EXPECT_FLOAT_EQ(peak(data), 1.0F);
+}
+
+TEST(Spot, IsDimmedAfterTheAspect) {
+    StarRendererData data = plain_settings();
+    data.spot_size_x = 10;
+    data.window_x0 = -0.5;
+    data.window_x1 = 0.5;
+    // Half a pixel times an aspect of 4: no dimming.
+    EXPECT_FLOAT_EQ(peak(data), 1.0F);
+    EXPECT_NEAR(radii(data).first, 2.0, 1e-5);
+}
+
+TEST(SetUp, SurvivesAFrameWithoutRows) {
+    GuardedFrame frame(WIDTH, 0);
+    EXPECT_NO_THROW(draw_centred(frame, plain_settings()));
+}
+
+TEST(SetUp, BakesThePerspectiveIntoPerspAlone) {
+    // 30 degrees to the left as seen through focal 1.5 and a window of +-2.
+    StarRendererData data = plain_settings();
+    const double angle = PI / 6;
+    const struct {
+        op_stars_projection projection;
+        double radius;
+    } rows[] = {{Persp, 1.5 * std::tan(angle)}, {HemiSph, std::sin(angle)}, {AzEqu, 30.0 / 90.0}};
+    for (const auto& row : rows) {
+        data.projection = row.projection;
+        CatalogueStar star;
+        star.lon = 30;
+        MemoryStars input(support::VERSION_1, {star});
+        Array<camera> cams;
+        cams.append(facing_x());
+        cams[0].focal = 1.5;
+        GuardedFrame frame(WIDTH, HEIGHT);
+        EXPECT_TRUE(draw_all(data, frame, input, cams));
+        EXPECT_NEAR(centroid_x(frame), 50 - 25 * row.radius, 0.001) << row.projection;
+    }
+}
+
+TEST(SetUp, TurnsTheWorldBeforeThePerspective) {
+    // Nearer by 2 along the view: a star 10 away and 45 degrees off is seen 45 degrees off at
+    // (7.07, 7.07 - 2).
+    StarRendererData data = plain_settings();
+    CatalogueStar star;
+    star.lon = -45;
+    star.distance = 10;
+    MemoryStars input(support::VERSION_2, {star});
+    Array<camera> cams;
+    cams.append(facing_x());
+    cams[0].focal = 1;
+    cams[0].xform(3, 2) = -2;
+    GuardedFrame frame(WIDTH, HEIGHT);
+    EXPECT_TRUE(draw_all(data, frame, input, cams));
+    const double side = 10 * std::sqrt(0.5);
+    EXPECT_NEAR(centroid_x(frame), 50 + 25 * side / (side - 2), 0.001);
+}
+
+TEST(SetUp, AssertsACamera) {
+    MemoryStars input(support::VERSION_1, {});
+    const Array<camera> none;
+    GuardedFrame frame(WIDTH, HEIGHT);
+    const StarFramebuffer fb = frame.view();
+    const StarRendererData data = plain_settings();
+    try {
+        StarRenderer renderer(data, fb, input, none);
+        FAIL() << "no camera was taken";
+    } catch (const AssertXception& x) {
+        EXPECT_STREQ(x.expression(), "priv->cams.len() > 0");
+        EXPECT_STREQ(x.file(), "libimgops/stars.cpp");
+        EXPECT_EQ(x.line(), 464);
+        EXPECT_EQ(
+            std::string(x.function()).find("StarRenderer::StarRenderer(const StarRendererData"),
+            0U);
+    }
+    EXPECT_EQ(input.reads(), 0) << "the header is left for the next frame";
+}
+
+TEST(SetUp, RefusesABadHeader) {
+    for (const char* magic : {"LUMIVAR3", "lumivar1", "LUMIVAR0"}) {
+        MemoryStars input(magic, {CatalogueStar()});
+        GuardedFrame frame(WIDTH, HEIGHT);
+        Array<camera> cams;
+        cams.append(facing_x());
+        const std::string message =
+            thrown_message([&] { draw_all(plain_settings(), frame, input, cams); });
+        EXPECT_EQ(message.find("error in star database file in <StarRenderer::StarRenderer("), 0U)
+            << message;
+        EXPECT_NE(message.find("> (libimgops/stars.cpp:518)"), std::string::npos) << message;
+    }
+}
+
+TEST(StarLoop, ReadsEveryRecordOnceInOrder) {
+    CatalogueStar left, middle, right;
+    left.lon = 10;
+    right.lon = -10;
+    MemoryStars input(support::VERSION_1, {left, middle, right});
+    Array<camera> cams;
+    cams.append(facing_x());
+    GuardedFrame frame(WIDTH, HEIGHT);
+    const StarFramebuffer fb = frame.view();
+    const StarRendererData data = plain_settings();
+    StarRenderer renderer(data, fb, input, cams);
+    EXPECT_EQ(input.reads(), 1) << "the header";
+
+    bool drew = false;
+    EXPECT_TRUE(renderer.render_star(drew));
+    EXPECT_TRUE(drew);
+    EXPECT_EQ(frame.r(CENTRE_X, CENTRE_Y), 0.0F) << "the first one is on the left";
+    EXPECT_TRUE(renderer.render_star(drew));
+    EXPECT_GT(frame.r(CENTRE_X, CENTRE_Y), 0.9F);
+    EXPECT_FALSE(renderer.render_star(drew)) << "none after the third";
+    EXPECT_EQ(input.reads(), 4);
+
+    drew = false;
+    EXPECT_FALSE(renderer.render_star(drew));
+    EXPECT_FALSE(drew);
+    EXPECT_EQ(input.reads(), 4) << "nothing beyond the end";
+    EXPECT_EQ(input.resets(), 0) << "rewinding is the caller's";
+}
+
+TEST(StarLoop, RemembersThatSomethingWasDrawn) {
+    CatalogueStar dark;
+    dark.luminance = 0;
+    MemoryStars input(support::VERSION_1, {dark, CatalogueStar(), dark, CatalogueStar()});
+    Array<camera> cams;
+    cams.append(facing_x());
+    GuardedFrame frame(WIDTH, HEIGHT);
+    const StarFramebuffer fb = frame.view();
+    const StarRendererData data = plain_settings();
+    StarRenderer renderer(data, fb, input, cams);
+    bool drew = false;
+    renderer.render_star(drew);
+    EXPECT_FALSE(drew);
+    renderer.render_star(drew);
+    EXPECT_TRUE(drew);
+    renderer.render_star(drew);
+    EXPECT_TRUE(drew) << "never cleared";
+    renderer.render_star(drew);
+    EXPECT_FLOAT_EQ(frame.r(CENTRE_X, CENTRE_Y), 2.0F) << "drawn though something was drawn before";
+}
+
+TEST(StarLoop, EndsAtOnceWithoutBrightness) {
+    for (const double none : {0.0, -0.0}) {
+        StarRendererData data = plain_settings();
+        data.brightness = none;
+        MemoryStars input(support::VERSION_1, {CatalogueStar()});
+        Array<camera> cams;
+        cams.append(facing_x());
+        GuardedFrame frame(WIDTH, HEIGHT);
+        const StarFramebuffer fb = frame.view();
+        StarRenderer renderer(data, fb, input, cams);
+        bool drew = false;
+        EXPECT_FALSE(renderer.render_star(drew));
+        EXPECT_FALSE(drew);
+        EXPECT_EQ(input.reads(), 1) << "the header only";
+    }
+}
+
+TEST(StarLoop, EndsAtOnceAfterALoneHeader) {
+    const ScratchFolder folder;
+    const std::string path = folder / "sky.stars";
+    // A whole header, a cut one, and one with part of a star.
+    for (const unsigned size : {32U, 8U, 31U, 63U}) {
+        write_file(path,
+                   support::catalogue_bytes(support::VERSION_2, {CatalogueStar()}).substr(0, size));
+        const scoped_ptr<StarInput> input(op_stars_file_input(path.c_str()));
+        Array<camera> cams;
+        cams.append(facing_x());
+        GuardedFrame frame(WIDTH, HEIGHT);
+        EXPECT_FALSE(draw_all(plain_settings(), frame, *input, cams)) << size;
+        EXPECT_TRUE(frame.is_blank());
+    }
+}
+
+TEST(Frames, FollowEachOtherAfterAReset) {
+    const ScratchFolder folder;
+    const std::string path = folder / "sky.stars";
+    support::write_catalogue(path, support::VERSION_1, {CatalogueStar(), CatalogueStar()});
+    const scoped_ptr<StarInput> input(op_stars_file_input(path.c_str()));
+    Array<camera> cams;
+    cams.append(facing_x());
+    StarRendererData data = plain_settings();
+    GuardedFrame first(WIDTH, HEIGHT), second(WIDTH, HEIGHT);
+    EXPECT_TRUE(draw_all(data, first, *input, cams));
+    input->reset();
+    EXPECT_TRUE(draw_all(data, second, *input, cams));
+    EXPECT_TRUE(first.same_bits(second));
+    input->reset();
+
+    // A frame that ends early leaves the source where it stands: the next one fails its header
+    // check, and goes on failing until somebody rewinds.
+    data.projection = static_cast<op_stars_projection>(3);
+    GuardedFrame failed(WIDTH, HEIGHT);
+    EXPECT_EQ(
+        thrown_message([&] { draw_all(data, failed, *input, cams); }).find("unknown projection"),
+        0U);
+    data.projection = Persp;
+    EXPECT_EQ(thrown_message([&] {
+                  draw_all(data, failed, *input, cams);
+              }).find("error in star database file"),
+              0U);
+    EXPECT_TRUE(failed.is_blank());
+    input->reset();
+    GuardedFrame third(WIDTH, HEIGHT);
+    EXPECT_TRUE(draw_all(data, third, *input, cams));
+    EXPECT_TRUE(first.same_bits(third));
+}
+
+TEST(Frames, HaveTheStarsWholeLight) {
+    // pi x w x h x energy a star, still or smeared over eight segments of a pan.
+    const ScratchFolder folder;
+    const std::string path = folder / "sky.stars";
+    CatalogueStar a, b;
+    a.lon = 4;
+    a.lat = -3;
+    a.luminance = 2;
+    b.lon = -6;
+    b.luminance = 0.5F;
+    support::write_catalogue(path, support::VERSION_2, {a, b});
+    const scoped_ptr<StarInput> input(op_stars_file_input(path.c_str()));
+    for (const int segments : {0, 8}) {
+        Array<camera> cams;
+        for (int i = 0; i <= segments; ++i) {
+            cams.append(facing_x(0.75 * i - 3));
+        }
+        GuardedFrame frame(WIDTH, HEIGHT);
+        EXPECT_TRUE(draw_all(plain_settings(), frame, *input, cams));
+        input->reset();
+        const double expected = PI * 2 * 2 * (2 + 0.5);
+        // The faintest segment has energy 0.5 / 8; its reach rho keeps erf(rho)^2 of its light.
+        const double kept =
+            std::erf(std::sqrt(std::log(6250 * 0.5 / (segments == 0 ? 1 : segments))));
+        EXPECT_LE(frame.total_red(), 1.001 * expected) << segments;
+        EXPECT_GE(frame.total_red(), (kept * kept - 0.001) * expected) << segments;
+    }
+}

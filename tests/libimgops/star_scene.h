@@ -1,0 +1,69 @@
+// One camera, one window and round numbers: what the shading's and the renderer's tests start from.
+#pragma once
+
+#include "support/guarded_frame.h"
+#include "support/memory_stars.h"
+
+#include <base/array.h>
+#include <libimgops/renderer.h>
+
+#include <cmath>
+
+namespace star_scene {
+
+constexpr double PI = 3.14159265358979323846;
+constexpr int WIDTH = 100;
+constexpr int HEIGHT = 50;
+/// Where a star at longitude 0 and latitude 0 lands, exactly, through `facing_x`.
+constexpr int CENTRE_X = 50;
+constexpr int CENTRE_Y = 25;
+
+/// A camera that looks along the world's x axis, where longitude and latitude are 0, and is turned
+/// from there by `yaw` degrees: stars move to the right by as much. A yaw of 0 is exact.
+inline camera facing_x(double yaw = 0) {
+    const double s = std::sin(yaw * PI / 180), c = std::cos(yaw * PI / 180);
+    camera cam;
+    cam.xform = Matrix4<double>(s, 0, c, 0,   //
+                                0, 1, 0, 0,   //
+                                -c, 0, s, 0,  //
+                                0, 0, 0, 1);
+    cam.focal = 2;
+    return cam;
+}
+
+/// Settings under which a white star of luminance 1 draws with energy 1 and radii of 2 pixels.
+inline StarRendererData plain_settings() {
+    StarRendererData data;
+    data.window_x0 = -2;
+    data.window_x1 = 2;
+    data.window_y0 = -1;
+    data.window_y1 = 1;
+    data.spot_size_x = 40;
+    data.spot_size_y = 40;
+    data.max_luminance = 1000;
+    data.brightness = 0.25;
+    data.saturation = 1;
+    data.bias_exponent = 1;
+    data.projection = Persp;
+    data.use_depth = true;
+    return data;
+}
+
+inline void set_cameras(Array<camera>& cams, std::initializer_list<camera> samples) {
+    for (const camera& sample : samples) {
+        cams.append(sample);
+    }
+}
+
+/// Draws all stars of `input` as a frame does, without rewinding it.
+inline bool draw_all(const StarRendererData& data, support::GuardedFrame& frame, StarInput& input,
+                     const Array<camera>& cams) {
+    const StarFramebuffer fb = frame.view();
+    StarRenderer renderer(data, fb, input, cams);
+    bool drew = false;
+    while (renderer.render_star(drew)) {
+    }
+    return drew;
+}
+
+}  // namespace star_scene
