@@ -57,6 +57,7 @@ std::vector<double> read_plain_colour(const JsonNode& node) {
 
 Colour read_keyed_colour(const std::vector<KeyNode>& keys) {
     std::vector<std::vector<double>> values;
+    values.reserve(keys.size());
     for (const KeyNode& key : keys) {
         values.push_back(read_plain_colour(key.value));
     }
@@ -103,6 +104,7 @@ std::variant<Track, std::string, Colour> read_value(const JsonNode& node) {
         return read_keyed_colour(keys);
     }
     std::vector<Track::Key> numbers;
+    numbers.reserve(keys.size());
     for (const KeyNode& key : keys) {
         numbers.push_back({key.time, read_switch_or_number(key.value)});
     }

@@ -12,7 +12,7 @@ namespace host {
 namespace {
 
 constexpr double kLargestValue = std::numeric_limits<std::int32_t>::max();
-constexpr std::uint64_t kLargestScale = std::numeric_limits<std::uint32_t>::max();
+constexpr double kLargestScale = std::numeric_limits<std::uint32_t>::max();
 /// The effect's largest number of motion-blur segments, by which it multiplies values and scales.
 constexpr int kSegments = 100;
 /// Ticks to the frame where a time cannot be held exactly.
@@ -29,7 +29,7 @@ bool fits_value(double value) { return std::fabs(value) <= kLargestValue; }
 
 /// `value` on `scale`, checked first in `double`, where no product overflows.
 Time checked_time(double value, std::uint64_t scale) {
-    if (!fits_value(value) || scale > kLargestScale) {
+    if (!fits_value(value) || static_cast<double>(scale) > kLargestScale) {
         throw std::out_of_range("the time does not fit the host's 32 bits");
     }
     return {static_cast<std::int32_t>(value), static_cast<std::uint32_t>(scale)};
@@ -46,7 +46,8 @@ struct Clock {
 
     /// Whole ticks to the frame on `some_scale`, a multiple of `num`.
     double ticks_per_frame(std::uint64_t some_scale) const {
-        return static_cast<double>(some_scale / num) * static_cast<double>(den);
+        const std::uint64_t multiple = some_scale / num;
+        return static_cast<double>(multiple) * static_cast<double>(den);
     }
     /// The factor that gives `some_scale` at least 1000 ticks to the frame, as far as the limit
     /// allows.
@@ -65,7 +66,7 @@ Clock::Clock(const Composition& composition) {
     const double end =
         composition.duration + kShutterReach * static_cast<double>(den) / static_cast<double>(num);
     limit = static_cast<std::uint64_t>(
-        std::min(kLargestValue / kSegments / end, static_cast<double>(kLargestScale / kSegments)));
+        std::min(kLargestValue / kSegments / end, kLargestScale / kSegments));
 
     // The part of a frame that the shutter waits or stays open is angle / kFullTurn; its
     // denominator times `num`, less what `den` takes out, is what the scale must hold. No product

@@ -41,7 +41,7 @@ protected:
     ~LoadErrors() override { std::filesystem::remove_all(folder_); }
 
     std::string write(const std::string& text) const {
-        const std::string path = folder_ + "/scene.json";
+        std::string path = folder_ + "/scene.json";
         std::ofstream(path, std::ios::binary) << text;
         return path;
     }

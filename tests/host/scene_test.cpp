@@ -350,7 +350,7 @@ TEST(ScenesShipped, OrionFramesTheWholeFigure) {
                             -std::sin(dec * kDegree),
                             std::cos(dec * kDegree) * std::sin(ra * kDegree)};
         double seen[3];
-        for (int row = 0; row < 3; ++row) {
+        for (std::size_t row = 0; row < 3; ++row) {
             seen[row] = d[0] * m[4 * row] + d[1] * m[4 * row + 1] + d[2] * m[4 * row + 2];
         }
         EXPECT_LT(std::fabs(seen[0] / seen[2] * zoom), 480.0);

@@ -8,6 +8,7 @@
 #include <limits>
 #include <ostream>
 #include <stdexcept>
+#include <utility>
 
 namespace host {
 
@@ -29,8 +30,8 @@ Composition composition(FrameRate rate, Track angle = 180.0, Track phase = -90.0
                         double duration = 10.0) {
     Composition made;
     made.frame_rate = rate;
-    made.shutter_angle = angle;
-    made.shutter_phase = phase;
+    made.shutter_angle = std::move(angle);
+    made.shutter_phase = std::move(phase);
     made.duration = duration;
     return made;
 }
