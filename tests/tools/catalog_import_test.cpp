@@ -1,0 +1,362 @@
+// lumivar catalog import: what it writes, what it refuses, and what it leaves behind.
+#include "catalog_import.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <thread>
+
+#include "catalog_info.h"
+#include "failure.h"
+#include "stars_writer.h"
+#include "support/scratch.h"
+#include "tool_run.h"
+
+namespace {
+
+using lumivar::Failure;
+using lumivar::import_catalogue;
+using Names = std::vector<std::string>;
+
+constexpr const char* kHeader = "ra_deg,dec_deg,vmag,bv,distance_pc\n";
+
+std::string bytes_of(const lumivar::StarRecord& record) {
+    return {reinterpret_cast<const char*>(record.data()), record.size()};
+}
+
+class Import : public testing::Test {
+protected:
+    /// The message that importing `table` ends with; the folder must hold the table alone
+    /// afterwards.
+    std::string fault(const std::string& table) {
+        write_file(folder / "t.csv", table);
+        std::string message = "no fault";
+        try {
+            import_catalogue(folder / "t.csv", folder / "t.stars");
+        } catch (const Failure& failure) {
+            message = failure.what();
+        }
+        EXPECT_EQ(names_in(folder.path()), Names{"t.csv"});
+        return message;
+    }
+    std::string at(int line, const std::string& text) {
+        return (folder / "t.csv") + ":" + std::to_string(line) + ": " + text;
+    }
+
+    ScratchFolder folder;
+};
+
+TEST_F(Import, WritesHeaderAndOneRecordAStarInTheOrderOfTheTable) {
+    // Columns in another order, one of them unknown to the program.
+    write_file(folder / "t.csv",
+               "name,vmag,distance_pc,bv,dec_deg,ra_deg\n"
+               "Far,2.5,100,0.65,-10.5,20.25\n"
+               "Bright,-2.5,,,90,360\n");
+    const lumivar::ImportSummary summary = import_catalogue(folder / "t.csv", folder / "t.stars");
+    EXPECT_EQ(summary.stars, 2U);
+    EXPECT_EQ(summary.without_colour, 1U);
+    EXPECT_EQ(summary.without_distance, 1U);
+
+    lumivar::CatalogueStar far;
+    far.lon = 20.25;
+    far.lat = -10.5;
+    far.luminance = 0.1F;       // 10^-1
+    far.rgb = {255, 241, 234};  // tabulated for B-V 0.65
+    far.distance = 100.0;
+    lumivar::CatalogueStar bright;
+    bright.lon = 360.0;
+    bright.lat = 90.0;
+    bright.luminance = 10.0F;
+    // B-V 0.6 by the published formulas, worked out with a separate script.
+    bright.rgb = {255, 243, 240};
+    bright.distance = -1.0;
+    EXPECT_EQ(read_file(folder / "t.stars"), bytes_of(lumivar::encode_header()) +
+                                                 bytes_of(lumivar::encode_star(far)) +
+                                                 bytes_of(lumivar::encode_star(bright)));
+}
+
+TEST_F(Import, DoesWithoutTheColumnsThatMayBeMissing) {
+    write_file(folder / "t.csv", "ra_deg,dec_deg,vmag\n1,2,3\n");
+    const lumivar::ImportSummary summary = import_catalogue(folder / "t.csv", folder / "t.stars");
+    EXPECT_EQ(summary.stars, 1U);
+    EXPECT_EQ(summary.without_colour, 1U);
+    EXPECT_EQ(summary.without_distance, 1U);
+}
+
+TEST_F(Import, RefusesFaultyTablesAndSaysWhereAndWhatToDo) {
+    const std::string header = kHeader;
+    EXPECT_EQ(fault(""), (folder / "t.csv") +
+                             ": is empty; it must begin with a line that names the columns: "
+                             "ra_deg,dec_deg,vmag,bv,distance_pc");
+    EXPECT_EQ(fault("ra,dec_deg,vmag\n1,2,3\n"),
+              at(1, "there is no column \"ra_deg\"; the header line names: ra, dec_deg, vmag"));
+    EXPECT_EQ(fault(header + "1,2,3,,\n360.5,2,3,,\n"),
+              at(3, "column 1 (ra_deg): 360.5 is out of range; give degrees from 0 to 360"));
+    EXPECT_EQ(fault(header + "-0.1,2,3,,\n"),
+              at(2, "column 1 (ra_deg): -0.1 is out of range; give degrees from 0 to 360"));
+    EXPECT_EQ(fault(header + "1,90.001,3,,\n"),
+              at(2, "column 2 (dec_deg): 90.001 is out of range; give degrees from -90 to 90"));
+    EXPECT_EQ(fault(header + "1,2,,,\n"),
+              at(2, "column 3 (vmag): is empty; give a magnitude from -30 to 90"));
+    EXPECT_EQ(fault(header + "1,2,3,blue,\n"),
+              at(2,
+                 "column 4 (bv): \"blue\" is not a number; give a colour index from -10 to 20, or "
+                 "leave the field empty"));
+    EXPECT_EQ(fault(header + "1,2,3,,0\n"),
+              at(2,
+                 "column 5 (distance_pc): 0 is out of range; give parsecs above 0, or leave the "
+                 "field empty for an unknown distance"));
+    EXPECT_EQ(fault(header + "1,2,3\n"),
+              at(2,
+                 "has 3 fields where the header names 5; leave an unknown field empty, but keep "
+                 "its comma"));
+}
+
+TEST_F(Import, LeavesAnExistingDatabaseAloneWhenItFails) {
+    write_file(folder / "t.csv", std::string(kHeader) + "1,2,3,,\nx,2,3,,\n");
+    write_file(folder / "t.stars", "precious");
+    EXPECT_THROW(import_catalogue(folder / "t.csv", folder / "t.stars"), Failure);
+    EXPECT_EQ(read_file(folder / "t.stars"), "precious");
+    EXPECT_EQ(names_in(folder.path()), (Names{"t.csv", "t.stars"}));
+}
+
+TEST_F(Import, RefusesOutputsThatAreNoFiles) {
+    write_file(folder / "t.csv", kHeader);
+    const auto message = [&](const std::string& output) -> std::string {
+        try {
+            import_catalogue(folder / "t.csv", output);
+        } catch (const Failure& failure) {
+            return failure.what();
+        }
+        return "no fault";
+    };
+    EXPECT_EQ(message(folder.path()),
+              "cannot write " + folder.path() + ": it is a folder, give the name of a file");
+    EXPECT_EQ(message(folder / "none/t.stars"), "cannot write " + (folder / "none/t.stars") +
+                                                    ": there is no folder " + (folder / "none"));
+    EXPECT_EQ(message("/dev/full"), "cannot write /dev/full: it is not a regular file");
+    EXPECT_EQ(message(folder / "t.csv"),
+              "the output would replace its own input " + (folder / "t.csv"));
+    EXPECT_EQ(names_in(folder.path()), Names{"t.csv"});
+}
+
+TEST_F(Import, FollowsALinkToTheFileItPointsAt) {
+    write_file(folder / "t.csv", kHeader);
+    std::filesystem::create_directory(folder / "real");
+    write_file(folder / "real/old.stars", "old");
+    std::filesystem::create_symlink("real/old.stars", folder / "link.stars");
+    import_catalogue(folder / "t.csv", folder / "link.stars");
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.stars"));
+    EXPECT_EQ(read_file(folder / "real/old.stars"), bytes_of(lumivar::encode_header()));
+}
+
+TEST_F(Import, ShippedCatalogueHasItsPublishedCounts) {
+    const std::string output = folder / "hip.stars";
+    const lumivar::ImportSummary summary = import_catalogue(LUMIVAR_DATA "/hip.csv", output);
+    EXPECT_EQ(summary.stars, 117955U);
+    EXPECT_EQ(summary.without_colour, 1143U);
+    EXPECT_EQ(summary.without_distance, 6413U);
+
+    // Stars brighter than V, counted in the table with awk.
+    const lumivar::CatalogueInfo info = lumivar::examine_catalogue(output);
+    EXPECT_TRUE(info.warnings.empty());
+    const struct {
+        int below;
+        std::uint32_t stars;
+    } counts[] = {{0, 4},    {1, 15},    {2, 49},    {3, 172},   {4, 515},    {5, 1606},
+                  {6, 4992}, {7, 15397}, {8, 41058}, {9, 83073}, {10, 107803}};
+    for (const auto& count : counts) {
+        std::uint32_t stars = 0;
+        for (const auto& [magnitude, number] : info.histogram) {
+            stars += magnitude < count.below ? number : 0;
+        }
+        EXPECT_EQ(stars, count.stars) << "V < " << count.below;
+    }
+    EXPECT_NEAR(info.magnitude.low, -1.44, 1e-6);
+    EXPECT_EQ(info.distance.low, 1.296);
+    EXPECT_EQ(info.distance.high, 2000.0);
+
+    // The first row is Sirius: B-V 0.01 lies between the tabulated 0.00 (204, 217) and 0.20 (224,
+    // 230).
+    const std::string bytes = read_file(output);
+    EXPECT_EQ(bytes.size(), (117955U + 1U) * 32U);
+    const auto red = static_cast<unsigned char>(bytes[32 + 20]);
+    const auto blue = static_cast<unsigned char>(bytes[32 + 22]);
+    EXPECT_TRUE(red >= 204 && red <= 206) << int{red};
+    EXPECT_EQ(blue, 255);
+}
+
+TEST_F(Import, ReadsStandardInput) {
+    write_file(folder / "t.csv", std::string(kHeader) + "1,2,3,,\n");
+    ToolOptions options;
+    options.input = folder / "t.csv";
+    const ToolResult result =
+        run_tool({"catalog", "import", "-", "-o", folder / "t.stars"}, options);
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(std::filesystem::file_size(folder / "t.stars"), 64U);
+}
+
+TEST_F(Import, WarnsOfANameThatThePluginWouldNotSee) {
+    write_file(folder / "t.csv", std::string(kHeader) + "1,2,3,,\n");
+    const ToolResult result =
+        run_tool({"catalog", "import", folder / "t.csv", "-o", folder / "t.db"});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.err,
+              "lumivar: warning: the plug-in finds only files with \".stars\" in their name, and " +
+                  (folder / "t.db") + " has not\n");
+}
+
+TEST_F(Import, FullDiskIsOneLineAndLeavesNothing) {
+    write_file(folder / "old.stars", "precious");
+    ToolOptions options;
+    options.file_size_limit = 100000;  // the database takes 3.8 MB
+    const ToolResult result = run_tool(
+        {"catalog", "import", LUMIVAR_DATA "/hip.csv", "-o", folder / "old.stars"}, options);
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.signal, 0);
+    EXPECT_EQ(result.err, "lumivar: cannot write " + (folder / "old.stars") + ": File too large\n");
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(read_file(folder / "old.stars"), "precious");
+    EXPECT_EQ(names_in(folder.path()), Names{"old.stars"});
+}
+
+/// An import that has begun and waits for more of its table: for a signal at a certain moment.
+class HalfwayImport {
+public:
+    explicit HalfwayImport(const ScratchFolder& folder, const ToolOptions& options = {})
+        : folder_(folder), pipe_(folder / "pipe.csv") {
+        if (mkfifo(pipe_.c_str(), 0600) != 0) {
+            throw std::runtime_error("no pipe");
+        }
+        // Read and write: does not wait for the other side, and the reader never sees the end.
+        end_ = open(pipe_.c_str(), O_RDWR | O_CLOEXEC);
+        const std::string rows = std::string(kHeader) + "1,2,3,,\n";
+        if (write(end_, rows.data(), rows.size()) != static_cast<ssize_t>(rows.size())) {
+            throw std::runtime_error("the pipe is full");
+        }
+        process_.emplace(Names{"catalog", "import", pipe_, "-o", folder / "out.stars"}, options);
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(50);
+        // The hidden folder is there and its file within: the rest is waiting for rows.
+        while (working_file().empty()) {
+            if (std::chrono::steady_clock::now() > limit) {
+                throw std::runtime_error("the import does not begin");
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    }
+    ~HalfwayImport() { close_pipe(); }
+
+    ToolProcess& process() { return *process_; }
+    /// The table ends here: the import goes on to its end.
+    void close_pipe() {
+        if (end_ >= 0) {
+            close(end_);
+            end_ = -1;
+            unlink(pipe_.c_str());
+        }
+    }
+    std::string working_folder() const {
+        for (const std::string& name : names_in(folder_.path())) {
+            if (name.rfind(".lumivar-work-" + std::to_string(process_->id()) + "-", 0) == 0) {
+                return name;
+            }
+        }
+        return "";
+    }
+
+private:
+    std::string working_file() const {
+        const std::string name = working_folder();
+        if (!name.empty() && std::filesystem::exists(folder_ / (name + "/content"))) {
+            return name;
+        }
+        return "";
+    }
+
+    const ScratchFolder& folder_;
+    std::string pipe_;
+    int end_ = -1;
+    std::optional<ToolProcess> process_;
+};
+
+TEST_F(Import, ShowsNoStarsNameWhileItWrites) {
+    HalfwayImport import(folder);
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
+        EXPECT_EQ(entry.path().filename().string().find(".stars"), std::string::npos)
+            << entry.path();
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder / "out.stars"));
+    import.close_pipe();
+    EXPECT_EQ(import.process().wait().code, 0);
+    EXPECT_EQ(names_in(folder.path()), Names{"out.stars"});
+}
+
+TEST_F(Import, SignalLeavesNothingBehindAndIsWhatItDiesBy) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(number);
+        write_file(folder / "out.stars", "precious");
+        HalfwayImport import(folder);
+        import.process().send(number);
+        const ToolResult result = import.process().wait();
+        EXPECT_EQ(result.signal, number);
+        import.close_pipe();
+        EXPECT_EQ(names_in(folder.path()), Names{"out.stars"});
+        EXPECT_EQ(read_file(folder / "out.stars"), "precious");
+    }
+}
+
+TEST_F(Import, KeepsIgnoringASignalThatWasIgnored) {
+    ToolOptions options;
+    options.ignored_signal = SIGHUP;
+    HalfwayImport import(folder, options);
+    import.process().send(SIGHUP);
+    import.close_pipe();
+    EXPECT_EQ(import.process().wait().code, 0);
+    EXPECT_EQ(names_in(folder.path()), Names{"out.stars"});
+}
+
+TEST_F(Import, NextRunRemovesWhatAHardKillLeft) {
+    write_file(folder / "t.csv", kHeader);
+    {
+        HalfwayImport import(folder);
+        import.process().send(SIGKILL);
+        EXPECT_EQ(import.process().wait().signal, SIGKILL);
+    }
+    ASSERT_EQ(names_in(folder.path()).size(), 2U) << "the orphan and the table";
+    EXPECT_EQ(names_in(folder.path())[0].rfind(".lumivar-work-", 0), 0U);
+    import_catalogue(folder / "t.csv", folder / "t.stars");
+    EXPECT_EQ(names_in(folder.path()), (Names{"t.csv", "t.stars"}));
+}
+
+TEST_F(Import, LeavesTheWorkOfARunThatStillLives) {
+    write_file(folder / "t.csv", kHeader);
+    HalfwayImport import(folder);
+    const std::string working = import.working_folder();
+    import_catalogue(folder / "t.csv", folder / "t.stars");
+    EXPECT_TRUE(std::filesystem::exists(folder / (working + "/content")));
+    import.close_pipe();
+    EXPECT_EQ(import.process().wait().code, 0);
+    EXPECT_EQ(names_in(folder.path()), (Names{"out.stars", "t.csv", "t.stars"}));
+}
+
+TEST_F(Import, TouchesNoFolderThatOnlyLooksLikeAnOrphan) {
+    write_file(folder / "t.csv", kHeader);
+    for (const char* name :
+         {".lumivar-work-", ".lumivar-work-12", ".lumivar-work-12-x", ".lumivar-work-a-0"}) {
+        std::filesystem::create_directory(folder / name);
+    }
+    write_file(folder / ".lumivar-work-7-7", "a file");
+    std::filesystem::create_directory(folder / "elsewhere");
+    std::filesystem::create_directory_symlink("elsewhere", folder / ".lumivar-work-8-8");
+    const std::size_t before = names_in(folder.path()).size();
+    import_catalogue(folder / "t.csv", folder / "t.stars");
+    EXPECT_EQ(names_in(folder.path()).size(), before + 1);
+}
+
+}  // namespace

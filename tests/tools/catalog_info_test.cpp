@@ -1,0 +1,197 @@
+// lumivar catalog info, on files made by hand.
+#include "catalog_info.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <nlohmann/json.hpp>
+
+#include "failure.h"
+#include "stars_writer.h"
+#include "support/scratch.h"
+#include "tool_run.h"
+
+namespace {
+
+using lumivar::CatalogueInfo;
+using lumivar::CatalogueStar;
+using lumivar::examine_catalogue;
+using Lines = std::vector<std::string>;
+
+std::string bytes_of(const lumivar::StarRecord& record) {
+    return {reinterpret_cast<const char*>(record.data()), record.size()};
+}
+
+std::string star(double lon, double lat, float luminance, double distance = -1.0) {
+    CatalogueStar result;
+    result.lon = lon;
+    result.lat = lat;
+    result.luminance = luminance;
+    result.rgb = {10, 20, 30};
+    result.distance = distance;
+    return bytes_of(lumivar::encode_star(result));
+}
+
+class Info : public testing::Test {
+protected:
+    std::string file(const std::string& bytes, const std::string& name = "t.stars") {
+        write_file(folder / name, bytes);
+        return folder / name;
+    }
+    std::string message(const std::string& path) {
+        try {
+            examine_catalogue(path);
+        } catch (const lumivar::Failure& failure) {
+            return failure.what();
+        }
+        return "no fault";
+    }
+    const std::string header = bytes_of(lumivar::encode_header());
+    ScratchFolder folder;
+};
+
+TEST_F(Info, GivesRangesAndMagnitudes) {
+    const CatalogueInfo info = examine_catalogue(
+        file(header + star(10, -20, 1.0F, 5.0) + star(350, 45, 0.01F) + star(180, 0, 2.0F, 8.0)));
+    EXPECT_EQ(info.version, 2);
+    EXPECT_EQ(info.stars, 3U);
+    EXPECT_EQ(info.bytes, 128U);
+    EXPECT_EQ(info.lon.low, 10.0);
+    EXPECT_EQ(info.lon.high, 350.0);
+    EXPECT_EQ(info.lat.low, -20.0);
+    EXPECT_EQ(info.lat.high, 45.0);
+    EXPECT_EQ(info.luminance.high, 2.0);
+    EXPECT_EQ(info.red.low, 10.0);
+    EXPECT_EQ(info.blue.high, 30.0);
+    EXPECT_EQ(info.distance.values, 2U);
+    EXPECT_EQ(info.distance.low, 5.0);
+    EXPECT_EQ(info.distance.high, 8.0);
+    EXPECT_NEAR(info.magnitude.low, -0.752575, 1e-6);  // -2.5 log10 2
+    // Luminance 0.01 is magnitude 5 exactly, though the stored single precision falls short of it.
+    EXPECT_EQ(info.histogram, (std::map<int, std::uint32_t>{{-1, 1}, {0, 1}, {5, 1}}));
+    EXPECT_EQ(info.warnings, Lines{});
+}
+
+TEST_F(Info, WarnsOfValuesThatAreNotNumbersOrOutOfRange) {
+    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    const CatalogueInfo info =
+        examine_catalogue(file(header + star(1, 2, 1.0F) + star(kNan, 2, 1.0F) +
+                               star(1, -kInfinity, 1.0F) + star(1, 2, std::nanf("")) +
+                               star(1, 2, 1.0F, kNan) + star(-1, 91, 0.0F) + star(361, 2, -1.0F)));
+    EXPECT_EQ(info.warnings,
+              (Lines{"1 star with a lon that is not a number or infinite (first: star 2)",
+                     "1 star with a lat that is not a number or infinite (first: star 3)",
+                     "1 star with a luminance that is not a number or infinite (first: star 4)",
+                     "1 star with a distance that is not a number or infinite (first: star 5)",
+                     "2 stars with a lon outside 0 to 360 degrees (first: star 6)",
+                     "1 star with a lat outside -90 to 90 degrees (first: star 6)",
+                     "2 stars with a luminance of 0 or below (first: star 6)"}));
+    EXPECT_EQ(info.lon.low, -1.0);
+    EXPECT_EQ(info.lon.values, 6U);
+    EXPECT_EQ(info.lat.low, 2.0);
+}
+
+TEST_F(Info, WarnsOfTrailingBytes) {
+    const CatalogueInfo info =
+        examine_catalogue(file(header + star(1, 2, 1.0F) + std::string(31, 'x')));
+    EXPECT_EQ(info.stars, 1U);
+    EXPECT_EQ(info.warnings, Lines{"31 trailing bytes are no whole record and never read"});
+}
+
+TEST_F(Info, KnowsVersionOne) {
+    const CatalogueInfo info =
+        examine_catalogue(file("LUMIVAR1" + std::string(24, '\0') + star(1, 2, 1.0F)));
+    EXPECT_EQ(info.version, 1);
+    EXPECT_NE(lumivar::info_as_text(info).find("version    1 (distances are not used)"),
+              std::string::npos);
+}
+
+TEST_F(Info, WarnsOfFilesWithoutStars) {
+    EXPECT_EQ(examine_catalogue(file(header)).warnings,
+              Lines{"there are no stars: every frame stays black"});
+    const CatalogueInfo cut = examine_catalogue(file(header.substr(0, 31)));
+    EXPECT_EQ(cut.stars, 0U);
+    EXPECT_EQ(cut.warnings, (Lines{"the header is cut short: 31 bytes instead of 32",
+                                   "there are no stars: every frame stays black"}));
+}
+
+TEST_F(Info, WarnsOfANameThatThePluginWouldNotSee) {
+    EXPECT_EQ(examine_catalogue(file(header + star(1, 2, 1.0F), "t.db")).warnings,
+              Lines{"the plug-in finds only files with \".stars\" in their name: rename it"});
+}
+
+TEST_F(Info, ShowsTheFirstBytesOfAForeignFile) {
+    EXPECT_EQ(message(file("\x7F"
+                           "ELF\x02\x01\x01 and more")),
+              (folder / "t.stars") +
+                  " is not a star database: it begins with \".ELF... \" (7f 45 4c 46 02 01 01 20) "
+                  "instead of \"LUMIVAR1\" or \"LUMIVAR2\"");
+    EXPECT_EQ(message(file("lumivar2")),
+              (folder / "t.stars") +
+                  " is not a star database: it begins with \"lumivar2\" (6c 75 6d 69 76 61 72 32) "
+                  "instead of \"LUMIVAR1\" or \"LUMIVAR2\"");
+    EXPECT_EQ(message(file("LUMIVAR")),
+              (folder / "t.stars") +
+                  " is not a star database: it begins with \"LUMIVAR\" (4c 55 4d 49 56 41 52) "
+                  "instead of \"LUMIVAR1\" or \"LUMIVAR2\"");
+}
+
+TEST_F(Info, SaysWhyAFileCannotBeRead) {
+    EXPECT_EQ(message(file("")),
+              (folder / "t.stars") +
+                  " is empty: a star database begins with \"LUMIVAR1\" or \"LUMIVAR2\"");
+    EXPECT_EQ(message(folder / "no.stars"),
+              "cannot read " + (folder / "no.stars") + ": No such file or directory");
+    std::filesystem::create_directory(folder / "folder.stars");
+    EXPECT_EQ(message(folder / "folder.stars"),
+              "cannot read " + (folder / "folder.stars") + ": it is no regular file but a folder");
+    std::filesystem::create_symlink("nowhere", folder / "dangling.stars");
+    EXPECT_EQ(message(folder / "dangling.stars"),
+              "cannot read " + (folder / "dangling.stars") + ": No such file or directory");
+}
+
+TEST_F(Info, PrintsATableWithBars) {
+    const std::string path =
+        file(header + star(10, -20, 1.0F, 5.0) + star(20, -10, 1.0F) + star(20, 90, 0.01F));
+    const ToolResult result = run_tool({"catalog", "info", path});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out, path + R"(
+  version    2 (distances are used)
+  stars      3 in 128 bytes
+  lon        10 to 20 degrees
+  lat        -20 to 90 degrees
+  luminance  0.01 to 1
+  magnitude  0 to 5
+  red        10 to 10
+  green      20 to 20
+  blue       30 to 30
+  distance   5 to 5 parsecs
+  unknown    2 stars without a distance
+  stars by magnitude
+       0 to   1        2 ##################################################
+       5 to   6        1 #########################
+)");
+}
+
+TEST_F(Info, PrintsJson) {
+    const std::string path = file(header + star(10, -20, 1.0F) + "tail");
+    const ToolResult result = run_tool({"catalog", "info", path, "--json"});
+    EXPECT_EQ(result.code, 0);
+    const nlohmann::json json = nlohmann::json::parse(result.out);
+    EXPECT_EQ(json["path"], path);
+    EXPECT_EQ(json["version"], 2);
+    EXPECT_EQ(json["stars"], 1);
+    EXPECT_EQ(json["bytes"], 68);
+    EXPECT_EQ(json["lon"]["low"], 10.0);
+    EXPECT_TRUE(json["distance"].is_null());
+    EXPECT_EQ(json["without_distance"], 1);
+    EXPECT_EQ(json["magnitudes"], nlohmann::json::parse(R"([{"from": 0, "stars": 1}])"));
+    EXPECT_EQ(json["warnings"],
+              nlohmann::json::parse(R"(["4 trailing bytes are no whole record and never read"])"));
+}
+
+}  // namespace

@@ -1,0 +1,68 @@
+// The program from outside: help, version, exit codes.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tool_run.h"
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+TEST(CommandLine, HelpTeachesWithExamplesAndNamesTheExitCodes) {
+    const ToolResult result = run_tool({"--help"});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.err, "");
+    for (const char* text : {"catalog", "Examples:", "Exit codes: 0 done; 1 the work failed"}) {
+        EXPECT_NE(result.out.find(text), std::string::npos) << text;
+    }
+}
+
+TEST(CommandLine, EveryCommandHasHelpWithExamples) {
+    for (const Arguments& command :
+         {Arguments{"catalog", "import"}, Arguments{"catalog", "info"}}) {
+        Arguments arguments = command;
+        arguments.push_back("--help");
+        const ToolResult result = run_tool(arguments);
+        EXPECT_EQ(result.code, 0) << command.back();
+        EXPECT_NE(result.out.find("Examples:\n  lumivar "), std::string::npos) << command.back();
+    }
+}
+
+TEST(CommandLine, SaysItsVersion) {
+    const ToolResult result = run_tool({"--version"});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.out, "Lumivar 2.0.0\n");
+}
+
+TEST(CommandLine, UnusableArgumentsAreOneLineAndCodeTwo) {
+    for (const Arguments& arguments :
+         {Arguments{}, Arguments{"paint"}, Arguments{"catalog"}, Arguments{"catalog", "import"},
+          Arguments{"catalog", "import", "a.csv"}, Arguments{"catalog", "info"},
+          Arguments{"catalog", "info", "a", "b"}, Arguments{"catalog", "info", "--yaml", "a"}}) {
+        const ToolResult result = run_tool(arguments);
+        EXPECT_EQ(result.code, 2);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+        EXPECT_EQ(result.err.rfind("lumivar: ", 0), 0U) << result.err;
+    }
+}
+
+TEST(CommandLine, FailedWorkIsOneLineAndCodeOne) {
+    const ToolResult result = run_tool({"catalog", "info", "/nonexistent/a.stars"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "lumivar: cannot read /nonexistent/a.stars: No such file or directory\n");
+}
+
+TEST(CommandLine, FullStandardOutputIsAFailure) {
+    ToolOptions options;
+    options.output = "/dev/full";
+    for (const char* flag : {"--version", "--help"}) {
+        const ToolResult result = run_tool({flag}, options);
+        EXPECT_EQ(result.code, 1) << flag;
+        EXPECT_EQ(result.err, "lumivar: cannot write to standard output\n");
+    }
+}
+
+}  // namespace

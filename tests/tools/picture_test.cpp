@@ -1,0 +1,359 @@
+// Pictures, read back through the picture library, which is the public judge of the formats.
+#include "picture.h"
+
+#include <OpenImageIO/imageio.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <bit>
+#include <cmath>
+#include <csignal>
+#include <cstring>
+#include <limits>
+
+#include "failure.h"
+#include "support/scratch.h"
+#include "tool_run.h"
+
+namespace {
+
+using lumivar::Depth;
+using lumivar::FrameView;
+using lumivar::PictureInfo;
+using lumivar::write_picture;
+
+/// Pixels of alpha, red, green, blue in rows with some bytes to spare, as a host may hold them.
+template <class Sample>
+class Frame {
+public:
+    Frame(int width, int height, Depth depth)
+        : stride_(static_cast<std::size_t>(width) * 4 + 3),
+          samples_(stride_ * static_cast<std::size_t>(height), Sample(77)) {
+        view_ = {samples_.data(), static_cast<std::ptrdiff_t>(stride_ * sizeof(Sample)), width,
+                 height, depth};
+    }
+    Frame(const Frame&) = delete;
+    Frame& operator=(const Frame&) = delete;
+    void set(int x, int y, Sample alpha, Sample red, Sample green, Sample blue) {
+        Sample* pixel =
+            &samples_[static_cast<std::size_t>(y) * stride_ + static_cast<std::size_t>(x) * 4];
+        pixel[0] = alpha;
+        pixel[1] = red;
+        pixel[2] = green;
+        pixel[3] = blue;
+    }
+    const FrameView& view() const { return view_; }
+
+private:
+    std::size_t stride_;
+    std::vector<Sample> samples_;
+    FrameView view_;
+};
+
+struct ReadBack {
+    OIIO::ImageSpec spec;
+    std::vector<unsigned char> bytes;
+
+    template <class Sample>
+    Sample at(int x, int y, int channel) const {
+        Sample sample;
+        std::memcpy(&sample,
+                    bytes.data() + (static_cast<std::size_t>(y * spec.width + x) *
+                                        static_cast<std::size_t>(spec.nchannels) +
+                                    static_cast<std::size_t>(channel)) *
+                                       sizeof(Sample),
+                    sizeof sample);
+        return sample;
+    }
+};
+
+ReadBack read_back(const std::string& path) {
+    const auto input = OIIO::ImageInput::open(path);
+    if (!input) {
+        throw std::runtime_error(OIIO::geterror());
+    }
+    ReadBack result;
+    result.spec = input->spec();
+    result.bytes.resize(result.spec.image_bytes(true));
+    if (!input->read_image(0, 0, 0, -1, result.spec.format, result.bytes.data())) {
+        throw std::runtime_error(input->geterror());
+    }
+    return result;
+}
+
+class Picture : public testing::Test {
+protected:
+    ScratchFolder folder;
+};
+
+class FloatPicture : public Picture, public testing::WithParamInterface<const char*> {};
+
+TEST_P(FloatPicture, CarriesEveryBitOfEveryFloat) {
+    // Not-a-numbers with their payloads, infinities, denormals, both zeros, negative and huge
+    // values.
+    const std::uint32_t patterns[] = {0x7FC00000, 0x7FC12345, 0xFFC00001, 0x7F800000, 0xFF800000,
+                                      0x00000001, 0x807FFFFF, 0x00000000, 0x80000000, 0x3F800000,
+                                      0xBE99999A, 0x7F7FFFFF, 0x00800000, 0x40490FDB};
+    constexpr int kCount = std::size(patterns);
+    Frame<float> frame(kCount, 3, Depth::kFloat);
+    for (int y = 0; y < 3; ++y) {
+        for (int x = 0; x < kCount; ++x) {
+            const auto value = [&](int shift) {
+                return std::bit_cast<float>(patterns[(x + y + shift) % kCount]);
+            };
+            frame.set(x, y, 1.0F, value(0), value(1), value(2));
+        }
+    }
+    const std::string path = folder / GetParam();
+    write_picture(path, frame.view(), {}, false);
+
+    const ReadBack picture = read_back(path);
+    ASSERT_EQ(picture.spec.width, kCount);
+    ASSERT_EQ(picture.spec.height, 3);
+    ASSERT_EQ(picture.spec.nchannels, 4);
+    ASSERT_EQ(picture.spec.format, OIIO::TypeFloat);
+    EXPECT_EQ(picture.spec.channelnames, (std::vector<std::string>{"R", "G", "B", "A"}));
+    EXPECT_EQ(picture.spec.get_string_attribute("oiio:ColorSpace", "Linear"), "Linear");
+    for (int y = 0; y < 3; ++y) {
+        for (int x = 0; x < kCount; ++x) {
+            for (int c = 0; c < 3; ++c) {
+                ASSERT_EQ(picture.at<std::uint32_t>(x, y, c), patterns[(x + y + c) % kCount])
+                    << x << "," << y << "," << c;
+            }
+            ASSERT_EQ(picture.at<float>(x, y, 3), 1.0F);
+        }
+    }
+    EXPECT_EQ(names_in(folder.path()), std::vector<std::string>{GetParam()});
+}
+
+TEST_P(FloatPicture, CarriesAlphaUntouchedWithTheColoursBesideIt) {
+    Frame<float> frame(1, 1, Depth::kFloat);
+    frame.set(0, 0, 0.5F, 0.25F, 4.0F, -1.0F);
+    write_picture(folder / GetParam(), frame.view(), {}, false);
+    const ReadBack picture = read_back(folder / GetParam());
+    EXPECT_EQ(picture.at<float>(0, 0, 3), 0.5F);
+    EXPECT_EQ(picture.at<float>(0, 0, 0), 0.25F);
+    EXPECT_EQ(picture.at<float>(0, 0, 1), 4.0F);
+    EXPECT_EQ(picture.at<float>(0, 0, 2), -1.0F);
+}
+
+TEST_P(FloatPicture, TurnsIntegerCodesIntoLinearLight) {
+    Frame<std::uint8_t> eight(1, 1, Depth::k8);
+    eight.set(0, 0, 255, 0, 51, 255);
+    write_picture(folder / GetParam(), eight.view(), {}, false);
+    ReadBack picture = read_back(folder / GetParam());
+    ASSERT_EQ(picture.spec.format, OIIO::TypeFloat);
+    EXPECT_EQ(picture.at<float>(0, 0, 0), 0.0F);
+    EXPECT_EQ(picture.at<float>(0, 0, 1), 0.2F);
+    EXPECT_EQ(picture.at<float>(0, 0, 2), 1.0F);
+
+    Frame<std::uint16_t> sixteen(1, 1, Depth::k16);
+    sixteen.set(0, 0, 32768, 1, 8192, 32768);
+    write_picture(folder / GetParam(), sixteen.view(), {}, false);
+    picture = read_back(folder / GetParam());
+    EXPECT_EQ(picture.at<float>(0, 0, 0), 0x1p-15F);
+    EXPECT_EQ(picture.at<float>(0, 0, 1), 0.25F);
+    EXPECT_EQ(picture.at<float>(0, 0, 2), 1.0F);
+    EXPECT_EQ(picture.at<float>(0, 0, 3), 1.0F);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, FloatPicture, testing::Values("a.exr", "a.tif", "a.TIFF"),
+                         [](const auto& format) {
+                             std::string name = format.param;
+                             return name.substr(2);
+                         });
+
+TEST_F(Picture, PngIsEncodedToSrgbAndClamped) {
+    // Codes by hand, see the test of the curve: 0.002 -> 7, 0.01 -> 25, 0.2 -> 124, 0.5 -> 188.
+    Frame<float> frame(3, 2, Depth::kFloat);
+    frame.set(0, 0, 1, 0.0F, 0.002F, 0.01F);
+    frame.set(1, 0, 1, 0.2F, 0.5F, 1.0F);
+    frame.set(2, 0, 1, 1.5F, -0.3F, std::numeric_limits<float>::quiet_NaN());
+    frame.set(0, 1, 1, std::numeric_limits<float>::infinity(), 1e30F, -1e30F);
+    frame.set(1, 1, 1, 0.5F, 0.0F, 0.0F);
+    frame.set(2, 1, 1, 0.0F, 0.0F, 0.5F);
+    write_picture(folder / "a.png", frame.view(), {}, false);
+    const ReadBack picture = read_back(folder / "a.png");
+    ASSERT_EQ(picture.spec.format, OIIO::TypeUInt8);
+    ASSERT_EQ(picture.spec.nchannels, 3);
+    EXPECT_EQ(picture.spec.get_string_attribute("oiio:ColorSpace"), "sRGB");
+    const int expected[2][3][3] = {{{0, 7, 25}, {124, 188, 255}, {255, 0, 0}},
+                                   {{255, 255, 0}, {188, 0, 0}, {0, 0, 188}}};
+    for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 3; ++x) {
+            for (int c = 0; c < 3; ++c) {
+                EXPECT_EQ(picture.at<std::uint8_t>(x, y, c), expected[y][x][c]) << x << y << c;
+            }
+        }
+    }
+}
+
+TEST_F(Picture, PngOfIntegerFramesIsEncodedToo) {
+    Frame<std::uint8_t> eight(1, 1, Depth::k8);
+    eight.set(0, 0, 255, 0, 128, 255);  // 128 / 255: 0.736648 x 255 = 187.85
+    write_picture(folder / "a.png", eight.view(), {}, false);
+    EXPECT_EQ(read_back(folder / "a.png").at<std::uint8_t>(0, 0, 1), 188);
+    Frame<std::uint16_t> sixteen(1, 1, Depth::k16);
+    sixteen.set(0, 0, 32768, 16384, 32768, 0);
+    write_picture(folder / "a.png", sixteen.view(), {}, false);
+    const ReadBack picture = read_back(folder / "a.png");
+    ASSERT_EQ(picture.spec.format, OIIO::TypeUInt8);
+    EXPECT_EQ(picture.at<std::uint8_t>(0, 0, 0), 188);
+    EXPECT_EQ(picture.at<std::uint8_t>(0, 0, 1), 255);
+    EXPECT_EQ(picture.at<std::uint8_t>(0, 0, 2), 0);
+}
+
+TEST_F(Picture, RawKeepsEightBitCodes) {
+    Frame<std::uint8_t> frame(256, 1, Depth::k8);
+    for (int x = 0; x < 256; ++x) {
+        frame.set(x, 0, 255, static_cast<std::uint8_t>(x), static_cast<std::uint8_t>(255 - x), 7);
+    }
+    for (const char* name : {"a.png", "a.tif"}) {
+        write_picture(folder / name, frame.view(), {}, true);
+        const ReadBack picture = read_back(folder / name);
+        ASSERT_EQ(picture.spec.format, OIIO::TypeUInt8) << name;
+        for (int x = 0; x < 256; ++x) {
+            ASSERT_EQ(picture.at<std::uint8_t>(x, 0, 0), x) << name;
+            ASSERT_EQ(picture.at<std::uint8_t>(x, 0, 1), 255 - x) << name;
+            ASSERT_EQ(picture.at<std::uint8_t>(x, 0, 2), 7) << name;
+        }
+    }
+}
+
+TEST_F(Picture, RawKeepsSixteenBitCodesOnTheHostsScale) {
+    Frame<std::uint16_t> frame(3, 1, Depth::k16);
+    frame.set(0, 0, 32768, 0, 1, 2);
+    frame.set(1, 0, 32768, 255, 256, 257);
+    frame.set(2, 0, 32768, 16384, 32767, 32768);
+    for (const char* name : {"a.png", "a.tif"}) {
+        write_picture(folder / name, frame.view(), {}, true);
+        const ReadBack picture = read_back(folder / name);
+        ASSERT_EQ(picture.spec.format, OIIO::TypeUInt16) << name;
+        const int expected[] = {0, 1, 2, 255, 256, 257, 16384, 32767, 32768};
+        for (int i = 0; i < 9; ++i) {
+            EXPECT_EQ(picture.at<std::uint16_t>(i / 3, 0, i % 3), expected[i]) << name;
+        }
+    }
+}
+
+TEST_F(Picture, JpegIsCloseToTheCodes) {
+    Frame<float> frame(32, 32, Depth::kFloat);
+    for (int y = 0; y < 32; ++y) {
+        for (int x = 0; x < 32; ++x) {
+            frame.set(x, y, 1, 0.5F, 0.2F, 0.01F);
+        }
+    }
+    write_picture(folder / "a.jpg", frame.view(), {}, false);
+    const ReadBack picture = read_back(folder / "a.jpg");
+    EXPECT_NEAR(picture.at<std::uint8_t>(16, 16, 0), 188, 3);
+    EXPECT_NEAR(picture.at<std::uint8_t>(16, 16, 1), 124, 3);
+    EXPECT_NEAR(picture.at<std::uint8_t>(16, 16, 2), 25, 3);
+}
+
+TEST_F(Picture, SaysHowItWasMade) {
+    Frame<float> frame(2, 2, Depth::kFloat);
+    PictureInfo info;
+    info.title = "Star field";
+    info.details = {{"catalogue", "hipparcos.stars"},
+                    {"control:Star Brightness", "5"},
+                    {"long", std::string(3000, 'x')}};
+    for (const char* name : {"a.exr", "a.tif", "a.png", "a.jpg"}) {
+        SCOPED_TRACE(name);
+        write_picture(folder / name, frame.view(), info, false);
+        const OIIO::ImageSpec spec = read_back(folder / name).spec;
+        const std::string description = spec.get_string_attribute("ImageDescription");
+        EXPECT_EQ(description,
+                  "Star field\ncatalogue: hipparcos.stars\ncontrol:Star Brightness: 5\nlong: " +
+                      std::string(3000, 'x'));
+        EXPECT_EQ(spec.get_string_attribute("Software"), "Lumivar 2.0.0");
+    }
+    const OIIO::ImageSpec spec = read_back(folder / "a.exr").spec;
+    EXPECT_EQ(spec.get_string_attribute("lumivar:catalogue"), "hipparcos.stars");
+    EXPECT_EQ(spec.get_string_attribute("lumivar:control:Star Brightness"), "5");
+}
+
+TEST_F(Picture, SameFrameGivesTheSameBytes) {
+    Frame<float> frame(5, 4, Depth::kFloat);
+    for (const char* name : {"a.exr", "a.png", "a.jpg"}) {  // a TIFF holds the date it was made
+        write_picture(folder / name, frame.view(), {}, false);
+        const std::string first = read_file(folder / name);
+        write_picture(folder / name, frame.view(), {}, false);
+        EXPECT_TRUE(read_file(folder / name) == first) << name;
+    }
+}
+
+std::string usage_fault(const std::string& path, Depth depth, bool raw) {
+    try {
+        lumivar::check_picture_request(path, depth, raw);
+    } catch (const lumivar::UsageError& error) {
+        return error.what();
+    }
+    return "fine";
+}
+
+TEST_F(Picture, RefusesWhatDoesNotGoTogether) {
+    EXPECT_EQ(usage_fault("a.gif", Depth::k8, false),
+              "cannot tell the kind of picture from the name \"a.gif\"; end it with .exr, .tif, "
+              ".png or .jpg");
+    EXPECT_EQ(usage_fault("exr", Depth::k8, false),
+              "cannot tell the kind of picture from the name \"exr\"; end it with .exr, .tif, .png "
+              "or .jpg");
+    EXPECT_EQ(usage_fault("a.png", Depth::kFloat, true),
+              "--raw writes integer codes, and a float frame has none; add --depth 8 or 16");
+    EXPECT_EQ(usage_fault("a.exr", Depth::k8, true),
+              "--raw writes integer codes, and .exr has no channels for them; use .png or .tif");
+    EXPECT_EQ(usage_fault("a.jpg", Depth::k16, true),
+              "--raw with 16 bits does not fit .jpg; use .png or .tif, or --depth 8");
+    EXPECT_EQ(usage_fault("a.jpg", Depth::k8, true), "fine");
+    EXPECT_EQ(usage_fault("a.PNG", Depth::k16, true), "fine");
+}
+
+/// Writes of the process beyond a size fail, as on a full disk.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit = {bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, SIG_DFL);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit before_ = {};
+};
+
+TEST_F(Picture, FullDiskIsOneLineAndLeavesNothing) {
+    Frame<float> frame(64, 64, Depth::kFloat);
+    for (const char* name : {"a.exr", "a.tif", "a.png", "a.jpg"}) {
+        std::string message = "no fault";
+        {
+            const FullDisk full(16);
+            try {
+                write_picture(folder / name, frame.view(), {}, false);
+            } catch (const lumivar::Failure& failure) {
+                message = failure.what();
+            }
+        }
+        EXPECT_EQ(message, "cannot write " + (folder / name) + ": File too large");
+        EXPECT_TRUE(names_in(folder.path()).empty());
+    }
+}
+
+TEST_F(Picture, RefusesAFolderThatIsNotThere) {
+    Frame<float> frame(1, 1, Depth::kFloat);
+    try {
+        write_picture(folder / "none/a.exr", frame.view(), {}, false);
+        FAIL() << "there is no such folder";
+    } catch (const lumivar::Failure& failure) {
+        EXPECT_EQ(failure.what(), "cannot write " + (folder / "none/a.exr") +
+                                      ": there is no folder " + (folder / "none"));
+    }
+}
+
+}  // namespace

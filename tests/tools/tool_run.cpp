@@ -1,0 +1,114 @@
+#include "tool_run.h"
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace {
+
+std::string temporary_file() {
+    std::string name = (std::filesystem::temp_directory_path() / "lumivar-run-XXXXXX").string();
+    const int descriptor = mkstemp(name.data());
+    if (descriptor < 0) {
+        throw std::runtime_error("no temporary file");
+    }
+    close(descriptor);
+    return name;
+}
+
+std::string take_file(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::string text{std::istreambuf_iterator<char>(in), {}};
+    unlink(path.c_str());
+    return text;
+}
+
+void redirect(const char* path, int flags, int target) {
+    const int descriptor = open(path, flags);
+    if (descriptor < 0 || dup2(descriptor, target) < 0) {
+        _exit(126);
+    }
+    close(descriptor);
+}
+
+}  // namespace
+
+ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const ToolOptions& options)
+    : out_file_(temporary_file()), err_file_(temporary_file()) {
+    std::string program = LUMIVAR_PROGRAM;
+    std::vector<std::string> texts = arguments;
+    std::vector<char*> argv = {program.data()};
+    for (std::string& text : texts) {
+        argv.push_back(text.data());
+    }
+    argv.push_back(nullptr);
+    const std::string& output = options.output.empty() ? out_file_ : options.output;
+
+    id_ = fork();
+    if (id_ < 0) {
+        throw std::runtime_error("cannot fork");
+    }
+    if (id_ > 0) {
+        return;
+    }
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+        std::signal(number, number == options.ignored_signal ? SIG_IGN : SIG_DFL);
+    }
+    redirect(options.input.c_str(), O_RDONLY, STDIN_FILENO);
+    redirect(output.c_str(), O_WRONLY, STDOUT_FILENO);
+    redirect(err_file_.c_str(), O_WRONLY, STDERR_FILENO);
+    if (options.file_size_limit) {
+        const rlimit limit = {*options.file_size_limit, *options.file_size_limit};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    execv(argv[0], argv.data());
+    _exit(127);
+}
+
+ToolProcess::~ToolProcess() {
+    if (id_ > 0) {
+        kill(id_, SIGKILL);
+        wait();
+    }
+}
+
+void ToolProcess::send(int signal) const { kill(id_, signal); }
+
+ToolResult ToolProcess::wait() {
+    int status = 0;
+    if (waitpid(id_, &status, 0) != id_) {
+        throw std::runtime_error("lost the child");
+    }
+    id_ = -1;
+    ToolResult result;
+    if (WIFEXITED(status)) {
+        result.code = WEXITSTATUS(status);
+    } else {
+        result.signal = WTERMSIG(status);
+    }
+    result.out = take_file(out_file_);
+    result.err = take_file(err_file_);
+    return result;
+}
+
+ToolResult run_tool(const std::vector<std::string>& arguments, const ToolOptions& options) {
+    return ToolProcess(arguments, options).wait();
+}
+
+std::vector<std::string> names_in(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}

@@ -1,0 +1,48 @@
+// Runs the built program as a user does, and waits for how it ends.
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// How a run ended and what it said.
+struct ToolResult {
+    int code = -1;    ///< exit code; -1 when a signal ended it
+    int signal = 0;   ///< the signal that ended it, or 0
+    std::string out;  ///< standard output
+    std::string err;  ///< standard error
+};
+
+struct ToolOptions {
+    std::string input = "/dev/null";               ///< file for standard input
+    std::string output;                            ///< file for standard output instead of `out`
+    std::optional<unsigned long> file_size_limit;  ///< bytes, as if the disk were full beyond
+    int ignored_signal = 0;                        ///< ignored from the start, as nohup does
+};
+
+/// A run of the program in the background. Killed when the object dies before `wait`.
+class ToolProcess {
+public:
+    explicit ToolProcess(const std::vector<std::string>& arguments,
+                         const ToolOptions& options = {});
+    ~ToolProcess();
+    ToolProcess(const ToolProcess&) = delete;
+    ToolProcess& operator=(const ToolProcess&) = delete;
+
+    pid_t id() const { return id_; }
+    void send(int signal) const;
+    ToolResult wait();
+
+private:
+    pid_t id_ = -1;
+    std::string out_file_;
+    std::string err_file_;
+};
+
+/// Runs the program to its end.
+ToolResult run_tool(const std::vector<std::string>& arguments, const ToolOptions& options = {});
+
+/// Names in a folder, hidden ones too, sorted.
+std::vector<std::string> names_in(const std::string& folder);

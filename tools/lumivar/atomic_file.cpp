@@ -1,0 +1,117 @@
+#include "atomic_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "failure.h"
+
+namespace lumivar {
+namespace fs = std::filesystem;
+namespace {
+
+constexpr std::size_t kBufferBytes = std::size_t{1} << 18;
+
+fs::path resolve_target(const fs::path& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (fs::is_directory(status)) {
+        throw Failure("cannot write " + path.string() +
+                      ": it is a folder, give the name of a file");
+    }
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        // The rename would put a file in the place of a device or pipe.
+        throw Failure("cannot write " + path.string() + ": it is not a regular file");
+    }
+    if (path.filename().empty()) {
+        throw Failure("cannot write \"" + path.string() + "\": it names no file");
+    }
+    fs::path target = path;
+    if (fs::is_symlink(fs::symlink_status(path, error))) {
+        target = fs::weakly_canonical(path, error);
+        if (error) {
+            throw Failure("cannot write " + path.string() + ": " + error.message());
+        }
+    }
+    const fs::path parent = target.parent_path().empty() ? fs::path(".") : target.parent_path();
+    if (!fs::is_directory(parent, error)) {
+        throw Failure("cannot write " + path.string() + ": there is no folder " + parent.string());
+    }
+    return target;
+}
+
+void sync_folder(const fs::path& folder) {
+    // Best effort: the file is complete by now, and some file systems cannot sync a folder.
+    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor >= 0) {
+        fsync(descriptor);
+        close(descriptor);
+    }
+}
+
+}  // namespace
+
+AtomicFile::AtomicFile(const fs::path& path)
+    : shown_(path),
+      target_(resolve_target(path)),
+      folder_(target_.parent_path()),
+      temporary_(folder_.file("content")) {
+    buffer_.reserve(kBufferBytes);
+    descriptor_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (descriptor_ < 0) {
+        fail(errno);
+    }
+}
+
+AtomicFile::~AtomicFile() {
+    if (descriptor_ >= 0) {
+        close(descriptor_);
+    }
+}
+
+void AtomicFile::fail(int error_number) const {
+    throw system_failure("cannot write " + shown_.string(), error_number);
+}
+
+void AtomicFile::write(std::span<const std::byte> bytes) {
+    if (buffer_.size() + bytes.size() > kBufferBytes) {
+        flush();
+    }
+    buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
+}
+
+void AtomicFile::flush() {
+    std::span<const std::byte> rest(buffer_);
+    while (!rest.empty()) {
+        const ssize_t count = ::write(descriptor_, rest.data(), rest.size());
+        if (count < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            fail(errno);
+        }
+        rest = rest.subspan(static_cast<std::size_t>(count));
+    }
+    buffer_.clear();
+}
+
+void AtomicFile::publish() {
+    flush();
+    if (fsync(descriptor_) != 0) {
+        fail(errno);
+    }
+    const int descriptor = descriptor_;
+    descriptor_ = -1;
+    // Only here do some network file systems report that the disk is full.
+    if (close(descriptor) != 0) {
+        fail(errno);
+    }
+    if (rename(temporary_.c_str(), target_.c_str()) != 0) {
+        fail(errno);
+    }
+    sync_folder(target_.parent_path().empty() ? fs::path(".") : target_.parent_path());
+}
+
+}  // namespace lumivar

@@ -1,0 +1,44 @@
+// A file that appears whole under its name, or not at all.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <span>
+#include <vector>
+
+#include "working_folder.h"
+
+namespace lumivar {
+
+/// Written in a working folder beside its final place, flushed to the disk and moved there by
+/// `publish`. Until then an existing file of that name stays as it is; without `publish` nothing is
+/// left. A symbolic link is followed: the file it points at is replaced.
+///
+/// Messages name the final path.
+class AtomicFile {
+public:
+    /// Throws `Failure` when the path cannot become a file: its folder is missing or closed to us,
+    /// or something that is no regular file stands there.
+    explicit AtomicFile(const std::filesystem::path& path);
+    ~AtomicFile();
+    AtomicFile(const AtomicFile&) = delete;
+    AtomicFile& operator=(const AtomicFile&) = delete;
+
+    /// Appends bytes. Throws `Failure` when the disk does not take them.
+    void write(std::span<const std::byte> bytes);
+    /// Puts the file in its place. Throws `Failure`; call it once, last.
+    void publish();
+
+private:
+    void flush();
+    [[noreturn]] void fail(int error_number) const;
+
+    std::filesystem::path shown_;  ///< as the user wrote it
+    std::filesystem::path target_;
+    WorkingFolder folder_;
+    std::filesystem::path temporary_;
+    std::vector<std::byte> buffer_;
+    int descriptor_ = -1;
+};
+
+}  // namespace lumivar

@@ -1,0 +1,87 @@
+#include "catalog_import.h"
+
+#include <limits>
+#include <optional>
+#include <system_error>
+
+#include "atomic_file.h"
+#include "csv.h"
+#include "star_light.h"
+#include "stars_writer.h"
+
+namespace lumivar {
+namespace {
+
+constexpr const char* kExampleHeader = "ra_deg,dec_deg,vmag,bv,distance_pc";
+
+struct Columns {
+    explicit Columns(const CsvReader& table)
+        : ra(table.required_column("ra_deg")),
+          dec(table.required_column("dec_deg")),
+          magnitude(table.required_column("vmag")),
+          colour(table.column("bv")),
+          distance(table.column("distance_pc")) {}
+
+    std::size_t ra;
+    std::size_t dec;
+    std::size_t magnitude;
+    std::optional<std::size_t> colour;
+    std::optional<std::size_t> distance;
+};
+
+bool is_given(const CsvReader& table, const std::optional<std::size_t>& column) {
+    return column && !table.field(*column).empty();
+}
+
+CatalogueStar read_star(const CsvReader& table, const Columns& columns, ImportSummary& summary) {
+    CatalogueStar star;
+    star.lon = table.number(columns.ra, 0.0, 360.0, "give degrees from 0 to 360");
+    star.lat = table.number(columns.dec, -90.0, 90.0, "give degrees from -90 to 90");
+    star.luminance = static_cast<float>(luminance_from_magnitude(
+        table.number(columns.magnitude, -30.0, 90.0, "give a magnitude from -30 to 90")));
+    double colour_index = kNeutralColourIndex;
+    if (is_given(table, columns.colour)) {
+        colour_index = table.number(*columns.colour, -10.0, 20.0,
+                                    "give a colour index from -10 to 20, or leave the field empty");
+    } else {
+        ++summary.without_colour;
+    }
+    star.rgb = code_from_colour_index(colour_index);
+    if (is_given(table, columns.distance)) {
+        star.distance =
+            table.number(*columns.distance, std::numeric_limits<double>::min(),
+                         std::numeric_limits<double>::max(),
+                         "give parsecs above 0, or leave the field empty for an unknown distance");
+    } else {
+        ++summary.without_distance;
+    }
+    return star;
+}
+
+}  // namespace
+
+ImportSummary import_catalogue(const std::string& input, const std::filesystem::path& output) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(input, output, ignored)) {
+        throw UsageError("the output would replace its own input " + input);
+    }
+    LineReader lines(input);
+    AtomicFile file(output);
+    CsvReader table(lines, kExampleHeader);
+    const Columns columns(table);
+
+    ImportSummary summary;
+    file.write(encode_header());
+    while (table.next()) {
+        // A reader counts records, the header among them, in 32 bits.
+        if (summary.stars == std::numeric_limits<std::uint32_t>::max() - 1) {
+            throw table.failure("more stars than a database can hold");
+        }
+        file.write(encode_star(read_star(table, columns, summary)));
+        ++summary.stars;
+    }
+    file.publish();
+    return summary;
+}
+
+}  // namespace lumivar

@@ -1,0 +1,224 @@
+#include "catalog_info.h"
+
+#include <base/string.h>
+#include <libimgops/byte_order.h>
+#include <libimgops/starfile.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "star_file_check.h"
+#include "star_light.h"
+
+namespace lumivar {
+namespace {
+
+/// A whole magnitude stored as a single-precision luminance comes back up to 7e-8 too small; it
+/// must not fall into the bin below.
+constexpr double kMagnitudeRounding = 1e-6;
+
+/// Counts one kind of oddity and remembers where it first appeared.
+class Oddity {
+public:
+    explicit Oddity(const char* what) : what_(what) {}
+    void note(bool odd, std::uint32_t star) {
+        if (odd && ++count_ == 1) {
+            first_ = star;
+        }
+    }
+    void report(std::vector<std::string>& warnings) const {
+        if (count_ > 0) {
+            warnings.push_back(std::to_string(count_) + (count_ == 1 ? " star" : " stars") +
+                               " with " + what_ + " (first: star " + std::to_string(first_) + ")");
+        }
+    }
+
+private:
+    const char* what_;
+    std::uint32_t count_ = 0;
+    std::uint32_t first_ = 0;
+};
+
+bool is_outside(double value, double low, double high) {
+    return std::isfinite(value) && (value < low || value > high);
+}
+
+class Examiner {
+public:
+    explicit Examiner(CatalogueInfo& info) : info_(info) {}
+
+    void add(const star& record) {
+        const std::uint32_t index = ++info_.stars;
+        const double lon = ledouble_to_cpu(&record.lon);
+        const double lat = ledouble_to_cpu(&record.lat);
+        const double distance = ledouble_to_cpu(&record.distance);
+        const float luminance = lefloat_to_cpu(&record.luminance);
+        info_.lon.add(lon);
+        info_.lat.add(lat);
+        info_.luminance.add(static_cast<double>(luminance));
+        info_.red.add(record.r);
+        info_.green.add(record.g);
+        info_.blue.add(record.b);
+        if (distance > 0.0) {
+            info_.distance.add(distance);
+        }
+        if (luminance > 0.0F && std::isfinite(luminance)) {
+            const double magnitude = magnitude_from_luminance(static_cast<double>(luminance));
+            info_.magnitude.add(magnitude);
+            ++info_.histogram[static_cast<int>(std::floor(magnitude + kMagnitudeRounding))];
+        }
+        lon_nan_.note(!std::isfinite(lon), index);
+        lat_nan_.note(!std::isfinite(lat), index);
+        luminance_nan_.note(!std::isfinite(luminance), index);
+        distance_nan_.note(!std::isfinite(distance), index);
+        lon_range_.note(is_outside(lon, 0.0, 360.0), index);
+        lat_range_.note(is_outside(lat, -90.0, 90.0), index);
+        dark_.note(std::isfinite(luminance) && luminance <= 0.0F, index);
+    }
+
+    void report() const {
+        for (const Oddity* oddity : {&lon_nan_, &lat_nan_, &luminance_nan_, &distance_nan_,
+                                     &lon_range_, &lat_range_, &dark_}) {
+            oddity->report(info_.warnings);
+        }
+    }
+
+private:
+    CatalogueInfo& info_;
+    Oddity lon_nan_{"a lon that is not a number or infinite"};
+    Oddity lat_nan_{"a lat that is not a number or infinite"};
+    Oddity luminance_nan_{"a luminance that is not a number or infinite"};
+    Oddity distance_nan_{"a distance that is not a number or infinite"};
+    Oddity lon_range_{"a lon outside 0 to 360 degrees"};
+    Oddity lat_range_{"a lat outside -90 to 90 degrees"};
+    Oddity dark_{"a luminance of 0 or below"};
+};
+
+constexpr int kDoubleDigits = std::numeric_limits<double>::digits10;
+constexpr int kFloatDigits = std::numeric_limits<float>::digits10;
+
+/// `digits`: what the field's type holds for certain.
+void append_range(std::string& text, const char* name, const FieldRange& range, int digits,
+                  const char* unit) {
+    if (range.values == 0) {
+        text += String::fmt("  %-10s -\n", name).c_str();
+    } else {
+        text += String::fmt("  %-10s %.*g to %.*g%s\n", name, digits, range.low, digits, range.high,
+                            unit)
+                    .c_str();
+    }
+}
+
+nlohmann::ordered_json range_json(const FieldRange& range) {
+    if (range.values == 0) {
+        return nullptr;
+    }
+    return {{"low", range.low}, {"high", range.high}};
+}
+
+}  // namespace
+
+void FieldRange::add(double value) {
+    if (std::isfinite(value)) {
+        low = std::min(low, value);
+        high = std::max(high, value);
+        ++values;
+    }
+}
+
+CatalogueInfo examine_catalogue(const std::filesystem::path& path) {
+    CatalogueInfo info;
+    info.path = path.string();
+    info.version = star_file_version(path);
+
+    info.bytes = std::filesystem::file_size(path);
+    const std::unique_ptr<StarInput> records(op_stars_file_input(info.path.c_str()));
+    Examiner examiner(info);
+    records->next();  // the header
+    for (u32 i = 1; i < records->nstars(); ++i) {
+        examiner.add(*records->next());
+    }
+
+    const std::uint64_t trailing = info.bytes % sizeof(star);
+    if (info.bytes < sizeof(star)) {
+        info.warnings.emplace_back("the header is cut short: " + std::to_string(info.bytes) +
+                                   " bytes instead of 32");
+    } else if (trailing != 0) {
+        info.warnings.push_back(std::to_string(trailing) +
+                                " trailing bytes are no whole record and never read");
+    }
+    if (info.stars == 0) {
+        info.warnings.emplace_back("there are no stars: every frame stays black");
+    }
+    if (path.filename().string().find(".stars") == std::string::npos) {
+        info.warnings.emplace_back(
+            "the plug-in finds only files with \".stars\" in their name: rename it");
+    }
+    examiner.report();
+    return info;
+}
+
+std::string info_as_text(const CatalogueInfo& info) {
+    std::string text = info.path + "\n";
+    text += String::fmt("  version    %d (distances are %s)\n", info.version,
+                        info.version == 2 ? "used" : "not used")
+                .c_str();
+    text += String::fmt("  stars      %lu in %llu bytes\n", static_cast<unsigned long>(info.stars),
+                        static_cast<unsigned long long>(info.bytes))
+                .c_str();
+    append_range(text, "lon", info.lon, kDoubleDigits, " degrees");
+    append_range(text, "lat", info.lat, kDoubleDigits, " degrees");
+    append_range(text, "luminance", info.luminance, kFloatDigits, "");
+    append_range(text, "magnitude", info.magnitude, kFloatDigits, "");
+    append_range(text, "red", info.red, kFloatDigits, "");
+    append_range(text, "green", info.green, kFloatDigits, "");
+    append_range(text, "blue", info.blue, kFloatDigits, "");
+    append_range(text, "distance", info.distance, kDoubleDigits, " parsecs");
+    text += String::fmt("  unknown    %lu stars without a distance\n",
+                        static_cast<unsigned long>(info.stars - info.distance.values))
+                .c_str();
+    std::uint32_t most = 1;
+    for (const auto& [magnitude, stars] : info.histogram) {
+        most = std::max(most, stars);
+    }
+    text += "  stars by magnitude\n";
+    constexpr double kLongestBar = 50.0;
+    for (const auto& [magnitude, stars] : info.histogram) {
+        const auto bar = static_cast<std::size_t>(std::ceil(kLongestBar * stars / most));
+        text += String::fmt("    %4d to %3d %8lu ", magnitude, magnitude + 1,
+                            static_cast<unsigned long>(stars))
+                    .c_str();
+        text += std::string(bar, '#') + "\n";
+    }
+    for (const std::string& warning : info.warnings) {
+        text += "  warning: " + warning + "\n";
+    }
+    return text;
+}
+
+std::string info_as_json(const CatalogueInfo& info) {
+    nlohmann::ordered_json json;
+    json["path"] = info.path;
+    json["version"] = info.version;
+    json["bytes"] = info.bytes;
+    json["stars"] = info.stars;
+    json["lon"] = range_json(info.lon);
+    json["lat"] = range_json(info.lat);
+    json["luminance"] = range_json(info.luminance);
+    json["magnitude"] = range_json(info.magnitude);
+    json["red"] = range_json(info.red);
+    json["green"] = range_json(info.green);
+    json["blue"] = range_json(info.blue);
+    json["distance"] = range_json(info.distance);
+    json["without_distance"] = info.stars - info.distance.values;
+    json["magnitudes"] = nlohmann::ordered_json::array();
+    for (const auto& [magnitude, stars] : info.histogram) {
+        json["magnitudes"].push_back({{"from", magnitude}, {"stars", stars}});
+    }
+    json["warnings"] = info.warnings;
+    return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace lumivar

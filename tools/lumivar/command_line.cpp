@@ -1,0 +1,70 @@
+#include "command_line.h"
+
+#include <base/exceptions.h>
+
+#include <cstdio>
+#include <exception>
+#include <sstream>
+
+#include "cleanup.h"
+#include "exit_codes.h"
+#include "failure.h"
+#include "program_version.h"
+
+namespace lumivar {
+namespace {
+
+int complain(const std::string& text, int code) {
+    std::fprintf(stderr, "lumivar: %s\n", text.c_str());
+    return code;
+}
+
+int usage_error(const std::string& text) {
+    return complain(text + " (lumivar --help shows the ways)", kExitUsage);
+}
+
+/// What stands in a buffer is not printed yet: a full disk shows only here.
+int finish() {
+    if (std::fflush(stdout) != 0) {
+        return complain("cannot write to standard output", kExitFailure);
+    }
+    return kExitOk;
+}
+
+}  // namespace
+
+int run_command_line(int argc, const char* const* argv) {
+    install_signal_handlers();
+    CLI::App program("Renders photographic star fields and makes the star databases for them.",
+                     "lumivar");
+    program.set_version_flag("--version", kProgramVersion);
+    program.require_subcommand(1);
+    program.footer(std::string("Examples:\n"
+                               "  lumivar catalog import data/hip.csv -o hipparcos.stars\n"
+                               "  lumivar catalog info hipparcos.stars\n"
+                               "Each command has a --help of its own, with more of them.\n\n") +
+                   kExitCodesHelp);
+    add_catalog_command(program);
+    try {
+        program.parse(argc, argv);
+        return finish();
+    } catch (const CLI::Success& help) {
+        std::ostringstream text;
+        program.exit(help, text, text);
+        std::fputs(text.str().c_str(), stdout);
+        return finish();
+    } catch (const CLI::Error& error) {
+        return usage_error(error.what());
+    } catch (const UsageError& error) {
+        return usage_error(error.what());
+    } catch (const StrXception& error) {
+        return complain(error.message().c_str(), kExitFailure);
+    } catch (const AssertXception& error) {
+        return complain(std::string("a defect of the program: ") + error.expression(),
+                        kExitFailure);
+    } catch (const std::exception& error) {
+        return complain(error.what(), kExitFailure);
+    }
+}
+
+}  // namespace lumivar

@@ -1,0 +1,14 @@
+// The program: its subcommands and their arguments.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace lumivar {
+
+/// Parses, runs and reports; the program's exit code. Errors are one line on standard error.
+int run_command_line(int argc, const char* const* argv);
+
+/// Each adds its subcommand; its callback does the work and throws `Failure`.
+void add_catalog_command(CLI::App& program);
+
+}  // namespace lumivar
