@@ -4,8 +4,8 @@
 #include <host/scene.h>
 
 #include <algorithm>
-#include <numeric>
-#include <vector>
+
+#include "nearest.h"
 
 namespace host {
 
@@ -28,24 +28,6 @@ std::string describe(const Json& value) {
         default:
             return value.dump();
     }
-}
-
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-/// Letters to insert, drop or replace to make one text of the other, capitals aside.
-std::size_t edit_distance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        std::size_t diagonal = row[0];
-        row[0] = i + 1;
-        for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t replaced = diagonal + (lower(a[i]) == lower(b[j]) ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
-        }
-    }
-    return row.back();
 }
 
 }  // namespace
@@ -86,19 +68,13 @@ void JsonNode::expect_members(std::initializer_list<std::string_view> known) con
             continue;
         }
         std::string names;
-        std::string_view nearest;
-        std::size_t distance = name.size() / 2 + 1;  // a name that shares less is no typing error
         for (const std::string_view candidate : known) {
             names += (names.empty() ? "" : ", ") + in_quotes(candidate);
-            if (const std::size_t edits = edit_distance(name, candidate); edits < distance) {
-                distance = edits;
-                nearest = candidate;
-            }
         }
+        const auto likely = nearest(name, {known.begin(), known.end()});
         (*this)[name].fail(
             (known.size() > 1 ? "one of " : "") + names,
-            in_quotes(name) +
-                (nearest.empty() ? "" : "; did you mean " + in_quotes(nearest) + "?"));
+            in_quotes(name) + (likely ? "; did you mean " + in_quotes(*likely) + "?" : ""));
     }
 }
 

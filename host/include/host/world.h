@@ -1,0 +1,101 @@
+// A frame of pixels as a host holds it: padded rows, with guards that show a plug-in's missteps.
+//
+//   guard | row 0 pixels | padding | row 1 pixels | padding | ... | guard
+//
+// Pixels are four channels in the order alpha, red, green, blue. The first pixel is aligned for its
+// channels and, on purpose, for nothing more.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <type_traits>
+
+namespace host {
+
+/// Bits of a channel: integers 0..255, integers 0..32768, or single-precision floats.
+enum class Depth { Bits8 = 8, Bits16 = 16, Float = 32 };
+
+/// 4, 8 or 16.
+constexpr int bytes_per_pixel(Depth depth) { return static_cast<int>(depth) / 2; }
+
+/// Half-open: `right` and `bottom` are the first column and row outside.
+struct Rect {
+    std::int32_t left = 0;
+    std::int32_t top = 0;
+    std::int32_t right = 0;
+    std::int32_t bottom = 0;
+
+    std::int32_t width() const { return right - left; }
+    std::int32_t height() const { return bottom - top; }
+    bool empty() const { return left >= right || top >= bottom; }
+    bool operator==(const Rect&) const = default;
+};
+
+/// Bytes behind each row's pixels that are somebody else's.
+inline constexpr int kDefaultRowPadding = 20;
+
+class World {
+public:
+    /// A world of `width` x `height` pixels (0 x 0 is one without pixels), all bytes zero, the
+    /// guards set. `row_padding` is a multiple of 4 bytes. Throws `HostError` for a size that
+    /// addresses cannot reach.
+    World(int width, int height, Depth depth, int row_padding = kDefaultRowPadding);
+    World() : World(0, 0, Depth::Bits8) {}
+
+    int width() const { return width_; }
+    int height() const { return height_; }
+    Depth depth() const { return depth_; }
+    /// Bytes from one row to the next.
+    int row_bytes() const { return row_bytes_; }
+
+    /// First byte of a row's pixels.
+    std::byte* row(int y) { return bytes_.get() + row_offset(y); }
+    const std::byte* row(int y) const { return bytes_.get() + row_offset(y); }
+
+    /// One pixel: alpha, red, green, blue. `Channel` is `std::uint8_t`, `std::uint16_t` or `float`
+    /// and must be the world's.
+    template <class Channel>
+    std::array<Channel, 4> pixel(int x, int y) const {
+        std::array<Channel, 4> channels;
+        copy_pixels(x, y, 1, Depth{8 * sizeof(Channel)}, channels.data());
+        return channels;
+    }
+
+    /// The pixels of a row, four channels each, into `channels` of four times the width.
+    template <class Channel>
+    void read_row(int y, std::span<Channel> channels) const {
+        static_assert(std::is_trivially_copyable_v<Channel>);
+        copy_pixels(0, y, channels.size() / 4, Depth{8 * sizeof(Channel)}, channels.data());
+    }
+
+    /// Sets every pixel to a pattern that no effect draws, so that what is left undrawn is seen.
+    void mark();
+    /// Pixels that still hold the mark, byte for byte.
+    std::size_t marked_pixels() const;
+
+    /// Where bytes outside the pixels were written to, in words for a message; nothing when all are
+    /// as they were.
+    std::optional<std::string> breach() const;
+
+    /// Whether every byte of every pixel is zero, as at first.
+    bool blank() const;
+
+private:
+    std::size_t row_offset(int y) const;
+    std::size_t pixel_bytes() const;
+    void copy_pixels(int x, int y, std::size_t count, Depth depth, void* to) const;
+
+    int width_;
+    int height_;
+    Depth depth_;
+    int row_bytes_ = 0;
+    std::size_t size_ = 0;
+    std::unique_ptr<std::byte[]> bytes_;
+};
+
+}  // namespace host

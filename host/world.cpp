@@ -1,0 +1,123 @@
+#include <host/errors.h>
+#include <host/world.h>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+
+namespace host {
+namespace {
+
+/// Not a multiple of 16: pixels of a host are not aligned for vector loads.
+constexpr std::size_t kGuardBytes = 68;
+constexpr std::byte kGuard{0xC3};
+/// As 16-bit channels above the maximum of 32768, as alpha never full.
+constexpr std::byte kMark{0xA5};
+
+std::optional<std::size_t> first_overwritten(const std::byte* bytes, std::size_t count) {
+    const std::byte* const end = bytes + count;
+    const std::byte* const found =
+        std::find_if(bytes, end, [](std::byte byte) { return byte != kGuard; });
+    if (found == end) {
+        return std::nullopt;
+    }
+    return static_cast<std::size_t>(found - bytes);
+}
+
+}  // namespace
+
+World::World(int width, int height, Depth depth, int row_padding)
+    : width_(width), height_(height), depth_(depth) {
+    if (width < 0 || height < 0 || row_padding < 0 || row_padding % 4 != 0) {
+        throw std::invalid_argument(
+            "a world needs a size of 0 or more and rows padded by whole words");
+    }
+    const std::int64_t row = std::int64_t{width} * bytes_per_pixel(depth) + row_padding;
+    const std::uint64_t limit = std::numeric_limits<std::ptrdiff_t>::max() - 2 * kGuardBytes;
+    if (row > std::numeric_limits<std::int32_t>::max() ||
+        (height > 0 && static_cast<std::uint64_t>(row) > limit / static_cast<unsigned>(height))) {
+        throw HostError("a world of " + std::to_string(width) + " x " + std::to_string(height) +
+                        " pixels is beyond what addresses reach");
+    }
+    row_bytes_ = static_cast<int>(row);
+    size_ = static_cast<std::size_t>(row) * static_cast<std::size_t>(height) + 2 * kGuardBytes;
+    bytes_ = std::make_unique<std::byte[]>(size_);
+
+    std::fill_n(bytes_.get(), kGuardBytes, kGuard);
+    for (int y = 0; y < height_; ++y) {
+        std::fill_n(this->row(y) + pixel_bytes(), static_cast<std::size_t>(row_padding), kGuard);
+    }
+    std::fill_n(bytes_.get() + size_ - kGuardBytes, kGuardBytes, kGuard);
+}
+
+std::size_t World::row_offset(int y) const {
+    return kGuardBytes + static_cast<std::size_t>(y) * static_cast<std::size_t>(row_bytes_);
+}
+
+std::size_t World::pixel_bytes() const {
+    return static_cast<std::size_t>(width_) * static_cast<std::size_t>(bytes_per_pixel(depth_));
+}
+
+void World::copy_pixels(int x, int y, std::size_t count, Depth depth, void* to) const {
+    if (depth != depth_) {
+        throw std::invalid_argument("the world has channels of another depth");
+    }
+    if (x < 0 || y < 0 || x > width_ || y >= height_ ||
+        count > static_cast<std::size_t>(width_ - x)) {
+        throw std::out_of_range("no such pixel in the world");
+    }
+    const std::size_t size = static_cast<std::size_t>(bytes_per_pixel(depth));
+    std::memcpy(to, row(y) + static_cast<std::size_t>(x) * size, count * size);
+}
+
+void World::mark() {
+    for (int y = 0; y < height_; ++y) {
+        std::fill_n(row(y), pixel_bytes(), kMark);
+    }
+}
+
+std::size_t World::marked_pixels() const {
+    std::array<std::byte, 16> mark;
+    mark.fill(kMark);
+    const std::size_t size = static_cast<std::size_t>(bytes_per_pixel(depth_));
+    std::size_t marked = 0;
+    for (int y = 0; y < height_; ++y) {
+        const std::byte* pixel = row(y);
+        for (int x = 0; x < width_; ++x, pixel += size) {
+            marked += std::memcmp(pixel, mark.data(), size) == 0 ? 1 : 0;
+        }
+    }
+    return marked;
+}
+
+std::optional<std::string> World::breach() const {
+    if (const auto at = first_overwritten(bytes_.get(), kGuardBytes)) {
+        return std::to_string(kGuardBytes - *at) + " bytes before the first pixel";
+    }
+    const std::size_t pixels = pixel_bytes();
+    const std::size_t padding = static_cast<std::size_t>(row_bytes_) - pixels;
+    for (int y = 0; y < height_; ++y) {
+        if (const auto at = first_overwritten(row(y) + pixels, padding)) {
+            return "in the padding of row " + std::to_string(y) + ", " + std::to_string(*at) +
+                   " bytes behind its last pixel";
+        }
+    }
+    if (const auto at = first_overwritten(bytes_.get() + size_ - kGuardBytes, kGuardBytes)) {
+        return std::to_string(*at) + " bytes behind the last row";
+    }
+    return std::nullopt;
+}
+
+bool World::blank() const {
+    for (int y = 0; y < height_; ++y) {
+        const std::byte* const pixels = row(y);
+        if (std::any_of(pixels, pixels + pixel_bytes(),
+                        [](std::byte byte) { return byte != std::byte{0}; })) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace host

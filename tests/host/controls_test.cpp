@@ -1,0 +1,181 @@
+#include <gtest/gtest.h>
+#include <host/controls.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using host::Argb;
+using host::Colour;
+using host::ControlKind;
+using host::ControlSetting;
+using host::ControlValues;
+using host::DeclaredControl;
+using host::Track;
+
+std::vector<DeclaredControl> controls() {
+    DeclaredControl layer;
+    layer.kind = ControlKind::Layer;
+    layer.name = "Mask Layer";
+    DeclaredControl brightness;
+    brightness.kind = ControlKind::FloatSlider;
+    brightness.name = "Star Brightness";
+    brightness.valid = {0.0, 1000.0};
+    brightness.value = 5.0;
+    DeclaredControl segments;
+    segments.kind = ControlKind::Slider;
+    segments.name = "Motion Blur Segments";
+    segments.valid = {0.0, 100.0};
+    segments.value = 1.0;
+    DeclaredControl depth;
+    depth.kind = ControlKind::Checkbox;
+    depth.name = "3D Stars";
+    depth.value = 1.0;
+    DeclaredControl tint;
+    tint.kind = ControlKind::Colour;
+    tint.name = "Tint Color";
+    tint.colour = {255, 128, 128, 128};
+    DeclaredControl projection;
+    projection.kind = ControlKind::Popup;
+    projection.name = "Projection";
+    projection.choices = {"Persp", "HemiSph", "AzEqu"};
+    return {layer, brightness, segments, depth, tint, projection};
+}
+enum Place { kLayer, kBrightness, kSegments, kDepth, kTint, kProjection };
+
+ControlSetting setting(const std::string& name, decltype(ControlSetting::value) value) {
+    return {name, "s.json: /controls/" + name, std::move(value)};
+}
+
+double number(const ControlSetting& set, Place place, double seconds = 0.0) {
+    return ControlValues(controls(), {set}).number(place, seconds);
+}
+
+std::string refusal(const ControlSetting& set) {
+    try {
+        const ControlValues values(controls(), {set});
+    } catch (const host::SceneError& error) {
+        return error.what();
+    }
+    return "accepted";
+}
+
+TEST(ControlValues, AreTheDeclaredOnesWhereTheSceneSaysNothing) {
+    const ControlValues values(controls(), {});
+    EXPECT_EQ(values.number(kBrightness, 0.0), 5.0);
+    EXPECT_EQ(values.number(kSegments, 0.0), 1.0);
+    EXPECT_EQ(values.number(kDepth, 0.0), 1.0);
+    EXPECT_EQ(values.number(kProjection, 0.0), 0.0) << "a value before the first choice is kept";
+    EXPECT_EQ(values.colour(kTint, 0.0), (Argb{255, 128, 128, 128}));
+}
+
+TEST(ControlValues, FollowKeysInFloatSliders) {
+    const auto set = setting("Star Brightness", Track({{0.0, 2.0}, {2.0, 3.0}}));
+    EXPECT_EQ(number(set, kBrightness, 0.5), 2.25);
+    EXPECT_EQ(number(set, kBrightness, 9.0), 3.0);
+}
+
+TEST(ControlValues, AreRoundedInIntegerSliders) {
+    const auto set = setting("Motion Blur Segments", Track({{0.0, 2.0}, {1.0, 4.0}}));
+    EXPECT_EQ(number(set, kSegments, 0.2), 2.0);   // 2.4
+    EXPECT_EQ(number(set, kSegments, 0.25), 3.0);  // 2.5
+    EXPECT_EQ(number(set, kSegments, 0.7), 3.0);   // 3.4
+    EXPECT_EQ(number(setting("Motion Blur Segments", Track(7.6)), kSegments), 8.0);
+}
+
+TEST(ControlValues, HoldInCheckboxesAndPopups) {
+    const auto box = setting("3D Stars", Track({{1.0, 1.0}, {2.0, 0.0}}));
+    EXPECT_EQ(number(box, kDepth, 0.0), 1.0) << "before the first key";
+    EXPECT_EQ(number(box, kDepth, 1.999), 1.0);
+    EXPECT_EQ(number(box, kDepth, 2.0), 0.0);
+    const auto popup = setting("Projection", Track({{0.0, 1.0}, {1.0, 3.0}}));
+    EXPECT_EQ(number(popup, kProjection, 0.9), 1.0);
+    EXPECT_EQ(number(popup, kProjection, 1.0), 3.0);
+}
+
+TEST(ControlValues, TakeChoicesByNameAndByNumberFromOne) {
+    EXPECT_EQ(number(setting("Projection", std::string("Persp")), kProjection), 1.0);
+    EXPECT_EQ(number(setting("Projection", std::string("AzEqu")), kProjection), 3.0);
+    EXPECT_EQ(number(setting("Projection", Track(2.0)), kProjection), 2.0);
+}
+
+TEST(ControlValues, RoundColoursToEightBits) {
+    const auto set = setting(
+        "Tint Color", Colour{{Track(0.49), Track(254.5), Track({{0.0, 10.0}, {1.0, 20.0}})}});
+    const ControlValues values(controls(), {set});
+    EXPECT_EQ(values.colour(kTint, 0.5), (Argb{255, 0, 255, 15}));
+}
+
+TEST(ControlValues, TakeTheLaterOfTwoSettings) {
+    const ControlValues values(controls(), {setting("Star Brightness", Track(1.0)),
+                                            setting("Star Brightness", Track(8.0))});
+    EXPECT_EQ(values.number(kBrightness, 0.0), 8.0);
+}
+
+TEST(ControlValues, AcceptTheEndsOfTheValidRange) {
+    EXPECT_EQ(refusal(setting("Star Brightness", Track(0.0))), "accepted");
+    EXPECT_EQ(refusal(setting("Star Brightness", Track(1000.0))), "accepted");
+    EXPECT_EQ(refusal(setting("Motion Blur Segments", Track(100.0))), "accepted");
+}
+
+TEST(ControlValues, RefuseAnUnknownControlWithTheLikelyName) {
+    EXPECT_EQ(refusal(setting("Star Brightnes", Track(1.0))),
+              "s.json: /controls/Star Brightnes: the effect has no control \"Star Brightnes\"; "
+              "did you mean \"Star Brightness\"?");
+    EXPECT_EQ(refusal(setting("tint colour", Track(1.0))),
+              "s.json: /controls/tint colour: the effect has no control \"tint colour\"; "
+              "did you mean \"Tint Color\"?");
+    EXPECT_EQ(refusal(setting("Warp", Track(1.0))),
+              "s.json: /controls/Warp: the effect has no control \"Warp\"");
+}
+
+TEST(ControlValues, NeverSetALayer) {
+    EXPECT_EQ(refusal(setting("Mask Layer", Track(1.0))),
+              "s.json: /controls/Mask Layer: the effect has no control \"Mask Layer\"");
+}
+
+TEST(ControlValues, RefuseWhatIsOutOfRange) {
+    EXPECT_EQ(
+        refusal(setting("Star Brightness", Track(1000.5))),
+        "s.json: /controls/Star Brightness: \"Star Brightness\" takes a number from 0 to 1000, "
+        "not 1000.5");
+    EXPECT_EQ(
+        refusal(setting("Star Brightness", Track({{0.0, 1.0}, {1.0, -1.0}}))),
+        "s.json: /controls/Star Brightness: \"Star Brightness\" takes a number from 0 to 1000, "
+        "not -1");
+    EXPECT_EQ(refusal(setting("Projection", Track(0.0))),
+              "s.json: /controls/Projection: \"Projection\" takes one of \"Persp\", \"HemiSph\", "
+              "\"AzEqu\" or its number from 1 to 3, not 0");
+    EXPECT_EQ(refusal(setting("Projection", Track(1.5))),
+              "s.json: /controls/Projection: \"Projection\" takes one of \"Persp\", \"HemiSph\", "
+              "\"AzEqu\" or its number from 1 to 3, not 1.5");
+    EXPECT_EQ(refusal(setting("3D Stars", Track(2.0))),
+              "s.json: /controls/3D Stars: \"3D Stars\" takes true or false, not 2");
+    EXPECT_EQ(refusal(setting("Tint Color", Colour{{Track(0.0), Track(256.0), Track(0.0)}})),
+              "s.json: /controls/Tint Color: \"Tint Color\" takes a colour of red, green and blue "
+              "from 0 to 255, not 256");
+}
+
+TEST(ControlValues, RefuseAValueOfAnotherKind) {
+    EXPECT_EQ(
+        refusal(setting("Star Brightness", std::string("bright"))),
+        "s.json: /controls/Star Brightness: \"Star Brightness\" is a float slider and takes a "
+        "number from 0 to 1000");
+    EXPECT_EQ(refusal(setting("Tint Color", Track(3.0))),
+              "s.json: /controls/Tint Color: \"Tint Color\" is a colour and takes a colour of red, "
+              "green and blue from 0 to 255");
+    EXPECT_EQ(refusal(setting("3D Stars", Colour{})),
+              "s.json: /controls/3D Stars: \"3D Stars\" is a checkbox and takes true or false");
+}
+
+TEST(ControlValues, RefuseAnUnknownChoice) {
+    EXPECT_EQ(refusal(setting("Projection", std::string("persp"))),
+              "s.json: /controls/Projection: \"Projection\" has no choice \"persp\"; did you mean "
+              "\"Persp\"?");
+    EXPECT_EQ(refusal(setting("Projection", std::string("Mercator"))),
+              "s.json: /controls/Projection: \"Projection\" has no choice \"Mercator\"; it has "
+              "\"Persp\", \"HemiSph\", \"AzEqu\"");
+}
+
+}  // namespace

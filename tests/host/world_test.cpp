@@ -1,0 +1,123 @@
+#include <gtest/gtest.h>
+#include <host/errors.h>
+#include <host/world.h>
+
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+using host::Depth;
+using host::World;
+
+class WorldOfEveryDepth : public testing::TestWithParam<Depth> {};
+INSTANTIATE_TEST_SUITE_P(Depths, WorldOfEveryDepth,
+                         testing::Values(Depth::Bits8, Depth::Bits16, Depth::Float));
+
+TEST_P(WorldOfEveryDepth, HasRowsFartherApartThanTheirPixelsAreWide) {
+    const World world(7, 3, GetParam(), 12);
+    EXPECT_EQ(world.row_bytes(), 7 * host::bytes_per_pixel(GetParam()) + 12);
+    EXPECT_EQ(world.row(2) - world.row(0), 2 * world.row_bytes());
+}
+
+TEST_P(WorldOfEveryDepth, AlignsPixelsForTheirChannelsAndNothingMore) {
+    const World world(7, 3, GetParam());
+    const auto address = reinterpret_cast<std::uintptr_t>(world.row(0));
+    EXPECT_EQ(address % 4, 0u);
+    EXPECT_NE(address % 16, 0u);
+}
+
+TEST_P(WorldOfEveryDepth, BeginsBlankAndIsBlankNoMoreAfterAnyByte) {
+    World world(3, 2, GetParam());
+    EXPECT_TRUE(world.blank());
+    world.row(1)[3 * host::bytes_per_pixel(GetParam()) - 1] = std::byte{1};
+    EXPECT_FALSE(world.blank());
+}
+
+TEST_P(WorldOfEveryDepth, CountsPixelsThatStillHoldTheMark) {
+    World world(5, 4, GetParam());
+    EXPECT_EQ(world.marked_pixels(), 0u);
+    world.mark();
+    EXPECT_EQ(world.marked_pixels(), 20u);
+    // One byte of one pixel is enough.
+    world.row(2)[host::bytes_per_pixel(GetParam())] = std::byte{0};
+    EXPECT_EQ(world.marked_pixels(), 19u);
+    EXPECT_FALSE(world.breach()) << "marking stays within the pixels";
+}
+
+TEST_P(WorldOfEveryDepth, NoticesEveryByteWrittenOutsideThePixels) {
+    const int padding = 8;
+    World world(4, 3, GetParam(), padding);
+    const int pixels = 4 * host::bytes_per_pixel(GetParam());
+    ASSERT_FALSE(world.breach());
+    const auto breaches = [&](std::byte* at) {
+        const std::byte before = *at;
+        *at = std::byte{0};
+        const bool noticed = world.breach().has_value();
+        *at = before;
+        return noticed;
+    };
+    for (int i = 1; i <= 68; ++i) {
+        EXPECT_TRUE(breaches(world.row(0) - i)) << i << " before";
+    }
+    for (int y = 0; y < 3; ++y) {
+        for (int i = 0; i < padding; ++i) {
+            EXPECT_TRUE(breaches(world.row(y) + pixels + i)) << "row " << y << " byte " << i;
+        }
+        EXPECT_FALSE(breaches(world.row(y))) << "first pixel of row " << y;
+        EXPECT_FALSE(breaches(world.row(y) + pixels - 1)) << "last byte of row " << y;
+    }
+    for (int i = 0; i < 68; ++i) {
+        EXPECT_TRUE(breaches(world.row(0) + 3 * world.row_bytes() + i)) << i << " behind";
+    }
+    EXPECT_FALSE(world.breach());
+}
+
+TEST(World, SaysWhereABreachIs) {
+    World world(4, 3, Depth::Bits8, 8);
+    world.row(1)[16 + 5] = std::byte{0};
+    EXPECT_EQ(world.breach(), "in the padding of row 1, 5 bytes behind its last pixel");
+    world.row(0)[-2] = std::byte{0};
+    EXPECT_EQ(world.breach(), "2 bytes before the first pixel");
+    World other(4, 3, Depth::Bits8, 8);
+    other.row(0)[3 * 24 + 7] = std::byte{0};
+    EXPECT_EQ(other.breach(), "7 bytes behind the last row");
+}
+
+TEST(World, GivesPixelsInTheOrderAlphaRedGreenBlue) {
+    World world(3, 2, Depth::Bits16);
+    const std::uint16_t channels[4] = {32768, 1, 2, 3};
+    std::memcpy(world.row(1) + 16, channels, sizeof channels);
+    EXPECT_EQ(world.pixel<std::uint16_t>(2, 1), (std::array<std::uint16_t, 4>{32768, 1, 2, 3}));
+    std::vector<std::uint16_t> row(12);
+    world.read_row<std::uint16_t>(1, row);
+    EXPECT_EQ(row[8], 32768);
+    EXPECT_EQ(row[11], 3);
+}
+
+TEST(World, RefusesChannelsOfAnotherDepthAndPixelsOutside) {
+    const World world(3, 2, Depth::Float);
+    EXPECT_THROW(world.pixel<std::uint8_t>(0, 0), std::invalid_argument);
+    EXPECT_THROW(world.pixel<float>(3, 0), std::out_of_range);
+    EXPECT_THROW(world.pixel<float>(0, 2), std::out_of_range);
+    EXPECT_THROW(world.pixel<float>(-1, 0), std::out_of_range);
+    std::vector<float> too_long(16);
+    EXPECT_THROW(world.read_row<float>(0, too_long), std::out_of_range);
+}
+
+TEST(World, MayHaveNoPixels) {
+    const World world;
+    EXPECT_EQ(world.marked_pixels(), 0u);
+    EXPECT_FALSE(world.breach());
+    EXPECT_TRUE(world.blank());
+}
+
+TEST(World, RefusesRowsThatAStrideCannotHold) {
+    // 2^31 / 16 float pixels are one byte more than a signed stride counts.
+    EXPECT_THROW(World(134217728, 1, Depth::Float), host::HostError);
+    EXPECT_THROW(World(-1, 1, Depth::Float), std::invalid_argument);
+    EXPECT_THROW(World(1, 1, Depth::Float, 3), std::invalid_argument);
+}
+
+}  // namespace
