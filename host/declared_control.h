@@ -1,0 +1,25 @@
+// From a parameter's record to its description, and back to a record with a value.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host_state.h"
+
+namespace host {
+
+/// The input layer: parameter 0, which the host supplies.
+Parameter input_layer_parameter();
+
+/// The parameter that `record` declares, its texts copied. Things out of order are added to
+/// `violations` in words.
+Parameter declared_parameter(const PF_ParamDef& record, int index,
+                             std::vector<std::string>& violations);
+
+/// The parameter's record with its value at a time; the texts in it belong to `parameter`.
+PF_ParamDef valued_record(const Parameter& parameter, const ControlValues& values, double seconds);
+
+/// The same with the initial value.
+PF_ParamDef initial_record(const Parameter& parameter);
+
+}  // namespace host

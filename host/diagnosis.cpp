@@ -1,0 +1,195 @@
+#include <host/diagnosis.h>
+#include <host/module.h>
+#include <host_api/effect_interface.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <limits>
+#include <memory>
+#include <system_error>
+
+namespace host {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kMagicBytes = 8;
+constexpr std::uintmax_t kRecordBytes = 32;
+constexpr std::uint64_t kImageBytesPerPixel = 16;
+
+std::string in_quotes(const std::string& text) { return "\"" + text + "\""; }
+
+/// The first bytes as text and in hexadecimal.
+std::string shown_bytes(const std::string& bytes) {
+    std::string text;
+    std::string hex;
+    for (const char c : bytes) {
+        const unsigned char byte = static_cast<unsigned char>(c);
+        text += byte >= 0x20 && byte < 0x7F ? c : '.';
+        std::array<char, 4> digits;
+        std::snprintf(digits.data(), digits.size(), "%02X", byte);
+        hex += (hex.empty() ? "" : " ") + std::string(digits.data());
+    }
+    return in_quotes(text) + " (" + hex + ")";
+}
+
+std::string shown_format(std::int32_t format) {
+    std::string code;
+    for (int shift = 0; shift < 32; shift += 8) {
+        code += static_cast<char>(static_cast<std::uint32_t>(format) >> shift & 0xFF);
+    }
+    return shown_bytes(code);
+}
+
+bool drawable(std::int32_t format) {
+    return format == PF_PixelFormat_ARGB32 || format == PF_PixelFormat_ARGB64 ||
+           format == PF_PixelFormat_ARGB128;
+}
+
+constexpr char kRemedy[] =
+    "put a star catalogue (.stars) in its place or choose another in \"Star Database\"";
+
+}  // namespace
+
+std::optional<std::string> refuse_size(int width, int height) {
+    const std::string size = std::to_string(width) + " x " + std::to_string(height);
+    if (width < 1 || height < 1) {
+        return "a frame of " + size +
+               " pixels has nothing to draw on; both sides must be at least 1";
+    }
+    const std::uint64_t bytes = kImageBytesPerPixel * static_cast<std::uint64_t>(width) *
+                                static_cast<std::uint64_t>(height);
+    if (bytes > std::numeric_limits<std::uint32_t>::max()) {
+        return "a frame of " + size + " pixels is too large: its float image of " +
+               std::to_string(bytes) +
+               " bytes is beyond the effect's 32-bit limit of 4294967295; " +
+               "render it smaller or in parts";
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> examine_catalogue(const fs::path& file) {
+    const std::string name = "star catalogue " + in_quotes(file.string());
+    std::error_code error;
+    const fs::file_status status = fs::status(file, error);
+    if (!fs::exists(status)) {
+        return name + " does not exist; " + kRemedy;
+    }
+    if (!fs::is_regular_file(status)) {
+        return name + " is no regular file; " + kRemedy;
+    }
+    std::string magic(kMagicBytes, '\0');
+    const std::unique_ptr<std::FILE, decltype(&std::fclose)> stream(std::fopen(file.c_str(), "rb"),
+                                                                    &std::fclose);
+    if (!stream) {
+        const std::string reason = std::generic_category().message(errno);
+        return name + " cannot be opened: " + reason +
+               "; give it read permission or choose another";
+    }
+    magic.resize(std::fread(magic.data(), 1, magic.size(), stream.get()));
+    if (std::ferror(stream.get()) != 0) {
+        return name + " cannot be read: " + std::generic_category().message(errno) + "; " + kRemedy;
+    }
+    if (magic.empty()) {
+        return name + " is empty; " + kRemedy;
+    }
+    if (magic != "LUMIVAR1" && magic != "LUMIVAR2") {
+        return name + " is not a star catalogue: it begins with " + shown_bytes(magic) +
+               " where \"LUMIVAR1\" or \"LUMIVAR2\" is expected; " + kRemedy;
+    }
+    const std::uintmax_t size = fs::file_size(file, error);
+    if (!error && size < kRecordBytes) {
+        return name + " is " + std::to_string(size) +
+               " bytes long, shorter than its 32-byte header; " + kRemedy;
+    }
+    return std::nullopt;
+}
+
+std::optional<fs::path> catalogue_used(const Session& session, const Scene& scene, Time time) {
+    const std::vector<DeclaredControl>& controls = session.controls();
+    const auto control =
+        std::find_if(controls.begin(), controls.end(),
+                     [](const DeclaredControl& one) { return one.name == kCatalogueControl; });
+    if (control == controls.end() || control->choices.empty()) {
+        return std::nullopt;
+    }
+    const ControlValues values(controls, scene.controls);
+    const std::size_t place = static_cast<std::size_t>(control - controls.begin());
+    const double last = static_cast<double>(control->choices.size()) - 1.0;
+    const double choice = std::clamp(values.number(place, time.seconds()) - 1.0, 0.0, last);
+    return session.folder() / control->choices[static_cast<std::size_t>(choice)];
+}
+
+std::string explain_frame(const Session& session, const Scene& scene, const Frame& frame) {
+    if (frame.drawn) {
+        return {};
+    }
+    if (frame.status != PF_Err_NONE) {
+        return "the plug-in could not draw the frame (status " + std::to_string(frame.status) +
+               ")" + (frame.message.text.empty() ? "" : ": " + frame.message.text);
+    }
+    if (!frame.rendered) {
+        return "nothing was drawn: the plug-in was not asked to render";
+    }
+    std::string reason = "the plug-in drew nothing: ";
+    if (const auto refusal = refuse_size(frame.request.width(), frame.request.height())) {
+        return reason + *refusal;
+    }
+    if (!drawable(frame.pixel_format)) {
+        return reason + "it has no use for pixels of the format " +
+               shown_format(frame.pixel_format) + "; render 8-bit, 16-bit or float ARGB";
+    }
+    const auto catalogue = catalogue_used(session, scene, frame.time);
+    if (catalogue) {
+        if (const auto fault = examine_catalogue(*catalogue)) {
+            return reason + *fault;
+        }
+    }
+    const std::string request = "the request of " + std::to_string(frame.request.width()) + " x " +
+                                std::to_string(frame.request.height()) + " pixels";
+    return reason +
+           (catalogue ? "neither " + request + " nor the catalogue " +
+                            in_quotes(catalogue->string()) + " shows why"
+                      : request + " does not show why") +
+           "; it may have run out of memory";
+}
+
+void require_drawn(const Session& session, const Scene& scene, const Frame& frame) {
+    if (!frame.drawn) {
+        throw FrameError(explain_frame(session, scene, frame));
+    }
+}
+
+std::string explain_set_up(const fs::path& plugin, const EffectError& error) {
+    std::string text = error.what();
+    fs::path folder;
+    try {
+        folder = plugin_folder(plugin);
+    } catch (const ModuleError&) {
+        return text;
+    }
+    std::error_code failure;
+    std::vector<fs::path> catalogues;
+    for (fs::directory_iterator entry(folder, failure), end; !failure && entry != end;
+         entry.increment(failure)) {
+        if (entry->path().filename().string().find(".stars") != std::string::npos) {
+            catalogues.push_back(entry->path());
+        }
+    }
+    std::sort(catalogues.begin(), catalogues.end());
+    for (const fs::path& catalogue : catalogues) {
+        if (const auto fault = examine_catalogue(catalogue)) {
+            text += text.empty() || text.back() == '\n' ? "" : " ";
+            text += "(" + *fault + ")";
+        }
+    }
+    return text;
+}
+
+}  // namespace host

@@ -1,0 +1,168 @@
+#include "host_state.h"
+
+#include <cxxabi.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <new>
+#include <typeinfo>
+
+#include "callbacks.h"
+#include "suites.h"
+#include "unprovided.h"
+
+namespace host {
+namespace {
+
+constexpr unsigned char kOutGuard = 0x5A;
+
+thread_local HostState* current_state = nullptr;
+
+/// Makes a session the current one while its command runs; commands may not nest.
+class Running {
+public:
+    explicit Running(HostState& state) : before_(std::exchange(current_state, &state)) {}
+    ~Running() { current_state = before_; }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+private:
+    HostState* before_;
+};
+
+/// Type and text of the exception being handled. Its type may be known to the plug-in alone.
+std::string describe_current_exception() {
+    std::string type = "of an unknown type";
+    if (const std::type_info* const info = abi::__cxa_current_exception_type()) {
+        int status = 0;
+        const std::unique_ptr<char, decltype(&std::free)> name(
+            abi::__cxa_demangle(info->name(), nullptr, nullptr, &status), &std::free);
+        type = "of type " + std::string(status == 0 && name ? name.get() : info->name());
+    }
+    try {
+        throw;
+    } catch (const std::exception& error) {
+        return type + " (\"" + error.what() + "\")";
+    } catch (int number) {
+        return type + " (" + std::to_string(number) + ")";
+    } catch (...) {
+        return type;
+    }
+}
+
+}  // namespace
+
+void abort_unprovided(const char* name) {
+    std::fprintf(stderr, "stand-in host: the plug-in called %s, which this host does not provide\n",
+                 name);
+    std::abort();
+}
+
+std::string shown_time(A_long value, A_u_long scale) {
+    return std::to_string(value) + "/" + std::to_string(scale);
+}
+
+HostState* HostState::current() { return current_state; }
+
+HostState::HostState(SessionOptions session_options) : options(std::move(session_options)) {
+    std::fill(std::begin(guarded_out_.guard), std::end(guarded_out_.guard), kOutGuard);
+    in.inter = interact_callbacks();
+    utils = util_callbacks();
+    in.utils = &utils;
+    in.effect_ref = effect_ref();
+    in.quality = PF_Quality_HI;
+    in.appl_id = premiere() ? kAppID_Premiere : kAppID_AfterEffects;
+    in.num_params = 1;
+    in.time_scale = 1;
+    in.downsample_x = in.downsample_y = in.pixel_aspect_ratio = {1, 1};
+    in.pica_basicP = basic_suite();
+}
+
+PF_ProgPtr HostState::effect_ref() { return reinterpret_cast<PF_ProgPtr>(this); }
+AEGP_LayerH HostState::effect_layer() { return reinterpret_cast<AEGP_LayerH>(&layer_object_); }
+AEGP_LayerH HostState::camera_layer() { return reinterpret_cast<AEGP_LayerH>(&camera_object_); }
+AEGP_CompH HostState::composition() { return reinterpret_cast<AEGP_CompH>(&composition_object_); }
+AEGP_ItemH HostState::composition_item() { return reinterpret_cast<AEGP_ItemH>(&item_object_); }
+
+void HostState::run(const char* name, const std::function<void()>& function) {
+    const Running running(*this);
+    std::string thrown;
+    try {
+        function();
+        return;
+    } catch (...) {
+        // What was thrown may live in the module: nothing of it may outlast this handler.
+        thrown = describe_current_exception();
+    }
+    throw ModuleDefect("defect of the plug-in: an exception " + thrown + " left it during " + name +
+                       "; a real host would have crashed");
+}
+
+PF_Err HostState::send(PF_Cmd sent, PF_ParamDef** params, PF_EffectWorld* output, void* extra) {
+    command = sent;
+    message = {};
+    std::fill(std::begin(out().return_msg), std::end(out().return_msg), '\0');
+    const std::size_t entry = calls.size();
+    const char* const name = command_name(sent);
+    calls.push_back({name, "", 0});
+    PF_Err status = PF_Err_NONE;
+    run(name, [&] { status = entry_point(sent, &in, &out(), params, output, extra); });
+    calls[entry].status = status;
+    check_out_record();
+    command = -1;
+    return status;
+}
+
+void HostState::check_out_record() {
+    const char* const name = command_name(command);
+    const auto guard_end = std::end(guarded_out_.guard);
+    if (std::find_if(std::begin(guarded_out_.guard), guard_end,
+                     [](unsigned char byte) { return byte != kOutGuard; }) != guard_end) {
+        violation(std::string(name) + ": bytes behind the output record were written to");
+        std::fill(std::begin(guarded_out_.guard), guard_end, kOutGuard);
+    }
+    const A_char* const begin = out().return_msg;
+    const A_char* const end = begin + sizeof out().return_msg;
+    const A_char* const terminator = std::find(begin, end, '\0');
+    if (terminator == end) {
+        violation(std::string(name) + ": return_msg has no terminator within its 256 characters");
+    }
+    message.text.assign(begin, terminator);
+    message.is_error = (out().out_flags & PF_OutFlag_DISPLAY_ERROR_MESSAGE) != 0;
+    // It is about this command's message, not a property of the effect.
+    out().out_flags &= ~PF_OutFlag_DISPLAY_ERROR_MESSAGE;
+}
+
+void HostState::rethrow_failure() {
+    if (failure_) {
+        std::rethrow_exception(std::exchange(failure_, nullptr));
+    }
+}
+
+void HostState::note(const char* name, std::string arguments) {
+    ++counts_[name];
+    calls.push_back({name, std::move(arguments), 0});
+}
+
+std::int32_t HostState::answer(const char* name, std::string arguments,
+                               const std::function<std::int32_t()>& body) {
+    try {
+        const int count = ++counts_[name];
+        const std::size_t entry = calls.size();
+        calls.push_back({name, std::move(arguments), 0});
+        const auto failure = options.filter ? options.filter(name, count) : std::nullopt;
+        const std::int32_t status = failure ? *failure : body();
+        calls[entry].status = status;
+        return status;
+    } catch (const std::bad_alloc&) {
+        return PF_Err_OUT_OF_MEMORY;
+    } catch (const std::exception&) {
+        failure_ = std::current_exception();
+        return PF_Err_INTERNAL_STRUCT_DAMAGED;
+    }
+}
+
+}  // namespace host

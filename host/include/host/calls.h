@@ -1,0 +1,25 @@
+// What passes between the host and the plug-in, as it is recorded and as it can be made to fail.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace host {
+
+/// A command to the plug-in, or a callback or suite function that the plug-in called, in the order
+/// in which they began.
+struct Call {
+    std::string name;       ///< as in the effect interface: "PF_Cmd_SMART_RENDER", "checkout_param"
+    std::string arguments;  ///< those of interest, "name=value" apart by spaces
+    std::int32_t status = 0;  ///< the answer; functions with another result have 0
+};
+
+/// Consulted before each callback and suite function with its name and how many calls of that name
+/// the session has seen, this one included. A status given back makes the call fail with it, and
+/// nothing is done: `host_new_handle` then gives null. Functions that cannot fail go on regardless.
+using CallFilter = std::function<std::optional<std::int32_t>(std::string_view name, int count)>;
+
+}  // namespace host

@@ -1,0 +1,182 @@
+#include <host/session.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "callbacks.h"
+#include "declared_control.h"
+#include "session_impl.h"
+
+namespace host {
+
+std::string EffectInfo::version_text() const {
+    const std::uint32_t major = (version >> 26 & 0xF) * 8 + (version >> 19 & 0x7);
+    return std::to_string(major) + "." + std::to_string(version >> 15 & 0xF) + "." +
+           std::to_string(version >> 11 & 0xF);
+}
+
+Session::Impl::Impl(const std::filesystem::path& plugin, SessionOptions options)
+    : module(std::in_place, plugin), state(std::move(options)) {
+    file = module->file();
+    folder = module->folder();
+    state.entry_point = reinterpret_cast<PF_EffectMain>(module->entry_point());
+    state.parameters.push_back(input_layer_parameter());
+    set_up();
+}
+
+PF_Err Session::Impl::send(PF_Cmd command, PF_ParamDef** params, PF_EffectWorld* output,
+                           void* extra) {
+    // The fields start from what the host knows.
+    PF_OutData& out = state.out();
+    out.my_version = info.version;
+    out.out_flags = info.out_flags;
+    out.out_flags2 = info.out_flags2;
+    out.num_params = info.num_params;
+    const PF_Err status = state.send(command, params, output, extra);
+    state.in.global_data = out.global_data;
+    state.in.sequence_data = out.sequence_data;
+    state.in.frame_data = out.frame_data;
+    return status;
+}
+
+void Session::Impl::keep_message() {
+    if (!state.message.text.empty()) {
+        messages.push_back(state.message);
+    }
+}
+
+void Session::Impl::demand(PF_Cmd command, void* extra) {
+    const PF_Err status = send(command, nullptr, nullptr, extra);
+    state.rethrow_failure();
+    if (status != PF_Err_NONE) {
+        const std::string& text = state.message.text;
+        throw EffectError(text.empty()
+                              ? "the plug-in answered " + std::string(command_name(command)) +
+                                    " with status " + std::to_string(status)
+                              : text,
+                          command, status, text);
+    }
+    keep_message();
+}
+
+void Session::Impl::set_up() {
+    demand(PF_Cmd_GLOBAL_SETUP);
+    info.version = state.out().my_version;
+    info.out_flags = state.out().out_flags;
+    info.out_flags2 = state.out().out_flags2;
+    // A host tells its version from the end of the first set-up on.
+    state.in.version = {13, 4};
+    try {
+        demand(PF_Cmd_PARAMS_SETUP);
+        info.num_params = state.out().num_params;
+        const int added = static_cast<int>(state.parameters.size());
+        if (info.num_params != added) {
+            state.violation("PF_Cmd_PARAMS_SETUP: num_params is " +
+                            std::to_string(info.num_params) + ", but with the input layer " +
+                            std::to_string(added) + " were added");
+        }
+        state.in.num_params = added;
+        for (const Parameter& parameter : state.parameters) {
+            if (parameter.declared.index != 0) {
+                controls.push_back(parameter.declared);
+            }
+        }
+        demand(PF_Cmd_SEQUENCE_SETUP);
+    } catch (const EffectError&) {
+        send(PF_Cmd_GLOBAL_SETDOWN);
+        throw;
+    }
+}
+
+void Session::Impl::close() {
+    if (!module) {
+        return;
+    }
+    const auto unload = [this] {
+        module.reset();
+        state.entry_point = nullptr;
+    };
+    try {
+        demand(PF_Cmd_SEQUENCE_SETDOWN);
+        demand(PF_Cmd_GLOBAL_SETDOWN);
+    } catch (...) {
+        unload();
+        throw;
+    }
+    inspect_balance({}, 0);
+    unload();
+}
+
+std::string Session::Impl::about() {
+    const PF_Err status = send(PF_Cmd_ABOUT);
+    if (status != PF_Err_NONE) {
+        throw EffectError("the plug-in answered PF_Cmd_ABOUT with status " + std::to_string(status),
+                          PF_Cmd_ABOUT, status, state.message.text);
+    }
+    return state.message.text;
+}
+
+std::optional<std::string> Session::Impl::take_text(PF_Handle handle) {
+    if (handle == nullptr) {
+        return std::nullopt;
+    }
+    if (!state.handles.owns(handle)) {
+        state.violation("PF_Cmd_GET_EXTERNAL_DEPENDENCIES: the result is no handle of this host");
+        return std::nullopt;
+    }
+    const char* const begin = *handle;
+    const char* const end = begin + state.handles.size_of(handle);
+    const char* const terminator = std::find(begin, end, '\0');
+    if (terminator == end) {
+        state.violation("PF_Cmd_GET_EXTERNAL_DEPENDENCIES: the text has no terminator");
+    }
+    std::string text(begin, terminator);
+    state.handles.dispose(handle);
+    return text;
+}
+
+std::optional<std::string> Session::Impl::dependencies(int check_type) {
+    PF_ExtDependenciesExtra extra{};
+    extra.check_type = check_type;
+    demand(PF_Cmd_GET_EXTERNAL_DEPENDENCIES, &extra);
+    return take_text(extra.dependencies_strH);
+}
+
+Session::Session(const std::filesystem::path& plugin, SessionOptions options)
+    : impl_(std::make_unique<Impl>(plugin, std::move(options))) {}
+
+Session::~Session() {
+    try {
+        close();
+    } catch (const std::exception&) {
+        // A destructor has nobody to tell; those who want to know call close().
+        impl_->module.reset();
+    }
+}
+
+void Session::close() { impl_->close(); }
+const EffectInfo& Session::info() const { return impl_->info; }
+const std::filesystem::path& Session::file() const { return impl_->file; }
+const std::filesystem::path& Session::folder() const { return impl_->folder; }
+const std::vector<DeclaredControl>& Session::controls() const { return impl_->controls; }
+std::string Session::about() { return impl_->about(); }
+std::optional<std::string> Session::dependencies(int check_type) {
+    return impl_->dependencies(check_type);
+}
+std::int32_t Session::dynamic_flags(const Scene& scene, Time time,
+                                    std::optional<std::int32_t> before) {
+    return impl_->dynamic_flags(scene, time, before);
+}
+Frame Session::render(const Scene& scene, Time time, const RenderOptions& options) {
+    return impl_->render(scene, time, options);
+}
+const std::vector<std::string>& Session::violations() const { return impl_->state.violations; }
+const std::vector<Call>& Session::calls() const { return impl_->state.calls; }
+const std::vector<Message>& Session::messages() const { return impl_->messages; }
+const std::vector<std::int32_t>& Session::declared_pixel_formats() const {
+    return impl_->state.pixel_formats;
+}
+std::size_t Session::live_handles() const { return impl_->state.handles.live(); }
+
+}  // namespace host

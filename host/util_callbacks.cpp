@@ -1,0 +1,256 @@
+// The utility callbacks: fills and pixel access, handles, text.
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "callbacks.h"
+#include "host_state.h"
+#include "unprovided.h"
+
+namespace host {
+namespace {
+
+/// The frame's own world behind a record; null for any other.
+World* world_of(HostState& state, const PF_EffectWorld* record) {
+    FrameState* const frame = state.frame;
+    if (frame == nullptr || !frame->rendering || record == nullptr) {
+        return nullptr;
+    }
+    if (record == &frame->output_record) {
+        return &frame->output;
+    }
+    return record == &frame->input_record ? &frame->input : nullptr;
+}
+
+/// The first pixel of a world if it has the depth asked for. `interpreted` stands in for the
+/// world's own data when given.
+template <class Pixel>
+PF_Err pixel_data(const char* name, Depth depth, PF_EffectWorld* record, PF_Pixel* interpreted,
+                  Pixel** pixels_out) {
+    return answer_call(name, "", [&](HostState& state) -> PF_Err {
+        World* const world = world_of(state, record);
+        if (world == nullptr || pixels_out == nullptr) {
+            state.violation(std::string(name) +
+                            ": null, or a world that this host did not hand out");
+            return PF_Err_BAD_CALLBACK_PARAM;
+        }
+        void* const first = interpreted != nullptr ? interpreted : record->data;
+        *pixels_out = world->depth() == depth ? static_cast<Pixel*>(first) : nullptr;
+        return PF_Err_NONE;
+    });
+}
+
+PF_Err get_pixel_data8(PF_EffectWorld* world, PF_Pixel* pixels, PF_Pixel** pixels_out) {
+    return pixel_data("get_pixel_data8", Depth::Bits8, world, pixels, pixels_out);
+}
+
+PF_Err get_pixel_data16(PF_EffectWorld* world, PF_Pixel* pixels, PF_Pixel16** pixels_out) {
+    return pixel_data("get_pixel_data16", Depth::Bits16, world, pixels, pixels_out);
+}
+
+/// Bytes from `to` to the end of the running command's message buffer; 0 when it lies elsewhere.
+std::size_t message_room(const A_char* to) {
+    HostState* const state = HostState::current();
+    if (state == nullptr) {
+        return 0;
+    }
+    const A_char* const begin = state->out().return_msg;
+    const A_char* const end = begin + sizeof state->out().return_msg;
+    const bool inside = std::less_equal<>()(begin, to) && std::less<>()(to, end);
+    return inside ? static_cast<std::size_t>(end - to) : 0;
+}
+
+void note_text(const char* name, const A_char* to, bool cut) {
+    if (HostState* const state = HostState::current()) {
+        state->note(name, message_room(to) != 0 ? "to=return_msg" : "");
+        if (cut) {
+            state->violation(std::string(name) + ": the text for return_msg is longer than it");
+        }
+    }
+}
+
+/// What a handle function was given, if it is a handle of the running session.
+HostState* handle_owner(const char* name, PF_Handle handle) {
+    HostState* const state = HostState::current();
+    if (state == nullptr) {
+        return nullptr;
+    }
+    state->note(name, "");
+    if (!state->handles.owns(handle)) {
+        state->violation(std::string(name) + ": not a handle of this host, or disposed of already");
+        return nullptr;
+    }
+    return state;
+}
+
+}  // namespace
+
+PF_Err fill_world(PF_ProgPtr effect_ref, const PF_Pixel* color, const PF_Rect* area,
+                  PF_EffectWorld* record) {
+    return answer_effect_call("fill", effect_ref, "", [&](HostState& state) -> PF_Err {
+        World* const world = world_of(state, record);
+        if (world == nullptr || world->depth() != Depth::Bits8) {
+            state.violation("fill: not an 8-bit world of this host");
+            return PF_Err_BAD_CALLBACK_PARAM;
+        }
+        const PF_Pixel transparent{};
+        const PF_Pixel& pixel = color != nullptr ? *color : transparent;
+        const int left = area != nullptr ? std::max(area->left, 0) : 0;
+        const int top = area != nullptr ? std::max(area->top, 0) : 0;
+        const int right = area != nullptr ? std::min(area->right, world->width()) : world->width();
+        const int bottom =
+            area != nullptr ? std::min(area->bottom, world->height()) : world->height();
+        for (int y = top; y < bottom; ++y) {
+            for (int x = left; x < right; ++x) {
+                std::memcpy(world->row(y) + x * bytes_per_pixel(Depth::Bits8), &pixel,
+                            sizeof pixel);
+            }
+        }
+        return PF_Err_NONE;
+    });
+}
+
+PF_Handle new_handle(A_HandleSize bytes) {
+    PF_Handle handle = nullptr;
+    answer_call("host_new_handle", "bytes=" + std::to_string(bytes),
+                [&](HostState& state) -> std::int32_t {
+                    handle = state.handles.create(bytes);
+                    return PF_Err_NONE;
+                });
+    return handle;
+}
+
+void* lock_handle(PF_Handle handle) {
+    return handle_owner("host_lock_handle", handle) != nullptr ? *handle : nullptr;
+}
+
+void unlock_handle(PF_Handle handle) { handle_owner("host_unlock_handle", handle); }
+
+void dispose_handle(PF_Handle handle) {
+    if (HostState* const state = handle_owner("host_dispose_handle", handle)) {
+        state->handles.dispose(handle);
+    }
+}
+
+A_HandleSize handle_size(PF_Handle handle) {
+    HostState* const state = handle_owner("host_get_handle_size", handle);
+    return state != nullptr ? state->handles.size_of(handle) : 0;
+}
+
+PF_Err resize_handle(A_HandleSize bytes, PF_Handle* handle) {
+    return answer_call("host_resize_handle", "bytes=" + std::to_string(bytes),
+                       [&](HostState& state) -> PF_Err {
+                           if (handle == nullptr || !state.handles.owns(*handle)) {
+                               state.violation("host_resize_handle: not a handle of this host");
+                               return PF_Err_BAD_CALLBACK_PARAM;
+                           }
+                           state.handles.resize(*handle, bytes);
+                           return PF_Err_NONE;
+                       });
+}
+
+int format_text(A_char* out, const A_char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    const std::size_t room = message_room(out);
+    // Elsewhere than in the message the buffer's size is the plug-in's own affair.
+    const int length = room != 0 ? std::vsnprintf(out, room, format, arguments)
+                                 : std::vsprintf(out, format, arguments);
+    va_end(arguments);
+    note_text("sprintf", out, room != 0 && length >= 0 && static_cast<std::size_t>(length) >= room);
+    return length;
+}
+
+A_char* copy_text(A_char* to, const A_char* from) {
+    const std::size_t room = message_room(to);
+    const std::size_t length = std::strlen(from);
+    const bool cut = room != 0 && length >= room;
+    std::memmove(to, from, cut ? room - 1 : length);
+    to[cut ? room - 1 : length] = '\0';
+    note_text("strcpy", to, cut);
+    return to;
+}
+
+PF_UtilCallbacks util_callbacks() {
+    return {
+        UNPROVIDED("utils", begin_sampling),
+        UNPROVIDED("utils", subpixel_sample),
+        UNPROVIDED("utils", area_sample),
+        .get_batch_func_is_deprecated = nullptr,
+        UNPROVIDED("utils", end_sampling),
+        UNPROVIDED("utils", composite_rect),
+        UNPROVIDED("utils", blend),
+        UNPROVIDED("utils", convolve),
+        UNPROVIDED("utils", copy),
+        .fill = fill_world,
+        UNPROVIDED("utils", gaussian_kernel),
+        UNPROVIDED("utils", iterate),
+        UNPROVIDED("utils", premultiply),
+        UNPROVIDED("utils", premultiply_color),
+        UNPROVIDED("utils", new_world),
+        UNPROVIDED("utils", dispose_world),
+        UNPROVIDED("utils", iterate_origin),
+        UNPROVIDED("utils", iterate_lut),
+        UNPROVIDED("utils", transfer_rect),
+        UNPROVIDED("utils", transform_world),
+        .host_new_handle = new_handle,
+        .host_lock_handle = lock_handle,
+        .host_unlock_handle = unlock_handle,
+        .host_dispose_handle = dispose_handle,
+        UNPROVIDED("utils", get_callback_addr),
+        UNPROVIDED("utils", app),
+        .ansi =
+            {
+                UNPROVIDED("utils ansi", atan),
+                UNPROVIDED("utils ansi", atan2),
+                UNPROVIDED("utils ansi", ceil),
+                UNPROVIDED("utils ansi", cos),
+                UNPROVIDED("utils ansi", exp),
+                UNPROVIDED("utils ansi", fabs),
+                UNPROVIDED("utils ansi", floor),
+                UNPROVIDED("utils ansi", fmod),
+                UNPROVIDED("utils ansi", hypot),
+                UNPROVIDED("utils ansi", log),
+                UNPROVIDED("utils ansi", log10),
+                UNPROVIDED("utils ansi", pow),
+                UNPROVIDED("utils ansi", sin),
+                UNPROVIDED("utils ansi", sqrt),
+                UNPROVIDED("utils ansi", tan),
+                .sprintf = format_text,
+                .strcpy = copy_text,
+                UNPROVIDED("utils ansi", asin),
+                UNPROVIDED("utils ansi", acos),
+                .unused_longA = {},
+            },
+        .colorCB =
+            {
+                UNPROVIDED("utils colorCB", RGBtoHLS),
+                UNPROVIDED("utils colorCB", HLStoRGB),
+                UNPROVIDED("utils colorCB", RGBtoYIQ),
+                UNPROVIDED("utils colorCB", YIQtoRGB),
+                UNPROVIDED("utils colorCB", Luminance),
+                UNPROVIDED("utils colorCB", Hue),
+                UNPROVIDED("utils colorCB", Lightness),
+                UNPROVIDED("utils colorCB", Saturation),
+            },
+        UNPROVIDED("utils", get_platform_data),
+        .host_get_handle_size = handle_size,
+        UNPROVIDED("utils", iterate_origin_non_clip_src),
+        UNPROVIDED("utils", iterate_generic),
+        .host_resize_handle = resize_handle,
+        UNPROVIDED("utils", subpixel_sample16),
+        UNPROVIDED("utils", area_sample16),
+        UNPROVIDED("utils", fill16),
+        UNPROVIDED("utils", premultiply_color16),
+        UNPROVIDED("utils", iterate16),
+        UNPROVIDED("utils", iterate_origin16),
+        UNPROVIDED("utils", iterate_origin_non_clip_src16),
+        .get_pixel_data8 = get_pixel_data8,
+        .get_pixel_data16 = get_pixel_data16,
+        .reserved = {},
+    };
+}
+
+}  // namespace host

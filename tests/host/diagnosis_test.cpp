@@ -1,0 +1,171 @@
+// Why a frame was not drawn, found from the request and the catalogue.
+#include <gtest/gtest.h>
+#include <host/diagnosis.h>
+#include <support/scratch.h>
+
+#include <filesystem>
+#include <string>
+
+#include "modules/test_effect.h"
+#include "session_scene.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using host::Frame;
+using host::RenderOptions;
+using host::Scene;
+using host::Session;
+using host::Track;
+using session_scene::set;
+using session_scene::small_scene;
+
+constexpr char kRemedy[] =
+    "; put a star catalogue (.stars) in its place or choose another in \"Star Database\"";
+
+std::string fault_of(const std::string& file) {
+    return host::examine_catalogue(file).value_or("nothing");
+}
+
+TEST(ExamineCatalogue, FindsNothingWrongWithEitherVersion) {
+    const ScratchFolder folder;
+    write_file(folder / "one.stars", "LUMIVAR1" + std::string(24, '\0'));
+    write_file(folder / "two.stars", "LUMIVAR2" + std::string(24 + 33, '\0'));
+    EXPECT_EQ(fault_of(folder / "one.stars"), "nothing");
+    EXPECT_EQ(fault_of(folder / "two.stars"), "nothing")
+        << "a trailing part of a record is allowed";
+}
+
+TEST(ExamineCatalogue, NamesWhatIsNotThere) {
+    const ScratchFolder folder;
+    EXPECT_EQ(fault_of(folder / "gone.stars"),
+              "star catalogue \"" + (folder / "gone.stars") + "\" does not exist" + kRemedy);
+}
+
+TEST(ExamineCatalogue, NamesAFolder) {
+    const ScratchFolder folder;
+    EXPECT_EQ(fault_of(folder.path()),
+              "star catalogue \"" + folder.path() + "\" is no regular file" + kRemedy);
+}
+
+TEST(ExamineCatalogue, NamesAnEmptyFile) {
+    const ScratchFolder folder;
+    write_file(folder / "empty.stars", "");
+    EXPECT_EQ(fault_of(folder / "empty.stars"),
+              "star catalogue \"" + (folder / "empty.stars") + "\" is empty" + kRemedy);
+}
+
+TEST(ExamineCatalogue, NamesAFileShorterThanItsHeader) {
+    const ScratchFolder folder;
+    write_file(folder / "short.stars", "LUMIVAR2" + std::string(23, '\0'));
+    EXPECT_EQ(fault_of(folder / "short.stars"),
+              "star catalogue \"" + (folder / "short.stars") +
+                  "\" is 31 bytes long, shorter than its 32-byte header" + kRemedy);
+}
+
+TEST(ExamineCatalogue, ShowsTheFirstBytesOfAForeignFile) {
+    const ScratchFolder folder;
+    write_file(folder / "picture.stars", "\x89PNG\r\n\x1A\n and more");
+    EXPECT_EQ(
+        fault_of(folder / "picture.stars"),
+        "star catalogue \"" + (folder / "picture.stars") +
+            "\" is not a star catalogue: it begins with \".PNG....\" (89 50 4E 47 0D 0A 1A 0A) "
+            "where \"LUMIVAR1\" or \"LUMIVAR2\" is expected" +
+            kRemedy);
+    // As many as there are.
+    write_file(folder / "tiny.stars", "abc");
+    EXPECT_NE(fault_of(folder / "tiny.stars").find("begins with \"abc\" (61 62 63) where"),
+              std::string::npos);
+    write_file(folder / "lower.stars", "lumivar1" + std::string(24, '\0'));
+    EXPECT_NE(fault_of(folder / "lower.stars").find("begins with \"lumivar1\""), std::string::npos);
+}
+
+TEST(RefuseSize, AllowsWhatAFloatImageCanCountIn32Bits) {
+    EXPECT_FALSE(host::refuse_size(1, 1));
+    EXPECT_FALSE(host::refuse_size(16384, 16383));
+    // 2^28 - 1 pixels of 16 bytes: 2^32 - 16.
+    EXPECT_FALSE(host::refuse_size(268435455, 1));
+}
+
+TEST(RefuseSize, NamesWhatIsBeyond) {
+    EXPECT_EQ(
+        host::refuse_size(16384, 16384),
+        "a frame of 16384 x 16384 pixels is too large: its float image of 4294967296 bytes is "
+        "beyond the effect's 32-bit limit of 4294967295; render it smaller or in parts");
+    EXPECT_TRUE(host::refuse_size(2147483647, 2147483647)) << "no overflow on the way";
+    EXPECT_EQ(host::refuse_size(0, 5),
+              "a frame of 0 x 5 pixels has nothing to draw on; both sides must be at least 1");
+}
+
+Scene mischievous(int mischief) {
+    Scene scene = small_scene();
+    scene.controls.push_back(set("Mischief", Track(static_cast<double>(mischief))));
+    return scene;
+}
+
+/// A session with the test effect, which has no catalogue.
+class ExplainFrame : public testing::Test {
+protected:
+    std::string explain(int mischief, const RenderOptions& options = {}) {
+        const Scene scene = mischievous(mischief);
+        const Frame frame = session_.render(scene, {0, 24}, options);
+        return host::explain_frame(session_, scene, frame);
+    }
+
+private:
+    Session session_{TEST_EFFECT};
+};
+
+TEST_F(ExplainFrame, HasNothingToSayOfADrawnFrame) { EXPECT_EQ(explain(test_effect::kNone), ""); }
+
+TEST_F(ExplainFrame, PassesOnAFailedStatusWithItsMessage) {
+    EXPECT_EQ(explain(test_effect::kFailWithMessage),
+              "the plug-in could not draw the frame (status 516): no can do");
+}
+
+TEST_F(ExplainFrame, NamesAnUnsupportedPixelFormat) {
+    RenderOptions options;
+    options.pixel_format = 0x61726762;
+    EXPECT_EQ(explain(test_effect::kDrawNothing, options),
+              "the plug-in drew nothing: it has no use for pixels of the format \"bgra\" (62 67 72 "
+              "61); render 8-bit, 16-bit or float ARGB");
+}
+
+TEST_F(ExplainFrame, SaysWhenNothingShowsWhy) {
+    EXPECT_EQ(
+        explain(test_effect::kDrawNothing),
+        "the plug-in drew nothing: the request of 64 x 36 pixels does not show why; it may have "
+        "run out of memory");
+}
+
+TEST_F(ExplainFrame, SaysThatThePlugInWasNotAsked) {
+    EXPECT_EQ(explain(test_effect::kEmptyResult),
+              "nothing was drawn: the plug-in was not asked to render");
+}
+
+TEST(RequireDrawn, ThrowsTheExplanation) {
+    Session session(TEST_EFFECT);
+    const Scene good = small_scene();
+    EXPECT_NO_THROW(host::require_drawn(session, good, session.render(good, {0, 24})));
+    const Scene bad = mischievous(test_effect::kFailWithMessage);
+    const Frame frame = session.render(bad, {0, 24});
+    EXPECT_THROW(host::require_drawn(session, bad, frame), host::FrameError);
+}
+
+TEST(ExplainSetUp, AddsWhatIsWrongWithTheCatalogues) {
+    const ScratchFolder folder;
+    const fs::path bundle = fs::path(folder.path()) / "Test.plugin";
+    fs::create_directories(bundle / "Contents" / "MacOS");
+    fs::copy_file(TEST_EFFECT, bundle / "Contents" / "MacOS" / "Test");
+    write_file(folder / "good.stars", "LUMIVAR1" + std::string(24, '\0'));
+    write_file(folder / "bad.stars.old", "");
+    write_file(folder / "unrelated", "");
+    const host::EffectError error("Error reading it.", 1, 512, "Error reading it.");
+    EXPECT_EQ(host::explain_set_up(bundle, error),
+              "Error reading it. (star catalogue \"" +
+                  (fs::canonical(folder.path()) / "bad.stars.old").string() + "\" is empty" +
+                  kRemedy + ")");
+    EXPECT_EQ(host::explain_set_up(folder / "Missing.plugin", error), "Error reading it.");
+}
+
+}  // namespace

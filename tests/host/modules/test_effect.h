@@ -1,0 +1,86 @@
+// What the test effect and the tests agree on.
+#pragma once
+
+namespace test_effect {
+
+/// Ways to break the rules, in the order of the choices of the control "Mischief", from 1.
+enum Mischief {
+    kNone = 1,
+    kThrowStandard,
+    kThrowForeign,
+    kThrowNumber,
+    kWritePastRow,
+    kWriteBefore,
+    kWriteBehind,
+    kWriteInput,
+    kLeakSuite,
+    kReleaseUnheldSuite,
+    kUnknownSuite,
+    kNoDeleter,
+    kThrowInDeleter,
+    kUnknownCheckout,
+    kFetchTwice,
+    kDuplicateCheckout,
+    kNegativeCheckout,
+    kOutputFirst,
+    kLargeResult,
+    kEmptyResult,
+    kDrawNothing,
+    kDrawHalf,
+    kFailWithMessage,
+    kOverlongMessage,
+    kUnterminatedMessage,
+    kLeakHandle,
+    kDisposeTwice,
+    kHandleForCallbacks,
+    kRubbishForCallbacks,
+    kZeroTimeScale,
+    kUnknownParameter,
+    kForeignWorld,
+    kCallUnprovided,
+    kMischiefEnd
+};
+
+inline constexpr char kMischiefNames[] =
+    "None|Throw Standard|Throw Foreign|Throw Number|Write Past Row|Write Before|Write Behind|"
+    "Write Input|Leak Suite|Release Unheld Suite|Unknown Suite|No Deleter|Throw In Deleter|"
+    "Unknown Checkout|Fetch Twice|Duplicate Checkout|Negative Checkout|Output First|Large Result|"
+    "Empty Result|Draw Nothing|Draw Half|Fail With Message|Overlong Message|Unterminated Message|"
+    "Leak Handle|Dispose Twice|Handle For Callbacks|Rubbish For Callbacks|Zero Time Scale|"
+    "Unknown Parameter|Foreign World|Call Unprovided";
+
+/// Float frames carry in row 0, in the red channel, what the effect was told.
+enum Fact {
+    kGain,
+    kCount,
+    kInvert,
+    kShadeRed,
+    kShadeGreen,
+    kShadeBlue,
+    kMode,
+    kShutterAngle,  ///< degrees
+    kCurrentTime,
+    kTimeStep,
+    kTimeScale,
+    kTotalTime,
+    kInWidth,
+    kInHeight,
+    kDownsampleNum,
+    kDownsampleDen,
+    kNumParams,
+    kBitDepth,
+    kHasCamera,
+    kMatrix,  ///< 16 of them
+    kZoom = kMatrix + 16,
+    kItemWidth,
+    kItemHeight,
+    kShutterStart,     ///< value
+    kShutterScale,     ///< scale
+    kShutterDuration,  ///< value
+    kOutputRowBytes,
+    kInputRowBytes,
+    kNullSlots,  ///< pointers in all of the host's tables that are null
+    kFactEnd
+};
+
+}  // namespace test_effect

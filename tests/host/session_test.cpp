@@ -1,0 +1,400 @@
+// The host's side of a session with an effect that keeps the rules.
+#include <gtest/gtest.h>
+#include <host/session.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "modules/test_effect.h"
+#include "session_scene.h"
+
+namespace {
+
+using namespace test_effect;
+using host::Depth;
+using host::Frame;
+using host::RenderOptions;
+using host::Scene;
+using host::Session;
+using host::Time;
+using host::Track;
+using session_scene::set;
+using session_scene::small_scene;
+
+double fact(const Frame& frame, int which) {
+    return static_cast<double>(frame.world.pixel<float>(which, 0)[1]);
+}
+
+Frame first_frame(const Scene& scene, const RenderOptions& options = {}) {
+    Session session(TEST_EFFECT);
+    return session.render(scene, scene.composition.frame_time(0), options);
+}
+
+std::vector<std::string> names(const std::vector<host::Call>& calls, const std::string& prefix) {
+    std::vector<std::string> found;
+    for (const host::Call& call : calls) {
+        if (call.name.rfind(prefix, 0) == 0) {
+            found.push_back(call.name);
+        }
+    }
+    return found;
+}
+
+int count(const std::vector<host::Call>& calls, const std::string& name) {
+    return static_cast<int>(std::count_if(
+        calls.begin(), calls.end(), [&](const host::Call& call) { return call.name == name; }));
+}
+
+TEST(Session, SendsCommandsInAHostsOrder) {
+    Session session(TEST_EFFECT);
+    const Scene scene = small_scene();
+    const Frame frame = session.render(scene, scene.composition.frame_time(0));
+    session.close();
+    EXPECT_EQ(names(session.calls(), "PF_Cmd"),
+              (std::vector<std::string>{"PF_Cmd_GLOBAL_SETUP", "PF_Cmd_PARAMS_SETUP",
+                                        "PF_Cmd_SEQUENCE_SETUP", "PF_Cmd_SEQUENCE_SETDOWN",
+                                        "PF_Cmd_GLOBAL_SETDOWN"}));
+    EXPECT_EQ(names(frame.calls, "PF_Cmd"),
+              (std::vector<std::string>{"PF_Cmd_QUERY_DYNAMIC_FLAGS", "PF_Cmd_SMART_PRE_RENDER",
+                                        "PF_Cmd_SMART_RENDER"}));
+    EXPECT_TRUE(session.violations().empty()) << session.violations().front();
+}
+
+TEST(Session, TellsWhatTheEffectDeclaredOfItself) {
+    const Session session(TEST_EFFECT);
+    EXPECT_EQ(session.info().version_text(), "9.3.1") << "a major above 7 uses the high bits";
+    EXPECT_EQ(session.info().out_flags, 0x3080000);
+    EXPECT_EQ(session.info().out_flags2, 0x1403);
+    EXPECT_EQ(session.info().num_params, 7);
+}
+
+TEST(Session, DeliversControlsExactlyAsDeclared) {
+    const Session session(TEST_EFFECT);
+    const auto& controls = session.controls();
+    ASSERT_EQ(controls.size(), 6u);
+
+    EXPECT_EQ(controls[0].index, 1);
+    EXPECT_EQ(controls[0].id, 1);
+    EXPECT_EQ(controls[0].name, "Gain");
+    EXPECT_EQ(controls[0].kind, host::ControlKind::FloatSlider);
+    EXPECT_EQ(controls[0].type, 10);
+    EXPECT_EQ(controls[0].valid.min, 0.0);
+    EXPECT_EQ(controls[0].valid.max, 10.0);
+    EXPECT_EQ(controls[0].slider.max, 4.0);
+    EXPECT_EQ(controls[0].value, 1.5);
+    EXPECT_EQ(controls[0].default_value, 1.5);
+    EXPECT_EQ(controls[0].precision, 3);
+    EXPECT_EQ(controls[0].slider_flags, 1u);
+    EXPECT_EQ(controls[0].curve_tolerance, 0.25);
+
+    EXPECT_EQ(controls[1].kind, host::ControlKind::Slider);
+    EXPECT_EQ(controls[1].valid.min, -5.0);
+    EXPECT_EQ(controls[1].valid.max, 20.0);
+    EXPECT_EQ(controls[1].slider.max, 10.0);
+    EXPECT_EQ(controls[1].value, 3.0);
+
+    EXPECT_EQ(controls[2].kind, host::ControlKind::Checkbox);
+    EXPECT_EQ(controls[2].label, "flip it");
+    EXPECT_EQ(controls[2].default_value, 1.0);
+
+    EXPECT_EQ(controls[3].kind, host::ControlKind::Colour);
+    EXPECT_EQ(controls[3].colour, (host::Argb{255, 10, 20, 30}));
+
+    EXPECT_EQ(controls[4].kind, host::ControlKind::Popup);
+    EXPECT_EQ(controls[4].choice_text, "Ramp|Flat|Full Range") << "copied while it was declared";
+    EXPECT_EQ(controls[4].choices, (std::vector<std::string>{"Ramp", "Flat", "Full Range"}));
+    EXPECT_EQ(controls[4].declared_choices, 20);
+    EXPECT_EQ(controls[4].value, 0.0);
+}
+
+TEST(Session, GivesTheControlsValuesAtTheFramesTime) {
+    Scene scene = small_scene();
+    scene.controls = {set("Gain", Track({{0.0, 2.0}, {1.0, 4.0}})), set("Count", Track(7.0)),
+                      set("Invert", Track(0.0)),
+                      set("Shade", host::Colour{{Track(1.0), Track(2.6), Track(255.0)}}),
+                      set("Mode", std::string("Full Range"))};
+    Session session(TEST_EFFECT);
+    // Frame 6 of 24 a second: 0.25 s.
+    const Frame frame = session.render(scene, scene.composition.frame_time(6));
+    EXPECT_EQ(fact(frame, kGain), 2.5);
+    EXPECT_EQ(fact(frame, kCount), 7.0);
+    EXPECT_EQ(fact(frame, kInvert), 0.0);
+    EXPECT_EQ(fact(frame, kShadeRed), 1.0);
+    EXPECT_EQ(fact(frame, kShadeGreen), 3.0);
+    EXPECT_EQ(fact(frame, kShadeBlue), 255.0);
+    EXPECT_EQ(fact(frame, kMode), 3.0);
+}
+
+TEST(Session, GivesDeclaredValuesWhereTheSceneSaysNothing) {
+    const Frame frame = first_frame(small_scene());
+    EXPECT_EQ(fact(frame, kGain), 1.5);
+    EXPECT_EQ(fact(frame, kCount), 3.0);
+    EXPECT_EQ(fact(frame, kInvert), 1.0);
+    EXPECT_EQ(fact(frame, kShadeGreen), 20.0);
+    EXPECT_EQ(fact(frame, kMode), 0.0);
+}
+
+TEST(Session, TellsTheTime) {
+    const Scene scene = small_scene();
+    Session session(TEST_EFFECT);
+    const Time time = scene.composition.frame_time(6);
+    const Frame frame = session.render(scene, time);
+    EXPECT_EQ(fact(frame, kCurrentTime), time.value);
+    EXPECT_EQ(fact(frame, kTimeScale), time.scale);
+    EXPECT_EQ(fact(frame, kCurrentTime) / fact(frame, kTimeScale), 0.25);
+    EXPECT_EQ(fact(frame, kTimeStep) / fact(frame, kTimeScale), 1.0 / 24.0);
+    EXPECT_EQ(fact(frame, kTotalTime) / fact(frame, kTimeScale), 2.0);
+}
+
+TEST(Session, TellsTheShutterAngleOnlyWithMotionBlur) {
+    Scene scene = small_scene();
+    scene.composition.shutter_angle = 172.5;
+    EXPECT_EQ(fact(first_frame(scene), kShutterAngle), 0.0);
+    scene.composition.motion_blur = true;
+    EXPECT_EQ(fact(first_frame(scene), kShutterAngle), 172.5);
+}
+
+TEST(Session, ServesTheCompositionsSizeAndShutter) {
+    Scene scene = small_scene();
+    scene.composition.shutter_angle = 180.0;
+    scene.composition.shutter_phase = -90.0;
+    Session session(TEST_EFFECT);
+    const Frame frame = session.render(scene, scene.composition.frame_time(3));
+    EXPECT_EQ(fact(frame, kItemWidth), 64.0);
+    EXPECT_EQ(fact(frame, kItemHeight), 36.0);
+    // A quarter of a frame before frame 3, for half a frame.
+    EXPECT_EQ(fact(frame, kShutterStart) / fact(frame, kShutterScale), 2.75 / 24.0);
+    EXPECT_EQ(fact(frame, kShutterDuration) / fact(frame, kShutterScale), 0.5 / 24.0);
+}
+
+TEST(Session, ServesTheCameraAtTheTimeAskedFor) {
+    Scene scene = small_scene();
+    scene.composition.shutter_phase = 180.0;
+    Session session(TEST_EFFECT);
+    const Frame frame = session.render(scene, scene.composition.frame_time(11));
+    // The effect asks at the shutter's opening: 11.5 frames.
+    const double opening = 11.5 / 24.0;
+    ASSERT_EQ(frame.camera_times.size(), 1u);
+    EXPECT_DOUBLE_EQ(frame.camera_times[0].seconds(), opening);
+    EXPECT_EQ(fact(frame, kHasCamera), 1.0);
+    const float expected[16] = {
+        1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, static_cast<float>(100.0 + opening), 7, -9, 1};
+    for (int i = 0; i < 16; ++i) {
+        EXPECT_EQ(fact(frame, kMatrix + i), static_cast<double>(expected[i])) << i;
+    }
+    EXPECT_EQ(fact(frame, kZoom), static_cast<double>(static_cast<float>(50.0 + 2.0 * opening)));
+}
+
+TEST(Session, HasNoCameraWhereTheSceneHasNone) {
+    Scene scene = small_scene();
+    scene.camera = nullptr;
+    const Frame frame = first_frame(scene);
+    EXPECT_EQ(fact(frame, kHasCamera), 0.0);
+    EXPECT_EQ(fact(frame, kItemWidth), 64.0) << "the queries themselves succeed";
+    EXPECT_TRUE(frame.camera_times.empty());
+}
+
+TEST(Session, ShowsTheSameViewAtAnotherSize) {
+    RenderOptions options;
+    options.width = 96;
+    options.height = 54;
+    const Frame frame = first_frame(small_scene(), options);
+    EXPECT_EQ(frame.world.width(), 96);
+    EXPECT_EQ(frame.world.height(), 54);
+    EXPECT_EQ(fact(frame, kInWidth), 64.0) << "the layer's full size";
+    EXPECT_EQ(fact(frame, kItemWidth), 64.0);
+    EXPECT_EQ(fact(frame, kDownsampleNum), 3.0);
+    EXPECT_EQ(fact(frame, kDownsampleDen), 2.0);
+    EXPECT_EQ(frame.result_rect, (host::Rect{0, 0, 96, 54}));
+    EXPECT_EQ(frame.max_result_rect, (host::Rect{0, 0, 96, 54}));
+}
+
+TEST(Session, RendersEveryDepth) {
+    Session session(TEST_EFFECT);
+    const Scene scene = small_scene();
+    RenderOptions options;
+    options.depth = Depth::Bits8;
+    const Frame eight = session.render(scene, {0, 24}, options);
+    options.depth = Depth::Bits16;
+    const Frame sixteen = session.render(scene, {0, 24}, options);
+    options.depth = Depth::Float;
+    const Frame floating = session.render(scene, {0, 24}, options);
+    using Eight = std::array<std::uint8_t, 4>;
+    using Sixteen = std::array<std::uint16_t, 4>;
+    using Floating = std::array<float, 4>;
+    EXPECT_EQ(eight.world.pixel<std::uint8_t>(5, 3), (Eight{255, 35, 2, 3}));
+    EXPECT_EQ(sixteen.world.pixel<std::uint16_t>(63, 35), (Sixteen{32768, 413, 2, 3}));
+    EXPECT_EQ(floating.world.pixel<float>(63, 35), (Floating{1.0F, 413.0F, 2.0F, 3.0F}));
+    EXPECT_EQ(fact(floating, kBitDepth), 32.0);
+    for (const Frame* frame : {&eight, &sixteen, &floating}) {
+        EXPECT_TRUE(frame->drawn);
+        EXPECT_EQ(frame->undrawn_pixels, 0u);
+        EXPECT_EQ(frame->status, 0);
+        EXPECT_TRUE(frame->violations.empty()) << frame->violations.front();
+    }
+}
+
+TEST(Session, GivesInputAndOutputDifferentStrides) {
+    RenderOptions options;
+    options.output_padding = 4;
+    options.input_padding = 100;
+    const Frame frame = first_frame(small_scene(), options);
+    EXPECT_EQ(fact(frame, kOutputRowBytes), 64 * 16 + 4);
+    EXPECT_EQ(fact(frame, kInputRowBytes), 64 * 16 + 100);
+}
+
+TEST(Session, HandsOutTablesOfFullLength) {
+    EXPECT_EQ(fact(first_frame(small_scene()), kNullSlots), 0.0);
+}
+
+TEST(Session, CountsParametersLeftCheckedOutWithoutMindingThem) {
+    const Frame frame = first_frame(small_scene());
+    EXPECT_EQ(frame.open_param_checkouts, 1);
+    EXPECT_EQ(count(frame.calls, "checkout_param"), 6);
+    EXPECT_EQ(count(frame.calls, "checkin_param"), 5);
+    EXPECT_TRUE(frame.violations.empty());
+}
+
+TEST(Session, BalancesSuitesAndHandles) {
+    Session session(TEST_EFFECT);
+    const Frame frame = session.render(small_scene(), {0, 24});
+    EXPECT_EQ(count(frame.calls, "AcquireSuite"), count(frame.calls, "ReleaseSuite"));
+    EXPECT_GT(count(frame.calls, "AcquireSuite"), 0);
+    EXPECT_EQ(session.live_handles(), 0u);
+}
+
+TEST(Session, DeletesPreRenderDataOnceAfterTheRender) {
+    Session session(TEST_EFFECT);
+    const Frame frame = session.render(small_scene(), {0, 24});
+    EXPECT_EQ(frame.data_deletions, 1);
+    // The effect's data holds a handle, which its deleter disposes of: once, as the last call.
+    EXPECT_EQ(count(frame.calls, "host_dispose_handle"), 1);
+    EXPECT_EQ(frame.calls.back().name, "host_dispose_handle");
+}
+
+TEST(Session, DeletesPreRenderDataAlsoWithoutARender) {
+    Session session(TEST_EFFECT);
+    RenderOptions options;
+    options.render_follows = false;
+    const Frame frame = session.render(small_scene(), {0, 24}, options);
+    EXPECT_FALSE(frame.rendered);
+    EXPECT_FALSE(frame.drawn);
+    EXPECT_EQ(frame.data_deletions, 1);
+    EXPECT_EQ(session.live_handles(), 0u);
+    EXPECT_EQ(count(frame.calls, "PF_Cmd_SMART_RENDER"), 0);
+    EXPECT_TRUE(frame.violations.empty());
+}
+
+TEST(Session, ShowsTheAboutText) {
+    Session session(TEST_EFFECT);
+    EXPECT_EQ(session.about(), "Test effect v9");
+    EXPECT_TRUE(session.messages().empty());
+}
+
+TEST(Session, ReadsDependenciesAndDisposesOfTheHandle) {
+    Session session(TEST_EFFECT);
+    EXPECT_EQ(session.dependencies(1), "one font");
+    EXPECT_EQ(session.dependencies(2), std::nullopt);
+    EXPECT_EQ(session.live_handles(), 0u);
+}
+
+TEST(Session, TellsDynamicFlagsOverWhatStoodThere) {
+    Session session(TEST_EFFECT);
+    EXPECT_EQ(session.dynamic_flags(small_scene(), {0, 24}), 0x1407);
+    EXPECT_EQ(session.dynamic_flags(small_scene(), {0, 24}, 0), 0x4);
+    EXPECT_EQ(session.info().out_flags2, 0x1403) << "the declared flags stay";
+}
+
+TEST(Session, PlaysSeveralScenesInTurn) {
+    Session session(TEST_EFFECT);
+    const Frame large = session.render(small_scene(80, 20), {0, 24});
+    const Frame small = session.render(small_scene(), {0, 24});
+    EXPECT_EQ(large.world.width(), 80);
+    EXPECT_EQ(small.world.width(), 64);
+    EXPECT_EQ(fact(small, kItemWidth), 64.0);
+}
+
+TEST(Session, RefusesControlsThatDoNotFitBeforeAnyCommand) {
+    Session session(TEST_EFFECT);
+    Scene scene = small_scene();
+    scene.controls = {set("Gian", Track(1.0))};
+    const std::size_t calls = session.calls().size();
+    EXPECT_THROW(session.render(scene, {0, 24}), host::SceneError);
+    EXPECT_EQ(session.calls().size(), calls);
+}
+
+TEST(Session, RefusesSizesWithoutPixelsAndBeyondTheEffect) {
+    Session session(TEST_EFFECT);
+    RenderOptions options;
+    options.width = -1;
+    EXPECT_THROW(session.render(small_scene(), {0, 24}, options), host::FrameError);
+    options.width = 16384;
+    options.height = 16384;
+    EXPECT_THROW(session.render(small_scene(), {0, 24}, options), host::FrameError);
+    EXPECT_THROW(session.render(small_scene(), {0, 0}), host::FrameError);
+}
+
+TEST(Session, ReportsAHostSideFailureInsteadOfAWrongPicture) {
+    class BrokenCamera : public session_scene::PlainCamera {
+        double zoom(double) const override { throw std::out_of_range("no zoom there"); }
+    };
+    Scene scene = small_scene();
+    scene.camera = std::make_shared<BrokenCamera>();
+    Session session(TEST_EFFECT);
+    EXPECT_THROW(session.render(scene, {0, 24}), std::out_of_range);
+    scene.camera = std::make_shared<session_scene::PlainCamera>();
+    EXPECT_TRUE(session.render(scene, {0, 24}).drawn) << "and goes on with the next frame";
+}
+
+TEST(Session, MakesCallsFailByNameAndCount) {
+    host::SessionOptions options;
+    int suites_failed = 0;
+    options.filter = [&](std::string_view name, int which) -> std::optional<std::int32_t> {
+        if (name == "AEGP_GetEffectCamera" && which == 2) {
+            return 13;
+        }
+        if (name == "AcquireSuite" && which == 1) {
+            ++suites_failed;
+            return 99;
+        }
+        return std::nullopt;
+    };
+    Session session(TEST_EFFECT, options);
+    const Frame first = session.render(small_scene(), {0, 24});
+    EXPECT_EQ(suites_failed, 1);
+    EXPECT_EQ(fact(first, kNullSlots), 1000.0) << "the first suite was not to be had";
+    EXPECT_EQ(fact(first, kHasCamera), 1.0);
+    const Frame second = session.render(small_scene(), {0, 24});
+    EXPECT_EQ(fact(second, kHasCamera), 0.0);
+    const auto failed =
+        std::find_if(second.calls.begin(), second.calls.end(),
+                     [](const auto& call) { return call.name == "AEGP_GetEffectCamera"; });
+    ASSERT_NE(failed, second.calls.end());
+    EXPECT_EQ(failed->status, 13);
+    EXPECT_EQ(fact(session.render(small_scene(), {0, 24}), kHasCamera), 1.0);
+}
+
+TEST(PremiereSession, OffersItsOwnFewSuitesAndRendersPlainly) {
+    host::SessionOptions options;
+    options.application = host::Application::Premiere;
+    Session session(TEST_EFFECT, options);
+    EXPECT_EQ(session.declared_pixel_formats(), (std::vector<std::int32_t>{0x61726762}));
+    Scene scene = small_scene();
+    scene.controls = {set("Count", Track(9.0))};
+    RenderOptions eight;
+    eight.depth = Depth::Bits8;
+    const Frame frame = session.render(scene, {0, 24}, eight);
+    EXPECT_EQ(names(frame.calls, "PF_Cmd"),
+              (std::vector<std::string>{"PF_Cmd_QUERY_DYNAMIC_FLAGS", "PF_Cmd_FRAME_SETUP",
+                                        "PF_Cmd_RENDER", "PF_Cmd_FRAME_SETDOWN"}));
+    using Eight = std::array<std::uint8_t, 4>;
+    EXPECT_EQ(frame.world.pixel<std::uint8_t>(63, 35), (Eight{255, 9, 60, 70}));
+    EXPECT_EQ(frame.undrawn_pixels, 0u);
+    EXPECT_TRUE(frame.violations.empty()) << frame.violations.front();
+    RenderOptions floating;
+    EXPECT_THROW(session.render(scene, {0, 24}, floating), host::FrameError);
+}
+
+}  // namespace
