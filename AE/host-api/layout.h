@@ -21,14 +21,29 @@ constexpr bool holds(size_t actual, size_t on64, size_t on32) {
     return kIs64 ? actual == on64 : !kIs32 || actual == on32;
 }
 
+/// The size of a type: `sizeof` itself must not see the fields, some of which are pointers on
+/// purpose.
+template <class T>
+constexpr size_t size_of() {
+    return sizeof(T);  // NOLINT(bugprone-sizeof-expression): some fields are pointers
+}
+
+/// For naming a record's fields; never called.
+template <class Record>
+Record& record();
+
 }  // namespace layout
 
-#define FIELD(record, field, offset64, size64, offset32, size32)               \
-    static_assert(layout::holds(offsetof(record, field), offset64, offset32)); \
-    static_assert(layout::holds(sizeof(static_cast<record*>(nullptr)->field), size64, size32))
+// NOLINTBEGIN(bugprone-macro-parentheses): a field's name cannot stand in parentheses.
+#define FIELD(type, field, offset64, size64, offset32, size32)               \
+    static_assert(layout::holds(offsetof(type, field), offset64, offset32)); \
+    static_assert(                                                           \
+        layout::holds(layout::size_of<decltype(layout::record<type>().field)>(), size64, size32))
+// NOLINTEND(bugprone-macro-parentheses)
 
-#define RECORD(record, size64, size32) static_assert(layout::holds(sizeof(record), size64, size32))
+#define RECORD(type, size64, size32) static_assert(layout::holds(sizeof(type), size64, size32))
 
-#define SLOT(table, function, index) FIELD(table, function, (index)*8, 8, (index)*4, 4)
+#define SLOT(table, function, index) \
+    FIELD(table, function, size_t{8} * (index), 8, size_t{4} * (index), 4)
 
-#define TABLE(table, slots) RECORD(table, (slots)*8, (slots)*4)
+#define TABLE(table, slots) RECORD(table, size_t{8} * (slots), size_t{4} * (slots))
