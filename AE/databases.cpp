@@ -1,0 +1,68 @@
+#include <AE/globals.h>
+#include <AE/messages.h>
+#include <base/exceptions.h>
+#include <dlfcn.h>
+#include <libimgops/starfile.h>
+#include <osapi/directories.h>
+#include <osapi/paths.h>
+
+namespace {
+
+// Between set-up and the first frame no database is open; no index of a file equals this.
+constexpr std::int32_t kNoDatabase = -99;
+
+// From the executable's directory to the one that holds the bundle.
+constexpr char kBundleParent[] = "/../../..";
+
+}  // namespace
+
+LumivarGlobals* globals = nullptr;
+
+void drop_globals() {
+    // Out of reach before its database closes, which may throw.
+    LumivarGlobals* dropped = globals;
+    globals = nullptr;
+    delete dropped;
+}
+
+String get_lumivar_path() {
+    Dl_info info = {};
+    if (dladdr(reinterpret_cast<const void*>(&get_lumivar_path), &info) == 0 ||
+        info.dli_fname == nullptr) {
+        return String();
+    }
+    return OSAPI::dirname(info.dli_fname) + kBundleParent;
+}
+
+PF_Err find_star_databases(const String& directory, LumivarGlobals& found, PF_OutData* out_data) {
+    Array<String> entries;
+    OSAPI::lsdir(directory.c_str(), entries);
+    for (uword i = 0; i < entries.len(); ++i) {
+        // Anywhere in the name: users park databases as a.stars.bak and expect them in the list.
+        if (entries[i].find(".stars") == String::kNotFound) {
+            continue;
+        }
+        const String path = directory + "/" + entries[i];
+        found.starfiles.append(path);
+        try {
+            found.stardb.reset(op_stars_file_input(path.c_str()));
+        } catch (const Xception&) {
+            out_data->out_flags |= PF_OutFlag_DISPLAY_ERROR_MESSAGE;
+            set_return_msg(out_data,
+                           String::fmt("Error reading Lumivar database file %s.", path.c_str()));
+            return PF_Err_INTERNAL_STRUCT_DAMAGED;
+        }
+    }
+    if (found.starfiles.empty()) {
+        // Deliberately without the display flag: the host shows this one as a notice.
+        set_return_msg(out_data,
+                       String::fmt("Cannot locate any Lumivar star database files. Please place "
+                                   "the .stars file in the same directory as the Lumivar plugin "
+                                   "(%s).",
+                                   directory.c_str()));
+        return PF_Err_INTERNAL_STRUCT_DAMAGED;
+    }
+    found.stardb_index = kNoDatabase;
+    found.stardb.reset();
+    return PF_Err_NONE;
+}

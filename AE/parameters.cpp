@@ -1,0 +1,111 @@
+// Reads the controls of one frame.
+#include <AE/instance.h>
+
+namespace {
+
+/// How a control's value becomes a field of the instance.
+enum class ParamKind {
+    number = 0,
+    color = 1,
+    integer = 2,
+    checkbox = 3,
+    // Converted like a checkbox, deliberately: both choices of the popup read as 1.
+    pixel_treatment = 4,
+    projection = 5,
+    database = 6
+};
+
+/// An 8-bit channel as 0 to 1, in single precision: renders must not change in their last bits.
+double channel(A_u_char code) { return static_cast<double>(static_cast<float>(code) / 255.0F); }
+
+/// Stores a control's value in the member `field` of `instance`.
+template <ParamKind kind, auto field>
+void store(MyInstance& instance, const PF_ParamDefUnion& u) {
+    auto& destination = instance.*field;
+    if constexpr (kind == ParamKind::number) {
+        destination = u.fs_d.value;
+    } else if constexpr (kind == ParamKind::color) {
+        destination[0] = channel(u.cd.value.red);
+        destination[1] = channel(u.cd.value.green);
+        destination[2] = channel(u.cd.value.blue);
+    } else if constexpr (kind == ParamKind::integer) {
+        destination = u.sd.value;
+    } else if constexpr (kind == ParamKind::checkbox) {
+        destination = u.bd.value != 0 ? 1 : 0;
+    } else if constexpr (kind == ParamKind::pixel_treatment) {
+        destination = u.pd.value != 0 ? 1 : 0;
+    } else if constexpr (kind == ParamKind::projection) {
+        switch (u.pd.value) {
+            case 1:
+                destination = Persp;
+                break;
+            case 2:
+                destination = HemiSph;
+                break;
+            case 3:
+                destination = AzEqu;
+                break;
+            default:
+                break;
+        }
+    } else {
+        static_assert(kind == ParamKind::database);
+        // As unsigned, so that the smallest value wraps instead of overflowing.
+        destination = static_cast<std::int32_t>(static_cast<u32>(u.pd.value) - 1U);
+    }
+}
+
+struct ParamRow {
+    ParamId id;
+    void (*store)(MyInstance& instance, const PF_ParamDefUnion& u);
+};
+
+// In the order in which the host is asked.
+constexpr ParamRow kRows[] = {
+    {kStarSpotSize, store<ParamKind::number, &MyInstance::spot_size>},
+    {kStarAspectRatio, store<ParamKind::number, &MyInstance::aspect_ratio>},
+    {kLuminanceThreshold, store<ParamKind::number, &MyInstance::lum_threshold>},
+    {kMaximumLuminance, store<ParamKind::number, &MyInstance::max_lum>},
+    {kStarBrightness, store<ParamKind::number, &MyInstance::star_brightness>},
+    {kBrightnessBias, store<ParamKind::number, &MyInstance::brightness_bias>},
+    {kStarSaturation, store<ParamKind::number, &MyInstance::star_saturation>},
+    {kTintStrength, store<ParamKind::number, &MyInstance::tint_strength_param>},
+    {kTintColor, store<ParamKind::color, &MyInstance::tint_rgb>},
+    {kParallaxCrush, store<ParamKind::number, &MyInstance::parallax_crush_param>},
+    {kMotionBlurSegments, store<ParamKind::integer, &MyInstance::mb_segments>},
+    {kTreatPixelsAs, store<ParamKind::pixel_treatment, &MyInstance::treat_srgb>},
+    {kAnamorphicDOF, store<ParamKind::checkbox, &MyInstance::anamorphic_dof>},
+    {k3DStars, store<ParamKind::checkbox, &MyInstance::stars_3d>},
+    {kProjection, store<ParamKind::projection, &MyInstance::projection_mode>},
+    {kStarDatabase, store<ParamKind::database, &MyInstance::database_index>},
+};
+
+/// Reads the controls in order up to the first that the host refuses.
+PF_Err read_controls(PF_InData* in_data, MyInstance& instance) {
+    for (const ParamRow& row : kRows) {
+        PF_ParamDef def = {};
+        // Never checked in again, deliberately: hosts release a pre-render's checkouts themselves.
+        const PF_Err err =
+            in_data->inter.checkout_param(in_data->effect_ref, row.id, in_data->current_time,
+                                          in_data->time_step, in_data->time_scale, &def);
+        if (err != PF_Err_NONE) {
+            return err;
+        }
+        row.store(instance, def.u);
+    }
+    return PF_Err_NONE;
+}
+
+}  // namespace
+
+void get_params(PF_InData* in_data, MyInstance& instance, AEGP_SuiteHandler& suites) {
+    const PF_Err err = read_controls(in_data, instance);
+    instance.cameras.clear();
+    if (err == PF_Err_NONE) {
+        sample_cameras(in_data, instance, suites);
+    }
+    if (instance.cameras.empty()) {
+        // The default one: at the origin, with the lens that projects without a camera have.
+        instance.cameras.append();
+    }
+}

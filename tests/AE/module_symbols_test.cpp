@@ -1,0 +1,59 @@
+// What the built module shows the host and what it needs.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+/// What a command writes to standard output; the command must succeed.
+std::string output_of(const std::string& command) {
+    FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) {
+        throw std::runtime_error("cannot run " + command);
+    }
+    std::string output;
+    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) {
+        output += static_cast<char>(c);
+    }
+    if (pclose(pipe) != 0) {
+        throw std::runtime_error("failed: " + command);
+    }
+    return output;
+}
+
+}  // namespace
+
+TEST(ModuleSymbols, EntryPointFuncIsTheOnlyExport) {
+    std::istringstream lines(
+        output_of("nm --dynamic --defined-only --format=posix '" LUMIVAR_MODULE "'"));
+    std::set<std::string> names;
+    for (std::string line; std::getline(lines, line);) {
+        names.insert(line.substr(0, line.find(' ')));
+    }
+    EXPECT_EQ(names, std::set<std::string>{"EntryPointFunc"});
+}
+
+TEST(ModuleSymbols, NeedsTheRunTimeLibrariesAlone) {
+    std::istringstream lines(output_of("readelf --dynamic --wide '" LUMIVAR_MODULE "'"));
+    // The dynamic loader itself counts to the C library.
+    std::set<std::string> allowed = {"libstdc++.so", "libm.so", "libgcc_s.so", "libc.so",
+                                     "ld-linux-x86-64.so"};
+#ifdef LUMIVAR_SANITIZED
+    allowed.insert({"libasan.so", "libubsan.so", "libdl.so", "libpthread.so", "librt.so"});
+#endif
+    int found = 0;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find("(NEEDED)") == std::string::npos) {
+            continue;
+        }
+        ++found;
+        const size_t start = line.find('[') + 1;
+        const std::string name = line.substr(start, line.find(".so") + 3 - start);
+        EXPECT_EQ(allowed.count(name), 1U) << name;
+    }
+    EXPECT_GT(found, 0);
+}
