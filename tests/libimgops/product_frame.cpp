@@ -64,6 +64,7 @@ support::Picture product_frame(const std::vector<reference::Star>& stars,
                                const reference::Settings& settings,
                                const std::vector<reference::Camera>& cameras) {
     std::vector<support::CatalogueStar> records;
+    records.reserve(stars.size());
     for (const reference::Star& one : stars) {
         records.push_back(
             {one.lon, one.lat, one.luminance, one.srgb[0], one.srgb[1], one.srgb[2], one.distance});
