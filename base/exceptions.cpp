@@ -25,19 +25,25 @@ void Xception::warning(const char* function, const char* format, ...) {
 
 StrXception::StrXception(const char* file, const char* function, int line, const char* format,
                          ...) {
+    String text;
     va_list arguments;
     va_start(arguments, format);
     try {
-        message_.vsprintf(format, arguments);
+        text.vsprintf(format, arguments);
     } catch (...) {
         va_end(arguments);
         throw;
     }
     va_end(arguments);
-    message_ += String::fmt(" in <%s> (%s:%d)", function, file, line);
+    // One formatted text, since formatting reports a want of memory and appending does not.
+    message_.sprintf("%s in <%s> (%s:%d)", text.c_str(), function, file, line);
 }
 
-void StrXception::print() const { display_error("Error", message_.c_str()); }
+StrXception::StrXception(String&& message) noexcept : message_(static_cast<String&&>(message)) {}
+
+void StrXception::print() const {
+    display_error("Error", message_.len() != 0 ? message_.c_str() : "out of memory");
+}
 
 AssertXception::AssertXception(const char* expression, const char* file, const char* function,
                                int line)

@@ -7,7 +7,7 @@ namespace {
 constexpr double kSmallestSafeDeterminant = 1e-10;
 
 // Tolerance of the affinity and orthogonality checks.
-constexpr double EPSILON = static_cast<double>(0.0001F);
+constexpr float EPSILON = 0.0001F;
 
 /// Determinant of the 3x3 matrix that is left when row `r` and column `c` are struck out.
 template <class T>
@@ -138,30 +138,33 @@ template <>
 void Matrix4<double>::decompose_lw(VectorN<double, 3>& translation, VectorN<double, 3>& rotation,
                                    VectorN<double, 3>& scale) const {
     const Matrix4& m = *this;
-    const auto fabsf = [](double x) { return std::fabs(x); };
-    // The conditions' texts are the messages: kept as they are spelt.
+    // The conditions' texts are the messages: kept as they are spelt. They compare in single
+    // precision, as the function named in them does.
+    const auto fabsf = [](double x) { return std::fabs(static_cast<float>(x)); };
     // clang-format off
     XASSERT(fabsf(m(0,3)) < EPSILON && fabsf(m(1,3)) < EPSILON && fabsf(m(2,3)) < EPSILON && fabsf(m(3,3)-1) < EPSILON);
     // clang-format on
-    translation = VectorN<double, 3>(m(3, 0), m(3, 1), m(3, 2));
+    VectorN<double, 3> lengths;
     double rs[3][3];
     for (int r = 0; r < 3; ++r) {
         const VectorN<double, 3> row(m(r, 0), m(r, 1), m(r, 2));
-        scale[r] = length(row);
+        lengths[r] = length(row);
         // A mirrored matrix is a rotation after its x axis is turned round.
         if (r == 0 && minor_of(m, 3, 3) < 0) {
-            scale[r] = -scale[r];
+            lengths[r] = -lengths[r];
         }
         for (int c = 0; c < 3; ++c) {
-            rs[r][c] = row[c] / scale[r];
+            rs[r][c] = row[c] / lengths[r];
         }
     }
     // clang-format off
     XASSERT(fabsf(rs[0][0]*rs[1][0] + rs[0][1]*rs[1][1] + rs[0][2]*rs[1][2]) < EPSILON && fabsf(rs[0][0]*rs[2][0] + rs[0][1]*rs[2][1] + rs[0][2]*rs[2][2]) < EPSILON && fabsf(rs[1][0]*rs[2][0] + rs[1][1]*rs[2][1] + rs[1][2]*rs[2][2]) < EPSILON);
     // clang-format on
-    const Matrix4<double> pure(rs[0][0], rs[0][1], rs[0][2], 0, rs[1][0], rs[1][1], rs[1][2], 0,
-                               rs[2][0], rs[2][1], rs[2][2], 0, 0, 0, 0, 1);
+    const Matrix4 pure(rs[0][0], rs[0][1], rs[0][2], 0, rs[1][0], rs[1][1], rs[1][2], 0, rs[2][0],
+                       rs[2][1], rs[2][2], 0, 0, 0, 0, 1);
+    translation = VectorN<double, 3>(m(3, 0), m(3, 1), m(3, 2));
     rotation = pure.orthonormal_to_euler();
+    scale = lengths;
 }
 
 template class Matrix4<float>;

@@ -5,13 +5,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 
 namespace {
 
 const char kEmptyText[] = "";
 
 // First guess of a formatted text's size; longer texts take a second pass.
-constexpr int kFirstFormatSize = 100;
+constexpr std::size_t kFirstFormatSize = 100;
 
 /// A copy of `text` from the C allocator; null for a null or empty text.
 char* my_strdup(const char* text) {
@@ -22,34 +23,50 @@ char* my_strdup(const char* text) {
     if (size == 1) {
         return nullptr;
     }
-    // Not tested for failure: without memory for a name nothing could be reported either.
+    // Not tested for failure: only formatting reports a want of memory.
     char* block = static_cast<char*>(std::malloc(size));
-    std::memcpy(block, text, size);
+    std::strncpy(block, text, size);
     return block;
 }
 
+/// Throws "out of memory" with the place of the raise, without the growing formatter: that is the
+/// one which has just failed, and would be called again without end.
+[[noreturn]] void throw_out_of_memory(const char* function, int line) {
+    static const char kFormat[] = "out of memory in <%s> (%s:%d)";
+    String message;
+    const int length = std::snprintf(nullptr, 0, kFormat, function, __FILE__, line);
+    const std::size_t size = static_cast<std::size_t>(length) + 1;
+    char* block = static_cast<char*>(std::malloc(size));
+    if (block != nullptr) {
+        std::snprintf(block, size, kFormat, function, __FILE__, line);
+        message.set_buf(block);
+    }
+    throw StrXception(static_cast<String&&>(message));
+}
+
 /// The formatted text in a block of the C allocator that the caller owns. The block is as large as
-/// the last size tried, not trimmed.
+/// the last size tried, not trimmed. Throws `StrXception` "out of memory".
 __attribute__((format(printf, 1, 0))) char* my_vsnprintf(const char* format, va_list arguments) {
-    int size = kFirstFormatSize;
-    char* block = static_cast<char*>(std::malloc(static_cast<std::size_t>(size)));
+    std::size_t size = kFirstFormatSize;
+    char* block = static_cast<char*>(std::malloc(size));
     if (block == nullptr) {
-        XTHROW("out of memory");
+        throw_out_of_memory(__PRETTY_FUNCTION__, __LINE__);
     }
     for (;;) {
         va_list pass;
         va_copy(pass, arguments);
-        const int result = std::vsnprintf(block, static_cast<std::size_t>(size), format, pass);
+        const int result = std::vsnprintf(block, size, format, pass);
         va_end(pass);
-        if (result >= 0 && result < size) {
+        if (result >= 0 && static_cast<std::size_t>(result) < size) {
             return block;
         }
-        // A C library that reports only truncation gives a negative result.
-        size = result >= size ? result + 1 : size * 2;
-        char* larger = static_cast<char*>(std::realloc(block, static_cast<std::size_t>(size)));
+        // A C library that reports only truncation gives a negative result. A text that can never
+        // be formatted gives one too: the growth then ends with the allocator's refusal.
+        size = result >= 0 ? static_cast<std::size_t>(result) + 1 : size * 2;
+        char* larger = static_cast<char*>(std::realloc(block, size));
         if (larger == nullptr) {
             std::free(block);
-            XTHROW("out of memory");
+            throw_out_of_memory(__PRETTY_FUNCTION__, __LINE__);
         }
         block = larger;
     }
@@ -84,19 +101,22 @@ String& String::operator=(const char* text) {
     return *this;
 }
 
+// The copy is made before the old text goes, so that a string may be assigned to itself.
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
 String& String::operator=(const String& other) {
-    if (this != &other) {
-        set_buf(my_strdup(other.buffer_));
-    }
+    set_buf(my_strdup(other.buffer_));
     return *this;
 }
 
 String& String::operator=(String&& other) noexcept {
-    if (this != &other) {
-        std::free(buffer_);
-        buffer_ = other.buffer_;
-        other.buffer_ = nullptr;
+    char* taken = other.buffer_;
+    other.buffer_ = nullptr;
+    // Assignment never leaves an empty block, whichever way the text comes.
+    if (taken != nullptr && *taken == '\0') {
+        std::free(taken);
+        taken = nullptr;
     }
+    set_buf(taken);
     return *this;
 }
 
@@ -131,7 +151,8 @@ String& String::operator+=(const char* text) {
     const std::size_t length = std::strlen(buffer_);
     const std::size_t added = std::strlen(text);
     // `text` may lie in this very buffer, which realloc moves.
-    const bool own_text = text >= buffer_ && text <= buffer_ + length;
+    const bool own_text = std::less_equal<const char*>()(buffer_, text) &&
+                          std::less_equal<const char*>()(text, buffer_ + length);
     const std::size_t own_offset = own_text ? static_cast<std::size_t>(text - buffer_) : 0;
     buffer_ = static_cast<char*>(std::realloc(buffer_, length + added + 1));
     std::memcpy(buffer_ + length, own_text ? buffer_ + own_offset : text, added);
@@ -148,6 +169,7 @@ unsigned int String::hash() const {
     }
     for (const char* p = buffer_; *p != '\0'; ++p) {
         // Signed on every target: bytes from 0x80 on contribute negative amounts.
+        // NOLINTNEXTLINE(bugprone-signed-char-misuse): the sign is wanted
         const int c = static_cast<signed char>(*p);
         h += static_cast<unsigned int>(c * 16);
         h += static_cast<unsigned int>(c >> 4);

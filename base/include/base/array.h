@@ -3,7 +3,9 @@
 
 #include <base/words.h>
 
+#include <cstddef>
 #include <new>
+#include <type_traits>
 
 /// Untyped growable bytes from the C allocator. Grows by doubling, from 32 bytes on, so that
 /// appending is amortised constant time.
@@ -60,7 +62,7 @@ public:
     Array() = default;
     Array(const Array&) = delete;
     Array& operator=(const Array&) = delete;
-    ~Array() { clear(); }
+    ~Array() noexcept(std::is_nothrow_destructible_v<T>) { clear(); }
 
     /// Elements stored.
     uword len() const { return bytes_.len() / sizeof(T); }
@@ -74,16 +76,16 @@ public:
     const T* last() const { return at(len() - 1); }
 
     /// Makes room for `n` elements more, as raw bytes that the caller constructs in place, and
-    /// returns the address of the last one. The length grows at once.
+    /// returns the address of the last one (null when there is none). The length grows at once.
     T* reserve(unsigned long n) {
         bytes_.grow_by(n * sizeof(T));
-        return last();
+        return empty() ? nullptr : last();
     }
     /// One raw element more.
     T* _append() { return reserve(1); }
-    /// One default-constructed element more.
+    /// One default-constructed element more; the fields of a plain record are 0.
     T* append() {
-        return append_made([](void* place) { return new (place) T; });
+        return append_made([](void* place) { return new (place) T(); });
     }
     /// A copy of `value` more; `value` may be an element of this array.
     T* append(const T& value) {
@@ -91,7 +93,7 @@ public:
         return append_made([&copy](void* place) { return new (place) T(static_cast<T&&>(copy)); });
     }
 
-    /// Destroys the last element. Memory is kept.
+    /// Destroys the last element; there must be one. Memory is kept.
     void shrink() {
         T* element = last();
         // Out of the array before its destructor runs, which may throw.
@@ -109,7 +111,8 @@ public:
 
 private:
     T* at(unsigned long index) const {
-        return reinterpret_cast<T*>(bytes_[static_cast<long>(index * sizeof(T))]);
+        static_assert(alignof(T) <= alignof(std::max_align_t), "the C allocator's alignment");
+        return static_cast<T*>(static_cast<void*>(bytes_[static_cast<long>(index * sizeof(T))]));
     }
 
     template <class Make>

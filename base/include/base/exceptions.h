@@ -34,6 +34,10 @@ public:
     StrXception(const char* file, const char* function, int line, const char* format, ...)
         __attribute__((format(printf, 5, 6)));
 
+    /// Takes over a complete message, for a raise that has no memory to format one. The null string
+    /// stands for a want of memory even for the message.
+    explicit StrXception(String&& message) noexcept;
+
     /// "Error: MESSAGE" on standard error.
     void print() const override;
 

@@ -23,9 +23,9 @@ template <class T, int N>
 class VectorN {
 public:
     VectorN() = default;
-    VectorN(T x, T y) : elements_{x, y} { static_assert(N == 2); }
-    VectorN(T x, T y, T z) : elements_{x, y, z} { static_assert(N == 3); }
-    VectorN(T x, T y, T z, T w) : elements_{x, y, z, w} { static_assert(N == 4); }
+    VectorN(T x, T y) requires(N == 2) : elements_{x, y} {}
+    VectorN(T x, T y, T z) requires(N == 3) : elements_{x, y, z} {}
+    VectorN(T x, T y, T z, T w) requires(N == 4) : elements_{x, y, z, w} {}
 
     T& operator[](int index) { return elements_[index]; }
     const T& operator[](int index) const { return elements_[index]; }
@@ -134,9 +134,11 @@ public:
     /// The angles (yaw, pitch, roll, in radians) that `from_euler_angles` makes this rotation of,
     /// for |pitch| below 90 degrees.
     VectorN<double, 3> orthonormal_to_euler() const;
-    /// Splits an affine matrix into `translation`, rotation angles (as `orthonormal_to_euler`) and
-    /// `scale` (lengths of the rows, negative x for a mirrored matrix). Throws `AssertXception`
-    /// unless the matrix is affine with orthogonal rows.
+    /// Splits an affine matrix into `translation` (the last row), `rotation` (yaw, pitch, roll, as
+    /// `orthonormal_to_euler`) and `scale` (lengths of the first three rows; a mirrored matrix has
+    /// a negative first one): the matrix is scale, then rotation, then translation. Throws
+    /// `AssertXception` and writes nothing unless the matrix is affine with orthogonal rows, each
+    /// within 0.0001.
     void decompose_lw(VectorN<double, 3>& translation, VectorN<double, 3>& rotation,
                       VectorN<double, 3>& scale) const;
 
@@ -155,8 +157,8 @@ void transform(const Matrix4<double>& m, VectorN<double, 4>& v);
 /// (x, y, z) times 1 / w; a w of 0 yields infinities.
 VectorN<double, 3> hpoint_to_point(const VectorN<double, 4>& h);
 
-/// The library's largest bound: 2^127, not the IEEE infinity. Empty intervals saved with it stay
-/// finite under arithmetic.
+/// The end of an empty interval: 2^127, deliberately not the IEEE infinity, so that arithmetic on
+/// an empty interval yields numbers.
 inline constexpr float infinity = 0x1p127F;
 
 // The tie rules matter for what is not a number: with a NaN on either side both return `b`.

@@ -36,7 +36,8 @@ private:
     T* object_ = nullptr;
 };
 
-/// Owns one array made with `new[]`, or nothing. Not copyable.
+/// Owns one array made with `new[]`, or nothing. Not copyable: ownership is single. The destructor
+/// lets those of the elements throw.
 template <class T>
 class scoped_array {
 public:

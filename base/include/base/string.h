@@ -22,17 +22,22 @@ public:
     String() = default;
     /// Copies `text`; null and "" both give the null string.
     String(const char* text);  // NOLINT(google-explicit-constructor): texts convert freely
-    /// Copies at most `count` characters of `text`; a count of 0 gives the null string.
+    /// Copies at most `count` characters of `text`; a count of 0 gives the null string, and
+    /// `text` may then be null.
     String(const char* text, unsigned int count);
     /// A two-byte block with the character and NUL, also for NUL itself.
     explicit String(char character);
     String(const String& other);
-    /// Takes the buffer over; `other` becomes the null string.
+    /// Takes the buffer over as it is, even an empty one (a formatted result is handed out this
+    /// way); `other` becomes the null string.
     String(String&& other) noexcept;
     ~String();
 
+    /// Assignment of an empty text, however it is held, gives the null string. `text` may lie in
+    /// this very string.
     String& operator=(const char* text);
     String& operator=(const String& other);
+    /// Takes the buffer over unless it is empty; `other` becomes the null string.
     String& operator=(String&& other) noexcept;
 
     /// The text; an empty text for the null string. Never null. Valid until the string changes.
@@ -44,6 +49,7 @@ public:
     /// Frees the buffer and takes ownership of `buffer`, a block of the C allocator or null.
     void set_buf(char* buffer);
 
+    /// Appends; `text` may lie in this very string. On a null string a text is assigned.
     String& operator+=(char character);
     String& operator+=(const char* text);
     String& operator+=(const String& text);
@@ -52,10 +58,10 @@ public:
     /// are part of the design: interned names are stored by it.
     unsigned int hash() const;
 
-    /// Index of the first occurrence of a text or character, or `kNotFound`.
+    /// Byte index of the first occurrence of a text or character, or `kNotFound`.
     unsigned int find(const char* text) const;
     unsigned int find(char character) const;
-    /// Index of the last occurrence of a character, or `kNotFound`.
+    /// Byte index of the last occurrence of a character, or `kNotFound`.
     unsigned int findr(char character) const;
 
     /// The C library's conversions of the text; 0 for the null string.
@@ -73,7 +79,8 @@ public:
     static void split_by(const char* text, const char* delimiters, Array<String>& out);
     static void split_by(const String& text, const char* delimiters, Array<String>& out);
 
-    /// Formatted text of any length. Throws `StrXception` "out of memory".
+    /// Formatted text of any length; never null, even when nothing is produced. Throws
+    /// `StrXception` "out of memory".
     static String fmt(const char* format, ...) __attribute__((format(printf, 1, 2)));
     static String vfmt(const char* format, va_list arguments) __attribute__((format(printf, 1, 0)));
     /// Replaces the content by the formatted text; unchanged when there is no memory for it.
