@@ -3,13 +3,13 @@
 #include <base/exceptions.h>
 #include <gtest/gtest.h>
 #include <libimgops/starfile.h>
+#include <support/catalogue.h>
+#include <support/scratch.h>
 
 #include <cstring>
 #include <filesystem>
 #include <memory>
 
-#include <support/catalogue.h>
-#include <support/scratch.h>
 #include "fake_host.h"
 
 namespace {
