@@ -13,7 +13,7 @@
 
 #include "catalog_info.h"
 #include "failure.h"
-#include "stars_writer.h"
+#include "star_table.h"
 #include "support/scratch.h"
 #include "tool_run.h"
 
@@ -24,10 +24,6 @@ using lumivar::import_catalogue;
 using Names = std::vector<std::string>;
 
 constexpr const char* kHeader = "ra_deg,dec_deg,vmag,bv,distance_pc\n";
-
-std::string bytes_of(const lumivar::StarRecord& record) {
-    return {reinterpret_cast<const char*>(record.data()), record.size()};
-}
 
 class Import : public testing::Test {
 protected:

@@ -9,7 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "failure.h"
-#include "stars_writer.h"
+#include "star_table.h"
 #include "support/scratch.h"
 #include "tool_run.h"
 
@@ -19,10 +19,6 @@ using lumivar::CatalogueInfo;
 using lumivar::CatalogueStar;
 using lumivar::examine_catalogue;
 using Lines = std::vector<std::string>;
-
-std::string bytes_of(const lumivar::StarRecord& record) {
-    return {reinterpret_cast<const char*>(record.data()), record.size()};
-}
 
 std::string star(double lon, double lat, float luminance, double distance = -1.0) {
     CatalogueStar result;

@@ -13,14 +13,16 @@ TEST(CommandLine, HelpTeachesWithExamplesAndNamesTheExitCodes) {
     const ToolResult result = run_tool({"--help"});
     EXPECT_EQ(result.code, 0);
     EXPECT_EQ(result.err, "");
-    for (const char* text : {"catalog", "Examples:", "Exit codes: 0 done; 1 the work failed"}) {
+    for (const char* text :
+         {"render", "controls", "catalog", "Examples:", "Exit codes: 0 done; 1 the work failed"}) {
         EXPECT_NE(result.out.find(text), std::string::npos) << text;
     }
 }
 
 TEST(CommandLine, EveryCommandHasHelpWithExamples) {
     for (const Arguments& command :
-         {Arguments{"catalog", "import"}, Arguments{"catalog", "info"}}) {
+         {Arguments{"render"}, Arguments{"controls"}, Arguments{"catalog", "import"},
+          Arguments{"catalog", "info"}}) {
         Arguments arguments = command;
         arguments.push_back("--help");
         const ToolResult result = run_tool(arguments);

@@ -44,13 +44,14 @@ void redirect(const char* path, int flags, int target) {
 
 ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const ToolOptions& options)
     : out_file_(temporary_file()), err_file_(temporary_file()) {
-    std::string program = LUMIVAR_PROGRAM;
+    std::string program = options.program;
     std::vector<std::string> texts = arguments;
     std::vector<char*> argv = {program.data()};
     for (std::string& text : texts) {
         argv.push_back(text.data());
     }
     argv.push_back(nullptr);
+    std::vector<std::string> environment = options.environment;
     const std::string& output = options.output.empty() ? out_file_ : options.output;
 
     id_ = fork();
@@ -69,6 +70,9 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const ToolOp
     if (options.file_size_limit) {
         const rlimit limit = {*options.file_size_limit, *options.file_size_limit};
         setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    for (std::string& variable : environment) {
+        putenv(variable.data());
     }
     execv(argv[0], argv.data());
     _exit(127);

@@ -16,9 +16,11 @@ struct ToolResult {
 };
 
 struct ToolOptions {
+    std::string program = LUMIVAR_PROGRAM;
     std::string input = "/dev/null";               ///< file for standard input
     std::string output;                            ///< file for standard output instead of `out`
     std::optional<unsigned long> file_size_limit;  ///< bytes, as if the disk were full beyond
+    std::vector<std::string> environment;          ///< "NAME=VALUE", on top of the tests' own
     int ignored_signal = 0;                        ///< ignored from the start, as nohup does
 };
 

@@ -53,6 +53,13 @@ void sync_folder(const fs::path& folder) {
 
 }  // namespace
 
+void check_output_path(const fs::path& path) {
+    const fs::path parent = resolve_target(path).parent_path();
+    if (access(parent.empty() ? "." : parent.c_str(), W_OK | X_OK) != 0) {
+        throw system_failure("cannot write " + path.string(), errno);
+    }
+}
+
 AtomicFile::AtomicFile(const fs::path& path)
     : shown_(path),
       target_(resolve_target(path)),

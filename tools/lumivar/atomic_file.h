@@ -41,4 +41,8 @@ private:
     int descriptor_ = -1;
 };
 
+/// Throws the `Failure` that an `AtomicFile` would, for what can be told before there is anything
+/// to write.
+void check_output_path(const std::filesystem::path& path);
+
 }  // namespace lumivar

@@ -6,6 +6,7 @@
 
 #include "atomic_file.h"
 #include "csv.h"
+#include "progress.h"
 #include "star_light.h"
 #include "stars_writer.h"
 
@@ -13,6 +14,8 @@ namespace lumivar {
 namespace {
 
 constexpr const char* kExampleHeader = "ra_deg,dec_deg,vmag,bv,distance_pc";
+
+constexpr std::uint32_t kStarsBetweenProgress = 4096;
 
 struct Columns {
     explicit Columns(const CsvReader& table)
@@ -71,6 +74,7 @@ ImportSummary import_catalogue(const std::string& input, const std::filesystem::
     const Columns columns(table);
 
     ImportSummary summary;
+    Progress progress(lines.bytes_in_all(), "bytes");
     file.write(encode_header());
     while (table.next()) {
         // A reader counts records, the header among them, in 32 bits.
@@ -79,6 +83,9 @@ ImportSummary import_catalogue(const std::string& input, const std::filesystem::
         }
         file.write(encode_star(read_star(table, columns, summary)));
         ++summary.stars;
+        if (summary.stars % kStarsBetweenProgress == 0) {
+            progress.update(lines.bytes_read());
+        }
     }
     file.publish();
     return summary;

@@ -40,10 +40,14 @@ int run_command_line(int argc, const char* const* argv) {
     program.set_version_flag("--version", kProgramVersion);
     program.require_subcommand(1);
     program.footer(std::string("Examples:\n"
+                               "  lumivar render scenes/orion.json -o orion.png\n"
+                               "  lumivar controls\n"
                                "  lumivar catalog import data/hip.csv -o hipparcos.stars\n"
                                "  lumivar catalog info hipparcos.stars\n"
                                "Each command has a --help of its own, with more of them.\n\n") +
                    kExitCodesHelp);
+    add_render_command(program);
+    add_controls_command(program);
     add_catalog_command(program);
     try {
         program.parse(argc, argv);

@@ -9,6 +9,8 @@ namespace lumivar {
 int run_command_line(int argc, const char* const* argv);
 
 /// Each adds its subcommand; its callback does the work and throws `Failure`.
+void add_render_command(CLI::App& program);
+void add_controls_command(CLI::App& program);
 void add_catalog_command(CLI::App& program);
 
 }  // namespace lumivar

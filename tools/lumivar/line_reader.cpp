@@ -1,6 +1,7 @@
 #include "line_reader.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -22,6 +23,10 @@ LineReader::LineReader(const std::string& path)
     if (descriptor_ < 0) {
         throw system_failure("cannot read " + name_, errno);
     }
+    struct stat status = {};
+    if (fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
+        file_bytes_ = static_cast<unsigned long long>(status.st_size);
+    }
 }
 
 LineReader::~LineReader() {
@@ -41,6 +46,7 @@ bool LineReader::fill() {
         const ssize_t count = read(descriptor_, buffer_.data() + end_, room);
         if (count >= 0) {
             end_ += static_cast<std::size_t>(count);
+            read_bytes_ += static_cast<unsigned long long>(count);
             return count > 0;
         }
         if (errno != EINTR) {

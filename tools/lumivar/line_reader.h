@@ -25,6 +25,10 @@ public:
     bool next(std::string_view& line);
     /// Number of the line read last, from 1.
     unsigned long number() const { return number_; }
+    /// Bytes of the file that have been read, and all of them; 0 for a pipe, whose length nobody
+    /// knows.
+    unsigned long long bytes_read() const { return read_bytes_; }
+    unsigned long long bytes_in_all() const { return file_bytes_; }
     /// What messages call the file.
     const std::string& name() const { return name_; }
 
@@ -37,6 +41,8 @@ private:
     std::size_t begin_ = 0;  ///< unread bytes are buffer_[begin_, end_)
     std::size_t end_ = 0;
     unsigned long number_ = 0;
+    unsigned long long read_bytes_ = 0;
+    unsigned long long file_bytes_ = 0;
 };
 
 }  // namespace lumivar

@@ -1,0 +1,110 @@
+// The real sky: the scene of Orion with the shipped catalogue, through the built program.
+//
+// Places come from the table of bright stars and WCSLIB, nothing from this project's projection.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <numbers>
+#include <sstream>
+
+#include "read_back.h"
+#include "support/blobs.h"
+#include "support/scratch.h"
+#include "support/sky_wcs.h"
+#include "tool_run.h"
+
+namespace {
+
+struct Place {
+    double ra = 0.0;
+    double dec = 0.0;
+};
+
+/// A star's place by its name in data/bright-stars.csv.
+Place place_of(const std::string& name) {
+    std::ifstream table(LUMIVAR_DATA "/bright-stars.csv");
+    std::string line;
+    while (std::getline(table, line)) {
+        if (line.size() > name.size() && line.substr(line.rfind(',') + 1) == name) {
+            std::istringstream fields(line);
+            Place place;
+            char comma = 0;
+            fields >> place.ra >> comma >> place.dec;
+            return place;
+        }
+    }
+    throw std::runtime_error("no star " + name);
+}
+
+support::Picture load_rgb(const std::string& path) {
+    const ReadBack file = read_back(path);
+    support::Picture picture(file.spec.width, file.spec.height, 3);
+    for (int y = 0; y < file.spec.height; ++y) {
+        for (int x = 0; x < file.spec.width; ++x) {
+            for (int c = 0; c < 3; ++c) {
+                picture.at(x, y, c) = static_cast<double>(file.at<float>(x, y, c));
+            }
+        }
+    }
+    return picture;
+}
+
+/// The scene's view as scenes/orion.json states it: towards 83.7, -0.5, 24 degrees high.
+support::SkyView view_of(const support::Picture& picture) {
+    support::SkyView view;
+    view.ra = 83.7;
+    view.dec = -0.5;
+    view.width = picture.width;
+    view.height = picture.height;
+    view.focal = 1.0 / std::tan(12.0 * std::numbers::pi / 180.0);
+    return view;
+}
+
+class Orion : public testing::TestWithParam<const char*> {};
+
+TEST_P(Orion, StarsStandWhereTheSkyHasThem) {
+    const ScratchFolder folder;
+    const ToolResult result = run_tool(
+        {"render", LUMIVAR_SCENES "/orion.json", "-o", folder / "orion.exr", "--size", GetParam()});
+    ASSERT_EQ(result.code, 0) << result.err;
+    const support::Picture picture = load_rgb(folder / "orion.exr");
+    const support::SkyWcs sky(view_of(picture));
+
+    const auto blob_of = [&](const char* name) {
+        const Place place = place_of(name);
+        const auto expected = sky.pixel(place.ra, place.dec);
+        EXPECT_TRUE(expected) << name;
+        const auto blob = support::find_blob(picture, expected->x, expected->y, 3.0);
+        EXPECT_TRUE(blob) << name;
+        if (blob) {
+            EXPECT_LT(std::hypot(blob->x - expected->x, blob->y - expected->y), 0.3)
+                << name << " at " << blob->x << ", " << blob->y << " instead of " << expected->x
+                << ", " << expected->y;
+        }
+        return blob.value_or(support::Blob{});
+    };
+    const support::Blob mintaka = blob_of("Mintaka");
+    blob_of("Alnilam");
+    const support::Blob alnitak = blob_of("Alnitak");
+    const support::Blob betelgeuse = blob_of("Betelgeuse");
+    const support::Blob rigel = blob_of("Rigel");
+
+    // North up, east to the left: Alnitak is the eastern end of the belt, Betelgeuse above Rigel.
+    EXPECT_LT(alnitak.x, mintaka.x);
+    EXPECT_LT(betelgeuse.y, rigel.y);
+    EXPECT_LT(betelgeuse.x, rigel.x);
+
+    const auto red_over_blue = [&](const support::Blob& blob) {
+        const int x = static_cast<int>(std::lround(blob.x));
+        const int y = static_cast<int>(std::lround(blob.y));
+        return picture.at(x, y, 0) / picture.at(x, y, 2);
+    };
+    EXPECT_GT(red_over_blue(betelgeuse), 1.0);
+    EXPECT_LT(red_over_blue(rigel), 1.0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, Orion, testing::Values("1920x1080", "960x540", "1000x1000"),
+                         [](const auto& size) { return std::string(size.param); });
+
+}  // namespace

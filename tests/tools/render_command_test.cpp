@@ -1,0 +1,475 @@
+// lumivar render and lumivar controls, through the built plug-in.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+#include "read_back.h"
+#include "star_table.h"
+#include "support/scratch.h"
+#include "tool_run.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Arguments = std::vector<std::string>;
+using Names = std::vector<std::string>;
+
+/// Looks at the star of `one_star_database`.
+constexpr const char* kScene = R"({
+    "composition": {"width": 64, "height": 32, "frame_rate": 24, "duration": 1.0},
+    "camera": {"look_at": {"ra": 90, "dec": 0}, "vertical_fov": 24.0},
+    "controls": {"Star Spot Size": 40}
+})";
+
+class Render : public testing::Test {
+protected:
+    Render() {
+        fs::create_directory(folder / "out");
+        fs::create_directory(folder / "tmp");
+        write_file(folder / "scene.json", kScene);
+        write_file(folder / "one.stars", one_star_database());
+        options.environment = {"TMPDIR=" + (folder / "tmp")};
+    }
+    ~Render() override {
+        // However a run ended, no staged copy is left.
+        EXPECT_TRUE(names_in(folder / "tmp").empty());
+    }
+
+    /// Renders the scene with the database of one star unless told otherwise.
+    ToolResult render(const std::string& picture, Arguments more = {}) {
+        Arguments arguments = {"render", folder / "scene.json", "-o", folder / ("out/" + picture)};
+        if (std::find(more.begin(), more.end(), "--plugin") == more.end() &&
+            std::find(more.begin(), more.end(), "--catalogue") == more.end()) {
+            more.insert(more.end(), {"--catalogue", folder / "one.stars"});
+        }
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return run_tool(arguments, options);
+    }
+    /// The one line of a render that fails with code 1 and leaves no picture.
+    std::string failure(const Arguments& more, int code = 1) {
+        const ToolResult result = render("a.exr", more);
+        EXPECT_EQ(result.code, code) << result.out;
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+        EXPECT_TRUE(names_in(folder / "out").empty());
+        return result.err;
+    }
+    /// A copy of the bundle in a folder of its own, where the test puts databases.
+    std::string own_bundle() {
+        fs::create_directory(folder / "own");
+        fs::copy(LUMIVAR_BUNDLE, folder / "own/Lumivar.plugin", fs::copy_options::recursive);
+        return folder / "own/Lumivar.plugin";
+    }
+
+    ScratchFolder folder;
+    ToolOptions options;
+};
+
+TEST_F(Render, DrawsTheStarThatTheCameraLooksAtInTheMiddle) {
+    const ToolResult result = render("a.exr");
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    const std::string start = (folder / "out/a.exr") +
+                              ": 64x32, float, frame 0 (0.000 s), catalogue one.stars (1 stars), ";
+    EXPECT_EQ(result.out.substr(0, start.size()), start);
+    EXPECT_EQ(names_in(folder / "out"), Names{"a.exr"});
+
+    const ReadBack picture = read_back(folder / "out/a.exr");
+    ASSERT_EQ(picture.spec.width, 64);
+    ASSERT_EQ(picture.spec.height, 32);
+    float brightest = 0.0F;
+    int x_of = -1;
+    int y_of = -1;
+    for (int y = 0; y < 32; ++y) {
+        for (int x = 0; x < 64; ++x) {
+            if (picture.at<float>(x, y, 0) > brightest) {
+                brightest = picture.at<float>(x, y, 0);
+                x_of = x;
+                y_of = y;
+            }
+            EXPECT_EQ(picture.at<float>(x, y, 3), 1.0F);
+        }
+    }
+    // The axis of the camera meets the frame at (width / 2, height / 2).
+    EXPECT_EQ(x_of, 32);
+    EXPECT_EQ(y_of, 16);
+    EXPECT_NEAR(picture.at<float>(31, 16, 0) / picture.at<float>(33, 16, 0), 1.0, 1e-3);
+}
+
+TEST_F(Render, SaysInTheFileHowItWasMade) {
+    ASSERT_EQ(render("a.exr", {"--set", "Star Brightness=8", "--set", "Projection=HemiSph", "--set",
+                               "Tint Color=1,2,3"})
+                  .code,
+              0);
+    const OIIO::ImageSpec spec = read_back(folder / "out/a.exr").spec;
+    EXPECT_EQ(spec.get_string_attribute("Software"), "Lumivar 2.0.0");
+    EXPECT_EQ(spec.get_string_attribute("lumivar:catalogue"), "one.stars, 1 stars, version 2");
+    EXPECT_EQ(spec.get_string_attribute("lumivar:plugin"), "2.0.0");
+    EXPECT_EQ(spec.get_string_attribute("lumivar:scene"), folder / "scene.json");
+    EXPECT_EQ(spec.get_string_attribute("lumivar:composition"), "64x32, 24 frames/s");
+    EXPECT_EQ(spec.get_string_attribute("lumivar:control:Star Brightness"), "8");
+    EXPECT_EQ(spec.get_string_attribute("lumivar:control:Star Spot Size"), "40");
+    EXPECT_EQ(spec.get_string_attribute("lumivar:control:Projection"), "HemiSph");
+    EXPECT_EQ(spec.get_string_attribute("lumivar:control:Tint Color"), "1, 2, 3");
+    EXPECT_EQ(spec.get_string_attribute("lumivar:control:3D Stars"), "on");
+    EXPECT_EQ(spec.get_string_attribute("lumivar:control:Star Database"), "one.stars");
+    // 16 / tan(12 degrees) = 75.274
+    EXPECT_EQ(spec.get_string_attribute("lumivar:camera").substr(0, 11), "zoom 75.274");
+}
+
+TEST_F(Render, DepthsAgreeByTheRoundingOfTheEffect) {
+    const Arguments bright = {"--set", "Star Brightness=20", "--set", "Maximum Luminance=1"};
+    Arguments eight = bright;
+    eight.insert(eight.end(), {"--depth", "8", "--raw"});
+    Arguments sixteen = bright;
+    sixteen.insert(sixteen.end(), {"--depth", "16", "--raw"});
+    ASSERT_EQ(render("f.exr", bright).code, 0);
+    ASSERT_EQ(render("8.png", eight).code, 0);
+    ASSERT_EQ(render("16.png", sixteen).code, 0);
+    const ReadBack real = read_back(folder / "out/f.exr");
+    const ReadBack codes8 = read_back(folder / "out/8.png");
+    const ReadBack codes16 = read_back(folder / "out/16.png");
+    ASSERT_EQ(codes8.spec.format, OIIO::TypeUInt8);
+    ASSERT_EQ(codes16.spec.format, OIIO::TypeUInt16);
+    int lit = 0;
+    for (int y = 0; y < 32; ++y) {
+        for (int x = 0; x < 64; ++x) {
+            for (int c = 0; c < 3; ++c) {
+                const float value = real.at<float>(x, y, c);
+                lit += value > 0.0F;
+                // Half up in single precision, then the ends of the scale.
+                ASSERT_EQ(codes8.at<std::uint8_t>(x, y, c),
+                          std::min(static_cast<int>(0.5F + value * 255.0F), 255));
+                ASSERT_EQ(codes16.at<std::uint16_t>(x, y, c),
+                          std::min(static_cast<int>(0.5F + value * 32768.0F), 32768));
+            }
+        }
+    }
+    EXPECT_GT(lit, 20);
+}
+
+TEST_F(Render, SizeKeepsTheFraming) {
+    // A second star, 6 degrees north: half way up of the half height, tan 6 / tan 12 = 0.49449.
+    write_file(folder / "one.stars",
+               bytes_of(lumivar::encode_header()) + white_star(90.0, 6.0, 0.25F));
+    for (const auto& [size, height] : {std::pair{"64x32", 32}, std::pair{"256x256", 256}}) {
+        ASSERT_EQ(render("a.exr", {"--size", size}).code, 0);
+        const ReadBack picture = read_back(folder / "out/a.exr");
+        ASSERT_EQ(picture.spec.height, height);
+        double weight = 0.0;
+        double moment = 0.0;
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < picture.spec.width; ++x) {
+                weight += picture.at<float>(x, y, 0);
+                moment += y * static_cast<double>(picture.at<float>(x, y, 0));
+            }
+        }
+        EXPECT_NEAR(moment / weight, height / 2.0 * (1.0 - 0.49449), 0.01 * height);
+    }
+}
+
+TEST_F(Render, TimeAndFramePickTheMoment) {
+    write_file(folder / "scene.json", R"({
+        "composition": {"width": 32, "height": 32, "frame_rate": 4, "duration": 1.0},
+        "camera": {"look_at": {"ra": 90, "dec": 0}, "vertical_fov": 24.0},
+        "controls": {"Star Spot Size": {"keys": [{"time": 0, "value": 10}, {"time": 1, "value": 50}]}}})");
+    const auto spot_size = [&] {
+        return read_back(folder / "out/a.exr")
+            .spec.get_string_attribute("lumivar:control:Star Spot Size");
+    };
+    ToolResult result = render("a.exr", {"--frame", "2"});
+    EXPECT_NE(result.out.find("frame 2 (0.500 s)"), std::string::npos) << result.out;
+    EXPECT_EQ(spot_size(), "30");
+    result = render("a.exr", {"--time", "0.25"});
+    EXPECT_NE(result.out.find("float, 0.250 s, "), std::string::npos) << result.out;
+    EXPECT_EQ(spot_size(), "20");
+    render("a.exr");
+    EXPECT_EQ(spot_size(), "10");
+}
+
+TEST_F(Render, WritesSequences) {
+    const ToolResult result = render("a.##.png", {"--frames", "9-11"});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.err, "") << "no progress where there is no terminal";
+    EXPECT_EQ(names_in(folder / "out"), (Names{"a.09.png", "a.10.png", "a.11.png"}));
+    EXPECT_NE(result.out.find("a.##.png: 64x32, float, frame 9 (0.375 s) to frame 11 (0.458 s)"),
+              std::string::npos)
+        << result.out;
+}
+
+TEST_F(Render, RefusesUnusableRequestsAsUsage) {
+    EXPECT_NE(
+        failure({"--frame", "24"}, 2).find("there is no frame 24; the scene has frames 0 to 23"),
+        std::string::npos);
+    EXPECT_NE(failure({"--frame", "-1"}, 2).find("there is no frame -1"), std::string::npos);
+    EXPECT_NE(failure({"--time", "1.5"}, 2).find("lies outside the scene's 0 to 1.000 s"),
+              std::string::npos);
+    EXPECT_NE(failure({"--time", "0", "--frame", "0"}, 2).find("--time excludes --frame"),
+              std::string::npos);
+    EXPECT_NE(failure({"--frames", "0-3"}, 2).find("put #### for its number"), std::string::npos);
+    EXPECT_NE(failure({"--depth", "24"}, 2).find("24 not in {8,16,32}"), std::string::npos);
+    EXPECT_NE(failure({"--size", "big"}, 2).find("--size \"big\""), std::string::npos);
+    EXPECT_NE(failure({"--raw"}, 2).find("--raw writes integer codes"), std::string::npos);
+    EXPECT_NE(failure({"--set", "8"}, 2).find("--set \"8\""), std::string::npos);
+}
+
+TEST_F(Render, ChoosesADatabaseBesideTheBundleByName) {
+    const std::string bundle = own_bundle();
+    write_file(folder / "own/a.stars", bytes_of(lumivar::encode_header()));
+    write_file(folder / "own/b.stars", one_star_database());
+    write_file(folder / "own/c.stars",
+               one_star_database() + white_star(91, 0, 0.1F) + white_star(92, 0, 0.1F));
+    // The order of the list is the folder's: only the names tell.
+    for (const auto& [name, stars] :
+         {std::pair{"a.stars", "0"}, {"b.stars", "1"}, {"c.stars", "3"}}) {
+        const ToolResult result = render("a.exr", {"--plugin", bundle, "--catalogue", name});
+        EXPECT_EQ(result.code, 0) << result.err;
+        EXPECT_NE(result.out.find(std::string("catalogue ") + name + " (" + stars + " stars)"),
+                  std::string::npos)
+            << result.out;
+    }
+    EXPECT_NE(render("a.exr", {"--plugin", bundle}).out.find(", catalogue "), std::string::npos);
+}
+
+TEST_F(Render, CatalogueOnTheCommandLineOverrulesTheScene) {
+    write_file(
+        folder / "scene.json",
+        R"({"composition": {"width": 8, "height": 8}, "controls": {"Star Database": "elsewhere.stars"}})");
+    const ToolResult result = render("a.exr");
+    EXPECT_EQ(result.code, 0) << result.err;
+}
+
+TEST_F(Render, MissingCatalogueIsOneLine) {
+    EXPECT_EQ(failure({"--catalogue", "none.stars"}),
+              "lumivar: there is no catalogue none.stars, neither beside the plug-in (" +
+                  fs::path(LUMIVAR_BUNDLE).parent_path().string() +
+                  " has: hipparcos.stars) nor as a file of its own\n");
+    EXPECT_EQ(failure({"--catalogue", folder / "none.stars"}),
+              "lumivar: cannot read " + (folder / "none.stars") + ": No such file or directory\n");
+    const std::string line = failure({"--plugin", own_bundle()});
+    EXPECT_NE(line.find("Cannot locate any Lumivar star database files."), std::string::npos)
+        << line;
+}
+
+TEST_F(Render, EmptyCatalogueIsOneLine) {
+    write_file(folder / "empty.stars", "");
+    EXPECT_EQ(failure({"--catalogue", folder / "empty.stars"}),
+              "lumivar: " + (folder / "empty.stars") +
+                  " is empty: a star database begins with \"LUMIVAR1\" or \"LUMIVAR2\"\n");
+    const std::string bundle = own_bundle();
+    write_file(folder / "own/empty.stars", "");
+    const std::string line = failure({"--plugin", bundle});
+    EXPECT_NE(line.find("Error reading Lumivar database file "), std::string::npos) << line;
+    EXPECT_NE(line.find("is empty"), std::string::npos) << line;
+}
+
+TEST_F(Render, CatalogueWithoutStarsGivesABlackFrame) {
+    write_file(folder / "one.stars", bytes_of(lumivar::encode_header()));
+    EXPECT_EQ(render("a.exr").code, 0);
+    const ReadBack picture = read_back(folder / "out/a.exr");
+    for (int y = 0; y < 32; ++y) {
+        for (int x = 0; x < 64; ++x) {
+            EXPECT_EQ(picture.at<float>(x, y, 1), 0.0F);
+            EXPECT_EQ(picture.at<float>(x, y, 3), 1.0F);
+        }
+    }
+}
+
+TEST_F(Render, ForeignFileNamedStarsShowsItsFirstBytes) {
+    write_file(folder / "foreign.stars", "PK\x03\x04 a zip archive of something else entirely");
+    const std::string bytes = "\"PK.. a z\" (50 4b 03 04 20 61 20 7a)";
+    EXPECT_EQ(failure({"--catalogue", folder / "foreign.stars"}),
+              "lumivar: " + (folder / "foreign.stars") +
+                  " is not a star database: it begins with " + bytes +
+                  " instead of \"LUMIVAR1\" or \"LUMIVAR2\"\n");
+    // Beside the bundle the plug-in takes it without a word and then draws nothing, with status 0.
+    const std::string bundle = own_bundle();
+    write_file(folder / "own/foreign.stars", read_file(folder / "foreign.stars"));
+    const std::string line = failure({"--plugin", bundle});
+    EXPECT_NE(line.find("the plug-in drew nothing: "), std::string::npos) << line;
+    EXPECT_NE(line.find("foreign.stars"), std::string::npos) << line;
+    EXPECT_NE(line.find("PK.. a z"), std::string::npos) << line;
+    EXPECT_NE(line.find("50 4B 03 04"), std::string::npos) << line;
+}
+
+TEST_F(Render, WrongVersionIsNoStarDatabase) {
+    write_file(folder / "three.stars", "LUMIVAR3" + std::string(56, '\0'));
+    EXPECT_NE(failure({"--catalogue", folder / "three.stars"}).find("it begins with \"LUMIVAR3\""),
+              std::string::npos);
+}
+
+TEST_F(Render, UnreadableCatalogueIsOneLine) {
+    fs::create_directory(folder / "folder.stars");
+    fs::create_symlink("nowhere", folder / "dangling.stars");
+    EXPECT_EQ(failure({"--catalogue", folder / "folder.stars"}),
+              "lumivar: cannot read " + (folder / "folder.stars") +
+                  ": it is no regular file but a folder\n");
+    EXPECT_EQ(
+        failure({"--catalogue", folder / "dangling.stars"}),
+        "lumivar: cannot read " + (folder / "dangling.stars") + ": No such file or directory\n");
+    const std::string bundle = own_bundle();
+    write_file(folder / "own/good.stars", one_star_database());
+    fs::create_symlink("nowhere", folder / "own/dangling.stars");
+    const std::string line = failure({"--plugin", bundle});
+    EXPECT_NE(line.find("Error reading Lumivar database file "), std::string::npos) << line;
+    EXPECT_NE(line.find("dangling.stars"), std::string::npos) << line;
+}
+
+TEST_F(Render, SceneWithATypoIsOneLineWithItsPlace) {
+    write_file(folder / "scene.json", R"({"composition": {"widht": 64}})");
+    EXPECT_EQ(failure({}).rfind("lumivar: " + (folder / "scene.json") + ": /composition", 0), 0U);
+    write_file(folder / "scene.json", "{\"composition\": }");
+    EXPECT_EQ(failure({}).rfind("lumivar: " + (folder / "scene.json") + ": ", 0), 0U);
+    fs::remove(folder / "scene.json");
+    EXPECT_EQ(failure({}).rfind("lumivar: " + (folder / "scene.json") + ": ", 0), 0U);
+}
+
+TEST_F(Render, UnknownControlsAndValuesAreOneLine) {
+    EXPECT_EQ(failure({"--set", "Star Brigthness=8"})
+                  .rfind("lumivar: --set \"Star Brigthness=8\": the effect has no control", 0),
+              0U);
+    EXPECT_EQ(failure({"--set", "Star Brightness=1001"})
+                  .rfind("lumivar: --set \"Star Brightness=1001\": ", 0),
+              0U);
+    EXPECT_EQ(failure({"--set", "Projection=Fisheye"})
+                  .rfind("lumivar: --set \"Projection=Fisheye\": ", 0),
+              0U);
+    write_file(folder / "scene.json", R"({"controls": {"Star Colour": 1}})");
+    EXPECT_EQ(
+        failure({}).rfind("lumivar: " + (folder / "scene.json") + ": /controls/Star Colour", 0),
+        0U);
+}
+
+TEST_F(Render, UnwritableOutputIsOneLineBeforeAnyWork) {
+    const ToolResult result =
+        run_tool({"render", folder / "scene.json", "-o", folder / "none/a.exr"}, options);
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.err, "lumivar: cannot write " + (folder / "none/a.exr") +
+                              ": there is no folder " + (folder / "none") + "\n");
+    fs::create_directory(folder / "a.exr");
+    EXPECT_EQ(run_tool({"render", folder / "scene.json", "-o", folder / "a.exr"}, options).err,
+              "lumivar: cannot write " + (folder / "a.exr") +
+                  ": it is a folder, give the name of a file\n");
+}
+
+TEST_F(Render, FullDiskIsOneLineAndLeavesNothing) {
+    options.file_size_limit = 100;
+    // With the bundle as it is built: the limit would stop a copy of it as well.
+    const ToolResult result =
+        run_tool({"render", folder / "scene.json", "-o", folder / "out/a.exr"}, options);
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.err, "lumivar: cannot write " + (folder / "out/a.exr") + ": File too large\n");
+    EXPECT_TRUE(names_in(folder / "out").empty());
+}
+
+TEST_F(Render, FrameTooLargeForTheEffectIsRefused) {
+    EXPECT_NE(
+        failure({"--size", "20000x20000"}).find("a frame of 20000 x 20000 pixels is too large"),
+        std::string::npos);
+}
+
+TEST_F(Render, MissingPluginIsOneLine) {
+    EXPECT_EQ(failure({"--plugin", folder / "none.plugin"}),
+              "lumivar: there is no plug-in " + (folder / "none.plugin") + "\n");
+    fs::create_directory(folder / "hollow.plugin");
+    EXPECT_NE(failure({"--plugin", folder / "hollow.plugin"}).find("hollow.plugin"),
+              std::string::npos);
+}
+
+TEST_F(Render, SignalRemovesTheStagedPluginAndTheHalfMadePicture) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(number);
+        // Long enough that the signal meets it at work: a frame of many strongly blurred stars
+        // each.
+        std::string stars = bytes_of(lumivar::encode_header());
+        for (int i = 0; i < 20000; ++i) {
+            stars += white_star(80.0 + 0.001 * i, 0.0, 0.25F);
+        }
+        write_file(folder / "one.stars", stars);
+        ToolProcess process(
+            {"render", folder / "scene.json", "-o", folder / "out/a.####.exr", "--frames", "0-23",
+             "--size", "1024x1024", "--catalogue", folder / "one.stars"},
+            options);
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(50);
+        while (!fs::exists(folder / "out/a.0000.exr") && std::chrono::steady_clock::now() < limit) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+        EXPECT_FALSE(names_in(folder / "tmp").empty());
+        process.send(number);
+        const ToolResult result = process.wait();
+        EXPECT_EQ(result.signal, number);
+        EXPECT_TRUE(names_in(folder / "tmp").empty());
+        for (const std::string& name : names_in(folder / "out")) {
+            EXPECT_EQ(name.rfind("a.00", 0), 0U) << name;
+            EXPECT_NO_THROW(read_back(folder / ("out/" + name))) << "a whole picture";
+            fs::remove(folder / ("out/" + name));
+        }
+    }
+}
+
+TEST_F(Render, NextRunRemovesTheStageThatAHardKillLeft) {
+    ToolProcess process({"render", folder / "scene.json", "-o", folder / "out/a.##.exr", "--frames",
+                         "0-23", "--size", "1024x1024", "--catalogue", folder / "one.stars"},
+                        options);
+    while (names_in(folder / "out").empty()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    process.send(SIGKILL);
+    EXPECT_EQ(process.wait().signal, SIGKILL);
+    ASSERT_EQ(names_in(folder / "tmp").size(), 1U);
+    EXPECT_EQ(render("b.exr").code, 0);
+    EXPECT_TRUE(names_in(folder / "tmp").empty());
+}
+
+TEST(Controls, AreListedAsDeclared) {
+    const ToolResult result = run_tool({"controls"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    // The contract with users' saved projects, in its order.
+    const char* lines[] = {
+        "Control               Kind            Values                   Slider    Default\n",
+        "Star Brightness       float slider    0 to 1000                0 to 20   5\n",
+        "Brightness Bias       float slider    0 to 5                   0 to 2    1\n",
+        "Star Saturation       float slider    0 to 2                   0 to 2    0.4\n",
+        "Tint Strength         float slider    0 to 1                   0 to 1    0\n",
+        "Tint Color            colour          0 to 255 each                      128, 128, 128\n",
+        "Maximum Luminance     float slider    0 to 10                  0 to 10   0.5\n",
+        "Luminance Threshold   float slider    0 to 1                   0 to 1    0.0001\n",
+        "Star Spot Size        float slider    0 to 1000                0 to 10   2.5\n",
+        "Star Aspect Ratio     float slider    0 to 10                  0 to 4    1\n",
+        "Motion Blur Segments  integer slider  0 to 100                 0 to 100  1\n",
+        "Projection            popup           Persp | HemiSph | AzEqu            0\n",
+        "3D Stars              checkbox        off, on                            on\n",
+        "Parallax Crush        float slider    0 to 1000                0 to 100  100\n",
+        "Treat Pixels As       popup           Linear Luminance | sRGB            Linear "
+        "Luminance\n",
+        "Anamorphic DOF        checkbox        off, on                            off\n",
+        "Star Database         popup           hipparcos.stars                    0\n",
+    };
+    std::string expected;
+    for (const char* line : lines) {
+        expected += line;
+    }
+    EXPECT_EQ(result.out, expected);
+}
+
+TEST(Controls, AreGivenAsJson) {
+    const ToolResult result = run_tool({"controls", "--json"});
+    ASSERT_EQ(result.code, 0) << result.err;
+    const nlohmann::json json = nlohmann::json::parse(result.out);
+    ASSERT_EQ(json.size(), 16U);
+    EXPECT_EQ(json[0]["name"], "Star Brightness");
+    EXPECT_EQ(json[0]["id"], 1);
+    EXPECT_EQ(json[0]["valid"], nlohmann::json::parse(R"({"min": 0, "max": 1000})"));
+    EXPECT_EQ(json[0]["slider"], nlohmann::json::parse(R"({"min": 0, "max": 20})"));
+    EXPECT_EQ(json[0]["default"], 5.0);
+    EXPECT_EQ(json[4]["default"], nlohmann::json::parse("[128, 128, 128]"));
+    EXPECT_EQ(json[10]["choices"], nlohmann::json::parse(R"(["Persp", "HemiSph", "AzEqu"])"));
+}
+
+}  // namespace

@@ -1,0 +1,72 @@
+#include "render_request.h"
+
+#include <gtest/gtest.h>
+
+#include "failure.h"
+
+namespace {
+
+using lumivar::numbered_path;
+using lumivar::parse_frames;
+using lumivar::parse_setting;
+using lumivar::parse_size;
+using lumivar::UsageError;
+
+TEST(ParseSize, TakesWidthAndHeight) {
+    EXPECT_EQ(parse_size("1920x1080"), (std::pair{1920, 1080}));
+    EXPECT_EQ(parse_size("1x1"), (std::pair{1, 1}));
+    for (const char* text : {"", "x", "1920", "1920x", "x1080", "0x5", "5x0", "-5x5", "5x5x5",
+                             "5 x 5", "5.5x4", "99999999999x1"}) {
+        EXPECT_THROW(parse_size(text), UsageError) << text;
+    }
+}
+
+TEST(ParseFrames, TakesOneOrARange) {
+    EXPECT_EQ(parse_frames("0-47"), (std::pair{0, 47}));
+    EXPECT_EQ(parse_frames("5"), (std::pair{5, 5}));
+    EXPECT_EQ(parse_frames("7-7"), (std::pair{7, 7}));
+    for (const char* text : {"", "-", "-1", "-1-5", "5-", "5-4", "a-b", "0-1-2", "1.5-2"}) {
+        EXPECT_THROW(parse_frames(text), UsageError) << text;
+    }
+}
+
+TEST(ParseSetting, TakesNumbersSwitchesChoicesAndColours) {
+    host::ControlSetting setting = parse_setting("Star Brightness=8.5");
+    EXPECT_EQ(setting.name, "Star Brightness");
+    EXPECT_EQ(setting.place, "--set \"Star Brightness=8.5\"");
+    EXPECT_EQ(std::get<host::Track>(setting.value).at(0), 8.5);
+    EXPECT_EQ(std::get<host::Track>(parse_setting("3D Stars=on").value).at(0), 1.0);
+    EXPECT_EQ(std::get<host::Track>(parse_setting("3D Stars=true").value).at(0), 1.0);
+    EXPECT_EQ(std::get<host::Track>(parse_setting("3D Stars=off").value).at(0), 0.0);
+    EXPECT_EQ(std::get<host::Track>(parse_setting("3D Stars=false").value).at(0), 0.0);
+    EXPECT_EQ(std::get<std::string>(parse_setting("Projection=AzEqu").value), "AzEqu");
+    const auto colour = std::get<host::Colour>(parse_setting("Tint Color=255,128,0").value);
+    EXPECT_EQ(colour.channels[0].at(0), 255.0);
+    EXPECT_EQ(colour.channels[1].at(0), 128.0);
+    EXPECT_EQ(colour.channels[2].at(0), 0.0);
+}
+
+TEST(ParseSetting, TakesEverythingElseForAName) {
+    for (const char* text : {"1,2", "1,2,3,4", "1,2,x", "nan", "inf", "5 apples", "a=b"}) {
+        EXPECT_EQ(std::get<std::string>(parse_setting(std::string("X=") + text).value), text);
+    }
+}
+
+TEST(ParseSetting, RefusesWhatHasNoNameOrNoValue) {
+    for (const char* text : {"", "Star Brightness", "=8", "Star Brightness="}) {
+        EXPECT_THROW(parse_setting(text), UsageError) << text;
+    }
+}
+
+TEST(NumberedPath, ReplacesTheLastRunInTheName) {
+    EXPECT_EQ(numbered_path("out/pan.####.png", 7), "out/pan.0007.png");
+    EXPECT_EQ(numbered_path("#.png", 123), "123.png");
+    EXPECT_EQ(numbered_path("a#b##.png", 5), "a#b05.png");
+    EXPECT_EQ(numbered_path("take#1/a.png", 5), "take#1/a.png");
+    EXPECT_EQ(numbered_path("take#1/a#.png", 5), "take#1/a5.png");
+    EXPECT_EQ(numbered_path("a.png", 5), "a.png");
+    EXPECT_TRUE(lumivar::has_number_place("a#.png"));
+    EXPECT_FALSE(lumivar::has_number_place("take#1/a.png"));
+}
+
+}  // namespace

@@ -1,0 +1,23 @@
+// What a rendered picture's file says about how it was made.
+#pragma once
+
+#include <host/scene.h>
+#include <host/session.h>
+
+#include <optional>
+
+#include "picture.h"
+#include "player.h"
+
+namespace lumivar {
+
+/// Scene, time, composition, shutter, camera (matrix and zoom), catalogue, version of the plug-in
+/// and every control at the frame's time.
+PictureInfo picture_info(const host::Session& session, const host::Scene& scene, host::Time time,
+                         const std::optional<CatalogueUsed>& catalogue);
+
+/// A control's value at a time as text: a number, a choice's name, "on", "128, 128, 128".
+std::string value_text(const host::DeclaredControl& control, double number,
+                       const host::Argb& colour);
+
+}  // namespace lumivar

@@ -1,0 +1,124 @@
+#include "player.h"
+
+#include <host/diagnosis.h>
+#include <libimgops/star_input.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <system_error>
+
+#include "failure.h"
+#include "star_file_check.h"
+
+namespace lumivar {
+namespace fs = std::filesystem;
+namespace {
+
+std::string one_line(std::string text) {
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) {
+        text.pop_back();
+    }
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    return text;
+}
+
+std::unique_ptr<host::Session> load(const fs::path& bundle) {
+    try {
+        return std::make_unique<host::Session>(bundle);
+    } catch (const host::EffectError& error) {
+        throw Failure(one_line(host::explain_set_up(bundle, error)));
+    }
+}
+
+/// Star databases beside the bundle, for a message.
+std::string names_beside(const fs::path& folder) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        if (name.find(".stars") != std::string::npos) {
+            names.push_back(name);
+        }
+    }
+    std::sort(names.begin(), names.end());
+    std::string text;
+    for (const std::string& name : names) {
+        text += (text.empty() ? "" : ", ") + name;
+    }
+    return text.empty() ? "none" : text;
+}
+
+}  // namespace
+
+Player::Player(const std::string& plugin, const std::string& catalogue) {
+    fs::path bundle = find_plugin(plugin);
+    if (!catalogue.empty()) {
+        const fs::path folder =
+            bundle.has_filename() ? bundle.parent_path() : bundle.parent_path().parent_path();
+        const bool is_name = catalogue.find('/') == std::string::npos;
+        std::error_code error;
+        if (is_name && catalogue.find(".stars") != std::string::npos &&
+            fs::exists(fs::symlink_status(folder / catalogue, error))) {
+            star_file_version(folder / catalogue);
+            choice_ = catalogue;
+        } else if (is_name && !fs::exists(fs::symlink_status(catalogue, error))) {
+            throw Failure("there is no catalogue " + catalogue + ", neither beside the plug-in (" +
+                          folder.string() + " has: " + names_beside(folder) +
+                          ") nor as a file of its own");
+        } else {
+            star_file_version(catalogue);
+            stage_ = std::make_unique<StagedPlugin>(bundle, catalogue);
+            bundle = stage_->bundle();
+            choice_ = staged_name(catalogue);
+        }
+    }
+    session_ = load(bundle);
+}
+
+Player::~Player() = default;
+
+void Player::choose_catalogue(host::Scene& scene) const {
+    if (choice_.empty()) {
+        return;
+    }
+    // The scene's own choice may not even be on the list any more.
+    std::erase_if(scene.controls, [](const host::ControlSetting& setting) {
+        return setting.name == host::kCatalogueControl;
+    });
+    scene.controls.push_back({host::kCatalogueControl, "--catalogue", choice_});
+}
+
+host::Frame Player::render(const host::Scene& scene, host::Time time,
+                           const host::RenderOptions& options) {
+    host::Frame frame = session_->render(scene, time, options);
+    host::require_drawn(*session_, scene, frame);
+    return frame;
+}
+
+std::optional<CatalogueUsed> Player::catalogue_used(const host::Scene& scene,
+                                                    host::Time time) const {
+    const std::optional<fs::path> path = host::catalogue_used(*session_, scene, time);
+    if (!path) {
+        return std::nullopt;
+    }
+    CatalogueUsed used;
+    used.name = path->filename().string();
+    std::error_code error;
+    used.path = fs::canonical(*path, error);
+    used.version = star_file_version(*path);
+    const std::uintmax_t records = fs::file_size(*path, error) / sizeof(star);
+    used.stars = error || records == 0 ? 0 : records - 1;
+    return used;
+}
+
+void Player::close() {
+    session_->close();
+    for (const std::string& violation : session_->violations()) {
+        std::fprintf(stderr, "lumivar: warning: the plug-in broke a rule of its host: %s\n",
+                     violation.c_str());
+    }
+}
+
+}  // namespace lumivar

@@ -1,0 +1,96 @@
+#include "plugin_place.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "failure.h"
+#include "working_folder.h"
+
+namespace lumivar {
+namespace fs = std::filesystem;
+namespace {
+
+constexpr const char* kBundleName = "Lumivar.plugin";
+
+fs::path program_file() {
+    std::error_code error;
+    const fs::path program = fs::read_symlink("/proc/self/exe", error);
+    return error ? fs::path() : program;
+}
+
+}  // namespace
+
+std::vector<fs::path> plugin_places(const fs::path& program) {
+    const fs::path root = program.parent_path().parent_path();
+    return {root / "plugin" / kBundleName, root / "lib" / "lumivar" / kBundleName,
+            root / "lib" / kBundleName};
+}
+
+fs::path find_plugin(const std::string& named) {
+    std::error_code error;
+    if (!named.empty()) {
+        if (!fs::exists(named, error)) {
+            throw Failure("there is no plug-in " + named);
+        }
+        return fs::absolute(named);
+    }
+    std::string looked_at;
+    for (const fs::path& place : plugin_places(program_file())) {
+        if (fs::is_directory(place, error)) {
+            return place;
+        }
+        looked_at += (looked_at.empty() ? "" : ", ") + place.string();
+    }
+    throw Failure("cannot find the plug-in; it is in none of " + looked_at +
+                  "; name the bundle with --plugin");
+}
+
+std::string staged_name(const fs::path& catalogue) {
+    std::string name = catalogue.filename().string();
+    // The plug-in joins the names with "|".
+    const bool listable =
+        name.find(".stars") != std::string::npos && name.find('|') == std::string::npos;
+    return listable ? name : "catalogue.stars";
+}
+
+class StagedPlugin::Stage {
+public:
+    Stage(const fs::path& bundle, const fs::path& catalogue) : folder_(fs::temp_directory_path()) {
+        // "Lumivar.plugin/" and "Lumivar.plugin" are the same bundle.
+        const fs::path name =
+            bundle.has_filename() ? bundle.filename() : bundle.parent_path().filename();
+        bundle_ = folder_.make_folder(name);
+        try {
+            for (const auto& entry : fs::recursive_directory_iterator(
+                     bundle, fs::directory_options::follow_directory_symlink)) {
+                const fs::path within = name / entry.path().lexically_relative(bundle);
+                if (entry.is_directory()) {
+                    folder_.make_folder(within);
+                } else {
+                    fs::copy_file(entry.path(), folder_.file(within));
+                }
+            }
+            fs::create_symlink(fs::absolute(catalogue), folder_.file(staged_name(catalogue)));
+        } catch (const fs::filesystem_error& error) {
+            throw Failure("cannot copy the plug-in " + bundle.string() + " to " +
+                          folder_.path().string() + ": " + error.code().message());
+        }
+    }
+
+    const fs::path& bundle() const { return bundle_; }
+
+private:
+    WorkingFolder folder_;
+    fs::path bundle_;
+};
+
+StagedPlugin::StagedPlugin(const fs::path& bundle, const fs::path& catalogue)
+    : stage_(std::make_unique<Stage>(bundle, catalogue)) {}
+
+StagedPlugin::~StagedPlugin() = default;
+
+const fs::path& StagedPlugin::bundle() const { return stage_->bundle(); }
+
+}  // namespace lumivar

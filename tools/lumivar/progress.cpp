@@ -1,0 +1,65 @@
+#include "progress.h"
+
+#include <base/string.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <utility>
+
+namespace lumivar {
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenLines{200};
+constexpr const char* kWipe = "\r\x1b[K";
+
+}  // namespace
+
+std::string progress_text(std::uint64_t done, std::uint64_t total, double seconds,
+                          const std::string& unit) {
+    std::string text = std::to_string(done);
+    if (total > 0) {
+        text += "/" + std::to_string(total);
+    }
+    text += " " + unit;
+    if (done > 0 && seconds > 0.0) {
+        const double rate = static_cast<double>(done) / seconds;
+        text +=
+            String::fmt(rate < 100.0 ? ", %.1f %s/s" : ", %.0f %s/s", rate, unit.c_str()).c_str();
+        if (total >= done) {
+            const double left = static_cast<double>(total - done) / rate;
+            text += String::fmt(", %.0f s left", left).c_str();
+        }
+    }
+    return text;
+}
+
+Progress::Progress(std::uint64_t total, std::string unit)
+    : total_(total),
+      unit_(std::move(unit)),
+      shown_(isatty(STDERR_FILENO) != 0),
+      start_(Clock::now()),
+      last_(start_) {}
+
+Progress::~Progress() {
+    if (line_open_) {
+        std::fputs(kWipe, stderr);
+    }
+}
+
+void Progress::update(std::uint64_t done) {
+    if (!shown_) {
+        return;
+    }
+    const Clock::time_point now = Clock::now();
+    if (now - last_ < kBetweenLines) {
+        return;
+    }
+    last_ = now;
+    const std::chrono::duration<double> elapsed = now - start_;
+    std::fprintf(stderr, "%s%s", kWipe,
+                 progress_text(done, total_, elapsed.count(), unit_).c_str());
+    std::fflush(stderr);
+    line_open_ = true;
+}
+
+}  // namespace lumivar

@@ -1,0 +1,215 @@
+// lumivar render
+#include <host/scene.h>
+
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+#include "atomic_file.h"
+#include "command_line.h"
+#include "failure.h"
+#include "picture.h"
+#include "picture_info.h"
+#include "player.h"
+#include "progress.h"
+#include "render_request.h"
+
+namespace lumivar {
+namespace {
+
+struct RenderArguments {
+    std::string scene;
+    std::string picture;
+    std::optional<double> time;
+    std::optional<int> frame;
+    std::string frames;
+    int depth = 32;
+    std::string size;
+    std::vector<std::string> settings;
+    std::string plugin;
+    std::string catalogue;
+    bool raw = false;
+};
+
+/// One picture to make.
+struct Shot {
+    host::Time time;
+    std::string path;
+    std::string shown_time;  ///< "frame 12 (0.500 s)" or "0.512 s"
+};
+
+std::string seconds_text(double seconds) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%.3f s", seconds);
+    return text;
+}
+
+Shot shot_of_frame(const host::Composition& composition, int frame, const std::string& pattern) {
+    const int last = composition.frames() - 1;
+    if (frame < 0 || frame > last) {
+        throw UsageError("there is no frame " + std::to_string(frame) +
+                         "; the scene has frames 0 to " + std::to_string(last));
+    }
+    const host::Time time = composition.frame_time(frame);
+    return {time, numbered_path(pattern, frame),
+            "frame " + std::to_string(frame) + " (" + seconds_text(time.seconds()) + ")"};
+}
+
+std::vector<Shot> plan_shots(const RenderArguments& arguments,
+                             const host::Composition& composition) {
+    if (!arguments.frames.empty()) {
+        const auto [first, last] = parse_frames(arguments.frames);
+        if (!has_number_place(arguments.picture)) {
+            throw UsageError(
+                "--frames writes a picture a frame: put #### for its number into the name \"" +
+                arguments.picture + "\"");
+        }
+        std::vector<Shot> shots;
+        shots.push_back(
+            shot_of_frame(composition, last, arguments.picture));  // refused before work
+        shots.clear();
+        for (int frame = first; frame <= last; ++frame) {
+            shots.push_back(shot_of_frame(composition, frame, arguments.picture));
+        }
+        return shots;
+    }
+    if (arguments.time) {
+        if (has_number_place(arguments.picture)) {
+            throw UsageError(
+                "#### stands for the number of a frame; use --frame or --frames with it");
+        }
+        if (!(*arguments.time >= 0.0 && *arguments.time <= composition.duration)) {
+            throw UsageError("--time " + seconds_text(*arguments.time) +
+                             " lies outside the scene's 0 to " +
+                             seconds_text(composition.duration));
+        }
+        const host::Time time = composition.time_at(*arguments.time);
+        return {{time, arguments.picture, seconds_text(time.seconds())}};
+    }
+    return {shot_of_frame(composition, arguments.frame.value_or(0), arguments.picture)};
+}
+
+FrameView view_of(const host::World& world, Depth depth) {
+    return {world.row(0), world.row_bytes(), world.width(), world.height(), depth};
+}
+
+const char* depth_text(Depth depth) {
+    switch (depth) {
+        case Depth::k8:
+            return "8 bits";
+        case Depth::k16:
+            return "16 bits";
+        case Depth::kFloat:
+            break;
+    }
+    return "float";
+}
+
+void render_command(const RenderArguments& arguments) {
+    const auto start = std::chrono::steady_clock::now();
+    const Depth depth{arguments.depth};
+    check_picture_request(arguments.picture, depth, arguments.raw);
+    host::RenderOptions options;
+    options.depth = host::Depth{arguments.depth};
+    if (!arguments.size.empty()) {
+        std::tie(options.width, options.height) = parse_size(arguments.size);
+    }
+    std::vector<host::ControlSetting> settings;
+    for (const std::string& text : arguments.settings) {
+        settings.push_back(parse_setting(text));
+    }
+    host::Scene scene = host::load_scene(arguments.scene);
+    scene.controls.insert(scene.controls.end(), settings.begin(), settings.end());
+    const std::vector<Shot> shots = plan_shots(arguments, scene.composition);
+    check_output_path(shots.front().path);
+
+    Player player(arguments.plugin, arguments.catalogue);
+    player.choose_catalogue(scene);
+    std::optional<CatalogueUsed> catalogue;
+    int width = 0;
+    int height = 0;
+    {
+        Progress progress(shots.size(), "frames");
+        std::uint64_t done = 0;
+        for (const Shot& shot : shots) {
+            const host::Frame frame = player.render(scene, shot.time, options);
+            catalogue = player.catalogue_used(scene, shot.time);
+            width = frame.world.width();
+            height = frame.world.height();
+            write_picture(shot.path, view_of(frame.world, depth),
+                          picture_info(player.session(), scene, shot.time, catalogue),
+                          arguments.raw);
+            progress.update(++done);
+        }
+    }
+    player.close();
+
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    const std::string what = shots.size() == 1
+                                 ? shots.front().shown_time
+                                 : shots.front().shown_time + " to " + shots.back().shown_time;
+    const std::string stars =
+        catalogue ? catalogue->name + " (" + std::to_string(catalogue->stars) + " stars)" : "none";
+    std::printf("%s: %dx%d, %s, %s, catalogue %s, %.2f s\n",
+                (shots.size() == 1 ? shots.front().path : arguments.picture).c_str(), width, height,
+                depth_text(depth), what.c_str(), stars.c_str(), seconds.count());
+}
+
+}  // namespace
+
+void add_render_command(CLI::App& program) {
+    auto arguments = std::make_shared<RenderArguments>();
+    CLI::App* command = program.add_subcommand("render", "Render a scene through the plug-in");
+    command->add_option("SCENE", arguments->scene, "The scene, a JSON file (see scenes/README.md)")
+        ->required();
+    command
+        ->add_option(
+            "-o,--output", arguments->picture,
+            "The picture: .exr and .tif hold linear light, .png and .jpg are for looking at")
+        ->required();
+    CLI::Option* time =
+        command->add_option("--time", arguments->time, "The moment to render, in seconds");
+    CLI::Option* frame = command->add_option("--frame", arguments->frame,
+                                             "The frame to render; 0 if nothing is said");
+    CLI::Option* frames = command->add_option(
+        "--frames", arguments->frames, "A-B: frames A to B, with #### in the picture's name");
+    time->excludes(frame)->excludes(frames);
+    frame->excludes(frames);
+    command->add_option("--depth", arguments->depth, "Bits a channel that the plug-in renders in")
+        ->check(CLI::IsMember({8, 16, 32}))
+        ->capture_default_str();
+    command->add_option(
+        "--size", arguments->size,
+        "WIDTHxHEIGHT instead of the composition's; what is in the picture from top "
+        "to bottom stays");
+    command
+        ->add_option("--set", arguments->settings,
+                     "NAME=VALUE: a control, in place of the scene's; may be repeated")
+        ->allow_extra_args(false)
+        ->trigger_on_parse(false);
+    command->add_option("--plugin", arguments->plugin,
+                        "The plug-in's bundle; if not given, the one that goes with this program");
+    command->add_option("--catalogue", arguments->catalogue,
+                        "A database beside the bundle by name, or the path of any .stars file");
+    command->add_flag("--raw", arguments->raw,
+                      "Write the integer codes of --depth 8 or 16 as they are");
+    command->footer(
+        "Of an 8- or 16-bit frame .exr and .tif hold the codes divided by 255 or 32768.\n"
+        ".png and .jpg are clamped and encoded to sRGB in 8 bits; with --raw they and .tif\n"
+        "hold the codes themselves (16-bit white is 32768).\n"
+        "--set takes numbers, on and off, names of choices, and colours as R,G,B in 0..255;\n"
+        "lumivar controls lists the controls. Without --catalogue and a choice in the scene\n"
+        "the plug-in uses the first database beside it. For the path of a database it is\n"
+        "copied to a temporary folder (TMPDIR) with that database alone.\n\n"
+        "Examples:\n"
+        "  lumivar render scenes/orion.json -o orion.exr\n"
+        "  lumivar render scenes/orion.json -o orion.png --set \"Star Brightness=8\" --size "
+        "960x540\n"
+        "  lumivar render scenes/orion-pan.json -o pan.####.png --frames 0-23\n"
+        "  lumivar render scenes/orion.json -o codes.png --depth 16 --raw\n"
+        "  lumivar render scenes/orion.json -o mine.exr --catalogue ~/stars/mine.stars\n");
+    command->callback([arguments] { render_command(*arguments); });
+}
+
+}  // namespace lumivar

@@ -1,0 +1,129 @@
+#include "render_request.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <string_view>
+
+#include "failure.h"
+
+namespace lumivar {
+namespace {
+
+template <class Number>
+std::optional<Number> parse_whole(std::string_view text) {
+    Number number{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size()) {
+        return std::nullopt;
+    }
+    return number;
+}
+
+std::optional<double> parse_number(std::string_view text) {
+    const std::optional<double> number = parse_whole<double>(text);
+    return number && std::isfinite(*number) ? number : std::nullopt;
+}
+
+std::optional<host::Colour> parse_colour(std::string_view text) {
+    host::Colour colour;
+    for (std::size_t channel = 0; channel < colour.channels.size(); ++channel) {
+        const std::size_t comma = text.find(',');
+        const bool last = channel + 1 == colour.channels.size();
+        if (last != (comma == std::string_view::npos)) {
+            return std::nullopt;
+        }
+        const std::optional<double> number = parse_number(text.substr(0, comma));
+        if (!number) {
+            return std::nullopt;
+        }
+        colour.channels[channel] = host::Track(*number);
+        text.remove_prefix(last ? text.size() : comma + 1);
+    }
+    return colour;
+}
+
+decltype(host::ControlSetting::value) parse_value(const std::string& text) {
+    if (text == "on" || text == "true") {
+        return host::Track(1.0);
+    }
+    if (text == "off" || text == "false") {
+        return host::Track(0.0);
+    }
+    if (const std::optional<double> number = parse_number(text)) {
+        return host::Track(*number);
+    }
+    if (const std::optional<host::Colour> colour = parse_colour(text)) {
+        return *colour;
+    }
+    return text;
+}
+
+/// Start and length of the last run of "#" in the file's name; a length of 0 when there is none.
+std::pair<std::size_t, std::size_t> number_place(const std::string& pattern) {
+    const std::size_t slash = pattern.rfind('/');
+    const std::size_t name = slash == std::string::npos ? 0 : slash + 1;
+    const std::size_t last = pattern.rfind('#');
+    if (last == std::string::npos || last < name) {
+        return {0, 0};
+    }
+    std::size_t first = last;
+    while (first > name && pattern[first - 1] == '#') {
+        --first;
+    }
+    return {first, last - first + 1};
+}
+
+}  // namespace
+
+std::pair<int, int> parse_size(const std::string& text) {
+    const std::size_t cross = text.find('x');
+    if (cross != std::string::npos) {
+        const auto width = parse_whole<int>(std::string_view(text).substr(0, cross));
+        const auto height = parse_whole<int>(std::string_view(text).substr(cross + 1));
+        if (width && height && *width > 0 && *height > 0) {
+            return {*width, *height};
+        }
+    }
+    throw UsageError("--size \"" + text + "\": give width and height in pixels, such as 1920x1080");
+}
+
+std::pair<int, int> parse_frames(const std::string& text) {
+    const std::size_t dash = text.find('-', 1);
+    const auto first = parse_whole<int>(std::string_view(text).substr(0, dash));
+    const auto last = dash == std::string::npos
+                          ? first
+                          : parse_whole<int>(std::string_view(text).substr(dash + 1));
+    if (first && last && *first >= 0 && *first <= *last) {
+        return {*first, *last};
+    }
+    throw UsageError("--frames \"" + text + "\": give the first and the last frame, such as 0-47");
+}
+
+host::ControlSetting parse_setting(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
+        throw UsageError(
+            "--set \"" + text +
+            "\": give the control's name and its value, such as \"Star Brightness=8\"");
+    }
+    return {text.substr(0, equals), "--set \"" + text + "\"", parse_value(text.substr(equals + 1))};
+}
+
+bool has_number_place(const std::string& pattern) { return number_place(pattern).second > 0; }
+
+std::string numbered_path(const std::string& pattern, int frame) {
+    const auto [start, length] = number_place(pattern);
+    if (length == 0) {
+        return pattern;
+    }
+    std::string number = std::to_string(frame);
+    if (number.size() < length) {
+        number.insert(0, length - number.size(), '0');
+    }
+    std::string path = pattern;
+    return path.replace(start, length, number);
+}
+
+}  // namespace lumivar
