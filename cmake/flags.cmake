@@ -11,6 +11,10 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 
 # Same floats everywhere: a contracted multiply-add moves pixels.
 add_compile_options(-ffp-contract=off)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(i[3-6]86|x86|x86_64|AMD64)$" AND CMAKE_SIZEOF_VOID_P EQUAL 4)
+  # The old floating-point unit would keep more digits than the pixels are defined with.
+  add_compile_options(-msse2 -mfpmath=sse)
+endif()
 # Messages name sources from the project root, in any build folder.
 add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

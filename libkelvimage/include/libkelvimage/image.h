@@ -94,7 +94,7 @@ public:
     /// 2^32.
     char* line(int y) const {
         const u32 offset = static_cast<u32>(y) * stride;
-        return pixels + offset;
+        return pixels + static_cast<uword>(offset);
     }
     /// The same address as floats.
     float* line_float(int y) const { return static_cast<float*>(static_cast<void*>(line(y))); }
