@@ -1,0 +1,603 @@
+// The plug-in as it ships, in a bundle of the test's own, played by the stand-in host.
+#include <gtest/gtest.h>
+#include <host/camera.h>
+#include <host/diagnosis.h>
+#include <host/session.h>
+#include <support/catalogue.h>
+#include <support/scratch.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using host::ControlKind;
+using host::ControlSetting;
+using host::DeclaredControl;
+using host::Depth;
+using host::Frame;
+using host::RenderOptions;
+using host::Scene;
+using host::Session;
+using host::Track;
+using support::CatalogueStar;
+
+constexpr double kRa = 83.0;
+constexpr double kDec = -1.0;
+
+CatalogueStar star_at(double ra, double dec, float luminance) {
+    CatalogueStar star;
+    star.lon = ra;
+    star.lat = dec;
+    star.luminance = luminance;
+    return star;
+}
+
+/// Stars around the centre of the view, from far too bright to hardly seen.
+std::vector<CatalogueStar> few_stars() {
+    std::vector<CatalogueStar> stars = {star_at(kRa, kDec, 1.0F), star_at(kRa + 4, kDec + 2, 0.2F),
+                                        star_at(kRa - 6, kDec - 3, 0.02F),
+                                        star_at(kRa + 8, kDec - 4, 0.004F)};
+    stars[1].g = 180;
+    stars[1].b = 90;
+    stars[2].r = 120;
+    return stars;
+}
+
+/// Looks at the stars, 24 degrees high, 24 frames a second.
+Scene starry_scene() {
+    Scene scene;
+    scene.source = "test";
+    scene.composition.width = 96;
+    scene.composition.height = 54;
+    scene.composition.duration = 2.0;
+    scene.camera = host::look_at_camera(kRa, kDec, 0.0, host::Lens::vertical_fov(24.0, 54));
+    return scene;
+}
+
+void set(Scene& scene, const std::string& name, decltype(ControlSetting::value) value) {
+    ControlSetting setting;
+    setting.name = name;
+    setting.place = "test: /controls/" + name;
+    setting.value = std::move(value);
+    scene.controls.push_back(std::move(setting));
+}
+
+std::string joined(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const std::string& line : lines) {
+        text += line + "\n";
+    }
+    return text;
+}
+
+class Lumivar : public testing::Test {
+protected:
+    Lumivar() {
+        fs::create_directories(executable().parent_path());
+        fs::copy_file(LUMIVAR_MODULE, executable());
+    }
+
+    void add_stars(const std::string& name = "sky.stars",
+                   const std::vector<CatalogueStar>& stars = few_stars()) {
+        support::write_catalogue(root / name, support::VERSION_2, stars);
+    }
+    fs::path bundle() const { return root / "Lumivar.plugin"; }
+    fs::path executable() const { return root / "Lumivar.plugin/Contents/MacOS/Lumivar"; }
+    /// As the plug-in spells the folder of its databases.
+    std::string spelt_folder() const { return root / "Lumivar.plugin/Contents/MacOS/../../.."; }
+
+    /// Frame 0 of a scene.
+    Frame render(const Scene& scene, const RenderOptions& options = {}) {
+        Session session(bundle());
+        Frame frame = session.render(scene, scene.composition.frame_time(0), options);
+        EXPECT_EQ(joined(frame.violations), "");
+        return frame;
+    }
+
+    ScratchFolder root;
+};
+
+struct Slider {
+    int id;
+    const char* name;
+    double valid_max;
+    double slider_max;
+    double value;
+    int precision;
+};
+
+TEST_F(Lumivar, DeclaresItsFloatSliders) {
+    add_stars();
+    const Session session(bundle());
+    ASSERT_EQ(session.controls().size(), 16u);
+    // The users' contract, all beginning at 0. Values are single-precision ones.
+    const Slider sliders[] = {
+        {1, "Star Brightness", 1000, 20, 5.0, 2},
+        {2, "Brightness Bias", 5, 2, 1.0, 2},
+        {3, "Star Saturation", 2, 2, 0.4000000059604645, 2},
+        {4, "Tint Strength", 1, 1, 0.0, 2},
+        {6, "Maximum Luminance", 10, 10, 0.5, 2},
+        {7, "Luminance Threshold", 1, 1, 9.999999747378752e-05, 6},
+        {8, "Star Spot Size", 1000, 10, 2.5, 2},
+        {9, "Star Aspect Ratio", 10, 4, 1.0, 2},
+        {13, "Parallax Crush", 1000, 100, 100.0, 2},
+    };
+    for (const Slider& expected : sliders) {
+        const DeclaredControl& control =
+            session.controls()[static_cast<std::size_t>(expected.id) - 1];
+        EXPECT_EQ(control.name, expected.name);
+        EXPECT_EQ(control.index, expected.id) << expected.name;
+        EXPECT_EQ(control.id, expected.id) << expected.name;
+        EXPECT_EQ(control.kind, ControlKind::FloatSlider) << expected.name;
+        EXPECT_EQ(control.valid.min, 0.0) << expected.name;
+        EXPECT_EQ(control.valid.max, expected.valid_max) << expected.name;
+        EXPECT_EQ(control.slider.min, 0.0) << expected.name;
+        EXPECT_EQ(control.slider.max, expected.slider_max) << expected.name;
+        EXPECT_EQ(control.value, expected.value) << expected.name;
+        EXPECT_EQ(control.default_value, expected.value) << expected.name;
+        EXPECT_EQ(control.precision, expected.precision) << expected.name;
+        EXPECT_EQ(control.display_flags, 0) << expected.name;
+        EXPECT_EQ(control.slider_flags & 1u, 1u) << expected.name;
+        EXPECT_EQ(control.curve_tolerance, static_cast<double>(0.05F)) << expected.name;
+        EXPECT_EQ(control.flags, 0) << expected.name;
+    }
+}
+
+TEST_F(Lumivar, DeclaresItsOtherControls) {
+    add_stars("stars.stars");
+    const Session session(bundle());
+    const auto& controls = session.controls();
+    ASSERT_EQ(controls.size(), 16u);
+    const auto at = [&](int id) -> const DeclaredControl& {
+        return controls[static_cast<std::size_t>(id) - 1];
+    };
+    EXPECT_EQ(at(5).name, "Tint Color");
+    EXPECT_EQ(at(5).kind, ControlKind::Colour);
+    EXPECT_EQ(at(5).colour, (host::Argb{255, 128, 128, 128}));
+    EXPECT_EQ(at(5).default_colour, (host::Argb{255, 128, 128, 128}));
+
+    EXPECT_EQ(at(10).name, "Motion Blur Segments");
+    EXPECT_EQ(at(10).kind, ControlKind::Slider);
+    EXPECT_EQ(at(10).valid.min, 0.0);
+    EXPECT_EQ(at(10).valid.max, 100.0);
+    EXPECT_EQ(at(10).slider.max, 100.0);
+    EXPECT_EQ(at(10).value, 1.0);
+    EXPECT_EQ(at(10).default_value, 1.0);
+
+    EXPECT_EQ(at(11).name, "Projection");
+    EXPECT_EQ(at(11).kind, ControlKind::Popup);
+    EXPECT_EQ(at(11).choice_text, "Persp|HemiSph|AzEqu");
+    EXPECT_EQ(at(11).declared_choices, 3);
+    EXPECT_EQ(at(11).value, 0.0) << "before the first choice, as projects have it";
+    EXPECT_EQ(at(11).default_value, 0.0);
+
+    EXPECT_EQ(at(12).name, "3D Stars");
+    EXPECT_EQ(at(12).kind, ControlKind::Checkbox);
+    EXPECT_EQ(at(12).value, 1.0);
+    EXPECT_EQ(at(12).default_value, 1.0);
+    EXPECT_EQ(at(12).label, "");
+
+    EXPECT_EQ(at(14).name, "Treat Pixels As");
+    EXPECT_EQ(at(14).kind, ControlKind::Popup);
+    EXPECT_EQ(at(14).choice_text, "Linear Luminance|sRGB");
+    EXPECT_EQ(at(14).declared_choices, 2);
+    EXPECT_EQ(at(14).value, 1.0);
+    EXPECT_EQ(at(14).default_value, 1.0);
+
+    EXPECT_EQ(at(15).name, "Anamorphic DOF");
+    EXPECT_EQ(at(15).kind, ControlKind::Checkbox);
+    EXPECT_EQ(at(15).value, 0.0);
+    EXPECT_EQ(at(15).default_value, 0.0);
+    EXPECT_EQ(at(15).label, "");
+
+    EXPECT_EQ(at(16).name, "Star Database");
+    EXPECT_EQ(at(16).kind, ControlKind::Popup);
+    EXPECT_EQ(at(16).choice_text, "stars.stars");
+    EXPECT_EQ(at(16).declared_choices, 11) << "the length of the text, as projects have it";
+    EXPECT_EQ(at(16).value, 0.0);
+    EXPECT_EQ(at(16).default_value, 0.0);
+}
+
+TEST_F(Lumivar, OffersEveryDatabaseBesideItsBundle) {
+    add_stars("a.stars");
+    add_stars("bb.stars");
+    add_stars("c.stars");
+    write_file(root / "readme.txt", "not one");
+    const Session session(bundle());
+    const DeclaredControl& database = session.controls().back();
+    // The folder's own order decides.
+    std::vector<std::string> choices = database.choices;
+    std::sort(choices.begin(), choices.end());
+    EXPECT_EQ(choices, (std::vector<std::string>{"a.stars", "bb.stars", "c.stars"}));
+    EXPECT_EQ(database.choice_text.size(), 24u);
+    EXPECT_EQ(database.declared_choices, 24);
+}
+
+TEST_F(Lumivar, DeclaresItsVersionAndFlags) {
+    add_stars();
+    const Session session(bundle());
+    EXPECT_EQ(session.info().version, 0x100001u);
+    EXPECT_EQ(session.info().version_text(), "2.0.0");
+    EXPECT_EQ(session.info().out_flags, 0x3080000);
+    EXPECT_EQ(session.info().out_flags2, 0x1407);
+    EXPECT_EQ(session.info().num_params, 17);
+}
+
+TEST_F(Lumivar, KeepsTheRulesFromLoadingToSetDown) {
+    add_stars();
+    Session session(bundle());
+    const Scene scene = starry_scene();
+    for (const Depth depth : {Depth::Bits8, Depth::Bits16, Depth::Float}) {
+        RenderOptions options;
+        options.depth = depth;
+        const Frame frame = session.render(scene, scene.composition.frame_time(3), options);
+        EXPECT_EQ(frame.status, 0);
+        EXPECT_EQ(frame.undrawn_pixels, 0u);
+        EXPECT_EQ(frame.data_deletions, 1);
+        EXPECT_EQ(frame.result_rect, (host::Rect{0, 0, 96, 54}));
+        EXPECT_EQ(frame.max_result_rect, (host::Rect{0, 0, 96, 54}));
+        // The sixteen of the pre-render are left checked out, as hosts have always seen it.
+        EXPECT_EQ(frame.open_param_checkouts, 16);
+        EXPECT_EQ(session.live_handles(), 0u) << "the handle in the callbacks' slot included";
+    }
+    session.close();
+    EXPECT_EQ(joined(session.violations()), "");
+    EXPECT_TRUE(session.messages().empty());
+}
+
+TEST_F(Lumivar, CanBeSetUpAgainAfterSetDown) {
+    add_stars();
+    const Frame first = render(starry_scene());
+    const Frame second = render(starry_scene());
+    for (int y = 0; y < 54; ++y) {
+        for (int x = 0; x < 96; ++x) {
+            ASSERT_EQ(first.world.pixel<float>(x, y), second.world.pixel<float>(x, y));
+        }
+    }
+}
+
+TEST_F(Lumivar, GivesBackWhatAPreRenderAloneTook) {
+    add_stars();
+    RenderOptions options;
+    options.render_follows = false;
+    Session session(bundle());
+    const Frame frame = session.render(starry_scene(), {0, 24}, options);
+    EXPECT_FALSE(frame.rendered);
+    EXPECT_EQ(frame.data_deletions, 1);
+    session.close();
+    EXPECT_EQ(joined(session.violations()), "");
+}
+
+/// The brightest pixel.
+std::pair<int, int> peak(const Frame& frame) {
+    std::pair<int, int> best;
+    float most = -1.0F;
+    for (int y = 0; y < frame.world.height(); ++y) {
+        for (int x = 0; x < frame.world.width(); ++x) {
+            const auto pixel = frame.world.pixel<float>(x, y);
+            const float light = pixel[1] + pixel[2] + pixel[3];
+            if (light > most) {
+                most = light;
+                best = {x, y};
+            }
+        }
+    }
+    return best;
+}
+
+TEST_F(Lumivar, ShowsTheSkyWithEastToTheLeftAndNorthUp) {
+    const Scene scene = starry_scene();
+    const auto peak_of = [&](double ra, double dec) {
+        add_stars("sky.stars", {star_at(ra, dec, 0.3F)});
+        return peak(render(scene));
+    };
+    // 54 rows for 24 degrees, gnomonic: 27 / tan(12 deg) = 127.02 pixels a unit. 5 degrees are
+    // 127.02 x tan(5 deg) = 11.11 pixels; along the circle of declination -1 x cos(1 deg) as much.
+    EXPECT_EQ(peak_of(kRa, kDec), (std::pair{48, 27}));
+    EXPECT_EQ(peak_of(kRa + 5, kDec), (std::pair{37, 27}));
+    EXPECT_EQ(peak_of(kRa - 5, kDec), (std::pair{59, 27}));
+    EXPECT_EQ(peak_of(kRa, kDec + 5), (std::pair{48, 16}));
+    EXPECT_EQ(peak_of(kRa, kDec - 5), (std::pair{48, 38}));
+}
+
+TEST_F(Lumivar, RoundsTheSameFramePixelByPixelAtEveryDepth) {
+    add_stars();
+    Scene scene = starry_scene();
+    set(scene, "Star Brightness", Track(20.0));
+    set(scene, "Star Spot Size", Track(60.0));
+    set(scene, "Maximum Luminance", Track(10.0));
+    const auto at_depth = [&](Depth depth) {
+        RenderOptions options;
+        options.depth = depth;
+        return render(scene, options);
+    };
+    const Frame eight = at_depth(Depth::Bits8);
+    const Frame sixteen = at_depth(Depth::Bits16);
+    const Frame floating = at_depth(Depth::Float);
+    // Half added, cut to an integer, held within the scale; single precision throughout.
+    const auto code = [](float f, float max) {
+        const float scaled = 0.5F + f * max;
+        return std::clamp(static_cast<int>(std::min(scaled, 2.0F * max)), 0, static_cast<int>(max));
+    };
+    int black = 0;
+    int between = 0;
+    int beyond = 0;
+    for (int y = 0; y < 54; ++y) {
+        for (int x = 0; x < 96; ++x) {
+            const auto f = floating.world.pixel<float>(x, y);
+            const auto e = eight.world.pixel<std::uint8_t>(x, y);
+            const auto s = sixteen.world.pixel<std::uint16_t>(x, y);
+            ASSERT_EQ(f[0], 1.0F);
+            ASSERT_EQ(e[0], 255);
+            ASSERT_EQ(s[0], 32768);
+            for (std::size_t c = 1; c < 4; ++c) {
+                ASSERT_EQ(e[c], code(f[c], 255.0F)) << x << ", " << y << " is " << f[c];
+                ASSERT_EQ(s[c], code(f[c], 32768.0F)) << x << ", " << y << " is " << f[c];
+                black += f[c] == 0.0F ? 1 : 0;
+                between += f[c] > 0.01F && f[c] < 0.99F ? 1 : 0;
+                beyond += f[c] > 1.5F ? 1 : 0;
+            }
+        }
+    }
+    // The frame is one that tells.
+    EXPECT_GT(black, 100);
+    EXPECT_GT(between, 100);
+    EXPECT_GT(beyond, 10);
+}
+
+TEST_F(Lumivar, AsksForTheCameraAtTheShuttersOpeningAlone) {
+    add_stars();
+    Scene scene = starry_scene();
+    set(scene, "Motion Blur Segments", Track(4.0));
+    Session session(bundle());
+    const Frame frame = session.render(scene, scene.composition.frame_time(2));
+    // Motion blur is off. Phase -90 of 360 degrees: a quarter of a frame before frame 2.
+    ASSERT_EQ(frame.camera_times.size(), 1u);
+    EXPECT_DOUBLE_EQ(frame.camera_times[0].seconds(), 1.75 / 24.0);
+}
+
+TEST_F(Lumivar, AsksForTheCameraEvenlyAcrossTheShutter) {
+    add_stars();
+    Scene scene = starry_scene();
+    scene.composition.motion_blur = true;
+    set(scene, "Motion Blur Segments", Track(4.0));
+    Session session(bundle());
+    const Frame frame = session.render(scene, scene.composition.frame_time(2));
+    // Open for 180 of 360 degrees, half a frame, in four parts.
+    ASSERT_EQ(frame.camera_times.size(), 5u);
+    for (int k = 0; k <= 4; ++k) {
+        const host::Time& time = frame.camera_times[static_cast<std::size_t>(k)];
+        EXPECT_DOUBLE_EQ(time.seconds(), (1.75 + 0.125 * k) / 24.0) << k;
+        EXPECT_EQ(time.scale, frame.camera_times[0].scale * (k == 0 ? 1u : 4u)) << k;
+    }
+}
+
+TEST_F(Lumivar, AsksForOneSampleWithoutSegments) {
+    add_stars();
+    Scene scene = starry_scene();
+    scene.composition.motion_blur = true;
+    set(scene, "Motion Blur Segments", Track(0.0));
+    EXPECT_EQ(render(scene).camera_times.size(), 1u);
+}
+
+TEST_F(Lumivar, LooksThroughItsOwnCameraWhereThereIsNone) {
+    // Its default camera looks along +z: at longitude 90, latitude 0.
+    add_stars("sky.stars", {star_at(90.0, 0.0, 0.3F)});
+    Scene scene = starry_scene();
+    scene.camera = nullptr;
+    const Frame frame = render(scene);
+    EXPECT_TRUE(frame.camera_times.empty());
+    EXPECT_EQ(peak(frame), (std::pair{48, 27}));
+}
+
+TEST_F(Lumivar, LooksThroughItsOwnCameraWhenAQueryFails) {
+    add_stars("sky.stars", {star_at(90.0, 0.0, 0.3F)});
+    for (const std::string failing :
+         {"AEGP_ConvertEffectToCompTime", "AEGP_GetEffectCamera", "AEGP_GetEffectLayer",
+          "AEGP_GetLayerParentComp", "AEGP_GetItemFromComp", "AEGP_GetItemDimensions",
+          "AEGP_GetCompShutterFrameRange"}) {
+        host::SessionOptions options;
+        options.filter = [&](std::string_view name, int) {
+            return name == failing ? std::optional<std::int32_t>(3) : std::nullopt;
+        };
+        Session session(bundle(), options);
+        const Scene scene = starry_scene();
+        const Frame frame = session.render(scene, {0, 24});
+        EXPECT_EQ(frame.status, 0) << failing;
+        EXPECT_EQ(peak(frame), (std::pair{48, 27})) << failing;
+        EXPECT_TRUE(frame.camera_times.empty()) << failing;
+    }
+}
+
+TEST_F(Lumivar, ReportsAMissingSuiteFromThePreRenderAndLosesNothing) {
+    add_stars();
+    bool fail = false;
+    host::SessionOptions options;
+    options.filter = [&](std::string_view name, int) {
+        return fail && name == "AcquireSuite" ? std::optional<std::int32_t>(1) : std::nullopt;
+    };
+    Session session(bundle(), options);
+    fail = true;
+    const Frame frame = session.render(starry_scene(), {0, 24});
+    EXPECT_EQ(frame.status, 516);
+    EXPECT_FALSE(frame.rendered);
+    fail = false;
+    EXPECT_TRUE(session.render(starry_scene(), {0, 24}).drawn);
+    session.close();
+    EXPECT_EQ(joined(session.violations()), "");
+}
+
+TEST_F(Lumivar, UsesTheDatabaseChosenByName) {
+    CatalogueStar red = star_at(kRa, kDec, 0.3F);
+    red.g = red.b = 0;
+    CatalogueStar blue = star_at(kRa, kDec, 0.3F);
+    blue.r = blue.g = 0;
+    add_stars("red.stars", {red});
+    add_stars("blue.stars", {blue});
+    Session session(bundle());
+    for (const std::string name : {"red.stars", "blue.stars", "red.stars"}) {
+        Scene scene = starry_scene();
+        set(scene, "Star Saturation", Track(1.0));
+        set(scene, "Star Database", name);
+        EXPECT_EQ(host::catalogue_used(session, scene, {0, 24}), fs::canonical(root / name));
+        const Frame frame = session.render(scene, {0, 24});
+        const auto pixel = frame.world.pixel<float>(48, 27);
+        EXPECT_EQ(pixel[1] > pixel[3], name == "red.stars") << name;
+    }
+    // Nothing chosen: the first of the list.
+    EXPECT_EQ(host::catalogue_used(session, starry_scene(), {0, 24}),
+              fs::canonical(root / session.controls().back().choices.front()));
+}
+
+TEST_F(Lumivar, DrawsABlackOpaqueFrameFromAHeaderAlone) {
+    add_stars("sky.stars", {});
+    const Frame frame = render(starry_scene());
+    EXPECT_TRUE(frame.drawn);
+    EXPECT_EQ(frame.undrawn_pixels, 0u);
+    using Pixel = std::array<float, 4>;
+    EXPECT_EQ(frame.world.pixel<float>(48, 27), (Pixel{1.0F, 0.0F, 0.0F, 0.0F}));
+}
+
+TEST_F(Lumivar, AnswersTheRestOfAHostsQuestions) {
+    add_stars();
+    Session session(bundle());
+    EXPECT_EQ(session.about().rfind("Lumivar for After Effects v2.0\r", 0), 0u);
+    EXPECT_EQ(session.dependencies(1), "All Dependencies requested.");
+    EXPECT_EQ(session.dependencies(2), std::nullopt);
+    EXPECT_EQ(session.dependencies(0), "");
+    // Bits 1 and 2 are set whatever the checkbox holds; nothing else is touched.
+    Scene flat = starry_scene();
+    set(flat, "3D Stars", Track(0.0));
+    EXPECT_EQ(session.dynamic_flags(flat, {0, 24}, 0), 6);
+    EXPECT_EQ(session.dynamic_flags(starry_scene(), {0, 24}, 0x1000), 0x1006);
+    EXPECT_EQ(session.live_handles(), 0u);
+    session.close();
+    EXPECT_EQ(joined(session.violations()), "");
+}
+
+/// Frames that fail come back as status 0 and an untouched output.
+class LumivarFailure : public Lumivar {
+protected:
+    /// The explanation of a frame after something was done to the catalogue behind the session.
+    template <class Change>
+    std::string explanation(Change&& change, const RenderOptions& options = {}) {
+        Session session(bundle());
+        change();
+        const Scene scene = starry_scene();
+        const Frame frame = session.render(scene, {0, 24}, options);
+        EXPECT_EQ(frame.status, 0);
+        EXPECT_FALSE(frame.drawn);
+        EXPECT_EQ(frame.undrawn_pixels, 96u * 54u);
+        EXPECT_EQ(joined(frame.violations), "");
+        return host::explain_frame(session, scene, frame);
+    }
+    std::string catalogue() const {
+        return "star catalogue \"" + (fs::canonical(root.path()) / "sky.stars").string() + "\"";
+    }
+    static constexpr char kRemedy[] =
+        "; put a star catalogue (.stars) in its place or choose another in \"Star Database\"";
+};
+
+TEST_F(LumivarFailure, OfAForeignFileShowsItsFirstBytes) {
+    write_file(root / "sky.stars", "\x89PNG\r\n\x1A\n" + std::string(100, 'x'));
+    EXPECT_EQ(explanation([] {}),
+              "the plug-in drew nothing: " + catalogue() +
+                  " is not a star catalogue: it begins with \".PNG....\" (89 50 4E 47 0D 0A 1A 0A) "
+                  "where \"LUMIVAR1\" or \"LUMIVAR2\" is expected" +
+                  kRemedy);
+}
+
+TEST_F(LumivarFailure, OfAVanishedFileNamesIt) {
+    add_stars();
+    EXPECT_EQ(explanation([&] { fs::remove(root / "sky.stars"); }),
+              "the plug-in drew nothing: " + catalogue() + " does not exist" + kRemedy);
+}
+
+TEST_F(LumivarFailure, OfAnEmptiedFileNamesIt) {
+    add_stars();
+    EXPECT_EQ(explanation([&] { write_file(root / "sky.stars", ""); }),
+              "the plug-in drew nothing: " + catalogue() + " is empty" + kRemedy);
+}
+
+TEST_F(LumivarFailure, OfAnUnsupportedPixelFormatNamesIt) {
+    add_stars();
+    RenderOptions options;
+    options.pixel_format = 0x61726762;
+    EXPECT_EQ(explanation([] {}, options),
+              "the plug-in drew nothing: it has no use for pixels of the format \"bgra\" (62 67 72 "
+              "61); render 8-bit, 16-bit or float ARGB");
+}
+
+TEST_F(LumivarFailure, DoesNotSpoilTheNextFrame) {
+    add_stars();
+    Session session(bundle());
+    const Scene scene = starry_scene();
+    RenderOptions strange;
+    strange.pixel_format = 0x61726762;
+    EXPECT_FALSE(session.render(scene, {0, 24}, strange).drawn);
+    EXPECT_TRUE(session.render(scene, {0, 24}).drawn);
+}
+
+std::string refusal(const fs::path& bundle) {
+    try {
+        const Session session(bundle);
+    } catch (const host::EffectError& error) {
+        EXPECT_EQ(error.status(), 512);
+        return host::explain_set_up(bundle, error);
+    }
+    return "accepted";
+}
+
+TEST_F(LumivarFailure, WithoutAnyDatabaseComesAtSetUp) {
+    EXPECT_EQ(refusal(bundle()),
+              "Cannot locate any Lumivar star database files. Please place the .stars file in the "
+              "same directory as the Lumivar plugin (" +
+                  spelt_folder() + ").");
+}
+
+TEST_F(LumivarFailure, WithAnEmptyDatabaseComesAtSetUp) {
+    write_file(root / "sky.stars", "");
+    EXPECT_EQ(refusal(bundle()), "Error reading Lumivar database file " + spelt_folder() +
+                                     "/sky.stars. (" + catalogue() + " is empty" + kRemedy + ")");
+}
+
+TEST_F(Lumivar, DrawsItsFillInPremiere) {
+    add_stars();
+    host::SessionOptions options;
+    options.application = host::Application::Premiere;
+    Session session(bundle(), options);
+    EXPECT_EQ(session.declared_pixel_formats(),
+              (std::vector<std::int32_t>{0x61724742, 0x61726742, 0x61726762}));
+    EXPECT_EQ(session.about(), "");
+    RenderOptions eight;
+    eight.depth = Depth::Bits8;
+    const Frame frame = session.render(starry_scene(), {0, 24}, eight);
+    using Pixel = std::array<std::uint8_t, 4>;
+    EXPECT_EQ(frame.world.pixel<std::uint8_t>(0, 0), (Pixel{40, 50, 60, 70}));
+    EXPECT_EQ(frame.world.pixel<std::uint8_t>(95, 53), (Pixel{40, 50, 60, 70}));
+    EXPECT_EQ(frame.undrawn_pixels, 0u);
+    session.close();
+    EXPECT_EQ(joined(session.violations()), "");
+}
+
+TEST_F(Lumivar, CarriesOnInPremiereWithoutThePixelFormatSuite) {
+    add_stars();
+    host::SessionOptions options;
+    options.application = host::Application::Premiere;
+    options.filter = [](std::string_view name, int) {
+        return name == "AcquireSuite" ? std::optional<std::int32_t>(1) : std::nullopt;
+    };
+    const Session session(bundle(), options);
+    ASSERT_EQ(session.messages().size(), 1u);
+    EXPECT_EQ(session.messages()[0].text, "Not able to acquire AEFX Suite.");
+    EXPECT_TRUE(session.messages()[0].is_error);
+    EXPECT_EQ(session.controls().size(), 16u);
+}
+
+}  // namespace
