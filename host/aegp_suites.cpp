@@ -16,8 +16,8 @@ std::string shown(const A_Time* time) {
 /// A call that asks about the frame being made: outside frames, or with arguments that are not this
 /// host's, it fails.
 template <class Body>
-A_Err answer_query(const char* name, std::string arguments, Body&& body) {
-    return answer_call(name, std::move(arguments), [&](HostState& state) -> A_Err {
+A_Err answer_query(const char* name, const std::string& arguments, Body&& body) {
+    return answer_call(name, arguments, [&](HostState& state) -> A_Err {
         if (state.frame == nullptr) {
             state.violation(std::string(name) + ": no frame is being made");
             return A_Err_GENERIC;

@@ -137,19 +137,19 @@ private:
 
 /// A callback's body with the current session; a call from outside a command fails.
 template <class Body>
-std::int32_t answer_call(const char* name, std::string arguments, Body&& body) {
+std::int32_t answer_call(const char* name, const std::string& arguments, Body&& body) {
     HostState* const state = HostState::current();
     if (state == nullptr) {
         return A_Err_WRONG_THREAD;
     }
-    return state->answer(name, std::move(arguments), [&] { return body(*state); });
+    return state->answer(name, arguments, [&] { return body(*state); });
 }
 
 /// The same for callbacks that are handed the effect's reference, which must be the session's.
 template <class Body>
-std::int32_t answer_effect_call(const char* name, PF_ProgPtr effect_ref, std::string arguments,
-                                Body&& body) {
-    return answer_call(name, std::move(arguments), [&](HostState& state) -> std::int32_t {
+std::int32_t answer_effect_call(const char* name, PF_ProgPtr effect_ref,
+                                const std::string& arguments, Body&& body) {
+    return answer_call(name, arguments, [&](HostState& state) -> std::int32_t {
         if (effect_ref != state.effect_ref()) {
             state.violation(std::string(name) + ": the effect reference is not the one handed out");
             return PF_Err_BAD_CALLBACK_PARAM;

@@ -40,7 +40,7 @@ void leave(const fs::path& entered) {
 
 fs::path module_file(const fs::path& given) {
     std::error_code error;
-    const fs::path path = fs::absolute(given, error).lexically_normal();
+    fs::path path = fs::absolute(given, error).lexically_normal();
     const fs::file_status status = fs::status(path, error);
     if (!fs::exists(status)) {
         throw ModuleError("no plug-in at \"" + given.string() + "\"");
@@ -49,7 +49,7 @@ fs::path module_file(const fs::path& given) {
         return path;
     }
     const fs::path bundle = path.has_filename() ? path : path.parent_path();
-    const fs::path file = bundle / "Contents" / "MacOS" / bundle.stem();
+    fs::path file = bundle / "Contents" / "MacOS" / bundle.stem();
     if (!fs::is_regular_file(file, error)) {
         throw ModuleError("\"" + given.string() +
                           "\" is no plug-in bundle: it has no Contents/MacOS/" +

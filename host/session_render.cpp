@@ -237,7 +237,6 @@ void Session::Impl::smart_render(FrameState& frame, const PF_RenderRequest& requ
     // An effect may answer as if it had been asked for its dependencies: the slot of the callbacks
     // then holds a handle, which is the host's to dispose of.
     PF_Handle left = nullptr;
-    static_assert(sizeof left == sizeof extra.cb);
     std::memcpy(&left, &extra.cb, sizeof left);
     if (extra.cb != callbacks && left != nullptr && !state.handles.dispose(left)) {
         state.violation("PF_Cmd_SMART_RENDER: the callbacks' slot holds neither them nor a handle");
@@ -247,6 +246,7 @@ void Session::Impl::smart_render(FrameState& frame, const PF_RenderRequest& requ
 void Session::Impl::render_plain(FrameState& frame, const RenderOptions& options, Frame& result) {
     prepare_worlds(frame, options, frame.request);
     std::vector<PF_ParamDef> records;
+    records.reserve(state.parameters.size());
     for (const Parameter& parameter : state.parameters) {
         records.push_back(parameter.declared.index == 0
                               ? initial_record(parameter)
@@ -254,6 +254,7 @@ void Session::Impl::render_plain(FrameState& frame, const RenderOptions& options
     }
     records.front().u.ld = frame.input_record;
     std::vector<PF_ParamDef*> params;
+    params.reserve(records.size() + 1);
     for (PF_ParamDef& record : records) {
         params.push_back(&record);
     }

@@ -26,4 +26,5 @@ void unprovided() {
 }  // namespace host
 
 /// Designated initialiser for one slot of a table.
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a member's name cannot stand in parentheses
 #define UNPROVIDED(table, slot) .slot = &unprovided<table ": " #slot>

@@ -103,9 +103,10 @@ PF_Err fill_world(PF_ProgPtr effect_ref, const PF_Pixel* color, const PF_Rect* a
         const int bottom =
             area != nullptr ? std::min(area->bottom, world->height()) : world->height();
         for (int y = top; y < bottom; ++y) {
+            std::byte* to = world->row(y) + static_cast<std::size_t>(left) * sizeof pixel;
             for (int x = left; x < right; ++x) {
-                std::memcpy(world->row(y) + x * bytes_per_pixel(Depth::Bits8), &pixel,
-                            sizeof pixel);
+                std::memcpy(to, &pixel, sizeof pixel);
+                to += sizeof pixel;
             }
         }
         return PF_Err_NONE;
@@ -152,12 +153,16 @@ PF_Err resize_handle(A_HandleSize bytes, PF_Handle* handle) {
 }
 
 int format_text(A_char* out, const A_char* format, ...) {
+    const std::size_t room = message_room(out);
     std::va_list arguments;
     va_start(arguments, format);
-    const std::size_t room = message_room(out);
-    // Elsewhere than in the message the buffer's size is the plug-in's own affair.
-    const int length = room != 0 ? std::vsnprintf(out, room, format, arguments)
-                                 : std::vsprintf(out, format, arguments);
+    int length = 0;
+    if (room != 0) {
+        length = std::vsnprintf(out, room, format, arguments);
+    } else {
+        // Elsewhere than in the message the buffer's size is the plug-in's own affair.
+        length = std::vsprintf(out, format, arguments);
+    }
     va_end(arguments);
     note_text("sprintf", out, room != 0 && length >= 0 && static_cast<std::size_t>(length) >= room);
     return length;

@@ -301,7 +301,7 @@ PF_Err pre_render(PF_InData* in, PF_PreRenderExtra* extra) {
 
 void put(char* pixel, PF_PixelFormat format, double red) {
     if (format == PF_PixelFormat_ARGB32) {
-        const PF_Pixel value{255, static_cast<A_u_char>(red), 2, 3};
+        const PF_Pixel value{255, static_cast<A_u_char>(static_cast<int>(red) % 256), 2, 3};
         std::memcpy(pixel, &value, sizeof value);
     } else if (format == PF_PixelFormat_ARGB64) {
         const PF_Pixel16 value{32768, static_cast<A_u_short>(red), 2, 3};
