@@ -1,0 +1,96 @@
+// The documents name paths; each must exist, or the map lies.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const fs::path kRoot = LUMIVAR_SOURCE_DIR;
+
+std::string read_all(const fs::path& path) {
+    std::ifstream in(path);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+/// Every `back-quoted` text of the document that looks like a path of the tree, and every link that
+/// stays in the tree.
+std::set<std::string> paths_named_in(const fs::path& document) {
+    static const std::set<std::string> rooms = {
+        "base",  "osapi",      "libkelvimage", "libimgops", "AE",   "host",    "tools",
+        "tests", "benchmarks", "data",         "scenes",    "docs", "scripts", "cmake"};
+    const std::string text = read_all(document);
+    static const std::regex quoted("`([A-Za-z0-9_.\\-]+(?:/[A-Za-z0-9_.\\-]+)*/?)`");
+    std::set<std::string> found;
+    for (std::sregex_iterator it(text.begin(), text.end(), quoted), end; it != end; ++it) {
+        const std::string path = (*it)[1];
+        if (rooms.count(path.substr(0, path.find('/'))) != 0) {
+            found.insert(path);
+        }
+    }
+    static const std::regex link("\\]\\(([A-Za-z0-9_./\\-]+)\\)");
+    for (std::sregex_iterator it(text.begin(), text.end(), link), end; it != end; ++it) {
+        found.insert((*it)[1]);
+    }
+    return found;
+}
+
+}  // namespace
+
+class Documents : public testing::TestWithParam<const char*> {};
+
+TEST_P(Documents, NamePathsThatExist) {
+    const fs::path document = kRoot / GetParam();
+    ASSERT_TRUE(fs::exists(document));
+    const std::set<std::string> named = paths_named_in(document);
+    EXPECT_FALSE(named.empty());
+    for (const std::string& path : named) {
+        EXPECT_TRUE(fs::exists(kRoot / path)) << GetParam() << " names " << path;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Documents,
+                         testing::Values("HACKING.md", "CONTRIBUTING.md", "README.md"),
+                         [](const auto& document) {
+                             std::string name = document.param;
+                             return name.substr(0, name.find('.'));
+                         });
+
+// A room may include only from the rooms below it; the build sees to public headers, this sees to
+// quoted paths that climb out of a room.
+TEST(Rooms, IncludeOnlyFromBelow) {
+    const std::vector<std::pair<std::string, std::set<std::string>>> allowed = {
+        {"base", {"base"}},
+        {"osapi", {"base", "osapi"}},
+        {"libkelvimage", {"base", "osapi", "libkelvimage"}},
+        {"libimgops", {"base", "osapi", "libimgops"}},
+        {"AE", {"base", "osapi", "libkelvimage", "libimgops", "AE", "host_api"}},
+    };
+    static const std::regex include("#include [<\"]([A-Za-z_]+)/[^>\"]*[>\"]");
+    static const std::set<std::string> system = {"sys", "netinet", "arpa"};
+    int checked = 0;
+    for (const auto& [room, below] : allowed) {
+        for (const auto& entry : fs::recursive_directory_iterator(kRoot / room)) {
+            if (entry.path().extension() != ".cpp" && entry.path().extension() != ".h") {
+                continue;
+            }
+            const std::string text = read_all(entry.path());
+            for (std::sregex_iterator it(text.begin(), text.end(), include), end; it != end; ++it) {
+                const std::string target = (*it)[1];
+                EXPECT_TRUE(below.count(target) != 0 ||
+                            (room == "osapi" && system.count(target) != 0))
+                    << entry.path() << " includes " << (*it)[0];
+                ++checked;
+            }
+        }
+    }
+    EXPECT_GT(checked, 10);
+}
