@@ -73,9 +73,11 @@ StarInput& chosen_database(std::int32_t database_index) {
     if (!globals->stardb || globals->stardb_index != database_index) {
         const int last = static_cast<int>(globals->starfiles.len()) - 1;
         const int index = clamp(database_index, 0, last);
-        globals->stardb.reset(
-            op_stars_file_input(globals->starfiles[static_cast<uword>(index)].c_str()));
+        StarInput* opened =
+            op_stars_file_input(globals->starfiles[static_cast<uword>(index)].c_str());
+        // Before the old one closes, which may throw: the two always belong together.
         globals->stardb_index = index;
+        globals->stardb.reset(opened);
     }
     if (!globals->stardb) {
         throw AssertXception("globals->stardb != 0", kShellSource, __PRETTY_FUNCTION__,
