@@ -22,7 +22,10 @@
 #include <base/to_int.h>
 #include <base/words.h>
 
+#include <cfloat>
 #include <cmath>
+
+static_assert(FLT_EVAL_METHOD == 0, "floats must be rounded at every step");
 
 namespace {
 
