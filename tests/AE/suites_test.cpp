@@ -95,6 +95,41 @@ TEST(SuiteHandler, NullTableIsAMissingSuite) {
     EXPECT_EQ(host.log, Log{"acquire AEGP Stream Suite 7"});
 }
 
+namespace {
+
+int some_table = 0;
+SPErr gives_a_table_and_an_error(const char*, int32_t, const void** table) {
+    *table = &some_table;
+    return kSPSuiteNotFoundError;
+}
+SPErr fails(const char*, int32_t) { return kSPSuiteNotFoundError; }
+
+}  // namespace
+
+TEST(SuiteHandler, TableThatComesWithAnErrorIsAMissingSuite) {
+    FakeHost host;
+    host.basic.AcquireSuite = gives_a_table_and_an_error;
+    EXPECT_EQ(thrown_status([&] {
+                  AEGP_SuiteHandler suites(&host.basic);
+                  suites.ItemSuite6();
+              }),
+              516);
+    EXPECT_EQ(host.log, Log{}) << "nothing is given back";
+}
+
+TEST(AcquireSuite, LooksAtTheTableInsteadOfTheHostsStatus) {
+    FakeHost host;
+    host.basic.AcquireSuite = gives_a_table_and_an_error;
+    host.basic.ReleaseSuite = fails;
+    const void* table = nullptr;
+    EXPECT_EQ(AEFX_AcquireSuite(&host.in_data, &host.out_data, "PF World Suite", 2, "text", &table),
+              0);
+    EXPECT_EQ(table, &some_table);
+    EXPECT_EQ(AEFX_ReleaseSuite(&host.in_data, &host.out_data, "PF World Suite", 2, "text"), 0);
+    EXPECT_EQ(host.out_data.out_flags, 0);
+    EXPECT_STREQ(host.out_data.return_msg, "");
+}
+
 TEST(AcquireSuite, GivesTheTable) {
     FakeHost host;
     const void* table = nullptr;

@@ -207,6 +207,19 @@ TEST(AzEqu, PutsNinetyDegreesOnTheRim) {
     EXPECT_NEAR(out[0], 625.0, 1e-3);
 }
 
+TEST(AzEqu, MeasuresTheAngleWithASinglePrecisionFactor) {
+    View view;
+    view.projection = AzEqu;
+    // A window of a millionth on either side of the rim, 1000 pixels wide.
+    view.x0 = 1 - 1e-6;
+    view.x1 = 1 + 1e-6;
+    Vector2 out;
+    EXPECT_TRUE(view.see(0, 0, -1, out));
+    // 0.63661974668503 in place of 2 / pi = 0.63661977236758: the rim is 4.0342e-8 short of 1,
+    // which is 20.17 pixels here.
+    EXPECT_NEAR(out[0], 500 - 20.17, 0.01);
+}
+
 TEST(AzEqu, DividesZeroByZeroOnTheAxis) {
     View view;
     view.projection = AzEqu;

@@ -130,6 +130,24 @@ TEST(Spot, IsDimmedInsteadOfSmallerThanAPixel) {
     EXPECT_FLOAT_EQ(peak(data), 1.0F);
 }
 
+TEST(Spot, IsWorkedOutInDoubleAndStoredSingle) {
+    // Spots below a pixel dim a still star by their width, to the last bit.
+    StarRendererData data = plain_settings();
+    data.window_x0 = -1.7;
+    data.window_x1 = 1.7;
+    int differ = 0;
+    for (int i = 1; i < 50; ++i) {
+        data.spot_size_x = 0.31 * i;
+        const double aspect = 100.0 / 50.0 / (3.4 / 2.0);
+        const auto width = static_cast<float>(data.spot_size_x * 0.0005 * 100 * aspect);
+        ASSERT_LT(width, 1.0F);
+        EXPECT_EQ(peak(data), width) << data.spot_size_x;
+        const auto stored = static_cast<float>(data.spot_size_x * 0.0005 * 100);
+        differ += stored * static_cast<float>(aspect) != width ? 1 : 0;
+    }
+    EXPECT_GT(differ, 0) << "these sizes do not tell double from single precision";
+}
+
 TEST(Spot, IsDimmedAfterTheAspect) {
     StarRendererData data = plain_settings();
     data.spot_size_x = 10;
