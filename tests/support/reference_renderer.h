@@ -77,10 +77,9 @@ struct Rendering {
     support::Picture light;  ///< linear red, green, blue
     /// For every value of `light`, the largest difference that the real renderer's reach and single
     /// precision account for: light of pixels that a spot passes at a distance where it is fainter
-    /// than the reach may be missing, and each segment may
-    /// be off by 1e-5 of itself, by what a shift within the precision of angles and coordinates
-    /// does to it, when it moves by a little of its peak (the more the shorter it is), and by the
-    /// rounding of the sum.
+    /// than the reach may be missing, and each segment may be off by 1e-5 of itself, by what a
+    /// shift within the precision of angles and coordinates does to it, when it moves by a little
+    /// of its peak (the more the shorter it is), and by the rounding of the sum.
     support::Picture allowance;
 };
 

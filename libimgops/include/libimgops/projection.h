@@ -19,8 +19,7 @@
 /// `m`            world to camera; for `Persp` followed by the perspective.
 /// `width`...`y1` frame in pixels, and the window of the image plane that fills it (y1 on top).
 /// `out`          pixels, x to the right and y down; written whatever the result, but not limited
-/// to
-///                the frame, and possibly infinite or not a number.
+///                to the frame, and possibly infinite or not a number.
 ///
 /// Returns whether the star is in front of the camera and in the projection's domain. Throws
 /// `StrXception` "unknown projection" for a `proj` that is none, before `out` is written.

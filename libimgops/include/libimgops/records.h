@@ -9,7 +9,7 @@
 /// by the projection.
 enum op_stars_projection : std::int32_t {
     Persp = 0,    ///< pinhole perspective
-    HemiSph = 1,  ///< the camera's hemisphere seen from outside (orthographic)
+    HemiSph = 1,  ///< the hemisphere ahead as a disk (orthographic)
     AzEqu = 2,    ///< fisheye: distance from the centre goes with the angle (azimuthal equidistant)
 };
 
