@@ -1,6 +1,11 @@
 #include <base/exceptions.h>
 #include <base/newmatrix.h>
 
+#include <cfloat>
+
+static_assert(FLT_EVAL_METHOD == 0,
+              "every operation rounds to its own type: wider intermediates would move pixels");
+
 namespace {
 
 // Below this the inverse is computed all the same, but its user hears of it.
