@@ -68,7 +68,12 @@ void Image::free() {
     allocated_size = 0;
 }
 
-void Image::make_blank() { std::memset(block_, 0, allocated_size); }
+void Image::make_blank() {
+    // The C library wants an address even for no bytes.
+    if (block_ != nullptr) {
+        std::memset(block_, 0, allocated_size);
+    }
+}
 
 void Image::copy_from(const Image& src) {
     if (width != src.width || height != src.height || format != src.format ||

@@ -184,6 +184,13 @@ TEST(Image, OwnsHeightTimesStrideBytes) {
     std::memset(image.pixels, 0xFF, image.allocated_size);
 }
 
+TEST(Image, HasItsBlockBetweenTheFirstRowAndTheSize) {
+    const Image image(ImageSpec(3, 2, ImageSpec::BGRA_U8));
+    const auto place = [](const void* member) { return static_cast<const char*>(member); };
+    EXPECT_EQ(place(&image.allocated_size) - place(&image.pixels),
+              static_cast<std::ptrdiff_t>(2 * sizeof(char*)));
+}
+
 TEST(Image, AllocatesEveryFormat) {
     for (const FormatRow& row : kFormats) {
         const Image image(ImageSpec(row.width, 3, format_of(row.value)));
@@ -262,6 +269,8 @@ TEST(Image, MayBeFreedAndAllocatedAnew) {
     image.free();
     EXPECT_EQ(image.pixels, nullptr);
     EXPECT_EQ(image.allocated_size, 0U);
+    // Harmless: the sanitizers watch.
+    image.make_blank();
     image.width = 100;
     image.set_natural_stride();
     image.alloc();

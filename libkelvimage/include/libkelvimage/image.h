@@ -84,7 +84,7 @@ public:
     void alloc();
     /// Gives the pixels back; there are none then.
     void free();
-    /// Sets every byte to zero: black and transparent.
+    /// Sets every byte to zero: black and transparent. Does nothing while there are no pixels.
     void make_blank();
     /// Copies the pixels of an image with the same width, height, format and stride. Throws
     /// `StrXception` "formats don't match" (and a line feed).
@@ -104,11 +104,13 @@ public:
 
     /// Row 0.
     char* pixels = nullptr;
-    /// Bytes of the pixels.
-    uword allocated_size = 0;
 
 private:
     char* block_ = nullptr;
+
+public:
+    /// Bytes of the pixels.
+    uword allocated_size = 0;
 };
 
 }  // namespace Kelv
