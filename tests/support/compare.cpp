@@ -64,6 +64,9 @@ Comparison judge(const Picture& actual, const Picture& expected, double share, d
     if (!same_size(actual, expected)) {
         return {false, "sizes differ: " + size_of(actual) + ", expected " + size_of(expected)};
     }
+    if (actual.values.empty()) {
+        return {false, "no pixels to compare"};
+    }
     const Tally tally = count(actual, expected, hard, limit_at);
     const std::size_t pixels =
         static_cast<std::size_t>(actual.width) * static_cast<std::size_t>(actual.height);

@@ -23,7 +23,8 @@ struct Comparison {
     std::string report;  ///< what differs and where it is worst; for a passed one too
 };
 
-/// Whether the pictures agree within `limits`. Two values that both are no number agree.
+/// Whether the pictures agree within `limits`. Two values that both are no number agree; pictures
+/// without a pixel do not, since nothing was compared.
 Comparison compare(const Picture& actual, const Picture& expected, const Limits& limits);
 
 /// Whether every value is within its own limit, the value of `allowance` at its place.

@@ -42,6 +42,12 @@ TEST(Compare, RejectsOtherSizesBeforeAllElse) {
     EXPECT_FALSE(compare_within(ramp(), ramp(8, 5), ramp()).passed);
 }
 
+TEST(Compare, RejectsPicturesWithoutAPixel) {
+    EXPECT_FALSE(compare(Picture(), Picture(), {.per_value = inf}).passed);
+    EXPECT_FALSE(compare(Picture(0, 4, 3), Picture(0, 4, 3), {.per_value = inf}).passed);
+    EXPECT_FALSE(compare_within(Picture(), Picture(), Picture()).passed);
+}
+
 TEST(Compare, RejectsAPictureThatIsNoNumber) {
     Picture broken = ramp();
     for (double& value : broken.values) {
