@@ -13,7 +13,7 @@ class Array;
 ///
 /// A non-null but empty buffer can arise from `String('\0')`, from appending NUL and from
 /// formatting that produces nothing. Such a string does not equal the null string (see
-/// `operator==`): keys and paths written by earlier versions rely on that difference.
+/// `operator==`): a contract, kept as it is.
 class String {
 public:
     /// What `find` and `findr` return when there is nothing to find.
@@ -55,7 +55,7 @@ public:
     String& operator+=(const String& text);
 
     /// Hash of the text modulo 2^32, bytes taken as signed; 0 for the null string. The constants
-    /// are part of the design: interned names are stored by it.
+    /// are part of the design: they decide the chain that `InString::dump` shows a text in.
     unsigned int hash() const;
 
     /// Byte index of the first occurrence of a text or character, or `kNotFound`.
