@@ -12,9 +12,7 @@ namespace {
 
 template <class Act>
 std::string errors_of(Act act) {
-    CapturedOutput errors(stderr);
-    act();
-    return errors.text();
+    return output_of(stderr, act);
 }
 
 const char* const kFunction = "OSAPI::fd_t OSAPI::connect_tcp(const char*, int)";

@@ -12,11 +12,7 @@ const String first_symbol = InString::gensym()->text;
 const InString* const early = InString::intern("early");
 const bool early_is_kept = InString::intern("early") == early;
 
-std::string dumped() {
-    CapturedOutput output(stdout);
-    InString::dump();
-    return output.text();
-}
+std::string dumped() { return output_of(stdout, InString::dump); }
 
 std::string chains(unsigned int marked, const std::string& texts) {
     std::string lines;

@@ -51,9 +51,7 @@ Point3 seen(const DblMatrix4& m, double x, double y, double z) {
 }
 
 std::string warnings_of_inverse(const DblMatrix4& m, DblMatrix4& result) {
-    CapturedOutput errors(stderr);
-    result = m.inverse();
-    return errors.text();
+    return output_of(stderr, [&] { result = m.inverse(); });
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <base/exceptions.h>
 #include <base/string.h>
 #include <support/captured_output.h>
+#include <support/expect_throw.h>
 #include <support/failing_allocator.h>
 
 #include <gtest/gtest.h>
@@ -88,16 +89,8 @@ TEST(StringFormat, WithoutMemoryForTheSecondPassThrows) {
     String s("deneb");
     FailingAllocator allocator;
     allocator.refuse_above(500);
-    try {
-        s.sprintf("%*s", 500, "");
-        FAIL();
-    } catch (const StrXception& e) {
-        const std::string message = e.message().c_str();
-        EXPECT_EQ(message.rfind("out of memory in <", 0), 0U) << message;
-        EXPECT_NE(message.find("my_vsnprintf(const char"), std::string::npos) << message;
-        EXPECT_NE(message.find("> (base/string.cpp:"), std::string::npos) << message;
-        EXPECT_EQ(message.back(), ')');
-    }
+    expect_message(thrown_message([&] { s.sprintf("%*s", 500, ""); }), "out of memory",
+                   "my_vsnprintf", "base/string.cpp");
     EXPECT_STREQ(s.c_str(), "deneb");
     // One byte less is granted.
     s.sprintf("%*s", 499, "");

@@ -5,6 +5,7 @@
 #include <limits>
 #include <string>
 
+#include "support/captured_output.h"
 #include "support/expect_throw.h"
 
 // The sanitizer's allocator is to fail as the system's does, with a null.
@@ -38,13 +39,14 @@ TEST(Error, HasATextForEachCode) {
 }
 
 TEST(Error, PrintsItsTextAsAnException) {
-    testing::internal::CaptureStderr();
-    try {
-        throw Kelv::Error(6);
-    } catch (const Xception& failure) {
-        failure.print();
-    }
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "libkelvimage error: file is too short\n");
+    const std::string printed = output_of(stderr, [] {
+        try {
+            throw Kelv::Error(6);
+        } catch (const Xception& failure) {
+            failure.print();
+        }
+    });
+    EXPECT_EQ(printed, "libkelvimage error: file is too short\n");
 }
 
 std::string address(const void* pointer) {
@@ -64,28 +66,28 @@ public:
 
 TEST(PixelMemory, IsNotTracedUnlessAsked) {
     ASSERT_EQ(Kelv::TRACE_ALLOCATIONS, 0);
-    testing::internal::CaptureStderr();
-    Kelv::free_pixels(Kelv::malloc_pixels(64), 64);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    const auto run = [] { Kelv::free_pixels(Kelv::malloc_pixels(64), 64); };
+    EXPECT_EQ(output_of(stderr, run), "");
 }
 
 TEST(PixelMemory, IsTracedWhenAsked) {
     const Traced traced;
-    testing::internal::CaptureStderr();
-    char* pixels = Kelv::malloc_pixels(64);
-    const std::string where = address(pixels);
-    Kelv::free_pixels(pixels, 64);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "libkelvimage: malloc_pixels(64) = " + where +
-                                                          "\n" + "libkelvimage: free_pixels(" +
-                                                          where + ", 64)\n");
+    std::string where;
+    const std::string trace = output_of(stderr, [&] {
+        char* pixels = Kelv::malloc_pixels(64);
+        where = address(pixels);
+        Kelv::free_pixels(pixels, 64);
+    });
+    EXPECT_EQ(trace, "libkelvimage: malloc_pixels(64) = " + where + "\nlibkelvimage: free_pixels(" +
+                         where + ", 64)\n");
 }
 
 TEST(PixelMemory, ThatThereIsNotThrowsAfterItsTrace) {
     const Traced traced;
     const uword size = std::numeric_limits<uword>::max() / 2;
-    testing::internal::CaptureStderr();
-    const std::string message = thrown_message([=] { Kelv::malloc_pixels(size); });
-    const std::string trace = testing::internal::GetCapturedStderr();
+    std::string message;
+    const std::string trace =
+        output_of(stderr, [&] { message = thrown_message([=] { Kelv::malloc_pixels(size); }); });
     expect_message(message, "out of memory", "Kelv::malloc_pixels", "libkelvimage/core.cpp");
     // Between the two the sanitizer's allocator may put a warning of its own.
     const std::string start = "libkelvimage: malloc_pixels(" + std::to_string(size) + ")";

@@ -9,6 +9,7 @@
 #include <string>
 #include <type_traits>
 
+#include "support/captured_output.h"
 #include "support/expect_throw.h"
 
 namespace {
@@ -166,12 +167,11 @@ TEST(ImageSpec, IsEqualWhenAllItsNumbersAre) {
 }
 
 TEST(ImageSpec, PrintsNameAndSize) {
-    testing::internal::CaptureStdout();
-    ImageSpec(1920, 1080, ImageSpec::BGRA_FLOAT).print();
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "BGRA_FLOAT     \t1920 x 1080");
-    testing::internal::CaptureStdout();
-    ImageSpec(1920, 1080, ImageSpec::DNXHD_1080i60_10BIT).print();
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "DNXHD_1080i60_10BIT\t1920 x 1080");
+    const auto printed = [](ImageSpec::PixelFormat format) {
+        return output_of(stdout, [=] { ImageSpec(1920, 1080, format).print(); });
+    };
+    EXPECT_EQ(printed(ImageSpec::BGRA_FLOAT), "BGRA_FLOAT     \t1920 x 1080");
+    EXPECT_EQ(printed(ImageSpec::DNXHD_1080i60_10BIT), "DNXHD_1080i60_10BIT\t1920 x 1080");
 }
 
 TEST(Image, OwnsHeightTimesStrideBytes) {
@@ -285,17 +285,14 @@ TEST(Image, DumpsSizeAddressAndSpec) {
     std::snprintf(expected, sizeof expected,
                   "Image (allocated_size 6 at %p) G_U8           \t3 x 2",
                   static_cast<void*>(image.pixels));
-    testing::internal::CaptureStdout();
-    image.dump();
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), expected);
+    EXPECT_EQ(output_of(stdout, [&] { image.dump(); }), expected);
 }
 
 TEST(Image, TracesItsPixels) {
     Kelv::TRACE_ALLOCATIONS = 1;
-    testing::internal::CaptureStderr();
-    { const Image image(ImageSpec(3, 2, ImageSpec::G_U8)); }
+    const std::string trace =
+        output_of(stderr, [] { const Image image(ImageSpec(3, 2, ImageSpec::G_U8)); });
     Kelv::TRACE_ALLOCATIONS = 0;
-    const std::string trace = testing::internal::GetCapturedStderr();
     EXPECT_EQ(trace.find("libkelvimage: malloc_pixels(6) = "), 0U);
     EXPECT_NE(trace.find("\nlibkelvimage: free_pixels("), std::string::npos);
     EXPECT_EQ(trace.substr(trace.size() - 5), ", 6)\n");

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 
+#include "support/captured_output.h"
 #include "support/expect_throw.h"
 #include "support/faults.h"
 #include "support/scratch.h"
@@ -176,14 +177,14 @@ TEST_F(Atomic, DestructorThrowsWhenItCannotRemove) {
 
 TEST_F(Atomic, FailureWhileUnwindingIsPrintedAndTheFirstExceptionGoesOn) {
     const Fault<&Syscalls::unlink> fault(EROFS);
-    testing::internal::CaptureStderr();
-    EXPECT_THROW(
-        {
-            const AtomicFileWrite file(path_.c_str(), OSAPI::kWrite);
-            throw 5;
-        },
-        int);
-    const std::string printed = testing::internal::GetCapturedStderr();
+    const std::string printed = output_of(stderr, [&] {
+        EXPECT_THROW(
+            {
+                const AtomicFileWrite file(path_.c_str(), OSAPI::kWrite);
+                throw 5;
+            },
+            int);
+    });
     EXPECT_EQ(printed.find("Error: unlink(" + temporary_ + "): " + std::strerror(EROFS)), 0U)
         << printed;
     EXPECT_EQ(open_descriptors(), before_);

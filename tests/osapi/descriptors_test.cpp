@@ -6,6 +6,7 @@
 #include <string>
 #include <type_traits>
 
+#include "support/captured_output.h"
 #include "support/expect_throw.h"
 #include "support/faults.h"
 #include "support/scratch.h"
@@ -78,14 +79,14 @@ TEST(FileDescriptor, DestructorThrowsWhenClosingFails) {
 
 TEST(FileDescriptor, FailureWhileUnwindingIsPrintedAndTheFirstExceptionGoesOn) {
     const Fault<&Syscalls::close> closes(EIO);
-    testing::internal::CaptureStderr();
-    EXPECT_THROW(
-        {
-            const FileDescriptor descriptor(901);
-            throw 5;
-        },
-        int);
-    const std::string printed = testing::internal::GetCapturedStderr();
+    const std::string printed = output_of(stderr, [&] {
+        EXPECT_THROW(
+            {
+                const FileDescriptor descriptor(901);
+                throw 5;
+            },
+            int);
+    });
     EXPECT_EQ(printed.find("Error: " + with_error("close", EIO)), 0U) << printed;
 }
 
@@ -145,14 +146,15 @@ TEST(DiskFile, WhoseCloseFailsWhileUnwindingLetsTheFirstExceptionGoOn) {
         return -1;
     });
     const int before = open_descriptors();
-    testing::internal::CaptureStderr();
-    expect_message(thrown_message([&] {
-                       const DiskFile file((folder / "a").c_str(), OSAPI::kReadWrite);
-                       char byte;
-                       OSAPI::read(file.fd(), &byte, 1);
-                   }),
-                   "unexpected EOF", "OSAPI::read", "osapi/osapi-unix.cpp");
-    testing::internal::GetCapturedStderr();
+    const std::string printed = output_of(stderr, [&] {
+        expect_message(thrown_message([&] {
+                           const DiskFile file((folder / "a").c_str(), OSAPI::kReadWrite);
+                           char byte;
+                           OSAPI::read(file.fd(), &byte, 1);
+                       }),
+                       "unexpected EOF", "OSAPI::read", "osapi/osapi-unix.cpp");
+    });
+    EXPECT_EQ(printed.find("Error: " + with_error("close", EIO)), 0U) << printed;
     EXPECT_EQ(open_descriptors(), before);
 }
 

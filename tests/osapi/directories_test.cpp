@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "support/captured_output.h"
 #include "support/expect_throw.h"
 #include "support/faults.h"
 #include "support/scratch.h"
@@ -183,14 +184,15 @@ TEST_F(Directories, ScopedChangeReportsThatItCannotGoBack) {
     }
     std::filesystem::current_path(start_);
     const Fault<&Syscalls::chdir> fault(EACCES, {.after = 1});
-    testing::internal::CaptureStderr();
-    EXPECT_THROW(
-        {
-            const OSAPI::ScopedChdir inside(path_.c_str());
-            throw 5;
-        },
-        int);
-    EXPECT_EQ(testing::internal::GetCapturedStderr().find("Error: " + text), 0U);
+    const std::string printed = output_of(stderr, [&] {
+        EXPECT_THROW(
+            {
+                const OSAPI::ScopedChdir inside(path_.c_str());
+                throw 5;
+            },
+            int);
+    });
+    EXPECT_EQ(printed.find("Error: " + text), 0U) << printed;
 }
 
 TEST_F(Directories, GlobGivesTheMatchesSorted) {

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "support/captured_output.h"
 #include "support/expect_throw.h"
 #include "support/faults.h"
 #include "support/scratch.h"
@@ -168,14 +169,14 @@ TEST(MemoryMapping, DestructorThrowsWhenUnmappingFails) {
 
 TEST(MemoryMapping, FailureWhileUnwindingIsPrintedAndTheFirstExceptionGoesOn) {
     const Fault<&Syscalls::munmap> fault(EINVAL);
-    testing::internal::CaptureStderr();
-    EXPECT_THROW(
-        {
-            const OSAPI::AnonMapping mapping(100, false);
-            throw 5;
-        },
-        int);
-    const std::string printed = testing::internal::GetCapturedStderr();
+    const std::string printed = output_of(stderr, [&] {
+        EXPECT_THROW(
+            {
+                const OSAPI::AnonMapping mapping(100, false);
+                throw 5;
+            },
+            int);
+    });
     EXPECT_EQ(printed.find("Error: " + with_error("munmap", EINVAL)), 0U) << printed;
 }
 

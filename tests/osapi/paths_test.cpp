@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 
+#include "support/captured_output.h"
 #include "support/expect_throw.h"
 #include "support/faults.h"
 #include "support/scratch.h"
@@ -163,14 +164,15 @@ TEST_F(PathStatus, RemoverReportsWhatItCannotRemove) {
     const std::string text = with_error("unlink(" + file_ + ")", EROFS);
     expect_message(thrown_message([&] { const OSAPI::Remover remover(file_.c_str()); }), text,
                    "OSAPI::rm_ifexist", "osapi/osapi-unix.cpp");
-    testing::internal::CaptureStderr();
-    EXPECT_THROW(
-        {
-            const OSAPI::Remover remover(file_.c_str());
-            throw 5;
-        },
-        int);
-    EXPECT_EQ(testing::internal::GetCapturedStderr().find("Error: " + text), 0U);
+    const std::string printed = output_of(stderr, [&] {
+        EXPECT_THROW(
+            {
+                const OSAPI::Remover remover(file_.c_str());
+                throw 5;
+            },
+            int);
+    });
+    EXPECT_EQ(printed.find("Error: " + text), 0U) << printed;
 }
 
 }  // namespace

@@ -22,3 +22,11 @@ private:
     std::FILE* file_;
     int original_;
 };
+
+/// What `run` writes to `stream`.
+template <class Run>
+std::string output_of(std::FILE* stream, Run run) {
+    CapturedOutput output(stream);
+    run();
+    return output.text();
+}
