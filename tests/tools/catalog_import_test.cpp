@@ -23,6 +23,7 @@ using lumivar::Failure;
 using lumivar::import_catalogue;
 using Names = std::vector<std::string>;
 
+constexpr const char* kShippedTable = LUMIVAR_DATA "/hip.csv";
 constexpr const char* kHeader = "ra_deg,dec_deg,vmag,bv,distance_pc\n";
 
 class Import : public testing::Test {
@@ -153,7 +154,7 @@ TEST_F(Import, FollowsALinkToTheFileItPointsAt) {
 
 TEST_F(Import, ShippedCatalogueHasItsPublishedCounts) {
     const std::string output = folder / "hip.stars";
-    const lumivar::ImportSummary summary = import_catalogue(LUMIVAR_DATA "/hip.csv", output);
+    const lumivar::ImportSummary summary = import_catalogue(kShippedTable, output);
     EXPECT_EQ(summary.stars, 117955U);
     EXPECT_EQ(summary.without_colour, 1143U);
     EXPECT_EQ(summary.without_distance, 6413U);
@@ -212,8 +213,8 @@ TEST_F(Import, FullDiskIsOneLineAndLeavesNothing) {
     write_file(folder / "old.stars", "precious");
     ToolOptions options;
     options.file_size_limit = 100000;  // the database takes 3.8 MB
-    const ToolResult result = run_tool(
-        {"catalog", "import", LUMIVAR_DATA "/hip.csv", "-o", folder / "old.stars"}, options);
+    const ToolResult result =
+        run_tool({"catalog", "import", kShippedTable, "-o", folder / "old.stars"}, options);
     EXPECT_EQ(result.code, 1);
     EXPECT_EQ(result.signal, 0);
     EXPECT_EQ(result.err, "lumivar: cannot write " + (folder / "old.stars") + ": File too large\n");
@@ -268,7 +269,7 @@ public:
 
 private:
     std::string working_file() const {
-        const std::string name = working_folder();
+        std::string name = working_folder();
         if (!name.empty() && std::filesystem::exists(folder_ / (name + "/content"))) {
             return name;
         }

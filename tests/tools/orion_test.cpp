@@ -16,6 +16,8 @@
 
 namespace {
 
+constexpr const char* kScene = LUMIVAR_SCENES "/orion.json";
+
 struct Place {
     double ra = 0.0;
     double dec = 0.0;
@@ -65,8 +67,8 @@ class Orion : public testing::TestWithParam<const char*> {};
 
 TEST_P(Orion, StarsStandWhereTheSkyHasThem) {
     const ScratchFolder folder;
-    const ToolResult result = run_tool(
-        {"render", LUMIVAR_SCENES "/orion.json", "-o", folder / "orion.exr", "--size", GetParam()});
+    const ToolResult result =
+        run_tool({"render", kScene, "-o", folder / "orion.exr", "--size", GetParam()});
     ASSERT_EQ(result.code, 0) << result.err;
     const support::Picture picture = load_rgb(folder / "orion.exr");
     const support::SkyWcs sky(view_of(picture));

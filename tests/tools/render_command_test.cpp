@@ -1,7 +1,11 @@
 // lumivar render and lumivar controls, through the built plug-in.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <stdlib.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <csignal>
@@ -201,6 +205,28 @@ TEST_F(Render, WritesSequences) {
     EXPECT_NE(result.out.find("a.##.png: 64x32, float, frame 9 (0.375 s) to frame 11 (0.458 s)"),
               std::string::npos)
         << result.out;
+}
+
+TEST_F(Render, ShowsProgressWithRateAndTimeLeftOnATerminal) {
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(terminal, 0);
+    ASSERT_EQ(grantpt(terminal), 0);
+    ASSERT_EQ(unlockpt(terminal), 0);
+    options.error = ptsname(terminal);
+    // Held open, so that what was written can still be read after the program has ended.
+    const int other_end = open(options.error.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    const ToolResult result = render("a.##.exr", {"--frames", "0-7", "--size", "1024x1024"});
+    EXPECT_EQ(result.code, 0);
+    std::array<char, 4096> text{};
+    fcntl(terminal, F_SETFL, O_NONBLOCK);
+    const ssize_t length = read(terminal, text.data(), text.size());
+    ASSERT_GT(length, 0);
+    const std::string shown(text.data(), static_cast<std::size_t>(length));
+    EXPECT_NE(shown.find("/8 frames, "), std::string::npos) << shown;
+    EXPECT_NE(shown.find(" s left"), std::string::npos) << shown;
+    EXPECT_EQ(shown.substr(shown.size() - 4), "\r\x1b[K") << "the line is wiped at the end";
+    close(other_end);
+    close(terminal);
 }
 
 TEST_F(Render, RefusesUnusableRequestsAsUsage) {

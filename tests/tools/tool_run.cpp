@@ -53,6 +53,7 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const ToolOp
     argv.push_back(nullptr);
     std::vector<std::string> environment = options.environment;
     const std::string& output = options.output.empty() ? out_file_ : options.output;
+    const std::string& error = options.error.empty() ? err_file_ : options.error;
 
     id_ = fork();
     if (id_ < 0) {
@@ -66,7 +67,7 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const ToolOp
     }
     redirect(options.input.c_str(), O_RDONLY, STDIN_FILENO);
     redirect(output.c_str(), O_WRONLY, STDOUT_FILENO);
-    redirect(err_file_.c_str(), O_WRONLY, STDERR_FILENO);
+    redirect(error.c_str(), O_WRONLY | O_NOCTTY, STDERR_FILENO);
     if (options.file_size_limit) {
         const rlimit limit = {*options.file_size_limit, *options.file_size_limit};
         setrlimit(RLIMIT_FSIZE, &limit);

@@ -17,8 +17,9 @@ struct ToolResult {
 
 struct ToolOptions {
     std::string program = LUMIVAR_PROGRAM;
-    std::string input = "/dev/null";               ///< file for standard input
-    std::string output;                            ///< file for standard output instead of `out`
+    std::string input = "/dev/null";  ///< file for standard input
+    std::string output;               ///< file for standard output instead of `out`
+    std::string error;                ///< file or terminal for standard error instead of `err`
     std::optional<unsigned long> file_size_limit;  ///< bytes, as if the disk were full beyond
     std::vector<std::string> environment;          ///< "NAME=VALUE", on top of the tests' own
     int ignored_signal = 0;                        ///< ignored from the start, as nohup does

@@ -136,7 +136,7 @@ OIIO::ImageSpec describe(const FrameView& frame, const Encoded& encoded, Format 
     std::string description = info.title;
     for (const auto& [key, value] : info.details) {
         spec.attribute("lumivar:" + key, value);
-        description += "\n" + key + ": " + value;
+        description.append("\n").append(key).append(": ").append(value);
     }
     if (!description.empty()) {
         spec.attribute("ImageDescription", description);
