@@ -50,6 +50,45 @@ TEST(CommandLine, UnusableArgumentsAreOneLineAndCodeTwo) {
     }
 }
 
+TEST(CommandLine, NamesTheCommandOrOptionThatThereIsNot) {
+    for (const Arguments& arguments :
+         {Arguments{"paint"}, Arguments{"catalog", "paint"}, Arguments{"render", "--paint"}}) {
+        const ToolResult result = run_tool(arguments);
+        EXPECT_EQ(result.code, 2);
+        EXPECT_EQ(result.err, "lumivar: there is no command or option \"" + arguments.back() +
+                                  "\" (lumivar --help shows the ways)\n");
+    }
+}
+
+TEST(CommandLine, RefusesEmptyTextsWhichAnUnsetVariableOfAScriptGives) {
+    const Arguments render = {"render", "/nonexistent/scene.json", "-o", "/nonexistent/a.####.exr"};
+    for (const char* option : {"--catalogue", "--plugin", "--size", "--frames"}) {
+        Arguments arguments = render;
+        arguments.insert(arguments.end(), {option, ""});
+        const ToolResult result = run_tool(arguments);
+        EXPECT_EQ(result.code, 2) << option;
+        EXPECT_EQ(result.err, std::string("lumivar: ") + option +
+                                  ": give a value, not an empty text (lumivar --help shows the "
+                                  "ways)\n");
+    }
+    for (const Arguments& arguments :
+         {Arguments{"render", "", "-o", "a.exr"}, Arguments{"render", "a.json", "-o", ""},
+          Arguments{"controls", "--plugin", ""}, Arguments{"catalog", "info", ""},
+          Arguments{"catalog", "import", "", "-o", "a.stars"},
+          Arguments{"catalog", "import", "-", "-o", ""}}) {
+        const ToolResult result = run_tool(arguments);
+        EXPECT_EQ(result.code, 2);
+        EXPECT_NE(result.err.find(": give a value, not an empty text"), std::string::npos)
+            << result.err;
+    }
+}
+
+TEST(CommandLine, ComplainsInOneLineOfANameOfSeveral) {
+    const ToolResult result = run_tool({"catalog", "info", "/nonexistent/a\nb.stars"});
+    EXPECT_EQ(result.err,
+              "lumivar: cannot read /nonexistent/a b.stars: No such file or directory\n");
+}
+
 TEST(CommandLine, FailedWorkIsOneLineAndCodeOne) {
     const ToolResult result = run_tool({"catalog", "info", "/nonexistent/a.stars"});
     EXPECT_EQ(result.code, 1);

@@ -384,6 +384,13 @@ TEST_F(Render, UnwritableOutputIsOneLineBeforeAnyWork) {
                   ": it is a folder, give the name of a file\n");
 }
 
+#ifndef __SANITIZE_ADDRESS__  // whose own tables take more address space than any limit leaves
+TEST_F(Render, LackOfMemoryIsOneLine) {
+    options.memory_limit = 1UL << 30U;  // each float image of the frame takes as much
+    EXPECT_EQ(failure({"--size", "8192x8192"}), "lumivar: there is not enough memory for this\n");
+}
+#endif
+
 TEST_F(Render, FullDiskIsOneLineAndLeavesNothing) {
     options.file_size_limit = 100;
     // With the bundle as it is built: the limit would stop a copy of it as well.

@@ -72,6 +72,10 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const ToolOp
         const rlimit limit = {*options.file_size_limit, *options.file_size_limit};
         setrlimit(RLIMIT_FSIZE, &limit);
     }
+    if (options.memory_limit) {
+        const rlimit limit = {*options.memory_limit, *options.memory_limit};
+        setrlimit(RLIMIT_AS, &limit);
+    }
     for (std::string& variable : environment) {
         putenv(variable.data());
     }

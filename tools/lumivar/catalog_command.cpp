@@ -45,9 +45,11 @@ void add_import(CLI::App& catalog) {
     command
         ->add_option("TABLE", arguments->input,
                      "Comma-separated text whose first line names the columns; - is standard input")
-        ->required();
+        ->required()
+        ->check(not_empty());
     command->add_option("-o,--output", arguments->output, "The database to write, NAME.stars")
-        ->required();
+        ->required()
+        ->check(not_empty());
     command->footer(
         "Columns, in any order (others are passed over):\n"
         "  ra_deg       right ascension, degrees 0..360                becomes lon\n"
@@ -68,7 +70,7 @@ void add_info(CLI::App& catalog) {
     auto path = std::make_shared<std::string>();
     auto json = std::make_shared<bool>(false);
     CLI::App* command = catalog.add_subcommand("info", "Say what a star database holds");
-    command->add_option("DATABASE", *path, "The .stars file")->required();
+    command->add_option("DATABASE", *path, "The .stars file")->required()->check(not_empty());
     command->add_flag("--json", *json, "As JSON, for other programs");
     command->footer(
         "Shows version, number of stars, the range of every field, stars by magnitude, and\n"

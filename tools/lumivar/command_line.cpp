@@ -2,8 +2,10 @@
 
 #include <base/exceptions.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <new>
 #include <sstream>
 
 #include "cleanup.h"
@@ -14,13 +16,25 @@
 namespace lumivar {
 namespace {
 
-int complain(const std::string& text, int code) {
+int complain(std::string text, int code) {
+    // One line, whatever line feeds a file's name or a library's text brings along.
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
     std::fprintf(stderr, "lumivar: %s\n", text.c_str());
     return code;
 }
 
 int usage_error(const std::string& text) {
     return complain(text + " (lumivar --help shows the ways)", kExitUsage);
+}
+
+/// What is asked for in vain says more than what is missing: "lumivar paint" names no command.
+std::string usage_text(const CLI::App& program, const CLI::Error& error) {
+    const std::vector<std::string> unknown = program.remaining(true);
+    if (unknown.empty()) {
+        return error.what();
+    }
+    return "there is no command or option \"" + unknown.front() + "\"";
 }
 
 /// What stands in a buffer is not printed yet: a full disk shows only here.
@@ -32,6 +46,13 @@ int finish() {
 }
 
 }  // namespace
+
+CLI::Validator not_empty() {
+    return {[](const std::string& text) {
+                return std::string(text.empty() ? "give a value, not an empty text" : "");
+            },
+            ""};
+}
 
 int run_command_line(int argc, const char* const* argv) {
     install_signal_handlers();
@@ -57,6 +78,8 @@ int run_command_line(int argc, const char* const* argv) {
         program.exit(help, text, text);
         std::fputs(text.str().c_str(), stdout);
         return finish();
+    } catch (const CLI::RequiredError& error) {
+        return usage_error(usage_text(program, error));
     } catch (const CLI::Error& error) {
         return usage_error(error.what());
     } catch (const UsageError& error) {
@@ -66,6 +89,8 @@ int run_command_line(int argc, const char* const* argv) {
     } catch (const AssertXception& error) {
         return complain(std::string("a defect of the program: ") + error.expression(),
                         kExitFailure);
+    } catch (const std::bad_alloc&) {
+        return complain("there is not enough memory for this", kExitFailure);
     } catch (const std::exception& error) {
         return complain(error.what(), kExitFailure);
     }

@@ -15,8 +15,10 @@ void add_controls_command(CLI::App& program) {
     };
     auto arguments = std::make_shared<Arguments>();
     CLI::App* command = program.add_subcommand("controls", "List the plug-in's controls");
-    command->add_option("--plugin", arguments->plugin,
-                        "The plug-in's bundle; if not given, the one that goes with this program");
+    command
+        ->add_option("--plugin", arguments->plugin,
+                     "The plug-in's bundle; if not given, the one that goes with this program")
+        ->check(not_empty());
     command->add_flag("--json", arguments->json, "As JSON, for other programs");
     command->footer(
         "Name, kind, the values it may have, what its slider covers, and the default, as the\n"

@@ -162,12 +162,14 @@ void add_render_command(CLI::App& program) {
     auto arguments = std::make_shared<RenderArguments>();
     CLI::App* command = program.add_subcommand("render", "Render a scene through the plug-in");
     command->add_option("SCENE", arguments->scene, "The scene, a JSON file (see scenes/README.md)")
-        ->required();
+        ->required()
+        ->check(not_empty());
     command
         ->add_option(
             "-o,--output", arguments->picture,
             "The picture: .exr and .tif hold linear light, .png and .jpg are for looking at")
-        ->required();
+        ->required()
+        ->check(not_empty());
     CLI::Option* time =
         command->add_option("--time", arguments->time, "The moment to render, in seconds");
     CLI::Option* frame = command->add_option("--frame", arguments->frame,
@@ -176,22 +178,28 @@ void add_render_command(CLI::App& program) {
         "--frames", arguments->frames, "A-B: frames A to B, with #### in the picture's name");
     time->excludes(frame)->excludes(frames);
     frame->excludes(frames);
+    frames->check(not_empty());
     command->add_option("--depth", arguments->depth, "Bits a channel that the plug-in renders in")
         ->check(CLI::IsMember({8, 16, 32}))
         ->capture_default_str();
-    command->add_option(
-        "--size", arguments->size,
-        "WIDTHxHEIGHT instead of the composition's; what is in the picture from top "
-        "to bottom stays");
+    command
+        ->add_option("--size", arguments->size,
+                     "WIDTHxHEIGHT instead of the composition's; what is in the picture from top "
+                     "to bottom stays")
+        ->check(not_empty());
     command
         ->add_option("--set", arguments->settings,
                      "NAME=VALUE: a control, in place of the scene's; may be repeated")
         ->allow_extra_args(false)
         ->trigger_on_parse(false);
-    command->add_option("--plugin", arguments->plugin,
-                        "The plug-in's bundle; if not given, the one that goes with this program");
-    command->add_option("--catalogue", arguments->catalogue,
-                        "A database beside the bundle by name, or the path of any .stars file");
+    command
+        ->add_option("--plugin", arguments->plugin,
+                     "The plug-in's bundle; if not given, the one that goes with this program")
+        ->check(not_empty());
+    command
+        ->add_option("--catalogue", arguments->catalogue,
+                     "A database beside the bundle by name, or the path of any .stars file")
+        ->check(not_empty());
     command->add_flag("--raw", arguments->raw,
                       "Write the integer codes of --depth 8 or 16 as they are");
     command->footer(
