@@ -32,6 +32,21 @@ TEST(FindPlugin, TakesTheNamedOneAndSaysWhereItLooked) {
     }
 }
 
+TEST(FindPlugin, FollowsLinksToWhereThePluginReallyStands) {
+    const ScratchFolder folder;
+    fs::create_directories(folder / "real/My.plugin/Contents/MacOS");
+    write_file(folder / "real/My.plugin/Contents/MacOS/My", "module");
+    write_file(folder / "real/My.plugin/Contents/MacOS/Other", "module");
+    fs::create_directory_symlink("real/My.plugin", folder / "link.plugin");
+    for (const char* name : {"link.plugin", "real/My.plugin", "real/My.plugin/",
+                             "real/My.plugin/Contents/MacOS/My", "link.plugin/Contents/MacOS/My"}) {
+        EXPECT_EQ(lumivar::find_plugin(folder / name), folder / "real/My.plugin") << name;
+    }
+    // A module that the bundle does not start is meant as it is.
+    EXPECT_EQ(lumivar::find_plugin(folder / "real/My.plugin/Contents/MacOS/Other"),
+              folder / "real/My.plugin/Contents/MacOS/Other");
+}
+
 TEST(FindPlugin, NamesThePlacesWhenItIsInNone) {
     const ScratchFolder folder;
     fs::create_directory(folder / "bin");

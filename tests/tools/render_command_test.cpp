@@ -263,6 +263,36 @@ TEST_F(Render, ChoosesADatabaseBesideTheBundleByName) {
     EXPECT_NE(render("a.exr", {"--plugin", bundle}).out.find(", catalogue "), std::string::npos);
 }
 
+TEST_F(Render, RefusesToGuessAmongNamesThatTheListOfChoicesCannotTellApart) {
+    const std::string bundle = own_bundle();
+    write_file(folder / "own/a|b.stars", one_star_database());
+    write_file(folder / "own/c.stars", one_star_database());
+    EXPECT_EQ(failure({"--plugin", bundle, "--catalogue", "c.stars"}),
+              "lumivar: the star database " + (folder / "own/a|b.stars") +
+                  " makes the plug-in's list of databases ambiguous, as its name holds \"|\"; "
+                  "rename it, or name a database by its path with --catalogue\n");
+    EXPECT_EQ(failure({"--plugin", bundle}),
+              failure({"--plugin", bundle, "--catalogue", "c.stars"}));
+    // Alone in a stage even that one has an unambiguous name.
+    EXPECT_EQ(render("a.exr", {"--plugin", bundle, "--catalogue", folder / "own/a|b.stars"}).code,
+              0);
+}
+
+TEST_F(Render, LooksForTheNamedDatabaseWhereALinkedBundleReallyStands) {
+    const std::string bundle = own_bundle();
+    write_file(folder / "own/a.stars", one_star_database());
+    fs::create_directory(folder / "links");
+    fs::create_directory_symlink(bundle, folder / "links/Linked.plugin");
+    const std::string module = bundle + "/Contents/MacOS/Lumivar";
+    for (const std::string& plugin : {folder / "links/Linked.plugin", module}) {
+        const ToolResult named = render("a.exr", {"--plugin", plugin, "--catalogue", "a.stars"});
+        EXPECT_EQ(named.code, 0) << named.err;
+        const ToolResult staged =
+            render("a.exr", {"--plugin", plugin, "--catalogue", folder / "one.stars"});
+        EXPECT_EQ(staged.code, 0) << staged.err;
+    }
+}
+
 TEST_F(Render, CatalogueOnTheCommandLineOverrulesTheScene) {
     write_file(
         folder / "scene.json",
@@ -384,6 +414,26 @@ TEST_F(Render, UnwritableOutputIsOneLineBeforeAnyWork) {
                   ": it is a folder, give the name of a file\n");
 }
 
+TEST_F(Render, FolderThatTakesNoFileIsOneLineThatNamesThePicture) {
+    // Not even the superuser makes a file there.
+    const ToolResult result =
+        run_tool({"render", folder / "scene.json", "-o", "/proc/a.exr"}, options);
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.err.rfind("lumivar: cannot write /proc/a.exr: ", 0), 0U) << result.err;
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+}
+
+TEST_F(Render, UnusableTemporaryFolderIsOneLineThatNamesTheVariable) {
+    options.environment = {"TMPDIR=" + (folder / "none")};
+    EXPECT_EQ(failure({}),
+              "lumivar: there is no folder for temporary files where TMPDIR says: No such file or "
+              "directory; set TMPDIR to one\n");
+    options.environment = {"TMPDIR=/proc"};
+    const std::string line = failure({});
+    EXPECT_NE(line.find(" to the folder for temporary files /proc (TMPDIR): "), std::string::npos)
+        << line;
+}
+
 #ifndef __SANITIZE_ADDRESS__  // whose own tables take more address space than any limit leaves
 TEST_F(Render, LackOfMemoryIsOneLine) {
     options.memory_limit = 1UL << 30U;  // each float image of the frame takes as much
@@ -413,6 +463,9 @@ TEST_F(Render, MissingPluginIsOneLine) {
     fs::create_directory(folder / "hollow.plugin");
     EXPECT_NE(failure({"--plugin", folder / "hollow.plugin"}).find("hollow.plugin"),
               std::string::npos);
+    EXPECT_EQ(failure({"--plugin", folder / "hollow.plugin", "--catalogue", folder / "one.stars"}),
+              "lumivar: \"" + (folder / "hollow.plugin") +
+                  "\" is no plug-in bundle: it has no Contents/MacOS/hollow\n");
 }
 
 TEST_F(Render, SignalRemovesTheStagedPluginAndTheHalfMadePicture) {
@@ -450,7 +503,8 @@ TEST_F(Render, NextRunRemovesTheStageThatAHardKillLeft) {
     ToolProcess process({"render", folder / "scene.json", "-o", folder / "out/a.##.exr", "--frames",
                          "0-23", "--size", "1024x1024", "--catalogue", folder / "one.stars"},
                         options);
-    while (names_in(folder / "out").empty()) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(50);
+    while (names_in(folder / "out").empty() && std::chrono::steady_clock::now() < limit) {
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     process.send(SIGKILL);

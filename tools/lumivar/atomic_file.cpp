@@ -63,7 +63,7 @@ void check_output_path(const fs::path& path) {
 AtomicFile::AtomicFile(const fs::path& path)
     : shown_(path),
       target_(resolve_target(path)),
-      folder_(target_.parent_path()),
+      folder_(target_.parent_path(), "cannot write " + path.string()),
       temporary_(folder_.file("content")) {
     buffer_.reserve(kBufferBytes);
     descriptor_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);

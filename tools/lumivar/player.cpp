@@ -1,6 +1,7 @@
 #include "player.h"
 
 #include <host/diagnosis.h>
+#include <host/module.h>
 #include <libimgops/star_input.h>
 
 #include <algorithm>
@@ -31,8 +32,8 @@ std::unique_ptr<host::Session> load(const fs::path& bundle) {
     }
 }
 
-/// Star databases beside the bundle, for a message.
-std::string names_beside(const fs::path& folder) {
+/// The star databases in the folder that the plug-in lists, sorted.
+std::vector<std::string> databases_in(const fs::path& folder) {
     std::vector<std::string> names;
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
@@ -43,6 +44,10 @@ std::string names_beside(const fs::path& folder) {
         }
     }
     std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::string list_of(const std::vector<std::string>& names) {
     std::string text;
     for (const std::string& name : names) {
         text += (text.empty() ? "" : ", ") + name;
@@ -50,13 +55,24 @@ std::string names_beside(const fs::path& folder) {
     return text.empty() ? "none" : text;
 }
 
+/// The plug-in joins the names with "|" to the list of choices: one that holds it makes two choices
+/// of one database, and those after it lead to others than they name.
+void require_countable_choices(const fs::path& folder) {
+    for (const std::string& name : databases_in(folder)) {
+        if (name.find('|') != std::string::npos) {
+            throw Failure("the star database " + (folder / name).string() +
+                          " makes the plug-in's list of databases ambiguous, as its name holds "
+                          "\"|\"; rename it, or name a database by its path with --catalogue");
+        }
+    }
+}
+
 }  // namespace
 
 Player::Player(const std::string& plugin, const std::string& catalogue) {
     fs::path bundle = find_plugin(plugin);
     if (!catalogue.empty()) {
-        const fs::path folder =
-            bundle.has_filename() ? bundle.parent_path() : bundle.parent_path().parent_path();
+        const fs::path folder = host::plugin_folder(bundle);
         const bool is_name = catalogue.find('/') == std::string::npos;
         std::error_code error;
         if (is_name && catalogue.find(".stars") != std::string::npos &&
@@ -65,7 +81,7 @@ Player::Player(const std::string& plugin, const std::string& catalogue) {
             choice_ = catalogue;
         } else if (is_name && !fs::exists(fs::symlink_status(catalogue, error))) {
             throw Failure("there is no catalogue " + catalogue + ", neither beside the plug-in (" +
-                          folder.string() + " has: " + names_beside(folder) +
+                          folder.string() + " has: " + list_of(databases_in(folder)) +
                           ") nor as a file of its own");
         } else {
             star_file_version(catalogue);
@@ -75,6 +91,7 @@ Player::Player(const std::string& plugin, const std::string& catalogue) {
         }
     }
     session_ = load(bundle);
+    require_countable_choices(session_->folder());
 }
 
 Player::~Player() = default;

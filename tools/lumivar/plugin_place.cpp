@@ -20,6 +20,35 @@ fs::path program_file() {
     return error ? fs::path() : program;
 }
 
+/// Without links, and the bundle for a module within one.
+fs::path real_place(const fs::path& plugin) {
+    std::error_code error;
+    const fs::path real = fs::canonical(plugin, error);
+    if (error) {
+        throw Failure("there is no plug-in " + plugin.string());
+    }
+    const fs::path contents = real.parent_path().parent_path();
+    const bool in_bundle = real.parent_path().filename() == "MacOS" &&
+                           contents.filename() == "Contents" &&
+                           contents.parent_path().stem() == real.filename();
+    return in_bundle && fs::is_regular_file(real, error) ? contents.parent_path() : real;
+}
+
+std::string copy_complaint(const fs::path& bundle, const fs::path& place) {
+    return "cannot copy the plug-in " + bundle.string() + " to the folder for temporary files " +
+           place.string() + " (TMPDIR)";
+}
+
+fs::path temporary_place() {
+    std::error_code error;
+    fs::path place = fs::temp_directory_path(error);
+    if (error) {
+        throw Failure("there is no folder for temporary files where TMPDIR says: " +
+                      error.message() + "; set TMPDIR to one");
+    }
+    return place;
+}
+
 }  // namespace
 
 std::vector<fs::path> plugin_places(const fs::path& program) {
@@ -29,17 +58,14 @@ std::vector<fs::path> plugin_places(const fs::path& program) {
 }
 
 fs::path find_plugin(const std::string& named) {
-    std::error_code error;
     if (!named.empty()) {
-        if (!fs::exists(named, error)) {
-            throw Failure("there is no plug-in " + named);
-        }
-        return fs::absolute(named);
+        return real_place(named);
     }
+    std::error_code error;
     std::string looked_at;
     for (const fs::path& place : plugin_places(program_file())) {
         if (fs::is_directory(place, error)) {
-            return place;
+            return real_place(place);
         }
         looked_at += (looked_at.empty() ? "" : ", ") + place.string();
     }
@@ -57,7 +83,8 @@ std::string staged_name(const fs::path& catalogue) {
 
 class StagedPlugin::Stage {
 public:
-    Stage(const fs::path& bundle, const fs::path& catalogue) : folder_(fs::temp_directory_path()) {
+    Stage(const fs::path& bundle, const fs::path& catalogue, const fs::path& place)
+        : folder_(place, copy_complaint(bundle, place)) {
         // "Lumivar.plugin/" and "Lumivar.plugin" are the same bundle.
         const fs::path name =
             bundle.has_filename() ? bundle.filename() : bundle.parent_path().filename();
@@ -74,8 +101,7 @@ public:
             }
             fs::create_symlink(fs::absolute(catalogue), folder_.file(staged_name(catalogue)));
         } catch (const fs::filesystem_error& error) {
-            throw Failure("cannot copy the plug-in " + bundle.string() + " to " +
-                          folder_.path().string() + ": " + error.code().message());
+            throw Failure(copy_complaint(bundle, place) + ": " + error.code().message());
         }
     }
 
@@ -87,7 +113,7 @@ private:
 };
 
 StagedPlugin::StagedPlugin(const fs::path& bundle, const fs::path& catalogue)
-    : stage_(std::make_unique<Stage>(bundle, catalogue)) {}
+    : stage_(std::make_unique<Stage>(bundle, catalogue, temporary_place())) {}
 
 StagedPlugin::~StagedPlugin() = default;
 

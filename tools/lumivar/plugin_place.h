@@ -10,7 +10,9 @@ namespace lumivar {
 
 /// The bundle that goes with this program: beside its bin/ folder as it is built
 /// (../plugin/Lumivar.plugin) or installed (../lib/lumivar/Lumivar.plugin, ../lib/Lumivar.plugin).
-/// `named`, if not empty, is taken instead. Throws `Failure`, which names the places looked at.
+/// `named`, if not empty, is taken instead. Links are followed, since the plug-in looks round the
+/// place where it really stands; for a module within its bundle the bundle is given. Throws
+/// `Failure`, which names the places looked at.
 std::filesystem::path find_plugin(const std::string& named);
 
 /// The places that `find_plugin` looks at for a program file, in order.

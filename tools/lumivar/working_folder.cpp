@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "failure.h"
 
@@ -80,7 +81,8 @@ int remove_orphans(const fs::path& parent) {
     return removed;
 }
 
-WorkingFolder::WorkingFolder(const fs::path& parent) {
+WorkingFolder::WorkingFolder(const fs::path& parent, std::string complaint)
+    : complaint_(std::move(complaint)) {
     const fs::path place = fs::absolute(parent.empty() ? fs::path(".") : parent);
     remove_orphans(place);
     const std::string stem = std::string(kPrefix) + std::to_string(getpid()) + "-";
@@ -96,8 +98,7 @@ bool WorkingFolder::claim(const fs::path& candidate) {
         if (error == EEXIST) {
             return false;
         }
-        throw system_failure("cannot work in the folder " + candidate.parent_path().string(),
-                             error);
+        throw system_failure(complaint_, error);
     }
     entries_.emplace_back(candidate / kLockName, RemoveOnSignal::Kind::kFile);
     lock_ = open_lock(candidate);
@@ -118,7 +119,7 @@ bool WorkingFolder::claim(const fs::path& candidate) {
         return false;  // another run took the folder for an orphan while it had no lock
     }
     rmdir(candidate.c_str());
-    throw system_failure("cannot work in the folder " + candidate.parent_path().string(), error);
+    throw system_failure(complaint_, error);
 }
 
 WorkingFolder::~WorkingFolder() {
@@ -137,7 +138,7 @@ fs::path WorkingFolder::make_folder(const fs::path& relative) {
     fs::path path = path_ / relative;
     entries_.emplace_back(path, RemoveOnSignal::Kind::kFolder);
     if (mkdir(path.c_str(), 0700) != 0) {
-        throw system_failure("cannot create the folder " + path.string(), errno);
+        throw system_failure(complaint_, errno);
     }
     return path;
 }

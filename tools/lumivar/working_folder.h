@@ -20,8 +20,9 @@ namespace lumivar {
 
 class WorkingFolder {
 public:
-    /// Removes orphans from `parent`, then makes a working folder there. Throws `Failure`.
-    explicit WorkingFolder(const std::filesystem::path& parent);
+    /// Removes orphans from `parent`, then makes a working folder there. Throws `Failure`, which
+    /// begins with `complaint`: what the user then does not get ("cannot write a.exr").
+    WorkingFolder(const std::filesystem::path& parent, std::string complaint);
     /// Removes the folder and everything in it.
     ~WorkingFolder();
     WorkingFolder(const WorkingFolder&) = delete;
@@ -37,6 +38,7 @@ public:
 private:
     bool claim(const std::filesystem::path& candidate);
 
+    std::string complaint_;
     std::filesystem::path path_;
     std::deque<RemoveOnSignal> entries_;
     int lock_ = -1;
