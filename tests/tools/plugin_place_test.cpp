@@ -86,7 +86,7 @@ TEST(StagedPluginFolder, HoldsACopyOfTheBundleAndALinkToTheCatalogueUntilItGoes)
         EXPECT_EQ(read_file(stage / "mine.stars"), "stars");
         EXPECT_EQ(read_file(stage / "B.plugin/Contents/MacOS/B"), "module");
         EXPECT_EQ(read_file(stage / "B.plugin/Contents/Info.plist"), "list");
-        // A link would lead the plug-in's search for its own folder back to the original.
+        // A link would lead the plug-in's search for its own folder back to the bundle copied from.
         EXPECT_FALSE(fs::is_symlink(stage / "B.plugin"));
         EXPECT_FALSE(fs::is_symlink(stage / "B.plugin/Contents/MacOS/B"));
         EXPECT_FALSE(fs::is_symlink(stage / "B.plugin/Contents/link"));

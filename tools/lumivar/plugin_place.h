@@ -19,9 +19,9 @@ std::filesystem::path find_plugin(const std::string& named);
 std::vector<std::filesystem::path> plugin_places(const std::filesystem::path& program);
 
 /// The plug-in lists the folder that holds its bundle. To show it a catalogue from elsewhere, and
-/// only that one, a real copy of the bundle (a link would lead it back to the original's folder)
-/// stands in a temporary folder, and a link to the catalogue beside it. All of it goes with the
-/// object, and at a signal.
+/// only that one, a real copy of the bundle (a link would lead it back to the folder it was copied
+/// from) stands in a temporary folder, and a link to the catalogue beside it. All of it goes with
+/// the object, and at a signal.
 class StagedPlugin {
 public:
     /// Throws `Failure`.
