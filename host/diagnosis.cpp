@@ -1,17 +1,11 @@
 #include <host/diagnosis.h>
 #include <host/module.h>
+#include <host/star_file.h>
 #include <host_api/effect_interface.h>
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cmath>
 #include <cstdint>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
 #include <limits>
-#include <memory>
 #include <system_error>
 
 namespace host {
@@ -19,25 +13,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kMagicBytes = 8;
-constexpr std::uintmax_t kRecordBytes = 32;
 constexpr std::uint64_t kImageBytesPerPixel = 16;
 
 std::string in_quotes(const std::string& text) { return "\"" + text + "\""; }
-
-/// The first bytes as text and in hexadecimal.
-std::string shown_bytes(const std::string& bytes) {
-    std::string text;
-    std::string hex;
-    for (const char c : bytes) {
-        const unsigned char byte = static_cast<unsigned char>(c);
-        text += byte >= 0x20 && byte < 0x7F ? c : '.';
-        std::array<char, 4> digits;
-        std::snprintf(digits.data(), digits.size(), "%02X", byte);
-        hex += (hex.empty() ? "" : " ") + std::string(digits.data());
-    }
-    return in_quotes(text) + " (" + hex + ")";
-}
 
 std::string shown_format(std::int32_t format) {
     std::string code;
@@ -53,7 +31,7 @@ bool drawable(std::int32_t format) {
 }
 
 constexpr char kRemedy[] =
-    "put a star catalogue (.stars) in its place or choose another in \"Star Database\"";
+    "put a star database (.stars) in its place or choose another in \"Star Database\"";
 
 }  // namespace
 
@@ -75,40 +53,11 @@ std::optional<std::string> refuse_size(int width, int height) {
 }
 
 std::optional<std::string> examine_catalogue(const fs::path& file) {
-    const std::string name = "star catalogue " + in_quotes(file.string());
-    std::error_code error;
-    const fs::file_status status = fs::status(file, error);
-    if (!fs::exists(status)) {
-        return name + " does not exist; " + kRemedy;
+    const StarFile found = look_at_star_file(file);
+    if (found.version != 0) {
+        return std::nullopt;
     }
-    if (!fs::is_regular_file(status)) {
-        return name + " is no regular file; " + kRemedy;
-    }
-    std::string magic(kMagicBytes, '\0');
-    const std::unique_ptr<std::FILE, decltype(&std::fclose)> stream(std::fopen(file.c_str(), "rb"),
-                                                                    &std::fclose);
-    if (!stream) {
-        const std::string reason = std::generic_category().message(errno);
-        return name + " cannot be opened: " + reason +
-               "; give it read permission or choose another";
-    }
-    magic.resize(std::fread(magic.data(), 1, magic.size(), stream.get()));
-    if (std::ferror(stream.get()) != 0) {
-        return name + " cannot be read: " + std::generic_category().message(errno) + "; " + kRemedy;
-    }
-    if (magic.empty()) {
-        return name + " is empty; " + kRemedy;
-    }
-    if (magic != "LUMIVAR1" && magic != "LUMIVAR2") {
-        return name + " is not a star catalogue: it begins with " + shown_bytes(magic) +
-               " where \"LUMIVAR1\" or \"LUMIVAR2\" is expected; " + kRemedy;
-    }
-    const std::uintmax_t size = fs::file_size(file, error);
-    if (!error && size < kRecordBytes) {
-        return name + " is " + std::to_string(size) +
-               " bytes long, shorter than its 32-byte header; " + kRemedy;
-    }
-    return std::nullopt;
+    return found.problem + "; " + kRemedy;
 }
 
 std::optional<fs::path> catalogue_used(const Session& session, const Scene& scene, Time time) {

@@ -497,32 +497,32 @@ protected:
         EXPECT_EQ(joined(frame.violations), "");
         return host::explain_frame(session, scene, frame);
     }
-    std::string catalogue() const {
-        return "star catalogue \"" + (fs::canonical(root.path()) / "sky.stars").string() + "\"";
-    }
+    std::string catalogue() const { return (fs::canonical(root.path()) / "sky.stars").string(); }
     static constexpr char kRemedy[] =
-        "; put a star catalogue (.stars) in its place or choose another in \"Star Database\"";
+        "; put a star database (.stars) in its place or choose another in \"Star Database\"";
 };
 
 TEST_F(LumivarFailure, OfAForeignFileShowsItsFirstBytes) {
     write_file(root / "sky.stars", "\x89PNG\r\n\x1A\n" + std::string(100, 'x'));
     EXPECT_EQ(explanation([] {}),
               "the plug-in drew nothing: " + catalogue() +
-                  " is not a star catalogue: it begins with \".PNG....\" (89 50 4E 47 0D 0A 1A 0A) "
-                  "where \"LUMIVAR1\" or \"LUMIVAR2\" is expected" +
+                  " is not a star database: it begins with \".PNG....\" (89 50 4e 47 0d 0a 1a 0a) "
+                  "instead of \"LUMIVAR1\" or \"LUMIVAR2\"" +
                   kRemedy);
 }
 
 TEST_F(LumivarFailure, OfAVanishedFileNamesIt) {
     add_stars();
     EXPECT_EQ(explanation([&] { fs::remove(root / "sky.stars"); }),
-              "the plug-in drew nothing: " + catalogue() + " does not exist" + kRemedy);
+              "the plug-in drew nothing: cannot read " + catalogue() +
+                  ": No such file or directory" + kRemedy);
 }
 
 TEST_F(LumivarFailure, OfAnEmptiedFileNamesIt) {
     add_stars();
     EXPECT_EQ(explanation([&] { write_file(root / "sky.stars", ""); }),
-              "the plug-in drew nothing: " + catalogue() + " is empty" + kRemedy);
+              "the plug-in drew nothing: " + catalogue() +
+                  " is empty: a star database begins with \"LUMIVAR1\" or \"LUMIVAR2\"" + kRemedy);
 }
 
 TEST_F(LumivarFailure, OfAnUnsupportedPixelFormatNamesIt) {
@@ -564,7 +564,10 @@ TEST_F(LumivarFailure, WithoutAnyDatabaseComesAtSetUp) {
 TEST_F(LumivarFailure, WithAnEmptyDatabaseComesAtSetUp) {
     write_file(root / "sky.stars", "");
     EXPECT_EQ(refusal(bundle()), "Error reading Lumivar database file " + spelt_folder() +
-                                     "/sky.stars. (" + catalogue() + " is empty" + kRemedy + ")");
+                                     "/sky.stars. (" + catalogue() +
+                                     " is empty: a star database begins with \"LUMIVAR1\" or "
+                                     "\"LUMIVAR2\"" +
+                                     kRemedy + ")");
 }
 
 TEST_F(Lumivar, DrawsItsFillInPremiere) {
