@@ -31,6 +31,12 @@ constexpr const char* kScene = R"({
     "controls": {"Star Spot Size": 40}
 })";
 
+/// Half up in single precision, then the ends of the scale.
+int rounded_code(float value, int white) {
+    return std::clamp(static_cast<int>(std::floor(value * static_cast<float>(white) + 0.5F)), 0,
+                      white);
+}
+
 class Render : public testing::Test {
 protected:
     Render() {
@@ -147,11 +153,8 @@ TEST_F(Render, DepthsAgreeByTheRoundingOfTheEffect) {
             for (int c = 0; c < 3; ++c) {
                 const float value = real.at<float>(x, y, c);
                 lit += value > 0.0F;
-                // Half up in single precision, then the ends of the scale.
-                ASSERT_EQ(codes8.at<std::uint8_t>(x, y, c),
-                          std::min(static_cast<int>(0.5F + value * 255.0F), 255));
-                ASSERT_EQ(codes16.at<std::uint16_t>(x, y, c),
-                          std::min(static_cast<int>(0.5F + value * 32768.0F), 32768));
+                ASSERT_EQ(codes8.at<std::uint8_t>(x, y, c), rounded_code(value, 255));
+                ASSERT_EQ(codes16.at<std::uint16_t>(x, y, c), rounded_code(value, 32768));
             }
         }
     }
@@ -517,31 +520,26 @@ TEST(Controls, AreListedAsDeclared) {
     const ToolResult result = run_tool({"controls"});
     EXPECT_EQ(result.code, 0) << result.err;
     // The contract with users' saved projects, in its order.
-    const char* lines[] = {
-        "Control               Kind            Values                   Slider    Default\n",
-        "Star Brightness       float slider    0 to 1000                0 to 20   5\n",
-        "Brightness Bias       float slider    0 to 5                   0 to 2    1\n",
-        "Star Saturation       float slider    0 to 2                   0 to 2    0.4\n",
-        "Tint Strength         float slider    0 to 1                   0 to 1    0\n",
-        "Tint Color            colour          0 to 255 each                      128, 128, 128\n",
-        "Maximum Luminance     float slider    0 to 10                  0 to 10   0.5\n",
-        "Luminance Threshold   float slider    0 to 1                   0 to 1    0.0001\n",
-        "Star Spot Size        float slider    0 to 1000                0 to 10   2.5\n",
-        "Star Aspect Ratio     float slider    0 to 10                  0 to 4    1\n",
-        "Motion Blur Segments  integer slider  0 to 100                 0 to 100  1\n",
-        "Projection            popup           Persp | HemiSph | AzEqu            0\n",
-        "3D Stars              checkbox        off, on                            on\n",
-        "Parallax Crush        float slider    0 to 1000                0 to 100  100\n",
-        "Treat Pixels As       popup           Linear Luminance | sRGB            Linear "
-        "Luminance\n",
-        "Anamorphic DOF        checkbox        off, on                            off\n",
-        "Star Database         popup           hipparcos.stars                    0\n",
-    };
-    std::string expected;
-    for (const char* line : lines) {
-        expected += line;
-    }
-    EXPECT_EQ(result.out, expected);
+    const std::string expected = R"(
+Control               Kind            Values                   Slider    Default
+Star Brightness       float slider    0 to 1000                0 to 20   5
+Brightness Bias       float slider    0 to 5                   0 to 2    1
+Star Saturation       float slider    0 to 2                   0 to 2    0.4
+Tint Strength         float slider    0 to 1                   0 to 1    0
+Tint Color            colour          0 to 255 each                      128, 128, 128
+Maximum Luminance     float slider    0 to 10                  0 to 10   0.5
+Luminance Threshold   float slider    0 to 1                   0 to 1    0.0001
+Star Spot Size        float slider    0 to 1000                0 to 10   2.5
+Star Aspect Ratio     float slider    0 to 10                  0 to 4    1
+Motion Blur Segments  integer slider  0 to 100                 0 to 100  1
+Projection            popup           Persp | HemiSph | AzEqu            0
+3D Stars              checkbox        off, on                            on
+Parallax Crush        float slider    0 to 1000                0 to 100  100
+Treat Pixels As       popup           Linear Luminance | sRGB            Linear Luminance
+Anamorphic DOF        checkbox        off, on                            off
+Star Database         popup           hipparcos.stars                    0
+)";
+    EXPECT_EQ("\n" + result.out, expected);
 }
 
 TEST(Controls, AreGivenAsJson) {
