@@ -2,16 +2,12 @@
 #include <AE/commands.h>
 #include <AE/globals.h>
 #include <AE/messages.h>
+#include <AE/registration.h>
 #include <AE/suites.h>
 
 #include <cstring>
 
 namespace {
-
-constexpr A_u_long kMajorVersion = 2;
-constexpr A_u_long kMinorVersion = 0;
-constexpr A_u_long kBugVersion = 0;
-constexpr A_u_long kBuild = 1;
 
 // In order of preference; Premiere alone asks.
 constexpr PF_PixelFormat kPremiereFormats[] = {PF_PixelFormat_BGRA128, PF_PixelFormat_BGRA64,
@@ -49,22 +45,17 @@ PF_Err About(PF_InData* in_data, PF_OutData* out_data, PF_ParamDef* /*params*/[]
         AEGP_SuiteHandler suites(in_data->pica_basicP);
         suites.ANSICallbacksSuite1()->sprintf(
             out_data->return_msg, "%s v%d.%d\r%s", table_string(kStringName),
-            static_cast<int>(kMajorVersion), static_cast<int>(kMinorVersion),
-            table_string(kStringNotice));
+            static_cast<int>(registration::kMajorVersion),
+            static_cast<int>(registration::kMinorVersion), table_string(kStringNotice));
     }
     return PF_Err_NONE;
 }
 
 PF_Err GlobalSetup(PF_InData* in_data, PF_OutData* out_data, PF_ParamDef* /*params*/[],
                    PF_LayerDef* /*output*/) {
-    // The registration resource repeats these three numbers.
-    out_data->my_version =
-        PF_VERSION(kMajorVersion, kMinorVersion, kBugVersion, PF_Stage_DEVELOP, kBuild);
-    out_data->out_flags = PF_OutFlag_I_USE_SHUTTER_ANGLE | PF_OutFlag_I_HAVE_EXTERNAL_DEPENDENCIES |
-                          PF_OutFlag_DEEP_COLOR_AWARE;
-    out_data->out_flags2 = PF_OutFlag2_SUPPORTS_QUERY_DYNAMIC_FLAGS | PF_OutFlag2_I_USE_3D_CAMERA |
-                           PF_OutFlag2_I_USE_3D_LIGHTS | PF_OutFlag2_SUPPORTS_SMART_RENDER |
-                           PF_OutFlag2_FLOAT_COLOR_AWARE;
+    out_data->my_version = registration::kVersion;
+    out_data->out_flags = registration::kOutFlags;
+    out_data->out_flags2 = registration::kOutFlags2;
     if (in_data->appl_id == kAppID_Premiere) {
         declare_premiere_formats(in_data, out_data);
     }

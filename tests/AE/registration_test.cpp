@@ -1,0 +1,278 @@
+// What the built bundle tells the host before its module is loaded, read back byte by byte, and
+// against what the module then says itself.
+#include <gtest/gtest.h>
+#include <support/catalogue.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "bundle.h"
+#include "fake_host.h"
+
+using namespace std::string_literals;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path contents() { return fs::path(LUMIVAR_MODULE).parent_path().parent_path(); }
+
+std::string resource_file() { return read_file(contents() / "Resources/Lumivar.rsrc"); }
+
+/// A big-endian number of `size` bytes; throws behind the end.
+std::uint32_t number(const std::string& bytes, std::size_t offset, std::size_t size) {
+    std::uint32_t value = 0;
+    for (std::size_t i = 0; i < size; ++i) {
+        value = value * 256 + static_cast<unsigned char>(bytes.at(offset + i));
+    }
+    return value;
+}
+
+/// The bytes that two hexadecimal digits each stand for; spaces between them do not count.
+std::string from_hex(const std::string& digits) {
+    std::string bytes;
+    std::string pair;
+    for (const char digit : digits) {
+        if (digit == ' ') {
+            continue;
+        }
+        pair += digit;
+        if (pair.size() == 2) {
+            bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
+            pair.clear();
+        }
+    }
+    return bytes;
+}
+
+struct Property {
+    std::string vendor;
+    std::string key;
+    std::uint32_t index;
+    std::string data;     ///< without the padding
+    std::string padding;  ///< up to a multiple of four
+    std::string bytes;    ///< all of it
+};
+
+/// The bytes of the first resource, found by its place in the map.
+std::string only_resource(const std::string& file) {
+    const std::size_t data = number(file, 0, 4);
+    const std::size_t map = number(file, 4, 4);
+    const std::size_t types = map + number(file, map + 24, 2);
+    const std::size_t references = types + number(file, types + 8, 2);
+    const std::size_t at = data + number(file, references + 5, 3);
+    return file.substr(at + 4, number(file, at, 4));
+}
+
+std::vector<Property> properties() {
+    const std::string resource = only_resource(resource_file());
+    std::vector<Property> found;
+    std::size_t at = 8;
+    for (std::uint32_t left = number(resource, 4, 4); left > 0; --left) {
+        const std::size_t length = number(resource, at + 12, 4);
+        const std::size_t padded = (length + 3) / 4 * 4;
+        if (at + 16 + padded > resource.size()) {
+            throw std::runtime_error("a property goes over the end of the resource");
+        }
+        found.push_back({resource.substr(at, 4), resource.substr(at + 4, 4),
+                         number(resource, at + 8, 4), resource.substr(at + 16, length),
+                         resource.substr(at + 16 + length, padded - length),
+                         resource.substr(at, 16 + padded)});
+        at += 16 + padded;
+    }
+    EXPECT_EQ(at, resource.size()) << "bytes behind the last property";
+    return found;
+}
+
+Property property(const std::string& key) {
+    for (const Property& candidate : properties()) {
+        if (candidate.key == key) {
+            return candidate;
+        }
+    }
+    throw std::runtime_error("no property " + key);
+}
+
+/// The characters of a text with a length byte, which must be the whole of `data`.
+std::string counted_text(const std::string& data) {
+    EXPECT_EQ(number(data, 0, 1), data.size() - 1);
+    return data.substr(1);
+}
+
+/// What stands between `open` and `close` at or after `at`, which moves behind it.
+std::string between(const std::string& text, const std::string& open, const std::string& close,
+                    std::size_t& at) {
+    const std::size_t start = text.find(open, at);
+    const std::size_t end = text.find(close, start);
+    if (start == std::string::npos || end == std::string::npos) {
+        throw std::runtime_error("no " + open + " with its " + close);
+    }
+    at = end + close.size();
+    return text.substr(start + open.size(), end - start - open.size());
+}
+
+/// The entries of the property list; "true" for a flag that is set.
+std::map<std::string, std::string> list_entries(const std::string& text) {
+    std::map<std::string, std::string> entries;
+    std::size_t at = 0;
+    while (text.find("<key>", at) != std::string::npos) {
+        const std::string key = between(text, "<key>", "</key>", at);
+        const std::size_t value = text.find('<', at);
+        const bool is_flag = text.compare(value, 7, "<true/>") == 0;
+        at = value;
+        const std::string entry =
+            is_flag ? between(text, "<", "/>", at) : between(text, "<string>", "</string>", at);
+        EXPECT_TRUE(entries.emplace(key, entry).second) << key << " twice";
+    }
+    return entries;
+}
+
+}  // namespace
+
+// 8 bytes before the properties, which take 20 24 28 32 32 20 20 20 20 20 20 36 20: 320 bytes of
+// resource, 4 of its length before them.
+TEST(ResourceFile, BeginsWithPlacesAndLengths) {
+    const std::string file = resource_file();
+    EXPECT_EQ(number(file, 0, 4), 256U) << "the data";
+    EXPECT_EQ(number(file, 4, 4), 256U + 324U) << "the map";
+    EXPECT_EQ(number(file, 8, 4), 324U) << "length of the data";
+    EXPECT_EQ(number(file, 12, 4), 50U) << "length of the map";
+    EXPECT_EQ(file.substr(16, 240), std::string(240, '\0'));
+    EXPECT_EQ(number(file, 256, 4), 320U) << "length of the resource";
+    EXPECT_EQ(file.size(), 256U + 324U + 50U);
+}
+
+TEST(ResourceFile, MapListsOneNamelessResource) {
+    const std::string file = resource_file();
+    const std::string map = file.substr(number(file, 4, 4));
+    ASSERT_EQ(map.size(), 50U);
+    EXPECT_EQ(map.substr(0, 16), file.substr(0, 16));
+    EXPECT_EQ(map.substr(16, 8), std::string(8, '\0')) << "next map, file reference, attributes";
+    EXPECT_EQ(number(map, 24, 2), 28U) << "the list of types";
+    EXPECT_EQ(number(map, 26, 2), 50U) << "the list of names";
+    EXPECT_EQ(number(map, 28, 2), 0U) << "types less one";
+    EXPECT_EQ(map.substr(30, 4), "PiPL");
+    EXPECT_EQ(number(map, 34, 2), 0U) << "resources less one";
+    EXPECT_EQ(number(map, 36, 2), 10U) << "the references, from the list of types";
+    EXPECT_EQ(number(map, 38, 2), 16000U) << "identifier";
+    EXPECT_EQ(number(map, 40, 2), 0xFFFFU) << "no name";
+    EXPECT_EQ(number(map, 42, 4), 0U) << "attributes, offset in the data";
+    EXPECT_EQ(number(map, 46, 4), 0U);
+}
+
+TEST(Registration, HasItsPropertiesInOrder) {
+    EXPECT_EQ(number(only_resource(resource_file()), 0, 4), 0U) << "version of the format";
+    EXPECT_EQ(number(only_resource(resource_file()), 4, 4), 13U);
+    std::vector<std::string> keys;
+    for (const Property& each : properties()) {
+        keys.push_back(each.key);
+        EXPECT_EQ(each.vendor, "8BIM") << each.key;
+        EXPECT_EQ(each.index, 0U) << each.key;
+        EXPECT_EQ(each.padding, std::string(each.padding.size(), '\0')) << each.key;
+    }
+    EXPECT_EQ(keys,
+              (std::vector<std::string>{"kind", "name", "catg", "mi32", "mi64", "ePVR", "eSVR",
+                                        "eVER", "eINF", "eGLO", "eGL2", "eMNA", "aeFL"}));
+}
+
+TEST(Registration, NamesTheEffect) {
+    EXPECT_EQ(counted_text(property("name").data), "Lumivar");
+    EXPECT_EQ(counted_text(property("catg").data), "Simulation");
+    // Saved projects know the effect by it.
+    EXPECT_EQ(counted_text(property("eMNA").data), "Lumivar Star Field");
+}
+
+// Bytes as hosts of this kind are known to read them.
+TEST(Registration, PropertiesAreTheBytesThatTheHostReads) {
+    const std::map<std::string, std::string> expected = {
+        {"kind", from_hex("3842494D 6B696E64 00000000 00000004 65464B54")},
+        {"mi64", from_hex("3842494D 6D693634 00000000 0000000F 0E") + "EntryPointFunc\0"s},
+        {"mi32", from_hex("3842494D 6D693332 00000000 0000000F 0E") + "EntryPointFunc\0"s},
+        {"ePVR", from_hex("3842494D 65505652 00000000 00000004 00020000")},
+        {"eSVR", from_hex("3842494D 65535652 00000000 00000004 000D0000")},
+        {"eVER", from_hex("3842494D 65564552 00000000 00000004 00100001")},
+        {"eINF", from_hex("3842494D 65494E46 00000000 00000002 0000 0000")},
+        {"eGLO", from_hex("3842494D 65474C4F 00000000 00000004 03080000")},
+        {"eGL2", from_hex("3842494D 65474C32 00000000 00000004 00001407")},
+        {"aeFL", from_hex("3842494D 6165464C 00000000 00000004 00000000")},
+    };
+    for (const auto& [key, bytes] : expected) {
+        EXPECT_EQ(property(key).bytes, bytes) << key;
+    }
+}
+
+TEST(Registration, SaysWhatTheModuleSays) {
+    const Bundle bundle;
+    FakeHost host;
+    write_file(bundle.root / "sky.stars", support::catalogue_header(support::VERSION_1));
+    const auto send = [&](PF_Cmd cmd) {
+        return bundle.entry()(cmd, &host.in_data, &host.out_data, nullptr, nullptr, nullptr);
+    };
+    ASSERT_EQ(send(PF_Cmd_GLOBAL_SETUP), 0);
+    EXPECT_EQ(number(property("eVER").data, 0, 4), host.out_data.my_version);
+    EXPECT_EQ(number(property("eGLO").data, 0, 4),
+              static_cast<std::uint32_t>(host.out_data.out_flags));
+    EXPECT_EQ(number(property("eGL2").data, 0, 4),
+              static_cast<std::uint32_t>(host.out_data.out_flags2));
+    EXPECT_EQ(send(PF_Cmd_GLOBAL_SETDOWN), 0);
+}
+
+TEST(Registration, HasEveryFlagThatAFrameMayTurnOn) {
+    const Bundle bundle;
+    FakeHost host;
+    write_file(bundle.root / "sky.stars", support::catalogue_header(support::VERSION_1));
+    const auto send = [&](PF_Cmd cmd) {
+        return bundle.entry()(cmd, &host.in_data, &host.out_data, nullptr, nullptr, nullptr);
+    };
+    ASSERT_EQ(send(PF_Cmd_GLOBAL_SETUP), 0);
+    host.set_default_values();
+    host.out_data.out_flags2 = 0;
+    ASSERT_EQ(send(PF_Cmd_QUERY_DYNAMIC_FLAGS), 0);
+    const auto turned_on = static_cast<std::uint32_t>(host.out_data.out_flags2);
+    EXPECT_NE(turned_on, 0U);
+    EXPECT_EQ(turned_on & ~number(property("eGL2").data, 0, 4), 0U);
+    EXPECT_EQ(send(PF_Cmd_GLOBAL_SETDOWN), 0);
+}
+
+TEST(Registration, NamesAnEntryPointThatTheModuleHas) {
+    void* const module = dlopen(LUMIVAR_MODULE, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(module, nullptr) << dlerror();
+    for (const char* key : {"mi32", "mi64"}) {
+        EXPECT_NE(dlsym(module, counted_text(property(key).data).c_str()), nullptr) << key;
+    }
+    dlclose(module);
+}
+
+TEST(BundleFiles, PackageInfoIsEightBytes) {
+    EXPECT_EQ(read_file(contents() / "PkgInfo"), "eFKTFXTC");
+}
+
+TEST(BundleFiles, InfoListNamesTheBundleAndItsKind) {
+    const std::string text = read_file(contents() / "Info.plist");
+    EXPECT_EQ(list_entries(text), (std::map<std::string, std::string>{
+                                      {"CFBundleExecutable", "Lumivar"},
+                                      {"CFBundleIdentifier", "org.lumivar.effect"},
+                                      {"CFBundleInfoDictionaryVersion", "6.0"},
+                                      {"CFBundleName", "Lumivar"},
+                                      {"CFBundlePackageType", "eFKT"},
+                                      {"CFBundleShortVersionString", LUMIVAR_VERSION},
+                                      {"CFBundleSignature", "FXTC"},
+                                      {"CFBundleVersion", LUMIVAR_VERSION},
+                                      {"CSResourcesFileMapped", "true"},
+                                      {"LSRequiresCarbon", "true"},
+                                  }));
+}
+
+// Old hosts look for the resources under the executable's name, and the loader for the executable
+// under the list's.
+TEST(BundleFiles, ExecutableAndResourceFileHaveTheNamesThatTheListGives) {
+    const std::string executable =
+        list_entries(read_file(contents() / "Info.plist")).at("CFBundleExecutable");
+    EXPECT_TRUE(fs::is_regular_file(contents() / "MacOS" / executable));
+    EXPECT_TRUE(fs::is_regular_file(contents() / "Resources" / (executable + ".rsrc")));
+    EXPECT_EQ(fs::path(LUMIVAR_MODULE).filename(), executable);
+}

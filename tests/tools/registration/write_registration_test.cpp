@@ -1,0 +1,106 @@
+// The program that writes the bundle's registration: where it puts the files, and how it fails.
+// What stands in them is judged in the built bundle.
+#include <gtest/gtest.h>
+#include <support/scratch.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class WriteRegistration : public testing::Test {
+protected:
+    /// Runs the program; its exit code.
+    int run(const std::string& arguments) {
+        const std::string command =
+            "'" WRITE_REGISTRATION "' " + arguments + " 2>'" + (folder / "errors") + "'";
+        const int status = std::system(command.c_str());
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    std::string errors() const { return read_file(folder / "errors"); }
+
+    /// Every file below Contents, by its path there.
+    std::vector<std::string> files() const {
+        std::vector<std::string> found;
+        for (const auto& entry : fs::recursive_directory_iterator(contents)) {
+            if (!entry.is_directory()) {
+                found.push_back(entry.path().lexically_relative(contents).string());
+            }
+        }
+        std::sort(found.begin(), found.end());
+        return found;
+    }
+
+    ScratchFolder folder;
+    const std::string contents = folder / "A b.plugin/Contents";
+    const std::string argument = "'" + contents + "'";
+};
+
+const std::vector<std::string> kFiles = {"Info.plist", "PkgInfo", "Resources/Lumivar.rsrc"};
+
+}  // namespace
+
+TEST_F(WriteRegistration, MakesTheFoldersAndLeavesNothingElse) {
+    EXPECT_EQ(run(argument), 0);
+    EXPECT_EQ(errors(), "");
+    EXPECT_EQ(files(), kFiles);
+}
+
+TEST_F(WriteRegistration, ReplacesWhatIsThere) {
+    fs::create_directories(contents);
+    write_file(contents + "/PkgInfo", "longer than it will be");
+    write_file(contents + "/PkgInfo.inprogress", "left by a build that was stopped");
+    EXPECT_EQ(run(argument), 0);
+    EXPECT_EQ(read_file(contents + "/PkgInfo"), "eFKTFXTC");
+    EXPECT_EQ(files(), kFiles);
+}
+
+TEST_F(WriteRegistration, NamesTheFileThatCannotBePutInItsPlace) {
+    fs::create_directories(contents + "/Resources/Lumivar.rsrc/in the way");
+    EXPECT_EQ(run(argument), 1);
+    EXPECT_EQ(errors(), "write_registration: cannot write " + contents +
+                            "/Resources/Lumivar.rsrc: Is a directory\n");
+    EXPECT_EQ(files(), (std::vector<std::string>{"Info.plist", "PkgInfo"}));
+}
+
+TEST_F(WriteRegistration, NamesTheFileThatCannotBeWrittenAndKeepsTheOldOne) {
+    fs::create_directories(contents + "/Info.plist.inprogress/in the way");
+    write_file(contents + "/Info.plist", "old");
+    EXPECT_EQ(run(argument), 1);
+    EXPECT_EQ(errors(),
+              "write_registration: cannot write " + contents + "/Info.plist: Is a directory\n");
+    EXPECT_EQ(read_file(contents + "/Info.plist"), "old");
+}
+
+TEST_F(WriteRegistration, NamesTheFileWhoseFolderCannotBeMade) {
+    write_file(folder / "A b.plugin", "a file");
+    EXPECT_EQ(run(argument), 1);
+    EXPECT_EQ(errors(),
+              "write_registration: cannot write " + contents + "/Info.plist: Not a directory\n");
+}
+
+TEST_F(WriteRegistration, NoticesAFullDisk) {
+    if (!fs::is_character_file("/dev/full")) {
+        FAIL() << "the test needs a device that takes nothing";
+    }
+    fs::create_directories(contents);
+    fs::create_symlink("/dev/full", contents + "/PkgInfo.inprogress");
+    EXPECT_EQ(run(argument), 1);
+    EXPECT_EQ(errors(), "write_registration: cannot write " + contents +
+                            "/PkgInfo: No space left on device\n");
+    EXPECT_EQ(files(), std::vector<std::string>{"Info.plist"});
+}
+
+TEST_F(WriteRegistration, WantsOneFolder) {
+    for (const std::string& arguments : {std::string(), std::string("''"), argument + " more"}) {
+        EXPECT_EQ(run(arguments), 2) << arguments;
+        EXPECT_EQ(errors(), "usage: write_registration CONTENTS-FOLDER\n") << arguments;
+    }
+    EXPECT_FALSE(fs::exists(contents));
+}

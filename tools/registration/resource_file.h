@@ -1,0 +1,14 @@
+// The bytes of the effect's registration resource and of the file that holds it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// The effect's properties as the host reads them on macOS: kind, names, entry points, versions and
+/// flags, big-endian on every processor.
+std::string registration_resource();
+
+/// A resource fork, kept as a plain file, with one nameless resource; `type` has four characters.
+std::string resource_file(std::string_view type, std::uint16_t identifier,
+                          std::string_view resource);
