@@ -94,3 +94,27 @@ TEST(Rooms, IncludeOnlyFromBelow) {
     }
     EXPECT_GT(checked, 10);
 }
+
+TEST(Rooms, LeaveWhatOneSystemAloneHasToTheSystemLayer) {
+    const auto special = [](const fs::path& source) {
+        const std::string text = read_all(source);
+        for (const char* sign :
+             {"\"/proc/", "__linux__", "__APPLE__", "<linux/", "<mach", "<sys/epoll.h>",
+              "<sys/eventfd.h>", "<sys/inotify.h>", "<sys/prctl.h>", "<sys/sendfile.h>",
+              "<sys/sysinfo.h>", "<sys/event.h>", "<sys/sysctl.h>"}) {
+            if (text.find(sign) != std::string::npos) {
+                return std::string(sign);
+            }
+        }
+        return std::string();
+    };
+    EXPECT_NE(special(kRoot / "osapi/osapi-unix-program.cpp"), "");
+    for (const char* room :
+         {"base", "libkelvimage", "libimgops", "AE", "host", "tools", "benchmarks"}) {
+        for (const auto& entry : fs::recursive_directory_iterator(kRoot / room)) {
+            if (entry.path().extension() == ".cpp" || entry.path().extension() == ".h") {
+                EXPECT_EQ(special(entry.path()), "") << entry.path();
+            }
+        }
+    }
+}

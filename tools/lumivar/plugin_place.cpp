@@ -1,8 +1,7 @@
 #include "plugin_place.h"
 
-#include <unistd.h>
+#include <osapi/program.h>
 
-#include <cerrno>
 #include <system_error>
 
 #include "failure.h"
@@ -13,12 +12,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kBundleName = "Lumivar.plugin";
-
-fs::path program_file() {
-    std::error_code error;
-    const fs::path program = fs::read_symlink("/proc/self/exe", error);
-    return error ? fs::path() : program;
-}
 
 /// Without links, and the bundle for a module within one.
 fs::path real_place(const fs::path& plugin) {
@@ -63,7 +56,7 @@ fs::path find_plugin(const std::string& named) {
     }
     std::error_code error;
     std::string looked_at;
-    for (const fs::path& place : plugin_places(program_file())) {
+    for (const fs::path& place : plugin_places(OSAPI::program_path().c_str())) {
         if (fs::is_directory(place, error)) {
             return real_place(place);
         }
