@@ -37,11 +37,11 @@ Time scene_time(const A_Time& time) { return {time.value, time.scale}; }
 
 A_Err get_effect_layer(PF_ProgPtr effect_ref, AEGP_LayerH* layer_out) {
     const char* const name = "AEGP_GetEffectLayer";
-    return answer_query(name, "", [&](HostState& state, FrameState&) -> A_Err {
+    return answer_query(name, "", [&](HostState& state, FrameState& frame) -> A_Err {
         if (effect_ref != state.effect_ref() || layer_out == nullptr) {
             return refuse(state, name);
         }
-        *layer_out = state.effect_layer();
+        *layer_out = frame.layer_handle();
         return A_Err_NONE;
     });
 }
@@ -50,12 +50,13 @@ A_Err convert_effect_to_comp_time(PF_ProgPtr effect_ref, A_long time, A_u_long t
                                   A_Time* comp_time_out) {
     const char* const name = "AEGP_ConvertEffectToCompTime";
     return answer_query(
-        name, "time=" + shown_time(time, time_scale), [&](HostState& state, FrameState&) -> A_Err {
+        name, "time=" + shown_time(time, time_scale),
+        [&](HostState& state, FrameState& frame) -> A_Err {
             if (effect_ref != state.effect_ref() || time_scale == 0 || comp_time_out == nullptr) {
                 return refuse(state, name);
             }
-            // The layer begins with the composition and is not stretched.
-            *comp_time_out = {time, time_scale};
+            const Time converted = frame.layer.composition_time({time, time_scale});
+            *comp_time_out = {converted.value, converted.scale};
             return A_Err_NONE;
         });
 }
@@ -66,19 +67,20 @@ A_Err get_effect_camera(PF_ProgPtr effect_ref, const A_Time* comp_time, AEGP_Lay
         if (effect_ref != state.effect_ref() || !usable(comp_time) || camera_out == nullptr) {
             return refuse(state, name);
         }
-        *camera_out = frame.scene.camera ? state.camera_layer() : nullptr;
+        *camera_out =
+            frame.camera_handle(frame.project.camera_at(scene_time(*comp_time).seconds()));
         return A_Err_NONE;
     });
 }
 
 A_Err get_layer_parent_comp(AEGP_LayerH layer, AEGP_CompH* comp_out) {
     const char* const name = "AEGP_GetLayerParentComp";
-    return answer_query(name, "", [&](HostState& state, FrameState&) -> A_Err {
-        const bool known = layer == state.effect_layer() || layer == state.camera_layer();
+    return answer_query(name, "", [&](HostState& state, FrameState& frame) -> A_Err {
+        const bool known = layer == frame.layer_handle() || frame.camera_of(layer) != nullptr;
         if (!known || comp_out == nullptr) {
             return refuse(state, name);
         }
-        *comp_out = state.composition();
+        *comp_out = frame.composition_handle();
         return A_Err_NONE;
     });
 }
@@ -86,13 +88,13 @@ A_Err get_layer_parent_comp(AEGP_LayerH layer, AEGP_CompH* comp_out) {
 A_Err get_layer_to_world(AEGP_LayerH layer, const A_Time* comp_time, A_Matrix4* transform_out) {
     const char* const name = "AEGP_GetLayerToWorldXform";
     return answer_query(name, shown(comp_time), [&](HostState& state, FrameState& frame) -> A_Err {
-        if (layer != state.camera_layer() || !frame.scene.camera || !usable(comp_time) ||
-            transform_out == nullptr) {
+        const CameraLayer* const camera = frame.camera_of(layer);
+        if (camera == nullptr || !usable(comp_time) || transform_out == nullptr) {
             return refuse(state, name);
         }
         const Time time = scene_time(*comp_time);
         frame.camera_times.push_back(time);
-        const Matrix matrix = frame.scene.camera->layer_to_world(time.seconds());
+        const Matrix matrix = camera->camera->layer_to_world(time.seconds());
         std::copy(matrix.begin(), matrix.end(), &transform_out->mat[0][0]);
         return A_Err_NONE;
     });
@@ -101,22 +103,22 @@ A_Err get_layer_to_world(AEGP_LayerH layer, const A_Time* comp_time, A_Matrix4* 
 A_Err get_item_dimensions(AEGP_ItemH item, A_long* width_out, A_long* height_out) {
     const char* const name = "AEGP_GetItemDimensions";
     return answer_query(name, "", [&](HostState& state, FrameState& frame) -> A_Err {
-        if (item != state.composition_item() || width_out == nullptr || height_out == nullptr) {
+        if (item != frame.item_handle() || width_out == nullptr || height_out == nullptr) {
             return refuse(state, name);
         }
-        *width_out = frame.scene.composition.width;
-        *height_out = frame.scene.composition.height;
+        *width_out = frame.composition().width;
+        *height_out = frame.composition().height;
         return A_Err_NONE;
     });
 }
 
 A_Err get_item_from_comp(AEGP_CompH comp, AEGP_ItemH* item_out) {
     const char* const name = "AEGP_GetItemFromComp";
-    return answer_query(name, "", [&](HostState& state, FrameState&) -> A_Err {
-        if (comp != state.composition() || item_out == nullptr) {
+    return answer_query(name, "", [&](HostState& state, FrameState& frame) -> A_Err {
+        if (comp != frame.composition_handle() || item_out == nullptr) {
             return refuse(state, name);
         }
-        *item_out = state.composition_item();
+        *item_out = frame.item_handle();
         return A_Err_NONE;
     });
 }
@@ -125,13 +127,13 @@ A_Err get_shutter_frame_range(AEGP_CompH comp, const A_Time* comp_time, A_Time* 
                               A_Time* duration_out) {
     const char* const name = "AEGP_GetCompShutterFrameRange";
     return answer_query(name, shown(comp_time), [&](HostState& state, FrameState& frame) -> A_Err {
-        if (comp != state.composition() || !usable(comp_time) || start_out == nullptr ||
+        if (comp != frame.composition_handle() || !usable(comp_time) || start_out == nullptr ||
             duration_out == nullptr) {
             return refuse(state, name);
         }
         Time start;
         Time duration;
-        frame.scene.composition.shutter_range(scene_time(*comp_time), start, duration);
+        frame.composition().shutter_range(scene_time(*comp_time), start, duration);
         *start_out = {start.value, start.scale};
         *duration_out = {duration.value, duration.scale};
         return A_Err_NONE;
@@ -142,22 +144,22 @@ A_Err get_layer_stream_value(AEGP_LayerH layer, AEGP_LayerStream stream, AEGP_LT
                              const A_Time* time, A_Boolean, AEGP_StreamVal* value_out,
                              AEGP_StreamType* type_out) {
     const char* const name = "AEGP_GetLayerStreamValue";
-    return answer_query(
-        name, "stream=" + std::to_string(stream) + " " + shown(time),
-        [&](HostState& state, FrameState& frame) -> A_Err {
-            // The camera layer begins with the composition: both time modes agree.
-            const bool mode =
-                time_mode == AEGP_LTimeMode_CompTime || time_mode == AEGP_LTimeMode_LayerTime;
-            if (layer != state.camera_layer() || !frame.scene.camera || !mode ||
-                stream != AEGP_LayerStream_ZOOM || !usable(time) || value_out == nullptr) {
-                return refuse(state, name);
-            }
-            value_out->one_d = frame.scene.camera->zoom(scene_time(*time).seconds());
-            if (type_out != nullptr) {
-                *type_out = AEGP_StreamType_OneD;
-            }
-            return A_Err_NONE;
-        });
+    return answer_query(name, "stream=" + std::to_string(stream) + " " + shown(time),
+                        [&](HostState& state, FrameState& frame) -> A_Err {
+                            const CameraLayer* const camera = frame.camera_of(layer);
+                            // Camera layers' own time is the composition's: both time modes agree.
+                            const bool mode = time_mode == AEGP_LTimeMode_CompTime ||
+                                              time_mode == AEGP_LTimeMode_LayerTime;
+                            if (camera == nullptr || !mode || stream != AEGP_LayerStream_ZOOM ||
+                                !usable(time) || value_out == nullptr) {
+                                return refuse(state, name);
+                            }
+                            value_out->one_d = camera->camera->zoom(scene_time(*time).seconds());
+                            if (type_out != nullptr) {
+                                *type_out = AEGP_StreamType_OneD;
+                            }
+                            return A_Err_NONE;
+                        });
 }
 
 const AEGP_PFInterfaceSuite1 pf_interface_suite = {

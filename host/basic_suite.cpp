@@ -9,20 +9,6 @@
 namespace host {
 namespace {
 
-/// Premiere has none of the AEGP suites, and few of the others.
-const void* find_suite(const HostState& state, std::string_view name, int version) {
-    if (state.premiere()) {
-        const bool offered =
-            name == kPFHandleSuite || name == kPFANSISuite || name == kPFPixelFormatSuite;
-        return offered ? find_pf_suite(name, version) : nullptr;
-    }
-    if (name == kPFPixelFormatSuite) {
-        return nullptr;  // Premiere's table; After Effects has another version of it
-    }
-    const void* const table = find_pf_suite(name, version);
-    return table != nullptr ? table : find_aegp_suite(name, version);
-}
-
 std::string shown(const char* name, int32_t version) {
     return "name=\"" + std::string(name == nullptr ? "" : name) +
            "\" version=" + std::to_string(version);
@@ -37,7 +23,10 @@ SPErr acquire_suite(const char* name, int32_t version, const void** suite_out) {
             state.violation("AcquireSuite: null argument");
             return kSPSuiteNotFoundError;
         }
-        *suite_out = find_suite(state, name, version);
+        if (const auto failure = state.consult(acquire_call(name))) {
+            return *failure;
+        }
+        *suite_out = find_suite(state.options.application, name, version);
         if (*suite_out == nullptr) {
             return kSPSuiteNotFoundError;
         }
@@ -47,18 +36,35 @@ SPErr acquire_suite(const char* name, int32_t version, const void** suite_out) {
 }
 
 SPErr release_suite(const char* name, int32_t version) {
-    return answer_call("ReleaseSuite", shown(name, version), [&](HostState& state) -> SPErr {
-        const auto held = name == nullptr ? state.suites.end() : state.suites.find({name, version});
-        if (held == state.suites.end() || held->second == 0) {
-            state.violation("ReleaseSuite: " + shown(name, version) + " is not held");
-            return kSPSuiteNotFoundError;
-        }
-        --held->second;
-        return kSPNoError;
-    });
+    HostState* const state = HostState::current();
+    if (state == nullptr) {
+        return A_Err_WRONG_THREAD;
+    }
+    const auto failure = state->note("ReleaseSuite", shown(name, version));
+    const auto held = name == nullptr ? state->suites.end() : state->suites.find({name, version});
+    if (held == state->suites.end() || held->second == 0) {
+        state->violation("ReleaseSuite: " + shown(name, version) + " is not held");
+        return kSPSuiteNotFoundError;
+    }
+    // Also when it fails on demand: the plug-in did its part.
+    --held->second;
+    return failure.value_or(kSPNoError);
 }
 
 }  // namespace
+
+const void* find_suite(Application application, std::string_view name, int version) {
+    if (application == Application::Premiere) {
+        const bool offered =
+            name == kPFHandleSuite || name == kPFANSISuite || name == kPFPixelFormatSuite;
+        return offered ? find_pf_suite(name, version) : nullptr;
+    }
+    if (name == kPFPixelFormatSuite) {
+        return nullptr;  // Premiere's table; After Effects has another version of it
+    }
+    const void* const table = find_pf_suite(name, version);
+    return table != nullptr ? table : find_aegp_suite(name, version);
+}
 
 SPBasicSuite* basic_suite() {
     static SPBasicSuite suite = {

@@ -72,7 +72,6 @@ HostState::HostState(SessionOptions session_options) : options(std::move(session
     in.inter = interact_callbacks();
     utils = util_callbacks();
     in.utils = &utils;
-    in.effect_ref = effect_ref();
     in.quality = PF_Quality_HI;
     in.appl_id = premiere() ? kAppID_Premiere : kAppID_AfterEffects;
     in.num_params = 1;
@@ -80,12 +79,6 @@ HostState::HostState(SessionOptions session_options) : options(std::move(session
     in.downsample_x = in.downsample_y = in.pixel_aspect_ratio = {1, 1};
     in.pica_basicP = basic_suite();
 }
-
-PF_ProgPtr HostState::effect_ref() { return reinterpret_cast<PF_ProgPtr>(this); }
-AEGP_LayerH HostState::effect_layer() { return reinterpret_cast<AEGP_LayerH>(&layer_object_); }
-AEGP_LayerH HostState::camera_layer() { return reinterpret_cast<AEGP_LayerH>(&camera_object_); }
-AEGP_CompH HostState::composition() { return reinterpret_cast<AEGP_CompH>(&composition_object_); }
-AEGP_ItemH HostState::composition_item() { return reinterpret_cast<AEGP_ItemH>(&item_object_); }
 
 void HostState::run(const char* name, const std::function<void()>& function) {
     const Running running(*this);
@@ -105,12 +98,15 @@ PF_Err HostState::send(PF_Cmd sent, PF_ParamDef** params, PF_EffectWorld* output
     command = sent;
     message = {};
     std::fill(std::begin(out().return_msg), std::end(out().return_msg), '\0');
+    in.effect_ref = effect_ref();
+    in.sequence_data = out().sequence_data = instance->sequence_data;
     const std::size_t entry = calls.size();
     const char* const name = command_name(sent);
     calls.push_back({name, "", 0});
     PF_Err status = PF_Err_NONE;
     run(name, [&] { status = entry_point(sent, &in, &out(), params, output, extra); });
     calls[entry].status = status;
+    instance->sequence_data = out().sequence_data;
     check_out_record();
     command = -1;
     return status;
@@ -142,18 +138,26 @@ void HostState::rethrow_failure() {
     }
 }
 
-void HostState::note(const char* name, std::string arguments) {
-    ++counts_[name];
+std::optional<std::int32_t> HostState::consult(std::string_view name) {
+    const auto counted = counts_.try_emplace(std::string(name), 0).first;
+    const int count = ++counted->second;
+    return options.filter ? options.filter(name, count) : std::nullopt;
+}
+
+std::optional<std::int32_t> HostState::note(const char* name, std::string arguments) {
+    const std::size_t entry = calls.size();
     calls.push_back({name, std::move(arguments), 0});
+    const auto failure = consult(name);
+    calls[entry].status = failure.value_or(0);
+    return failure;
 }
 
 std::int32_t HostState::answer(const char* name, std::string arguments,
                                const std::function<std::int32_t()>& body) {
     try {
-        const int count = ++counts_[name];
         const std::size_t entry = calls.size();
         calls.push_back({name, std::move(arguments), 0});
-        const auto failure = options.filter ? options.filter(name, count) : std::nullopt;
+        const auto failure = consult(name);
         const std::int32_t status = failure ? *failure : body();
         calls[entry].status = status;
         return status;

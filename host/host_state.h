@@ -6,16 +6,21 @@
 
 #include <host/calls.h>
 #include <host/controls.h>
+#include <host/project.h>
 #include <host/scene.h>
 #include <host/session.h>
 #include <host/world.h>
 #include <host_api/effect_interface.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -32,6 +37,17 @@ struct Parameter {
 /// References held by the plug-in, by suite name and version.
 using SuiteReferences = std::map<std::pair<std::string, int>, int>;
 
+/// What the plug-in took and did not give back.
+struct Ledger {
+    SuiteReferences suites;
+    std::ptrdiff_t handles = 0;
+};
+
+/// One effect on one layer; its address is the effect's reference.
+struct InstanceState {
+    PF_Handle sequence_data = nullptr;
+};
+
 /// What belongs to the frame being made.
 struct FrameState {
     struct Checkout {
@@ -40,14 +56,25 @@ struct FrameState {
         bool held = false;  ///< fetched and not checked in
     };
 
-    FrameState(const Scene& shown, ControlValues control_values, Time shown_time)
-        : scene(shown), values(std::move(control_values)), time(shown_time) {}
+    FrameState(const Project& shown, const LayerSpec& shown_layer, ControlValues control_values,
+               Time composition_time)
+        : project(shown),
+          layer(shown_layer),
+          values(std::move(control_values)),
+          time(shown_layer.layer_time(composition_time)),
+          composition_time_(composition_time) {}
 
-    const Scene& scene;
+    const Composition& composition() const { return project.composition; }
+    Time composition_time() const { return composition_time_; }
+
+    const Project& project;
+    const LayerSpec& layer;
     ControlValues values;
-    Time time;
+    Time time;  ///< of the layer
 
-    Rect request;
+    Rect whole;       ///< the layer at the size in which it is rendered
+    Rect request;     ///< the part of it that was asked for
+    Rect input_area;  ///< the part of it that the plug-in has checked out
     PF_PixelFormat pixel_format = PF_PixelFormat_INVALID;
     World output;
     World input;
@@ -58,6 +85,29 @@ struct FrameState {
     std::map<A_long, Checkout> layers;
     int open_param_checkouts = 0;
     std::vector<Time> camera_times;
+
+    // The project's objects as the plug-in is handed them: their addresses.
+    AEGP_LayerH layer_handle() const { return handle<AEGP_LayerH>(&layer); }
+    AEGP_CompH composition_handle() const { return handle<AEGP_CompH>(&project.composition); }
+    AEGP_ItemH item_handle() const { return handle<AEGP_ItemH>(&project); }
+    AEGP_LayerH camera_handle(const CameraLayer* camera) const {
+        return handle<AEGP_LayerH>(camera);
+    }
+    /// Null when the handle is no camera's.
+    const CameraLayer* camera_of(AEGP_LayerH handle) const {
+        const auto found = std::find_if(
+            project.cameras.begin(), project.cameras.end(),
+            [&](const CameraLayer& camera) { return camera_handle(&camera) == handle; });
+        return found == project.cameras.end() ? nullptr : &*found;
+    }
+
+private:
+    template <class Handle, class Object>
+    static Handle handle(const Object* object) {
+        return reinterpret_cast<Handle>(const_cast<Object*>(object));
+    }
+
+    Time composition_time_;
 };
 
 class HostState {
@@ -82,8 +132,10 @@ public:
     /// failure of the host's own is kept for `rethrow_failure`.
     std::int32_t answer(const char* name, std::string arguments,
                         const std::function<std::int32_t()>& body);
-    /// Records a callback that cannot fail.
-    void note(const char* name, std::string arguments);
+    /// Counts a call and asks the filter whether it is to fail.
+    std::optional<std::int32_t> consult(std::string_view name);
+    /// Records a callback that answers for itself; a status when it is to fail.
+    std::optional<std::int32_t> note(const char* name, std::string arguments);
 
     /// Throws what went wrong in a callback on the host's side since the last time, if anything:
     /// the plug-in was told a status, but may not pass it on.
@@ -91,12 +143,8 @@ public:
 
     void violation(std::string text) { violations.push_back(std::move(text)); }
 
-    // The objects of the host's project.
-    PF_ProgPtr effect_ref();
-    AEGP_LayerH effect_layer();
-    AEGP_LayerH camera_layer();
-    AEGP_CompH composition();
-    AEGP_ItemH composition_item();
+    /// Of the instance whose command runs.
+    PF_ProgPtr effect_ref() const { return reinterpret_cast<PF_ProgPtr>(instance); }
 
     bool premiere() const { return options.application == Application::Premiere; }
 
@@ -109,6 +157,8 @@ public:
     std::vector<Parameter> parameters;  ///< the input layer first
     std::vector<std::int32_t> pixel_formats;
     FrameState* frame = nullptr;  ///< null outside frame commands
+    InstanceState session_instance;
+    InstanceState* instance = &session_instance;  ///< never null
 
     PF_InData in{};
     PF_UtilCallbacks utils{};
@@ -128,11 +178,6 @@ private:
     GuardedOut guarded_out_;
     std::exception_ptr failure_;
     std::map<std::string, int, std::less<>> counts_;
-    // Their addresses are the handles.
-    void* layer_object_ = nullptr;
-    void* camera_object_ = nullptr;
-    void* composition_object_ = nullptr;
-    void* item_object_ = nullptr;
 };
 
 /// A callback's body with the current session; a call from outside a command fails.

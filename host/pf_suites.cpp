@@ -23,9 +23,17 @@ PF_Err get_pixel_format(const PF_EffectWorld* world, PF_PixelFormat* format_out)
     });
 }
 
+/// Pixel formats are declared at global set-up and at no other time.
+void expect_set_up(HostState& state, const char* name) {
+    if (state.command != PF_Cmd_GLOBAL_SETUP) {
+        state.violation(std::string(name) + ": outside global set-up");
+    }
+}
+
 PF_Err add_supported_pixel_format(PF_ProgPtr effect_ref, PF_PixelFormat format) {
     return answer_effect_call("AddSupportedPixelFormat", effect_ref,
                               "format=" + std::to_string(format), [&](HostState& state) -> PF_Err {
+                                  expect_set_up(state, "AddSupportedPixelFormat");
                                   state.pixel_formats.push_back(format);
                                   return PF_Err_NONE;
                               });
@@ -34,6 +42,7 @@ PF_Err add_supported_pixel_format(PF_ProgPtr effect_ref, PF_PixelFormat format) 
 PF_Err clear_supported_pixel_formats(PF_ProgPtr effect_ref) {
     return answer_effect_call("ClearSupportedPixelFormats", effect_ref, "",
                               [&](HostState& state) -> PF_Err {
+                                  expect_set_up(state, "ClearSupportedPixelFormats");
                                   state.pixel_formats.clear();
                                   return PF_Err_NONE;
                               });

@@ -35,7 +35,6 @@ PF_Err Session::Impl::send(PF_Cmd command, PF_ParamDef** params, PF_EffectWorld*
     out.num_params = info.num_params;
     const PF_Err status = state.send(command, params, output, extra);
     state.in.global_data = out.global_data;
-    state.in.sequence_data = out.sequence_data;
     state.in.frame_data = out.frame_data;
     return status;
 }
@@ -82,7 +81,7 @@ void Session::Impl::set_up() {
                 controls.push_back(parameter.declared);
             }
         }
-        demand(PF_Cmd_SEQUENCE_SETUP);
+        start_sequence(state.session_instance);
     } catch (const EffectError&) {
         send(PF_Cmd_GLOBAL_SETDOWN);
         throw;
@@ -98,13 +97,13 @@ void Session::Impl::close() {
         state.entry_point = nullptr;
     };
     try {
-        demand(PF_Cmd_SEQUENCE_SETDOWN);
+        end_sequence(state.session_instance);
         demand(PF_Cmd_GLOBAL_SETDOWN);
     } catch (...) {
         unload();
         throw;
     }
-    inspect_balance({}, 0);
+    report_balance({state.suites, static_cast<std::ptrdiff_t>(state.handles.live())});
     unload();
 }
 

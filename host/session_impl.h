@@ -1,4 +1,5 @@
-// One session's insides: life of the plug-in in session.cpp, frames in session_render.cpp.
+// One session's insides: life of the plug-in in session.cpp, frames in session_render.cpp,
+// a frame on its way in frame_run.h.
 #pragma once
 
 #include <host/session.h>
@@ -13,6 +14,8 @@
 
 namespace host {
 
+struct FrameRun;
+
 class Session::Impl {
 public:
     Impl(const std::filesystem::path& plugin, SessionOptions options);
@@ -22,6 +25,25 @@ public:
     std::optional<std::string> dependencies(int check_type);
     std::int32_t dynamic_flags(const Scene& scene, Time time, std::optional<std::int32_t> before);
     Frame render(const Scene& scene, Time time, const RenderOptions& options);
+
+    // The steps of a frame, each of which may fail with `ModuleDefect`.
+    /// Throws `FrameError` for what cannot be asked for.
+    std::unique_ptr<FrameRun> begin(InstanceState& instance, const Project& project,
+                                    const LayerSpec& layer, Time composition_time,
+                                    const RenderOptions& options);
+    void pre_render(FrameRun& run);
+    void smart_render(FrameRun& run);
+    void delete_data(FrameRun& run);
+    /// All of them.
+    Frame render(InstanceState& instance, const Project& project, const LayerSpec& layer,
+                 Time composition_time, const RenderOptions& options);
+    /// The finished frame, its pixels looked at.
+    static Frame finish(FrameRun& run);
+
+    void start_sequence(InstanceState& instance);
+    void end_sequence(InstanceState& instance);
+    bool smart() const;
+    void report_balance(const Ledger& ledger);
 
     // First, so that it is unloaded last: the state may hold what the module made.
     std::optional<Module> module;
@@ -42,18 +64,12 @@ private:
     void keep_message();
 
     // Frames.
-    bool smart() const;
-    FrameState new_frame(const Scene& scene, Time time) const;
-    void tell_time(const FrameState& frame, const RenderOptions& options);
-    void prepare_worlds(FrameState& frame, const RenderOptions& options, const Rect& area);
+    void tell_time(const FrameRun& run);
+    void prepare_worlds(FrameRun& run, const Rect& area);
     PF_Err ask_dynamic_flags();
-    void render_smart(FrameState& frame, const RenderOptions& options, Frame& result);
-    void render_plain(FrameState& frame, const RenderOptions& options, Frame& result);
-    void smart_render(FrameState& frame, const PF_RenderRequest& request, short depth, void* data,
-                      Frame& result);
+    void plain_render(FrameRun& run);
     void note_status(PF_Err status, Frame& result);
     void inspect_worlds(const FrameState& frame);
-    void inspect_balance(const SuiteReferences& suites_before, std::size_t handles_before);
     std::optional<std::string> take_text(PF_Handle handle);
 };
 

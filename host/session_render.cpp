@@ -11,6 +11,7 @@
 
 #include "callbacks.h"
 #include "declared_control.h"
+#include "frame_run.h"
 #include "session_impl.h"
 
 namespace host {
@@ -37,19 +38,7 @@ A_long to_long(double number) {
 
 PF_Fixed to_fixed(double number) { return to_long(number * 65536.0); }
 
-PF_PixelFormat format_of(Depth depth) {
-    switch (depth) {
-        case Depth::Bits8:
-            return PF_PixelFormat_ARGB32;
-        case Depth::Bits16:
-            return PF_PixelFormat_ARGB64;
-        case Depth::Float:
-            break;
-    }
-    return PF_PixelFormat_ARGB128;
-}
-
-PF_EffectWorld record_of(World& world, const Rect& area, bool writeable) {
+PF_EffectWorld record_of(World& world, const Rect& area, const LayerSpec& layer, bool writeable) {
     PF_EffectWorld record{};
     record.world_flags = (world.depth() == Depth::Bits16 ? PF_WorldFlag_DEEP : 0) |
                          (writeable ? PF_WorldFlag_WRITEABLE : 0);
@@ -58,61 +47,21 @@ PF_EffectWorld record_of(World& world, const Rect& area, bool writeable) {
     record.width = world.width();
     record.height = world.height();
     record.extent_hint = {0, 0, world.width(), world.height()};
-    record.pix_aspect_ratio = {1, 1};
+    record.pix_aspect_ratio = {layer.pixel_aspect.num, layer.pixel_aspect.den};
     record.origin_x = area.left;
     record.origin_y = area.top;
     return record;
 }
 
-/// Makes a frame the one that callbacks work on.
-class InFrame {
-public:
-    InFrame(HostState& state, FrameState& frame) : state_(state) { state_.frame = &frame; }
-    ~InFrame() { state_.frame = nullptr; }
-    InFrame(const InFrame&) = delete;
-    InFrame& operator=(const InFrame&) = delete;
-
-private:
-    HostState& state_;
+struct Size {
+    int width;
+    int height;
 };
 
-/// The pre-render data, which is the host's from the pre-render's return on: deleted once, whether
-/// or not a render follows.
-class PreRenderData {
-public:
-    PreRenderData(HostState& state, const PF_PreRenderOutput& output, int& deletions)
-        : state_(state), output_(output), deletions_(deletions) {
-        if (output_.pre_render_data != nullptr && output_.delete_pre_render_data_func == nullptr) {
-            state_.violation("PF_Cmd_SMART_PRE_RENDER: pre-render data without a deleter is lost");
-            deleted_ = true;
-        }
-    }
-    ~PreRenderData() {
-        try {
-            dispose();
-        } catch (const HostError& error) {
-            state_.violation(error.what());
-        }
-    }
-    PreRenderData(const PreRenderData&) = delete;
-    PreRenderData& operator=(const PreRenderData&) = delete;
-
-    void dispose() {
-        if (deleted_ || output_.pre_render_data == nullptr) {
-            return;
-        }
-        deleted_ = true;
-        ++deletions_;
-        state_.run("the deletion of its pre-render data",
-                   [this] { output_.delete_pre_render_data_func(output_.pre_render_data); });
-    }
-
-private:
-    HostState& state_;
-    PF_PreRenderOutput output_;
-    int& deletions_;
-    bool deleted_ = false;
-};
+Size full_size(const FrameState& frame) {
+    return {frame.layer.width != 0 ? frame.layer.width : frame.composition().width,
+            frame.layer.height != 0 ? frame.layer.height : frame.composition().height};
+}
 
 void refuse_depth(const EffectInfo& info, bool smart, Depth depth) {
     const bool deep = (info.out_flags & PF_OutFlag_DEEP_COLOR_AWARE) != 0;
@@ -131,33 +80,30 @@ bool Session::Impl::smart() const {
     return !state.premiere() && (info.out_flags2 & PF_OutFlag2_SUPPORTS_SMART_RENDER) != 0;
 }
 
-FrameState Session::Impl::new_frame(const Scene& scene, Time time) const {
-    if (time.scale == 0) {
-        throw FrameError("a time with a scale of 0 is no time");
-    }
-    return FrameState(scene, ControlValues(controls, scene.controls), time);
-}
-
-void Session::Impl::tell_time(const FrameState& frame, const RenderOptions& options) {
-    const Composition& composition = frame.scene.composition;
+void Session::Impl::tell_time(const FrameRun& run) {
+    const FrameState& frame = run.frame;
+    const Composition& composition = frame.composition();
+    const Ratio& stretch = frame.layer.stretch;
+    const double rate = static_cast<double>(stretch.den) / stretch.num;
     const double scale = frame.time.scale;
-    const double seconds = frame.time.seconds();
+    const double seconds = frame.composition_time().seconds();
     PF_InData& in = state.in;
     in.current_time = frame.time.value;
     in.time_scale = frame.time.scale;
-    in.time_step = in.local_time_step = to_long(scale / composition.frame_rate.per_second());
-    in.total_time = to_long(scale * composition.duration);
-    const bool blurred =
-        composition.motion_blur && (info.out_flags & PF_OutFlag_I_USE_SHUTTER_ANGLE) != 0;
+    // Below 0 for a layer that plays backwards.
+    in.time_step = in.local_time_step = to_long(scale * rate / composition.frame_rate.per_second());
+    in.total_time = to_long(scale * composition.duration * std::fabs(rate));
+    const bool blurred = composition.motion_blur && frame.layer.motion_blur &&
+                         (info.out_flags & PF_OutFlag_I_USE_SHUTTER_ANGLE) != 0;
     in.shutter_angle = blurred ? to_fixed(composition.shutter_angle.at(seconds)) : 0;
     in.shutter_phase = blurred ? to_fixed(composition.shutter_phase.at(seconds)) : 0;
-    in.width = composition.width;
-    in.height = composition.height;
-    const int width = options.width != 0 ? options.width : composition.width;
-    const int height = options.height != 0 ? options.height : composition.height;
-    in.downsample_x = ratio(width, composition.width);
-    in.downsample_y = ratio(height, composition.height);
-    in.extent_hint = {0, 0, width, height};
+    const Size full = full_size(frame);
+    in.width = full.width;
+    in.height = full.height;
+    in.downsample_x = ratio(frame.whole.width(), full.width);
+    in.downsample_y = ratio(frame.whole.height(), full.height);
+    in.pixel_aspect_ratio = {frame.layer.pixel_aspect.num, frame.layer.pixel_aspect.den};
+    in.extent_hint = record_of(frame.request);
 }
 
 PF_Err Session::Impl::ask_dynamic_flags() {
@@ -169,28 +115,33 @@ PF_Err Session::Impl::ask_dynamic_flags() {
 
 std::int32_t Session::Impl::dynamic_flags(const Scene& scene, Time time,
                                           std::optional<std::int32_t> before) {
-    FrameState frame = new_frame(scene, time);
-    const InFrame in_frame(state, frame);
-    tell_time(frame, {});
+    const Project project(scene);
+    FrameRun run(*this, state.session_instance, project, project.layers.front(), time, {});
     const std::int32_t declared = std::exchange(info.out_flags2, before.value_or(info.out_flags2));
     try {
+        // Not a step of a frame: its calls stay with the session's.
+        state.frame = &run.frame;
+        tell_time(run);
         demand(PF_Cmd_QUERY_DYNAMIC_FLAGS);
     } catch (...) {
+        state.frame = nullptr;
         info.out_flags2 = declared;
         throw;
     }
+    state.frame = nullptr;
     info.out_flags2 = declared;
     return state.out().out_flags2;
 }
 
-void Session::Impl::prepare_worlds(FrameState& frame, const RenderOptions& options,
-                                   const Rect& area) {
+void Session::Impl::prepare_worlds(FrameRun& run, const Rect& area) {
+    FrameState& frame = run.frame;
+    const RenderOptions& options = run.options;
+    const Rect& input = frame.input_area.empty() ? frame.request : frame.input_area;
     frame.output = World(area.width(), area.height(), options.depth, options.output_padding);
     frame.output.mark();
-    frame.input =
-        World(frame.request.width(), frame.request.height(), options.depth, options.input_padding);
-    frame.output_record = record_of(frame.output, area, true);
-    frame.input_record = record_of(frame.input, frame.request, false);
+    frame.input = World(input.width(), input.height(), options.depth, options.input_padding);
+    frame.output_record = record_of(frame.output, area, frame.layer, true);
+    frame.input_record = record_of(frame.input, input, frame.layer, false);
     frame.rendering = true;
 }
 
@@ -199,40 +150,69 @@ void Session::Impl::note_status(PF_Err status, Frame& result) {
     result.message = state.message;
 }
 
-void Session::Impl::render_smart(FrameState& frame, const RenderOptions& options, Frame& result) {
-    PF_PreRenderInput input{};
-    input.output_request.rect = record_of(frame.request);
-    input.output_request.channel_mask = PF_ChannelMask_ARGB;
-    input.bitdepth = static_cast<short>(options.depth);
-    PF_PreRenderOutput output{};
-    PF_PreRenderExtra extra{&input, &output, pre_render_callbacks()};
-    note_status(send(PF_Cmd_SMART_PRE_RENDER, nullptr, nullptr, &extra), result);
-
-    PreRenderData data(state, output, result.data_deletions);
-    result.result_rect = rect_of(output.result_rect);
-    result.max_result_rect = rect_of(output.max_result_rect);
-    const bool extra_pixels = (output.flags & PF_RenderOutputFlag_RETURNS_EXTRA_PIXELS) != 0;
-    if (!extra_pixels && !inside(result.result_rect, frame.request)) {
-        state.violation("PF_Cmd_SMART_PRE_RENDER: the result rectangle reaches beyond the request");
+std::unique_ptr<FrameRun> Session::Impl::begin(InstanceState& instance, const Project& project,
+                                               const LayerSpec& layer, Time composition_time,
+                                               const RenderOptions& options) {
+    auto run =
+        std::make_unique<FrameRun>(*this, instance, project, layer, composition_time, options);
+    if (const auto refusal = refuse_size(run->frame.whole.width(), run->frame.whole.height())) {
+        throw FrameError(*refusal);
     }
-    if (result.status == PF_Err_NONE && options.render_follows && !result.result_rect.empty()) {
-        prepare_worlds(frame, options, result.result_rect);
-        smart_render(frame, input.output_request, input.bitdepth, output.pre_render_data, result);
+    if (!smart() && options.depth == Depth::Float) {
+        throw FrameError("float pixels need smart rendering, which this host and effect lack");
     }
-    data.dispose();
+    if (state.premiere() && options.depth != Depth::Bits8) {
+        throw FrameError("plain rendering is 8-bit only in this host");
+    }
+    if (!smart() && run->frame.request.empty()) {
+        throw FrameError("plain rendering draws at least one pixel");
+    }
+    refuse_depth(info, smart(), options.depth);
+    return run;
 }
 
-void Session::Impl::smart_render(FrameState& frame, const PF_RenderRequest& request, short depth,
-                                 void* data, Frame& result) {
+void Session::Impl::pre_render(FrameRun& run) {
+    const FrameStep step(run);
+    tell_time(run);
+    Frame& result = run.result;
+    note_status(ask_dynamic_flags(), result);
+    if (result.status != PF_Err_NONE) {
+        return;
+    }
+    run.input.output_request.rect = record_of(run.frame.request);
+    run.input.output_request.channel_mask = PF_ChannelMask_ARGB;
+    run.input.bitdepth = static_cast<short>(run.options.depth);
+    PF_PreRenderExtra extra{&run.input, &run.output, pre_render_callbacks()};
+    note_status(send(PF_Cmd_SMART_PRE_RENDER, nullptr, nullptr, &extra), result);
+
+    if (run.output.pre_render_data != nullptr) {
+        run.owns_data = run.output.delete_pre_render_data_func != nullptr;
+        if (!run.owns_data) {
+            state.violation("PF_Cmd_SMART_PRE_RENDER: pre-render data without a deleter is lost");
+        }
+    }
+    result.result_rect = rect_of(run.output.result_rect);
+    result.max_result_rect = rect_of(run.output.max_result_rect);
+    const bool extra_pixels = (run.output.flags & PF_RenderOutputFlag_RETURNS_EXTRA_PIXELS) != 0;
+    if (!extra_pixels && !inside(result.result_rect, run.frame.request)) {
+        state.violation("PF_Cmd_SMART_PRE_RENDER: the result rectangle reaches beyond the request");
+    }
+}
+
+void Session::Impl::smart_render(FrameRun& run) {
+    const FrameStep step(run);
+    tell_time(run);
+    Frame& result = run.result;
+    prepare_worlds(run, result.result_rect);
     PF_SmartRenderInput input{};
-    input.output_request = request;
-    input.bitdepth = depth;
-    input.pre_render_data = data;
+    input.output_request = run.input.output_request;
+    input.bitdepth = run.input.bitdepth;
+    input.pre_render_data = run.output.pre_render_data;
     PF_SmartRenderCallbacks* const callbacks = smart_render_callbacks();
     PF_SmartRenderExtra extra{&input, callbacks};
     result.rendered = true;
     note_status(send(PF_Cmd_SMART_RENDER, nullptr, nullptr, &extra), result);
-    inspect_worlds(frame);
+    inspect_worlds(run.frame);
 
     // An effect may answer as if it had been asked for its dependencies: the slot of the callbacks
     // then holds a handle, which is the host's to dispose of.
@@ -243,8 +223,27 @@ void Session::Impl::smart_render(FrameState& frame, const PF_RenderRequest& requ
     }
 }
 
-void Session::Impl::render_plain(FrameState& frame, const RenderOptions& options, Frame& result) {
-    prepare_worlds(frame, options, frame.request);
+void Session::Impl::delete_data(FrameRun& run) {
+    if (!run.owns_data) {
+        return;
+    }
+    const FrameStep step(run);
+    run.owns_data = false;
+    ++run.result.data_deletions;
+    state.run("the deletion of its pre-render data",
+              [&run] { run.output.delete_pre_render_data_func(run.output.pre_render_data); });
+}
+
+void Session::Impl::plain_render(FrameRun& run) {
+    const FrameStep step(run);
+    tell_time(run);
+    FrameState& frame = run.frame;
+    Frame& result = run.result;
+    note_status(ask_dynamic_flags(), result);
+    if (result.status != PF_Err_NONE) {
+        return;
+    }
+    prepare_worlds(run, frame.request);
     std::vector<PF_ParamDef> records;
     records.reserve(state.parameters.size());
     for (const Parameter& parameter : state.parameters) {
@@ -286,74 +285,58 @@ void Session::Impl::inspect_worlds(const FrameState& frame) {
     }
 }
 
-void Session::Impl::inspect_balance(const SuiteReferences& suites_before,
-                                    std::size_t handles_before) {
-    for (const auto& [suite, references] : state.suites) {
-        const auto before = suites_before.find(suite);
-        const int held = references - (before == suites_before.end() ? 0 : before->second);
+void Session::Impl::report_balance(const Ledger& ledger) {
+    for (const auto& [suite, held] : ledger.suites) {
         if (held > 0) {
             state.violation("suite \"" + suite.first + "\" version " +
                             std::to_string(suite.second) + " was acquired " + std::to_string(held) +
                             " times more than it was released");
         }
     }
-    if (state.handles.live() > handles_before) {
-        state.violation(std::to_string(state.handles.live() - handles_before) +
-                        " host handles were not disposed of");
+    if (ledger.handles > 0) {
+        state.violation(std::to_string(ledger.handles) + " host handles were not disposed of");
     }
 }
 
-Frame Session::Impl::render(const Scene& scene, Time time, const RenderOptions& options) {
-    FrameState frame = new_frame(scene, time);
-    const int width = options.width != 0 ? options.width : scene.composition.width;
-    const int height = options.height != 0 ? options.height : scene.composition.height;
-    if (const auto refusal = refuse_size(width, height)) {
-        throw FrameError(*refusal);
-    }
-    if (!smart() && options.depth == Depth::Float) {
-        throw FrameError("float pixels need smart rendering, which this host and effect lack");
-    }
-    if (state.premiere() && options.depth != Depth::Bits8) {
-        throw FrameError("plain rendering is 8-bit only in this host");
-    }
-    refuse_depth(info, smart(), options.depth);
+Frame Session::Impl::finish(FrameRun& run) {
+    Frame& result = run.result;
+    const World& output = run.frame.output;
+    result.undrawn_pixels = output.marked_pixels();
+    const std::size_t pixels =
+        static_cast<std::size_t>(output.width()) * static_cast<std::size_t>(output.height());
+    result.drawn = result.rendered && result.undrawn_pixels < pixels;
+    result.world = std::move(run.frame.output);
+    // Numbers and rectangles stay with the run, which goes by them.
+    return std::move(result);
+}
 
-    frame.request = {0, 0, width, height};
-    frame.pixel_format = options.pixel_format.value_or(format_of(options.depth));
-    tell_time(frame, options);
-    const std::size_t first_call = state.calls.size();
-    const std::size_t first_violation = state.violations.size();
-    const SuiteReferences suites_before = state.suites;
-    const std::size_t handles_before = state.handles.live();
-
-    Frame result;
-    result.time = time;
-    result.request = frame.request;
-    result.pixel_format = frame.pixel_format;
-    {
-        const InFrame in_frame(state, frame);
-        note_status(ask_dynamic_flags(), result);
-        if (result.status == PF_Err_NONE) {
-            smart() ? render_smart(frame, options, result) : render_plain(frame, options, result);
+Frame Session::Impl::render(InstanceState& instance, const Project& project, const LayerSpec& layer,
+                            Time composition_time, const RenderOptions& options) {
+    const std::unique_ptr<FrameRun> run =
+        begin(instance, project, layer, composition_time, options);
+    if (smart()) {
+        pre_render(*run);
+        if (run->renderable() && options.render_follows) {
+            smart_render(*run);
         }
+        delete_data(*run);
+    } else {
+        plain_render(*run);
     }
     state.rethrow_failure();
-    inspect_balance(suites_before, handles_before);
-
-    result.undrawn_pixels = frame.output.marked_pixels();
-    const std::size_t pixels = static_cast<std::size_t>(frame.output.width()) *
-                               static_cast<std::size_t>(frame.output.height());
-    result.drawn = result.rendered && result.undrawn_pixels < pixels;
-    result.world = std::move(frame.output);
-    result.camera_times = std::move(frame.camera_times);
-    result.open_param_checkouts = frame.open_param_checkouts;
-    const auto calls = state.calls.begin() + static_cast<std::ptrdiff_t>(first_call);
-    result.calls.assign(std::make_move_iterator(calls), std::make_move_iterator(state.calls.end()));
-    state.calls.erase(calls, state.calls.end());
-    result.violations.assign(
+    const std::size_t first_violation = state.violations.size();
+    report_balance(run->ledger);
+    run->ledger = {};
+    run->result.violations.insert(
+        run->result.violations.end(),
         state.violations.begin() + static_cast<std::ptrdiff_t>(first_violation),
         state.violations.end());
-    return result;
+    return finish(*run);
+}
+
+Frame Session::Impl::render(const Scene& scene, Time time, const RenderOptions& options) {
+    const Project project(scene);
+    return render(state.session_instance, project, project.layers.front(), time, options);
 }
 
 }  // namespace host

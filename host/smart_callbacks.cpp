@@ -11,10 +11,11 @@ namespace {
 
 std::string shown_id(A_long checkout_id) { return "id=" + std::to_string(checkout_id); }
 
-/// The part of `area` inside a layer of the request's size.
-PF_LRect clipped(const PF_LRect& area, const Rect& layer) {
-    return {std::max(area.left, layer.left), std::max(area.top, layer.top),
-            std::min(area.right, layer.right), std::min(area.bottom, layer.bottom)};
+/// The part of `area` inside a layer; all zeroes when there is none.
+Rect clipped(const PF_LRect& area, const Rect& layer) {
+    const Rect part = {std::max(area.left, layer.left), std::max(area.top, layer.top),
+                       std::min(area.right, layer.right), std::min(area.bottom, layer.bottom)};
+    return part.empty() ? Rect{} : part;
 }
 
 PF_Err checkout_layer(PF_ProgPtr effect_ref, PF_ParamIndex index, A_long checkout_id,
@@ -48,12 +49,15 @@ PF_Err checkout_layer(PF_ProgPtr effect_ref, PF_ParamIndex index, A_long checkou
                 return PF_Err_BAD_CALLBACK_PARAM;
             }
             *result_out = {};
-            result_out->par = {1, 1};
+            const Ratio& aspect = frame->layer.pixel_aspect;
+            result_out->par = {aspect.num, aspect.den};
             if (index != 0) {
                 return PF_Err_NONE;  // no other layer is chosen: empty rectangles
             }
-            const Rect& layer = frame->request;  // the layer fills the frame
-            result_out->result_rect = clipped(request->rect, layer);
+            const Rect& layer = frame->whole;
+            const Rect part = clipped(request->rect, layer);
+            frame->input_area = part;
+            result_out->result_rect = {part.left, part.top, part.right, part.bottom};
             result_out->max_result_rect = {layer.left, layer.top, layer.right, layer.bottom};
             result_out->ref_width = layer.width();
             result_out->ref_height = layer.height();

@@ -47,6 +47,11 @@ PF_Err get_pixel_data8(PF_EffectWorld* world, PF_Pixel* pixels, PF_Pixel** pixel
 }
 
 PF_Err get_pixel_data16(PF_EffectWorld* world, PF_Pixel* pixels, PF_Pixel16** pixels_out) {
+    const HostState* const state = HostState::current();
+    if (state != nullptr && state->premiere()) {
+        return answer_call("get_pixel_data16", "",
+                           [](HostState&) { return PF_Err_INVALID_CALLBACK; });
+    }
     return pixel_data("get_pixel_data16", Depth::Bits16, world, pixels, pixels_out);
 }
 
@@ -62,22 +67,28 @@ std::size_t message_room(const A_char* to) {
     return inside ? static_cast<std::size_t>(end - to) : 0;
 }
 
-void note_text(const char* name, const A_char* to, bool cut) {
+/// Records a text function; true when it is to fail.
+bool note_text(const char* name, const A_char* to) {
+    HostState* const state = HostState::current();
+    return state != nullptr &&
+           state->note(name, message_room(to) != 0 ? "to=return_msg" : "").has_value();
+}
+
+void note_cut(const char* name) {
     if (HostState* const state = HostState::current()) {
-        state->note(name, message_room(to) != 0 ? "to=return_msg" : "");
-        if (cut) {
-            state->violation(std::string(name) + ": the text for return_msg is longer than it");
-        }
+        state->violation(std::string(name) + ": the text for return_msg is longer than it");
     }
 }
 
-/// What a handle function was given, if it is a handle of the running session.
-HostState* handle_owner(const char* name, PF_Handle handle) {
+/// The running session, if the handle is its own and the function may do its work.
+HostState* handle_owner(const char* name, PF_Handle handle, bool can_fail) {
     HostState* const state = HostState::current();
     if (state == nullptr) {
         return nullptr;
     }
-    state->note(name, "");
+    if (state->note(name, "") && can_fail) {
+        return nullptr;
+    }
     if (!state->handles.owns(handle)) {
         state->violation(std::string(name) + ": not a handle of this host, or disposed of already");
         return nullptr;
@@ -124,19 +135,19 @@ PF_Handle new_handle(A_HandleSize bytes) {
 }
 
 void* lock_handle(PF_Handle handle) {
-    return handle_owner("host_lock_handle", handle) != nullptr ? *handle : nullptr;
+    return handle_owner("host_lock_handle", handle, true) != nullptr ? *handle : nullptr;
 }
 
-void unlock_handle(PF_Handle handle) { handle_owner("host_unlock_handle", handle); }
+void unlock_handle(PF_Handle handle) { handle_owner("host_unlock_handle", handle, false); }
 
 void dispose_handle(PF_Handle handle) {
-    if (HostState* const state = handle_owner("host_dispose_handle", handle)) {
+    if (HostState* const state = handle_owner("host_dispose_handle", handle, false)) {
         state->handles.dispose(handle);
     }
 }
 
 A_HandleSize handle_size(PF_Handle handle) {
-    HostState* const state = handle_owner("host_get_handle_size", handle);
+    HostState* const state = handle_owner("host_get_handle_size", handle, true);
     return state != nullptr ? state->handles.size_of(handle) : 0;
 }
 
@@ -153,6 +164,9 @@ PF_Err resize_handle(A_HandleSize bytes, PF_Handle* handle) {
 }
 
 int format_text(A_char* out, const A_char* format, ...) {
+    if (note_text("sprintf", out)) {
+        return -1;
+    }
     const std::size_t room = message_room(out);
     std::va_list arguments;
     va_start(arguments, format);
@@ -164,17 +178,24 @@ int format_text(A_char* out, const A_char* format, ...) {
         length = std::vsprintf(out, format, arguments);
     }
     va_end(arguments);
-    note_text("sprintf", out, room != 0 && length >= 0 && static_cast<std::size_t>(length) >= room);
+    if (room != 0 && length >= 0 && static_cast<std::size_t>(length) >= room) {
+        note_cut("sprintf");
+    }
     return length;
 }
 
 A_char* copy_text(A_char* to, const A_char* from) {
+    if (note_text("strcpy", to)) {
+        return nullptr;
+    }
     const std::size_t room = message_room(to);
     const std::size_t length = std::strlen(from);
     const bool cut = room != 0 && length >= room;
     std::memmove(to, from, cut ? room - 1 : length);
     to[cut ? room - 1 : length] = '\0';
-    note_text("strcpy", to, cut);
+    if (cut) {
+        note_cut("strcpy");
+    }
     return to;
 }
 

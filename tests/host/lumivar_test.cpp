@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "starry.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -26,82 +28,7 @@ using host::Scene;
 using host::Session;
 using host::Track;
 using support::CatalogueStar;
-
-constexpr double kRa = 83.0;
-constexpr double kDec = -1.0;
-
-CatalogueStar star_at(double ra, double dec, float luminance) {
-    CatalogueStar star;
-    star.lon = ra;
-    star.lat = dec;
-    star.luminance = luminance;
-    return star;
-}
-
-/// Stars around the centre of the view, from far too bright to hardly seen.
-std::vector<CatalogueStar> few_stars() {
-    std::vector<CatalogueStar> stars = {star_at(kRa, kDec, 1.0F), star_at(kRa + 4, kDec + 2, 0.2F),
-                                        star_at(kRa - 6, kDec - 3, 0.02F),
-                                        star_at(kRa + 8, kDec - 4, 0.004F)};
-    stars[1].g = 180;
-    stars[1].b = 90;
-    stars[2].r = 120;
-    return stars;
-}
-
-/// Looks at the stars, 24 degrees high, 24 frames a second.
-Scene starry_scene() {
-    Scene scene;
-    scene.source = "test";
-    scene.composition.width = 96;
-    scene.composition.height = 54;
-    scene.composition.duration = 2.0;
-    scene.camera = host::look_at_camera(kRa, kDec, 0.0, host::Lens::vertical_fov(24.0, 54));
-    return scene;
-}
-
-void set(Scene& scene, const std::string& name, decltype(ControlSetting::value) value) {
-    ControlSetting setting;
-    setting.name = name;
-    setting.place = "test: /controls/" + name;
-    setting.value = std::move(value);
-    scene.controls.push_back(std::move(setting));
-}
-
-std::string joined(const std::vector<std::string>& lines) {
-    std::string text;
-    for (const std::string& line : lines) {
-        text += line + "\n";
-    }
-    return text;
-}
-
-class Lumivar : public testing::Test {
-protected:
-    Lumivar() {
-        fs::create_directories(executable().parent_path());
-        fs::copy_file(LUMIVAR_MODULE, executable());
-    }
-
-    void add_stars(const std::string& name = "sky.stars",
-                   const std::vector<CatalogueStar>& stars = few_stars()) {
-        support::write_catalogue(root / name, support::VERSION_2, stars);
-    }
-    fs::path bundle() const { return root / "Lumivar.plugin"; }
-    fs::path executable() const { return root / "Lumivar.plugin/Contents/MacOS/Lumivar"; }
-    /// As the plug-in spells the folder of its databases.
-    std::string spelt_folder() const { return root / "Lumivar.plugin/Contents/MacOS/../../.."; }
-
-    /// Frame 0 of a scene.
-    Frame render(const Scene& scene, const RenderOptions& options = {}) {
-        Session session(bundle());
-        Frame frame = session.render(scene, scene.composition.frame_time(0), options);
-        EXPECT_EQ(joined(frame.violations), "");
-        return frame;
-    }
-
-    ScratchFolder root;
-};
+using namespace starry;
 
 struct Slider {
     int id;

@@ -19,7 +19,16 @@ struct Call {
 
 /// Consulted before each callback and suite function with its name and how many calls of that name
 /// the session has seen, this one included. A status given back makes the call fail with it, and
-/// nothing is done: `host_new_handle` then gives null. Functions that cannot fail go on regardless.
+/// nothing is done. Functions whose result is no status fail as they can: null for handles, locks
+/// and `strcpy`, 0 for a size, -1 for `sprintf`; those without a result go on regardless.
+///
+/// `AcquireSuite` consults twice, the second time as `acquire_call(suite)`, so that one suite can
+/// be missing. `ReleaseSuite` drops the reference whatever it answers: the plug-in did its part.
 using CallFilter = std::function<std::optional<std::int32_t>(std::string_view name, int count)>;
+
+/// The name under which the acquisition of one suite can be made to fail.
+inline std::string acquire_call(std::string_view suite) {
+    return "AcquireSuite " + std::string(suite);
+}
 
 }  // namespace host

@@ -3,16 +3,17 @@
 //     host::Session session("Lumivar.plugin");
 //     const host::Frame frame = session.render(scene, scene.composition.frame_time(0));
 //
-// The host keeps to the order of commands of a real one, owns what a host owns, and notes what the
-// plug-in does against the rules.
+// That is one layer with the effect, its frames made one by one; host/instance.h has several at
+// once and every step of a frame. The host keeps to the order of commands of a real one, owns what
+// a host owns, and notes what the plug-in does against the rules.
 #pragma once
 
 #include <host/calls.h>
 #include <host/controls.h>
 #include <host/errors.h>
+#include <host/frame.h>
 #include <host/module.h>
 #include <host/scene.h>
-#include <host/world.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -25,8 +26,9 @@ namespace host {
 
 /// Whom the host pretends to be.
 enum class Application {
-    AfterEffects,  ///< smart rendering at three depths, all suites
-    Premiere,      ///< plain rendering in 8 bits; no AEGP suites, no fill matte or world suite
+    AfterEffects,  ///< smart rendering at three depths, all suites but Premiere's pixel formats
+    Premiere,      ///< plain rendering in 8 bits; no AEGP suites, no fill matte or world suite, no
+                   ///< 16-bit pixel access
 };
 
 struct SessionOptions {
@@ -43,50 +45,6 @@ struct EffectInfo {
 
     /// "2.0.0": major, minor, bug fix.
     std::string version_text() const;
-};
-
-/// A text that the plug-in left for the user.
-struct Message {
-    std::string text;
-    bool is_error = false;
-};
-
-struct RenderOptions {
-    Depth depth = Depth::Float;
-    /// Size of the frame; 0 is the composition's. Another size shows the same view, as a host's
-    /// lower resolutions do.
-    int width = 0;
-    int height = 0;
-    /// Bytes behind each row of the output and of the input layer; multiples of 4.
-    int output_padding = kDefaultRowPadding;
-    int input_padding = kDefaultRowPadding + 16;
-    /// Pixel format to tell the plug-in in place of the depth's own, to see what it does with it.
-    std::optional<std::int32_t> pixel_format;
-    /// Whether the render follows the pre-render; a host may change its mind.
-    bool render_follows = true;
-};
-
-struct Frame {
-    /// The output; without pixels if the plug-in was not asked to render.
-    World world;
-    Time time;
-    bool rendered = false;    ///< the plug-in was asked for pixels
-    std::int32_t status = 0;  ///< of the render command, or of the pre-render if that failed
-    Message message;          ///< of that command
-    Rect request;
-    Rect result_rect;  ///< as the plug-in declared them at pre-render
-    Rect max_result_rect;
-    std::int32_t pixel_format = 0;  ///< as told to the plug-in
-    std::size_t undrawn_pixels = 0;
-    /// Whether any pixel was drawn. A failed frame may come with status 0: this tells.
-    bool drawn = false;
-
-    std::vector<Call> calls;  ///< of this frame's commands
-    /// Composition times at which the camera's matrix was asked for, in order.
-    std::vector<Time> camera_times;
-    int open_param_checkouts = 0;         ///< parameters checked out and not in again
-    int data_deletions = 0;               ///< calls of the deleter of the pre-render data
-    std::vector<std::string> violations;  ///< rules that the plug-in broke, in words
 };
 
 class Session {
@@ -141,8 +99,10 @@ public:
     /// Host handles not yet disposed of.
     std::size_t live_handles() const;
 
-private:
     class Impl;
+
+private:
+    friend class EffectInstance;
     std::unique_ptr<Impl> impl_;
 };
 

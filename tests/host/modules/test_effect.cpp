@@ -248,6 +248,8 @@ void tell_in_data(const PF_InData* in, Instance& instance) {
     facts[kDownsampleNum] = in->downsample_x.num;
     facts[kDownsampleDen] = in->downsample_x.den;
     facts[kNumParams] = in->num_params;
+    facts[kAspectNum] = in->pixel_aspect_ratio.num;
+    facts[kAspectDen] = in->pixel_aspect_ratio.den;
     facts[kNullSlots] = all_null_slots(in);
 }
 
@@ -279,6 +281,10 @@ PF_Err pre_render(PF_InData* in, PF_PreRenderExtra* extra) {
     if (mischief == kUnknownParameter) {
         in->inter.checkout_param(in->effect_ref, 99, 0, 1, 1, &def);
     }
+    instance->facts[kInputAspectNum] = result.par.num;
+    instance->facts[kInputAspectDen] = result.par.den;
+    instance->facts[kReferenceWidth] = result.ref_width;
+    instance->facts[kReferenceHeight] = result.ref_height;
     output.result_rect = result.result_rect;
     output.max_result_rect = result.max_result_rect;
     if (mischief == kLargeResult) {
@@ -394,6 +400,8 @@ PF_Err render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
     }
     instance.facts[kOutputRowBytes] = output->rowbytes;
     instance.facts[kInputRowBytes] = input->rowbytes;
+    instance.facts[kOriginX] = output->origin_x;
+    instance.facts[kOriginY] = output->origin_y;
     if (mischief == kWriteInput) {
         reinterpret_cast<char*>(input->data)[1] = 1;
     }

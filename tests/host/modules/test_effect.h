@@ -80,6 +80,14 @@ enum Fact {
     kOutputRowBytes,
     kInputRowBytes,
     kNullSlots,  ///< pointers in all of the host's tables that are null
+    kAspectNum,  ///< of a pixel, as told with the time
+    kAspectDen,
+    kInputAspectNum,  ///< of a pixel, as told with the input layer's checkout
+    kInputAspectDen,
+    kReferenceWidth,  ///< likewise
+    kReferenceHeight,
+    kOriginX,  ///< of the output
+    kOriginY,
     kFactEnd
 };
 

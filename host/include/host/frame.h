@@ -1,0 +1,65 @@
+// One frame: what a host may ask for, and what came of it.
+#pragma once
+
+#include <host/calls.h>
+#include <host/scene.h>
+#include <host/world.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace host {
+
+/// A text that the plug-in left for the user.
+struct Message {
+    std::string text;
+    bool is_error = false;
+};
+
+struct RenderOptions {
+    Depth depth = Depth::Float;
+    /// Size in which the layer is rendered; 0 is its own. Another size shows the same view, as a
+    /// host's lower resolutions do.
+    int width = 0;
+    int height = 0;
+    /// The part of the layer that is asked for, in pixels of the size above; nothing: all of it. An
+    /// empty one asks for the rectangles alone.
+    std::optional<Rect> region;
+    /// Bytes behind each row of the output and of the input layer; multiples of 4.
+    int output_padding = kDefaultRowPadding;
+    int input_padding = kDefaultRowPadding + 16;
+    /// Pixel format to tell the plug-in in place of the depth's own, to see what it does with it.
+    std::optional<std::int32_t> pixel_format;
+    /// Whether the render follows the pre-render; a host may change its mind. For renders in one
+    /// go.
+    bool render_follows = true;
+};
+
+struct Frame {
+    /// The output; without pixels if the plug-in was not asked to render.
+    World world;
+    Time time;                ///< of the composition
+    Time layer_time;          ///< as told to the plug-in
+    bool rendered = false;    ///< the plug-in was asked for pixels
+    std::int32_t status = 0;  ///< of the render command, or of the pre-render if that failed
+    Message message;          ///< of that command
+    Rect request;
+    Rect result_rect;  ///< as the plug-in declared them at pre-render
+    Rect max_result_rect;
+    std::int32_t pixel_format = 0;  ///< as told to the plug-in
+    std::size_t undrawn_pixels = 0;
+    /// Whether any pixel was drawn. A failed frame may come with status 0: this tells.
+    bool drawn = false;
+
+    std::vector<Call> calls;  ///< of this frame's commands
+    /// Composition times at which the camera's matrix was asked for, in order.
+    std::vector<Time> camera_times;
+    int open_param_checkouts = 0;         ///< parameters checked out and not in again
+    int data_deletions = 0;               ///< calls of the deleter of the pre-render data so far
+    std::vector<std::string> violations;  ///< rules that the plug-in broke, in words
+};
+
+}  // namespace host
