@@ -24,6 +24,8 @@ struct Call {
 ///
 /// `AcquireSuite` consults twice, the second time as `acquire_call(suite)`, so that one suite can
 /// be missing. `ReleaseSuite` drops the reference whatever it answers: the plug-in did its part.
+///
+/// host/faults.h has such filters made from data.
 using CallFilter = std::function<std::optional<std::int32_t>(std::string_view name, int count)>;
 
 /// The name under which the acquisition of one suite can be made to fail.
