@@ -30,9 +30,12 @@ void declare_premiere_formats(PF_InData* in_data, PF_OutData* out_data) {
 
 /// A new block of the host with a copy of `text`; null when the host has no memory for it.
 PF_Handle new_text_handle(AEGP_SuiteHandler& suites, const char* text) {
-    PF_Handle handle = suites.HandleSuite1()->host_new_handle(std::strlen(text) + 1);
+    // Both suites first: were one missing, the handle would be lost.
+    const auto* const handle_suite = suites.HandleSuite1();
+    const auto* const ansi_suite = suites.ANSICallbacksSuite1();
+    PF_Handle handle = handle_suite->host_new_handle(std::strlen(text) + 1);
     if (handle != nullptr) {
-        suites.ANSICallbacksSuite1()->strcpy(*handle, text);
+        ansi_suite->strcpy(*handle, text);
     }
     return handle;
 }

@@ -6,6 +6,7 @@
 #include <support/catalogue.h>
 #include <support/scratch.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -98,8 +99,20 @@ TEST_F(Commands, AllDependenciesAreAText) {
     EXPECT_EQ(FakeHost::handle_text(extra.dependencies_strH), "All Dependencies requested.");
     EXPECT_EQ(host.handle_size(extra.dependencies_strH), 28U);
     EXPECT_EQ(host.log,
-              (Log{"acquire PF Handle Suite 2", "host_new_handle 28", "acquire PF ANSI Suite 1",
+              (Log{"acquire PF Handle Suite 2", "acquire PF ANSI Suite 1", "host_new_handle 28",
                    "strcpy", "release PF Handle Suite 2", "release PF ANSI Suite 1"}));
+}
+
+TEST_F(Commands, DependenciesLoseNoHandleWhenASuiteIsMissing) {
+    for (const std::string suite : {"PF ANSI Suite", "PF Handle Suite"}) {
+        host.missing_suites = {suite};
+        host.log.clear();
+        PF_ExtDependenciesExtra extra = {1, nullptr};
+        EXPECT_EQ(send(PF_Cmd_GET_EXTERNAL_DEPENDENCIES, &extra), 516) << suite;
+        EXPECT_EQ(extra.dependencies_strH, nullptr) << suite;
+        EXPECT_EQ(std::count(host.log.begin(), host.log.end(), "host_new_handle 28"), 0) << suite;
+        EXPECT_TRUE(host.suites_balanced()) << suite;
+    }
 }
 
 TEST_F(Commands, MissingDependenciesAreNever) {
