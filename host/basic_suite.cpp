@@ -44,7 +44,7 @@ SPErr release_suite(const char* name, int32_t version) {
     const auto held = name == nullptr ? state->suites.end() : state->suites.find({name, version});
     if (held == state->suites.end() || held->second == 0) {
         state->violation("ReleaseSuite: " + shown(name, version) + " is not held");
-        return kSPSuiteNotFoundError;
+        return state->calls.back().status = kSPSuiteNotFoundError;
     }
     // Also when it fails on demand: the plug-in did its part.
     --held->second;
