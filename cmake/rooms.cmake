@@ -26,6 +26,6 @@ function(add_room_test)
   target_compile_options(${TEST_NAME} PRIVATE ${LUMIVAR_TEST_WARNINGS})
   target_compile_definitions(${TEST_NAME} PRIVATE ${TEST_DEFINITIONS})
   target_link_libraries(${TEST_NAME} PRIVATE ${TEST_DEPENDS} GTest::gtest GTest::gtest_main)
-  gtest_discover_tests(${TEST_NAME} TEST_PREFIX ${TEST_NAME}. DISCOVERY_MODE PRE_TEST
+  gtest_discover_tests(${TEST_NAME} TEST_PREFIX ${TEST_NAME}. DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
                        PROPERTIES LABELS "${TEST_LABELS}" TIMEOUT ${TEST_TIMEOUT})
 endfunction()
