@@ -68,8 +68,8 @@ public:
 
 /// Owns the pixels of one spec. Not copyable as a whole; see `copy_from`.
 ///
-/// After destruction the spec reads `INVALID_FORMAT`, width and height -666 and stride 0, which
-/// makes a use after it recognisable.
+/// After destruction its `ImageSpec` reads `INVALID_FORMAT`, width and height -666 and stride 0,
+/// which makes a use after it recognisable.
 class Image : public ImageSpec {
 public:
     /// Allocates pixels, not cleared. Asserts that the format is not `INVALID_FORMAT`. Throws as
@@ -99,7 +99,7 @@ public:
     /// The same address as floats.
     float* line_float(int y) const { return static_cast<float*>(static_cast<void*>(line(y))); }
 
-    /// Size and address of the pixels on standard output, then the spec.
+    /// Size and address of the pixels on standard output, then its `ImageSpec`.
     void dump() const;
 
     /// Row 0.
