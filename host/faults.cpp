@@ -69,10 +69,10 @@ RandomFaults::RandomFaults(std::uint64_t seed, const std::vector<Call>& calls,
 }
 
 std::vector<CallFault> RandomFaults::draw(int most) {
-    std::vector<CallFault> faults(1 + below(static_cast<std::uint64_t>(most)));
+    std::vector<CallFault> faults(1 + below(static_cast<std::size_t>(most)));
     for (CallFault& fault : faults) {
         fault.call = names_[below(names_.size())];
-        const auto count = static_cast<std::uint64_t>(calls_.at(fault.call));
+        const auto count = static_cast<std::size_t>(calls_.at(fault.call));
         fault.nth = below(8) == 0 ? 0 : static_cast<int>(1 + below(count));
         fault.status = statuses_[below(statuses_.size())];
     }

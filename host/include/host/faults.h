@@ -10,6 +10,7 @@
 
 #include <host/calls.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <random>
@@ -71,7 +72,7 @@ public:
     std::vector<CallFault> draw(int most = 3);
 
 private:
-    std::uint64_t below(std::uint64_t bound) { return engine_() % bound; }
+    std::size_t below(std::size_t bound) { return static_cast<std::size_t>(engine_() % bound); }
 
     std::mt19937_64 engine_;
     std::map<std::string, int> calls_;
