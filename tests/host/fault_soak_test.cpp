@@ -225,7 +225,6 @@ TEST_F(FaultSoak, LeavesEveryFrameWholeOrUntouchedAndLosesNothing) {
         }
     }
     RandomFaults faults(20061, calls, kStatuses);
-    // Two answer by a suite's name and in general.
     ASSERT_EQ(faults.calls().count("sprintf"), 1U);
     ASSERT_EQ(faults.calls().count("AcquireSuite"), 1U);
 
