@@ -65,7 +65,8 @@ TEST_P(CameraSamples, LieEvenlyFromTheShuttersOpeningToItsClosing) {
         // (31 * 360 N + phase N + k angle) den / (360 N num). Compared as whole numbers.
         const std::int64_t n = more == 0 ? 1 : more;
         const std::int64_t above =
-            (std::int64_t{kFrame} * 360 * n + phase * n + k * angle) * std::int64_t{rate.den};
+            (std::int64_t{kFrame} * 360 * n + phase * n + std::int64_t{k} * angle) *
+            std::int64_t{rate.den};
         const std::int64_t below = 360 * n * std::int64_t{rate.num};
         EXPECT_EQ(std::int64_t{time.value} * below, above * std::int64_t{time.scale}) << k;
         EXPECT_EQ(std::int64_t{time.scale}, k == 0 ? scale : scale * n) << k;
