@@ -134,23 +134,39 @@ TEST(GoldenPictures, AreWhatTheirMakerMakesToday) {
     }
 }
 
-// The scenes must say enough: each of these differences, made on the product's side, must show.
-TEST(GoldenPictures, RejectTheProductOfAnotherScene) {
-    const auto expect_off = [](const Name& name, const std::vector<std::string>& more) {
-        EXPECT_FALSE(judge(product(name, more), committed(name)).passed)
-            << name.scene << ' ' << more.back();
-    };
-    const Name pan{"pan", 6};
-    expect_off(pan, {"--set", "Motion Blur Segments=4"});
-    expect_off(pan, {"--set", "Motion Blur Segments=6"});
-    expect_off({"pan", 5}, {"--depth", "32"});
-    const Name near_stars{"near-stars", 12};
-    expect_off(near_stars, {"--set", "Parallax Crush=0.6"});
-    expect_off(near_stars, {"--set", "Tint Color=90,161,255"});
-    expect_off(near_stars, {"--set", "Star Saturation=1.79"});
-    expect_off({"near-stars", 11}, {"--depth", "32"});
-    expect_off({"equidistant", 0}, {"--set", "Projection=HemiSph"});
-    expect_off({"hemisphere", 0}, {"--set", "Projection=AzEqu"});
+/// A difference on the product's side that must show: another frame, or another control.
+struct Difference {
+    const char* label;
+    Name name;
+    const char* control;  ///< NAME=VALUE; null for none
+    int frame;
+};
+
+class ProductOfAnotherScene : public testing::TestWithParam<Difference> {};
+
+// The scenes must say enough.
+TEST_P(ProductOfAnotherScene, IsRejected) {
+    const Difference& difference = GetParam();
+    const std::vector<std::string> more =
+        difference.control != nullptr ? std::vector<std::string>{"--set", difference.control}
+                                      : std::vector<std::string>{};
+    const Picture picture = product({difference.name.scene, difference.frame}, more);
+    EXPECT_FALSE(judge(picture, committed(difference.name)).passed);
 }
+
+constexpr Name pan{"pan", 6};
+constexpr Name near_stars{"near-stars", 12};
+
+INSTANTIATE_TEST_SUITE_P(
+    Differences, ProductOfAnotherScene,
+    testing::Values(Difference{"FewerSegments", pan, "Motion Blur Segments=4", 6},
+                    Difference{"MoreSegments", pan, "Motion Blur Segments=6", 6},
+                    Difference{"FrameOfThePan", pan, nullptr, 5},
+                    Difference{"Crush", near_stars, "Parallax Crush=0.6", 12},
+                    Difference{"TintByOneCode", near_stars, "Tint Color=90,161,255", 12},
+                    Difference{"Saturation", near_stars, "Star Saturation=1.79", 12},
+                    Difference{"FrameOfTheDrive", near_stars, nullptr, 11},
+                    Difference{"Projection", {"equidistant", 0}, "Projection=HemiSph", 0}),
+    [](const auto& difference) { return std::string(difference.param.label); });
 
 }  // namespace
