@@ -19,6 +19,10 @@ int bytes_per_pixel(PF_PixelFormat format) {
     }
 }
 
+std::string bytes_of(const PF_ParamDef& def) {
+    return {reinterpret_cast<const char*>(&def), sizeof def};
+}
+
 std::string suite_key(const char* name, int version) {
     return std::string(name) + " " + std::to_string(version);
 }
@@ -126,6 +130,9 @@ struct FakeCallbacks {
         check_effect(effect_ref);
         const PF_Err err = host().enter("checkout_param", " " + std::to_string(index));
         host().checkouts.push_back({index, time, time_step, time_scale});
+        const std::string bytes = bytes_of(*out);
+        host().cleared_records =
+            host().cleared_records && bytes.find_first_not_of('\0') == std::string::npos;
         if (err == PF_Err_NONE) {
             *out = host().values[index];
         }
@@ -139,7 +146,7 @@ struct FakeCallbacks {
         check_effect(effect_ref);
         const PF_Err err = host().enter("add_param", " " + std::to_string(def->uu.id));
         if (err == PF_Err_NONE) {
-            FakeHost::Declared declared = {index, *def, ""};
+            FakeHost::Declared declared = {index, *def, "", bytes_of(*def)};
             if (def->param_type == PF_Param_CHECKBOX) {
                 declared.text = def->u.bd.u.nameptr;
             } else if (def->param_type == PF_Param_POPUP) {
@@ -264,6 +271,7 @@ struct FakeCallbacks {
         const A_Err err = host().enter("AEGP_GetLayerToWorldXform", detail_of(layer));
         host().matrix_times.push_back(copy(*time));
         if (err == A_Err_NONE) {
+            host().place_camera(copy(*time));
             *out = host().camera_matrix;
         }
         return err;
@@ -278,6 +286,7 @@ struct FakeCallbacks {
         const A_Err err = host().enter("AEGP_GetLayerStreamValue", detail_of(layer));
         host().zoom_times.push_back(copy(*time));
         if (err == A_Err_NONE) {
+            host().place_camera(copy(*time));
             value->one_d = host().zoom;
         }
         return err;
@@ -373,6 +382,12 @@ PF_Err FakeHost::enter(const std::string& name, const std::string& detail) {
     const auto failure = failures.find(name);
     return failure != failures.end() && call >= failure->second.from_call ? failure->second.status
                                                                           : PF_Err_NONE;
+}
+
+void FakeHost::place_camera(const Time& time) {
+    if (move_camera) {
+        move_camera(time);
+    }
 }
 
 bool FakeHost::suites_balanced() const {

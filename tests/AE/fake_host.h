@@ -4,6 +4,7 @@
 
 #include <host_api/effect_interface.h>
 
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -55,11 +56,13 @@ public:
         A_u_long scale;
         bool operator==(const Time&) const = default;
     };
-    /// A declared control; `text` is its choices or label.
+    /// A declared control; `text` is its choices or label, `bytes` the record as it came, padding
+    /// included.
     struct Declared {
         PF_ParamIndex index;
         PF_ParamDef def;
         std::string text;
+        std::string bytes;
     };
 
     FakeHost();
@@ -89,6 +92,8 @@ public:
     A_Time comp_time = {7, 24};
     A_Matrix4 camera_matrix = {{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}}};
     double zoom = 2000.0;
+    /// Called before the camera's place or zoom at a time is told; may change both.
+    std::function<void(const Time&)> move_camera;
     A_long comp_width = 1920;
     A_long comp_height = 1080;
     A_Time shutter_start = {1, 24};
@@ -102,6 +107,7 @@ public:
     std::vector<std::string> log;  ///< every call, with what matters of its arguments
     std::vector<Declared> declared;
     std::vector<ParamCheckout> checkouts;
+    bool cleared_records = true;  ///< every record handed to `checkout_param` was zero throughout
     std::vector<Time> matrix_times;
     std::vector<Time> zoom_times;
     std::vector<Time> camera_times;   ///< asked for the camera
@@ -127,6 +133,7 @@ private:
     friend struct FakeCallbacks;
 
     void fill_tables();
+    void place_camera(const Time& time);
 
     static FakeHost* current_;
 

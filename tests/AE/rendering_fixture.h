@@ -6,7 +6,6 @@
 #include <AE/render.h>
 #include <base/exceptions.h>
 #include <gtest/gtest.h>
-#include <support/catalogue.h>
 #include <support/scratch.h>
 
 #include <algorithm>
@@ -16,14 +15,7 @@
 #include <memory>
 
 #include "fake_host.h"
-
-using Log = std::vector<std::string>;
-
-inline constexpr int kWidth = 33;
-inline constexpr int kHeight = 17;
-inline const std::string kHeader = support::catalogue_header(support::VERSION_1);
-// The default camera stands at the origin and looks along +z, where lon is 90 degrees.
-inline const std::string kAhead = support::catalogue_record({.lon = 90, .lat = 0});
+#include "star_ahead.h"
 
 class Rendering : public testing::Test {
 protected:

@@ -1,0 +1,173 @@
+// The records that the built module takes of a moving camera, against values by hand.
+#include <AE/instance.h>
+
+#include <cstdlib>
+#include <tuple>
+
+#include "built_effect.h"
+
+namespace {
+
+/// The camera moves one unit a second to the right; its zoom of 100 pixels grows by 10 a second.
+class CameraRecords : public BuiltEffect {
+protected:
+    CameraRecords() {
+        host.has_camera = true;
+        host.move_camera = [this](const FakeHost::Time& time) {
+            const double seconds =
+                static_cast<double>(time.value) / static_cast<double>(time.scale);
+            host.camera_matrix.mat[3][0] = seconds;
+            host.zoom = 100.0 + 10.0 * seconds;
+        };
+    }
+
+    /// Takes the records; `angle` is that of the shutter in degrees, 0 for no motion blur.
+    const Array<camera>& sample(int segments, int angle) {
+        host.values[kMotionBlurSegments].u.sd.value = segments;
+        host.in_data.shutter_angle = angle * 65536;
+        EXPECT_EQ(pre_render(), 0);
+        return static_cast<const MyInstance*>(host.pre_output.pre_render_data)->cameras;
+    }
+
+    /// The camera's place at a time, seen from the world with y up, and its lens in a composition
+    /// of 1920 x 1080: 2 x (1920 / 1080) x zoom / 1920.
+    static void expect_record(const camera& record, double seconds) {
+        for (int row = 0; row < 4; ++row) {
+            for (int column = 0; column < 4; ++column) {
+                const bool moved = row == 3 && column == 0;
+                const double expected = moved ? -seconds : (row == column ? 1.0 : 0.0);
+                EXPECT_NEAR(record.xform(row, column), expected, 1e-14) << row << ", " << column;
+            }
+        }
+        EXPECT_NEAR(record.focal, (100.0 + 10.0 * seconds) / 540.0, 1e-14);
+        EXPECT_EQ(record.near_clip, 0.10000000149011612);
+        EXPECT_EQ(record.far_clip, -1.0);
+    }
+};
+
+/// Frames a second as a fraction, angle and phase in degrees, segments.
+using Shutter = std::tuple<std::pair<unsigned, unsigned>, int, int, int>;
+
+class CameraRecordsAcrossShutter : public CameraRecords,
+                                   public testing::WithParamInterface<Shutter> {};
+
+std::string test_name(const testing::TestParamInfo<Shutter>& row) {
+    const auto& [rate, angle, phase, segments] = row.param;
+    return std::string(rate.second == 1 ? "At24" : "At23976") + "Angle" + std::to_string(angle) +
+           "Phase" + (phase < 0 ? "Minus" : "") + std::to_string(std::abs(phase)) + "Segments" +
+           std::to_string(segments);
+}
+
+}  // namespace
+
+TEST_P(CameraRecordsAcrossShutter, LieEvenlyFromItsOpeningToItsClosing) {
+    const auto& [rate, angle, phase, segments] = GetParam();
+    const auto& [frames, seconds] = rate;
+    // Frame 31 in quarters of a frame: a quarter is `seconds` units of 1 / (4 x frames) seconds, so
+    // that all these angles and phases are whole numbers.
+    const int quarter = static_cast<int>(seconds);
+    const unsigned scale = 4 * frames;
+    const int start = (4 * 31 + phase / 90) * quarter;
+    const int duration = angle / 90 * quarter;
+    host.shutter_start = {start, scale};
+    host.shutter_duration = {duration, scale};
+
+    const Array<camera>& cameras = sample(segments, angle);
+    const int n = angle == 0 ? 0 : segments;
+    ASSERT_EQ(cameras.len(), static_cast<uword>(n) + 1);
+    std::vector<FakeHost::Time> times = {{start, scale}};
+    for (int k = 1; k <= n; ++k) {
+        times.push_back({n * start + k * duration, scale * static_cast<unsigned>(n)});
+    }
+    EXPECT_EQ(host.matrix_times, times);
+    EXPECT_EQ(host.zoom_times, times);
+    for (int k = 0; k <= n; ++k) {
+        SCOPED_TRACE(k);
+        // In frames 31 + phase / 360 + (k / N) x angle / 360.
+        const double frame = 31.0 + phase / 360.0 + (k == 0 ? 0.0 : k * (angle / 360.0) / n);
+        expect_record(cameras[static_cast<uword>(k)], frame * seconds / frames);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, CameraRecordsAcrossShutter,
+    testing::Combine(testing::Values(std::pair(24U, 1U), std::pair(24000U, 1001U)),
+                     testing::Values(0, 90, 180, 360, 720), testing::Values(-90, 0),
+                     testing::Values(0, 1, 4, 16, 100)),
+    test_name);
+
+TEST_F(CameraRecords, OfFourSegmentsByHand) {
+    // Frame 31 at 24 a second, 180 degrees from -90 on: 30.75 to 31.25 frames, a step is an eighth.
+    host.shutter_start = {123, 96};
+    host.shutter_duration = {48, 2304};
+    const Array<camera>& cameras = sample(4, 180);
+    ASSERT_EQ(cameras.len(), 5U);
+    const double seconds[] = {1.28125, 1.286458333333333, 1.291666666666667, 1.296875,
+                              1.302083333333333};
+    const double focals[] = {0.208912037037037, 0.209008487654321, 0.209104938271605,
+                             0.209201388888889, 0.209297839506173};
+    for (uword k = 0; k < 5; ++k) {
+        EXPECT_NEAR(cameras[k].xform(3, 0), -seconds[k], 1e-14);
+        EXPECT_NEAR(cameras[k].focal, focals[k], 1e-14);
+    }
+}
+
+TEST_F(CameraRecords, RepeatWhereTheScaleIsTooCoarseToTellThemApart) {
+    // 1/24 s + k/192 s on scale 96 is 4 + k/2; half a unit more, cut: 5, 5, 6, 6.
+    host.shutter_start = {1, 24};
+    host.shutter_duration = {1, 48};
+    const Array<camera>& cameras = sample(4, 180);
+    ASSERT_EQ(cameras.len(), 5U);
+    const std::vector<FakeHost::Time> times = {{1, 24}, {5, 96}, {5, 96}, {6, 96}, {6, 96}};
+    EXPECT_EQ(host.matrix_times, times);
+    for (uword k = 0; k < 5; ++k) {
+        expect_record(cameras[k], static_cast<double>(times[k].value) / times[k].scale);
+    }
+}
+
+TEST_F(CameraRecords, AreOneWhereTheShutterStaysOpenForNoTime) {
+    host.shutter_duration = {0, 48};
+    EXPECT_EQ(sample(4, 180).len(), 1U);
+}
+
+TEST_F(CameraRecords, KeepTheDefaultLensWhereTheZoomIsRefused) {
+    host.failures["AEGP_GetLayerStreamValue"] = {3};
+    const Array<camera>& cameras = sample(2, 180);
+    ASSERT_EQ(cameras.len(), 3U) << "one that fails does not end the others";
+    for (uword k = 0; k < 3; ++k) {
+        EXPECT_EQ(cameras[k].focal, 3.200000047683716);
+        EXPECT_LT(cameras[k].xform(3, 0), 0.0) << "the place is known";
+    }
+}
+
+TEST_F(CameraRecords, StandAtTheOriginWhereThePlaceIsRefusedAndDoNotAskForTheLens) {
+    host.failures["AEGP_GetLayerToWorldXform"] = {3};
+    const Array<camera>& cameras = sample(2, 180);
+    ASSERT_EQ(cameras.len(), 3U);
+    EXPECT_EQ(host.matrix_times.size(), 3U);
+    EXPECT_TRUE(host.zoom_times.empty());
+    for (uword k = 0; k < 3; ++k) {
+        EXPECT_EQ(cameras[k].focal, 3.200000047683716);
+        EXPECT_EQ(cameras[k].xform(3, 0), 0.0);
+        EXPECT_EQ(cameras[k].xform(3, 3), 1.0);
+    }
+}
+
+TEST_F(CameraRecords, AreTheDefaultCameraWhereAnyQuestionIsRefused) {
+    for (const char* question :
+         {"checkout_param", "AEGP_ConvertEffectToCompTime", "AEGP_GetEffectCamera",
+          "AEGP_GetEffectLayer", "AEGP_GetLayerParentComp", "AEGP_GetItemFromComp",
+          "AEGP_GetItemDimensions", "AEGP_GetCompShutterFrameRange"}) {
+        SCOPED_TRACE(question);
+        host.failures = {{question, {3}}};
+        const Array<camera>& cameras = sample(4, 180);
+        ASSERT_EQ(cameras.len(), 1U);
+        EXPECT_EQ(cameras[0].focal, 3.200000047683716);
+        EXPECT_EQ(cameras[0].near_clip, 0.10000000149011612);
+        EXPECT_EQ(cameras[0].far_clip, -1.0);
+        for (int i = 0; i < 16; ++i) {
+            EXPECT_EQ(cameras[0].xform(i / 4, i % 4), i % 5 == 0 ? 1.0 : 0.0);
+        }
+    }
+    EXPECT_TRUE(host.matrix_times.empty());
+}
