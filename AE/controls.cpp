@@ -5,6 +5,8 @@
 #include <AE/instance.h>
 #include <osapi/paths.h>
 
+#include <cstring>
+
 namespace {
 
 constexpr float kCurveTolerance = 0.05F;
@@ -80,7 +82,9 @@ private:
         if (err_ != PF_Err_NONE) {
             return;
         }
-        PF_ParamDef def = {};
+        PF_ParamDef def;
+        // All of it: braces clear the union's first member and no more.
+        std::memset(&def, 0, sizeof def);
         def.uu.id = id;
         def.param_type = type;
         in_data_->utils->ansi.strcpy(def.name, name);

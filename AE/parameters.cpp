@@ -1,6 +1,8 @@
 // Reads the controls of one frame.
 #include <AE/instance.h>
 
+#include <cstring>
+
 namespace {
 
 /// How a control's value becomes a field of the instance.
@@ -83,7 +85,8 @@ constexpr ParamRow kRows[] = {
 /// Reads the controls in order up to the first that the host refuses.
 PF_Err read_controls(PF_InData* in_data, MyInstance& instance) {
     for (const ParamRow& row : kRows) {
-        PF_ParamDef def = {};
+        PF_ParamDef def;
+        std::memset(&def, 0, sizeof def);
         // Never checked in again, deliberately: hosts release a pre-render's checkouts themselves.
         const PF_Err err =
             in_data->inter.checkout_param(in_data->effect_ref, row.id, in_data->current_time,
