@@ -1,8 +1,8 @@
 // Replacing a file only when its successor is complete.
 #include <base/exceptions.h>
+#include <base/release.h>
 #include <osapi/atomic_file_write.h>
 
-#include "release.h"
 #include "syscalls.h"
 
 namespace OSAPI {

@@ -1,11 +1,11 @@
 // The owners of descriptors.
 #include <base/exceptions.h>
+#include <base/release.h>
 #include <osapi/files.h>
 
 #include <cerrno>
 #include <cstring>
 
-#include "release.h"
 #include "syscalls.h"
 
 namespace OSAPI {

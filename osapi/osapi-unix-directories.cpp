@@ -1,12 +1,12 @@
 // Directories over POSIX.
 #include <base/exceptions.h>
+#include <base/release.h>
 #include <osapi/directories.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
-#include "release.h"
 #include "syscalls.h"
 
 namespace OSAPI {

@@ -1,12 +1,12 @@
 // Memory mappings and locked memory over POSIX.
 #include <base/exceptions.h>
+#include <base/release.h>
 #include <osapi/mappings.h>
 #include <sys/mman.h>
 
 #include <cerrno>
 #include <cstring>
 
-#include "release.h"
 #include "syscalls.h"
 
 namespace OSAPI {

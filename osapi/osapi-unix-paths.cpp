@@ -1,12 +1,12 @@
 // The text of paths, and the status of what they name.
 #include <base/exceptions.h>
+#include <base/release.h>
 #include <osapi/paths.h>
 #include <strings.h>
 
 #include <cerrno>
 #include <cstring>
 
-#include "release.h"
 #include "syscalls.h"
 
 namespace OSAPI {

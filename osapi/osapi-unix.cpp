@@ -119,6 +119,18 @@ sword read_short(int fd, char* buffer, uword count) {
     }
 }
 
+sword read_up_to(int fd, char* buffer, uword count) {
+    uword got = 0;
+    const Outcome outcome = transfer_all(count, OnNothing::kEnd, [&](uword done, uword rest) {
+        got = done;
+        return syscalls().read(fd, buffer + done, rest);
+    });
+    if (outcome == Outcome::kFailed) {
+        XTHROW("read: %s", std::strerror(errno));
+    }
+    return static_cast<sword>(outcome == Outcome::kAll ? count : got);
+}
+
 sword pread(int fd, char* buffer, uword count, u64 offset) {
     const Outcome outcome = transfer_all(count, OnNothing::kEnd, [=](uword done, uword rest) {
         return syscalls().pread(fd, buffer + done, rest, static_cast<off_t>(offset + done));

@@ -288,6 +288,32 @@ TEST_F(TenBytes, WriteSendsAllInAsManyChunksAsItTakes) {
     EXPECT_EQ(content(), "abcdefghij");
 }
 
+TEST_F(TenBytes, ReadUpToStopsAtTheEndOnly) {
+    const Intercept<&Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
+        if (reads.calls() == 2 || reads.calls() == 3) {
+            errno = reads.calls() == 2 ? EINTR : EAGAIN;
+            return ssize_t{-1};
+        }
+        return reads.real(fd, buffer, std::min<size_t>(count, 3));
+    });
+    char block[12] = {};
+    EXPECT_EQ(OSAPI::read_up_to(fd(), block, 4), 4);
+    EXPECT_STREQ(block, "0123");
+    EXPECT_EQ(reads.calls(), 4);
+    EXPECT_EQ(OSAPI::read_up_to(fd(), block, 11), 6);
+    EXPECT_STREQ(block, "456789");
+    EXPECT_EQ(OSAPI::read_up_to(fd(), block, 11), 0);
+    EXPECT_EQ(OSAPI::read_up_to(fd(), block, 0), 0);
+}
+
+TEST_F(TenBytes, ReadUpToReportsAnyOtherFailure) {
+    const Fault<&Syscalls::read> fault(EIO, {.after = 1});
+    char block[12] = {};
+    OSAPI::read_up_to(fd(), block, 3);
+    expect_message(thrown_message([&] { OSAPI::read_up_to(fd(), block, 3); }),
+                   with_error("read", EIO), "OSAPI::read_up_to", kSource);
+}
+
 TEST_F(TenBytes, WriteReportsAnyOtherFailure) {
     const Fault<&Syscalls::write> fault(ENOSPC);
     expect_message(thrown_message([&] { OSAPI::write(fd(), "x", 1); }), with_error("write", ENOSPC),

@@ -8,7 +8,9 @@
 #include <functional>
 #include <limits>
 #include <stdexcept>
+#include <tuple>
 #include <type_traits>
+#include <typeinfo>
 
 /// Puts a function of the test in the place of one system call while the object lives:
 ///
@@ -56,6 +58,18 @@ private:
     int calls_ = 0;
 };
 
+/// What a system call returns when it fails.
+template <class Result>
+Result failure_of_call() {
+    if constexpr (std::is_same_v<Result, void*>) {
+        return MAP_FAILED;
+    } else if constexpr (std::is_pointer_v<Result>) {
+        return nullptr;
+    } else {
+        return -1;
+    }
+}
+
 /// Which calls of a kind fail: `times` of them after the first `after`.
 struct When {
     int after = 0;
@@ -80,22 +94,65 @@ public:
                   return intercept_.real(arguments...);
               }
               errno = error;
-              return failure();
+              return failure_of_call<Result>();
           }) {}
 
     /// Calls since construction, good and bad.
     int calls() const { return intercept_.calls(); }
 
 private:
-    static Result failure() {
-        if constexpr (std::is_same_v<Result, void*>) {
-            return MAP_FAILED;
-        } else if constexpr (std::is_pointer_v<Result>) {
-            return nullptr;
-        } else {
-            return -1;
-        }
+    Intercept<Call> intercept_;
+};
+
+/// Of all calls of the kinds named, counted together, the n-th (from 1) fails with `error` while
+/// the object lives, and with `lasting` all after it too. A descriptor whose close fails is gone
+/// nevertheless, as it is with the system. To try every place where a piece of code can fail:
+///
+///     for (int n = 1;; ++n) {
+///         NthCallFault<&OSAPI::Syscalls::open, &OSAPI::Syscalls::read> fault(EIO, n);
+///         ...
+///         if (!fault.failed()) break;
+///     }
+template <auto... Calls>
+class NthCallFault {
+public:
+    NthCallFault(int error, int n, bool lasting = false)
+        : error_(error), n_(n), lasting_(lasting), intercepts_(replacement<Calls>()...) {}
+
+    /// Whether a call has failed.
+    bool failed() const { return count_ >= n_; }
+    /// The kind that failed first.
+    template <auto Call>
+    bool was() const {
+        return failed() && first_ == &typeid(Intercept<Call>);
     }
 
-    Intercept<Call> intercept_;
+private:
+    template <auto Call>
+    auto replacement() {
+        return typename Intercept<Call>::Replacement([this](auto... arguments) {
+            const Intercept<Call>& intercept = std::get<Intercept<Call>>(intercepts_);
+            using Result = decltype(intercept.real(arguments...));
+            ++count_;
+            if (count_ < n_ || (count_ > n_ && !lasting_)) {
+                return intercept.real(arguments...);
+            }
+            if (count_ == n_) {
+                first_ = &typeid(Intercept<Call>);
+            }
+            using OfClose = Intercept<&OSAPI::Syscalls::close>;
+            if constexpr (std::is_same_v<Intercept<Call>, OfClose>) {
+                intercept.real(arguments...);
+            }
+            errno = error_;
+            return failure_of_call<Result>();
+        });
+    }
+
+    int error_;
+    int n_;
+    bool lasting_;
+    int count_ = 0;
+    const std::type_info* first_ = nullptr;
+    std::tuple<Intercept<Calls>...> intercepts_;
 };

@@ -43,6 +43,9 @@ sword read(int fd, char* buffer, uword count);
 /// One read of at most `count` bytes. Returns the bytes read: 0 at the end of the file and where a
 /// non-blocking descriptor has nothing yet. Throws "read: ...".
 sword read_short(int fd, char* buffer, uword count);
+/// Reads `count` bytes, or up to the end of the file where that comes first, and returns how many.
+/// Throws "read: ...". A non-blocking descriptor is polled without waiting.
+sword read_up_to(int fd, char* buffer, uword count);
 /// `read` from `offset` on; the descriptor's own position stays.
 sword pread(int fd, char* buffer, uword count, u64 offset);
 /// Writes all `count` bytes and returns `count`. Throws "write: ...".

@@ -1,11 +1,9 @@
-// What the throwing destructors of this room have in common.
+// What the throwing destructors of all rooms have in common.
 #pragma once
 
 #include <base/exceptions.h>
 
 #include <exception>
-
-namespace OSAPI {
 
 /// Runs the `release` of a destructor. Its failure is thrown, except while another exception is
 /// under way: a second one would end the process, so it is printed and the first one goes on.
@@ -21,5 +19,3 @@ void release_in_destructor(Release release) {
         failure.print();
     }
 }
-
-}  // namespace OSAPI

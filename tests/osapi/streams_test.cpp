@@ -1,0 +1,350 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <osapi/streams.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "support/captured_output.h"
+#include "support/expect_throw.h"
+#include "support/faults.h"
+#include "support/scratch.h"
+
+namespace {
+
+using OSAPI::BufferedFileInput;
+using OSAPI::BufferedFileOutput;
+using OSAPI::DescriptorInput;
+using OSAPI::DiskFile;
+using OSAPI::FileInput;
+using OSAPI::FileOutput;
+using OSAPI::RWFileDescriptor;
+using OSAPI::Syscalls;
+
+const char* const kSource = "osapi/osapi-unix.cpp";
+
+std::string read_text(Input& input, int count) {
+    std::string text(static_cast<std::size_t>(count), '?');
+    text.resize(static_cast<std::size_t>(input.read(text.data(), count)));
+    return text;
+}
+
+int write_text(Output& output, const std::string& text) {
+    return output.write(text.data(), static_cast<int>(text.size()));
+}
+
+class Streams : public testing::Test {
+protected:
+    ~Streams() override { EXPECT_EQ(open_descriptors(), before_); }
+
+    const char* path() const { return path_.c_str(); }
+    const char* file_of(const std::string& bytes) {
+        write_file(path_, bytes);
+        return path();
+    }
+
+    ScratchFolder folder_;
+    const std::string path_ = folder_ / "a";
+    const int before_ = open_descriptors();
+};
+
+TEST_F(Streams, FileInputIsOneShortReadACall) {
+    DiskFile file(file_of("abcdefgh"), OSAPI::kRead);
+    FileInput input(file);
+    EXPECT_EQ(input.curpos(), 0);
+    const Intercept<&Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
+        return reads.real(fd, buffer, std::min<size_t>(count, 3));
+    });
+    EXPECT_EQ(read_text(input, 5), "abc");
+    EXPECT_EQ(input.curpos(), 3);
+    EXPECT_EQ(reads.calls(), 1);
+    EXPECT_EQ(read_text(input, 2), "de");
+    EXPECT_EQ(read_text(input, 9), "fgh");
+    EXPECT_EQ(read_text(input, 9), "");
+    EXPECT_EQ(input.curpos(), 8);
+}
+
+TEST_F(Streams, FileInputMovesTheFileOnlyWhereItIsNot) {
+    DiskFile file(file_of("abcdefgh"), OSAPI::kRead);
+    FileInput input(file);
+    const Intercept<&Syscalls::lseek> seeks(
+        [&](int fd, off_t offset, int whence) { return seeks.real(fd, offset, whence); });
+    read_text(input, 2);
+    EXPECT_EQ(input.seek_from_start(2), 2);
+    EXPECT_EQ(input.seek_from_curpos(0), 2);
+    EXPECT_EQ(seeks.calls(), 0);
+    EXPECT_EQ(input.seek_from_start(5), 5);
+    EXPECT_EQ(read_text(input, 1), "f");
+    EXPECT_EQ(input.seek_from_curpos(-4), 2);
+    EXPECT_EQ(read_text(input, 1), "c");
+    EXPECT_EQ(input.curpos(), 3);
+    EXPECT_EQ(seeks.calls(), 2);
+    expect_message(thrown_message([&] { input.seek_from_start(-1); }), with_error("lseek", EINVAL),
+                   "OSAPI::lseek", kSource);
+    EXPECT_EQ(input.curpos(), 3);
+    EXPECT_EQ(read_text(input, 1), "d");
+}
+
+TEST_F(Streams, FileOutputWritesAllOfIt) {
+    {
+        DiskFile file(path(), OSAPI::kWrite);
+        FileOutput output(file);
+        const Intercept<&Syscalls::write> writes([&](int fd, const void* bytes, size_t count) {
+            return writes.real(fd, bytes, std::min<size_t>(count, 3));
+        });
+        EXPECT_EQ(write_text(output, "abcdefgh"), 8);
+        EXPECT_EQ(writes.calls(), 3);
+        EXPECT_EQ(output.curpos(), 8);
+    }
+    EXPECT_EQ(read_file(path_), "abcdefgh");
+}
+
+TEST_F(Streams, FileOutputMovesTheFileOnlyWhereItIsNot) {
+    {
+        DiskFile file(path(), OSAPI::kWrite);
+        FileOutput output(file);
+        const Intercept<&Syscalls::lseek> seeks(
+            [&](int fd, off_t offset, int whence) { return seeks.real(fd, offset, whence); });
+        write_text(output, "abc");
+        EXPECT_EQ(output.seek_from_start(3), 3);
+        EXPECT_EQ(output.seek_from_curpos(0), 3);
+        EXPECT_EQ(seeks.calls(), 0);
+        EXPECT_EQ(output.seek_from_start(1), 1);
+        write_text(output, "X");
+        EXPECT_EQ(output.seek_from_curpos(2), 4);
+        write_text(output, "Y");
+        EXPECT_EQ(output.curpos(), 5);
+        EXPECT_EQ(seeks.calls(), 2);
+    }
+    EXPECT_EQ(read_file(path_), std::string("aXc\0Y", 5));
+}
+
+TEST_F(Streams, CountsBelowZeroAreAsserted) {
+    DiskFile file(path(), OSAPI::kReadWrite);
+    char byte = 0;
+    EXPECT_EQ(failed_assertion([&] { FileInput(file).read(&byte, -1); }), "count >= 0");
+    EXPECT_EQ(failed_assertion([&] { FileOutput(file).write(&byte, -1); }), "count >= 0");
+    EXPECT_EQ(failed_assertion([&] { DescriptorInput(file).read(&byte, -1); }), "count >= 0");
+}
+
+TEST_F(Streams, PositionsBeyondFourGigabytes) {
+    const s64 far = (s64{5} << 30) + 3;
+    {
+        BufferedFileOutput output(path(), OSAPI::kWrite);
+        EXPECT_EQ(output.seek_from_start(far), far);
+        write_text(output, "end\n");
+        EXPECT_EQ(output.curpos(), far + 4);
+    }
+    BufferedFileInput input(path(), OSAPI::kRead);
+    EXPECT_EQ(input.seek_from_curpos(far), far);
+    EXPECT_STREQ(input.readline().c_str(), "end\n");
+    EXPECT_EQ(input.curpos(), far + 4);
+}
+
+TEST_F(Streams, BufferedFileInputReadsLines) {
+    BufferedFileInput input(file_of("a\r\nb"), OSAPI::kRead);
+    EXPECT_STREQ(input.readline().c_str(), "a\r\n");
+    EXPECT_STREQ(input.readline().c_str(), "b");
+    EXPECT_EQ(input.curpos(), 4);
+    input.unread('b');
+    EXPECT_EQ(read_text(input, 5), "b");
+    EXPECT_STREQ(input.readline().c_str(), "");
+}
+
+TEST_F(Streams, BufferedFileInputReads4096BytesAtATime) {
+    BufferedFileInput input(file_of(std::string(10000, 'x')), OSAPI::kRead);
+    std::vector<size_t> asked;
+    const Intercept<&Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
+        asked.push_back(count);
+        return reads.real(fd, buffer, count);
+    });
+    read_text(input, 1);
+    read_text(input, 4096);
+    EXPECT_EQ(asked, (std::vector<size_t>{4096, 4096}));
+}
+
+TEST_F(Streams, BufferedFileOutputGathers4096Bytes) {
+    BufferedFileOutput output(path(), OSAPI::kWrite);
+    write_text(output, std::string(4095, 'x'));
+    write_text(output, "y");
+    EXPECT_EQ(read_file(path_).size(), 0U);
+    write_text(output, "z");
+    EXPECT_EQ(read_file(path_), std::string(4095, 'x') + "y");
+    output.flush();
+    EXPECT_EQ(read_file(path_), std::string(4095, 'x') + "yz");
+    EXPECT_EQ(output.curpos(), 4097);
+}
+
+TEST_F(Streams, BufferedFilesOpenAsTheLayerDoes) {
+    const std::string missing = folder_ / "none/a";
+    const std::string text = with_error("opening file \"" + missing + "\"", ENOENT);
+    expect_message(thrown_message([&] { BufferedFileInput(missing.c_str(), OSAPI::kRead); }), text,
+                   "OSAPI::open", kSource);
+    expect_message(thrown_message([&] { BufferedFileOutput(missing.c_str(), OSAPI::kWrite); }),
+                   text, "OSAPI::open", kSource);
+    // The mode is handed on.
+    file_of("old");
+    EXPECT_EQ(thrown_message([&] {
+                  BufferedFileOutput(path(), OSAPI::kWrite | OSAPI::kExclusive);
+              }).find(with_error("opening file \"" + path_ + "\"", EEXIST)),
+              0U);
+    { const BufferedFileOutput output(path(), OSAPI::kWrite); }
+    EXPECT_EQ(read_file(path_), "");
+}
+
+TEST_F(Streams, BufferedFileOutputFlushesThenCloses) {
+    std::string log;
+    const Intercept<&Syscalls::write> writes([&](int fd, const void* bytes, size_t count) {
+        log += "write ";
+        return writes.real(fd, bytes, count);
+    });
+    const Intercept<&Syscalls::close> closes([&](int fd) {
+        log += "close ";
+        return closes.real(fd);
+    });
+    {
+        BufferedFileOutput output(path(), OSAPI::kWrite);
+        write_text(output, "abc");
+    }
+    EXPECT_EQ(log, "write close ");
+    EXPECT_EQ(read_file(path_), "abc");
+}
+
+TEST_F(Streams, BufferedFileOutputLeavesTheDescriptorOpenOnRequest) {
+    RWFileDescriptor kept;
+    {
+        BufferedFileOutput output(path(), OSAPI::kWrite, BufferedFileOutput::AtEnd::kLeaveOpen);
+        write_text(output, "abc");
+        kept.init(output.fd());
+    }
+    EXPECT_EQ(read_file(path_), "abc");
+    EXPECT_EQ(kept.write("de", 2), 2);
+    EXPECT_EQ(read_file(path_), "abcde");
+}
+
+TEST_F(Streams, DescriptorIsLeftOpenEvenWhenTheLastFlushFails) {
+    RWFileDescriptor kept;
+    const Fault<&Syscalls::write> fault(ENOSPC);
+    expect_message(thrown_message([&] {
+                       BufferedFileOutput output(path(), OSAPI::kWrite,
+                                                 BufferedFileOutput::AtEnd::kLeaveOpen);
+                       write_text(output, "abc");
+                       kept.init(output.fd());
+                   }),
+                   with_error("write", ENOSPC), "OSAPI::write", kSource);
+    EXPECT_NE(fcntl(kept.fd(), F_GETFD), -1);
+    EXPECT_EQ(fault.calls(), 1);
+}
+
+TEST_F(Streams, DestructorThrowsTheFailedFlushAndClosesAllTheSame) {
+    const Fault<&Syscalls::write> fault(ENOSPC, kAlways);
+    expect_message(thrown_message([&] {
+                       BufferedFileOutput output(path(), OSAPI::kWrite);
+                       write_text(output, "abc");
+                   }),
+                   with_error("write", ENOSPC), "OSAPI::write", kSource);
+    EXPECT_EQ(fault.calls(), 1);
+    EXPECT_EQ(open_descriptors(), before_);
+}
+
+TEST_F(Streams, FailedFlushAndCloseWhileUnwindingArePrinted) {
+    const Fault<&Syscalls::write> fault(ENOSPC, kAlways);
+    const Intercept<&Syscalls::close> closes([&](int fd) {
+        closes.real(fd);
+        errno = EIO;
+        return -1;
+    });
+    const std::string printed = output_of(stderr, [&] {
+        EXPECT_THROW(
+            {
+                BufferedFileOutput output(path(), OSAPI::kWrite);
+                write_text(output, "abc");
+                throw 5;
+            },
+            int);
+    });
+    EXPECT_EQ(printed.find("Error: " + with_error("write", ENOSPC)), 0U) << printed;
+    EXPECT_NE(printed.find("\nError: " + with_error("close", EIO)), std::string::npos) << printed;
+    EXPECT_EQ(closes.calls(), 1);
+}
+
+// Both ends of a pipe; the writing one is closed by `end`.
+class Pipe {
+public:
+    Pipe() {
+        int ends[2];
+        EXPECT_EQ(pipe(ends), 0);
+        reading.init(ends[0]);
+        writing.init(ends[1]);
+    }
+    void end() { writing.close(); }
+
+    RWFileDescriptor reading;
+    RWFileDescriptor writing;
+};
+
+TEST_F(Streams, DescriptorInputFillsItsRequestsFromAPipe) {
+    Pipe pipe;
+    pipe.writing.write("abcdefgh", 8);
+    pipe.end();
+    DescriptorInput source(pipe.reading);
+    const Intercept<&Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
+        return reads.real(fd, buffer, std::min<size_t>(count, 2));
+    });
+    EXPECT_EQ(read_text(source, 5), "abcde");
+    EXPECT_EQ(source.curpos(), 5);
+    // Over it a buffered stream sees no end but the true one.
+    BufferedInput input(source, 2);
+    EXPECT_EQ(read_text(input, 1), "f");
+    EXPECT_EQ(read_text(input, 9), "gh");
+    EXPECT_EQ(read_text(source, 3), "");
+}
+
+TEST_F(Streams, DescriptorInputWaitsForANonBlockingPipe) {
+    Pipe pipe;
+    fcntl(pipe.reading.fd(), F_SETFL, O_NONBLOCK);
+    const Intercept<&Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
+        if (reads.calls() == 3) {
+            pipe.writing.write("abc", 3);
+            pipe.end();
+        }
+        return reads.real(fd, buffer, count);
+    });
+    DescriptorInput source(pipe.reading);
+    EXPECT_EQ(read_text(source, 9), "abc");
+    EXPECT_EQ(reads.calls(), 4);
+}
+
+TEST_F(Streams, DescriptorInputCannotSeekInAPipe) {
+    Pipe pipe;
+    DescriptorInput source(pipe.reading);
+    expect_message(thrown_message([&] { source.seek_from_start(0); }), with_error("lseek", ESPIPE),
+                   "OSAPI::lseek", kSource);
+    EXPECT_EQ(thrown_message([&] { source.seek_from_curpos(1); }).find(with_error("lseek", ESPIPE)),
+              0U);
+    EXPECT_EQ(source.curpos(), 0);
+}
+
+TEST_F(Streams, DescriptorInputSeeksInAFile) {
+    DiskFile file(file_of("abcdefgh"), OSAPI::kRead);
+    DescriptorInput source(file);
+    EXPECT_EQ(source.seek_from_start(3), 3);
+    EXPECT_EQ(read_text(source, 2), "de");
+    EXPECT_EQ(source.seek_from_curpos(-4), 1);
+    EXPECT_EQ(read_text(source, 1), "b");
+    EXPECT_EQ(source.curpos(), 2);
+}
+
+TEST_F(Streams, DescriptorInputReportsAFailure) {
+    DiskFile folder(folder_.path().c_str(), OSAPI::kRead);
+    DescriptorInput source(folder);
+    expect_message(thrown_message([&] { read_text(source, 1); }), with_error("read", EISDIR),
+                   "OSAPI::read_up_to", kSource);
+    EXPECT_EQ(source.curpos(), 0);
+}
+
+}  // namespace
