@@ -1,5 +1,7 @@
 // Scenes from files and texts.
 #include <host/scene.h>
+#include <osapi/reason.h>
+#include <osapi/streams.h>
 
 #include "camera_reader.h"
 #include "composition_reader.h"
@@ -7,42 +9,29 @@
 #include "json_node.h"
 
 #include <array>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <memory>
 
 namespace host {
 
 namespace {
 
-struct Close {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
 std::string read_file(const std::string& path) {
     // Far above any scene: a wrong file, or an endless one, is told at once.
     constexpr std::size_t kLargest = std::size_t{64} << 20U;
-    const auto fail = [&path](int error) {
-        throw SceneError(path + ": cannot read the scene: " + std::strerror(error));
-    };
-    const std::unique_ptr<std::FILE, Close> file(std::fopen(path.c_str(), "rb"));
-    if (!file) {
-        fail(errno);
-    }
-    std::string text;
-    std::array<char, 65536> block;
-    errno = 0;
-    while (const std::size_t read = std::fread(block.data(), 1, block.size(), file.get())) {
-        text.append(block.data(), read);
-        if (text.size() > kLargest) {
-            throw SceneError(path + ": expected a scene, found a file of more than 64 MiB");
+    try {
+        OSAPI::DiskFile file(path.c_str(), OSAPI::kRead);
+        OSAPI::FileInput input(file);
+        std::string text;
+        std::array<char, 65536> block;
+        while (const int count = input.read(block.data(), block.size())) {
+            text.append(block.data(), static_cast<std::size_t>(count));
+            if (text.size() > kLargest) {
+                throw SceneError(path + ": expected a scene, found a file of more than 64 MiB");
+            }
         }
+        return text;
+    } catch (const StrXception& failure) {
+        throw SceneError(path + ": cannot read the scene: " + OSAPI::reason(failure).c_str());
     }
-    if (std::ferror(file.get()) != 0) {
-        fail(errno);
-    }
-    return text;
 }
 
 }  // namespace

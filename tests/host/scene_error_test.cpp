@@ -3,12 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -85,6 +88,19 @@ TEST_F(LoadErrors, AnEndlessFileIsTold) {
 TEST_F(LoadErrors, ErrorsInTheSceneNameTheFile) {
     const std::string path = write("{\"camera\": 1}");
     EXPECT_EQ(error_of_file(path), path + ": /camera: expected an object, found 1");
+}
+
+TEST_F(LoadErrors, ASceneThroughAPipeIsReadToItsEnd) {
+    const std::string path = folder_ + "/pipe";
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    std::thread writer([&path] {
+        std::ofstream pipe(path);
+        pipe << "{\"camera\": " << std::flush;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        pipe << "1}";
+    });
+    EXPECT_EQ(error_of_file(path), path + ": /camera: expected an object, found 1");
+    writer.join();
 }
 
 TEST_F(LoadErrors, AGoodFileIsNone) { EXPECT_EQ(error_of_file(write("{}")), "no error"); }

@@ -1,6 +1,12 @@
 #include "csv.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
 
 #include "support/scratch.h"
 
@@ -128,8 +134,37 @@ TEST_F(CsvFile, ReadsLinesOfAnyLengthBelow) {
     EXPECT_FALSE(lines.next(read));
 }
 
+TEST_F(CsvFile, ReadsAPipeToItsEndHoweverSmallThePieces) {
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    std::thread writer([this] {
+        const int end = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+        for (const std::string piece : {"x\n0.", "5", "\r\n", "1\n\n2"}) {
+            EXPECT_EQ(write(end, piece.data(), piece.size()), static_cast<ssize_t>(piece.size()));
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+        close(end);
+    });
+    std::vector<std::string> read;
+    {
+        LineReader lines(path);
+        EXPECT_EQ(lines.bytes_in_all(), 0U);
+        for (std::string_view line; lines.next(line);) {
+            read.emplace_back(line);
+        }
+        EXPECT_EQ(lines.bytes_read(), 11U);  // 4 + 1 + 2 + 4
+    }
+    writer.join();
+    EXPECT_EQ(read, (std::vector<std::string>{"x", "0.5", "1", "", "2"}));
+}
+
 TEST_F(CsvFile, SaysWhyItCannotBeRead) {
-    EXPECT_THROW(LineReader(folder / "none.csv"), Failure);
+    try {
+        const LineReader none(folder / "none.csv");
+        FAIL() << "there is no such file";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.what(),
+                  "cannot read " + (folder / "none.csv") + ": No such file or directory");
+    }
     LineReader a_folder(folder.path());
     std::string_view line;
     try {

@@ -1,10 +1,12 @@
 #include "atomic_file.h"
 
 #include <fcntl.h>
+#include <osapi/files.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 #include "failure.h"
 
@@ -44,10 +46,10 @@ fs::path resolve_target(const fs::path& path) {
 
 void sync_folder(const fs::path& folder) {
     // Best effort: the file is complete by now, and some file systems cannot sync a folder.
-    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor >= 0) {
-        fsync(descriptor);
-        close(descriptor);
+    try {
+        const OSAPI::DiskFile opened(folder.c_str(), OSAPI::kRead);
+        OSAPI::sync(opened.fd());
+    } catch (const StrXception&) {
     }
 }
 
@@ -68,7 +70,7 @@ AtomicFile::AtomicFile(const fs::path& path)
     buffer_.reserve(kBufferBytes);
     descriptor_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor_ < 0) {
-        fail(errno);
+        throw system_failure("cannot write " + shown_.string(), errno);
     }
 }
 
@@ -76,10 +78,6 @@ AtomicFile::~AtomicFile() {
     if (descriptor_ >= 0) {
         close(descriptor_);
     }
-}
-
-void AtomicFile::fail(int error_number) const {
-    throw system_failure("cannot write " + shown_.string(), error_number);
 }
 
 void AtomicFile::write(std::span<const std::byte> bytes) {
@@ -90,33 +88,23 @@ void AtomicFile::write(std::span<const std::byte> bytes) {
 }
 
 void AtomicFile::flush() {
-    std::span<const std::byte> rest(buffer_);
-    while (!rest.empty()) {
-        const ssize_t count = ::write(descriptor_, rest.data(), rest.size());
-        if (count < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            fail(errno);
-        }
-        rest = rest.subspan(static_cast<std::size_t>(count));
+    try {
+        OSAPI::write(descriptor_, reinterpret_cast<const char*>(buffer_.data()), buffer_.size());
+    } catch (const StrXception& failure) {
+        throw system_failure("cannot write " + shown_.string(), failure);
     }
     buffer_.clear();
 }
 
 void AtomicFile::publish() {
     flush();
-    if (fsync(descriptor_) != 0) {
-        fail(errno);
-    }
-    const int descriptor = descriptor_;
-    descriptor_ = -1;
-    // Only here do some network file systems report that the disk is full.
-    if (close(descriptor) != 0) {
-        fail(errno);
-    }
-    if (rename(temporary_.c_str(), target_.c_str()) != 0) {
-        fail(errno);
+    try {
+        OSAPI::sync(descriptor_);
+        // Only here do some network file systems report that the disk is full.
+        OSAPI::close(std::exchange(descriptor_, OSAPI::kNoDescriptor));
+        OSAPI::rename(temporary_.c_str(), target_.c_str());
+    } catch (const StrXception& failure) {
+        throw system_failure("cannot write " + shown_.string(), failure);
     }
     sync_folder(target_.parent_path().empty() ? fs::path(".") : target_.parent_path());
 }

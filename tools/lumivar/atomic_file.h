@@ -31,7 +31,6 @@ public:
 
 private:
     void flush();
-    [[noreturn]] void fail(int error_number) const;
 
     std::filesystem::path shown_;  ///< as the user wrote it
     std::filesystem::path target_;

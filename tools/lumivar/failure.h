@@ -1,6 +1,8 @@
 // What goes wrong on the command line: one clear line for the user.
 #pragma once
 
+#include <base/exceptions.h>
+
 #include <stdexcept>
 #include <string>
 
@@ -20,5 +22,7 @@ public:
 
 /// "SUBJECT: TEXT OF ERRNO".
 Failure system_failure(const std::string& subject, int error_number);
+/// The same of a failed call of the operating-system layer, without its name.
+Failure system_failure(const std::string& subject, const StrXception& failure);
 
 }  // namespace lumivar

@@ -1,9 +1,9 @@
 #include "line_reader.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -13,45 +13,52 @@ namespace lumivar {
 namespace {
 
 constexpr std::size_t kReadBytes = std::size_t{1} << 16;
+// Blocks are larger, so they go straight from the file to their place.
+constexpr int kStreamBuffer = 4096;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+OSAPI::fd_t open_input(const std::string& path) {
+    if (path == "-") {
+        return STDIN_FILENO;
+    }
+    const OSAPI::fd_t fd = OSAPI::open_can_fail(path.c_str(), OSAPI::kRead);
+    if (fd == OSAPI::kNoDescriptor) {
+        throw system_failure("cannot read " + path, errno);
+    }
+    return fd;
+}
 
 }  // namespace
 
 LineReader::LineReader(const std::string& path)
-    : name_(path == "-" ? "standard input" : path), buffer_(kLongestLine + kReadBytes) {
-    descriptor_ = path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor_ < 0) {
-        throw system_failure("cannot read " + name_, errno);
-    }
+    : name_(path == "-" ? "standard input" : path),
+      file_(open_input(path)),
+      source_(file_),
+      input_(source_, kStreamBuffer),
+      buffer_(kLongestLine + kReadBytes) {
     struct stat status = {};
-    if (fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
+    if (fstat(file_.fd(), &status) == 0 && S_ISREG(status.st_mode)) {
         file_bytes_ = static_cast<unsigned long long>(status.st_size);
     }
 }
 
 LineReader::~LineReader() {
-    if (descriptor_ > STDIN_FILENO) {
-        close(descriptor_);
+    if (file_.fd() == STDIN_FILENO) {
+        file_.release();  // the program's, not ours to close
     }
 }
 
 bool LineReader::fill() {
-    if (begin_ > 0) {
-        std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
-        end_ -= begin_;
-        begin_ = 0;
-    }
-    for (;;) {
-        const std::size_t room = std::min(kReadBytes, buffer_.size() - end_);
-        const ssize_t count = read(descriptor_, buffer_.data() + end_, room);
-        if (count >= 0) {
-            end_ += static_cast<std::size_t>(count);
-            read_bytes_ += static_cast<unsigned long long>(count);
-            return count > 0;
-        }
-        if (errno != EINTR) {
-            throw system_failure("cannot read " + name_, errno);
-        }
+    std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+    end_ -= begin_;
+    begin_ = 0;
+    try {
+        const int count = input_.read(
+            buffer_.data() + end_, static_cast<int>(std::min(kReadBytes, buffer_.size() - end_)));
+        end_ += static_cast<std::size_t>(count);
+        return count > 0;
+    } catch (const StrXception& failure) {
+        throw system_failure("cannot read " + name_, failure);
     }
 }
 
