@@ -17,7 +17,7 @@ namespace {
 using Kelv::Image;
 using Kelv::ImageSpec;
 
-const char* const kCore = "libkelvimage/core.cpp";
+const char* const kFormatsSource = "libkelvimage/formats.cpp";
 const char* const kImage = "libkelvimage/image.cpp";
 
 static_assert(!std::is_copy_constructible_v<Image>);
@@ -85,10 +85,10 @@ TEST(PixelFormat, UnassignedValuesAreUnknownHoweverTheyAreAskedFor) {
         const auto stride = [=] { ImageSpec::natural_stride(10, format); };
         const auto spec = [=] { ImageSpec(10, 10, format); };
         const std::string function = "Kelv::ImageSpec::pixel_format_str";
-        expect_message(thrown_message(name), "unknown format", function, kCore);
-        expect_message(thrown_message(size), "unknown format", function, kCore);
-        expect_message(thrown_message(stride), "unknown format", function, kCore);
-        expect_message(thrown_message(spec), "unknown format", function, kCore);
+        expect_message(thrown_message(name), "unknown format", function, kFormatsSource);
+        expect_message(thrown_message(size), "unknown format", function, kFormatsSource);
+        expect_message(thrown_message(stride), "unknown format", function, kFormatsSource);
+        expect_message(thrown_message(spec), "unknown format", function, kFormatsSource);
     }
 }
 
