@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <new>
 
 namespace {
 
@@ -10,8 +11,11 @@ constexpr unsigned int kMostRecorded = 256;
 // Plain numbers: what decides about an allocation must not allocate.
 bool watching = false;
 std::size_t largest_granted = SIZE_MAX;
+unsigned int larger_left = 0;
 unsigned int grants_left = 0;
 bool counting_grants = false;
+unsigned int news_left = 0;
+bool counting_news = false;
 std::size_t recorded[kMostRecorded];
 unsigned int recorded_count = 0;
 
@@ -23,7 +27,10 @@ bool granted(std::size_t size) {
         recorded[recorded_count++] = size;
     }
     if (size > largest_granted) {
-        return false;
+        if (larger_left == 0) {
+            return false;
+        }
+        --larger_left;
     }
     if (counting_grants) {
         if (grants_left == 0) {
@@ -32,6 +39,16 @@ bool granted(std::size_t size) {
         --grants_left;
     }
     return true;
+}
+
+void* new_or_throw(std::size_t size, void* (*real_new)(std::size_t)) {
+    if (watching && counting_news) {
+        if (news_left == 0) {
+            throw std::bad_alloc();
+        }
+        --news_left;
+    }
+    return real_new(size);
 }
 
 }  // namespace
@@ -44,16 +61,26 @@ FailingAllocator::FailingAllocator() {
 
 FailingAllocator::~FailingAllocator() { watching = false; }
 
-void FailingAllocator::refuse_above(std::size_t largest) { largest_granted = largest; }
+void FailingAllocator::refuse_above(std::size_t largest, unsigned int granted) {
+    largest_granted = largest;
+    larger_left = granted;
+}
 
 void FailingAllocator::refuse_after(unsigned int count) {
     counting_grants = true;
     grants_left = count;
 }
 
+void FailingAllocator::refuse_new_after(unsigned int count) {
+    counting_news = true;
+    news_left = count;
+}
+
 void FailingAllocator::grant_all() {
     largest_granted = SIZE_MAX;
+    larger_left = 0;
     counting_grants = false;
+    counting_news = false;
 }
 
 std::vector<std::size_t> FailingAllocator::requests() const {
@@ -75,4 +102,18 @@ void* __wrap_calloc(std::size_t count, std::size_t size) {
 void* __wrap_realloc(void* block, std::size_t size) {
     return granted(size) ? __real_realloc(block, size) : nullptr;
 }
+}
+
+// The compilers' names of `operator new` end in that of the type `std::size_t`.
+#define JOINED(a, b) a##b
+#define OF_SIZE(name, letter) JOINED(name, letter)
+#define NEW_OBJECT(prefix) OF_SIZE(prefix##_Znw, SIZE_LETTER)
+#define NEW_ARRAY(prefix) OF_SIZE(prefix##_Zna, SIZE_LETTER)
+
+extern "C" {
+void* NEW_OBJECT(__real_)(std::size_t size);
+void* NEW_ARRAY(__real_)(std::size_t size);
+
+void* NEW_OBJECT(__wrap_)(std::size_t size) { return new_or_throw(size, NEW_OBJECT(__real_)); }
+void* NEW_ARRAY(__wrap_)(std::size_t size) { return new_or_throw(size, NEW_ARRAY(__real_)); }
 }

@@ -1,14 +1,16 @@
-// A C allocator that refuses on request.
+// Allocators of C and C++ that refuse on request.
 //
-// Works under the sanitizers too: the linker leads the calls of `malloc`, `calloc` and `realloc` in
-// the test program's own objects and static libraries here (shared libraries keep theirs, so
-// `operator new` is not touched), and granted requests go on to the real allocator.
+// Works under the sanitizers too: the linker leads the calls of `malloc`, `calloc`, `realloc` and
+// `operator new` in the test program's own objects and static libraries here (shared libraries keep
+// theirs, so that of `operator new` itself is not touched), and granted requests go on to the real
+// allocator.
 #pragma once
 
 #include <cstddef>
 #include <vector>
 
-/// While it lives, requests are recorded and those beyond a limit get null. One at a time.
+/// While it lives, requests to the C allocator are recorded and those beyond a limit get null;
+/// those of `operator new` throw. One at a time.
 class FailingAllocator {
 public:
     /// Refuses nothing yet.
@@ -18,10 +20,13 @@ public:
     /// Everything is granted again.
     ~FailingAllocator();
 
-    /// Refuses requests of more than `largest` bytes from now on.
-    void refuse_above(std::size_t largest);
+    /// Refuses requests of more than `largest` bytes from now on, but for the first `granted` ones.
+    void refuse_above(std::size_t largest, unsigned int granted = 0);
     /// Grants `count` more requests within the limit and refuses those that follow.
     void refuse_after(unsigned int count);
+    /// Lets `count` more calls of `operator new` pass and throws `std::bad_alloc` from those that
+    /// follow. The C allocator is not touched.
+    void refuse_new_after(unsigned int count);
     /// Grants everything from now on.
     void grant_all();
 

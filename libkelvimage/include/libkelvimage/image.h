@@ -4,11 +4,25 @@
 // foreign numbers checks them first.
 #pragma once
 
+#include <base/scoped_ptr.h>
 #include <base/words.h>
+
+#include <concepts>
+
+class String;
+template <class T>
+class Matrix4;
 
 namespace Kelv {
 
-/// Size, row stride and pixel format of a raster.
+/// The types of named values that travel with an image.
+template <class T>
+concept MetaValue =
+    std::same_as<T, float> || std::same_as<T, String> || std::same_as<T, Matrix4<float>>;
+
+/// Size, row stride and pixel format of a raster, and the named values that travel with it.
+///
+/// A copy has a record of values of its own.
 class ImageSpec {
 public:
     /// The values are part of the file formats; the gaps are unassigned and refused.
@@ -31,11 +45,19 @@ public:
         INVALID_FORMAT = 9999,
     };
 
-    /// Leaves the numbers unset.
-    ImageSpec() {}
+    // Told in libkelvimage/metadata.h.
+    class MetaData;
+    class MetaVisitor;
+
+    /// Leaves the numbers unset. No specs have values to begin with.
+    ImageSpec();
     ImageSpec(int width, int height, unsigned int stride, PixelFormat format);
     /// With the natural stride.
     ImageSpec(int width, int height, PixelFormat format);
+    ImageSpec(const ImageSpec& other);
+    /// Unchanged when there is no memory for the values.
+    ImageSpec& operator=(const ImageSpec& other);
+    ~ImageSpec() noexcept;
 
     /// The format's name. Throws `StrXception` "unknown format" for an unassigned value.
     static const char* pixel_format_str(PixelFormat format);
@@ -49,11 +71,23 @@ public:
     static u32 natural_stride(int width, PixelFormat format);
     void set_natural_stride() { stride = natural_stride(width, format); }
 
-    /// Name and size on standard output, without a line feed. Throws like `pixel_format_str`.
+    /// Name, size and every named value on standard output, without a line feed. Throws like
+    /// `pixel_format_str`.
     void print() const;
-    /// Whether named values travel with the image: none do.
-    bool has_metadata() const { return false; }
 
+    /// Whether there is a record of named values, be it an empty one.
+    bool has_metadata() const { return static_cast<bool>(metadata); }
+    /// Adds or replaces a value of the record, which is made if there is none; see
+    /// `MetaData::set_meta`.
+    template <MetaValue T>
+    void set_meta(const char* type, const char* name, const T& value);
+    /// See `MetaData::get_meta`; 1 if there is no record.
+    template <MetaValue T>
+    int get_meta(const char* type, const char* name, T& value) const;
+    /// Calls `visitor` for each value; see `MetaData::for_each_meta`.
+    void for_each_meta(MetaVisitor& visitor) const;
+
+    /// Equal numbers and equal values. A spec with a record never equals one without.
     bool operator==(const ImageSpec& other) const;
     bool operator!=(const ImageSpec& other) const { return !(*this == other); }
 
@@ -64,6 +98,8 @@ public:
     /// Bytes from one row to the next.
     unsigned int stride;
     PixelFormat format;
+    /// The record of named values; null until the first is set.
+    scoped_ptr<MetaData> metadata;
 };
 
 /// Owns the pixels of one spec. Not copyable as a whole; see `copy_from`.

@@ -1,0 +1,47 @@
+// What the tests of the image's record share.
+#pragma once
+
+#include <libkelvimage/metadata.h>
+
+#include <string>
+
+using Kelv::ImageSpec;
+using MetaData = Kelv::ImageSpec::MetaData;
+using Matrix = Matrix4<float>;
+
+inline void set_float(MetaData& record, const char* name, float value) {
+    record.set_meta("float", name, value);
+}
+inline void set_string(MetaData& record, const char* name, const std::string& value) {
+    record.set_meta("string", name, String(value.c_str()));
+}
+inline void set_matrix(MetaData& record, const char* name, const Matrix& value) {
+    record.set_meta("m44f", name, value);
+}
+
+/// The value of a name that is there with that type; otherwise one that no test sets.
+inline float float_of(const MetaData& record, const char* name) {
+    float value = -12345.0F;
+    record.get_meta("float", name, value);
+    return value;
+}
+inline std::string string_of(const MetaData& record, const char* name) {
+    String value("none");
+    record.get_meta("string", name, value);
+    return value.c_str();
+}
+inline Matrix matrix_of(const MetaData& record, const char* name) {
+    Matrix value(-12345.0F);
+    record.get_meta("m44f", name, value);
+    return value;
+}
+
+/// Notes that the value of a name was written at a place in a file, as a writer would.
+inline void mark_written(const MetaData& record, const char* name, s64 position) {
+    record.lookup_entry(InString::intern(name))->value->position = position;
+}
+
+/// 1 to 16, row 0 first.
+inline Matrix counting_matrix() {
+    return Matrix(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16);
+}

@@ -1,0 +1,239 @@
+// Records of random names and values, to text and back. What the text form is to carry, and what it
+// is known not to, is told by rules of this test's own.
+#include <base/exceptions.h>
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <random>
+#include <string>
+
+#include "metadata.h"
+#include "support/captured_output.h"
+
+namespace {
+
+constexpr int kRounds = 5000;
+
+class Random {
+public:
+    explicit Random(std::uint32_t seed) : engine_(seed) {}
+    std::uint32_t bits() { return engine_(); }
+    int below(int limit) { return static_cast<int>(engine_() % static_cast<std::uint32_t>(limit)); }
+
+    /// Up to `longest` characters, those with a meaning in the text form being common.
+    std::string text(int longest) {
+        static const std::string kMeant = "  \"\"\\\\=:";
+        std::string result;
+        for (int left = below(longest + 1); left > 0; --left) {
+            result += below(4) == 0 ? kMeant[static_cast<std::size_t>(below(8))]
+                                    : static_cast<char>(1 + below(255));
+        }
+        return result;
+    }
+    /// Any pattern of bits: not-a-numbers, infinities and denormals too; every other one of a
+    /// common size.
+    float number() {
+        return below(2) == 0 ? std::bit_cast<float>(bits())
+                             : static_cast<float>(below(2000001) - 1000000) / 1024.0F;
+    }
+
+private:
+    std::mt19937 engine_;
+};
+
+bool has(const std::string& text, char character) {
+    return text.find(character) != std::string::npos;
+}
+
+/// Whether the text form holds an entry of this name.
+bool name_is_held(const std::string& name) { return !has(name, ' ') && !has(name, '='); }
+
+/// Whether the text form gives a string back: in quotes if it has no backslash, without if it does
+/// not begin as a quoted one does and is not empty.
+bool string_is_kept(const std::string& value) {
+    return has(value, ' ') ? !has(value, '\\') : !value.empty() && value[0] != '"';
+}
+
+/// Whether a float may have become the other: it keeps six significant digits, that is half a unit
+/// of the sixth, at most five millionths.
+bool float_is_kept(float before, float after) {
+    if (std::isnan(before)) {
+        return std::isnan(after);
+    }
+    if (std::isinf(before) || before == 0.0F) {
+        return after == before && std::signbit(after) == std::signbit(before);
+    }
+    const double error = std::fabs(static_cast<double>(after) - static_cast<double>(before));
+    // And then the nearest float.
+    return error <= std::fabs(static_cast<double>(before)) * (5e-6 + 0x1p-24) + 0x1p-150;
+}
+
+bool matrix_is_kept(const Matrix& before, const Matrix& after) {
+    for (int i = 0; i < 16; ++i) {
+        const float a = before(i / 4, i % 4);
+        const float b = after(i / 4, i % 4);
+        if (std::isnan(a) ? !std::isnan(b)
+                          : std::bit_cast<std::uint32_t>(a) != std::bit_cast<std::uint32_t>(b)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+Matrix random_matrix(Random& random) {
+    Matrix m(0.0F);
+    for (int i = 0; i < 16; ++i) {
+        m(i / 4, i % 4) = random.number();
+    }
+    return m;
+}
+
+TEST(MetadataProperty, StringsComeBackIfAndOnlyIfTheRuleSaysSo) {
+    Random random(4201);
+    int kept = 0;
+    int lost = 0;
+    const CapturedOutput warnings(stderr);
+    for (int round = 0; round < 4 * kRounds; ++round) {
+        const std::string value = random.text(12);
+        MetaData record;
+        set_string(record, "n", value);
+        const std::string text = record.stringify().c_str();
+        MetaData read;
+        bool same = false;
+        // Whatever the text: a value or an exception of the family.
+        try {
+            read.from_string(text.c_str());
+            same = string_of(read, "n") == value;
+        } catch (const Xception&) {
+        }
+        ASSERT_EQ(same, string_is_kept(value)) << text;
+        (same ? kept : lost)++;
+    }
+    EXPECT_GT(kept, kRounds / 2);
+    EXPECT_GT(lost, kRounds / 2);
+}
+
+TEST(MetadataProperty, NamesAreHeldIfAndOnlyIfTheRuleSaysSo) {
+    Random random(4202);
+    int held = 0;
+    for (int round = 0; round < kRounds; ++round) {
+        const std::string name = random.text(8);
+        MetaData record;
+        set_float(record, name.c_str(), 0.5F);
+        bool written = false;
+        try {
+            const String text = record.stringify();
+            written = true;
+            MetaData read;
+            read.from_string(text.c_str());
+            ASSERT_TRUE(read == record) << text.c_str();
+        } catch (const StrXception&) {
+        }
+        ASSERT_EQ(written, name_is_held(name)) << name;
+        held += written ? 1 : 0;
+    }
+    EXPECT_GT(held, kRounds / 4);
+    EXPECT_LT(held, kRounds - kRounds / 4);
+}
+
+TEST(MetadataProperty, WholeRecordsComeBack) {
+    Random random(4203);
+    for (int round = 0; round < kRounds; ++round) {
+        std::map<std::string, float> floats;
+        std::map<std::string, std::string> strings;
+        std::map<std::string, Matrix> matrices;
+        MetaData record;
+        for (int left = random.below(24); left > 0; --left) {
+            const std::string name = random.text(6);
+            const std::string value = random.text(20);
+            if (!name_is_held(name) ||
+                floats.count(name) + strings.count(name) + matrices.count(name) != 0) {
+                continue;
+            }
+            switch (random.below(3)) {
+                case 0:
+                    floats[name] = random.number();
+                    set_float(record, name.c_str(), floats[name]);
+                    break;
+                case 1:
+                    if (string_is_kept(value)) {
+                        strings[name] = value;
+                        set_string(record, name.c_str(), value);
+                    }
+                    break;
+                default:
+                    matrices[name] = random_matrix(random);
+                    set_matrix(record, name.c_str(), matrices[name]);
+            }
+        }
+        const String text = record.stringify();
+        MetaData read;
+        read.from_string(text.c_str());
+        std::size_t count = 0;
+        for (const auto& [name, value] : floats) {
+            ASSERT_TRUE(float_is_kept(value, float_of(read, name.c_str()))) << text.c_str();
+            ++count;
+        }
+        for (const auto& [name, value] : strings) {
+            ASSERT_EQ(string_of(read, name.c_str()), value) << text.c_str();
+            ++count;
+        }
+        for (const auto& [name, value] : matrices) {
+            ASSERT_TRUE(matrix_is_kept(value, matrix_of(read, name.c_str()))) << text.c_str();
+            ++count;
+        }
+        ASSERT_EQ(count, floats.size() + strings.size() + matrices.size());
+        // What has been rounded once is not rounded again: the second reading changes nothing.
+        MetaData again;
+        again.from_string(read.stringify().c_str());
+        ASSERT_TRUE(again == read) << text.c_str();
+        // A copy equals its source, not-a-numbers included.
+        ASSERT_TRUE(MetaData(record) == record) << text.c_str();
+    }
+}
+
+TEST(MetadataProperty, AnyTextIsReadOrRefused) {
+    // Good texts with a few characters changed, left out or cut off. The sanitizers watch.
+    Random random(4204);
+    int read = 0;
+    int refused = 0;
+    const CapturedOutput warnings(stderr);
+    for (int round = 0; round < 4 * kRounds; ++round) {
+        MetaData record;
+        set_float(record, "gain", random.number());
+        set_string(record, "title", random.text(10));
+        set_matrix(record, "camera", random_matrix(random));
+        std::string text = record.stringify().c_str();
+        for (int left = random.below(3); left > 0 && text.size() > 12; --left) {
+            const std::size_t place =
+                9 + static_cast<std::size_t>(random.below(static_cast<int>(text.size()) - 9));
+            switch (random.below(3)) {
+                case 0:
+                    text[place] = "  \"\\=:ax"[random.below(8)];
+                    break;
+                case 1:
+                    text.erase(place, 1);
+                    break;
+                default:
+                    text.resize(place);
+            }
+        }
+        MetaData result;
+        try {
+            result.from_string(text.c_str());
+            ++read;
+        } catch (const Xception&) {
+            ++refused;
+        }
+        // Either way the record is sound.
+        ASSERT_TRUE(MetaData(result) == result);
+    }
+    EXPECT_GT(read, kRounds);
+    EXPECT_GT(refused, kRounds);
+}
+
+}  // namespace
