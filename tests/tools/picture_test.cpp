@@ -226,6 +226,7 @@ TEST_F(Picture, SaysHowItWasMade) {
     info.details = {{"catalogue", "hipparcos.stars"},
                     {"control:Star Brightness", "5"},
                     {"long", std::string(3000, 'x')}};
+    info.settings = "KELVMETA1 float:gain=0.5";
     for (const char* name : {"a.exr", "a.tif", "a.png", "a.jpg"}) {
         SCOPED_TRACE(name);
         write_picture(folder / name, frame.view(), info, false);
@@ -239,6 +240,10 @@ TEST_F(Picture, SaysHowItWasMade) {
     const OIIO::ImageSpec spec = read_back(folder / "a.exr").spec;
     EXPECT_EQ(spec.get_string_attribute("lumivar:catalogue"), "hipparcos.stars");
     EXPECT_EQ(spec.get_string_attribute("lumivar:control:Star Brightness"), "5");
+    for (const char* name : {"a.exr", "a.png"}) {
+        EXPECT_EQ(read_back(folder / name).spec.get_string_attribute("lumivar:settings"),
+                  "KELVMETA1 float:gain=0.5");
+    }
 }
 
 TEST_F(Picture, SameFrameGivesTheSameBytes) {

@@ -1,6 +1,7 @@
 // lumivar render, through the built plug-in.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <libkelvimage/metadata.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <chrono>
 #include <cmath>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <thread>
 
@@ -130,6 +132,76 @@ TEST_F(Render, SaysInTheFileHowItWasMade) {
     EXPECT_EQ(spec.get_string_attribute("lumivar:control:Star Database"), "one.stars");
     // 16 / tan(12 degrees) = 75.274
     EXPECT_EQ(spec.get_string_attribute("lumivar:camera").substr(0, 11), "zoom 75.274");
+}
+
+float number_in(const Kelv::ImageSpec::MetaData& settings, const char* name) {
+    float value = -12345.0F;
+    EXPECT_EQ(settings.get_meta("float", name, value), 0) << name;
+    return value;
+}
+
+std::string text_in(const Kelv::ImageSpec::MetaData& settings, const char* name) {
+    String value;
+    EXPECT_EQ(settings.get_meta("string", name, value), 0) << name;
+    return value.c_str();
+}
+
+TEST_F(Render, CarriesTheSettingsForProgramsToReadBack) {
+    ASSERT_EQ(render("a.exr", {"--set", "Star Brightness=8.5", "--set", "Projection=HemiSph",
+                               "--set", "Tint Color=1,2,3", "--frame", "6"})
+                  .code,
+              0);
+    Kelv::ImageSpec::MetaData settings;
+    settings.from_string(
+        read_back(folder / "out/a.exr").spec.get_string_attribute("lumivar:settings").c_str());
+    EXPECT_EQ(text_in(settings, "scene"), folder / "scene.json");
+    EXPECT_EQ(number_in(settings, "time"), 0.25F);
+    EXPECT_EQ(number_in(settings, "frame_rate"), 24.0F);
+    EXPECT_EQ(text_in(settings, "catalogue"), "one.stars");
+    EXPECT_EQ(text_in(settings, "catalogue.stars"), "1");
+    EXPECT_EQ(number_in(settings, "catalogue.version"), 2.0F);
+    EXPECT_EQ(text_in(settings, "plugin"), "2.0.0");
+    EXPECT_EQ(number_in(settings, "control:Star_Brightness"), 8.5F);
+    EXPECT_EQ(number_in(settings, "control:Star_Spot_Size"), 40.0F);
+    // The default as users see it: six digits hide its rounding to single precision.
+    EXPECT_EQ(number_in(settings, "control:Luminance_Threshold"), 0.0001F);
+    EXPECT_EQ(text_in(settings, "control:Projection"), "HemiSph");
+    EXPECT_EQ(text_in(settings, "control:Tint_Color"), "1, 2, 3");
+    EXPECT_EQ(text_in(settings, "control:3D_Stars"), "on");
+    EXPECT_EQ(text_in(settings, "control:Star_Database"), "one.stars");
+    // 16 / tan(12 degrees) = 75.27409, kept to six digits.
+    EXPECT_EQ(number_in(settings, "zoom"), 75.2741F);
+    Matrix4<float> camera(0.0F);
+    EXPECT_EQ(settings.get_meta("m44f", "camera", camera), 0);
+    const std::string shown =
+        read_back(folder / "out/a.exr").spec.get_string_attribute("lumivar:camera");
+    // The same matrix as the text for people has it, whose numbers have nine digits.
+    const std::string marker = "layer to world";
+    const char* place = shown.c_str() + shown.find(marker) + marker.size();
+    for (int i = 0; i < 16; ++i) {
+        char* end = nullptr;
+        EXPECT_EQ(camera(i / 4, i % 4), std::strtof(place, &end)) << i;
+        place = end;
+    }
+    // Without motion blur there is no shutter.
+    float angle = 0;
+    EXPECT_EQ(settings.get_meta("float", "shutter_angle", angle), 1);
+}
+
+TEST_F(Render, LeavesOutOfTheSettingsWhatTheirTextDoesNotCarry) {
+    // With a blank and a backslash: the file's name cannot come back, all else does.
+    fs::rename(folder / "scene.json", folder / "a \\ b.json");
+    const ToolResult result = run_tool({"render", folder / "a \\ b.json", "-o",
+                                        folder / "out/a.exr", "--catalogue", folder / "one.stars"},
+                                       options);
+    ASSERT_EQ(result.code, 0) << result.err;
+    const OIIO::ImageSpec spec = read_back(folder / "out/a.exr").spec;
+    EXPECT_EQ(spec.get_string_attribute("lumivar:scene"), folder / "a \\ b.json");
+    Kelv::ImageSpec::MetaData settings;
+    settings.from_string(spec.get_string_attribute("lumivar:settings").c_str());
+    String scene;
+    EXPECT_EQ(settings.get_meta("string", "scene", scene), 1);
+    EXPECT_EQ(text_in(settings, "catalogue"), "one.stars");
 }
 
 TEST_F(Render, DepthsAgreeByTheRoundingOfTheEffect) {

@@ -141,6 +141,9 @@ OIIO::ImageSpec describe(const FrameView& frame, const Encoded& encoded, Format 
     if (!description.empty()) {
         spec.attribute("ImageDescription", description);
     }
+    if (!info.settings.empty()) {
+        spec.attribute("lumivar:settings", info.settings);
+    }
     spec.attribute("oiio:ColorSpace", encoded.linear ? "Linear" : "sRGB");
     if (format == Format::kJpeg) {
         spec.attribute("Compression", "jpeg:95");

@@ -31,11 +31,14 @@ struct FrameView {
     Depth depth = Depth::kFloat;
 };
 
-/// What the file says about itself: each text goes into an attribute of its own ("lumivar:KEY")
-/// where the format has such, and all of them into the description.
+/// What the file says about itself: each detail goes into an attribute of its own ("lumivar:KEY")
+/// where the format has such, and all of them with the title into the description.
 struct PictureInfo {
     std::string title;
     std::vector<std::pair<std::string, std::string>> details;
+    /// For programs, in "lumivar:settings" where the format has such attributes; empty: none.
+    /// Nothing may compare or hash it: the order within differs from run to run.
+    std::string settings;
 };
 
 /// Throws `UsageError` when `path` has no known ending or depth and `raw` do not go with it. To be

@@ -2,8 +2,11 @@
 
 #include <base/string.h>
 #include <host/controls.h>
+#include <libkelvimage/metadata.h>
 
 #include <cmath>
+
+#include "picture_settings.h"
 
 namespace lumivar {
 namespace {
@@ -73,6 +76,7 @@ PictureInfo picture_info(const host::Session& session, const host::Scene& scene,
         const host::Argb colour = is_colour ? values.colour(place, seconds) : host::Argb{};
         info.details.emplace_back("control:" + control.name, value_text(control, number, colour));
     }
+    info.settings = picture_settings(session, scene, time, catalogue).metadata->stringify().c_str();
     return info;
 }
 

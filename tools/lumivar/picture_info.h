@@ -12,7 +12,8 @@
 namespace lumivar {
 
 /// Scene, time, composition, shutter, camera (matrix and zoom), catalogue, version of the plug-in
-/// and every control at the frame's time.
+/// and every control at the frame's time; the settings are those of `picture_settings` in their
+/// one-line text form.
 PictureInfo picture_info(const host::Session& session, const host::Scene& scene, host::Time time,
                          const std::optional<CatalogueUsed>& catalogue);
 
