@@ -79,7 +79,7 @@ public:
     /// more than 1 byte". The byte 0xFF is lost: the next read gives the byte after it.
     ///
     /// Without a buffer a pushed-back byte is never read again, so that `readline` over such a
-    /// stream loses the first byte of every line but the first, and throws at the third.
+    /// stream loses the first byte of every line but the first, and throws at the second.
     void unread(char byte);
 
 private:
