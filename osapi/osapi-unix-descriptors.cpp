@@ -32,6 +32,13 @@ fd_t FileDescriptor::release() {
     return fd;
 }
 
+void FileDescriptor::ioctl(int request, char* arg) {
+    // Widened as bits: a request with the highest one set must not become a negative word.
+    if (syscalls().ioctl(fd(), static_cast<unsigned int>(request), arg) == -1) {
+        XTHROW("ioctl: %s", std::strerror(errno));
+    }
+}
+
 sword RWFileDescriptor::write(const char* buffer, uword count) {
     return OSAPI::write(fd(), buffer, count);
 }

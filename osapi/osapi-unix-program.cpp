@@ -1,8 +1,11 @@
 // The running program; each system has a way of its own to ask.
 #include <osapi/program.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <memory>
+
+#include "syscalls.h"
 
 #ifdef __APPLE__
 #include <mach-o/dyld.h>
@@ -33,5 +36,15 @@ String program_path() {
     return resolved("/proc/self/exe");
 #endif
 }
+
+bool is_console(fd_t fd) { return syscalls().isatty(fd) != 0; }
+
+bool stdin_is_console() { return is_console(STDIN_FILENO); }
+
+bool stdout_is_console() { return is_console(STDOUT_FILENO); }
+
+bool stderr_is_console() { return is_console(STDERR_FILENO); }
+
+bool running_as_root() { return syscalls().geteuid() == 0; }
 
 }  // namespace OSAPI

@@ -1,7 +1,10 @@
 #include "syscalls.h"
 
 #include <fcntl.h>
+#include <sched.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -38,6 +41,38 @@ Syscalls& syscalls() {
         .chdir = ::chdir,
         .utime = ::utime,
         .glob = ::glob,
+        .fork = ::fork,
+        .execvp = ::execvp,
+        .waitpid = ::waitpid,
+        .kill = ::kill,
+        .sched_yield = ::sched_yield,
+        .pause = ::pause,
+        .sleep = ::sleep,
+        .sigaction = ::sigaction,
+        .geteuid = ::geteuid,
+        .fcntl = [](int fd, int command, int argument) { return ::fcntl(fd, command, argument); },
+        .ioctl = [](int fd, unsigned long request,
+                    char* argument) { return ::ioctl(fd, request, argument); },
+        .isatty = ::isatty,
+        .dup = ::dup,
+        .dup2 = ::dup2,
+        .pipe = ::pipe,
+        .mknod = [](const char* path, mode_t mode,
+                    dev_t device) { return ::mknod(path, mode, device); },
+        .poll = ::poll,
+        .fdopen = ::fdopen,
+        .fclose = ::fclose,
+        .socket = ::socket,
+        .setsockopt = ::setsockopt,
+        .bind = ::bind,
+        .listen = ::listen,
+        .accept = ::accept,
+        .connect = ::connect,
+        .gethostbyname = ::gethostbyname,
+        .gethostname = ::gethostname,
+        // The second argument, long unused, has different types on different systems.
+        .gettimeofday = [](timeval* now) { return ::gettimeofday(now, nullptr); },
+        .time = ::time,
     };
     return table;
 }

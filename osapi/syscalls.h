@@ -3,11 +3,18 @@
 
 #include <dirent.h>
 #include <glob.h>
+#include <netdb.h>
+#include <poll.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/types.h>
 #include <utime.h>
 
+#include <csignal>
 #include <cstddef>
+#include <cstdio>
+#include <ctime>
 
 namespace OSAPI {
 
@@ -38,6 +45,39 @@ struct Syscalls {
     int (*chdir)(const char* path);
     int (*utime)(const char* path, const utimbuf* times);
     int (*glob)(const char* pattern, int flags, int (*on_error)(const char*, int), glob_t* out);
+    // Processes and signals.
+    pid_t (*fork)();
+    int (*execvp)(const char* file, char* const* argv);
+    pid_t (*waitpid)(pid_t pid, int* status, int options);
+    int (*kill)(pid_t pid, int sig);
+    int (*sched_yield)();
+    int (*pause)();
+    unsigned int (*sleep)(unsigned int seconds);
+    int (*sigaction)(int sig, const struct ::sigaction* action, struct ::sigaction* previous);
+    uid_t (*geteuid)();
+    // Descriptors of all kinds.
+    int (*fcntl)(int fd, int command, int argument);
+    int (*ioctl)(int fd, unsigned long request, char* argument);
+    int (*isatty)(int fd);
+    int (*dup)(int fd);
+    int (*dup2)(int fd, int to);
+    int (*pipe)(int* ends);
+    int (*mknod)(const char* path, mode_t mode, dev_t device);
+    int (*poll)(pollfd* descriptors, nfds_t count, int timeout);
+    std::FILE* (*fdopen)(int fd, const char* mode);
+    int (*fclose)(std::FILE* file);
+    // Sockets.
+    int (*socket)(int family, int type, int protocol);
+    int (*setsockopt)(int fd, int level, int name, const void* value, socklen_t size);
+    int (*bind)(int fd, const sockaddr* address, socklen_t size);
+    int (*listen)(int fd, int backlog);
+    int (*accept)(int fd, sockaddr* address, socklen_t* size);
+    int (*connect)(int fd, const sockaddr* address, socklen_t size);
+    hostent* (*gethostbyname)(const char* name);
+    int (*gethostname)(char* name, std::size_t size);
+    // Clocks.
+    int (*gettimeofday)(timeval* now);
+    std::time_t (*time)(std::time_t* now);
 };
 
 /// The table in use: the system's own calls unless a test has replaced some.

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 #include <osapi/files.h>
+#include <osapi/pipes.h>
+#include <sys/ioctl.h>
 #include <utime.h>
 
 #include <cerrno>
@@ -88,6 +90,42 @@ TEST(FileDescriptor, FailureWhileUnwindingIsPrintedAndTheFirstExceptionGoesOn) {
             int);
     });
     EXPECT_EQ(printed.find("Error: " + with_error("close", EIO)), 0U) << printed;
+}
+
+TEST(FileDescriptor, AsksTheDevice) {
+    OSAPI::Pipe pipe;
+    pipe.open();
+    OSAPI::write(pipe.write_end().fd(), "12345", 5);
+    int waiting = 0;
+    pipe.read_end().ioctl(FIONREAD, reinterpret_cast<char*>(&waiting));
+    EXPECT_EQ(waiting, 5);
+}
+
+TEST(FileDescriptor, PassesTheBitsOfARequestOn) {
+    unsigned long asked = 0;
+    const Intercept<&Syscalls::ioctl> asks([&](int, unsigned long request, char*) {
+        asked = request;
+        return 3;
+    });
+    FileDescriptor none;
+    none.ioctl(static_cast<int>(0x80045430U), nullptr);
+    EXPECT_EQ(asked, 0x80045430UL);
+}
+
+TEST(FileDescriptor, ReportsWhatTheDeviceRefuses) {
+    const ScratchFolder folder;
+    DiskFile file((folder / "a").c_str(), OSAPI::kWrite);
+    char nothing[64];
+    expect_message(thrown_message([&] { file.ioctl(TIOCGWINSZ, nothing); }),
+                   with_error("ioctl", ENOTTY), "OSAPI::FileDescriptor::ioctl",
+                   "osapi/osapi-unix-descriptors.cpp");
+    for (const int error : kErrors) {
+        const Fault<&Syscalls::ioctl> fault(error);
+        expect_message(thrown_message([&] { file.ioctl(FIONREAD, nothing); }),
+                       with_error("ioctl", error), "OSAPI::FileDescriptor::ioctl",
+                       "osapi/osapi-unix-descriptors.cpp");
+        EXPECT_EQ(fault.calls(), 1);
+    }
 }
 
 TEST(DiskFile, ReadsAndWritesThroughItsDescriptor) {

@@ -1,6 +1,8 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <osapi/descriptor_flags.h>
 #include <osapi/files.h>
+#include <osapi/pipes.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -236,13 +238,11 @@ TEST_F(TenBytes, ReadShortRetriesInterruptionsOnly) {
 }
 
 TEST(ReadShort, EmptyPipeThatDoesNotBlockGivesNothing) {
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    const FileDescriptor reader(ends[0]);
-    const FileDescriptor writer(ends[1]);
-    ASSERT_EQ(fcntl(reader.fd(), F_SETFL, O_NONBLOCK), 0);
+    OSAPI::Pipe pipe;
+    pipe.open();
+    OSAPI::set_blocking(pipe.read_end().fd(), false);
     char byte;
-    EXPECT_EQ(OSAPI::read_short(reader.fd(), &byte, 1), 0);
+    EXPECT_EQ(OSAPI::read_short(pipe.read_end().fd(), &byte, 1), 0);
 }
 
 TEST_F(TenBytes, PreadKeepsThePositionAndAdvancesItsOffset) {

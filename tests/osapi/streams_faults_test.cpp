@@ -22,7 +22,6 @@ using OSAPI::Syscalls;
 using AnyCallFault = NthCallFault<&Syscalls::open, &Syscalls::read, &Syscalls::write,
                                   &Syscalls::lseek, &Syscalls::close>;
 
-constexpr int kErrors[] = {EINTR, EAGAIN, ENOSPC, EIO, EMFILE};
 constexpr int kBufferSizes[] = {0, 1, 2, 7, 4096};
 
 // Whatever loops for ever must not loop here.

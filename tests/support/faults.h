@@ -11,6 +11,7 @@
 #include <tuple>
 #include <type_traits>
 #include <typeinfo>
+#include <utility>
 
 /// Puts a function of the test in the place of one system call while the object lives:
 ///
@@ -66,7 +67,7 @@ Result failure_of_call() {
     } else if constexpr (std::is_pointer_v<Result>) {
         return nullptr;
     } else {
-        return -1;
+        return static_cast<Result>(-1);
     }
 }
 
@@ -119,6 +120,8 @@ public:
     NthCallFault(int error, int n, bool lasting = false)
         : error_(error), n_(n), lasting_(lasting), intercepts_(replacement<Calls>()...) {}
 
+    /// Calls since construction, good and bad.
+    int calls() const { return count_; }
     /// Whether a call has failed.
     bool failed() const { return count_ >= n_; }
     /// The kind that failed first.
@@ -156,3 +159,6 @@ private:
     const std::type_info* first_ = nullptr;
     std::tuple<Intercept<Calls>...> intercepts_;
 };
+
+/// The errors that every operation is tried with.
+inline constexpr int kErrors[] = {EINTR, EAGAIN, ENOSPC, EIO, EMFILE};

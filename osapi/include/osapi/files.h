@@ -105,6 +105,9 @@ public:
     void close();
     /// Gives the descriptor to the caller without closing it.
     fd_t release();
+    /// Asks the device for something of its own; what `arg` must point to depends on `request`.
+    /// Throws "ioctl: ...".
+    void ioctl(int request, char* arg);
 
 private:
     fd_t fd_ = kNoDescriptor;

@@ -1,0 +1,26 @@
+// The machine's name over POSIX.
+#include <base/exceptions.h>
+#include <osapi/host_name.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "syscalls.h"
+
+namespace OSAPI {
+
+String gethostname() {
+    static char name[256];
+    static bool known = false;
+    if (!known) {
+        if (syscalls().gethostname(name, sizeof name) != 0) {
+            XTHROW("gethostname: %s", std::strerror(errno));
+        }
+        // A name that was cut to size may have come without its end.
+        name[sizeof name - 1] = '\0';
+        known = true;
+    }
+    return {name};
+}
+
+}  // namespace OSAPI

@@ -1,0 +1,108 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <osapi/pipes.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <string>
+
+#include "support/expect_throw.h"
+#include "support/faults.h"
+#include "support/scratch.h"
+
+namespace {
+
+using OSAPI::FileDescriptor;
+using OSAPI::Pipe;
+using OSAPI::Syscalls;
+
+const char* const kSource = "osapi/osapi-unix-pipes.cpp";
+
+TEST(Pipe, CarriesBytesFromOneEndToTheOther) {
+    Pipe pipe;
+    pipe.open();
+    OSAPI::write(pipe.write_end().fd(), "abc", 3);
+    pipe.write_end().close();
+    char text[8] = {};
+    OSAPI::read(pipe.read_end().fd(), text, 3);
+    EXPECT_STREQ(text, "abc");
+    EXPECT_EQ(OSAPI::read_short(pipe.read_end().fd(), text, 8), 0) << "no writer: the end";
+}
+
+TEST(Pipe, ClosesBothEndsAndMayBeOpenedAgain) {
+    const int before = open_descriptors();
+    {
+        Pipe pipe;
+        EXPECT_FALSE(pipe.read_end().is_open());
+        pipe.open();
+        EXPECT_EQ(open_descriptors(), before + 2);
+        EXPECT_EQ(fcntl(pipe.read_end().fd(), F_GETFD) & FD_CLOEXEC, 0);
+        EXPECT_EQ(fcntl(pipe.write_end().fd(), F_GETFD) & FD_CLOEXEC, 0);
+        pipe.read_end().close();
+        pipe.write_end().close();
+        pipe.open();
+    }
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST(Pipe, RefusesToOpenTwiceAndLosesNothing) {
+    Pipe pipe;
+    pipe.open();
+    const int before = open_descriptors();
+    const int reader = pipe.read_end().fd();
+    EXPECT_EQ(failed_assertion([&] { pipe.open(); }), "!is_open()");
+    EXPECT_EQ(open_descriptors(), before);
+    EXPECT_EQ(pipe.read_end().fd(), reader);
+}
+
+TEST(Pipe, ReportsEveryFailure) {
+    const int before = open_descriptors();
+    for (const int error : kErrors) {
+        const Fault<&Syscalls::pipe> fault(error);
+        Pipe pipe;
+        expect_message(thrown_message([&] { pipe.open(); }), with_error("pipe", error),
+                       "OSAPI::Pipe::open", kSource);
+        EXPECT_EQ(fault.calls(), 1);
+        EXPECT_FALSE(pipe.read_end().is_open());
+        EXPECT_FALSE(pipe.write_end().is_open());
+    }
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST(NamedPipe, IsAPipeWithPermissions0664LessTheUmask) {
+    const ScratchFolder folder;
+    const mode_t mask = umask(0);
+    OSAPI::make_named_pipe((folder / "all").c_str());
+    umask(0027);
+    OSAPI::make_named_pipe((folder / "masked").c_str());
+    umask(mask);
+    struct stat info = {};
+    ASSERT_EQ(stat((folder / "all").c_str(), &info), 0);
+    EXPECT_TRUE(S_ISFIFO(info.st_mode));
+    EXPECT_EQ(info.st_mode & 07777, 0664U);
+    ASSERT_EQ(stat((folder / "masked").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 0640U);
+
+    // Opened for both, neither end waits for the other.
+    const FileDescriptor both(::open((folder / "all").c_str(), O_RDWR | O_CLOEXEC));
+    OSAPI::write(both.fd(), "x", 1);
+    char byte = 0;
+    OSAPI::read(both.fd(), &byte, 1);
+    EXPECT_EQ(byte, 'x');
+}
+
+TEST(NamedPipe, ReportsPathAndError) {
+    const ScratchFolder folder;
+    const std::string path = folder / "there";
+    write_file(path, "");
+    expect_message(thrown_message([&] { OSAPI::make_named_pipe(path.c_str()); }),
+                   with_error("mknod(" + path + ")", EEXIST), "OSAPI::make_named_pipe", kSource);
+    for (const int error : kErrors) {
+        const Fault<&Syscalls::mknod> fault(error);
+        expect_message(thrown_message([&] { OSAPI::make_named_pipe("p"); }),
+                       with_error("mknod(p)", error), "OSAPI::make_named_pipe", kSource);
+        EXPECT_EQ(fault.calls(), 1);
+    }
+}
+
+}  // namespace

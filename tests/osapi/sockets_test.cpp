@@ -1,0 +1,360 @@
+// Opening and connecting sockets, and every way in which that fails.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <osapi/sockets.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "stream_sockets.h"
+#include "support/captured_output.h"
+#include "support/expect_throw.h"
+#include "support/faults.h"
+#include "support/scratch.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using OSAPI::connect_tcp;
+using OSAPI::FileDescriptor;
+using OSAPI::Syscalls;
+using OSAPI::TCPServerSocket;
+using OSAPI::UNIXServerSocket;
+
+const char* const kSource = "osapi/osapi-unix-sockets.cpp";
+
+bool is_closed_on_exec(int fd) { return (fcntl(fd, F_GETFD) & FD_CLOEXEC) != 0; }
+
+/// Makes each of the system calls of `operation` fail in turn, with each error, until it succeeds:
+/// the n-th failure must begin with `texts[n]` and leave no descriptor open. `operation` closes
+/// what it opened.
+template <auto... Calls, class Operation>
+void expect_every_failure(const std::vector<std::string>& texts, Operation operation) {
+    for (const int error : kErrors) {
+        int n = 0;
+        for (bool done = false; !done; ++n) {
+            ASSERT_LE(n, static_cast<int>(texts.size()));
+            SCOPED_TRACE("call " + std::to_string(n) + ": " + std::strerror(error));
+            const int before = open_descriptors();
+            const NthCallFault<Calls...> fault(error, n + 1);
+            try {
+                operation();
+                done = true;
+            } catch (const StrXception& failure) {
+                const std::string message = failure.message().c_str();
+                const std::string expected = with_error(texts.at(n), error) + " in <";
+                EXPECT_EQ(message.substr(0, expected.size()), expected);
+            }
+            EXPECT_EQ(fault.calls(), done ? n : n + 1);
+            EXPECT_EQ(open_descriptors(), before);
+        }
+        EXPECT_EQ(n - 1, static_cast<int>(texts.size()));
+    }
+}
+
+TEST(TCPServer, AcceptsAClient) {
+    TCPServerSocket server;
+    EXPECT_FALSE(server.is_open());
+    const int port = open_on_free_port(server);
+    EXPECT_TRUE(server.is_open());
+    EXPECT_TRUE(is_closed_on_exec(server.fd()));
+    const FileDescriptor client(connect_tcp("127.0.0.1", port));
+    const FileDescriptor accepted(server.accept(false));
+    EXPECT_TRUE(is_closed_on_exec(accepted.fd()));
+    EXPECT_FALSE(is_closed_on_exec(client.fd()));
+    expect_joined(client.fd(), accepted.fd());
+    expect_joined(accepted.fd(), client.fd());
+}
+
+TEST(TCPServer, ClosesAndOpensAgainOnTheSamePort) {
+    const int before = open_descriptors();
+    {
+        const ReservedPort port;
+        TCPServerSocket server(port.number());
+        server.close();
+        EXPECT_FALSE(server.is_open());
+        server.close();
+        server.open(port.number());
+        EXPECT_EQ(failed_assertion([&] { server.open(port.number()); }), "!is_open()");
+        EXPECT_TRUE(server.is_open());
+    }
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST(TCPServer, RefusesPortsThatAreNone) {
+    const Fault<&Syscalls::socket> sockets(EIO, kAlways);
+    for (const int port : {0, 65536, -1}) {
+        TCPServerSocket server;
+        EXPECT_EQ(failed_assertion([&] { server.open(port); }), "port > 0 && port <= 65535");
+        EXPECT_EQ(failed_assertion([&] { const TCPServerSocket made(port); }),
+                  "port > 0 && port <= 65535");
+    }
+    EXPECT_EQ(sockets.calls(), 0);
+    for (const int port : {1, 65535}) {
+        TCPServerSocket server;
+        expect_message(thrown_message([&] { server.open(port); }), with_error("socket", EIO),
+                       "OSAPI::TCPServerSocket::open", kSource);
+    }
+}
+
+TEST(TCPServer, AsksForAReusableAddressOnAllInterfacesAndABacklogOfFive) {
+    std::string asked;
+    const Intercept<&Syscalls::socket> sockets([&](int family, int type, int protocol) {
+        EXPECT_EQ(family, AF_INET);
+        EXPECT_EQ(type, SOCK_STREAM);
+        EXPECT_EQ(protocol, IPPROTO_TCP);
+        asked += "socket ";
+        return sockets.real(family, type, protocol);
+    });
+    const Intercept<&Syscalls::setsockopt> options(
+        [&](int, int level, int name, const void* value, socklen_t size) {
+            EXPECT_EQ(level, SOL_SOCKET);
+            EXPECT_EQ(name, SO_REUSEADDR);
+            EXPECT_EQ(size, sizeof(int));
+            EXPECT_EQ(*static_cast<const int*>(value), 1);
+            asked += "setsockopt ";
+            return 0;
+        });
+    const Intercept<&Syscalls::bind> binds([&](int, const sockaddr* address, socklen_t size) {
+        sockaddr_in wanted = {};
+        EXPECT_EQ(size, sizeof wanted);
+        std::memcpy(&wanted, address, sizeof wanted);
+        EXPECT_EQ(wanted.sin_family, AF_INET);
+        EXPECT_EQ(wanted.sin_addr.s_addr, 0U);
+        unsigned char port[2];
+        std::memcpy(port, &wanted.sin_port, 2);
+        EXPECT_EQ(port[0], 0x12);
+        EXPECT_EQ(port[1], 0x34);
+        asked += "bind ";
+        return 0;
+    });
+    const Intercept<&Syscalls::listen> listens([&](int, int backlog) {
+        EXPECT_EQ(backlog, 5);
+        asked += "listen";
+        return 0;
+    });
+    const TCPServerSocket server(0x1234);
+    EXPECT_EQ(asked, "socket setsockopt bind listen");
+}
+
+TEST(TCPServer, EveryFailureOfOpeningHasItsTextAndLeavesNothingOpen) {
+    const ReservedPort port;
+    expect_every_failure<&Syscalls::socket, &Syscalls::setsockopt, &Syscalls::bind,
+                         &Syscalls::listen, &Syscalls::fcntl>(
+        {"socket", "setsockopt(SO_REUSEADDR)", "bind", "listen", "fcntl"},
+        [&] { const TCPServerSocket server(port.number()); });
+}
+
+TEST(TCPServer, PortInUseIsReported) {
+    TCPServerSocket first;
+    const int port = open_on_free_port(first);
+    TCPServerSocket second;
+    expect_message(thrown_message([&] { second.open(port); }), with_error("bind", EADDRINUSE),
+                   "OSAPI::TCPServerSocket::open", kSource);
+    EXPECT_FALSE(second.is_open());
+}
+
+TEST(ConnectTCP, RefusesPortsThatAreNoneBeforeItLooksForTheHost) {
+    const Fault<&Syscalls::gethostbyname> lookups(EIO, kAlways);
+    for (const int port : {0, 65536, -1}) {
+        EXPECT_EQ(failed_assertion([&] { connect_tcp("127.0.0.1", port); }),
+                  "port > 0 && port <= 65535");
+    }
+    EXPECT_EQ(lookups.calls(), 0);
+}
+
+TEST(ConnectTCP, UnknownHostIsReportedInTheResolversWords) {
+    const Fault<&Syscalls::socket> sockets(EIO, kAlways);
+    for (const int error : {HOST_NOT_FOUND, TRY_AGAIN, NO_RECOVERY, NO_DATA}) {
+        const Intercept<&Syscalls::gethostbyname> lookups([error](const char*) -> hostent* {
+            h_errno = error;
+            return nullptr;
+        });
+        expect_message(thrown_message([] { connect_tcp("no.host", 80); }),
+                       std::string("gethostbyname(\"no.host\"): ") + hstrerror(error),
+                       "OSAPI::connect_tcp", kSource);
+    }
+    EXPECT_EQ(sockets.calls(), 0);
+}
+
+TEST(ConnectTCP, RefusesAHostWithAddressesOfAnotherFamily) {
+    const Fault<&Syscalls::socket> sockets(EIO, kAlways);
+    hostent host = {};
+    host.h_addrtype = AF_INET6;
+    const Intercept<&Syscalls::gethostbyname> lookups([&](const char*) { return &host; });
+    EXPECT_EQ(failed_assertion([] { connect_tcp("six", 80); }), "h->h_addrtype == AF_INET");
+    EXPECT_EQ(sockets.calls(), 0);
+}
+
+TEST(ConnectTCP, TakesTheHostsFirstAddress) {
+    char first[4] = {10, 1, 2, 3};
+    char second[4] = {10, 9, 9, 9};
+    char* addresses[] = {first, second, nullptr};
+    hostent host = {};
+    host.h_addrtype = AF_INET;
+    host.h_length = 4;
+    host.h_addr_list = addresses;
+    const Intercept<&Syscalls::gethostbyname> lookups([&](const char* name) {
+        EXPECT_STREQ(name, "two");
+        return &host;
+    });
+    const Intercept<&Syscalls::connect> connects([](int, const sockaddr* address, socklen_t size) {
+        sockaddr_in wanted = {};
+        EXPECT_EQ(size, sizeof wanted);
+        std::memcpy(&wanted, address, sizeof wanted);
+        EXPECT_EQ(wanted.sin_family, AF_INET);
+        EXPECT_EQ(wanted.sin_addr.s_addr, htonl(0x0A010203));
+        EXPECT_EQ(wanted.sin_port, htons(80));
+        return 0;
+    });
+    const FileDescriptor client(connect_tcp("two", 80));
+    EXPECT_EQ(connects.calls(), 1);
+}
+
+TEST(ConnectTCP, EveryFailureHasItsTextAndLeavesNothingOpen) {
+    TCPServerSocket server;
+    const int port = open_on_free_port(server);
+    expect_every_failure<&Syscalls::socket, &Syscalls::connect>(
+        {"socket", "connect(\"127.0.0.1:" + std::to_string(port) + "\")"},
+        [&] { const FileDescriptor client(connect_tcp("127.0.0.1", port)); });
+}
+
+TEST(ConnectTCP, ServerThatIsNotThere) {
+    const ReservedPort port;  // bound, but nobody listens
+    const int before = open_descriptors();
+    expect_message(
+        thrown_message([&] { connect_tcp("127.0.0.1", port.number()); }),
+        with_error("connect(\"127.0.0.1:" + std::to_string(port.number()) + "\")", ECONNREFUSED),
+        "OSAPI::connect_tcp", kSource);
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+class LocalServer : public testing::Test {
+protected:
+    /// A path of `length` characters in a folder of its own.
+    std::string path_of(std::size_t length) const {
+        std::string path = folder_ / "";
+        return path + std::string(length - path.size(), 's');
+    }
+
+    const ScratchFolder folder_;
+    const std::string path_ = folder_ / "socket";
+};
+
+TEST_F(LocalServer, AcceptsAClient) {
+    UNIXServerSocket server(path_.c_str());
+    EXPECT_TRUE(is_closed_on_exec(server.fd()));
+    EXPECT_TRUE(fs::is_socket(path_));
+    const FileDescriptor client(connect_local(path_));
+    const FileDescriptor accepted(server.accept(false));
+    EXPECT_TRUE(is_closed_on_exec(accepted.fd()));
+    expect_joined(client.fd(), accepted.fd());
+    expect_joined(accepted.fd(), client.fd());
+}
+
+TEST_F(LocalServer, RemovesItsPathWhenItCloses) {
+    const int before = open_descriptors();
+    {
+        UNIXServerSocket server;
+        server.close();
+        server.open(path_.c_str());
+        server.close();
+        EXPECT_FALSE(server.is_open());
+        EXPECT_FALSE(fs::exists(path_));
+        server.open(path_.c_str());
+        EXPECT_EQ(failed_assertion([&] { server.open(path_.c_str()); }), "!is_open()");
+        EXPECT_TRUE(fs::is_socket(path_));
+    }
+    EXPECT_FALSE(fs::exists(path_));
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST_F(LocalServer, DoesNotMindThatItsPathIsGone) {
+    UNIXServerSocket server(path_.c_str());
+    fs::remove(path_);
+    server.close();
+    EXPECT_FALSE(server.is_open());
+}
+
+TEST_F(LocalServer, ClosesEvenWhenItsPathCannotBeRemoved) {
+    const int before = open_descriptors();
+    const Fault<&Syscalls::unlink> fault(EIO);
+    expect_message(thrown_message([&] { const UNIXServerSocket server(path_.c_str()); }),
+                   with_error("unlink(" + path_ + ")", EIO), "OSAPI::rm_ifexist",
+                   "osapi/osapi-unix.cpp");
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST_F(LocalServer, WhoseClosingFailsWhileUnwindingLetsTheFirstExceptionGoOn) {
+    const Fault<&Syscalls::unlink> fault(EIO);
+    const std::string printed = output_of(stderr, [&] {
+        EXPECT_THROW(
+            {
+                const UNIXServerSocket server(path_.c_str());
+                throw 5;
+            },
+            int);
+    });
+    EXPECT_EQ(printed.find("Error: " + with_error("unlink(" + path_ + ")", EIO)), 0U) << printed;
+}
+
+TEST_F(LocalServer, RefusesAnEmptyPathBeforeAnyCall) {
+    const Fault<&Syscalls::socket> sockets(EIO, kAlways);
+    EXPECT_EQ(failed_assertion([] { const UNIXServerSocket server(""); }), "mypath[0] != 0");
+    EXPECT_EQ(sockets.calls(), 0);
+}
+
+TEST_F(LocalServer, TakesPathsOfUpTo102Characters) {
+    const int before = open_descriptors();
+    for (const std::size_t length : {103U, 104U, 107U, 200U}) {
+        const std::string path = path_of(length);
+        EXPECT_EQ(failed_assertion([&] { const UNIXServerSocket server(path.c_str()); }),
+                  "strlen(mypath) < sizeof(addr.sun_path)-1");
+        EXPECT_FALSE(fs::exists(path));
+    }
+    EXPECT_EQ(open_descriptors(), before);
+    const std::string longest = path_of(102);
+    UNIXServerSocket server(longest.c_str());
+    const FileDescriptor client(connect_local(longest));
+    const FileDescriptor accepted(server.accept(false));
+    expect_joined(client.fd(), accepted.fd());
+}
+
+TEST_F(LocalServer, LeavesAloneWhatStandsAtItsPath) {
+    write_file(path_, "precious");
+    expect_message(thrown_message([&] { const UNIXServerSocket server(path_.c_str()); }),
+                   with_error("bind", EADDRINUSE), "OSAPI::UNIXServerSocket::open", kSource);
+    EXPECT_EQ(read_file(path_), "precious");
+}
+
+TEST_F(LocalServer, AsksForALocalStreamAndABacklogOfFive) {
+    const Intercept<&Syscalls::socket> sockets([&](int family, int type, int protocol) {
+        EXPECT_EQ(family, AF_UNIX);
+        EXPECT_EQ(type, SOCK_STREAM);
+        return sockets.real(family, type, protocol);
+    });
+    const Intercept<&Syscalls::listen> listens([&](int fd, int backlog) {
+        EXPECT_EQ(backlog, 5);
+        return listens.real(fd, backlog);
+    });
+    const UNIXServerSocket server(path_.c_str());
+    EXPECT_EQ(sockets.calls(), 1);
+    EXPECT_EQ(listens.calls(), 1);
+}
+
+TEST_F(LocalServer, EveryFailureOfOpeningHasItsTextAndLeavesNothing) {
+    expect_every_failure<&Syscalls::socket, &Syscalls::bind, &Syscalls::listen, &Syscalls::fcntl>(
+        {"socket", "bind", "listen", "fcntl"}, [&] {
+            try {
+                const UNIXServerSocket server(path_.c_str());
+                EXPECT_TRUE(fs::is_socket(path_));
+            } catch (...) {
+                EXPECT_FALSE(fs::exists(path_));
+                throw;
+            }
+        });
+}
+
+}  // namespace
