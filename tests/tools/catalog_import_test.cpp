@@ -3,7 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
+#include <osapi/pipes.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -228,9 +228,7 @@ class HalfwayImport {
 public:
     explicit HalfwayImport(const ScratchFolder& folder, const ToolOptions& options = {})
         : folder_(folder), pipe_(folder / "pipe.csv") {
-        if (mkfifo(pipe_.c_str(), 0600) != 0) {
-            throw std::runtime_error("no pipe");
-        }
+        OSAPI::make_named_pipe(pipe_.c_str());
         // Read and write: does not wait for the other side, and the reader never sees the end.
         end_ = open(pipe_.c_str(), O_RDWR | O_CLOEXEC);
         const std::string rows = std::string(kHeader) + "1,2,3,,\n";

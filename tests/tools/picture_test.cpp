@@ -2,6 +2,7 @@
 #include "picture.h"
 
 #include <gtest/gtest.h>
+#include <osapi/signals.h>
 #include <sys/resource.h>
 
 #include <bit>
@@ -286,19 +287,16 @@ TEST_F(Picture, RefusesWhatDoesNotGoTogether) {
 class FullDisk {
 public:
     explicit FullDisk(rlim_t bytes) {
-        std::signal(SIGXFSZ, SIG_IGN);
         getrlimit(RLIMIT_FSIZE, &before_);
         const rlimit limit = {bytes, before_.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limit);
     }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, SIG_DFL);
-    }
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
     FullDisk(const FullDisk&) = delete;
     FullDisk& operator=(const FullDisk&) = delete;
 
 private:
+    const OSAPI::SignalIgnore no_signal_{SIGXFSZ};
     rlimit before_ = {};
 };
 

@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <libkelvimage/metadata.h>
+#include <osapi/descriptor_flags.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -292,7 +293,7 @@ TEST_F(Render, ShowsProgressWithRateAndTimeLeftOnATerminal) {
     const ToolResult result = render("a.##.exr", {"--frames", "0-7", "--size", "1024x1024"});
     EXPECT_EQ(result.code, 0);
     std::array<char, 4096> text{};
-    fcntl(terminal, F_SETFL, O_NONBLOCK);
+    OSAPI::set_blocking(terminal, false);
     const ssize_t length = read(terminal, text.data(), text.size());
     ASSERT_GT(length, 0);
     const std::string shown(text.data(), static_cast<std::size_t>(length));

@@ -1,6 +1,7 @@
 #include "tool_run.h"
 
 #include <fcntl.h>
+#include <osapi/processes.h>
 #include <stdlib.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -35,7 +36,7 @@ std::string take_file(const std::string& path) {
 void redirect(const char* path, int flags, int target) {
     const int descriptor = open(path, flags);
     if (descriptor < 0 || dup2(descriptor, target) < 0) {
-        _exit(126);
+        OSAPI::exit_now(126);
     }
     close(descriptor);
 }
@@ -55,10 +56,7 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const ToolOp
     const std::string& output = options.output.empty() ? out_file_ : options.output;
     const std::string& error = options.error.empty() ? err_file_ : options.error;
 
-    id_ = fork();
-    if (id_ < 0) {
-        throw std::runtime_error("cannot fork");
-    }
+    id_ = OSAPI::fork();
     if (id_ > 0) {
         return;
     }
@@ -80,17 +78,17 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const ToolOp
         putenv(variable.data());
     }
     execv(argv[0], argv.data());
-    _exit(127);
+    OSAPI::exit_now(127);
 }
 
 ToolProcess::~ToolProcess() {
     if (id_ > 0) {
-        kill(id_, SIGKILL);
+        OSAPI::kill(id_, SIGKILL);
         wait();
     }
 }
 
-void ToolProcess::send(int signal) const { kill(id_, signal); }
+void ToolProcess::send(int signal) const { OSAPI::kill(id_, signal); }
 
 ToolResult ToolProcess::wait() {
     int status = 0;

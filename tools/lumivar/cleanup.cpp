@@ -66,6 +66,7 @@ static void remove_and_die(int number) {
             rmdir(entry->path.c_str());
         }
     }
+    // Not by a guard, which may throw and would put this handler back at its end.
     struct sigaction by_default = {};
     by_default.sa_handler = SIG_DFL;
     sigaction(number, &by_default, nullptr);
@@ -74,21 +75,17 @@ static void remove_and_die(int number) {
 }
 }
 
-void install_signal_handlers() {
+SignalCleanup::SignalCleanup() : file_size_limit_(SIGXFSZ) {
     main_thread = pthread_self();
+    struct sigaction action = {};
+    action.sa_handler = remove_and_die;
+    action.sa_mask = handled_signals();
+    action.sa_flags = SA_RESTART;
     for (const int number : kSignals) {
-        struct sigaction before = {};
-        sigaction(number, nullptr, &before);
-        if (before.sa_handler == SIG_IGN) {
-            continue;
+        if (!OSAPI::is_signal_ignored(number)) {
+            ends_.emplace_back(number).install(&action);
         }
-        struct sigaction action = {};
-        action.sa_handler = remove_and_die;
-        action.sa_mask = handled_signals();
-        action.sa_flags = SA_RESTART;
-        sigaction(number, &action, nullptr);
     }
-    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 RemoveOnSignal::RemoveOnSignal(const std::filesystem::path& path, Kind kind)

@@ -1,18 +1,30 @@
 // Files and folders that must not outlive the program, whatever ends it short of SIGKILL.
 //
-// The list belongs to the thread that called `install_signal_handlers` (the main thread); use it
-// from there only.
+// The list belongs to the thread that made the `SignalCleanup` (the main thread); use it from there
+// only.
 #pragma once
 
+#include <osapi/signals.h>
+
+#include <deque>
 #include <filesystem>
 
 namespace lumivar {
 
-/// From now on SIGINT, SIGTERM, SIGHUP and SIGPIPE first remove what is on the list, the latest
-/// entry first, and then end the program by that same signal. A signal that was ignored when the
-/// program started (nohup) stays ignored. SIGXFSZ is ignored, so that a file-size limit shows as an
-/// error of the write, like a full disk.
-void install_signal_handlers();
+/// While it lives SIGINT, SIGTERM, SIGHUP and SIGPIPE first remove what is on the list, the latest
+/// entry first, and then end the program by that same signal. A signal that was ignored before
+/// (nohup) stays ignored. SIGXFSZ is ignored, so that a file-size limit shows as an error of the
+/// write, like a full disk. One at a time.
+class SignalCleanup {
+public:
+    SignalCleanup();
+    SignalCleanup(const SignalCleanup&) = delete;
+    SignalCleanup& operator=(const SignalCleanup&) = delete;
+
+private:
+    OSAPI::SignalIgnore file_size_limit_;
+    std::deque<OSAPI::Signal> ends_;
+};
 
 /// Puts one file or one empty-by-then folder on the list for the lifetime of the object; does not
 /// remove it itself. Registered before the entry is created, so that there is no moment in which a

@@ -55,7 +55,7 @@ CLI::Validator not_empty() {
 }
 
 int run_command_line(int argc, const char* const* argv) {
-    install_signal_handlers();
+    const SignalCleanup cleanup;
     CLI::App program("Renders photographic star fields and makes the star databases for them.",
                      "lumivar");
     program.set_version_flag("--version", kProgramVersion);

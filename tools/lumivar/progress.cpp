@@ -1,7 +1,7 @@
 #include "progress.h"
 
 #include <base/string.h>
-#include <unistd.h>
+#include <osapi/program.h>
 
 #include <cstdio>
 #include <utility>
@@ -36,7 +36,7 @@ std::string progress_text(std::uint64_t done, std::uint64_t total, double second
 Progress::Progress(std::uint64_t total, std::string unit)
     : total_(total),
       unit_(std::move(unit)),
-      shown_(isatty(STDERR_FILENO) != 0),
+      shown_(OSAPI::stderr_is_console()),
       start_(Clock::now()),
       last_(start_) {}
 

@@ -1,6 +1,7 @@
 #include "working_folder.h"
 
 #include <fcntl.h>
+#include <osapi/processes.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -85,7 +86,7 @@ WorkingFolder::WorkingFolder(const fs::path& parent, std::string complaint)
     : complaint_(std::move(complaint)) {
     const fs::path place = fs::absolute(parent.empty() ? fs::path(".") : parent);
     remove_orphans(place);
-    const std::string stem = std::string(kPrefix) + std::to_string(getpid()) + "-";
+    const std::string stem = std::string(kPrefix) + std::to_string(OSAPI::getpid()) + "-";
     for (unsigned int attempt = 0; !claim(place / (stem + std::to_string(attempt))); ++attempt) {
     }
 }
