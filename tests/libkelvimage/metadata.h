@@ -4,6 +4,9 @@
 #include <libkelvimage/metadata.h>
 
 #include <string>
+#include <vector>
+
+#include "support/expect_throw.h"
 
 using Kelv::ImageSpec;
 using MetaData = Kelv::ImageSpec::MetaData;
@@ -44,4 +47,36 @@ inline void mark_written(const MetaData& record, const char* name, s64 position)
 /// 1 to 16, row 0 first.
 inline Matrix counting_matrix() {
     return Matrix(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16);
+}
+
+/// All that a visitor is told, as texts; positions grow by one.
+class Visits final : public ImageSpec::MetaVisitor {
+public:
+    void float_meta(const char* type, const char* name, float value, s64& position) override {
+        note(type, name, String::fmt("%g", static_cast<double>(value)).c_str(), position);
+    }
+    void string_meta(const char* type, const char* name, const String& value,
+                     s64& position) override {
+        note(type, name, value.c_str(), position);
+    }
+    void matrix_meta(const char* type, const char* name, const Matrix& value,
+                     s64& position) override {
+        note(type, name, String::fmt("..%g", static_cast<double>(value(3, 3))).c_str(), position);
+    }
+
+    std::vector<std::string> seen;
+
+private:
+    void note(const char* type, const char* name, const std::string& value, s64& position) {
+        seen.push_back(std::string(type) + " " + name + " " + value + " @" +
+                       std::to_string(position));
+        ++position;
+    }
+};
+
+/// Expects a message of the record's function in its own source.
+inline void expect_failure(const std::string& message, const std::string& text,
+                           const std::string& function) {
+    expect_message(message, text, "Kelv::ImageSpec::MetaData::" + function,
+                   "libkelvimage/metadata.cpp");
 }

@@ -305,8 +305,8 @@ TEST(MetadataText, KeepsWhatCameBeforeAFault) {
     MetaData record;
     const std::string message =
         thrown_message([&] { record.from_string("KELVMETA1 float:a=1 string:a=x float:b=2"); });
-    expect_message(message, "metadata tag 'a' already present but with type 'float' not 'string'",
-                   "Kelv::ImageSpec::MetaData::set_meta", "libkelvimage/metadata.cpp");
+    expect_failure(message, "metadata tag 'a' already present but with type 'float' not 'string'",
+                   "set_meta");
     MetaData expected;
     set_float(expected, "a", 1.0F);
     EXPECT_TRUE(record == expected);
@@ -317,8 +317,8 @@ TEST(MetadataText, DoesNotSetWhatWasWritten) {
     set_float(record, "a", 1.0F);
     mark_written(record, "a", 17);
     const std::string message = thrown_message([&] { record.from_string("KELVMETA1 float:a=2"); });
-    expect_message(message, "no updates allowed after writing to file, use update_meta",
-                   "Kelv::ImageSpec::MetaData::set_meta", "libkelvimage/metadata.cpp");
+    expect_failure(message, "no updates allowed after writing to file, use update_meta",
+                   "set_meta");
 }
 
 TEST(MetadataText, LeavesTheLocaleAlone) {
