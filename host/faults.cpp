@@ -49,17 +49,22 @@ void FaultPlan::arm(std::vector<CallFault> faults) {
     now_.clear();
 }
 
-RandomFaults::RandomFaults(std::uint64_t seed, const std::vector<Call>& calls,
-                           std::vector<std::int32_t> statuses)
-    : engine_(seed), statuses_(std::move(statuses)) {
+std::map<std::string, int> calls_that_can_fail(const std::vector<Call>& calls) {
+    std::map<std::string, int> counts;
     for (const Call& call : calls) {
         if (can_fail(call)) {
-            ++calls_[call.name];
+            ++counts[call.name];
         }
         if (call.name == "AcquireSuite") {
-            ++calls_[acquire_call(suite_of(call))];
+            ++counts[acquire_call(suite_of(call))];
         }
     }
+    return counts;
+}
+
+RandomFaults::RandomFaults(std::uint64_t seed, const std::vector<Call>& calls,
+                           std::vector<std::int32_t> statuses)
+    : engine_(seed), calls_(calls_that_can_fail(calls)), statuses_(std::move(statuses)) {
     for (const auto& [name, count] : calls_) {
         names_.push_back(name);
     }

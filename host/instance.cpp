@@ -65,7 +65,7 @@ PreRender EffectInstance::pre_render(Time composition_time, const RenderOptions&
     Session::Impl& session = state_->session;
     auto run =
         session.begin(state_->instance, state_->project, state_->spec(), composition_time, options);
-    if (!session.smart()) {
+    if (!session.smart(options)) {
         throw FrameError("this host or effect lacks smart rendering, and with it pre-renders");
     }
     session.pre_render(*run);

@@ -38,6 +38,13 @@ void leave(const fs::path& entered) {
     open_modules().erase(entered);
 }
 
+std::string last_loader_error() {
+    const char* text = dlerror();  // NOLINT(concurrency-mt-unsafe)
+    return text == nullptr ? "the loader gives no reason" : text;
+}
+
+}  // namespace
+
 fs::path module_file(const fs::path& given) {
     std::error_code error;
     fs::path path = fs::absolute(given, error).lexically_normal();
@@ -58,12 +65,14 @@ fs::path module_file(const fs::path& given) {
     return file;
 }
 
-std::string last_loader_error() {
-    const char* text = dlerror();  // NOLINT(concurrency-mt-unsafe)
-    return text == nullptr ? "the loader gives no reason" : text;
+bool is_resident(const fs::path& file) {
+    void* const handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
+    if (handle == nullptr) {
+        return false;
+    }
+    dlclose(handle);
+    return true;
 }
-
-}  // namespace
 
 Module::Module(const fs::path& bundle_or_file)
     : file_(module_file(bundle_or_file)), entered_(enter(file_)) {

@@ -50,14 +50,25 @@ PF_Err checkout_param(PF_ProgPtr effect_ref, PF_ParamIndex index, A_long time, A
 }
 
 PF_Err checkin_param(PF_ProgPtr effect_ref, PF_ParamDef* param) {
-    return answer_effect_call("checkin_param", effect_ref, "", [&](HostState& state) -> PF_Err {
-        if (state.frame == nullptr || param == nullptr || state.frame->open_param_checkouts == 0) {
-            state.violation("checkin_param: null, or nothing is checked out");
-            return PF_Err_BAD_CALLBACK_PARAM;
-        }
-        --state.frame->open_param_checkouts;
-        return PF_Err_NONE;
-    });
+    bool looked_at = false;
+    const PF_Err status =
+        answer_effect_call("checkin_param", effect_ref, "", [&](HostState& state) -> PF_Err {
+            looked_at = true;
+            if (state.frame == nullptr || param == nullptr ||
+                state.frame->open_param_checkouts == 0) {
+                state.violation("checkin_param: null, or nothing is checked out");
+                return PF_Err_BAD_CALLBACK_PARAM;
+            }
+            --state.frame->open_param_checkouts;
+            return PF_Err_NONE;
+        });
+    // When it fails on demand too: the plug-in did its part.
+    HostState* const state = HostState::current();
+    if (!looked_at && state != nullptr && state->frame != nullptr &&
+        state->frame->open_param_checkouts > 0) {
+        --state->frame->open_param_checkouts;
+    }
+    return status;
 }
 
 PF_Err abort_requested(PF_ProgPtr effect_ref) {

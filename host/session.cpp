@@ -60,7 +60,11 @@ void Session::Impl::demand(PF_Cmd command, void* extra) {
 }
 
 void Session::Impl::set_up() {
-    demand(PF_Cmd_GLOBAL_SETUP);
+    try {
+        demand(PF_Cmd_GLOBAL_SETUP);
+    } catch (const EffectError& error) {
+        refuse(error);
+    }
     info.version = state.out().my_version;
     info.out_flags = state.out().out_flags;
     info.out_flags2 = state.out().out_flags2;
@@ -82,10 +86,26 @@ void Session::Impl::set_up() {
             }
         }
         start_sequence(state.session_instance);
-    } catch (const EffectError&) {
+    } catch (const EffectError& error) {
         send(PF_Cmd_GLOBAL_SETDOWN);
-        throw;
+        refuse(error);
     }
+}
+
+void Session::Impl::refuse(const EffectError& error) {
+    report_balance({state.suites, static_cast<std::ptrdiff_t>(state.handles.live())});
+    throw EffectError(error.what(), error.command(), error.status(), error.message(),
+                      state.violations);
+}
+
+Answer Session::Impl::command(std::int32_t number) {
+    Answer answer;
+    answer.status = send(number);
+    answer.message = state.message;
+    const PF_OutData& out = state.out();
+    answer.record_changed = out.my_version != info.version || out.out_flags != info.out_flags ||
+                            out.out_flags2 != info.out_flags2 || out.num_params != info.num_params;
+    return answer;
 }
 
 void Session::Impl::close() {
@@ -167,6 +187,7 @@ std::int32_t Session::dynamic_flags(const Scene& scene, Time time,
                                     std::optional<std::int32_t> before) {
     return impl_->dynamic_flags(scene, time, before);
 }
+Answer Session::command(std::int32_t number) { return impl_->command(number); }
 Frame Session::render(const Scene& scene, Time time, const RenderOptions& options) {
     return impl_->render(scene, time, options);
 }
@@ -177,5 +198,10 @@ const std::vector<std::int32_t>& Session::declared_pixel_formats() const {
     return impl_->state.pixel_formats;
 }
 std::size_t Session::live_handles() const { return impl_->state.handles.live(); }
+void Session::forget() {
+    impl_->state.violations.clear();
+    impl_->state.calls.clear();
+    impl_->messages.clear();
+}
 
 }  // namespace host

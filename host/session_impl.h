@@ -24,6 +24,7 @@ public:
     std::string about();
     std::optional<std::string> dependencies(int check_type);
     std::int32_t dynamic_flags(const Scene& scene, Time time, std::optional<std::int32_t> before);
+    Answer command(std::int32_t number);
     Frame render(const Scene& scene, Time time, const RenderOptions& options);
 
     // The steps of a frame, each of which may fail with `ModuleDefect`.
@@ -42,7 +43,8 @@ public:
 
     void start_sequence(InstanceState& instance);
     void end_sequence(InstanceState& instance);
-    bool smart() const;
+    /// Whether a frame with these wishes goes by smart rendering.
+    bool smart(const RenderOptions& options = {}) const;
     void report_balance(const Ledger& ledger);
 
     // First, so that it is unloaded last: the state may hold what the module made.
@@ -61,6 +63,8 @@ private:
     /// The same; throws `EffectError` for any status but 0.
     void demand(PF_Cmd command, void* extra = nullptr);
     void set_up();
+    /// Throws the error on, with what was broken until then.
+    [[noreturn]] void refuse(const EffectError& error);
     void keep_message();
 
     // Frames.

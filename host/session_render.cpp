@@ -76,8 +76,9 @@ void refuse_depth(const EffectInfo& info, bool smart, Depth depth) {
 
 }  // namespace
 
-bool Session::Impl::smart() const {
-    return !state.premiere() && (info.out_flags2 & PF_OutFlag2_SUPPORTS_SMART_RENDER) != 0;
+bool Session::Impl::smart(const RenderOptions& options) const {
+    return !options.plain && !state.premiere() &&
+           (info.out_flags2 & PF_OutFlag2_SUPPORTS_SMART_RENDER) != 0;
 }
 
 void Session::Impl::tell_time(const FrameRun& run) {
@@ -158,16 +159,16 @@ std::unique_ptr<FrameRun> Session::Impl::begin(InstanceState& instance, const Pr
     if (const auto refusal = refuse_size(run->frame.whole.width(), run->frame.whole.height())) {
         throw FrameError(*refusal);
     }
-    if (!smart() && options.depth == Depth::Float) {
+    if (!smart(options) && options.depth == Depth::Float) {
         throw FrameError("float pixels need smart rendering, which this host and effect lack");
     }
     if (state.premiere() && options.depth != Depth::Bits8) {
         throw FrameError("plain rendering is 8-bit only in this host");
     }
-    if (!smart() && run->frame.request.empty()) {
+    if (!smart(options) && run->frame.request.empty()) {
         throw FrameError("plain rendering draws at least one pixel");
     }
-    refuse_depth(info, smart(), options.depth);
+    refuse_depth(info, smart(options), options.depth);
     return run;
 }
 
@@ -218,7 +219,11 @@ void Session::Impl::smart_render(FrameRun& run) {
     // then holds a handle, which is the host's to dispose of.
     PF_Handle left = nullptr;
     std::memcpy(&left, &extra.cb, sizeof left);
-    if (extra.cb != callbacks && left != nullptr && !state.handles.dispose(left)) {
+    if (extra.cb == callbacks || left == nullptr) {
+        return;
+    }
+    result.handle_left = state.handles.dispose(left);
+    if (!result.handle_left) {
         state.violation("PF_Cmd_SMART_RENDER: the callbacks' slot holds neither them nor a handle");
     }
 }
@@ -314,7 +319,7 @@ Frame Session::Impl::render(InstanceState& instance, const Project& project, con
                             Time composition_time, const RenderOptions& options) {
     const std::unique_ptr<FrameRun> run =
         begin(instance, project, layer, composition_time, options);
-    if (smart()) {
+    if (smart(options)) {
         pre_render(*run);
         if (run->renderable() && options.render_follows) {
             smart_render(*run);

@@ -168,6 +168,8 @@ TEST(Misbehaviour, AnUnknownSuiteIsRefusedWithANullTable) {
 TEST(Misbehaviour, AHandleInPlaceOfTheCallbacksIsDisposedOf) {
     Session session(TEST_EFFECT);
     const Frame frame = session.render(mischievous(kHandleForCallbacks), {0, 24});
+    EXPECT_TRUE(frame.handle_left);
+    EXPECT_FALSE(session.render(mischievous(kNone), {0, 24}).handle_left);
     EXPECT_TRUE(frame.violations.empty()) << frame.violations.front();
     EXPECT_EQ(session.live_handles(), 0u);
 }
@@ -219,6 +221,18 @@ TEST_F(SetUpFault, ARefusalCarriesTheEffectsMessage) {
               "the plug-in answered PF_Cmd_GLOBAL_SETUP with status 4 1 4 []");
     EXPECT_EQ(refusal_with("parameters refused"),
               "the plug-in answered PF_Cmd_PARAMS_SETUP with status 512 4 512 []");
+}
+
+TEST_F(SetUpFault, ARefusalTellsWhatIsStillHeld) {
+    choose("refuse holding a suite");
+    try {
+        const Session session(SET_UP_FAULTS);
+        FAIL() << "accepted";
+    } catch (const host::EffectError& error) {
+        EXPECT_EQ(joined(error.violations()),
+                  "suite \"PF Handle Suite\" version 2 was acquired 1 times more than it was "
+                  "released");
+    }
 }
 
 TEST_F(SetUpFault, ARefusedPlugInCanBeTriedAgain) {

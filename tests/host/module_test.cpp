@@ -74,6 +74,15 @@ TEST(Module, RefusesToOpenOneFileTwice) {
               "\"" + module.file().string() + "\" is already open in this process");
 }
 
+TEST(Module, IsResidentWhileItIsOpen) {
+    EXPECT_FALSE(host::is_resident(TEST_EFFECT));
+    {
+        const Module module(TEST_EFFECT);
+        EXPECT_TRUE(host::is_resident(module.file()));
+    }
+    EXPECT_FALSE(host::is_resident(TEST_EFFECT));
+}
+
 TEST(Module, SaysThatNothingIsThere) {
     const ScratchFolder place;
     const std::string missing = place / "Missing.plugin";

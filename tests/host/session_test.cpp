@@ -307,6 +307,49 @@ TEST(Session, TellsDynamicFlagsOverWhatStoodThere) {
     EXPECT_EQ(session.info().out_flags2, 0x1403) << "the declared flags stay";
 }
 
+TEST(Session, SendsCommandsByTheirNumber) {
+    Session session(TEST_EFFECT);
+    const host::Answer answer = session.command(999);
+    EXPECT_EQ(answer.status, 0);
+    EXPECT_FALSE(answer.record_changed);
+    EXPECT_EQ(session.calls().back().name, "a command of another number");
+    // The query of dynamic flags writes to the record.
+    EXPECT_TRUE(session.command(18).record_changed);
+    EXPECT_EQ(session.command(0).message.text, "Test effect v9");
+}
+
+TEST(Session, ForgetsWhatPassed) {
+    Session session(TEST_EFFECT);
+    EXPECT_FALSE(session.calls().empty());
+    session.forget();
+    EXPECT_TRUE(session.calls().empty());
+    EXPECT_TRUE(session.violations().empty());
+    EXPECT_TRUE(session.messages().empty());
+}
+
+TEST(Session, RendersPlainlyWhenAskedTo) {
+    RenderOptions options;
+    options.plain = true;
+    options.depth = Depth::Bits8;
+    const Frame frame = first_frame(small_scene(), options);
+    EXPECT_EQ(names(frame.calls, "PF_Cmd"),
+              (std::vector<std::string>{"PF_Cmd_QUERY_DYNAMIC_FLAGS", "PF_Cmd_FRAME_SETUP",
+                                        "PF_Cmd_RENDER", "PF_Cmd_FRAME_SETDOWN"}));
+    EXPECT_EQ(frame.undrawn_pixels, 0U);
+    options.depth = Depth::Float;
+    EXPECT_THROW(first_frame(small_scene(), options), host::FrameError);
+}
+
+TEST(Session, TakesACheckInThatFailsOnDemandForOne) {
+    host::SessionOptions options;
+    options.filter = [](std::string_view name, int) -> std::optional<std::int32_t> {
+        return name == "checkin_param" ? std::optional<std::int32_t>(4) : std::nullopt;
+    };
+    Session session(TEST_EFFECT, options);
+    // The effect leaves one of its parameters checked out.
+    EXPECT_EQ(session.render(small_scene(), {0, 24}).open_param_checkouts, 1);
+}
+
 TEST(Session, PlaysSeveralScenesInTurn) {
     Session session(TEST_EFFECT);
     const Frame large = session.render(small_scene(80, 20), {0, 24});

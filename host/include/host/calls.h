@@ -23,7 +23,8 @@ struct Call {
 /// and `strcpy`, 0 for a size, -1 for `sprintf`; those without a result go on regardless.
 ///
 /// `AcquireSuite` consults twice, the second time as `acquire_call(suite)`, so that one suite can
-/// be missing. `ReleaseSuite` drops the reference whatever it answers: the plug-in did its part.
+/// be missing. `ReleaseSuite` drops the reference and `checkin_param` the checkout whatever they
+/// answer: the plug-in did its part.
 ///
 /// host/faults.h has such filters made from data.
 using CallFilter = std::function<std::optional<std::int32_t>(std::string_view name, int count)>;

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace host {
 
@@ -30,18 +32,25 @@ public:
 class EffectError : public HostError {
 public:
     EffectError(const std::string& what, std::int32_t command, std::int32_t status,
-                std::string message)
-        : HostError(what), command_(command), status_(status), message_(std::move(message)) {}
+                std::string message, std::vector<std::string> violations = {})
+        : HostError(what),
+          command_(command),
+          status_(status),
+          message_(std::move(message)),
+          violations_(std::move(violations)) {}
 
     std::int32_t command() const { return command_; }
     std::int32_t status() const { return status_; }
     /// What the plug-in left for the user; may be empty.
     const std::string& message() const { return message_; }
+    /// Rules that it broke on the way, where no session is left to ask: after a refused set-up.
+    const std::vector<std::string>& violations() const { return violations_; }
 
 private:
     std::int32_t command_;
     std::int32_t status_;
     std::string message_;
+    std::vector<std::string> violations_;
 };
 
 /// A frame that is refused, or that came back undrawn: the message names the cause and the remedy.

@@ -29,6 +29,11 @@ struct CallFault {
 /// A suite that cannot be acquired in any version, with the host's own status for that.
 CallFault missing_suite(std::string_view suite);
 
+/// What of these calls can fail, with the number of calls: commands, being the host's, and
+/// functions that cannot fail are left out, and each acquired suite stands there as `acquire_call`
+/// names it.
+std::map<std::string, int> calls_that_can_fail(const std::vector<Call>& calls);
+
 class FaultPlan {
 public:
     FaultPlan() = default;
@@ -60,8 +65,7 @@ private:
 /// left out.
 class RandomFaults {
 public:
-    /// Throws `std::invalid_argument` without calls or statuses. Commands, being the host's, and
-    /// functions that cannot fail are left out of `calls`.
+    /// Throws `std::invalid_argument` without calls or statuses.
     RandomFaults(std::uint64_t seed, const std::vector<Call>& calls,
                  std::vector<std::int32_t> statuses);
 

@@ -36,6 +36,8 @@ struct RenderOptions {
     /// Whether the render follows the pre-render; a host may change its mind. For renders in one
     /// go.
     bool render_follows = true;
+    /// The plain commands, as if host or effect knew no smart rendering; 8 and 16 bits only.
+    bool plain = false;
 };
 
 struct Frame {
@@ -57,7 +59,9 @@ struct Frame {
     std::vector<Call> calls;  ///< of this frame's commands
     /// Composition times at which the camera's matrix was asked for, in order.
     std::vector<Time> camera_times;
-    int open_param_checkouts = 0;         ///< parameters checked out and not in again
+    int open_param_checkouts = 0;  ///< parameters checked out and not in again
+    /// The slot of the render record's callbacks held a handle of the host's after the render.
+    bool handle_left = false;
     int data_deletions = 0;               ///< calls of the deleter of the pre-render data so far
     std::vector<std::string> violations;  ///< rules that the plug-in broke, in words
 };

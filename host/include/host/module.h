@@ -11,6 +11,13 @@ inline constexpr char kEntryPointName[] = "EntryPointFunc";
 /// The folder where a bundle, named as for `Module`, stands. Throws `ModuleError`.
 std::filesystem::path plugin_folder(const std::filesystem::path& bundle_or_file);
 
+/// The file that holds the module of a bundle, absolute; for a module file itself that one. Throws
+/// `ModuleError` when there is none.
+std::filesystem::path module_file(const std::filesystem::path& bundle_or_file);
+
+/// Whether a module file is still part of the process after all that opened it closed it.
+bool is_resident(const std::filesystem::path& file);
+
 /// An opened module; closed on destruction. Everything of it, exceptions it threw included, must be
 /// gone by then.
 class Module {

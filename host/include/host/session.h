@@ -47,10 +47,19 @@ struct EffectInfo {
     std::string version_text() const;
 };
 
+/// How a command that has no function of its own here was answered.
+struct Answer {
+    std::int32_t status = 0;
+    Message message;
+    /// Version, flags and count of parameters were written to.
+    bool record_changed = false;
+};
+
 class Session {
 public:
     /// Loads the plug-in and sends global set-up, parameter set-up and sequence set-up. Throws
-    /// `ModuleError`, `ModuleDefect`, and `EffectError` with the plug-in's own message.
+    /// `ModuleError`, `ModuleDefect`, and `EffectError` with the plug-in's own message and what it
+    /// broke on the way.
     explicit Session(const std::filesystem::path& plugin, SessionOptions options = {});
     /// Closes; what goes wrong then is lost.
     ~Session();
@@ -81,6 +90,10 @@ public:
     std::int32_t dynamic_flags(const Scene& scene, Time time,
                                std::optional<std::int32_t> before = std::nullopt);
 
+    /// Sends a command by its number, without parameters, world or extra record: for those that
+    /// mean nothing to the plug-in. Throws `ModuleDefect`.
+    Answer command(std::int32_t number);
+
     /// Renders the scene at a time: dynamic flags, pre-render, render, deletion of the pre-render
     /// data; or the plain commands for a plug-in or an application without smart rendering.
     ///
@@ -98,6 +111,8 @@ public:
     const std::vector<std::int32_t>& declared_pixel_formats() const;
     /// Host handles not yet disposed of.
     std::size_t live_handles() const;
+    /// Forgets violations, calls and messages so far, so that a long session does not grow.
+    void forget();
 
     class Impl;
 

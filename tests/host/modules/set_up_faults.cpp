@@ -33,6 +33,11 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
         if (fault == "throw") {
             throw std::logic_error("no globals");
         }
+        if (fault == "refuse holding a suite") {
+            const void* table = nullptr;
+            in->pica_basicP->AcquireSuite(kPFHandleSuite, kPFHandleSuiteVersion1, &table);
+            return PF_Err_OUT_OF_MEMORY;
+        }
         if (fault == "refuse") {
             out->out_flags |= PF_OutFlag_DISPLAY_ERROR_MESSAGE;
             std::strcpy(out->return_msg, "not today");
