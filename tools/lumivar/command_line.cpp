@@ -65,11 +65,13 @@ int run_command_line(int argc, const char* const* argv) {
                                "  lumivar controls\n"
                                "  lumivar catalog import data/hip.csv -o hipparcos.stars\n"
                                "  lumivar catalog info hipparcos.stars\n"
+                               "  lumivar check\n"
                                "Each command has a --help of its own, with more of them.\n\n") +
                    kExitCodesHelp);
     add_render_command(program);
     add_controls_command(program);
     add_catalog_command(program);
+    add_check_command(program);
     try {
         program.parse(argc, argv);
         return finish();

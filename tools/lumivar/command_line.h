@@ -15,5 +15,6 @@ CLI::Validator not_empty();
 void add_render_command(CLI::App& program);
 void add_controls_command(CLI::App& program);
 void add_catalog_command(CLI::App& program);
+void add_check_command(CLI::App& program);
 
 }  // namespace lumivar

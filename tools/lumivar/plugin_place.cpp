@@ -50,7 +50,7 @@ std::vector<fs::path> plugin_places(const fs::path& program) {
             root / "lib" / kBundleName};
 }
 
-fs::path find_plugin(const std::string& named) {
+fs::path find_plugin(const std::string& named, const std::string& how) {
     if (!named.empty()) {
         return real_place(named);
     }
@@ -62,8 +62,7 @@ fs::path find_plugin(const std::string& named) {
         }
         looked_at += (looked_at.empty() ? "" : ", ") + place.string();
     }
-    throw Failure("cannot find the plug-in; it is in none of " + looked_at +
-                  "; name the bundle with --plugin");
+    throw Failure("cannot find the plug-in; it is in none of " + looked_at + "; " + how);
 }
 
 std::string staged_name(const fs::path& catalogue) {

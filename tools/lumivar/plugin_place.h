@@ -12,8 +12,9 @@ namespace lumivar {
 /// (../plugin/Lumivar.plugin) or installed (../lib/lumivar/Lumivar.plugin, ../lib/Lumivar.plugin).
 /// `named`, if not empty, is taken instead. Links are followed, since the plug-in looks round the
 /// place where it really stands; for a module within its bundle the bundle is given. Throws
-/// `Failure`, which names the places looked at.
-std::filesystem::path find_plugin(const std::string& named);
+/// `Failure`, which names the places looked at and, behind them, how to name another.
+std::filesystem::path find_plugin(const std::string& named,
+                                  const std::string& how = "name the bundle with --plugin");
 
 /// The places that `find_plugin` looks at for a program file, in order.
 std::vector<std::filesystem::path> plugin_places(const std::filesystem::path& program);

@@ -1,9 +1,16 @@
 // An effect that tells what its host told it, and that breaks the rules when asked to.
+//
+// Built with CONFORMING it does all that its host may expect, but for the one thing that MISCHIEF
+// in the environment names by its number.
+#include <dlfcn.h>
 #include <host_api/effect_interface.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
@@ -17,6 +24,40 @@ namespace {
 using namespace test_effect;
 
 struct ForeignTrouble {};
+
+#ifdef CONFORMING
+constexpr bool kConforming = true;
+#else
+constexpr bool kConforming = false;
+#endif
+
+/// What the environment asks for; for all frames.
+int asked_mischief() {
+    if (kConforming) {
+        if (const char* const text = std::getenv("MISCHIEF")) {
+            return std::atoi(text);
+        }
+    }
+    return kNone;
+}
+
+/// The first error is passed on; unless it conforms, the effect does not care.
+void pass_on(PF_Err& err, PF_Err next) {
+    if (kConforming && err == PF_Err_NONE) {
+        err = next;
+    }
+}
+
+/// Volatile, or the compiler leaves out an allocation that nobody uses.
+void* volatile lost_block = nullptr;
+volatile int lost_descriptor = -1;
+
+void stay_loaded() {
+    Dl_info self{};
+    if (dladdr(reinterpret_cast<void*>(&stay_loaded), &self) != 0) {
+        dlopen(self.dli_fname, RTLD_NOW);
+    }
+}
 
 enum Parameter {
     kInput,
@@ -67,7 +108,9 @@ struct Instance {
 
 void delete_instance(void* data) {
     const std::unique_ptr<Instance> instance(static_cast<Instance*>(data));
-    instance->utils->host_dispose_handle(instance->handle);
+    if (instance->handle != nullptr) {
+        instance->utils->host_dispose_handle(instance->handle);
+    }
     if (instance->mischief == kThrowInDeleter) {
         throw std::runtime_error("deleter trouble");
     }
@@ -115,14 +158,17 @@ int all_null_slots(const PF_InData* in) {
 }
 
 PF_Err add_params(PF_InData* in, PF_OutData* out) {
-    const auto add = [in](int id, const char* name, PF_ParamType type, auto fill) {
+    PF_Err first = PF_Err_NONE;
+    const auto add = [in, &first](int id, const char* name, PF_ParamType type, auto fill) {
         PF_ParamDef def;
         std::memset(&def, 0, sizeof def);
         def.uu.id = id;
         def.param_type = type;
         in->utils->ansi.strcpy(def.name, name);
         fill(def.u);
-        return in->inter.add_param(in->effect_ref, PF_ParamIndex_APPEND, &def);
+        const PF_Err added = in->inter.add_param(in->effect_ref, PF_ParamIndex_APPEND, &def);
+        pass_on(first, added);
+        return added;
     };
     add(kGainId, "Gain", PF_Param_FLOAT_SLIDER, [](PF_ParamDefUnion& u) {
         u.fs_d.value = 1.5;
@@ -151,6 +197,10 @@ PF_Err add_params(PF_InData* in, PF_OutData* out) {
     auto copy = std::make_unique<std::string>(modes);
     add(kModeId, "Mode", PF_Param_POPUP, [&](PF_ParamDefUnion& u) {
         u.pd.num_choices = static_cast<A_short>(modes.size());
+        if (kConforming) {
+            u.pd.value = u.pd.dephault = 1;
+            u.pd.num_choices = 3;
+        }
         u.pd.u.namesptr = copy->c_str();
     });
     std::fill(copy->begin(), copy->end(), '?');
@@ -160,19 +210,23 @@ PF_Err add_params(PF_InData* in, PF_OutData* out) {
         u.pd.num_choices = kMischiefEnd - 1;
         u.pd.u.namesptr = kMischiefNames;
     });
-    out->num_params = kParamCount;
-    return err;
+    out->num_params = kParamCount + (asked_mischief() == kWrongCount ? 1 : 0);
+    return first != PF_Err_NONE ? first : err;
 }
 
-void read_params(PF_InData* in, Instance& instance) {
-    const auto read = [in](int id) {
+PF_Err read_params(PF_InData* in, Instance& instance) {
+    PF_Err err = PF_Err_NONE;
+    const auto read = [in, &err](int id) {
         PF_ParamDef def;
         std::memset(&def, 0, sizeof def);
-        in->inter.checkout_param(in->effect_ref, id, in->current_time, in->time_step,
-                                 in->time_scale, &def);
+        const PF_Err out = in->inter.checkout_param(in->effect_ref, id, in->current_time,
+                                                    in->time_step, in->time_scale, &def);
+        pass_on(err, out);
         // One stays checked out, as some effects leave all.
-        if (id != kGainId) {
-            in->inter.checkin_param(in->effect_ref, &def);
+        const bool keep =
+            kConforming ? out != PF_Err_NONE || asked_mischief() == kKeepParameter : id == kGainId;
+        if (!keep) {
+            pass_on(err, in->inter.checkin_param(in->effect_ref, &def));
         }
         return def.u;
     };
@@ -185,16 +239,20 @@ void read_params(PF_InData* in, Instance& instance) {
     instance.facts[kShadeBlue] = shade.blue;
     instance.facts[kMode] = read(kModeId).pd.value;
     instance.mischief = read(kMischiefId).pd.value;
+    if (kConforming) {
+        instance.mischief = asked_mischief();
+    }
+    return err;
 }
 
-void read_camera(PF_InData* in, Instance& instance) {
+PF_Err read_camera(PF_InData* in, Instance& instance) {
     const Suite<AEGP_PFInterfaceSuite1> interface(in, kAEGPPFInterfaceSuite, 1);
     const Suite<AEGP_LayerSuite5> layers(in, kAEGPLayerSuite, 11);
     const Suite<AEGP_ItemSuite6> items(in, kAEGPItemSuite, 10);
     const Suite<AEGP_CompSuite4> comps(in, kAEGPCompSuite, 9);
     const Suite<AEGP_StreamSuite2> streams(in, kAEGPStreamSuite, 7);
     if (!interface || !layers || !items || !comps || !streams) {
-        return;
+        return PF_Err_NONE;
     }
     auto& facts = instance.facts;
     A_Time time{};
@@ -214,7 +272,7 @@ void read_camera(PF_InData* in, Instance& instance) {
         comps->AEGP_GetItemFromComp(comp, &item) != 0 ||
         items->AEGP_GetItemDimensions(item, &width, &height) != 0 ||
         comps->AEGP_GetCompShutterFrameRange(comp, &time, &start, &duration) != 0) {
-        return;
+        return PF_Err_BAD_CALLBACK_PARAM;
     }
     facts[kItemWidth] = width;
     facts[kItemHeight] = height;
@@ -223,17 +281,18 @@ void read_camera(PF_InData* in, Instance& instance) {
     facts[kShutterDuration] = duration.value;
     facts[kHasCamera] = camera != nullptr ? 1 : 0;
     if (camera == nullptr) {
-        return;
+        return PF_Err_NONE;
     }
     A_Matrix4 matrix{};
-    layers->AEGP_GetLayerToWorldXform(camera, &start, &matrix);
+    const PF_Err err = layers->AEGP_GetLayerToWorldXform(camera, &start, &matrix);
     for (int i = 0; i < 16; ++i) {
         facts[kMatrix + i] = matrix.mat[i / 4][i % 4];
     }
     AEGP_StreamVal zoom{};
-    streams->AEGP_GetLayerStreamValue(camera, AEGP_LayerStream_ZOOM, AEGP_LTimeMode_CompTime,
-                                      &start, 0, &zoom, nullptr);
+    const PF_Err zoom_err = streams->AEGP_GetLayerStreamValue(
+        camera, AEGP_LayerStream_ZOOM, AEGP_LTimeMode_CompTime, &start, 0, &zoom, nullptr);
     facts[kZoom] = zoom.one_d;
+    return err != PF_Err_NONE ? err : zoom_err;
 }
 
 void tell_in_data(const PF_InData* in, Instance& instance) {
@@ -256,9 +315,9 @@ void tell_in_data(const PF_InData* in, Instance& instance) {
 PF_Err pre_render(PF_InData* in, PF_PreRenderExtra* extra) {
     auto instance = std::make_unique<Instance>();
     instance->utils = in->utils;
-    read_params(in, *instance);
+    PF_Err first = read_params(in, *instance);
     tell_in_data(in, *instance);
-    read_camera(in, *instance);
+    pass_on(first, read_camera(in, *instance));
     instance->facts[kBitDepth] = extra->input->bitdepth;
 
     const int mischief = instance->mischief;
@@ -270,7 +329,7 @@ PF_Err pre_render(PF_InData* in, PF_PreRenderExtra* extra) {
         return extra->cb->checkout_layer(in->effect_ref, 0, id, &request, in->current_time,
                                          in->time_step, scale, &result);
     };
-    const PF_Err err = checkout(in->time_scale);
+    PF_Err err = checkout(in->time_scale);
     if (mischief == kDuplicateCheckout) {
         checkout(in->time_scale);
     }
@@ -292,6 +351,9 @@ PF_Err pre_render(PF_InData* in, PF_PreRenderExtra* extra) {
     }
     if (mischief == kEmptyResult) {
         output.result_rect = {};
+    }
+    if (first != PF_Err_NONE) {
+        err = first;
     }
     if (mischief == kNoDeleter) {
         static Instance forever;
@@ -330,9 +392,10 @@ void draw(const Instance& instance, PF_EffectWorld* output, PF_PixelFormat forma
     for (int y = 0; y < rows; ++y) {
         const int columns = output->width;
         for (int x = 0; x < columns; ++x) {
-            const double red = y == 0 && x < kFactEnd && format == PF_PixelFormat_ARGB128
-                                   ? instance.facts[static_cast<std::size_t>(x)]
-                                   : x + 10.0 * y;
+            const double red =
+                !kConforming && y == 0 && x < kFactEnd && format == PF_PixelFormat_ARGB128
+                    ? instance.facts[static_cast<std::size_t>(x)]
+                    : x + 10.0 * y;
             put(first + y * output->rowbytes + x * size, format, red);
         }
     }
@@ -359,6 +422,27 @@ PF_Err render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
     if (mischief == kThrowNumber) {
         throw 516;
     }
+    if (extra->input->bitdepth == 16 && mischief == kCrash) {
+        __builtin_trap();
+    }
+    while (extra->input->bitdepth == 16 && mischief == kHang) {
+        pause();
+    }
+    if (mischief == kLeakMemory) {
+        lost_block = std::malloc(1);
+    }
+    if (mischief == kLeakDescriptor) {
+        lost_descriptor = dup(STDERR_FILENO);
+    }
+    if (mischief == kLeakMapping) {
+        lost_block = mmap(nullptr, 4096, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    }
+    if (extra->input->bitdepth == 16 && mischief == kEndProcess) {
+        _exit(0);
+    }
+    if (mischief == kStayLoaded) {
+        stay_loaded();
+    }
     if (mischief == kCallUnprovided) {
         const Suite<AEGP_LayerSuite5> layers(in, kAEGPLayerSuite, 11);
         layers->AEGP_GetLayerName();
@@ -369,8 +453,18 @@ PF_Err render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
         extra->cb->checkout_output(in->effect_ref, &output);
     }
     const A_long id = mischief == kNegativeCheckout ? -7 : 0;
-    extra->cb->checkout_layer_pixels(in->effect_ref, id, &input);
-    extra->cb->checkout_output(in->effect_ref, &output);
+    PF_Err err = extra->cb->checkout_layer_pixels(in->effect_ref, id, &input);
+    if (kConforming && err != PF_Err_NONE) {
+        return err;
+    }
+    err = extra->cb->checkout_output(in->effect_ref, &output);
+    if (kConforming && err != PF_Err_NONE) {
+        if (mischief == kLeakOnError) {
+            lost_block = std::malloc(1);
+        }
+        extra->cb->checkin_layer_pixels(in->effect_ref, id);
+        return err;
+    }
     if (mischief == kUnknownCheckout) {
         PF_EffectWorld* none = nullptr;
         extra->cb->checkout_layer_pixels(in->effect_ref, 99, &none);
@@ -382,7 +476,13 @@ PF_Err render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
     {
         const Suite<PF_WorldSuite2> worlds(in, kPFWorldSuite, 2);
         PF_EffectWorld copy = *input;
-        worlds->PF_GetPixelFormat(mischief == kForeignWorld ? &copy : input, &format);
+        err = !worlds
+                  ? PF_Err_BAD_CALLBACK_PARAM
+                  : worlds->PF_GetPixelFormat(mischief == kForeignWorld ? &copy : input, &format);
+    }
+    if (kConforming && err != PF_Err_NONE) {
+        extra->cb->checkin_layer_pixels(in->effect_ref, id);
+        return err;
     }
     if (mischief == kLeakSuite) {
         const void* table = nullptr;
@@ -393,8 +493,8 @@ PF_Err render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
     }
     if (mischief == kUnknownSuite) {
         const void* table = in;
-        const SPErr err = in->pica_basicP->AcquireSuite(kAEGPLayerSuite, 14, &table);
-        if (err == 0 || table != nullptr) {
+        const SPErr found = in->pica_basicP->AcquireSuite(kAEGPLayerSuite, 14, &table);
+        if (found == 0 || table != nullptr) {
             return 1;
         }
     }
@@ -423,7 +523,7 @@ PF_Err render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
         in->utils->host_dispose_handle(handle);
         in->utils->host_dispose_handle(handle);
     }
-    extra->cb->checkin_layer_pixels(in->effect_ref, id);
+    err = extra->cb->checkin_layer_pixels(in->effect_ref, id);
     void* const slot = &extra->cb;
     if (mischief == kHandleForCallbacks) {
         const PF_Handle handle = in->utils->host_new_handle(1);
@@ -438,13 +538,18 @@ PF_Err render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
         in->utils->ansi.strcpy(out->return_msg, "no can do");
         return PF_Err_BAD_CALLBACK_PARAM;
     }
-    return PF_Err_NONE;
+    return kConforming ? err : PF_Err{PF_Err_NONE};
 }
 
 /// The plain way: alpha full, red from the first slider, through the host's own fill.
 PF_Err plain_render(PF_InData* in, PF_ParamDef** params, PF_EffectWorld* output) {
     PF_Pixel16* deep = nullptr;
-    in->utils->get_pixel_data16(output, nullptr, &deep);
+    // Premiere has no such access.
+    const bool asks = !kConforming || in->appl_id != kAppID_Premiere;
+    const PF_Err err = asks ? in->utils->get_pixel_data16(output, nullptr, &deep) : PF_Err_NONE;
+    if (kConforming && err != PF_Err_NONE) {
+        return err;
+    }
     if (deep != nullptr) {
         return PF_Err_NONE;
     }
@@ -461,18 +566,31 @@ PF_Err describe_dependencies(PF_InData* in, PF_ExtDependenciesExtra* extra) {
     }
     const char text[] = "one font";
     extra->dependencies_strH = in->utils->host_new_handle(sizeof text);
+    if (extra->dependencies_strH == nullptr) {
+        return PF_Err_OUT_OF_MEMORY;
+    }
     std::memcpy(*extra->dependencies_strH, text, sizeof text);
     return PF_Err_NONE;
 }
 
 PF_Err global_setup(PF_InData* in, PF_OutData* out) {
+    if (asked_mischief() == kLeakAtSetUp) {
+        lost_block = std::malloc(1);
+    }
     out->my_version = PF_VERSION(9, 3, 1, PF_Stage_RELEASE, 7);
     out->out_flags = PF_OutFlag_DEEP_COLOR_AWARE | PF_OutFlag_I_USE_SHUTTER_ANGLE |
                      PF_OutFlag_I_HAVE_EXTERNAL_DEPENDENCIES;
     out->out_flags2 = PF_OutFlag2_SUPPORTS_QUERY_DYNAMIC_FLAGS | PF_OutFlag2_I_USE_3D_CAMERA |
                       PF_OutFlag2_SUPPORTS_SMART_RENDER | PF_OutFlag2_FLOAT_COLOR_AWARE;
+    if (kConforming) {
+        // The query may turn it on.
+        out->out_flags2 |= PF_OutFlag2_I_USE_3D_LIGHTS;
+    }
     if (in->appl_id == kAppID_Premiere) {
         const Suite<PF_PixelFormatSuite1> formats(in, kPFPixelFormatSuite, 1);
+        if (!formats) {
+            return PF_Err_NONE;
+        }
         formats->ClearSupportedPixelFormats(in->effect_ref);
         formats->AddSupportedPixelFormat(in->effect_ref, PF_PixelFormat_BGRA32);
     }
@@ -488,6 +606,9 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
                                                                         void* extra) {
     switch (cmd) {
         case PF_Cmd_ABOUT:
+            if (asked_mischief() == kLeakInAbout) {
+                lost_block = std::malloc(1);
+            }
             in->utils->ansi.sprintf(out->return_msg, "%s v%d", "Test effect", 9);
             return PF_Err_NONE;
         case PF_Cmd_GLOBAL_SETUP:

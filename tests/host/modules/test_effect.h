@@ -38,6 +38,18 @@ enum Mischief {
     kUnknownParameter,
     kForeignWorld,
     kCallUnprovided,
+    kCrash,  ///< in 16-bit renders
+    kHang,   ///< in 16-bit renders
+    kLeakMemory,
+    kKeepParameter,  ///< checked out and not in again
+    kWrongCount,     ///< of parameters
+    kStayLoaded,
+    kLeakOnError,  ///< memory, when the output cannot be had
+    kLeakAtSetUp,
+    kLeakInAbout,
+    kLeakDescriptor,
+    kLeakMapping,
+    kEndProcess,  ///< in 16-bit renders
     kMischiefEnd
 };
 
@@ -47,7 +59,10 @@ inline constexpr char kMischiefNames[] =
     "Unknown Checkout|Fetch Twice|Duplicate Checkout|Negative Checkout|Output First|Large Result|"
     "Empty Result|Draw Nothing|Draw Half|Fail With Message|Overlong Message|Unterminated Message|"
     "Leak Handle|Dispose Twice|Handle For Callbacks|Rubbish For Callbacks|Zero Time Scale|"
-    "Unknown Parameter|Foreign World|Call Unprovided";
+    "Unknown Parameter|Foreign World|Call Unprovided|Crash|Hang|Leak Memory|Keep Parameter|Wrong "
+    "Count|"
+    "Stay Loaded|Leak On Error|Leak At Set-up|Leak In About|Leak Descriptor|Leak Mapping|"
+    "End Process";
 
 /// Float frames carry in row 0, in the red channel, what the effect was told.
 enum Fact {

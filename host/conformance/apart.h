@@ -1,0 +1,61 @@
+// Work on the module in a process of its own, which may crash, hang or be left by an exception.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace conformance {
+
+/// Something that is not as promised.
+struct Finding {
+    std::string rule;       ///< whose row it belongs in; empty: the probe's own
+    std::string text;       ///< what came back instead
+    std::string deviation;  ///< its name, where a contract may keep it
+};
+
+/// The way out of the process: what is said here arrives even if the process then dies. Each word
+/// is a sign of life and restarts the clock.
+class Notes {
+public:
+    Notes(int descriptor, std::chrono::milliseconds limit);
+
+    /// What the process is about to do, for the report of a crash.
+    void doing(std::string_view what);
+    void find(std::string_view rule, std::string_view text, std::string_view deviation = {});
+    /// What came back, when all is well.
+    void say(std::string_view text);
+    /// For later probes.
+    void keep(const std::string& name, const nlohmann::json& value);
+    /// The last word: whoever goes without it did not go by himself.
+    void end();
+
+private:
+    void send(const nlohmann::json& line);
+
+    int descriptor_;
+    unsigned alarm_seconds_;
+};
+
+/// What was heard from such a process.
+struct Heard {
+    std::vector<Finding> findings;
+    std::string said;
+    std::string doing;
+    nlohmann::json kept;
+    /// How it ended, in words: "killed by SIGSEGV", "no answer within 10 s"; empty when it came to
+    /// its end.
+    std::string died;
+    std::string last_words;  ///< its last line on standard error
+};
+
+using Body = std::function<void(Notes&)>;
+
+/// Runs `body` in a child of this process. What `body` throws is a finding. The child's standard
+/// output goes nowhere. Throws `std::system_error` when there can be no child.
+Heard run_apart(const Body& body, std::chrono::milliseconds limit);
+
+}  // namespace conformance

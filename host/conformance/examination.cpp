@@ -1,0 +1,156 @@
+#include "examination.h"
+
+#include <conformance/deviations.h>
+#include <host/module.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace conformance {
+namespace {
+
+constexpr std::size_t kFindingsTold = 3;
+
+bool kept_by(std::string_view match_name, std::string_view deviation) {
+    const auto kept = deviations_of(match_name);
+    return std::any_of(kept.begin(), kept.end(),
+                       [&](const Deviation& one) { return one.name == deviation; });
+}
+
+void note_once(std::vector<std::string>& names, const std::string& name) {
+    if (!name.empty() && std::find(names.begin(), names.end(), name) == names.end()) {
+        names.push_back(name);
+    }
+}
+
+}  // namespace
+
+std::vector<Finding> own_findings(const Heard& heard) {
+    std::vector<Finding> own = Examination::under(heard, "");
+    if (!heard.died.empty()) {
+        std::string text = heard.died;
+        text += heard.doing.empty() ? "" : " during " + heard.doing;
+        text += heard.last_words.empty() ? "" : ": " + heard.last_words;
+        own.push_back({"", text, ""});
+    }
+    return own;
+}
+
+Examination::Examination(const std::filesystem::path& bundle, const Options& options)
+    : bundle_(bundle), options_(options) {
+    report_.file = host::module_file(bundle);
+}
+
+Heard Examination::probe(const Body& body) {
+    Heard heard = run_apart(body, options_.time_limit);
+    ++probes_;
+    if (options_.progress) {
+        options_.progress(probes_);
+    }
+    return heard;
+}
+
+std::vector<Finding> Examination::under(const Heard& heard, std::string_view rule) {
+    std::vector<Finding> found;
+    std::copy_if(heard.findings.begin(), heard.findings.end(), std::back_inserter(found),
+                 [&](const Finding& finding) { return finding.rule == rule; });
+    return found;
+}
+
+Verdict Examination::judge(Row& row, const std::vector<Finding>& findings) const {
+    bool kept = true;
+    for (const Finding& finding : findings) {
+        note_once(row.deviations, finding.deviation);
+        kept = kept && kept_by(report_.match_name, finding.deviation);
+    }
+    return findings.empty() ? Verdict::Pass : kept ? Verdict::Deviation : Verdict::Fail;
+}
+
+void Examination::enter(const RowText& text, const std::vector<Finding>& findings,
+                        std::string answer) {
+    Row row;
+    row.id = text.id;
+    row.sent = text.sent;
+    row.promise = text.promise;
+    row.answer = std::move(answer);
+    row.verdict = judge(row, findings);
+    if (!findings.empty()) {
+        // What fails is told before what is kept.
+        std::vector<std::string> told;
+        for (const bool kept : {false, true}) {
+            for (const Finding& finding : findings) {
+                if (kept_by(report_.match_name, finding.deviation) == kept) {
+                    note_once(told, finding.text);
+                }
+            }
+        }
+        row.answer.clear();
+        for (std::size_t i = 0; i < std::min(told.size(), kFindingsTold); ++i) {
+            row.answer += (i == 0 ? "" : "; ") + told[i];
+        }
+        if (told.size() > kFindingsTold) {
+            row.answer += "; and " + std::to_string(told.size() - kFindingsTold) + " more";
+        }
+    }
+    report_.rows.push_back(std::move(row));
+}
+
+void Examination::enter(const RowText& text, const Heard& heard) {
+    enter(text, own_findings(heard), heard.said);
+}
+
+void Examination::leave_out(std::string_view what, std::string_view why) {
+    report_.unexamined.push_back(std::string(what) + ": " + std::string(why));
+}
+
+bool Examination::stands(std::string_view id) const {
+    return std::any_of(report_.rows.begin(), report_.rows.end(), [&](const Row& row) {
+        return row.id == id && row.verdict != Verdict::Fail;
+    });
+}
+
+host::Session Examination::open(host::SessionOptions options) const {
+    return host::Session(bundle_, std::move(options));
+}
+
+Report Examination::finish() {
+    const std::size_t looked_at = report_.rows.size();
+    for (const Deviation& deviation : deviations_of(report_.match_name)) {
+        const std::string name(deviation.name);
+        std::size_t shown = 0;
+        for (std::size_t i = 0; i < looked_at; ++i) {
+            const std::vector<std::string>& names = report_.rows[i].deviations;
+            shown += std::find(names.begin(), names.end(), name) != names.end() ? 1U : 0U;
+        }
+        Row row;
+        row.id = "kept." + name;
+        row.sent = name;
+        row.promise = deviation.guide;
+        if (shown == 0) {
+            row.verdict = Verdict::Fail;
+            row.answer =
+                "it shows in no row, though it is on this effect's list; take it off the "
+                "list if the contract no longer keeps it";
+        } else {
+            row.verdict = Verdict::Deviation;
+            row.answer = "shows in " + std::to_string(shown) + (shown == 1 ? " row" : " rows") +
+                         "; kept: " + std::string(deviation.reason);
+            row.deviations = {name};
+        }
+        report_.rows.push_back(std::move(row));
+    }
+    return std::move(report_);
+}
+
+Report examine(const std::filesystem::path& bundle, const Options& options) {
+    Examination run(bundle, options);
+    examine_bundle(run);
+    examine_set_up(run);
+    examine_controls(run);
+    examine_frames(run);
+    examine_faults(run);
+    examine_leaks(run);
+    return run.finish();
+}
+
+}  // namespace conformance

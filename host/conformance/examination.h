@@ -1,0 +1,97 @@
+// A conformance run under way: what its families of rows share.
+#pragma once
+
+#include <conformance/examine.h>
+#include <conformance/report.h>
+#include <host/session.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "apart.h"
+#include "registration.h"
+
+namespace conformance {
+
+/// What a row is about; the answer is found out.
+struct RowText {
+    std::string_view id;
+    std::string_view sent;
+    std::string_view promise;
+};
+
+/// What the effect declared of itself at set-up.
+struct Declared {
+    std::uint32_t version = 0;
+    std::uint32_t out_flags = 0;
+    std::uint32_t out_flags2 = 0;
+
+    bool has(std::int32_t flag) const {
+        return (out_flags & static_cast<std::uint32_t>(flag)) != 0;
+    }
+    bool has2(std::int32_t flag) const {
+        return (out_flags2 & static_cast<std::uint32_t>(flag)) != 0;
+    }
+};
+
+class Examination {
+public:
+    /// Throws `host::ModuleError` when there is no module.
+    Examination(const std::filesystem::path& bundle, const Options& options);
+
+    /// Runs a probe apart from this process.
+    Heard probe(const Body& body);
+    /// Enters a row: a pass with `answer` unless something was found.
+    void enter(const RowText& text, const std::vector<Finding>& findings, std::string answer);
+    /// Enters the row that a probe is for, from its own findings and how it ended.
+    void enter(const RowText& text, const Heard& heard);
+    /// Those of `heard` that belong in the row of a rule.
+    static std::vector<Finding> under(const Heard& heard, std::string_view rule);
+    /// Notes what cannot be looked at, instead of passing over it.
+    void leave_out(std::string_view what, std::string_view why);
+    /// Whether there is a row of this id that does not fail: others are built on it.
+    bool stands(std::string_view id) const;
+
+    /// The file is opened under the name that the user gave: effects look round their own folder.
+    host::Session open(host::SessionOptions options = {}) const;
+
+    const std::filesystem::path& file() const { return report_.file; }
+    void set_match_name(const std::string& name) { report_.match_name = name; }
+    /// Set by the set-up rows; nothing when the effect cannot be set up.
+    std::optional<Declared> declared;
+    /// What the first set-up was like, from which controls and later rows go on.
+    Heard set_up;
+    /// Nothing when the bundle has none that can be read.
+    std::optional<Registration> registration;
+
+    /// Adds the rows that hold the list of deviations to what showed.
+    Report finish();
+
+private:
+    Verdict judge(Row& row, const std::vector<Finding>& findings) const;
+
+    std::filesystem::path bundle_;
+    Options options_;
+    std::size_t probes_ = 0;
+    Report report_;
+};
+
+/// The probe's own findings, a death included.
+std::vector<Finding> own_findings(const Heard& heard);
+
+// The families of rows, in their order; each stands on what those before found out.
+void examine_bundle(Examination& run);
+/// As soon as `declared` is known.
+void compare_with_registration(Examination& run);
+void examine_set_up(Examination& run);
+void examine_controls(Examination& run);
+void examine_frames(Examination& run);
+void examine_faults(Examination& run);
+void examine_leaks(Examination& run);
+
+}  // namespace conformance

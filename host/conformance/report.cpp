@@ -1,0 +1,24 @@
+#include <conformance/report.h>
+
+#include <algorithm>
+
+namespace conformance {
+
+const char* name_of(Verdict verdict) {
+    switch (verdict) {
+        case Verdict::Pass:
+            return "pass";
+        case Verdict::Deviation:
+            return "kept deviation";
+        case Verdict::Fail:
+            break;
+    }
+    return "FAIL";
+}
+
+std::size_t Report::count(Verdict verdict) const {
+    return static_cast<std::size_t>(std::count_if(
+        rows.begin(), rows.end(), [=](const Row& row) { return row.verdict == verdict; }));
+}
+
+}  // namespace conformance

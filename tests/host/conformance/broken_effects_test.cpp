@@ -1,0 +1,194 @@
+// Effects that break one rule each: the run finds that rule, and no other.
+#include <conformance/examine.h>
+#include <gtest/gtest.h>
+#include <host/errors.h>
+
+#include <cstdlib>
+#include <ostream>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "modules/test_effect.h"
+#include "report_support.h"
+
+namespace {
+
+using namespace test_effect;
+using conformance::examine;
+using conformance::Options;
+using conformance::Report;
+using report_support::failing;
+using report_support::row;
+
+/// A mischief for the length of a run.
+Report examine_with(Mischief mischief,
+                    std::chrono::milliseconds limit = report_support::kPatience) {
+    setenv("MISCHIEF", std::to_string(mischief).c_str(), 1);
+    Options options;
+    options.time_limit = limit;
+    Report report = examine(CONFORMING_EFFECT, options);
+    unsetenv("MISCHIEF");
+    return report;
+}
+
+struct Broken {
+    Mischief mischief;
+    std::set<std::string> rows;
+    const char* answer;  ///< part of what the first of them says
+};
+
+std::ostream& operator<<(std::ostream& out, const Broken& broken) {
+    return out << "mischief " << broken.mischief;
+}
+
+/// Every row in which a frame is smart rendered.
+const std::set<std::string> kRenders = {"frames.8-bit", "frames.16-bit",     "frames.float",
+                                        "frames.still", "frames.no-camera",  "frames.one-pixel",
+                                        "frames.part",  "frames.empty",      "frames.again",
+                                        "frames.rows",  "frames.interleaved"};
+
+class BrokenEffect : public testing::TestWithParam<Broken> {};
+
+TEST_P(BrokenEffect, IsCaughtByItsRowAlone) {
+    const Report report = examine_with(GetParam().mischief);
+    EXPECT_EQ(failing(report), GetParam().rows);
+    EXPECT_NE(row(report, *GetParam().rows.begin()).answer.find(GetParam().answer),
+              std::string::npos)
+        << row(report, *GetParam().rows.begin()).answer;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rules, BrokenEffect,
+    testing::Values(
+        Broken{kThrowStandard, kRenders, "std::runtime_error (\"boom\") left it"},
+        Broken{kThrowForeign, kRenders, "ForeignTrouble left it"},
+        Broken{kThrowNumber, kRenders, "type int (516) left it"},
+        Broken{kWritePastRow, {"frames.bounds"}, "in the padding of row 1, 3 bytes behind"},
+        Broken{kWriteBefore, {"frames.bounds"}, "2 bytes before the first pixel"},
+        Broken{kWriteBehind, {"frames.bounds"}, "5 bytes behind the last row"},
+        Broken{kWriteInput, {"frames.input"}, "wrote to the input layer's pixels"},
+        Broken{kLeakSuite, {"frames.suites"}, "\"PF World Suite\" version 2 was acquired 1 times"},
+        Broken{kReleaseUnheldSuite, {"frames.calls"}, "is not held"},
+        Broken{kNoDeleter, {"frames.deleter"}, "without a deleter is lost"},
+        Broken{kNegativeCheckout, {"frames.calls"}, "a negative id, -7"},
+        Broken{kLargeResult, {"frames.rectangles"}, "reaches beyond the request"},
+        Broken{kOverlongMessage, {"frames.messages"}, "longer than it"},
+        Broken{kUnterminatedMessage, {"frames.messages"}, "no terminator within its 256"},
+        Broken{kLeakHandle, {"frames.handles"}, "1 host handles were not disposed of"},
+        Broken{kDisposeTwice, {"frames.calls"}, "or disposed of already"},
+        Broken{kHandleForCallbacks, {"frames.record"}, "a handle stands in the slot"},
+        Broken{kRubbishForCallbacks, {"frames.record"}, "neither them nor a handle"},
+        Broken{kCrash, {"frames.16-bit"}, "killed by SIGILL during a 16-bit frame"},
+        Broken{kEndProcess,
+               {"frames.16-bit"},
+               "the process was ended with exit code 0 during a 16-bit frame"},
+        Broken{kLeakMemory, {"leaks.frames"}, "bytes of heap lost each time"},
+        Broken{kLeakDescriptor, {"leaks.frames"}, "1 file descriptors lost each time"},
+        Broken{kLeakAtSetUp, {"leaks.sessions"}, "bytes of heap lost each time"},
+        Broken{kLeakInAbout, {"leaks.questions"}, "bytes of heap lost each time"},
+        Broken{kLeakOnError, {"faults.frame.checkout_output"}, "bytes of heap lost each time"},
+        Broken{kKeepParameter, {"frames.parameters"}, "6 parameters checked out and not in again"},
+        Broken{kWrongCount, {"controls.count"}, "num_params is 8, but with the input layer 7"},
+        Broken{kStayLoaded, {"leaks.unload"}, "still there after it was unloaded"}));
+
+TEST(BrokenEffectThatLosesMappings, IsCaughtWhereTheyTell) {
+    const Report report = examine_with(kLeakMapping);
+#ifdef __SANITIZE_ADDRESS__
+    EXPECT_EQ(failing(report), std::set<std::string>{}) << "the sanitizer's own come and go";
+#else
+    EXPECT_EQ(failing(report), std::set<std::string>{"leaks.frames"});
+    EXPECT_EQ(row(report, "leaks.frames").answer, "4096 bytes of address space lost each time");
+#endif
+}
+
+TEST(BrokenEffectThatHangs, CostsItsTimeLimitAndARow) {
+    const Report report = examine_with(kHang, std::chrono::milliseconds(2500));
+    EXPECT_EQ(failing(report), std::set<std::string>{"frames.16-bit"});
+    EXPECT_EQ(row(report, "frames.16-bit").answer, "no answer within 2.5 s during a 16-bit frame");
+}
+
+TEST(BrokenEffectThatDrawsNothing, IsCaughtWhereverPixelsAreDue) {
+    std::set<std::string> rows = kRenders;
+    rows.erase("frames.empty");
+    EXPECT_EQ(failing(examine_with(kDrawNothing)), rows);
+}
+
+TEST(BrokenEffectThatCallsWhatTheHostLacks, IsQuotedFromItsLastWords) {
+    const Report report = examine_with(kCallUnprovided);
+    EXPECT_EQ(failing(report), kRenders);
+    EXPECT_EQ(row(report, "frames.float").answer,
+              "killed by SIGABRT during a float frame: stand-in host: the plug-in called AEGP "
+              "Layer Suite 11: AEGP_GetLayerName, which this host does not provide");
+}
+
+TEST(WhatAFailureHides, IsToldInsteadOfPassed) {
+    const Report report = examine_with(kThrowStandard);
+    EXPECT_EQ(report.unexamined,
+              (std::vector<std::string>{
+                  "registration: there is no Info.plist, PkgInfo or "
+                  "Resources/libconforming_effect.so.rsrc beside the module",
+                  "faults.frame: the frame without faults fails or is not drawn, see frames.float",
+                  "leaks.frames: a frame fails, see frames.8-bit",
+                  "leaks.unload: a frame fails, see frames.8-bit"}));
+}
+
+TEST(SetUpThatFails, EndsTheRunWithItsReason) {
+    setenv("SET_UP_FAULT", "refuse", 1);
+    const Report report = examine(SET_UP_FAULTS);
+    unsetenv("SET_UP_FAULT");
+    EXPECT_EQ(failing(report), std::set<std::string>{"setup.session"});
+    EXPECT_EQ(row(report, "setup.session").answer, "not today (status 512)");
+    EXPECT_EQ(report.rows.size(), 2U) << "with the module itself";
+    EXPECT_EQ(report.unexamined.size(), 6U) << "registration, questions and four families";
+}
+
+TEST(SetUpThatFails, TellsWhatIsStillHeldToo) {
+    setenv("SET_UP_FAULT", "refuse holding a suite", 1);
+    const Report report = examine(SET_UP_FAULTS);
+    unsetenv("SET_UP_FAULT");
+    EXPECT_NE(row(report, "setup.session").answer.find("was acquired 1 times more"),
+              std::string::npos);
+}
+
+TEST(SetUpThatThrows, IsARowToo) {
+    setenv("SET_UP_FAULT", "throw", 1);
+    const Report report = examine(SET_UP_FAULTS);
+    unsetenv("SET_UP_FAULT");
+    EXPECT_EQ(failing(report), std::set<std::string>{"setup.session"});
+    EXPECT_NE(row(report, "setup.session").answer.find("left it during PF_Cmd_GLOBAL_SETUP"),
+              std::string::npos);
+}
+
+TEST(ModuleWithoutAnEntryPoint, FailsItsRowWithTheRemedy) {
+    const Report report = examine(NO_ENTRY_POINT);
+    EXPECT_EQ(failing(report), std::set<std::string>{"bundle.module"});
+    EXPECT_EQ(row(report, "bundle.module").answer,
+              "\"" NO_ENTRY_POINT
+              "\" exports no entry point EntryPointFunc; export it with C linkage and default "
+              "visibility");
+}
+
+TEST(NoModule, IsAnErrorAndNoReport) {
+    EXPECT_THROW(examine("/nowhere/No.plugin"), host::ModuleError);
+}
+
+TEST(ConformingEffect, PassesEveryRow) {
+    std::size_t probes = 0;
+    Options options;
+    options.time_limit = report_support::kPatience;
+    options.progress = [&](std::size_t done) { EXPECT_EQ(done, ++probes); };
+    const Report report = examine(CONFORMING_EFFECT, options);
+    EXPECT_EQ(failing(report), std::set<std::string>{});
+    EXPECT_EQ(report.count(conformance::Verdict::Deviation), 0U);
+    EXPECT_GT(probes, 0U);
+    // Every call that the effect makes has its row.
+    for (const char* id : {"faults.frame.checkout_param", "faults.frame.missing-PF-World-Suite",
+                           "faults.frame.AEGP_GetEffectCamera", "faults.premiere.fill",
+                           "faults.plain-16-bit.get_pixel_data16", "faults.set-up.add_param",
+                           "faults.set-up-premiere.AddSupportedPixelFormat"}) {
+        EXPECT_EQ(row(report, id).verdict, conformance::Verdict::Pass) << id;
+    }
+}
+
+}  // namespace

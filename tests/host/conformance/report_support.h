@@ -1,0 +1,49 @@
+// Looking at reports of conformance runs.
+#pragma once
+
+#include <conformance/report.h>
+
+#include <chrono>
+#include <set>
+#include <stdexcept>
+#include <string>
+
+namespace report_support {
+
+/// For modules that come to an end, on a machine however busy.
+inline constexpr std::chrono::milliseconds kPatience{60000};
+
+inline std::set<std::string> failing(const conformance::Report& report) {
+    std::set<std::string> ids;
+    for (const conformance::Row& row : report.rows) {
+        if (row.verdict == conformance::Verdict::Fail) {
+            ids.insert(row.id);
+        }
+    }
+    return ids;
+}
+
+/// Ids of the rows in which a deviation shows, the list's own row left out.
+inline std::set<std::string> showing(const conformance::Report& report,
+                                     const std::string& deviation) {
+    std::set<std::string> ids;
+    for (const conformance::Row& row : report.rows) {
+        for (const std::string& name : row.deviations) {
+            if (name == deviation && row.family() != "kept") {
+                ids.insert(row.id);
+            }
+        }
+    }
+    return ids;
+}
+
+inline const conformance::Row& row(const conformance::Report& report, const std::string& id) {
+    for (const conformance::Row& one : report.rows) {
+        if (one.id == id) {
+            return one;
+        }
+    }
+    throw std::runtime_error("no row " + id);
+}
+
+}  // namespace report_support

@@ -1,0 +1,84 @@
+// lumivar check
+#include <conformance/examine.h>
+#include <host/errors.h>
+
+#include <cstdio>
+#include <memory>
+
+#include "check_report.h"
+#include "command_line.h"
+#include "failure.h"
+#include "plugin_place.h"
+#include "progress.h"
+
+namespace lumivar {
+namespace {
+
+conformance::Report examined(const std::string& bundle, double seconds) {
+    static const std::string remedy =
+        "name a bundle, NAME.plugin with its module in Contents/MacOS/NAME";
+    std::filesystem::path plugin;
+    try {
+        plugin = find_plugin(bundle, remedy);
+    } catch (const Failure& failure) {
+        // Of a bundle that was named, only that it is not there is told.
+        throw bundle.empty() ? failure : Failure(failure.what() + ("; " + remedy));
+    }
+    Progress progress(0, "probes");
+    conformance::Options options;
+    options.time_limit = std::chrono::milliseconds(static_cast<int>(seconds * 1000.0));
+    options.progress = [&](std::size_t probes) { progress.update(probes); };
+    try {
+        return conformance::examine(plugin, options);
+    } catch (const host::ModuleError& error) {
+        throw Failure(error.what() + ("; " + remedy));
+    }
+}
+
+}  // namespace
+
+void add_check_command(CLI::App& program) {
+    struct Arguments {
+        std::string bundle;
+        double seconds = 10.0;
+        bool json = false;
+    };
+    auto arguments = std::make_shared<Arguments>();
+    CLI::App* command =
+        program.add_subcommand("check", "Check a plug-in against all that its host may ask and do");
+    command
+        ->add_option("BUNDLE", arguments->bundle,
+                     "The plug-in's bundle; if not given, the one that goes with this program")
+        ->check(not_empty());
+    command->add_flag("--json", arguments->json, "As JSON, for other programs");
+    command
+        ->add_option("--time-limit", arguments->seconds,
+                     "Seconds that one command or frame may take before it counts as hung (10)")
+        ->check(CLI::Range(0.1, 3600.0));
+    command->footer(
+        "Sends every command to the plug-in, in After Effects' way and in Premiere Pro's, makes\n"
+        "every call that it makes to the host fail in turn and every suite be missing, and looks\n"
+        "for writes outside the pixels, for suites, checkouts, handles, memory and descriptors\n"
+        "that are not given back, and for what differs from the bundle's registration. Each probe\n"
+        "runs in a process of its own: a crash or a hang is a row like any other.\n\n"
+        "Each row tells what was sent, what the interface promises, and what came back. A row\n"
+        "passes, fails, or is a kept deviation: behaviour that this effect's contract with saved\n"
+        "projects keeps although the interface's guide says otherwise. These belong to the effect\n"
+        "by its match name; in any other effect the same behaviour fails. The exit code is 1 if a\n"
+        "row fails.\n\n"
+        "Examples:\n"
+        "  lumivar check\n"
+        "  lumivar check build/asan-ubsan/plugin/Lumivar.plugin --time-limit 60\n"
+        "  lumivar check My.plugin --json | jq '.rows[] | select(.verdict == \"FAIL\")'\n");
+    command->callback([arguments] {
+        const conformance::Report report = examined(arguments->bundle, arguments->seconds);
+        std::fputs((arguments->json ? report_as_json(report) : report_as_text(report)).c_str(),
+                   stdout);
+        std::fflush(stdout);
+        if (!report.passed()) {
+            throw Failure(failure_text(report));
+        }
+    });
+}
+
+}  // namespace lumivar
