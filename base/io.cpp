@@ -1,4 +1,5 @@
 #include <base/exceptions.h>
+#include <base/growing_text.h>
 #include <base/io.h>
 #include <base/release.h>
 
@@ -102,20 +103,24 @@ int BufferedInput::ask_source(char* dest, int count) {
 }
 
 String BufferedInput::readline() {
-    String line;
+    GrowingText line;
     char byte = 0;
-    int got = 0;
-    do {
-        got = read(&byte, 1);
-        if (got > 0) {
-            line += byte;
+    int got = read(&byte, 1);
+    if (got == 0) {
+        return {};
+    }
+    while (got > 0) {
+        line.add(byte);
+        if (ends_line(byte)) {
+            break;
         }
-    } while (got > 0 && !ends_line(byte));
+        got = read(&byte, 1);
+    }
     if (got > 0) {
         char next = 0;
         got = read(&next, 1);
         if (got > 0 && ends_line(next) && next != byte) {
-            line += next;
+            line.add(next);
         } else if (got > 0) {
             unread(next);
         }
@@ -123,7 +128,7 @@ String BufferedInput::readline() {
     if (got < 0) {
         XTHROW("read error");
     }
-    return line;
+    return line.take();
 }
 
 void BufferedInput::unread(char byte) {

@@ -1,6 +1,6 @@
 // The one-line text form of an image's record.
-#include <base/array.h>
 #include <base/exceptions.h>
+#include <base/growing_text.h>
 #include <libkelvimage/metadata.h>
 
 #include <cstdio>
@@ -16,30 +16,10 @@ using MetaData = ImageSpec::MetaData;
 const char kMagic[] = "KELVMETA1";
 constexpr std::size_t kMagicLength = sizeof kMagic - 1;
 
-/// A text in the making. It grows in steps and reports a want of memory; a `String` does neither.
-class Text {
-public:
-    void add(char character) { *characters_._append() = character; }
-    void add(const char* text) {
-        const std::size_t length = std::strlen(text);
-        if (length != 0) {
-            std::memcpy(characters_.reserve(length) - (length - 1), text, length);
-        }
-    }
-
-    String string() {
-        add('\0');
-        return String::fmt("%s", &characters_[0]);
-    }
-
-private:
-    Array<char> characters_;
-};
-
 /// Adds the entries of a record to its text. Stops at a name that the text cannot hold.
 class Writer final : public VoidPtrMap::ForEachFunc {
 public:
-    explicit Writer(Text& out) : out_(out) {}
+    explicit Writer(GrowingText& out) : out_(out) {}
     int void_call(VoidPtrMap::Entry* entry) override {
         const auto& tag = *static_cast<MetaData::Entry*>(entry);
         const char* name = tag.key()->text.c_str();
@@ -56,21 +36,21 @@ public:
     }
 
 private:
-    Text& out_;
+    GrowingText& out_;
 };
 
 /// The characters up to `end` or the end of the text, where `p` is left.
 String read_word(const char*& p, char end) {
-    Text word;
+    GrowingText word;
     for (; *p != end && *p != '\0'; ++p) {
         word.add(*p);
     }
-    return word.string();
+    return word.take();
 }
 
 /// The value in the quotes that begin at `p`, which is left behind them.
 String read_quoted(const char*& p, const char* name) {
-    Text value;
+    GrowingText value;
     for (++p; *p != '"'; ++p) {
         if (*p == '\\') {
             ++p;
@@ -83,7 +63,7 @@ String read_quoted(const char*& p, const char* name) {
         value.add(*p);
     }
     ++p;
-    return value.string();
+    return value.take();
 }
 
 Matrix4<float> read_matrix(const char* text, const char* name) {
@@ -120,7 +100,7 @@ String MetaTraits<String>::text(const String& value) {
     if (value.find(' ') == String::kNotFound) {
         return String::fmt("%s", value.c_str());
     }
-    Text quoted;
+    GrowingText quoted;
     quoted.add('"');
     for (const char* p = value.c_str(); *p != '\0'; ++p) {
         // Backslashes stay alone: readers of this form have always dropped them.
@@ -130,7 +110,7 @@ String MetaTraits<String>::text(const String& value) {
         quoted.add(*p);
     }
     quoted.add('"');
-    return quoted.string();
+    return quoted.take();
 }
 
 String MetaTraits<Matrix4<float>>::text(const Matrix4<float>& value) {
@@ -142,13 +122,13 @@ String MetaTraits<Matrix4<float>>::text(const Matrix4<float>& value) {
 }
 
 String ImageSpec::MetaData::stringify() const {
-    Text text;
+    GrowingText text;
     text.add(kMagic);
     Writer writer(text);
     if (for_each_const(writer) != 0) {
         XTHROW("can't handle quoting yet");
     }
-    return text.string();
+    return text.take();
 }
 
 bool ImageSpec::MetaData::string_valid(const char* text) {

@@ -228,6 +228,14 @@ TEST(Readline, LosesBytesOfValueZero) {
     EXPECT_EQ(lines_of(std::string("a\0b\0\nc", 6)), (Lines{"ab\n", "c", ""}));
 }
 
+TEST(Readline, EndOfTheInputIsTheNullString) {
+    // A line that was nothing but lost bytes is empty too, but not the same by `==`.
+    MemoryInput source(std::string(1, '\0'));
+    BufferedInput input(source, 4);
+    EXPECT_TRUE(input.readline() != String());
+    EXPECT_TRUE(input.readline() == String());
+}
+
 TEST(Readline, WithoutABufferLosesBytesAndThenThrows) {
     MemoryInput source("a\nbc\nde\n");
     BufferedInput input(source, 0);

@@ -1,5 +1,4 @@
-// Every allocation of a stream's life fails in its turn. `readline` is left out: a `String` that
-// grows by a character does not look whether it got its memory.
+// Every allocation of a stream's life fails in its turn.
 #include <gtest/gtest.h>
 #include <osapi/streams.h>
 
@@ -71,6 +70,25 @@ TEST_F(StreamMemory, ReadingStreamWithoutMemoryIsNotMade) {
     EXPECT_EQ(made, 1);
     EXPECT_EQ(refused, 1);
     EXPECT_EQ(std::string(read, 3), "def");
+}
+
+TEST_F(StreamMemory, LineWithoutMemoryIsReported) {
+    const std::string line(5000, 'x');
+    write_file(path_, line + "\n");
+    OSAPI::BufferedFileInput stream(path_.c_str(), OSAPI::kRead);
+    String got;
+    int refused = 0;
+    const unsigned int needed = fail_every_allocation([&] {
+        try {
+            stream.seek_from_start(0);
+            got = stream.readline();
+        } catch (const StrXception&) {
+            ++refused;
+        }
+    });
+    EXPECT_EQ(got.c_str(), line + "\n");
+    EXPECT_EQ(refused, static_cast<int>(needed));
+    EXPECT_GE(needed, 2U);
 }
 
 TEST_F(StreamMemory, WritingStreamWithoutMemoryIsNotMade) {

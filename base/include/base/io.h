@@ -1,8 +1,8 @@
 // Byte streams: sources and sinks with a position, and a buffer over any of them.
 //
 // A source gives what it has, a sink takes what it can; the buffered ones ask again. Text files are
-// read line by line with `BufferedInput::readline`, which grows a `String` by single characters: it
-// serves small files. Per-star work reads blocks and splits them in place.
+// read line by line with `BufferedInput::readline`, which goes byte by byte and moves the buffer at
+// each: it serves small files. Per-star work reads blocks and splits them in place.
 #pragma once
 
 #include <base/scoped_ptr.h>
@@ -73,7 +73,8 @@ public:
 
     /// The next line with its ending: line feed, carriage return or both in either order. The last
     /// line may have none; an empty result is the end of the input. Bytes of value 0 are lost, as
-    /// a `String` cannot hold them. Throws `StrXception` "read error".
+    /// a `String` cannot hold them, and 0xFF where it begins a line but the first, by `unread`.
+    /// Throws `StrXception` "read error" and "out of memory (...)".
     String readline();
     /// Makes `byte` the next one to be read and steps back by 1. Throws `StrXception` "can't unread
     /// more than 1 byte". The byte 0xFF is lost: the next read gives the byte after it.
