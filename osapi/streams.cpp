@@ -13,6 +13,21 @@ uword byte_count(int count) {
     return static_cast<uword>(count);
 }
 
+/// Moves `file` unless it is there already; `position` follows, and is returned.
+s64 move_to(DiskFile& file, s64& position, s64 target) {
+    if (target != position) {
+        position = file.seek_from_start(target);
+    }
+    return position;
+}
+
+s64 move_by(DiskFile& file, s64& position, s64 offset) {
+    if (offset != 0) {
+        position = file.seek_from_curpos(offset);
+    }
+    return position;
+}
+
 }  // namespace
 
 int FileInput::read(char* dest, int count) {
@@ -21,19 +36,9 @@ int FileInput::read(char* dest, int count) {
     return got;
 }
 
-s64 FileInput::seek_from_start(s64 position) {
-    if (position != position_) {
-        position_ = file_.seek_from_start(position);
-    }
-    return position_;
-}
+s64 FileInput::seek_from_start(s64 position) { return move_to(file_, position_, position); }
 
-s64 FileInput::seek_from_curpos(s64 offset) {
-    if (offset != 0) {
-        position_ = file_.seek_from_curpos(offset);
-    }
-    return position_;
-}
+s64 FileInput::seek_from_curpos(s64 offset) { return move_by(file_, position_, offset); }
 
 int FileOutput::write(const char* bytes, int count) {
     const int written = static_cast<int>(file_.write(bytes, byte_count(count)));
@@ -41,19 +46,9 @@ int FileOutput::write(const char* bytes, int count) {
     return written;
 }
 
-s64 FileOutput::seek_from_start(s64 position) {
-    if (position != position_) {
-        position_ = file_.seek_from_start(position);
-    }
-    return position_;
-}
+s64 FileOutput::seek_from_start(s64 position) { return move_to(file_, position_, position); }
 
-s64 FileOutput::seek_from_curpos(s64 offset) {
-    if (offset != 0) {
-        position_ = file_.seek_from_curpos(offset);
-    }
-    return position_;
-}
+s64 FileOutput::seek_from_curpos(s64 offset) { return move_by(file_, position_, offset); }
 
 int DescriptorInput::read(char* dest, int count) {
     const int got = static_cast<int>(read_up_to(descriptor_.fd(), dest, byte_count(count)));
