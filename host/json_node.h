@@ -17,6 +17,9 @@ using Json = nlohmann::ordered_json;
 /// Throws `SceneError`.
 Json parse_json(const std::string& text, const std::string& source);
 
+/// "line L, column C" of a byte of `text`, both from 1, columns in characters.
+std::string line_and_column(const std::string& text, std::size_t offset);
+
 /// "FILE: POINTER", or "FILE" for the whole document; what could break the line is escaped as in
 /// JSON.
 std::string json_place(const std::string& source,

@@ -116,8 +116,8 @@ public:
         }
         // The end of the text counts as read when the parser has met it.
         const std::size_t at = std::min(position - std::min(position, length), text_.size());
-        error_ =
-            source_ + ": " + line_and_column(at) + ": expected " + expected + ", found " + found;
+        error_ = source_ + ": " + line_and_column(text_, at) + ": expected " + expected +
+                 ", found " + found;
         return false;
     }
 
@@ -140,18 +140,6 @@ private:
         open_.pop_back();
         return true;
     }
-    /// Both from 1, columns in characters.
-    std::string line_and_column(std::size_t offset) const {
-        const std::string before = text_.substr(0, offset);
-        const std::size_t newline = before.rfind('\n');
-        const std::size_t start = newline == std::string::npos ? 0 : newline + 1;
-        const auto lines = std::count(before.begin(), before.end(), '\n');
-        // Bytes that continue a UTF-8 character are 10xxxxxx.
-        const auto columns =
-            std::count_if(before.begin() + static_cast<std::ptrdiff_t>(start), before.end(),
-                          [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; });
-        return "line " + std::to_string(lines + 1) + ", column " + std::to_string(columns + 1);
-    }
 
     const std::string& text_;
     const std::string& source_;
@@ -160,6 +148,18 @@ private:
 };
 
 }  // namespace
+
+std::string line_and_column(const std::string& text, std::size_t offset) {
+    const std::string before = text.substr(0, offset);
+    const std::size_t newline = before.rfind('\n');
+    const std::size_t start = newline == std::string::npos ? 0 : newline + 1;
+    const auto lines = std::count(before.begin(), before.end(), '\n');
+    // Bytes that continue a UTF-8 character are 10xxxxxx.
+    const auto columns =
+        std::count_if(before.begin() + static_cast<std::ptrdiff_t>(start), before.end(),
+                      [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; });
+    return "line " + std::to_string(lines + 1) + ", column " + std::to_string(columns + 1);
+}
 
 Json parse_json(const std::string& text, const std::string& source) {
     constexpr bool kStrict = true;

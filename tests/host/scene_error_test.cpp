@@ -2,10 +2,12 @@
 #include <host/scene.h>
 
 #include <gtest/gtest.h>
+#include <scene_text.h>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -15,13 +17,18 @@
 
 namespace {
 
-std::string error_of(const std::string& text) {
+template <class Run>
+std::string error_of_run(Run run) {
     try {
-        host::parse_scene(text, "s.json");
+        run();
     } catch (const host::SceneError& error) {
         return error.what();
     }
     return "no error";
+}
+
+std::string error_of(const std::string& text) {
+    return error_of_run([&text] { host::parse_scene(text, "s.json"); });
 }
 
 std::string composition_error(const std::string& members) {
@@ -49,12 +56,7 @@ protected:
         return path;
     }
     static std::string error_of_file(const std::string& path) {
-        try {
-            host::load_scene(path);
-        } catch (const host::SceneError& error) {
-            return error.what();
-        }
-        return "no error";
+        return error_of_run([&path] { host::load_scene(path); });
     }
 
     std::string folder_;
@@ -80,9 +82,46 @@ TEST_F(LoadErrors, AnEmptyFileIsTold) {
               path + ": expected a scene (a JSON object), found an empty file");
 }
 
-TEST_F(LoadErrors, AnEndlessFileIsTold) {
+TEST_F(LoadErrors, AFileLargerThanAnySceneIsTold) {
+    const std::string mebibyte(std::size_t{1} << 20U, ' ');
+    EXPECT_EQ(host::read_scene_text(write(mebibyte), 1), mebibyte);
+    const std::string path = write(mebibyte + ' ');
+    EXPECT_EQ(host::read_scene_text(path, 2), mebibyte + ' ');
+    EXPECT_EQ(error_of_run([&] { host::read_scene_text(path, 1); }),
+              path + ": expected a scene, found a file of more than 1 MiB");
+}
+
+// Reading by lines loses both bytes: zeros anywhere, 0xFF behind the end of a line.
+TEST_F(LoadErrors, BytesThatNoTextHasAreToldWithTheirPlace) {
+    const std::string zero = ": expected text, found the byte 0x00; save the scene as UTF-8 text";
+    const std::string ff = ": expected text, found the byte 0xFF; save the scene as UTF-8 text";
+    const auto error_of_bytes = [this](const std::string& bytes) {
+        const std::string path = write(bytes);
+        const std::string error = error_of_file(path);
+        EXPECT_EQ(error.substr(0, path.size() + 2), path + ": ") << error;
+        return error.substr(std::min(path.size() + 2, error.size()));
+    };
+    using namespace std::string_literals;
+    EXPECT_EQ(error_of_bytes("\0{}"s), "line 1, column 1" + zero);
+    EXPECT_EQ(error_of_bytes("{}\0"s), "line 1, column 3" + zero);
+    EXPECT_EQ(error_of_bytes("{\n \"\xC3\xA9\0\": 1}"s), "line 2, column 4" + zero);
+    EXPECT_EQ(error_of_bytes("{}\r\n\xFF"), "line 2, column 1" + ff);
+    EXPECT_EQ(error_of_bytes("{\n\xFF}\n"), "line 2, column 1" + ff);
+    EXPECT_EQ(error_of_bytes("{\"a\": \"\xFF\"}"), "line 1, column 8" + ff);
+    // The first of several.
+    EXPECT_EQ(error_of_bytes("{\n\xFF\0}"s), "line 2, column 1" + ff);
+    // UTF-16, with a byte-order mark and without.
+    EXPECT_EQ(error_of_bytes("\xFF\xFE{\0}\0"s), "line 1, column 1" + ff);
+    EXPECT_EQ(error_of_bytes("{\0}\0"s), "line 1, column 2" + zero);
+    // Beyond any buffer.
+    EXPECT_EQ(error_of_bytes(std::string(10000, '\n') + "\xFF{}"), "line 10001, column 1" + ff);
+    EXPECT_EQ(error_of_bytes("{}" + std::string(9998, ' ') + '\0'), "line 1, column 10001" + zero);
+}
+
+TEST_F(LoadErrors, AnEndlessFileOfZerosIsTold) {
     EXPECT_EQ(error_of_file("/dev/zero"),
-              "/dev/zero: expected a scene, found a file of more than 64 MiB");
+              "/dev/zero: line 1, column 1: expected text, found the byte 0x00; save the scene as "
+              "UTF-8 text");
 }
 
 TEST_F(LoadErrors, ErrorsInTheSceneNameTheFile) {
@@ -104,6 +143,29 @@ TEST_F(LoadErrors, ASceneThroughAPipeIsReadToItsEnd) {
 }
 
 TEST_F(LoadErrors, AGoodFileIsNone) { EXPECT_EQ(error_of_file(write("{}")), "no error"); }
+
+TEST_F(LoadErrors, AnyLineEndingIsGood) {
+    for (const char* const end : {"\n", "\r", "\r\n", "\n\r"}) {
+        std::string text = "{@@\"camera\":@{@}@@}@";
+        for (std::size_t at = 0; (at = text.find('@', at)) != std::string::npos;) {
+            text.replace(at, 1, end);
+        }
+        EXPECT_EQ(error_of_file(write(text)), "no error") << testing::PrintToString(end);
+    }
+}
+
+TEST_F(LoadErrors, ASceneOfOneLongLineIsReadWhole) {
+    // A megabyte, as scripts write it; the error at its end shows that nothing in front is lost.
+    std::string numbers = "1";
+    while (numbers.size() < 1000000) {
+        numbers += ",1";
+    }
+    const std::string start = R"({"camera": {"position": [)";
+    const std::string path = write(start + numbers + "]}} x");
+    EXPECT_EQ(error_of_file(path), path + ": line 1, column " +
+                                       std::to_string(start.size() + numbers.size() + 5) +
+                                       ": expected a value, found invalid literal");
+}
 
 TEST(SyntaxErrors, TellLineAndColumnOfTheWrongToken) {
     EXPECT_EQ(error_of("{\"camera\": {},}"),

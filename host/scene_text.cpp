@@ -1,0 +1,88 @@
+#include "scene_text.h"
+
+#include <host/scene.h>
+#include <osapi/reason.h>
+#include <osapi/streams.h>
+
+#include <algorithm>
+#include <optional>
+
+#include "json_node.h"
+
+namespace host {
+
+namespace {
+
+// Each byte that is read by itself moves the rest of the buffer: a small one is several times
+// faster here than one of a page.
+constexpr int kStreamBuffer = 256;
+
+bool is_lost_in_lines(char byte) { return byte == '\0' || byte == '\xFF'; }
+
+/// A source up to its first byte that `readline` would lose without a word, or up to `longest`
+/// bytes.
+class TextInput final : public Input {
+public:
+    TextInput(Input& source, s64 longest) : source_(source), longest_(longest) {}
+
+    /// The byte that ended the text, if one did; it stands at `curpos()`.
+    std::optional<char> refused() const { return refused_; }
+
+    s64 curpos() const override { return position_; }
+    int read(char* dest, int count) override {
+        if (refused_) {
+            return 0;
+        }
+        const s64 wanted = std::min<s64>(count, longest_ - position_);
+        const int got = source_.read(dest, static_cast<int>(wanted));
+        const char* const end = std::find_if(dest, dest + got, is_lost_in_lines);
+        if (end != dest + got) {
+            refused_ = *end;
+        }
+        position_ += end - dest;
+        return static_cast<int>(end - dest);
+    }
+    s64 seek_from_start(s64 position) override {
+        position_ = source_.seek_from_start(position);
+        refused_.reset();
+        return position_;
+    }
+    s64 seek_from_curpos(s64 offset) override { return seek_from_start(position_ + offset); }
+
+private:
+    Input& source_;
+    s64 longest_;
+    s64 position_ = 0;
+    std::optional<char> refused_;
+};
+
+}  // namespace
+
+std::string read_scene_text(const std::string& path, int most_mebibytes) {
+    const s64 longest = s64{most_mebibytes} << 20U;
+    try {
+        OSAPI::DiskFile file(path.c_str(), OSAPI::kRead);
+        // Also of pipes, which give less than they are asked for.
+        OSAPI::DescriptorInput bytes(file);
+        TextInput source(bytes, longest + 1);
+        BufferedInput input(source, kStreamBuffer);
+        std::string text;
+        for (String line = input.readline(); *line.c_str() != '\0'; line = input.readline()) {
+            text += line.c_str();
+        }
+        if (const auto byte = source.refused()) {
+            throw SceneError(path + ": " + line_and_column(text, text.size()) +
+                             ": expected text, found the byte " +
+                             (*byte == '\0' ? "0x00" : "0xFF") + "; save the scene as UTF-8 text");
+        }
+        if (static_cast<s64>(text.size()) > longest) {
+            throw SceneError(path + ": expected a scene, found a file of more than " +
+                             std::to_string(most_mebibytes) + " MiB");
+        }
+        return text;
+    } catch (const StrXception& failure) {
+        throw SceneError(path + ": cannot read the scene: " + OSAPI::reason(failure).c_str());
+    }
+}
+
+}  // namespace host
