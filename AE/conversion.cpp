@@ -1,10 +1,12 @@
 // Writes the float image into the host's pixels.
 //
-// The format is decided once a frame; each format has its own loop. Pixels are copied as bytes
-// because nothing says how a host aligns its rows.
+// The format is decided once a frame; each format has its own loop, beside which the renderer's
+// room may have a faster one. Pixels are copied as bytes because nothing says how a host aligns its
+// rows.
 #include <AE/messages.h>
 #include <AE/render.h>
 #include <base/exceptions.h>
+#include <libimgops/codes.h>
 
 #include <cstddef>
 #include <cstring>
@@ -32,6 +34,9 @@ int to_code(float f) {
 
 struct To8 {
     using Pixel = PF_Pixel;
+    static bool convert_fast(const float* argb, void* to, std::size_t pixels) {
+        return to_8_bit_codes(argb, to, pixels);
+    }
     static Pixel convert(const float* argb) {
         constexpr int kMax = 255;
         return {kMax, static_cast<A_u_char>(to_code<kMax>(argb[kRed])),
@@ -42,6 +47,9 @@ struct To8 {
 
 struct To16 {
     using Pixel = PF_Pixel16;
+    static bool convert_fast(const float* argb, void* to, std::size_t pixels) {
+        return to_16_bit_codes(argb, to, pixels);
+    }
     static Pixel convert(const float* argb) {
         constexpr int kMax = 32768;
         return {kMax, static_cast<A_u_short>(to_code<kMax>(argb[kRed])),
@@ -52,6 +60,9 @@ struct To16 {
 
 struct ToFloat {
     using Pixel = PF_PixelFloat;
+    static bool convert_fast(const float* /*argb*/, void* /*to*/, std::size_t /*pixels*/) {
+        return false;
+    }
     static Pixel convert(const float* argb) {
         return {1.0F, argb[kRed], argb[kGreen], argb[kBlue]};
     }
@@ -64,6 +75,9 @@ void convert_rows(const Kelv::Image& image, PF_EffectWorld* output) {
     for (int y = 0; y < image.height; ++y) {
         const float* from = image.line_float(y);
         char* to = first_row + static_cast<std::ptrdiff_t>(y) * output->rowbytes;
+        if (Converter::convert_fast(from, to, static_cast<std::size_t>(image.width))) {
+            continue;
+        }
         for (int x = 0; x < image.width; ++x) {
             const Pixel pixel = Converter::convert(from);
             std::memcpy(to, &pixel, sizeof pixel);

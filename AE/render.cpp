@@ -111,12 +111,7 @@ void Lumivar_Render(const MyInstance& instance, int width, int height, PF_PixelF
     StarInput& stars = chosen_database(instance.database_index);
     StarRenderer renderer(data, fb, stars, instance.cameras);
     bool drew = false;
-    // Record 0 is the file's header.
-    for (u32 i = 1; i < stars.nstars(); ++i) {
-        if (!renderer.render_star(drew)) {
-            break;
-        }
-    }
+    renderer.render_stars(drew);
     stars.reset();
     convert_image(image, format, output);
 }

@@ -12,13 +12,6 @@ void sincos_of_degrees(double degrees, double* s, double* c) {
     Sincos(static_cast<double>(deg_to_rad(static_cast<float>(degrees))), s, c);
 }
 
-/// The star's weight as homogeneous point: 0 at infinity.
-double weight_of_distance(double distance, double crush) {
-    double w = distance <= 0 ? 0 : 1 / distance;
-    w = w + crush * -0.01;
-    return w < 0 ? 0 : w;
-}
-
 double radius_squared(const VectorN<double, 3>& q) { return q[0] * q[0] + q[1] * q[1]; }
 
 /// The direction (first three elements) of `p`, of length 1.
@@ -28,19 +21,11 @@ VectorN<double, 3> unit_direction(const VectorN<double, 4>& p) {
     return q;
 }
 
-}  // namespace
-
-bool world_to_screen(double lon, double lat, double distance, double crush, DblMatrix4 m,
-                     op_stars_projection proj, int width, int height, double x0, double x1,
-                     double y0, double y1, Vector2& out) {
+/// Maps a point of the world; failures speak in the name of the function `signature`.
+bool map_point(VectorN<double, 4> p, const DblMatrix4& m, op_stars_projection proj, int width,
+               int height, double x0, double x1, double y0, double y1, Vector2& out,
+               const char* signature) {
     bool visible = true;
-
-    double sin_lon, cos_lon, sin_lat, cos_lat;
-    sincos_of_degrees(lon, &sin_lon, &cos_lon);
-    sincos_of_degrees(lat, &sin_lat, &cos_lat);
-
-    VectorN<double, 4> p(cos_lat * cos_lon, sin_lat, cos_lat * sin_lon,
-                         weight_of_distance(distance, crush));
     transform(m, p);
     // Behind a pinhole; the other projections' matrices are affine and keep the weight.
     if (p[3] < 0) {
@@ -73,7 +58,7 @@ bool world_to_screen(double lon, double lat, double distance, double crush, DblM
             break;
         }
         default:
-            STARS_THROW_AT(UNKNOWN_PROJECTION_LINE, "unknown projection");
+            STARS_THROW_IN(signature, UNKNOWN_PROJECTION_LINE, "unknown projection");
     }
 
     q[0] = (q[0] - x0) / (x1 - x0);
@@ -84,4 +69,32 @@ bool world_to_screen(double lon, double lat, double distance, double crush, DblM
     }
     out = Vector2(static_cast<float>(q[0] * width), static_cast<float>(q[1] * height));
     return visible;
+}
+
+}  // namespace
+
+double weight_of_distance(double distance, double crush) {
+    double w = distance <= 0 ? 0 : 1 / distance;
+    w = w + crush * -0.01;
+    return w < 0 ? 0 : w;
+}
+
+VectorN<double, 4> star_point(double lon, double lat, double distance, double crush) {
+    double sin_lon, cos_lon, sin_lat, cos_lat;
+    sincos_of_degrees(lon, &sin_lon, &cos_lon);
+    sincos_of_degrees(lat, &sin_lat, &cos_lat);
+    return {cos_lat * cos_lon, sin_lat, cos_lat * sin_lon, weight_of_distance(distance, crush)};
+}
+
+bool point_to_screen(const VectorN<double, 4>& point, const DblMatrix4& m, op_stars_projection proj,
+                     int width, int height, double x0, double x1, double y0, double y1,
+                     Vector2& out) {
+    return map_point(point, m, proj, width, height, x0, x1, y0, y1, out, __PRETTY_FUNCTION__);
+}
+
+bool world_to_screen(double lon, double lat, double distance, double crush, DblMatrix4 m,
+                     op_stars_projection proj, int width, int height, double x0, double x1,
+                     double y0, double y1, Vector2& out) {
+    return map_point(star_point(lon, lat, distance, crush), m, proj, width, height, x0, x1, y0, y1,
+                     out, __PRETTY_FUNCTION__);
 }

@@ -4,33 +4,7 @@
 #include <libimgops/streak.h>
 
 #include "renderer_private.h"
-#include "star_colour.h"
-
-#include <cmath>
-
-namespace {
-
-/// The luminance that is drawn, of a catalogue luminance that has passed the threshold.
-float shaped_luminance(float luminance, const StarRendererData& data) {
-    if (data.bias_exponent != 1.0) {
-        luminance = std::pow(luminance, static_cast<float>(data.bias_exponent));
-    }
-    if (static_cast<double>(luminance) > data.max_luminance) {
-        luminance = static_cast<float>(data.max_luminance);
-    }
-    return luminance;
-}
-
-/// The linear colour that is drawn. The star's own codes are decoded, the tint is not; saturation
-/// moves from mid-grey instead of the star's own grey, without limits, and comes after the tint.
-/// All of that is meant: saved projects look so.
-Color3 shaped_colour(const star& s, const StarRendererData& data) {
-    const Color3 own(sRGB_to_float(s.r), sRGB_to_float(s.g), sRGB_to_float(s.b));
-    const Color3 tinted = lerp(own, data.tint_color, static_cast<float>(data.tint_strength));
-    return lerp(Color3(0.5F, 0.5F, 0.5F), tinted, static_cast<float>(data.saturation));
-}
-
-}  // namespace
+#include "star_shading.h"
 
 bool StarRenderer::do_render_star(const star* s) {
     // On the catalogue's own luminance, before bias and ceiling, so that the threshold picks the
@@ -45,7 +19,7 @@ bool StarRenderer::do_render_star(const star* s) {
     const double depth =
         data.use_depth && priv->input.depth_valid() ? ledouble_to_cpu(&s->distance) : -1.0;
     luminance = shaped_luminance(luminance, data);
-    const Color3 colour = shaped_colour(*s, data);
+    const Color3 colour = shaped_colour(s->r, s->g, s->b, data);
     const float energy = priv->intensity * luminance;
 
     const StarFramebuffer& fb = priv->fb;

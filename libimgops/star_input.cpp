@@ -27,3 +27,8 @@ bool StarInput::is_valid() {
     }
     return false;
 }
+
+const star* StarInput::next_in_row(u32& count) {
+    count = 1;
+    return next();
+}

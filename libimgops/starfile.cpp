@@ -12,6 +12,12 @@ const star* MMAPStarFile::next() {
     return static_cast<const star*>(record);
 }
 
+const star* MMAPStarFile::next_in_row(u32& count) {
+    const unsigned char* first = cur;
+    cur += std::size_t{count} * sizeof(star);
+    return reinterpret_cast<const star*>(first);
+}
+
 void MMAPStarFile::reset() {
     const void* start = map.addr();
     cur = static_cast<const unsigned char*>(start);

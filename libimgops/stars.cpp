@@ -1,6 +1,9 @@
 // The star renderer: one frame's set-up, and the loop over its stars.
+#include <libimgops/draw_path.h>
 #include <libimgops/renderer.h>
 
+#include "fast_frame.h"
+#include "kernels/choice.h"
 #include "renderer_private.h"
 #include "stars_source.h"
 
@@ -79,4 +82,15 @@ bool StarRenderer::render_star(bool& drew) {
     drew = drew_now || drew_before;
     ++priv->index;
     return priv->index < priv->input.nstars();
+}
+
+void StarRenderer::render_stars(bool& drew) {
+    const star_kernels::Kernels* kernels =
+        draw_path() == DrawPath::fast ? star_kernels::in_use() : nullptr;
+    if (kernels != nullptr && FastFrame::can_draw(data, priv->fb)) {
+        FastFrame(data, *priv, *kernels).draw(drew);
+        return;
+    }
+    while (render_star(drew)) {
+    }
 }

@@ -9,14 +9,18 @@ inline constexpr int UNKNOWN_PROJECTION_LINE = 290;
 inline constexpr int NO_CAMERAS_LINE = 464;
 inline constexpr int BAD_HEADER_LINE = 518;
 
-/// `XASSERT` that names the room's main source and the given line.
-#define STARS_ASSERT_AT(line, condition)                                               \
-    do {                                                                               \
-        if (!(condition)) {                                                            \
-            throw AssertXception(#condition, STARS_SOURCE, __PRETTY_FUNCTION__, line); \
-        }                                                                              \
+/// `XASSERT` that names the room's main source, the given function and line.
+#define STARS_ASSERT_IN(function, line, condition)                          \
+    do {                                                                    \
+        if (!(condition)) {                                                 \
+            throw AssertXception(#condition, STARS_SOURCE, function, line); \
+        }                                                                   \
     } while (false)
+/// The same in the name of the function it stands in.
+#define STARS_ASSERT_AT(line, condition) STARS_ASSERT_IN(__PRETTY_FUNCTION__, line, condition)
 
-/// `XTHROW` that names the room's main source and the given line.
-#define STARS_THROW_AT(line, ...) \
-    throw StrXception(STARS_SOURCE, __PRETTY_FUNCTION__, line, __VA_ARGS__)
+/// `XTHROW` that names the room's main source, the given function and line.
+#define STARS_THROW_IN(function, line, ...) \
+    throw StrXception(STARS_SOURCE, function, line, __VA_ARGS__)
+/// The same in the name of the function it stands in.
+#define STARS_THROW_AT(line, ...) STARS_THROW_IN(__PRETTY_FUNCTION__, line, __VA_ARGS__)

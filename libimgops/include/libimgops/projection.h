@@ -26,3 +26,14 @@
 bool world_to_screen(double lon, double lat, double distance, double crush, DblMatrix4 m,
                      op_stars_projection proj, int width, int height, double x0, double x1,
                      double y0, double y1, Vector2& out);
+
+// The same in two steps, for a star that is seen by several cameras.
+
+/// The star's weight as a homogeneous point: 0 at infinity.
+double weight_of_distance(double distance, double crush);
+/// The star as a homogeneous point of the world: direction and weight.
+VectorN<double, 4> star_point(double lon, double lat, double distance, double crush);
+/// Maps that point. Everything else as `world_to_screen`, whose pixels these are to the bit.
+bool point_to_screen(const VectorN<double, 4>& point, const DblMatrix4& m, op_stars_projection proj,
+                     int width, int height, double x0, double x1, double y0, double y1,
+                     Vector2& out);

@@ -26,14 +26,20 @@ public:
     /// the frame and never clears it. Leaves the input where it is after the last star.
     bool render_star(bool& drew);
 
+    /// Draws all stars that are left, as calling `render_star` until it returns false would: the
+    /// same light on the frame within what `DrawPath` promises, the same `drew`, the input where
+    /// that leaves it. After an exception the input stands anywhere.
+    void render_stars(bool& drew);
+
     /// Draws one star through all camera samples: as a still spot for one sample, else as the
     /// segments between consecutive samples that have at least one visible end. Returns whether it
     /// left light. Throws `StrXception` "unknown projection" for a star above the threshold.
     bool do_render_star(const star* s);
 
-private:
+    /// The room's own.
     struct PrivateData;
 
+private:
     const StarRendererData& data;
     scoped_ptr<PrivateData> priv;
 };

@@ -55,6 +55,9 @@ public:
     virtual const star* next() = 0;
     /// Back to the header.
     virtual void reset() = 0;
+    /// The current record and those behind it that lie in a row in memory: `count` says how many
+    /// are wanted, at least 1, and becomes how many there are, which `next` has then handed out.
+    virtual const star* next_in_row(u32& count);
 
     /// Records in the source, the header included.
     u32 nstars() const { return n; }

@@ -1,0 +1,169 @@
+#include "fast_frame.h"
+
+#include <libimgops/byte_order.h>
+#include <libimgops/projection.h>
+
+#include "star_shading.h"
+#include "visibility.h"
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using star_kernels::STARS_AT_ONCE;
+
+constexpr int COLOURS = 3;
+constexpr int CODES = 256;
+constexpr int FLOATS_PER_PIXEL = 4;
+/// Rows and columns are kept in 16 bits.
+constexpr int LARGEST_SIZE = std::numeric_limits<std::int16_t>::max();
+
+/// Coverage, red, green and blue of a pixel side by side, and pixels too.
+bool is_interleaved(const StarFramebuffer& fb) {
+    return fb.pixel_stride == FLOATS_PER_PIXEL && fb.r == fb.a + 1 && fb.g == fb.a + 2 &&
+           fb.b == fb.a + 3;
+}
+
+/// How far the light of the brightest possible star reaches, in spot radii.
+double longest_reach(const StarRendererData& data, float intensity) {
+    // A little more, for the rounding of each factor.
+    const double energy = 1.001 * static_cast<double>(intensity) * data.max_luminance;
+    return static_cast<double>(max(0.0F, reach_of(static_cast<float>(energy))));
+}
+
+bool is_finite(const Color3& colour) {
+    return std::isfinite(colour[0]) && std::isfinite(colour[1]) && std::isfinite(colour[2]);
+}
+
+}  // namespace
+
+struct FastFrame::Gathered {
+    const star* records[STARS_AT_ONCE];
+    float lon[STARS_AT_ONCE] = {};
+    float lat[STARS_AT_ONCE] = {};
+    float weight[STARS_AT_ONCE] = {};
+    unsigned char is_outside[STARS_AT_ONCE];
+    int count = 0;
+};
+
+bool FastFrame::can_draw(const StarRendererData& data, const StarFramebuffer& fb) {
+    const bool is_known =
+        data.projection == Persp || data.projection == HemiSph || data.projection == AzEqu;
+    // Colours between these two lie between them.
+    const bool has_colours =
+        is_finite(shaped_colour(0, 0, 0, data)) && is_finite(shaped_colour(255, 255, 255, data));
+    return is_known && has_colours && data.lines == STARS_LINES_ALL && is_interleaved(fb) &&
+           fb.width > 0 && fb.height > 0 && fb.width <= LARGEST_SIZE && fb.height <= LARGEST_SIZE;
+}
+
+FastFrame::FastFrame(const StarRendererData& data, StarRenderer::PrivateData& priv,
+                     const star_kernels::Kernels& kernels)
+    : data_(data),
+      priv_(priv),
+      kernels_(kernels),
+      has_depth_(data.use_depth && priv.input.depth_valid()),
+      batch_(priv.fb, kernels, priv.spot_w, priv.spot_h, colour_tables_) {
+    const double reach = longest_reach(data, priv.intensity);
+    find_planes_around_frame(data, priv.fb, priv.mats, reach * static_cast<double>(priv.spot_w),
+                             reach * static_cast<double>(priv.spot_h), planes_);
+    for (int code = 0; code < CODES; ++code) {
+        const auto c = static_cast<unsigned char>(code);
+        const Color3 colour = shaped_colour(c, c, c, data);
+        for (int channel = 0; channel < COLOURS; ++channel) {
+            colour_tables_[CODES * channel + code] = colour[channel];
+        }
+    }
+}
+
+void FastFrame::draw(bool& drew) {
+    const u32 nstars = priv_.input.nstars();
+    // The whole frame is black: nothing is read.
+    if (data_.brightness == 0.0) {
+        return;
+    }
+    Gathered stars;
+    while (priv_.index < nstars) {
+        const u32 left = nstars - priv_.index;
+        const u32 room = static_cast<u32>(STARS_AT_ONCE - stars.count);
+        u32 count = left < room ? left : room;
+        const star* records = priv_.input.next_in_row(count);
+        priv_.index += count;
+        gather(records, count, stars);
+        if (stars.count == STARS_AT_ONCE) {
+            draw_gathered(stars, drew);
+        }
+    }
+    draw_gathered(stars, drew);
+    batch_.draw();
+}
+
+void FastFrame::gather(const star* records, u32 count, Gathered& stars) const {
+    // Without a branch: whether a star passes cannot be foreseen.
+    int n = stars.count;
+    for (u32 i = 0; i < count; ++i) {
+        const auto luminance = static_cast<double>(lefloat_to_cpu(&records[i].luminance));
+        stars.records[n] = &records[i];
+        n += data_.threshold > luminance ? 0 : 1;
+    }
+    stars.count = n;
+}
+
+void FastFrame::draw_gathered(Gathered& stars, bool& drew) {
+    for (int i = 0; i < stars.count; ++i) {
+        const star& s = *stars.records[i];
+        stars.lon[i] = deg_to_rad(static_cast<float>(ledouble_to_cpu(&s.lon)));
+        stars.lat[i] = deg_to_rad(static_cast<float>(ledouble_to_cpu(&s.lat)));
+        if (has_depth_) {
+            stars.weight[i] = static_cast<float>(
+                weight_of_distance(ledouble_to_cpu(&s.distance), data_.parallax_crush));
+        }
+    }
+    kernels_.outside(stars.lon, stars.lat, stars.weight, stars.count, &planes_[0],
+                     static_cast<int>(priv_.mats.len()), stars.is_outside);
+    for (int i = 0; i < stars.count; ++i) {
+        if (stars.is_outside[i] == 0) {
+            draw_star(*stars.records[i], drew);
+        }
+    }
+    stars.count = 0;
+}
+
+void FastFrame::draw_star(const star& s, bool& drew) {
+    const StarFramebuffer& fb = priv_.fb;
+    const double depth = has_depth_ ? ledouble_to_cpu(&s.distance) : -1.0;
+    const VectorN<double, 4> point =
+        star_point(ledouble_to_cpu(&s.lon), ledouble_to_cpu(&s.lat), depth, data_.parallax_crush);
+    const auto project = [&](uword sample, Vector2& position) {
+        return point_to_screen(point, priv_.mats[sample], data_.projection, fb.width, fb.height,
+                               data_.window_x0, data_.window_x1, data_.window_y0, data_.window_y1,
+                               position);
+    };
+    const float luminance = shaped_luminance(lefloat_to_cpu(&s.luminance), data_);
+    const float energy = priv_.intensity * luminance;
+    const float reach = reach_of(energy);
+    if (!(reach >= 0.0F)) {
+        return;
+    }
+    const u32 codes = u32{s.r} | u32{s.g} << 8U | u32{s.b} << 16U;
+
+    Vector2 from;
+    bool from_visible = project(0, from);
+    const uword samples = priv_.mats.len();
+    if (samples == 1) {
+        if (from_visible) {
+            batch_.add(from, from, energy, reach, codes, drew);
+        }
+        return;
+    }
+    for (uword sample = 1; sample < samples; ++sample) {
+        Vector2 to;
+        const bool to_visible = project(sample, to);
+        // One visible end is enough, as in the plain path.
+        if (to_visible || from_visible) {
+            batch_.add(from, to, energy, reach, codes, drew);
+        }
+        from = to;
+        from_visible = to_visible;
+    }
+}

@@ -1,0 +1,67 @@
+#include "choice.h"
+
+namespace star_kernels {
+
+#if defined(__x86_64__)
+extern const Kernels avx512_kernels;
+extern const Kernels avx2_kernels;
+#endif
+#if defined(__SSE2__)
+extern const Kernels sse2_kernels;
+#endif
+#if defined(__aarch64__)
+extern const Kernels neon_kernels;
+#endif
+
+namespace {
+
+const Kernels* const BUILT[] = {
+#if defined(__x86_64__)
+    &avx512_kernels, &avx2_kernels,
+#endif
+#if defined(__SSE2__)
+    &sse2_kernels,
+#endif
+#if defined(__aarch64__)
+    &neon_kernels,
+#endif
+    nullptr};
+
+const Kernels* widest() {
+    for (const Kernels* const* kernels = BUILT; *kernels != nullptr; ++kernels) {
+        if (runs_here(**kernels)) {
+            return *kernels;
+        }
+    }
+    return nullptr;
+}
+
+const Kernels* chosen = nullptr;
+
+}  // namespace
+
+const Kernels* const* built() { return BUILT; }
+
+bool runs_here(const Kernels& kernels) {
+#if defined(__x86_64__)
+    if (&kernels == &avx512_kernels) {
+        return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512dq") != 0 &&
+               __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("avx512vl") != 0;
+    }
+    if (&kernels == &avx2_kernels) {
+        return __builtin_cpu_supports("avx2") != 0;
+    }
+#endif
+    // The others are what the build itself takes for granted.
+    static_cast<void>(kernels);
+    return true;
+}
+
+const Kernels* in_use() {
+    static const Kernels* const best = widest();
+    return chosen != nullptr ? chosen : best;
+}
+
+void use(const Kernels* kernels) { chosen = kernels; }
+
+}  // namespace star_kernels

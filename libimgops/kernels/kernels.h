@@ -1,0 +1,97 @@
+// The inner loops of the fast path, one set an instruction set.
+//
+// Every set is the same source, `kernel_source.h`, over another number of lanes, and all give the
+// same bits: no fused multiply-add, the same polynomials, the same order of additions. They take
+// plain data and include nothing of the rooms, so that no function compiled for one processor can
+// stand in for the same function of another.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace star_kernels {
+
+/// Rows of an image with four floats a pixel, coverage first, then red, green, blue.
+struct Pixels {
+    float* first;        ///< coverage of pixel (0, 0)
+    std::ptrdiff_t row;  ///< floats from one row to the next
+    int width;           ///< pixels
+};
+
+/// What a spot or a streak needs beyond its rows; all of the plain streak's constants.
+struct Segment {
+    float mid_x, mid_y;  ///< midpoint, pixels
+    int x0, x1;          ///< first and last column of the clipped box
+    float energy;        ///< peak of the still spot
+    float color[3];      ///< linear light, finite
+};
+
+/// A spot that stays where it is. Rows span the whole box.
+struct Spot : Segment {
+    float w2, h2;  ///< squared Gaussian radii, square pixels
+};
+
+/// A spot that moves.
+struct Streak : Segment {
+    float a_x, a_y;          ///< where it starts
+    float slope;             ///< columns a row; from 100000 on rows are centred on mid_x
+    float half;              ///< half of a row's span, pixels
+    float dir_x, dir_y;      ///< direction of length 1
+    float along_x, along_y;  ///< spot_h^2 dir_x, spot_w^2 dir_y
+    float q;                 ///< spot_h^2 dir_x^2 + spot_w^2 dir_y^2
+    float half_way;          ///< length q / 2
+    float scale;             ///< 1 / (spot_w spot_h sqrt q)
+    float light;             ///< sqrt(pi) / 2 spot_w spot_h / sqrt q x energy / length
+    /// Both ends are so far from the rows to draw that the two error functions are 1 and -1.
+    bool ends_are_far;
+};
+
+/// A plane of the homogeneous space around a camera. The point (x, y, z, w) is surely on its far
+/// side where
+///     x nx + y ny + z nz + w nw  >  tolerance + w tolerance_w.
+struct Plane {
+    float nx, ny, nz, nw;
+    float tolerance, tolerance_w;
+};
+
+/// Planes of one camera sample: the camera's own, with what is behind it on the far side; then
+/// those through the camera and the frame's left, right, upper and lower side.
+inline constexpr int PLANES = 5;
+
+/// How many stars `outside` takes at most; a multiple of every number of lanes.
+inline constexpr int STARS_AT_ONCE = 512;
+
+/// Directions count as known to this, and longer coordinates in proportion.
+inline constexpr float DIRECTION_TOLERANCE = 4e-6F;
+
+struct Kernels {
+    const char* name;
+    int lanes;  ///< floats handled at once
+
+    /// Adds `rows` rows of the spot from row `y` on. `ry`: that row's offset from the midpoint as
+    /// the plain streak carries it; returns it for the row after the last. `scratch`: at least the
+    /// frame's width and 16 more floats.
+    float (*draw_spot)(const Pixels& to, const Spot& spot, int y, int rows, float ry,
+                       float* scratch);
+    /// The same for a streak.
+    float (*draw_streak)(const Pixels& to, const Streak& streak, int y, int rows, float ry);
+
+    /// Which stars surely leave no light: for all `samples` cameras behind, or for all of them
+    /// ahead and beyond the same side of the frame. `lon`, `lat`: radians; `weight`: homogeneous
+    /// weight. One byte a star, 1 for those outside. All four arrays hold STARS_AT_ONCE values;
+    /// those behind `count` mean nothing.
+    void (*outside)(const float* lon, const float* lat, const float* weight, int count,
+                    const Plane* planes, int samples, unsigned char* is_outside);
+
+    /// `count` pixels to codes 0 to 255, coverage full. Any alignment of `codes`.
+    void (*to_8_bits)(const float* pixels, void* codes, std::size_t count);
+    /// `count` pixels to codes 0 to 32768, coverage full.
+    void (*to_16_bits)(const float* pixels, void* codes, std::size_t count);
+
+    /// exp and erf of `count` values. At most 1 and 2 units in the last place from the correctly
+    /// rounded value; 0 and infinity where that is what rounds; not a number for what is none.
+    void (*exp)(const float* x, float* result, std::size_t count);
+    void (*erf)(const float* x, float* result, std::size_t count);
+};
+
+}  // namespace star_kernels

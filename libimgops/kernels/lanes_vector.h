@@ -1,0 +1,139 @@
+// LANES floats at once, as the compiler's own vectors: one register, or as many as it takes.
+// For `kernel_source.h` alone, whose includer defines LANES.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#if defined(__SSE2__)
+#include <immintrin.h>
+#endif
+
+namespace {
+
+typedef float Floats __attribute__((vector_size(4 * LANES)));
+/// Integers, and the results of comparisons: all bits of a lane set, or none.
+typedef std::int32_t Ints __attribute__((vector_size(4 * LANES)));
+
+LANES_INLINE Floats splat(float x) { return x - Floats{}; }
+LANES_INLINE Ints splat(std::int32_t x) { return x - Ints{}; }
+LANES_INLINE Floats load(const float* from) {
+    Floats x;
+    std::memcpy(&x, from, sizeof x);
+    return x;
+}
+LANES_INLINE void store(float* to, Floats x) { std::memcpy(to, &x, sizeof x); }
+LANES_INLINE void store(std::int32_t* to, Ints x) { std::memcpy(to, &x, sizeof x); }
+LANES_INLINE Ints load_ints(const std::int32_t* from) {
+    Ints x;
+    std::memcpy(&x, from, sizeof x);
+    return x;
+}
+LANES_INLINE Ints bits_of(Floats x) { return __builtin_bit_cast(Ints, x); }
+LANES_INLINE Floats floats_of(Ints x) { return __builtin_bit_cast(Floats, x); }
+LANES_INLINE Floats select(Ints which, Floats yes, Floats no) { return which ? yes : no; }
+
+/// The integer part, of what fits.
+LANES_INLINE Ints truncated(Floats x) { return __builtin_convertvector(x, Ints); }
+
+/// Tables hold 8 values, twice where a register has 16 lanes.
+constexpr int TABLE_SIZE = 8;
+/// The value of `table` that the lowest three bits of each lane say.
+LANES_INLINE Floats look_up(const float* table, Ints which) {
+#if LANES == 16 && defined(__AVX512F__)
+    const __m512 values =
+        _mm512_castpd_ps(_mm512_broadcast_f64x4(_mm256_castps_pd(_mm256_load_ps(table))));
+    return _mm512_permutexvar_ps(__builtin_bit_cast(__m512i, which), values);
+#elif LANES == 8 && defined(__AVX2__)
+    return _mm256_permutevar8x32_ps(_mm256_load_ps(table), __builtin_bit_cast(__m256i, which));
+#else
+    float lanes[LANES];
+    for (int k = 0; k < LANES; ++k) {
+        lanes[k] = table[which[k] & (TABLE_SIZE - 1)];
+    }
+    return load(lanes);
+#endif
+}
+
+/// One bit a lane, lane 0 lowest.
+LANES_INLINE unsigned mask_of(Ints which) {
+#if LANES == 16 && defined(__AVX512DQ__)
+    return _mm512_movepi32_mask(__builtin_bit_cast(__m512i, which));
+#elif LANES == 8 && defined(__AVX__)
+    return static_cast<unsigned>(_mm256_movemask_ps(__builtin_bit_cast(__m256, which)));
+#elif LANES == 4 && defined(__SSE2__)
+    return static_cast<unsigned>(_mm_movemask_ps(__builtin_bit_cast(__m128, which)));
+#else
+    unsigned mask = 0;
+    for (int k = 0; k < LANES; ++k) {
+        mask |= static_cast<unsigned>(which[k] & 1) << static_cast<unsigned>(k);
+    }
+    return mask;
+#endif
+}
+
+// A register holds LANES / 4 pixels.
+#if LANES == 16
+#define LANES_OF_PIXELS(a, b, c, d) a, a, a, a, b, b, b, b, c, c, c, c, d, d, d, d
+#elif LANES == 8
+#define LANES_OF_PIXELS(a, b, c, d) a, a, a, a, b, b, b, b
+#else
+#define LANES_OF_PIXELS(a, b, c, d) a, a, a, a
+#endif
+
+/// A weight a pixel, each on its pixel's four lanes.
+LANES_INLINE Floats load_for_pixels(const float* weights) {
+#if LANES == 16 && defined(__AVX512F__)
+    const Ints which = {LANES_OF_PIXELS(0, 1, 2, 3)};
+    return _mm512_permutexvar_ps(__builtin_bit_cast(__m512i, which),
+                                 _mm512_castps128_ps512(_mm_loadu_ps(weights)));
+#elif LANES == 8 && defined(__AVX2__)
+    double both;
+    std::memcpy(&both, weights, sizeof both);
+    const Ints which = {LANES_OF_PIXELS(0, 1, 2, 3)};
+    return _mm256_permutevar8x32_ps(_mm256_castpd_ps(_mm256_set1_pd(both)),
+                                    __builtin_bit_cast(__m256i, which));
+#else
+    float lanes[LANES];
+    for (int k = 0; k < LANES; ++k) {
+        lanes[k] = weights[k / 4];
+    }
+    return load(lanes);
+#endif
+}
+
+/// Each pixel's coverage on all its four lanes.
+LANES_INLINE Floats coverage_of(Floats pixels) {
+    return __builtin_shufflevector(pixels, pixels, LANES_OF_PIXELS(0, 4, 8, 12));
+}
+
+/// The low 8 or 16 bits of each lane, one after the other. Any alignment.
+template <class Part>
+LANES_INLINE void store_low_parts(void* to, Ints lanes) {
+#if LANES == 16 && defined(__AVX512F__)
+    if constexpr (sizeof(Part) == 1) {
+        const __m128i bytes = _mm512_cvtepi32_epi8(__builtin_bit_cast(__m512i, lanes));
+        std::memcpy(to, &bytes, sizeof bytes);
+    } else {
+        const __m256i words = _mm512_cvtepi32_epi16(__builtin_bit_cast(__m512i, lanes));
+        std::memcpy(to, &words, sizeof words);
+    }
+#elif LANES == 8 && defined(__AVX2__)
+    const auto all = __builtin_bit_cast(__m256i, lanes);
+    const __m128i words =
+        _mm_packus_epi32(_mm256_castsi256_si128(all), _mm256_extracti128_si256(all, 1));
+    if constexpr (sizeof(Part) == 1) {
+        const __m128i bytes = _mm_packus_epi16(words, words);
+        std::memcpy(to, &bytes, 8);
+    } else {
+        std::memcpy(to, &words, sizeof words);
+    }
+#else
+    Part parts[LANES];
+    for (int k = 0; k < LANES; ++k) {
+        parts[k] = static_cast<Part>(lanes[k]);
+    }
+    std::memcpy(to, parts, sizeof parts);
+#endif
+}
+
+}  // namespace

@@ -1,0 +1,232 @@
+#include "segment_batch.h"
+
+#include <libimgops/streak.h>
+
+#include "plain_rows.h"
+
+#include <cmath>
+#include <cstddef>
+
+namespace {
+
+/// Segments gathered at most. With what belongs to each they take 3.8 MB.
+constexpr u32 CAPACITY = 80000;
+
+/// Bytes of a band: half of a second-level cache of 1 MiB. Measured from 128 KiB to 4 MiB, with
+/// one million spots of 220 pixels: 256 KiB to 1 MiB are alike, 4 MiB takes 1.3 times as long.
+constexpr std::ptrdiff_t BAND_BYTES = std::ptrdiff_t{512} * 1024;
+
+/// Ends farther away than this many pixels are the plain streak's: its guards belong to it.
+constexpr float FARTHEST = 0x1p40F;
+
+/// Shorter moving segments are the plain streak's: its two error functions nearly cancel, and the
+/// last bits of any other error function would show.
+constexpr float SHORTEST_FAST_STREAK = 0.5F;
+
+/// The error function counts as 1 from here on; a little more than the kernels' own limit,
+/// for what the range of a run of rows is rounded.
+constexpr float ERF_IS_ONE = 3.76F;
+
+bool is_near(const Vector2& at) {
+    // False for what is not a number.
+    return std::fabs(at[0]) < FARTHEST && std::fabs(at[1]) < FARTHEST;
+}
+
+int min_of(int a, int b) { return a < b ? a : b; }
+int max_of(int a, int b) { return a > b ? a : b; }
+
+int rows_of_band(const StarFramebuffer& fb) {
+    const std::ptrdiff_t row_bytes = std::ptrdiff_t{fb.stride} * std::ptrdiff_t{sizeof(float)};
+    return max_of(1, static_cast<int>(BAND_BYTES / (row_bytes > 0 ? row_bytes : 1)));
+}
+
+/// Where a streak's ends lie, seen from a run of its rows.
+enum class Ends {
+    near,    ///< some pixels feel where it ends
+    far,     ///< for all pixels it begins long before and ends long after
+    beyond,  ///< for all pixels it has long ended, or has long not begun
+};
+
+Ends ends_on_rows(const star_kernels::Streak& of, float ry, int rows) {
+    // Columns of the rows: those of the first and the last, and all between, since the line is
+    // straight.
+    float x0 = static_cast<float>(of.x0);
+    float x1 = static_cast<float>(of.x1);
+    if (of.slope < STEEPEST_SLOPE) {
+        const float first = of.a_x + (ry + of.mid_y - of.a_y) * of.slope;
+        const float last = first + static_cast<float>(rows - 1) * of.slope;
+        x0 = max(x0, (first < last ? first : last) - of.half);
+        x1 = min(x1, (first > last ? first : last) + of.half);
+    }
+    const float left = of.along_x * (x0 - of.mid_x - 1.0F);
+    const float right = of.along_x * (x1 - of.mid_x + 1.0F);
+    const float above = of.along_y * (ry - 1.0F);
+    const float below = of.along_y * (ry + static_cast<float>(rows));
+    const float low = (left < right ? left : right) + (above < below ? above : below);
+    const float high = (left > right ? left : right) + (above > below ? above : below);
+    const float limit = ERF_IS_ONE;
+    const float start_low = (-of.half_way - high) * of.scale;
+    const float start_high = (-of.half_way - low) * of.scale;
+    const float end_low = (of.half_way - high) * of.scale;
+    const float end_high = (of.half_way - low) * of.scale;
+    if (end_low >= limit && start_high <= -limit) {
+        return Ends::far;
+    }
+    if (start_low >= limit || end_high <= -limit) {
+        return Ends::beyond;
+    }
+    return Ends::near;
+}
+
+}  // namespace
+
+SegmentBatch::SegmentBatch(const StarFramebuffer& dst, const star_kernels::Kernels& kernels,
+                           float spot_w, float spot_h, const float* colour_tables)
+    : dst_(dst),
+      kernels_(kernels),
+      pixels_{dst.a, dst.stride, dst.width},
+      spot_w_(spot_w),
+      spot_h_(spot_h),
+      colour_tables_(colour_tables),
+      band_rows_(rows_of_band(dst)),
+      entries_(new Entry[CAPACITY]),
+      order_(new u32[CAPACITY]),
+      going_on_(new u32[CAPACITY]),
+      next_going_on_(new u32[CAPACITY]),
+      band_starts_(new u32[static_cast<std::size_t>(dst.height / band_rows_) + 2]),
+      columns_(new float[static_cast<std::size_t>(dst.width) + 32]) {}
+
+Color3 SegmentBatch::colour_of(u32 codes) const {
+    return {colour_tables_[codes & 0xffU], colour_tables_[256U + (codes >> 8U & 0xffU)],
+            colour_tables_[512U + (codes >> 16U & 0xffU)]};
+}
+
+void SegmentBatch::add(const Vector2& a, const Vector2& b, float energy, float reach, u32 codes,
+                       bool& drew) {
+    const Box box = pixel_box(a, b, Vector2(spot_w_ * reach, spot_h_ * reach));
+    if (is_off_frame(box, dst_)) {
+        return;
+    }
+    if (!drew || !is_near(a) || !is_near(b)) {
+        draw();
+        const bool lit =
+            op_star_streak(dst_, a, b, energy, colour_of(codes), spot_w_, spot_h_, STARS_LINES_ALL);
+        drew = drew || lit;
+        return;
+    }
+    if (count_ == CAPACITY) {
+        draw();
+    }
+    const Box seen = clipped(box, dst_);
+    entries_[count_++] = {a,
+                          b,
+                          energy,
+                          reach,
+                          codes,
+                          static_cast<float>(seen.y0) - midpoint(a, b)[1],
+                          static_cast<std::int16_t>(seen.y0),
+                          static_cast<std::int16_t>(seen.y1)};
+}
+
+void SegmentBatch::draw() {
+    if (count_ == 0) {
+        return;
+    }
+    // Numbers of entries by the band in which they begin, in their order within it.
+    const int bands = dst_.height / band_rows_ + 1;
+    for (int band = 0; band <= bands; ++band) {
+        band_starts_[static_cast<uword>(band)] = 0;
+    }
+    const auto first_band = [&](u32 i) { return static_cast<uword>(entries_[i].y0 / band_rows_); };
+    for (u32 i = 0; i < count_; ++i) {
+        ++band_starts_[first_band(i) + 1];
+    }
+    for (int band = 0; band < bands; ++band) {
+        band_starts_[static_cast<uword>(band) + 1] += band_starts_[static_cast<uword>(band)];
+    }
+    // Filling moves each start to its band's end, which is the next one's start.
+    for (u32 i = 0; i < count_; ++i) {
+        order_[band_starts_[first_band(i)]++] = i;
+    }
+    u32 begun = 0;
+    for (int band = 0; band < bands; ++band) {
+        const u32 end = band_starts_[static_cast<uword>(band)];
+        draw_band(band * band_rows_, begun, end);
+        begun = end;
+    }
+    count_ = 0;
+}
+
+void SegmentBatch::draw_band(int y, u32 begin, u32 end) {
+    u32 next_count = 0;
+    u32 going_on = 0;
+    while (begin < end || going_on < going_on_count_) {
+        const bool takes_new =
+            going_on == going_on_count_ || (begin < end && order_[begin] < going_on_[going_on]);
+        const u32 number = takes_new ? order_[begin++] : going_on_[going_on++];
+        Entry& entry = entries_[number];
+        draw_rows(entry, max_of(entry.y0, y), min_of(entry.y1, y + band_rows_ - 1));
+        if (entry.y1 >= y + band_rows_) {
+            next_going_on_[next_count++] = number;
+        }
+    }
+    for (u32 i = 0; i < next_count; ++i) {
+        going_on_[i] = next_going_on_[i];
+    }
+    going_on_count_ = next_count;
+}
+
+void SegmentBatch::draw_rows(Entry& entry, int y0, int y1) {
+    const auto& [a, b, energy, reach, codes, ry, entry_y0, entry_y1] = entry;
+    const Vector2 radius(spot_w_ * reach, spot_h_ * reach);
+    const Box box = clipped(pixel_box(a, b, radius), dst_);
+    const Color3 colour = colour_of(codes);
+    const Vector2 middle = midpoint(a, b);
+    Vector2 dir = b - a;
+    const float length = dir.normalize();
+    if (length > SHORTEST_STREAK && length < SHORTEST_FAST_STREAK) {
+        draw_rows_plainly(dst_, {a, b, energy, colour, spot_w_, spot_h_, reach, box},
+                          STARS_LINES_ALL, y0, y1, entry.ry, __PRETTY_FUNCTION__);
+        return;
+    }
+    const star_kernels::Segment segment{middle[0], middle[1], box.x0,
+                                        box.x1,    energy,    {colour[0], colour[1], colour[2]}};
+    if (length > SHORTEST_STREAK) {
+        draw_streak(segment, entry, dir, length, y0, y1);
+    } else {
+        const star_kernels::Spot spot{segment, spot_w_ * spot_w_, spot_h_ * spot_h_};
+        entry.ry = kernels_.draw_spot(pixels_, spot, y0, y1 - y0 + 1, ry, &columns_[0]);
+    }
+}
+
+void SegmentBatch::draw_streak(const star_kernels::Segment& segment, Entry& entry,
+                               const Vector2& dir, float length, int y0, int y1) {
+    const RowLine line(entry.a, entry.b, spot_w_ * entry.reach, spot_w_, spot_h_);
+    const SweptSpot swept(dir, spot_w_, spot_h_);
+    star_kernels::Streak streak;
+    static_cast<star_kernels::Segment&>(streak) = segment;
+    streak.a_x = entry.a[0];
+    streak.a_y = entry.a[1];
+    streak.slope = line.slope;
+    streak.half = line.half;
+    streak.dir_x = dir[0];
+    streak.dir_y = dir[1];
+    streak.along_x = swept.along_x;
+    streak.along_y = swept.along_y;
+    streak.q = swept.q;
+    streak.half_way = 0.5F * length * swept.q;
+    streak.scale = swept.scale;
+    streak.light = swept.area * (entry.energy / length);
+
+    const int rows = y1 - y0 + 1;
+    const Ends ends = ends_on_rows(streak, entry.ry, rows);
+    if (ends == Ends::beyond) {
+        // The error functions are equal: no light, but the rows count.
+        for (int y = y0; y <= y1; ++y) {
+            entry.ry += 1.0F;
+        }
+        return;
+    }
+    streak.ends_are_far = ends == Ends::far;
+    entry.ry = kernels_.draw_streak(pixels_, streak, y0, rows, entry.ry);
+}

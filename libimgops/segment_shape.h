@@ -1,0 +1,107 @@
+// What one segment's light covers: shared by the plain streak, which draws it, and the fast path,
+// which draws the same.
+#pragma once
+
+#include <base/newmatrix.h>
+#include <base/to_int.h>
+#include <libimgops/records.h>
+
+#include <cmath>
+
+/// Light is followed out to one part in this of the framebuffer's unit.
+inline constexpr float UNIT_PER_FAINTEST = 6250.0F;
+/// Shorter segments, in pixels, are still spots.
+inline constexpr float SHORTEST_STREAK = 0.00001F;
+/// Segments that climb less than this, in pixels, are horizontal.
+inline constexpr float SMALLEST_CLIMB = 0.000001F;
+/// From this slope on, in pixels a row, the line's place on a row is the midpoint's.
+inline constexpr float STEEPEST_SLOPE = 100000.0F;
+/// Slope and half span of a horizontal segment: the whole box.
+inline constexpr float WHOLE_ROW = 1e20F;
+
+/// How many spot radii away `energy` x exp(-reach^2) is the faintest light. Negative when there is
+/// nothing to draw; energies that are not a number draw nothing.
+inline float reach_of(float energy) {
+    const float brightness = UNIT_PER_FAINTEST * energy;
+    return brightness >= 1.0F ? std::sqrt(std::log(brightness)) : -1.0F;
+}
+
+/// Columns and rows, both ends included.
+struct Box {
+    int x0;
+    int y0;
+    int x1;
+    int y1;
+};
+
+/// Floor of `x`, plus `more`, as an index. What does not fit 32 bits becomes the most negative
+/// integer.
+inline int pixel_index(float x, float more = 0.0F) {
+    return s32_from_double(static_cast<double>(std::floor(x) + more));
+}
+
+/// The pixels around the segment's light, one more than needed to the right and below. A right or
+/// lower side that does not fit comes out left of or above the frame, which rejects the segment.
+/// `radius`: of the light, in pixels along x and y.
+inline Box pixel_box(const Vector2& a, const Vector2& b, const Vector2& radius) {
+    BoundN<float, 2> bounds(a);
+    bounds.include(b);
+    bounds.expand(radius);
+    return {pixel_index(bounds[0].min()), pixel_index(bounds[1].min()),
+            pixel_index(bounds[0].max(), 1.0F), pixel_index(bounds[1].max(), 1.0F)};
+}
+
+inline bool is_off_frame(const Box& box, const StarFramebuffer& dst) {
+    return box.x1 < 0 || box.x0 >= dst.width || box.y1 < 0 || box.y0 >= dst.height;
+}
+
+inline Box clipped(const Box& box, const StarFramebuffer& dst) {
+    return {clamp(box.x0, 0, dst.width - 1), clamp(box.y0, 0, dst.height - 1),
+            clamp(box.x1, 0, dst.width - 1), clamp(box.y1, 0, dst.height - 1)};
+}
+
+inline Vector2 midpoint(const Vector2& a, const Vector2& b) {
+    return {0.5F * (a[0] + b[0]), 0.5F * (a[1] + b[1])};
+}
+
+/// How a segment's line leans, and how far on either side of it a row is drawn.
+struct RowLine {
+    /// Pixels along x a row.
+    float slope = WHOLE_ROW;
+    float half = WHOLE_ROW;
+
+    /// `reach_x`: the spot's reach along x, in pixels.
+    RowLine(const Vector2& a, const Vector2& b, float reach_x, float spot_w, float spot_h) {
+        const float climb = b[1] - a[1];
+        if (std::fabs(climb) > SMALLEST_CLIMB) {
+            slope = (b[0] - a[0]) / climb;
+            // The reach holds spot_w already and is widened by it once more: saved projects have
+            // their faint rims that wide.
+            const double reach = static_cast<double>(reach_x);
+            half = static_cast<float>(
+                reach * static_cast<double>(spot_w) +
+                std::fabs(reach * static_cast<double>(spot_h) * static_cast<double>(slope)));
+        }
+    }
+};
+
+/// The constants of a swept spot's light. `dir` has length 1.
+struct SweptSpot {
+    float q;
+    float along_x;
+    float along_y;
+    float scale;
+    float area;
+
+    SweptSpot(const Vector2& dir, float spot_w, float spot_h) {
+        const float w2 = spot_w * spot_w;
+        const float h2 = spot_h * spot_h;
+        q = h2 * (dir[0] * dir[0]) + w2 * (dir[1] * dir[1]);
+        const float k = 1.0F / std::sqrt(q);
+        along_x = h2 * dir[0];
+        along_y = w2 * dir[1];
+        scale = k / (spot_w * spot_h);
+        // sqrt(pi) / 2
+        area = 0.886226952F * spot_w * spot_h * k;
+    }
+};
