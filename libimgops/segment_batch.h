@@ -35,11 +35,13 @@ private:
         Vector2 a;
         Vector2 b;
         float energy;
-        float reach;
         u32 codes;
         /// Offset from the midpoint of the row to draw next.
         float ry;
+        /// The box, clipped to the frame.
+        std::int16_t x0;
         std::int16_t y0;
+        std::int16_t x1;
         std::int16_t y1;
     };
 

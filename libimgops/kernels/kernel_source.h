@@ -139,12 +139,15 @@ LANES_INLINE Floats lit(Floats pixels, Floats weights, Floats colour) {
     return select(coverage >= splat(1.0F), pixels, more);
 }
 
-/// Adds `weights` of the colour to `n` pixels.
-LANES_INLINE void light(float* pixels, const float* weights, int n, Floats colour) {
-    constexpr int AT_ONCE = LANES / PIXEL;
-    for (; n >= AT_ONCE; n -= AT_ONCE, weights += AT_ONCE, pixels += LANES) {
-        store(pixels, lit(load(pixels), load_for_pixels(weights), colour));
+/// The same for the pixels of less than one register.
+LANES_INLINE void light_rest(float* pixels, const float* weights, int n, Floats colour) {
+#if LANES == 16 && defined(__AVX512F__)
+    if (n > 0) {
+        const auto mask = static_cast<__mmask16>((1U << static_cast<unsigned>(PIXEL * n)) - 1U);
+        const Floats old = _mm512_maskz_loadu_ps(mask, pixels);
+        _mm512_mask_storeu_ps(pixels, mask, lit(old, load_for_pixels(weights), colour));
     }
+#else
     for (; n > 0; --n, ++weights, pixels += PIXEL) {
         const float coverage = pixels[0];
         if (coverage >= 1.0F) {
@@ -155,6 +158,16 @@ LANES_INLINE void light(float* pixels, const float* weights, int n, Floats colou
             pixels[channel] += colour[channel] * weight;
         }
     }
+#endif
+}
+
+/// Adds `weights` of the colour to `n` pixels.
+LANES_INLINE void light(float* pixels, const float* weights, int n, Floats colour) {
+    constexpr int AT_ONCE = LANES / PIXEL;
+    for (; n >= AT_ONCE; n -= AT_ONCE, weights += AT_ONCE, pixels += LANES) {
+        store(pixels, lit(load(pixels), load_for_pixels(weights), colour));
+    }
+    light_rest(pixels, weights, n, colour);
 }
 
 // --- rows -------------------------------------------------------------------------------------
