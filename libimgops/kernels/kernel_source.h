@@ -44,10 +44,12 @@ LANES_INLINE Floats ceil_of(Floats x) {
     return nearest + select(nearest < x, splat(1.0F), splat(0.0F));
 }
 
-/// e^x as a number around 1, and the power of two that it lacks.
+/// e^x as a number around 1 and the power of two that it lacks: as a float, and in the lowest bits
+/// of integers.
 struct Exponential {
     Floats mantissa;
-    Ints exponent;
+    Floats power;
+    Ints power_bits;
 };
 LANES_INLINE Exponential exponential(Floats x) {
     // x = n ln 2 + r with |r| <= ln 2 / 2; the first part of ln 2 has few bits, so that its
@@ -61,29 +63,36 @@ LANES_INLINE Exponential exponential(Floats x) {
     p = p * r + splat(0x1.5558fcp-5F);
     p = p * r + splat(0x1.555490p-3F);
     p = p * r + splat(0x1.fffffcp-2F);
-    return {(p * (r * r) + r) + splat(1.0F), bits_of(rounded) - splat(ROUNDER_BITS)};
-}
-LANES_INLINE Floats power_of_two(Ints n) {
-    return floats_of((n << EXPONENT_SHIFT) + splat(ONE_BITS));
+    return {(p * (r * r) + r) + splat(1.0F), n, bits_of(rounded)};
 }
 
 /// e^x for x up to 0.
 LANES_INLINE Floats exp_of_negative(Floats x) {
-    x = select(x < splat(-105.0F), splat(-105.0F), x);
-    const Exponential e = exponential(x);
+    const Exponential e = exponential(select(splat(-105.0F) > x, splat(-105.0F), x));
+#if LANES == 16 && defined(__AVX512F__)
+    return _mm512_scalef_ps(e.mantissa, e.power);
+#else
     // By way of a number 2^64 too large, so that only the last step rounds where numbers grow
-    // subnormal.
-    return e.mantissa * power_of_two(e.exponent + splat(64)) * splat(0x1p-64F);
+    // subnormal. The shift leaves nothing of ROUNDER.
+    constexpr std::int32_t TOO_LARGE = (64 << EXPONENT_SHIFT) + ONE_BITS;
+    return e.mantissa * floats_of((e.power_bits << EXPONENT_SHIFT) + splat(TOO_LARGE)) *
+           splat(0x1p-64F);
+#endif
 }
-/// e^x of any x.
+
+LANES_INLINE Floats power_of_two(Ints n) {
+    return floats_of((n << EXPONENT_SHIFT) + splat(ONE_BITS));
+}
+/// e^x for any x.
 LANES_INLINE Floats full_exp(Floats x) {
     // Beyond these the result is 0 or infinite; what is not a number stays.
-    x = select(x < splat(-105.0F), splat(-105.0F), x);
+    x = select(splat(-105.0F) > x, splat(-105.0F), x);
     x = select(x > splat(89.0F), splat(89.0F), x);
     const Exponential e = exponential(x);
     // In two steps, so that only the last one rounds where numbers grow subnormal.
-    const Ints first = e.exponent >> 1;
-    return e.mantissa * power_of_two(first) * power_of_two(e.exponent - first);
+    const Ints power = e.power_bits - splat(ROUNDER_BITS);
+    const Ints half = power >> 1;
+    return e.mantissa * power_of_two(half) * power_of_two(power - half);
 }
 
 /// From here on the error function counts as 1, which is 2 units in the last place off at most.
@@ -519,7 +528,10 @@ LANES_INLINE void for_all(const float* x, float* result, std::size_t count, Func
     }
 }
 void exp_of_all(const float* x, float* result, std::size_t count) {
-    for_all(x, result, count, [](Floats lanes) { return full_exp(lanes); });
+    // Each half of the numbers by the code that draws or would draw with it.
+    for_all(x, result, count, [](Floats lanes) {
+        return select(lanes > splat(0.0F), full_exp(lanes), exp_of_negative(lanes));
+    });
 }
 void erf_of_all(const float* x, float* result, std::size_t count) {
     for_all(x, result, count, [](Floats lanes) { return erf_of(lanes); });
