@@ -6,6 +6,7 @@
 #include "star_shading.h"
 #include "visibility.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -83,6 +84,11 @@ void FastFrame::draw(bool& drew) {
         return;
     }
     Gathered stars;
+    if (!has_depth_) {
+        // A crush below 0 brings these nearer too.
+        std::fill_n(stars.weight, STARS_AT_ONCE,
+                    static_cast<float>(weight_of_distance(-1.0, data_.parallax_crush)));
+    }
     while (priv_.index < nstars) {
         const u32 left = nstars - priv_.index;
         const u32 room = static_cast<u32>(STARS_AT_ONCE - stars.count);
