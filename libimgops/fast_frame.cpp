@@ -28,6 +28,11 @@ bool is_interleaved(const StarFramebuffer& fb) {
 
 /// How far the light of the brightest possible star reaches, in spot radii.
 double longest_reach(const StarRendererData& data, float intensity) {
+    // The ceiling bounds the light unless it is no number, or dark stars shine: those below 0, in
+    // an intensity below 0.
+    if (std::isnan(data.max_luminance) || intensity < 0.0F) {
+        return std::numeric_limits<double>::infinity();
+    }
     // A little more, for the rounding of each factor.
     const double energy = 1.001 * static_cast<double>(intensity) * data.max_luminance;
     return static_cast<double>(max(0.0F, reach_of(static_cast<float>(energy))));
