@@ -62,14 +62,8 @@ int rows_of_band(const StarFramebuffer& fb) {
     return max_of(1, static_cast<int>(BAND_BYTES / (row_bytes > 0 ? row_bytes : 1)));
 }
 
-/// Where a streak's ends lie, seen from a run of its rows.
-enum class Ends {
-    near,    ///< some pixels feel where it ends
-    far,     ///< for all pixels it begins long before and ends long after
-    beyond,  ///< for all pixels it has long ended, or has long not begun
-};
-
-Ends ends_on_rows(const star_kernels::Streak& of, float ry, int rows) {
+/// Whether, for all pixels of a run of rows, the streak begins long before and ends long after.
+bool are_ends_far(const star_kernels::Streak& of, float ry, int rows) {
     // Columns of the rows: those of the first and the last, and all between, since the line is
     // straight.
     float x0 = static_cast<float>(of.x0);
@@ -86,18 +80,8 @@ Ends ends_on_rows(const star_kernels::Streak& of, float ry, int rows) {
     const float below = of.along_y * (ry + static_cast<float>(rows));
     const float low = (left < right ? left : right) + (above < below ? above : below);
     const float high = (left > right ? left : right) + (above > below ? above : below);
-    const float limit = ERF_IS_ONE;
-    const float start_low = (-of.half_way - high) * of.scale;
-    const float start_high = (-of.half_way - low) * of.scale;
-    const float end_low = (of.half_way - high) * of.scale;
-    const float end_high = (of.half_way - low) * of.scale;
-    if (end_low >= limit && start_high <= -limit) {
-        return Ends::far;
-    }
-    if (start_low >= limit || end_high <= -limit) {
-        return Ends::beyond;
-    }
-    return Ends::near;
+    return (of.half_way - high) * of.scale >= ERF_IS_ONE &&
+           (-of.half_way - low) * of.scale <= -ERF_IS_ONE;
 }
 
 }  // namespace
@@ -246,14 +230,6 @@ void SegmentBatch::draw_streak(const star_kernels::Segment& segment, Entry& entr
     streak.light = swept.area * (entry.energy / length);
 
     const int rows = y1 - y0 + 1;
-    const Ends ends = ends_on_rows(streak, entry.ry, rows);
-    if (ends == Ends::beyond) {
-        // The error functions are equal: no light, but the rows count.
-        for (int y = y0; y <= y1; ++y) {
-            entry.ry += 1.0F;
-        }
-        return;
-    }
-    streak.ends_are_far = ends == Ends::far;
+    streak.ends_are_far = are_ends_far(streak, entry.ry, rows);
     entry.ry = kernels_.draw_streak(pixels_, streak, y0, rows, entry.ry);
 }
