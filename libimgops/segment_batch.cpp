@@ -25,6 +25,9 @@ constexpr float FARTHEST = 0x1p40F;
 /// Shorter moving segments are the plain streak's: its two error functions nearly cancel, and the
 /// last bits of any other error function would show.
 constexpr float SHORTEST_FAST_STREAK = 0.5F;
+/// So are those that move less than this many radii of the spot: with the error functions 2^-23
+/// apart from the plain ones at most, a longer one's light is within 1e-6 of its peak.
+constexpr float FEWEST_RADII = 0.25F;
 
 /// The error function counts as 1 from here on; a little more than the kernels' own limit,
 /// for what the range of a run of rows is rounded.
@@ -193,7 +196,10 @@ void SegmentBatch::draw_rows(Entry& entry, int y0, int y1) {
     const Vector2 middle = midpoint(a, b);
     Vector2 dir = b - a;
     const float length = dir.normalize();
-    if (length > SHORTEST_STREAK && length < SHORTEST_FAST_STREAK) {
+    const SweptSpot swept(dir, spot_w_, spot_h_);
+    const bool is_short =
+        length < SHORTEST_FAST_STREAK || length * swept.q * swept.scale < FEWEST_RADII;
+    if (length > SHORTEST_STREAK && is_short) {
         const PlainSegment segment{
             a,       b,       entry.energy,           colour,
             spot_w_, spot_h_, reach_of(entry.energy), {entry.x0, entry.y0, entry.x1, entry.y1}};
@@ -203,7 +209,7 @@ void SegmentBatch::draw_rows(Entry& entry, int y0, int y1) {
     const star_kernels::Segment segment{middle[0], middle[1],    entry.x0,
                                         entry.x1,  entry.energy, {colour[0], colour[1], colour[2]}};
     if (length > SHORTEST_STREAK) {
-        draw_streak(segment, entry, dir, length, y0, y1);
+        draw_streak(segment, entry, dir, length, swept, y0, y1);
     } else {
         const star_kernels::Spot spot{segment, spot_w_ * spot_w_, spot_h_ * spot_h_};
         entry.ry = kernels_.draw_spot(pixels_, spot, y0, y1 - y0 + 1, entry.ry, &columns_[0]);
@@ -211,9 +217,9 @@ void SegmentBatch::draw_rows(Entry& entry, int y0, int y1) {
 }
 
 void SegmentBatch::draw_streak(const star_kernels::Segment& segment, Entry& entry,
-                               const Vector2& dir, float length, int y0, int y1) {
+                               const Vector2& dir, float length, const SweptSpot& swept, int y0,
+                               int y1) {
     const RowLine line(entry.a, entry.b, spot_w_ * reach_of(entry.energy), spot_w_, spot_h_);
-    const SweptSpot swept(dir, spot_w_, spot_h_);
     star_kernels::Streak streak;
     static_cast<star_kernels::Segment&>(streak) = segment;
     streak.a_x = entry.a[0];

@@ -49,7 +49,7 @@ private:
     void draw_band(int y, u32 begin, u32 end);
     void draw_rows(Entry& entry, int y0, int y1);
     void draw_streak(const star_kernels::Segment& segment, Entry& entry, const Vector2& dir,
-                     float length, int y0, int y1);
+                     float length, const SweptSpot& swept, int y0, int y1);
     Color3 colour_of(u32 codes) const;
 
     const StarFramebuffer& dst_;
