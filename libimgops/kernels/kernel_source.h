@@ -133,19 +133,29 @@ LANES_INLINE Floats erf_of(Floats x) {
 
 // --- light ------------------------------------------------------------------------------------
 
-/// The colour on a pixel's lanes. Minus nothing for coverage, which keeps every bit of it.
+/// The colour on a pixel's lanes; nothing for coverage.
 LANES_INLINE Floats pixel_colour(const Segment& of) {
     float lanes[LANES];
     for (int k = 0; k < LANES; ++k) {
-        lanes[k] = k % PIXEL == 0 ? -0.0F : of.color[k % PIXEL - 1];
+        lanes[k] = k % PIXEL == 0 ? 0.0F : of.color[k % PIXEL - 1];
     }
     return load(lanes);
+}
+
+/// The lanes that hold coverage.
+LANES_INLINE Ints coverage_lanes() {
+    std::int32_t lanes[LANES];
+    for (int k = 0; k < LANES; ++k) {
+        lanes[k] = k % PIXEL == 0 ? -1 : 0;
+    }
+    return load_ints(lanes);
 }
 
 LANES_INLINE Floats lit(Floats pixels, Floats weights, Floats colour) {
     const Floats coverage = coverage_of(pixels);
     const Floats more = pixels + colour * (weights * (splat(1.0F) - coverage));
-    return select(coverage >= splat(1.0F), pixels, more);
+    // Coverage keeps every bit, even where the light is infinite.
+    return select((coverage >= splat(1.0F)) | coverage_lanes(), pixels, more);
 }
 
 /// The same for the pixels of less than one register.
