@@ -1,0 +1,161 @@
+// What a frame takes of memory, and what happens when there is none. In a program of its own: it
+// replaces the allocation functions.
+#include "paths_scene.h"
+
+#include "support/memory_stars.h"
+
+#include <base/exceptions.h>
+#include <gtest/gtest.h>
+#include <libimgops/renderer.h>
+#include <support/failing_allocator.h>
+
+#include <cstdlib>
+#include <new>
+#include <numeric>
+#include <vector>
+
+namespace {
+
+/// Blocks of `operator new` less those given back, while somebody watches.
+bool watching = false;
+int live = 0;
+
+// By way of `malloc`, which the failing allocator sees.
+void* allocated(std::size_t size) {
+    void* const block = std::malloc(size == 0 ? 1 : size);
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
+    live += watching ? 1 : 0;
+    return block;
+}
+void released(void* block) {
+    live -= watching && block != nullptr ? 1 : 0;
+    std::free(block);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) { return allocated(size); }
+void* operator new[](std::size_t size) { return allocated(size); }
+void operator delete(void* block) noexcept { released(block); }
+void operator delete[](void* block) noexcept { released(block); }
+void operator delete(void* block, std::size_t) noexcept { released(block); }
+void operator delete[](void* block, std::size_t) noexcept { released(block); }
+
+namespace {
+
+using namespace paths;
+
+/// Counts the blocks of `operator new` from 0 for as long as it lives.
+class Watch {
+public:
+    Watch() {
+        live = 0;
+        watching = true;
+    }
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+    ~Watch() { watching = false; }
+};
+
+struct Frame {
+    explicit Frame(const Scene& scene_)
+        : scene(scene_),
+          input(scene.magic, scene.stars),
+          pixels(empty_frame(scene)),
+          fb(pixels.view()) {
+        set_cameras(scene, cams);
+    }
+    bool draw() {
+        StarRenderer renderer(scene.data, fb, input, cams);
+        bool drew = true;
+        renderer.render_stars(drew);
+        return drew;
+    }
+
+    const Scene& scene;
+    support::MemoryStars input;
+    support::GuardedFrame pixels;
+    StarFramebuffer fb;
+    Array<camera> cams;
+};
+
+Scene scene_of(int stars, int width, int height, int segments) {
+    RandomNumbers random(1);
+    Scene scene = default_scene(random, width, height);
+    if (segments > 0) {
+        pan(scene, random, segments, 5);
+    }
+    scatter_stars(scene, random, stars);
+    return scene;
+}
+
+/// The sizes of all blocks that a frame ever takes.
+std::vector<std::size_t> blocks_of_frame(const Scene& scene) {
+    const PathInUse fast(DrawPath::fast);
+    Frame frame(scene);
+    const FailingAllocator allocator;
+    const Watch watch;
+    frame.draw();
+    EXPECT_EQ(live, 0) << "all is given back";
+    return allocator.requests();
+}
+
+std::size_t bytes_of_frame(const Scene& scene) {
+    const std::vector<std::size_t> blocks = blocks_of_frame(scene);
+    EXPECT_LT(blocks.size(), 200U) << "the allocator remembers 256";
+    return std::accumulate(blocks.begin(), blocks.end(), std::size_t{0});
+}
+
+constexpr std::size_t MIB = std::size_t{1} << 20U;
+
+}  // namespace
+
+TEST(FrameMemory, StaysUnder4MiBAFrame) {
+    EXPECT_LT(bytes_of_frame(scene_of(2000, 1920, 1080, 0)), 4 * MIB);
+    EXPECT_LT(bytes_of_frame(scene_of(2000, 1920, 1080, 100)), 4 * MIB);
+    EXPECT_LT(bytes_of_frame(scene_of(100, 32767, 40, 0)), 4 * MIB);
+    EXPECT_LT(bytes_of_frame(scene_of(100, 40, 32767, 1)), 4 * MIB);
+}
+
+TEST(FrameMemory, IsNotTakenPerStar) {
+    for (const int segments : {0, 3}) {
+        const std::vector<std::size_t> few = blocks_of_frame(scene_of(10, 160, 90, segments));
+        EXPECT_EQ(few, blocks_of_frame(scene_of(30000, 160, 90, segments)));
+        EXPECT_FALSE(few.empty());
+    }
+}
+
+// Each of the frame's allocations fails in turn.
+TEST(FrameMemory, IsGivenBackWhereverItRunsOut) {
+    const PathInUse fast(DrawPath::fast);
+    const Scene scene = scene_of(700, 160, 90, 2);
+    Frame whole(scene);
+    whole.draw();
+    unsigned failures = 0;
+    for (bool failed = true; failed; ++failures) {
+        Frame frame(scene);
+        failed = false;
+        {
+            FailingAllocator allocator;
+            const Watch watch;
+            allocator.refuse_after(failures);
+            try {
+                frame.draw();
+            } catch (const std::bad_alloc&) {
+                failed = true;
+            } catch (const StrXception&) {
+                failed = true;  // an array's
+            }
+        }
+        EXPECT_EQ(live, 0) << "after " << failures;
+        EXPECT_EQ(frame.pixels.is_blank(), failed);
+        if (failed) {
+            frame.input.reset();
+            frame.draw();
+        }
+        EXPECT_TRUE(frame.pixels.same_bits(whole.pixels)) << "the next frame is whole";
+    }
+    EXPECT_GE(failures, 5U);
+}

@@ -1,0 +1,54 @@
+#include "kernel_sets.h"
+
+namespace kernel_sets {
+
+namespace {
+
+const star_kernels::Kernels* built(const std::string& name) {
+    for (const ArrayKernels* arrays : {&array4, &array8, &array16}) {
+        if (name == arrays->table.name) {
+            return &arrays->table;
+        }
+    }
+    for (const star_kernels::Kernels* const* set = star_kernels::built(); *set != nullptr; ++set) {
+        if (name == (*set)->name) {
+            return *set;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+const std::vector<std::string>& instruction_sets() {
+    static const std::vector<std::string> names = {"sse2", "avx2", "avx512", "neon"};
+    return names;
+}
+
+std::vector<std::string> all_sets() {
+    std::vector<std::string> names = {"array4", "array8", "array16"};
+    names.insert(names.end(), instruction_sets().begin(), instruction_sets().end());
+    return names;
+}
+
+const star_kernels::Kernels* runnable(const std::string& name) {
+    const star_kernels::Kernels* set = built(name);
+    return set != nullptr && star_kernels::runs_here(*set) ? set : nullptr;
+}
+
+std::string why_not_run(const std::string& name) {
+    return name + (built(name) == nullptr ? " was not run: it is for another processor"
+                                          : " was not run: this machine lacks its instructions");
+}
+
+std::vector<const star_kernels::Kernels*> all_runnable() {
+    std::vector<const star_kernels::Kernels*> sets;
+    for (const std::string& name : all_sets()) {
+        if (const star_kernels::Kernels* set = runnable(name)) {
+            sets.push_back(set);
+        }
+    }
+    return sets;
+}
+
+}  // namespace kernel_sets

@@ -1,0 +1,393 @@
+// Every set of kernels gives the same bits: those of the instruction sets and the same source over
+// plain arrays.
+#include "kernels/kernel_sets.h"
+#include "paths_scene.h"
+
+#include "support/memory_stars.h"
+
+#include <gtest/gtest.h>
+#include <libimgops/codes.h>
+#include <libimgops/renderer.h>
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <limits>
+#include <set>
+#include <sstream>
+
+namespace {
+
+using namespace paths;
+using star_kernels::Kernels;
+
+/// The set of the test's parameter. Null when it cannot run here, which is then said by name.
+const Kernels* set_to_test(const std::string& name) {
+    const Kernels* set = kernel_sets::runnable(name);
+    if (set == nullptr) {
+        std::cout << "[ NOT RUN  ] " << kernel_sets::why_not_run(name) << "\n";
+        testing::Test::RecordProperty("not_run", name);
+    }
+    return set;
+}
+
+/// Four lanes, one after the other: the judge of the others.
+const Kernels& judge() { return kernel_sets::array4.table; }
+
+bool same_bits(const std::vector<float>& a, const std::vector<float>& b) {
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), sizeof(float) * a.size()) == 0;
+}
+
+/// An interleaved frame of noise: light, and coverage of all kinds.
+struct Noise {
+    Noise(RandomNumbers& random, int width_, int height_)
+        : width(width_), floats(static_cast<std::size_t>(4 * width_ * height_)) {
+        for (std::size_t i = 0; i < floats.size(); ++i) {
+            static constexpr float COVERAGE[] = {0, 0, 0.5F, 1, 1.5F, -1};
+            floats[i] =
+                i % 4 == 0 ? random.of(COVERAGE) : static_cast<float>(random.between(-0.2, 1));
+        }
+    }
+    star_kernels::Pixels pixels() { return {floats.data(), 4 * width, width}; }
+
+    int width;
+    std::vector<float> floats;
+};
+
+template <class Segment>
+void set_common(Segment& segment, RandomNumbers& random, int width) {
+    segment.mid_x = static_cast<float>(random.between(-30, width + 30));
+    segment.mid_y = static_cast<float>(random.between(-30, 60));
+    segment.x0 = random.whole(0, width - 1);
+    segment.x1 = random.whole(segment.x0, width - 1);
+    segment.energy = static_cast<float>(random.on_scale(1e-3, 1e3));
+    for (float& channel : segment.color) {
+        channel = static_cast<float>(random.between(-0.5, 2));
+    }
+}
+
+star_kernels::Spot random_spot(RandomNumbers& random, int width) {
+    star_kernels::Spot spot{};
+    set_common(spot, random, width);
+    spot.w2 = static_cast<float>(random.on_scale(1, 1e4));
+    spot.h2 = static_cast<float>(random.on_scale(1, 1e4));
+    return spot;
+}
+
+star_kernels::Streak random_streak(RandomNumbers& random, int width) {
+    star_kernels::Streak streak{};
+    set_common(streak, random, width);
+    const double a = random.between(0, 6.2832);
+    const double length = random.on_scale(0.5, random.chance(0.2) ? 1e9 : 100);
+    const double w = random.on_scale(1, 10), h = random.on_scale(1, 10);
+    const double x = std::cos(a), y = std::sin(a);
+    streak.a_x = static_cast<float>(streak.mid_x - x * length / 2);
+    streak.a_y = static_cast<float>(streak.mid_y - y * length / 2);
+    streak.slope = static_cast<float>(random.chance(0.1) ? 1e20 : x / y);
+    streak.half =
+        static_cast<float>(random.chance(0.1) ? 1e20 : 4 * w * w + 4 * w * h * std::fabs(x / y));
+    streak.dir_x = static_cast<float>(x);
+    streak.dir_y = static_cast<float>(y);
+    streak.along_x = static_cast<float>(h * h * x);
+    streak.along_y = static_cast<float>(w * w * y);
+    streak.q = static_cast<float>(h * h * x * x + w * w * y * y);
+    streak.half_way = static_cast<float>(length / 2) * streak.q;
+    streak.scale = static_cast<float>(1 / (w * h)) / std::sqrt(streak.q);
+    streak.light = static_cast<float>(0.886 * w * h * streak.energy / length) / std::sqrt(streak.q);
+    streak.ends_are_far = random.chance(0.3);
+    return streak;
+}
+
+constexpr int WIDTHS[] = {1, 2, 3, 4, 5, 7, 8, 15, 16, 17, 31, 33, 64, 100, 257, 600};
+
+}  // namespace
+
+class EachSet : public testing::TestWithParam<std::string> {};
+
+TEST_P(EachSet, DrawsSpotsAsTheOthers) {
+    const Kernels* set = set_to_test(GetParam());
+    RandomNumbers random(1);
+    for (int i = 0; set != nullptr && i < 4000; ++i) {
+        const int width = random.of(WIDTHS);
+        const int height = random.whole(1, 40);
+        Noise expected(random, width, height);
+        Noise actual = expected;
+        const star_kernels::Spot spot = random_spot(random, width);
+        const int y = random.whole(0, height - 1);
+        const int rows = random.whole(0, height - y);
+        const auto ry = static_cast<float>(random.between(-50, 50));
+        std::vector<float> scratch(static_cast<std::size_t>(width) + 32);
+        const float after = judge().draw_spot(expected.pixels(), spot, y, rows, ry, scratch.data());
+        ASSERT_EQ(set->draw_spot(actual.pixels(), spot, y, rows, ry, scratch.data()), after) << i;
+        ASSERT_TRUE(same_bits(actual.floats, expected.floats)) << i;
+    }
+}
+
+TEST_P(EachSet, DrawsStreaksAsTheOthers) {
+    const Kernels* set = set_to_test(GetParam());
+    RandomNumbers random(2);
+    for (int i = 0; set != nullptr && i < 4000; ++i) {
+        const int width = random.of(WIDTHS);
+        const int height = random.whole(1, 40);
+        Noise expected(random, width, height);
+        Noise actual = expected;
+        const star_kernels::Streak streak = random_streak(random, width);
+        const int y = random.whole(0, height - 1);
+        const int rows = random.whole(0, height - y);
+        const float ry = static_cast<float>(y) - streak.mid_y;
+        const float after = judge().draw_streak(expected.pixels(), streak, y, rows, ry);
+        ASSERT_EQ(set->draw_streak(actual.pixels(), streak, y, rows, ry), after) << i;
+        ASSERT_TRUE(same_bits(actual.floats, expected.floats)) << i;
+    }
+}
+
+// Rows in several runs are the rows of one run.
+TEST_P(EachSet, CarriesRowsFromOneRunToTheNext) {
+    const Kernels* set = set_to_test(GetParam());
+    RandomNumbers random(3);
+    for (int i = 0; set != nullptr && i < 1000; ++i) {
+        const int width = random.of(WIDTHS);
+        const int height = random.whole(2, 60);
+        Noise expected(random, width, height);
+        Noise actual = expected;
+        const star_kernels::Streak streak = random_streak(random, width);
+        const star_kernels::Spot spot = random_spot(random, width);
+        std::vector<float> scratch(static_cast<std::size_t>(width) + 32);
+        const auto first = static_cast<float>(random.between(-50, 50));
+        set->draw_streak(expected.pixels(), streak, 0, height, first);
+        set->draw_spot(expected.pixels(), spot, 0, height, first, scratch.data());
+        float of_streak = first;
+        float of_spot = first;
+        float carried = first;
+        for (int y = 0; y < height;) {
+            const int rows = random.whole(1, height - y);
+            of_streak = set->draw_streak(actual.pixels(), streak, y, rows, of_streak);
+            for (int row = 0; row < rows; ++row) {
+                carried += 1.0F;
+            }
+            ASSERT_EQ(of_streak, carried);
+            y += rows;
+        }
+        for (int y = 0; y < height;) {
+            const int rows = random.whole(1, height - y);
+            of_spot = set->draw_spot(actual.pixels(), spot, y, rows, of_spot, scratch.data());
+            y += rows;
+        }
+        ASSERT_EQ(of_spot, carried);
+        ASSERT_TRUE(same_bits(actual.floats, expected.floats)) << i;
+    }
+}
+
+TEST_P(EachSet, RejectsStarsAsTheOthers) {
+    const Kernels* set = set_to_test(GetParam());
+    RandomNumbers random(4);
+    constexpr int COUNT = star_kernels::STARS_AT_ONCE;
+    int outside = 0;
+    for (int i = 0; set != nullptr && i < 300; ++i) {
+        std::vector<float> lon(COUNT), lat(COUNT), weight(COUNT);
+        for (std::size_t k = 0; k < COUNT; ++k) {
+            static constexpr float SPECIAL[] = {NAN,   INFINITY, -INFINITY, 9999,
+                                                10001, -1e30F,   1e-40F};
+            lon[k] = random.chance(0.05) ? random.of(SPECIAL)
+                                         : static_cast<float>(random.between(-7, 7));
+            lat[k] = random.chance(0.05) ? random.of(SPECIAL)
+                                         : static_cast<float>(random.between(-1.6, 1.6));
+            weight[k] = random.chance(0.5) ? 0 : static_cast<float>(random.on_scale(1e-4, 10));
+        }
+        std::vector<star_kernels::Plane> planes;
+        const int samples = random.whole(1, 5);
+        for (int k = 0; k < samples * star_kernels::PLANES; ++k) {
+            star_kernels::Plane plane{};
+            for (float* n : {&plane.nx, &plane.ny, &plane.nz, &plane.nw}) {
+                *n = static_cast<float>(random.between(-1, 1));
+            }
+            plane.tolerance = plane.tolerance_w = static_cast<float>(random.between(0, 0.01));
+            planes.push_back(plane);
+        }
+        std::vector<unsigned char> expected(COUNT, 7), actual(COUNT, 7);
+        const int count = random.whole(1, COUNT);
+        judge().outside(lon.data(), lat.data(), weight.data(), count, planes.data(), samples,
+                        expected.data());
+        set->outside(lon.data(), lat.data(), weight.data(), count, planes.data(), samples,
+                     actual.data());
+        for (std::size_t k = 0; k < static_cast<std::size_t>(count); ++k) {
+            ASSERT_EQ(actual[k], expected[k]) << i << " " << k;
+            outside += actual[k];
+        }
+    }
+    EXPECT_TRUE(set == nullptr || outside > 1000) << outside;
+}
+
+TEST_P(EachSet, DrawsWholeFramesAsTheOthers) {
+    const Kernels* set = set_to_test(GetParam());
+    const PathInUse fast(DrawPath::fast);
+    RandomNumbers random(5);
+    for (int i = 0; set != nullptr && i < 250; ++i) {
+        const Scene scene = random_scene(random);
+        const auto frame_of = [&](const Kernels& kernels) {
+            const kernel_sets::InUse in_use(&kernels);
+            return draw(scene, DrawPath::fast);
+        };
+        const Drawn expected = frame_of(judge());
+        const Drawn actual = frame_of(*set);
+        EXPECT_EQ(actual.drew, expected.drew);
+        ASSERT_TRUE(actual.frame.same_bits(expected.frame)) << describe(scene);
+    }
+}
+
+TEST_P(EachSet, StaysInUseUntilAnotherIsChosen) {
+    const Kernels* set = set_to_test(GetParam());
+    if (set == nullptr) {
+        return;
+    }
+    const Kernels* widest = star_kernels::in_use();
+    {
+        const kernel_sets::InUse in_use(set);
+        EXPECT_EQ(star_kernels::in_use(), set);
+        EXPECT_EQ(star_kernels::in_use()->name, GetParam());
+    }
+    EXPECT_EQ(star_kernels::in_use(), widest);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kernels, EachSet, testing::ValuesIn(kernel_sets::all_sets()),
+                         [](const auto& tested) { return tested.param; });
+
+// --- which set runs ---------------------------------------------------------------------------
+
+namespace {
+
+int calls_of_spot, calls_of_streak, calls_of_outside, calls_of_8_bits, calls_of_16_bits;
+
+/// A set that counts its calls and leaves the work to the arrays.
+const Kernels& counting_set() {
+    static const Kernels set = {
+        "counting",
+        4,
+        [](const star_kernels::Pixels& to, const star_kernels::Spot& spot, int y, int rows,
+           float ry, float* scratch) {
+            ++calls_of_spot;
+            return judge().draw_spot(to, spot, y, rows, ry, scratch);
+        },
+        [](const star_kernels::Pixels& to, const star_kernels::Streak& streak, int y, int rows,
+           float ry) {
+            ++calls_of_streak;
+            return judge().draw_streak(to, streak, y, rows, ry);
+        },
+        [](const float* lon, const float* lat, const float* weight, int count,
+           const star_kernels::Plane* planes, int samples, unsigned char* is_outside) {
+            ++calls_of_outside;
+            judge().outside(lon, lat, weight, count, planes, samples, is_outside);
+        },
+        [](const float* pixels, void* codes, std::size_t count) {
+            ++calls_of_8_bits;
+            judge().to_8_bits(pixels, codes, count);
+        },
+        [](const float* pixels, void* codes, std::size_t count) {
+            ++calls_of_16_bits;
+            judge().to_16_bits(pixels, codes, count);
+        },
+        judge().exp,
+        judge().erf};
+    calls_of_spot = calls_of_streak = calls_of_outside = calls_of_8_bits = calls_of_16_bits = 0;
+    return set;
+}
+
+}  // namespace
+
+TEST(Choice, DecidesWhatDrawsAndConverts) {
+    const kernel_sets::InUse in_use(&counting_set());
+    RandomNumbers random(6);
+    Scene scene = default_scene(random, 64, 36);
+    scatter_stars(scene, random, 100);
+    draw(scene, DrawPath::fast);
+    EXPECT_GT(calls_of_outside, 0);
+    EXPECT_GT(calls_of_spot, 0);
+    EXPECT_EQ(calls_of_streak, 0);
+    pan(scene, random, 3, 20);
+    draw(scene, DrawPath::fast);
+    EXPECT_GT(calls_of_streak, 0);
+
+    const float pixel[4] = {};
+    unsigned short codes[4];
+    const PathInUse fast(DrawPath::fast);
+    EXPECT_TRUE(to_8_bit_codes(pixel, codes, 1));
+    EXPECT_TRUE(to_16_bit_codes(pixel, codes, 1));
+    EXPECT_EQ(calls_of_8_bits, 1);
+    EXPECT_EQ(calls_of_16_bits, 1);
+}
+
+TEST(Choice, LeavesThePlainPathAlone) {
+    const kernel_sets::InUse in_use(&counting_set());
+    RandomNumbers random(6);
+    Scene scene = default_scene(random, 64, 36);
+    scatter_stars(scene, random, 100);
+    pan(scene, random, 3, 20);
+    EXPECT_TRUE(draw(scene, DrawPath::plain).drew);
+    const float pixel[4] = {};
+    unsigned short codes[4] = {1, 2, 3, 4};
+    const PathInUse plain(DrawPath::plain);
+    EXPECT_FALSE(to_8_bit_codes(pixel, codes, 1));
+    EXPECT_FALSE(to_16_bit_codes(pixel, codes, 1));
+    EXPECT_EQ(codes[0], 1) << "nothing is written";
+    EXPECT_EQ(
+        calls_of_spot + calls_of_streak + calls_of_outside + calls_of_8_bits + calls_of_16_bits, 0);
+}
+
+// Code of its own for each: the same function would prove nothing about the other.
+TEST(Choice, IsBetweenFunctionsOfTheirOwn) {
+    std::set<float (*)(const star_kernels::Pixels&, const star_kernels::Streak&, int, int, float)>
+        functions;
+    std::set<std::string> names;
+    for (const Kernels* set : kernel_sets::all_runnable()) {
+        functions.insert(set->draw_streak);
+        names.insert(set->name);
+    }
+    EXPECT_EQ(functions.size(), kernel_sets::all_runnable().size());
+    EXPECT_EQ(names.size(), functions.size());
+}
+
+TEST(Choice, KnowsTheSetsOfThisProcessorByWidth) {
+    int lanes = 1000;
+    for (const Kernels* const* set = star_kernels::built(); *set != nullptr; ++set) {
+        EXPECT_LT((*set)->lanes, lanes) << "the widest first";
+        lanes = (*set)->lanes;
+        EXPECT_EQ(star_kernels::STARS_AT_ONCE % lanes, 0);
+    }
+    for (const char* array : {"array4", "array8", "array16"}) {
+        const Kernels* set = kernel_sets::runnable(array);
+        ASSERT_NE(set, nullptr);
+        EXPECT_EQ(array, "array" + std::to_string(set->lanes));
+    }
+}
+
+// What Linux says of the processor, as a second opinion.
+TEST(Choice, FallsOnTheWidestThatTheSystemReports) {
+    std::ifstream cpuinfo("/proc/cpuinfo");
+    std::set<std::string> flags;
+    for (std::string line; std::getline(cpuinfo, line);) {
+        if (line.rfind("flags", 0) == 0) {
+            std::istringstream words(line);
+            for (std::string word; words >> word;) {
+                flags.insert(word);
+            }
+            break;
+        }
+    }
+    if (flags.empty()) {
+        std::cout << "[ NOT RUN  ] the system tells no processor flags\n";
+        return;
+    }
+    std::string expected = "sse2";
+    if (kernel_sets::why_not_run("avx2").find("another processor") == std::string::npos) {
+        if (flags.count("avx2") != 0) {
+            expected = "avx2";
+        }
+        if (flags.count("avx512f") != 0 && flags.count("avx512dq") != 0 &&
+            flags.count("avx512bw") != 0 && flags.count("avx512vl") != 0) {
+            expected = "avx512";
+        }
+    }
+    ASSERT_NE(star_kernels::in_use(), nullptr);
+    EXPECT_EQ(star_kernels::in_use()->name, expected);
+}

@@ -1,0 +1,85 @@
+// The fast path against the plain one, which defines the pixels: whole frames at random.
+#include "paths_scene.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+using namespace paths;
+using support::CatalogueStar;
+
+}  // namespace
+
+class RandomFrames : public testing::TestWithParam<unsigned> {};
+
+TEST_P(RandomFrames, KeepThePromise) {
+    RandomNumbers random(GetParam());
+    int lit = 0;
+    int crossing = 0;
+    for (int i = 0; i < 60; ++i) {
+        const Scene scene = random_scene(random);
+        SCOPED_TRACE("scene " + std::to_string(i));
+        lit += expect_promise(scene).peak > 0 ? 1 : 0;
+        crossing += std::any_of(scene.stars.begin(), scene.stars.end(),
+                                [&](const CatalogueStar& star) {
+                                    return crosses_camera_plane(scene, star);
+                                })
+                        ? 1
+                        : 0;
+        if (HasFailure()) {
+            return;
+        }
+    }
+    // Not empty skies.
+    EXPECT_GE(lit, 20);
+    EXPECT_GE(crossing, 3);
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomFrames, testing::Range(1U, 25U));
+
+class RandomStars : public testing::TestWithParam<unsigned> {};
+
+// With one star a frame every visit shows; in the frames above only the first of a pixel.
+TEST_P(RandomStars, VisitTheSamePixelsOneByOne) {
+    RandomNumbers random(GetParam());
+    int visits = 0;
+    for (int i = 0; i < 300; ++i) {
+        Scene scene = random_scene(random);
+        scene.stars.resize(1);
+        if (random.chance(0.7) && scene.cams.size() > 2) {
+            // One segment a frame.
+            scene.cams.resize(2);
+        }
+        const std::vector<bool> plain = visited(scene, DrawPath::plain);
+        ASSERT_TRUE(plain == visited(scene, DrawPath::fast)) << describe(scene);
+        visits += std::find(plain.begin(), plain.end(), true) != plain.end() ? 1 : 0;
+    }
+    EXPECT_GE(visits, 30);
+}
+
+// Nothing at all is added to a pixel of -0 unless it is visited: -0 + 0 is 0. Unlike the other
+// sign of a visit this one also holds while the plain path still draws for the fast one, and with
+// any coverage. Colours are positive, so that no product is -0.
+TEST_P(RandomStars, LeaveMinusZeroWhereTheyDoNotPass) {
+    RandomNumbers random(GetParam() + 100);
+    for (int i = 0; i < 100; ++i) {
+        Scene scene = random_scene(random);
+        scene.data.saturation = std::min(scene.data.saturation, 1.0);
+        scene.data.tint_strength = std::min(scene.data.tint_strength, 1.0);
+        scene.coverage.assign(scene.coverage.size(), 0.5F);
+        scene.background = -0.0F;
+        Drawn plain = draw(scene, DrawPath::plain);
+        Drawn fast = draw(scene, DrawPath::fast);
+        EXPECT_EQ(plain.drew, fast.drew) << describe(scene);
+        for (int y = 0; y < scene.height; ++y) {
+            for (int x = 0; x < scene.width; ++x) {
+                ASSERT_EQ(std::signbit(plain.frame.r(x, y)), std::signbit(fast.frame.r(x, y)))
+                    << x << " " << y << ": " << describe(scene);
+            }
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomStars, testing::Range(1U, 9U));

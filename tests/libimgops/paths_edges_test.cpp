@@ -1,0 +1,314 @@
+// The fast path against the plain one where numbers are at the end of their range or beyond it, and
+// stars at the end of the frame.
+#include "paths_scene.h"
+
+#include "star_scene.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace paths;
+using support::CatalogueStar;
+
+constexpr double NONE = std::numeric_limits<double>::quiet_NaN();
+constexpr double INF = std::numeric_limits<double>::infinity();
+
+/// What no field should hold, and what it hardly should.
+const double SPECIAL[] = {NONE,
+                          -NONE,
+                          INF,
+                          -INF,
+                          0.0,
+                          -0.0,
+                          5e-324,
+                          -5e-324,
+                          1e-310,
+                          1e-45,
+                          -1e-45,
+                          1e-38,
+                          1e-30,
+                          -1e-30,
+                          1e-5,
+                          -1e-5,
+                          0.3,
+                          -0.3,
+                          1.0,
+                          -1.0,
+                          7.0,
+                          -7.0,
+                          1e5,
+                          -1e5,
+                          1e10,
+                          -1e10,
+                          1e30,
+                          -1e30,
+                          3e38,
+                          -3e38,
+                          1e300,
+                          -1e300,
+                          std::numeric_limits<double>::max(),
+                          std::numeric_limits<double>::lowest()};
+
+/// A small frame through a camera along x, a few stars in it and a few around it.
+Scene small_scene(op_stars_projection projection, bool moves) {
+    Scene scene;
+    scene.width = 24;
+    scene.height = 14;
+    scene.data = star_scene::plain_settings();
+    scene.data.spot_size_x = scene.data.spot_size_y = 150;
+    scene.data.projection = projection;
+    scene.data.tint_strength = 0.25;
+    scene.data.tint_color = Color3(1, 0.5F, 0.25F);
+    scene.cams = {star_scene::facing_x()};
+    if (moves) {
+        scene.cams.push_back(star_scene::facing_x(4));
+        scene.cams.push_back(star_scene::facing_x(95));
+    }
+    for (int i = 0; i < 12; ++i) {
+        CatalogueStar star;
+        star.lon = 9 * i - 40;
+        star.lat = 7 * i % 50 - 25;
+        star.luminance = 0.5F + static_cast<float>(i);
+        star.g = static_cast<unsigned char>(20 * i);
+        star.distance = i % 3 == 0 ? -1 : 3 * i;
+        scene.stars.push_back(star);
+    }
+    return scene;
+}
+
+template <class Change>
+void with_every_special_value(Change change) {
+    for (const op_stars_projection projection : {Persp, HemiSph, AzEqu}) {
+        for (const bool moves : {false, true}) {
+            for (const double value : SPECIAL) {
+                Scene scene = small_scene(projection, moves);
+                change(scene, value);
+                SCOPED_TRACE("the value is " + std::to_string(value));
+                expect_promise(scene);
+            }
+        }
+    }
+}
+
+struct Setting {
+    const char* name;
+    double StarRendererData::*field;
+};
+void PrintTo(const Setting& setting, std::ostream* out) { *out << setting.name; }
+
+}  // namespace
+
+class SpecialSettings : public testing::TestWithParam<Setting> {};
+
+TEST_P(SpecialSettings, AreDrawnAsThePlainPathDoes) {
+    with_every_special_value(
+        [](Scene& scene, double value) { scene.data.*GetParam().field = value; });
+}
+
+// A negative brightness makes light of negative luminances.
+TEST_P(SpecialSettings, AreDrawnAsThePlainPathDoesInNegativeLight) {
+    with_every_special_value([](Scene& scene, double value) {
+        scene.data.brightness = -2;
+        scene.data.threshold = -INF;
+        for (CatalogueStar& star : scene.stars) {
+            star.luminance = -100 * star.luminance;
+            // Of one colour, so that no star takes another one's light away: the largest value of
+            // what is left would say nothing of the light that went into it.
+            star.g = star.r;
+        }
+        scene.data.*GetParam().field = value;
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Fields, SpecialSettings,
+                         testing::Values(Setting{"window_x0", &StarRendererData::window_x0},
+                                         Setting{"window_x1", &StarRendererData::window_x1},
+                                         Setting{"window_y0", &StarRendererData::window_y0},
+                                         Setting{"window_y1", &StarRendererData::window_y1},
+                                         Setting{"spot_size_x", &StarRendererData::spot_size_x},
+                                         Setting{"spot_size_y", &StarRendererData::spot_size_y},
+                                         Setting{"threshold", &StarRendererData::threshold},
+                                         Setting{"max_luminance", &StarRendererData::max_luminance},
+                                         Setting{"brightness", &StarRendererData::brightness},
+                                         Setting{"saturation", &StarRendererData::saturation},
+                                         Setting{"bias_exponent", &StarRendererData::bias_exponent},
+                                         Setting{"tint_strength", &StarRendererData::tint_strength},
+                                         Setting{"parallax_crush",
+                                                 &StarRendererData::parallax_crush}),
+                         [](const auto& tested) { return std::string(tested.param.name); });
+
+TEST(SpecialTint, IsDrawnAsThePlainPathDoes) {
+    with_every_special_value(
+        [](Scene& scene, double value) { scene.data.tint_color[1] = static_cast<float>(value); });
+}
+
+TEST(SpecialCameras, SeeAsThePlainPathDoes) {
+    for (double camera::*field : {&camera::focal, &camera::near_clip, &camera::far_clip}) {
+        with_every_special_value(
+            [&](Scene& scene, double value) { scene.cams.front().*field = value; });
+    }
+    for (int element = 0; element < 16; ++element) {
+        with_every_special_value([&](Scene& scene, double value) {
+            scene.cams.back().xform(element / 4, element % 4) = value;
+        });
+    }
+}
+
+// A pinhole's picture does not depend on its matrix's scale.
+TEST(SpecialCameras, SeeAsThePlainPathDoesAtAnyScale) {
+    for (const double scale : {1e-300, 1e-45, 1e-42, 1e-38, 1e-20, 1e20, 1e37, 1e45, 1e300}) {
+        for (const bool moves : {false, true}) {
+            Scene scene = small_scene(Persp, moves);
+            for (camera& cam : scene.cams) {
+                for (int element = 0; element < 12; ++element) {
+                    cam.xform(element / 4, element % 4) *= scale;
+                }
+            }
+            SCOPED_TRACE(std::to_string(scale));
+            EXPECT_GT(expect_promise(scene).peak, 0);
+        }
+    }
+}
+
+TEST(SpecialStars, AreDrawnAsThePlainPathDoes) {
+    for (double CatalogueStar::*field :
+         {&CatalogueStar::lon, &CatalogueStar::lat, &CatalogueStar::distance}) {
+        with_every_special_value(
+            [&](Scene& scene, double value) { scene.stars[5].*field = value; });
+    }
+    with_every_special_value([](Scene& scene, double value) {
+        scene.data.threshold = -INF;
+        scene.stars[5].luminance = static_cast<float>(value);
+    });
+    with_every_special_value([](Scene& scene, double value) {
+        scene.data.max_luminance = INF;
+        scene.data.spot_size_x = 1e7;
+        scene.stars[5].luminance = static_cast<float>(value);
+    });
+}
+
+TEST(SpecialStars, PassAThresholdThatIsTheirOwn) {
+    Scene scene = small_scene(Persp, false);
+    for (const float luminance : {0.5F, 1e-30F, 3e38F}) {
+        for (const float threshold : {luminance, std::nextafter(luminance, 3.4e38F)}) {
+            scene.stars.resize(1);
+            scene.stars[0] = CatalogueStar();
+            scene.stars[0].luminance = luminance;
+            scene.data.bias_exponent = 0.001;
+            scene.data.threshold = static_cast<double>(threshold);
+            expect_promise(scene);
+            EXPECT_EQ(draw(scene, DrawPath::fast).drew, threshold == luminance) << luminance;
+        }
+    }
+}
+
+// The plain path only reads coverage; so its bits stay whatever they mean.
+TEST(SpecialCoverage, IsNeverWritten) {
+    const float signalling = std::bit_cast<float>(0x7fa00001U);
+    const float own = std::bit_cast<float>(0xffc12345U);
+    for (const float coverage :
+         {0.0F, -0.0F, 0.3F, 0.9999999F, 1.0F, 1.0000001F, -5.0F, 1e30F, -1e30F,
+          static_cast<float>(INF), own, signalling, 1e-45F, -1e-45F}) {
+        for (const bool moves : {false, true}) {
+            for (const double brightness : {0.25, 1e30, 3e37}) {
+                for (const double saturation : {1.0, 0.0, 3.0}) {
+                    Scene scene = small_scene(Persp, moves);
+                    scene.drew_before = true;
+                    scene.data.brightness = brightness;
+                    scene.data.saturation = saturation;
+                    scene.coverage.assign(24 * 14, coverage);
+                    SCOPED_TRACE(coverage);
+                    expect_promise(scene);
+                }
+            }
+        }
+    }
+}
+
+// Infinitely less than covered: whether a pixel becomes infinite or not a number hangs on whether
+// its weight is the smallest number or nothing, so that only the coverage itself is compared.
+TEST(SpecialCoverage, IsNeverWrittenByInfiniteLight) {
+    for (const bool moves : {false, true}) {
+        Scene scene = small_scene(Persp, moves);
+        scene.drew_before = true;
+        scene.coverage.assign(24 * 14, static_cast<float>(-INF));
+        Drawn fast = draw(scene, DrawPath::fast);
+        for (int x = 0; x < scene.width; ++x) {
+            for (int y = 0; y < scene.height; ++y) {
+                ASSERT_EQ(fast.frame.a(x, y), -INF);
+            }
+        }
+        EXPECT_FALSE(fast.frame.is_blank());
+    }
+}
+
+// Every place around the frame's sides, a hundredth of a pixel apart where the light ends.
+TEST(FrameSides, CutTheLightOfStillAndMovingStarsAlike) {
+    for (const double radius : {1.0, 2.4, 6.5}) {
+        for (const bool moves : {false, true}) {
+            Scene scene;
+            scene.width = 40;
+            scene.height = 20;
+            scene.data = star_scene::plain_settings();
+            scene.data.spot_size_x = scene.data.spot_size_y = radius / (0.0005 * 40);
+            scene.cams = {star_scene::facing_x()};
+            if (moves) {
+                scene.cams.push_back(star_scene::facing_x(1.5));
+            }
+            scene.drew_before = true;
+            CatalogueStar star;
+            const double reach = radius * std::sqrt(std::log(6250.0));
+            int lit = 0;
+            int dark = 0;
+            for (int i = -150; i < 150; ++i) {
+                // The window is 4 wide and 2 high: 10 pixels a unit.
+                const double out = (reach + 1 + 0.01 * i) / 10;
+                for (const auto& [u, v] : {std::pair(-2 - out, 0.31), std::pair(2 + out, -0.2),
+                                           std::pair(0.1, 1 + out), std::pair(-0.7, -1 - out)}) {
+                    set_angles(star, direction_of(scene.cams.front(), u, v));
+                    scene.stars = {star};
+                    const std::vector<bool> plain = visited(scene, DrawPath::plain);
+                    ASSERT_TRUE(plain == visited(scene, DrawPath::fast)) << describe(scene);
+                    (plain == std::vector<bool>(plain.size()) ? dark : lit)++;
+                }
+            }
+            EXPECT_GT(lit, 100);
+            EXPECT_GT(dark, 100);
+        }
+    }
+}
+
+// One end in front of the camera and one behind it: straight to the mirrored place, which lies the
+// farther off the nearer the hidden end is to the camera's plane.
+TEST(CameraPlane, IsCrossedAsThePlainPathDoes) {
+    RandomNumbers random(7);
+    int lit = 0;
+    double worst = 0;
+    for (int i = 0; i < 400; ++i) {
+        Scene scene = default_scene(random, 160, 90);
+        scene.data.brightness = random.on_scale(0.25, 100);
+        scene.cams.push_back(scene.cams.front());
+        scene.cams[1].xform = scene.cams[1].xform * random_turn(random, random.between(50, 179));
+        CatalogueStar star;
+        // In the first picture, and behind the second camera by down to a billionth.
+        const double a = random.between(0, 6.28318);
+        const double far = random.on_scale(0.1, 1e9);
+        scene.cams[1].focal *= random.chance(0.5) ? 1 : -1;
+        set_angles(star, direction_of(scene.cams[random.bits() % 2], far * std::cos(a),
+                                      far * std::sin(a)));
+        scene.stars = {star};
+        const Difference off = expect_promise(scene);
+        lit += off.peak > 0 ? 1 : 0;
+        worst = std::max(worst, off.crossing);
+    }
+    EXPECT_GE(lit, 40);
+    RecordProperty("worst", std::to_string(worst));
+}

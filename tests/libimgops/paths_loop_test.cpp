@@ -1,0 +1,384 @@
+// How the fast path goes through the source: what it reads, where it leaves the cursor, and that it
+// takes no more memory than it may.
+#include "kernels/kernel_sets.h"
+#include "paths_scene.h"
+
+#include "star_scene.h"
+#include "support/memory_stars.h"
+#include "support/scratch.h"
+
+#include <base/scoped_ptr.h>
+#include <gtest/gtest.h>
+#include <libimgops/renderer.h>
+#include <libimgops/starfile.h>
+
+#include <cstddef>
+#include <limits>
+
+namespace {
+
+using namespace paths;
+using support::CatalogueStar;
+using support::GuardedFrame;
+using support::MemoryStars;
+
+/// Hands out rows of random lengths, and remembers how many records were taken.
+class PiecewiseStars : public StarInput {
+public:
+    explicit PiecewiseStars(const std::vector<CatalogueStar>& stars)
+        : bytes_(support::catalogue_bytes(support::VERSION_2, stars)),
+          records_(bytes_.size() / sizeof(star)),
+          random_(1) {
+        std::memcpy(records_.data(), bytes_.data(), bytes_.size());
+        n = static_cast<u32>(records_.size());
+    }
+    const star* next() override {
+        u32 one = 1;
+        return take(one);
+    }
+    void reset() override { taken_ = 0; }
+    const star* next_in_row(u32& count) override {
+        EXPECT_GE(count, 1U);
+        const u32 some = 1 + random_.bits() % 40;
+        count = some < count ? some : count;
+        return take(count);
+    }
+    u32 taken() const { return taken_; }
+
+private:
+    const star* take(u32 count) {
+        EXPECT_LE(taken_ + count, n) << "beyond the end";
+        taken_ += count;
+        return &records_[taken_ - count];
+    }
+
+    std::string bytes_;
+    std::vector<star> records_;
+    RandomNumbers random_;
+    u32 taken_ = 0;
+};
+
+Scene busy_scene(int stars) {
+    RandomNumbers random(11);
+    Scene scene = default_scene(random, 64, 36);
+    scatter_stars(scene, random, stars);
+    return scene;
+}
+
+}  // namespace
+
+TEST(FastLoop, ReadsEveryRecordOnceWhateverTheRowsAre) {
+    // Around the number of stars that are gathered at a time.
+    for (const int count : {0, 1, 2, 511, 512, 513, 1024, 3000}) {
+        const Scene scene = busy_scene(count);
+        const Drawn whole = draw(scene, DrawPath::fast);
+        EXPECT_EQ(whole.reads, count + 1);
+
+        const PathInUse fast(DrawPath::fast);
+        PiecewiseStars input(scene.stars);
+        Array<camera> cams;
+        set_cameras(scene, cams);
+        GuardedFrame frame = empty_frame(scene);
+        const StarFramebuffer fb = frame.view();
+        StarRenderer renderer(scene.data, fb, input, cams);
+        bool drew = false;
+        renderer.render_stars(drew);
+        EXPECT_EQ(input.taken(), input.nstars());
+        EXPECT_EQ(drew, whole.drew);
+        EXPECT_TRUE(frame.same_bits(whole.frame));
+        EXPECT_FALSE(renderer.render_star(drew)) << "none is left";
+        renderer.render_stars(drew);
+        EXPECT_EQ(input.taken(), input.nstars()) << "nothing is read again";
+        EXPECT_TRUE(frame.same_bits(whole.frame));
+    }
+}
+
+TEST(FastLoop, ReadsNothingWithoutBrightness) {
+    for (const double none : {0.0, -0.0}) {
+        Scene scene = busy_scene(700);
+        scene.data.brightness = none;
+        for (const DrawPath path : {DrawPath::plain, DrawPath::fast}) {
+            Drawn drawn = draw(scene, path);
+            EXPECT_EQ(drawn.reads, 1) << "the header";
+            EXPECT_FALSE(drawn.drew);
+            EXPECT_TRUE(drawn.frame.is_blank());
+        }
+    }
+}
+
+TEST(FastLoop, DrawsNothingOfALoneHeader) {
+    const ScratchFolder folder;
+    const std::string path = folder / "sky.stars";
+    for (const unsigned size : {8U, 32U, 63U}) {
+        write_file(path,
+                   support::catalogue_bytes(support::VERSION_2, {CatalogueStar()}).substr(0, size));
+        const scoped_ptr<StarInput> input(op_stars_file_input(path.c_str()));
+        Array<camera> cams;
+        cams.append(star_scene::facing_x());
+        GuardedFrame frame(100, 50);
+        const StarFramebuffer fb = frame.view();
+        const StarRendererData data = star_scene::plain_settings();
+        StarRenderer renderer(data, fb, *input, cams);
+        bool drew = false;
+        renderer.render_stars(drew);
+        EXPECT_FALSE(drew);
+        EXPECT_TRUE(frame.is_blank());
+    }
+}
+
+// A file's cursor is seen by the address of the record that it would hand out next.
+TEST(FastLoop, LeavesTheCursorOfAFileWhereThePlainPathDoes) {
+    const ScratchFolder folder;
+    const std::string path = folder / "sky.stars";
+    for (const double brightness : {0.25, 0.0}) {
+        Scene scene = busy_scene(1500);
+        scene.data.brightness = brightness;
+        support::write_catalogue(path, scene.magic, scene.stars);
+        std::ptrdiff_t places[2];
+        int i = 0;
+        for (const DrawPath draw_path : {DrawPath::plain, DrawPath::fast}) {
+            const PathInUse in_use(draw_path);
+            MMAPStarFile input(path.c_str());
+            const star* first = input.next();
+            input.reset();
+            Array<camera> cams;
+            set_cameras(scene, cams);
+            GuardedFrame frame = empty_frame(scene);
+            const StarFramebuffer fb = frame.view();
+            StarRenderer renderer(scene.data, fb, input, cams);
+            bool drew = false;
+            renderer.render_stars(drew);
+            places[i++] = input.next() - first;
+        }
+        EXPECT_EQ(places[1], places[0]);
+        EXPECT_EQ(places[1], brightness == 0 ? 1 : 1501);
+    }
+}
+
+TEST(FastLoop, TakesOverFromSingleStars) {
+    const Scene scene = busy_scene(1200);
+    const Drawn whole = draw(scene, DrawPath::fast);
+    for (const int singles : {1, 5, 511, 512, 1199, 1200}) {
+        const PathInUse fast(DrawPath::fast);
+        MemoryStars input(scene.magic, scene.stars);
+        Array<camera> cams;
+        set_cameras(scene, cams);
+        GuardedFrame frame = empty_frame(scene);
+        const StarFramebuffer fb = frame.view();
+        StarRenderer renderer(scene.data, fb, input, cams);
+        bool drew = false;
+        for (int i = 0; i < singles; ++i) {
+            EXPECT_EQ(renderer.render_star(drew), i + 1 < 1200);
+        }
+        renderer.render_stars(drew);
+        EXPECT_EQ(drew, whole.drew);
+        EXPECT_EQ(input.reads(), 1201);
+        Drawn mixed;
+        mixed.frame = frame;
+        EXPECT_LE(difference(whole, mixed, std::vector<bool>(64 * 36)).ordinary, ORDINARY_BOUND);
+    }
+}
+
+TEST(FastLoop, AddsToWhatARendererBeforeItLeft) {
+    const Scene scene = busy_scene(900);
+    GuardedFrame frames[2] = {empty_frame(scene), empty_frame(scene)};
+    bool drew[2] = {false, false};
+    int i = 0;
+    for (const DrawPath path : {DrawPath::plain, DrawPath::fast}) {
+        const PathInUse in_use(path);
+        MemoryStars input(scene.magic, scene.stars);
+        Array<camera> cams;
+        set_cameras(scene, cams);
+        const StarFramebuffer fb = frames[i].view();
+        for (int round = 0; round < 2; ++round) {
+            StarRenderer renderer(scene.data, fb, input, cams);
+            renderer.render_stars(drew[i]);
+            input.reset();
+        }
+        ++i;
+    }
+    EXPECT_TRUE(drew[0] && drew[1]);
+    Drawn plain, fast;
+    plain.frame = frames[0];
+    fast.frame = frames[1];
+    const Difference off = difference(plain, fast, std::vector<bool>(64 * 36));
+    EXPECT_LE(off.ordinary, ORDINARY_BOUND);
+    const double once =
+        difference(draw(scene, DrawPath::plain), fast, std::vector<bool>(64 * 36)).peak;
+    EXPECT_NEAR(off.peak, 2 * once, 1e-5 * once);
+}
+
+TEST(FastLoop, NeverClearsTheFlag) {
+    Scene scene = busy_scene(10);
+    for (CatalogueStar& star : scene.stars) {
+        star.luminance = 0;
+    }
+    for (const bool before : {false, true}) {
+        scene.drew_before = before;
+        EXPECT_EQ(draw(scene, DrawPath::fast).drew, before);
+    }
+}
+
+// --- frames that the fast path leaves to the plain one ----------------------------------------
+
+namespace {
+
+/// A frame of floats, any layout.
+struct Floats {
+    explicit Floats(std::size_t count) : values(count) {}
+    std::vector<float> values;
+    StarFramebuffer fb;
+};
+
+/// Lays out a frame of 40 x 24.
+using Layout = void (*)(Floats&);
+void expect_plain_bits(const Scene& scene, Layout layout) {
+    Floats plain(30000), fast(30000);
+    layout(plain);
+    layout(fast);
+    const Drawn p = draw_into(scene, DrawPath::plain, plain.fb);
+    const Drawn f = draw_into(scene, DrawPath::fast, fast.fb);
+    EXPECT_EQ(p.drew, f.drew);
+    EXPECT_EQ(p.reads, f.reads);
+    EXPECT_EQ(p.failure, f.failure);
+    EXPECT_EQ(std::memcmp(plain.values.data(), fast.values.data(), sizeof(float) * 30000), 0);
+    EXPECT_TRUE(p.drew);
+}
+
+Scene scene_for_layouts(int segments) {
+    RandomNumbers random(21);
+    Scene scene = default_scene(random, 40, 24);
+    scene.data.brightness = 3;
+    if (segments > 0) {
+        pan(scene, random, segments, 10);
+    }
+    scatter_stars(scene, random, 200);
+    return scene;
+}
+
+void lay_out(Floats& floats, std::ptrdiff_t a, std::ptrdiff_t r, std::ptrdiff_t g, std::ptrdiff_t b,
+             int stride, int pixel_stride) {
+    float* first = floats.values.data();
+    floats.fb.a = first + a;
+    floats.fb.r = first + r;
+    floats.fb.g = first + g;
+    floats.fb.b = first + b;
+    floats.fb.width = 40;
+    floats.fb.height = 24;
+    floats.fb.stride = stride;
+    floats.fb.pixel_stride = pixel_stride;
+}
+
+}  // namespace
+
+TEST(OtherLayouts, AreDrawnByThePlainPath) {
+    for (const int segments : {0, 3}) {
+        const Scene scene = scene_for_layouts(segments);
+        // Three floats a pixel, coverage elsewhere.
+        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 10000, 0, 1, 2, 120, 3); });
+        // One plane a channel.
+        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 0, 1000, 2000, 3000, 40, 1); });
+        // Coverage last.
+        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 3, 0, 1, 2, 160, 4); });
+        // Blue before red.
+        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 0, 3, 2, 1, 160, 4); });
+        // Five floats a pixel.
+        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 0, 1, 2, 3, 200, 5); });
+        // One coverage for the whole frame, beside the pixels.
+        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 20000, 1, 2, 3, 160, 4); });
+    }
+}
+
+TEST(OtherLayouts, AreDrawnFastWhereOnlyRowsDiffer) {
+    const Scene scene = scene_for_layouts(0);
+    // From the bottom up.
+    for (const int stride : {160, 163, 1000, -160}) {
+        Floats plain(30000), fast(30000);
+        for (Floats* to : {&plain, &fast}) {
+            const std::ptrdiff_t first = stride < 0 ? -stride * 24 : 0;
+            lay_out(*to, first, first + 1, first + 2, first + 3, stride, 4);
+        }
+        const Drawn p = draw_into(scene, DrawPath::plain, plain.fb);
+        const Drawn f = draw_into(scene, DrawPath::fast, fast.fb);
+        EXPECT_TRUE(p.drew && f.drew);
+        for (std::size_t i = 0; i < plain.values.size(); ++i) {
+            ASSERT_NEAR(plain.values[i], fast.values[i], 1e-6) << stride;
+        }
+    }
+}
+
+TEST(OtherRows, AreDrawnByThePlainPath) {
+    for (const op_stars_lines lines :
+         {STARS_LINES_EVEN, STARS_LINES_ODD, static_cast<op_stars_lines>(7)}) {
+        for (const int segments : {0, 3}) {
+            Scene scene = scene_for_layouts(segments);
+            scene.data.lines = lines;
+            expect_same_bits(scene);
+        }
+    }
+}
+
+TEST(OtherProjections, FailAsOnThePlainPath) {
+    for (const int projection : {3, -1, 1000}) {
+        Scene scene = scene_for_layouts(0);
+        scene.data.projection = static_cast<op_stars_projection>(projection);
+        // Stars below the threshold come first: they do not fail.
+        scene.data.threshold = static_cast<double>(scene.stars[5].luminance);
+        for (int i = 0; i < 5; ++i) {
+            scene.stars[static_cast<std::size_t>(i)].luminance = 0;
+        }
+        const Drawn plain = draw(scene, DrawPath::plain);
+        const Drawn fast = draw(scene, DrawPath::fast);
+        EXPECT_EQ(plain.failure.find("unknown projection in <"), 0U) << plain.failure;
+        EXPECT_EQ(fast.failure, plain.failure);
+        EXPECT_TRUE(fast.frame.same_bits(plain.frame));
+        scene.data.threshold = std::numeric_limits<double>::infinity();
+        EXPECT_EQ(draw(scene, DrawPath::fast).failure, "") << "no star asks";
+    }
+}
+
+// Rows and columns are kept in 16 bits.
+TEST(OtherSizes, AreDrawnByThePlainPathBeyond16Bits) {
+    for (const int width : {32767, 32768, 40000}) {
+        RandomNumbers random(31);
+        Scene scene = default_scene(random, width, 2);
+        scene.data.spot_size_x = scene.data.spot_size_y = 0.2;
+        scatter_stars(scene, random, 50);
+        if (width > 32767) {
+            expect_same_bits(scene);
+        } else {
+            EXPECT_GT(expect_promise(scene).peak, 0);
+        }
+    }
+}
+
+// A far end to the lower left makes a row's first column overflow, which its guard refuses: with
+// the same words, after the same light. Some 1e10 columns a row, less the spot's reach times as
+// many, come to between 2^31, where columns end, and the 2^32 that is lost in a midpoint 5e16
+// pixels off.
+TEST(Guards, RefuseAsOnThePlainPath) {
+    RandomNumbers random(41);
+    int refused = 0;
+    for (int i = 0; i < 400; ++i) {
+        Scene scene = default_scene(random, 40, 24);
+        scene.data.spot_size_x = scene.data.spot_size_y = 50;  // a pixel
+        scatter_stars(scene, random, 20);
+        scene.cams.push_back(scene.cams.front());
+        for (int row = 0; row < 4; ++row) {
+            scene.cams[1].xform(row, 0) *= 1e16;
+            scene.cams[1].xform(row, 1) *= 1e6;
+        }
+        CatalogueStar star;
+        set_angles(star, direction_of(scene.cams.front(), random.between(-1.2, -0.4),
+                                      random.between(-0.9, -0.5)));
+        star.luminance = 0.0005F;
+        scene.stars.insert(scene.stars.begin() + 10, star);
+        const Drawn plain = draw(scene, DrawPath::plain);
+        const Drawn fast = draw(scene, DrawPath::fast);
+        EXPECT_EQ(plain.failure, fast.failure);
+        EXPECT_EQ(plain.drew, fast.drew);
+        EXPECT_LE(difference(plain, fast, std::vector<bool>(40 * 24)).ordinary, ORDINARY_BOUND);
+        refused += plain.failure == "ix >= 0 && ix < dst.width" ? 1 : 0;
+    }
+    EXPECT_GT(refused, 0);
+}

@@ -1,0 +1,340 @@
+// Stars that the fast path leaves out unseen are stars that the plain path draws nowhere.
+#include "kernels/kernel_sets.h"
+#include "paths_scene.h"
+#include "segment_shape.h"
+
+#include "support/memory_stars.h"
+
+#include <gtest/gtest.h>
+#include <libimgops/projection.h>
+#include <libimgops/renderer.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using namespace paths;
+using star_kernels::Kernels;
+using support::CatalogueStar;
+
+constexpr double PI = 3.14159265358979323846;
+
+/// What the fast path's rejection said, star by star in the order of the file.
+std::vector<unsigned char> rejected;
+
+/// A set that records the rejection and then says that no star is to be drawn.
+const Kernels& recording_set() {
+    static const Kernels& judge = *kernel_sets::all_runnable().back();
+    static const Kernels set = {
+        "recording",
+        judge.lanes,
+        judge.draw_spot,
+        judge.draw_streak,
+        [](const float* lon, const float* lat, const float* weight, int count,
+           const star_kernels::Plane* planes, int samples, unsigned char* is_outside) {
+            judge.outside(lon, lat, weight, count, planes, samples, is_outside);
+            rejected.insert(rejected.end(), is_outside, is_outside + count);
+            std::fill_n(is_outside, count, static_cast<unsigned char>(1));
+        },
+        judge.to_8_bits,
+        judge.to_16_bits,
+        judge.exp,
+        judge.erf};
+    return set;
+}
+
+/// Which of the scene's stars, all above the threshold, are rejected.
+const std::vector<unsigned char>& rejections(const Scene& scene) {
+    const kernel_sets::InUse in_use(&recording_set());
+    const PathInUse fast(DrawPath::fast);
+    rejected.clear();
+    Array<camera> cams;
+    set_cameras(scene, cams);
+    support::GuardedFrame frame(1, 1);
+    StarFramebuffer fb = frame.view();
+    // Nothing is drawn, so that nobody needs the pixels.
+    fb.width = scene.width;
+    fb.height = scene.height;
+    support::MemoryStars input(scene.magic, scene.stars);
+    StarRenderer renderer(scene.data, fb, input, cams);
+    bool drew = true;
+    renderer.render_stars(drew);
+    EXPECT_EQ(rejected.size(), scene.stars.size());
+    return rejected;
+}
+
+/// The plain path's own steps for a star, up to the box of its light, done with the exact
+/// projection.
+class PlainPath {
+public:
+    explicit PlainPath(const Scene& scene) : scene_(scene) {
+        const StarRendererData& data = scene.data;
+        for (const camera& cam : scene.cams) {
+            mats_.push_back(data.projection == Persp
+                                ? cam.xform * Matrix4<double>::perspective(cam.focal, cam.near_clip,
+                                                                           cam.far_clip)
+                                : cam.xform);
+        }
+        // The window is the effect's, so that spots are as wide as high where both sizes are.
+        spot_w_ = std::max(1.0F, static_cast<float>(data.spot_size_x * 0.0005 * scene.width));
+        spot_h_ = std::max(1.0F, static_cast<float>(data.spot_size_y * 0.0005 * scene.width));
+        intensity_ = static_cast<float>(4.0 * data.brightness);
+        if (mats_.size() > 1) {
+            intensity_ /= static_cast<float>(mats_.size() - 1);
+        }
+    }
+
+    /// Whether any segment of the star comes to rows and columns of the frame.
+    bool reaches_frame(const CatalogueStar& star) const {
+        const StarRendererData& data = scene_.data;
+        const float reach = reach_of(intensity_ * star.luminance);
+        if (!(reach >= 0)) {
+            return false;
+        }
+        StarFramebuffer fb;
+        fb.width = scene_.width;
+        fb.height = scene_.height;
+        const double distance = data.use_depth ? star.distance : -1;
+        const auto project = [&](std::size_t i, Vector2& at) {
+            return world_to_screen(star.lon, star.lat, distance, data.parallax_crush, mats_[i],
+                                   data.projection, fb.width, fb.height, data.window_x0,
+                                   data.window_x1, data.window_y0, data.window_y1, at);
+        };
+        const auto is_on_frame = [&](const Vector2& a, const Vector2& b) {
+            return !is_off_frame(pixel_box(a, b, Vector2(spot_w_ * reach, spot_h_ * reach)), fb);
+        };
+        Vector2 from;
+        bool from_visible = project(0, from);
+        if (mats_.size() == 1) {
+            return from_visible && is_on_frame(from, from);
+        }
+        for (std::size_t i = 1; i < mats_.size(); ++i) {
+            Vector2 to;
+            const bool to_visible = project(i, to);
+            if ((to_visible || from_visible) && is_on_frame(from, to)) {
+                return true;
+            }
+            from = to;
+            from_visible = to_visible;
+        }
+        return false;
+    }
+
+    /// Half the extent of the brightest star's light, pixels.
+    double reach() const {
+        return static_cast<double>(reach_of(static_cast<float>(static_cast<double>(intensity_) *
+                                                               scene_.data.max_luminance)) *
+                                   std::max(spot_w_, spot_h_));
+    }
+
+private:
+    const Scene& scene_;
+    std::vector<Matrix4<double>> mats_;
+    float spot_w_;
+    float spot_h_;
+    float intensity_;
+};
+
+/// A star that camera `cam` has at a place of the window, as far ahead (behind, for below 0) as
+/// `depth` says where stars have distances.
+CatalogueStar star_at(const Scene& scene, const camera& cam, double u, double v, double depth) {
+    CatalogueStar star;
+    VectorN<double, 3> direction = direction_of(cam, u, v);
+    if (depth < 0) {
+        for (int i = 0; i < 3; ++i) {
+            direction[i] = -direction[i];
+        }
+    }
+    if (scene.data.use_depth) {
+        // From the world's origin, which the camera has at the last row of its matrix.
+        const double seen[3] = {u / cam.focal * depth, v / cam.focal * depth, depth};
+        VectorN<double, 3> place(0, 0, 0);
+        for (int i = 0; i < 3; ++i) {
+            for (int j = 0; j < 3; ++j) {
+                place[i] += cam.xform(i, j) * (seen[j] - cam.xform(3, j));
+            }
+        }
+        const double distance = place.normalize();
+        // The effect takes the crush off the inverse.
+        star.distance = 1 / (1 / distance + 0.01 * scene.data.parallax_crush);
+        direction = place;
+    }
+    set_angles(star, direction);
+    star.luminance = static_cast<float>(scene.data.max_luminance);
+    return star;
+}
+
+constexpr int WIDTHS[] = {16, 64, 640, 1920};
+constexpr int HEIGHTS[] = {9, 64, 1080};
+
+/// A camera and settings, without stars yet.
+Scene random_view(RandomNumbers& random) {
+    Scene scene = default_scene(random, random.of(WIDTHS), random.of(HEIGHTS));
+    StarRendererData& data = scene.data;
+    const double radius = random.on_scale(1, random.chance(0.1) ? 1e5 : 10);
+    data.spot_size_x = data.spot_size_y = radius / (0.0005 * scene.width);
+    data.max_luminance = random.on_scale(0.01, 1e4);
+    data.brightness = random.on_scale(0.05, 10);
+    data.projection = random.chance(0.8) ? Persp : (random.chance(0.5) ? HemiSph : AzEqu);
+    data.use_depth = random.chance(0.5);
+    data.parallax_crush = random.chance(0.7) ? 0 : random.between(0, 5);
+    camera& cam = scene.cams.front();
+    cam.focal = random.on_scale(0.3, 30);
+    if (random.chance(0.7)) {
+        for (int axis = 0; axis < 3; ++axis) {
+            cam.xform(3, axis) = random.between(-20, 20);
+        }
+    }
+    if (random.chance(0.6)) {
+        pan(scene, random, random.whole(1, 6),
+            random.on_scale(0.01, random.chance(0.2) ? 300 : 30));
+    }
+    return scene;
+}
+
+/// Stars right where the brightest star's light leaves the frame, and all around them.
+void add_stars_at_sides(Scene& scene, RandomNumbers& random, int count) {
+    const double reach = PlainPath(scene).reach();
+    const double aspect = scene.data.window_x1;
+    const double unit = 2.0 / scene.height;  // a pixel, in the window
+    for (int i = 0; i < count; ++i) {
+        const camera& cam = scene.cams[random.bits() % scene.cams.size()];
+        const double off = (random.chance(0.5) ? reach + random.between(-6, 6)
+                                               : random.between(-3, 3) * (reach + 10)) *
+                           unit;
+        double u = random.between(-1.1, 1.1) * (aspect + reach * unit);
+        double v = random.between(-1.1, 1.1) * (1 + reach * unit);
+        switch (random.whole(0, 3)) {
+            case 0:
+                u = -aspect - off;
+                break;
+            case 1:
+                u = aspect + off;
+                break;
+            case 2:
+                v = 1 + off;
+                break;
+            default:
+                v = -1 - off;
+                break;
+        }
+        const double depth = random.on_scale(0.05, 1e4) * (random.chance(0.1) ? -1 : 1);
+        scene.stars.push_back(star_at(scene, cam, u, v, depth));
+        if (random.chance(0.2)) {
+            scene.stars.back().luminance *= static_cast<float>(random.between(0, 1));
+        }
+    }
+}
+
+}  // namespace
+
+class Rejection : public testing::TestWithParam<unsigned> {};
+
+// 16 x 250 x 512 stars.
+TEST_P(Rejection, SparesEveryStarWhoseLightReachesTheFrame) {
+    RandomNumbers random(GetParam());
+    int reaching = 0;
+    int left_out = 0;
+    for (int i = 0; i < 250; ++i) {
+        Scene scene = random_view(random);
+        add_stars_at_sides(scene, random, 512);
+        const std::vector<unsigned char>& is_rejected = rejections(scene);
+        const PlainPath plain(scene);
+        for (std::size_t k = 0; k < scene.stars.size(); ++k) {
+            const bool reaches = plain.reaches_frame(scene.stars[k]);
+            reaching += reaches ? 1 : 0;
+            left_out += is_rejected[k];
+            if (reaches && is_rejected[k] != 0) {
+                scene.stars = {scene.stars[k]};
+                FAIL() << describe(scene);
+            }
+        }
+    }
+    // Both sides of the boundary were tried.
+    EXPECT_GT(reaching, 20000);
+    EXPECT_GT(left_out, 5000);
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, Rejection, testing::Range(1U, 17U));
+
+namespace {
+
+/// Stars all over the sky.
+void cover_sky(Scene& scene, RandomNumbers& random, int count) {
+    for (int i = 0; i < count; ++i) {
+        CatalogueStar star;
+        star.lon = random.between(-180, 180);
+        star.lat = std::asin(random.between(-1, 1)) * 180 / PI;
+        star.luminance = 0.1F;
+        star.distance = random.on_scale(1, 1000);
+        scene.stars.push_back(star);
+    }
+}
+
+/// The share of those stars that reach no pixel which is left out unseen.
+double share_left_out(const Scene& scene) {
+    const std::vector<unsigned char>& is_rejected = rejections(scene);
+    const PlainPath plain(scene);
+    int dark = 0;
+    int left_out = 0;
+    for (std::size_t k = 0; k < scene.stars.size(); ++k) {
+        dark += plain.reaches_frame(scene.stars[k]) ? 0 : 1;
+        left_out += is_rejected[k];
+    }
+    return static_cast<double>(left_out) / dark;
+}
+
+}  // namespace
+
+TEST(RejectionOfFarStars, LeavesOutNearlyAllThatAStillFrameDoesNotShow) {
+    RandomNumbers random(1);
+    for (const bool has_depth : {false, true}) {
+        Scene scene = default_scene(random, 1920, 1080);
+        scene.data.use_depth = has_depth;
+        cover_sky(scene, random, 50000);
+        EXPECT_GT(share_left_out(scene), 0.95);
+    }
+}
+
+TEST(RejectionOfFarStars, LeavesOutNearlyAllThatAPanDoesNotShow) {
+    RandomNumbers random(2);
+    Scene scene = default_scene(random, 1920, 1080);
+    pan(scene, random, 16, 5);
+    cover_sky(scene, random, 50000);
+    EXPECT_GT(share_left_out(scene), 0.9);
+}
+
+TEST(RejectionOfFarStars, LeavesOutWhatLiesBehindADisk) {
+    RandomNumbers random(3);
+    for (const op_stars_projection projection : {HemiSph, AzEqu}) {
+        Scene scene = default_scene(random, 640, 640);
+        scene.data.projection = projection;
+        cover_sky(scene, random, 50000);
+        EXPECT_GT(share_left_out(scene), 0.99);
+    }
+}
+
+// Half the sky at most is behind a camera; without bounds on the light nothing else may go.
+TEST(RejectionOfFarStars, LeavesOutNothingButTheBackWhereLightHasNoBound) {
+    RandomNumbers random(4);
+    for (const double ceiling :
+         {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()}) {
+        Scene scene = default_scene(random, 1920, 1080);
+        scene.data.max_luminance = ceiling;
+        cover_sky(scene, random, 5000);
+        const std::vector<unsigned char>& is_rejected = rejections(scene);
+        for (std::size_t k = 0; k < scene.stars.size(); ++k) {
+            Vector2 at;
+            const camera& cam = scene.cams.front();
+            if (is_rejected[k] != 0) {
+                EXPECT_FALSE(world_to_screen(
+                    scene.stars[k].lon, scene.stars[k].lat, -1, 0,
+                    cam.xform *
+                        Matrix4<double>::perspective(cam.focal, cam.near_clip, cam.far_clip),
+                    Persp, 1920, 1080, scene.data.window_x0, scene.data.window_x1, -1, 1, at));
+            }
+        }
+    }
+}

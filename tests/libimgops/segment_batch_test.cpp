@@ -1,0 +1,177 @@
+// Batches of segments: every pixel receives its light in the order in which segments came, whatever
+// bands and batches they are drawn in.
+#include "segment_batch.h"
+
+#include "kernels/kernel_sets.h"
+#include "random_numbers.h"
+
+#include "support/guarded_frame.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+using support::GuardedFrame;
+
+constexpr float SPOT_W = 1.5F;
+constexpr float SPOT_H = 1.25F;
+
+struct TestSegment {
+    Vector2 a;
+    Vector2 b;
+    float energy;
+    u32 codes;
+};
+
+/// One pixel's share of a segment's light.
+struct Share {
+    int x, y;
+    float r, g, b;
+};
+
+class Batches {
+public:
+    Batches(int width, int height) : width_(width), height_(height) {
+        for (int code = 0; code < 256; ++code) {
+            for (int channel = 0; channel < 3; ++channel) {
+                colours_[256 * channel + code] = static_cast<float>(code * (channel + 1)) / 300;
+            }
+        }
+    }
+
+    void draw(GuardedFrame& frame, const std::vector<TestSegment>& segments) const {
+        const StarFramebuffer fb = frame.view();
+        SegmentBatch batch(fb, *star_kernels::in_use(), SPOT_W, SPOT_H, colours_);
+        bool drew = true;
+        for (const TestSegment& segment : segments) {
+            batch.add(segment.a, segment.b, segment.energy, reach_of(segment.energy), segment.codes,
+                      drew);
+        }
+        batch.draw();
+    }
+
+    /// What the segment adds to each pixel of a black frame: 0 + x is x, to the bit.
+    std::vector<Share> shares(const TestSegment& segment) const {
+        GuardedFrame frame(width_, height_);
+        draw(frame, {segment});
+        std::vector<Share> found;
+        for (int y = 0; y < height_; ++y) {
+            for (int x = 0; x < width_; ++x) {
+                if (frame.r(x, y) != 0 || frame.g(x, y) != 0 || frame.b(x, y) != 0) {
+                    found.push_back({x, y, frame.r(x, y), frame.g(x, y), frame.b(x, y)});
+                }
+            }
+        }
+        return found;
+    }
+
+    int width() const { return width_; }
+    int height() const { return height_; }
+
+private:
+    int width_;
+    int height_;
+    float colours_[3 * 256];
+};
+
+/// Spots, streaks as long as `longest`, ones that are the plain path's, and, unless that is short,
+/// ones without an end.
+TestSegment random_segment(RandomNumbers& random, int width, int height, int longest) {
+    TestSegment segment;
+    segment.a = Vector2(static_cast<float>(random.between(-3, width + 3)),
+                        static_cast<float>(random.between(-3, height + 3)));
+    segment.b = segment.a;
+    const int kind = random.whole(0, 5);
+    const double length = kind == 0                   ? 0
+                          : kind == 1                 ? 0.3
+                          : kind == 2                 ? longest
+                          : kind == 3 && longest > 10 ? 1e13
+                                                      : random.between(0.5, longest);
+    const double angle = random.between(0, 6.2832);
+    segment.b = Vector2(segment.a[0] + static_cast<float>(length * std::cos(angle)),
+                        segment.a[1] + static_cast<float>(length * std::sin(angle)));
+    // Of all sizes, so that sums hang on their order.
+    segment.energy = static_cast<float>(random.on_scale(1e-2, 1e3));
+    segment.codes = random.bits() & 0xffffffU;
+    return segment;
+}
+
+/// Draws `count` segments, each one of `kinds` different ones, and compares with the sum of their
+/// single shares, added pixel by pixel in the same order.
+void expect_sums_in_order(int width, int height, int kinds, int count, int longest, unsigned seed) {
+    const Batches batches(width, height);
+    RandomNumbers random(seed);
+    std::vector<TestSegment> different;
+    std::vector<std::vector<Share>> shares;
+    for (int i = 0; i < kinds; ++i) {
+        different.push_back(random_segment(random, width, height, longest));
+        shares.push_back(batches.shares(different.back()));
+    }
+    std::vector<TestSegment> segments;
+    GuardedFrame expected(width, height);
+    GuardedFrame backwards(width, height);
+    std::vector<std::size_t> order;
+    for (int i = 0; i < count; ++i) {
+        order.push_back(random.bits() % different.size());
+        segments.push_back(different[order.back()]);
+    }
+    const auto add = [&](GuardedFrame& to, std::size_t kind) {
+        for (const Share& share : shares[kind]) {
+            to.r(share.x, share.y) += share.r;
+            to.g(share.x, share.y) += share.g;
+            to.b(share.x, share.y) += share.b;
+        }
+    };
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        add(expected, order[i]);
+        add(backwards, order[order.size() - 1 - i]);
+    }
+    ASSERT_FALSE(expected.same_bits(backwards)) << "the order shows";
+    GuardedFrame drawn(width, height);
+    batches.draw(drawn, segments);
+    EXPECT_TRUE(drawn.guards_intact());
+    EXPECT_TRUE(drawn.same_bits(expected));
+}
+
+}  // namespace
+
+// A band holds half a MiB: four rows here.
+TEST(Bands, AddUpInOrderOverManyOfThem) { expect_sums_in_order(8000, 20, 30, 300, 20, 1); }
+
+TEST(Bands, AddUpInOrderOfARowEach) { expect_sums_in_order(32767, 7, 20, 300, 10000, 2); }
+
+TEST(Bands, AddUpInOrderInASingleOne) { expect_sums_in_order(60, 50, 200, 3000, 50, 3); }
+
+TEST(Bands, AddUpInOrderOnATallFrame) { expect_sums_in_order(5, 20000, 30, 500, 15000, 4); }
+
+// More segments than a batch of 80000 holds, twice over; then over bands of 33 rows.
+TEST(Batches, AddUpInOrderFromOneToTheNext) { expect_sums_in_order(40, 30, 300, 170000, 3, 5); }
+
+TEST(Batches, AddUpInOrderFromOneToTheNextOverManyBands) {
+    expect_sums_in_order(1000, 100, 50, 90000, 3, 6);
+}
+
+// Until the frame has light the plain streak draws, and says when that is.
+TEST(Batches, LeaveTheFirstLightToThePlainStreak) {
+    GuardedFrame frame(40, 30);
+    const StarFramebuffer fb = frame.view();
+    const float colours[3 * 256] = {0, 1};
+    SegmentBatch batch(fb, *star_kernels::in_use(), 1, 1, colours);
+    bool drew = false;
+    batch.add({-50, 5}, {-50, 5}, 1, reach_of(1), 1, drew);
+    EXPECT_FALSE(drew) << "off the frame";
+    frame.a(10, 5) = 1;
+    batch.add({10, 5}, {10, 5}, 0.00017F, reach_of(0.00017F), 1, drew);
+    EXPECT_TRUE(drew) << "beside the covered pixel";
+    EXPECT_GT(frame.r(11, 5), 0.0F) << "drawn at once";
+    batch.add({20, 15}, {20, 15}, 1, reach_of(1), 1, drew);
+    EXPECT_EQ(frame.r(20, 15), 0.0F) << "kept";
+    batch.draw();
+    EXPECT_EQ(frame.r(20, 15), 1.0F);
+    batch.draw();
+    EXPECT_EQ(frame.r(20, 15), 1.0F) << "drawn once";
+}
