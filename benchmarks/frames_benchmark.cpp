@@ -1,0 +1,120 @@
+// Whole frames: clear, draw, convert to 8 bits.
+#include "pair.h"
+
+#include <memory>
+
+namespace {
+
+using bench::HEIGHT;
+using bench::Scene;
+using bench::WIDTH;
+
+// What the fast path promises, as parts of the frame's largest value.
+constexpr double STILL = 1e-6;
+constexpr double CROSSING = 2e-5;
+
+/// A scene, whether its two frames agree, and what the machine needs for one of them.
+struct Case {
+    Case(std::unique_ptr<Scene> made, double peak_share)
+        : scene(std::move(made)), difference(scene->difference(peak_share)) {
+        const double pixels = static_cast<double>(scene->frame.floats()) / 4;
+        needs.read_bytes = scene->sky.bytes() + 16 * pixels;
+        needs.written_bytes = (16 + 4) * pixels;
+        needs.exponentials = scene->visited_pixels();
+    }
+    std::unique_ptr<Scene> scene;
+    std::string difference;
+    bench::Needs needs;
+};
+
+std::unique_ptr<Scene> sky_scene(int width, int height, u32 stars, int segments) {
+    auto scene = std::make_unique<Scene>(width, height, bench::whole_sky(stars));
+    if (segments > 0) {
+        bench::pan(scene->cameras, segments);
+    }
+    return scene;
+}
+
+void draw(benchmark::State& state, DrawPath path, Case& frame) {
+    if (!bench::agrees(state, frame.difference)) {
+        return;
+    }
+    const bench::DrawBy by(path);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(frame.scene->draw());
+    }
+    state.counters["pixels"] = frame.needs.exponentials;
+    bench::report(state, 1, frame.needs);
+}
+
+/// 2.5 million stars all over the sky, default controls, the camera holds still.
+void frame_still(benchmark::State& state, DrawPath path) {
+    static Case frame(sky_scene(WIDTH, HEIGHT, 2500000, 0), STILL);
+    draw(state, path, frame);
+}
+BENCHMARK_PAIR(frame_still);
+
+/// The same while the camera turns by 5 degrees in 16 segments.
+void frame_pan16(benchmark::State& state, DrawPath path) {
+    static Case frame(sky_scene(WIDTH, HEIGHT, 2500000, 16), CROSSING);
+    draw(state, path, frame);
+}
+BENCHMARK_PAIR(frame_pan16);
+
+/// A million stars on the frame, 220 pixels each on average: energy 0.2 and a reach of 6.4 pixels.
+void frame_dense(benchmark::State& state, DrawPath path) {
+    static Case frame(
+        std::make_unique<Scene>(WIDTH, HEIGHT, bench::framed_sky(1000000, 0.2F / bench::ENERGY)),
+        STILL);
+    draw(state, path, frame);
+}
+BENCHMARK_PAIR(frame_dense);
+
+/// As many samples as the controls allow, of a tenth of the sky.
+void frame_101_samples(benchmark::State& state, DrawPath path) {
+    static Case frame(sky_scene(WIDTH, HEIGHT, 250000, 100), CROSSING);
+    draw(state, path, frame);
+}
+BENCHMARK_PAIR(frame_101_samples);
+
+/// Spots of 96 pixels' radius, of a hundredth of the sky.
+void frame_huge_spots(benchmark::State& state, DrawPath path) {
+    static Case frame = [] {
+        auto scene = sky_scene(WIDTH, HEIGHT, 25000, 0);
+        scene->settings.spot_size_x = scene->settings.spot_size_y = 100;
+        return Case(std::move(scene), STILL);
+    }();
+    draw(state, path, frame);
+}
+BENCHMARK_PAIR(frame_huge_spots);
+
+/// 3840 x 2160.
+void frame_4k(benchmark::State& state, DrawPath path) {
+    static Case frame(sky_scene(2 * WIDTH, 2 * HEIGHT, 2500000, 0), STILL);
+    draw(state, path, frame);
+}
+BENCHMARK_PAIR(frame_4k);
+
+/// `frame_still` with a star file that has to come from the disk.
+void frame_still_cold(benchmark::State& state, DrawPath path) {
+    static Case frame(sky_scene(WIDTH, HEIGHT, 2500000, 0), STILL);
+    if (!bench::agrees(state, frame.difference)) {
+        return;
+    }
+    const bench::DrawBy by(path);
+    bool was_cold = true;
+    for (auto _ : state) {
+        state.PauseTiming();
+        was_cold = frame.scene->sky.drop_from_page_cache() && was_cold;
+        state.ResumeTiming();
+        benchmark::DoNotOptimize(frame.scene->draw());
+    }
+    if (!was_cold) {
+        state.SetLabel("WARM: the file system keeps the file in memory whatever it is told");
+    }
+    bench::report(state, 1, frame.needs);
+}
+BENCHMARK_CAPTURE(frame_still_cold, plain, DrawPath::plain)->UseRealTime();
+BENCHMARK_CAPTURE(frame_still_cold, fast, DrawPath::fast)->UseRealTime();
+
+}  // namespace

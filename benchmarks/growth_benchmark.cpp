@@ -1,0 +1,105 @@
+// How the cost of a frame grows, for the plot of docs/performance.md: name/path/argument. And one
+// set of kernels against another: sets_CASE/set.
+#include "pair.h"
+#include "segments.h"
+
+#include "libimgops/kernels/choice.h"
+
+#include <memory>
+#include <string>
+
+namespace {
+
+using bench::HEIGHT;
+using bench::Scene;
+using bench::WIDTH;
+
+std::unique_ptr<Scene> sky_scene(u32 stars) {
+    return std::make_unique<Scene>(WIDTH, HEIGHT, bench::whole_sky(stars));
+}
+
+void draw(benchmark::State& state, DrawPath path, Scene& scene) {
+    const bench::DrawBy by(path);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(scene.draw());
+    }
+    bench::report(state, 1, {});
+}
+
+/// Stars all over the sky.
+void growth_stars(benchmark::State& state, DrawPath path) {
+    draw(state, path, *sky_scene(static_cast<u32>(state.range(0))));
+}
+/// Width of a frame of 16 : 9 that half a million stars are drawn on.
+void growth_width(benchmark::State& state, DrawPath path) {
+    const int width = static_cast<int>(state.range(0));
+    Scene scene(width, width * 9 / 16, bench::whole_sky(500000));
+    draw(state, path, scene);
+}
+/// Star Spot Size in tenths, of half a million stars.
+void growth_spot_size(benchmark::State& state, DrawPath path) {
+    const auto scene = sky_scene(500000);
+    scene->settings.spot_size_x = scene->settings.spot_size_y =
+        static_cast<double>(state.range(0)) / 10;
+    draw(state, path, *scene);
+}
+/// Segments of the 5 degree pan, of a hundred thousand stars.
+void growth_segments(benchmark::State& state, DrawPath path) {
+    const auto scene = sky_scene(100000);
+    bench::pan(scene->cameras, static_cast<int>(state.range(0)));
+    draw(state, path, *scene);
+}
+
+/// Both paths over the same arguments.
+#define GROWTH(name, ...)                                                          \
+    BENCHMARK_CAPTURE(name, plain, DrawPath::plain)->ArgsProduct({{__VA_ARGS__}}); \
+    BENCHMARK_CAPTURE(name, fast, DrawPath::fast)->ArgsProduct({{__VA_ARGS__}})
+
+GROWTH(growth_stars, 25000, 100000, 400000, 2500000);
+GROWTH(growth_width, 480, 960, 1920, 3840);
+GROWTH(growth_spot_size, 10, 25, 50, 100, 200);
+GROWTH(growth_segments, 1, 4, 16, 50, 100);
+
+void with_set(benchmark::State& state, const star_kernels::Kernels* set, Scene& scene) {
+    star_kernels::use(set);
+    draw(state, DrawPath::fast, scene);
+    star_kernels::use(nullptr);
+}
+
+void streaks_with_set(benchmark::State& state, const star_kernels::Kernels* set) {
+    static bench::SegmentScene scene(bench::even_segments(30, 10000));
+    static const double pixels = scene.visited_pixels();
+    star_kernels::use(set);
+    for (auto _ : state) {
+        scene.draw(DrawPath::fast);
+    }
+    star_kernels::use(nullptr);
+    bench::report(state, pixels, {});
+}
+
+/// Every set of kernels that runs here.
+const bool sets_are_registered = [] {
+    for (const star_kernels::Kernels* const* at = star_kernels::built(); *at != nullptr; ++at) {
+        const star_kernels::Kernels* const set = *at;
+        if (!star_kernels::runs_here(*set)) {
+            continue;
+        }
+        const std::string name = set->name;
+        benchmark::RegisterBenchmark(("sets_frame_still/" + name).c_str(),
+                                     [set](benchmark::State& state) {
+                                         static const auto scene = sky_scene(2500000);
+                                         with_set(state, set, *scene);
+                                     });
+        benchmark::RegisterBenchmark(
+            ("sets_frame_dense/" + name).c_str(), [set](benchmark::State& state) {
+                static Scene scene(WIDTH, HEIGHT, bench::framed_sky(1000000, 0.01F));
+                with_set(state, set, scene);
+            });
+        benchmark::RegisterBenchmark(
+            ("sets_streak_pixel/" + name).c_str(),
+            [set](benchmark::State& state) { streaks_with_set(state, set); });
+    }
+    return true;
+}();
+
+}  // namespace

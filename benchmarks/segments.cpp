@@ -1,0 +1,148 @@
+#include "segments.h"
+
+#include <libimgops/byte_order.h>
+#include <libimgops/projection.h>
+#include <libimgops/streak.h>
+
+#include "libimgops/kernels/choice.h"
+#include "libimgops/segment_batch.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <stdexcept>
+
+namespace bench {
+
+namespace {
+
+/// Codes of every segment's colour; `colour_tables_` makes 0.5, 0.75 and 1 of them.
+constexpr u32 CODES = 0x030201;
+
+}  // namespace
+
+std::vector<DrawnSegment> even_segments(float length, int count) {
+    std::mt19937_64 random(20261121);
+    std::uniform_real_distribution<float> x(0, WIDTH), y(0, HEIGHT), turn(0, 6.2831853F),
+        unit(0, 1);
+    std::vector<DrawnSegment> segments;
+    for (int i = 0; i < count; ++i) {
+        const Vector2 from(x(random), y(random));
+        const float angle = turn(random);
+        const double magnitude =
+            THRESHOLD_MAGNITUDE + std::log10(1 - static_cast<double>(unit(random))) / COUNT_SLOPE;
+        const double luminance = std::min(0.5, std::pow(10.0, -0.4 * magnitude));
+        segments.push_back(
+            {from,
+             {from[0] + length * std::cos(angle), from[1] + length * std::sin(angle)},
+             ENERGY * static_cast<float>(luminance)});
+    }
+    return segments;
+}
+
+std::vector<DrawnSegment> crossing_segments(std::size_t count) {
+    constexpr int SEGMENTS = 16;
+    const FloatFrame frame(WIDTH, HEIGHT);
+    const StarRendererData data = default_settings(WIDTH, HEIGHT);
+    Array<camera> cameras;
+    pan(cameras, SEGMENTS);
+    std::vector<Matrix4<double>> mats;
+    for (uword i = 0; i < cameras.len(); ++i) {
+        const camera& cam = cameras[i];
+        mats.push_back(cam.xform *
+                       Matrix4<double>::perspective(cam.focal, cam.near_clip, cam.far_clip));
+    }
+    std::vector<DrawnSegment> segments;
+    for (const star& s : whole_sky(200000, THRESHOLD_MAGNITUDE)) {
+        const float luminance = std::min(0.5F, lefloat_to_cpu(&s.luminance));
+        DrawnSegment segment = {{}, {}, ENERGY * luminance / SEGMENTS};
+        bool from_visible = false;
+        for (std::size_t i = 0; i < mats.size() && segments.size() < count; ++i) {
+            const bool to_visible = world_to_screen(
+                ledouble_to_cpu(&s.lon), ledouble_to_cpu(&s.lat), ledouble_to_cpu(&s.distance),
+                data.parallax_crush, mats[i], Persp, WIDTH, HEIGHT, data.window_x0, data.window_x1,
+                data.window_y0, data.window_y1, segment.b);
+            if (i > 0 && from_visible != to_visible &&
+                visited_pixels(frame.view(), segment.a, segment.b, segment.energy, SPOT, SPOT) >
+                    0) {
+                segments.push_back(segment);
+            }
+            segment.a = segment.b;
+            from_visible = to_visible;
+        }
+    }
+    if (segments.size() < count) {
+        throw std::logic_error("too few stars cross the camera's plane");
+    }
+    return segments;
+}
+
+SegmentScene::SegmentScene(std::vector<DrawnSegment> segments, float spot)
+    : segments_(std::move(segments)),
+      spot_(spot),
+      colour_tables_(std::size_t{3} * 256),
+      frame_(WIDTH, HEIGHT) {
+    colour_tables_[1] = 0.5F;
+    colour_tables_[256 + 2] = 0.75F;
+    colour_tables_[512 + 3] = 1.0F;
+}
+
+void SegmentScene::draw(DrawPath path) {
+    if (path == DrawPath::plain) {
+        for (const DrawnSegment& s : segments_) {
+            op_star_streak(frame_.view(), s.a, s.b, s.energy, {0.5F, 0.75F, 1.0F}, spot_, spot_,
+                           STARS_LINES_ALL);
+        }
+        return;
+    }
+    SegmentBatch batch(frame_.view(), *star_kernels::in_use(), spot_, spot_, colour_tables_.data());
+    bool drew = false;
+    for (const DrawnSegment& s : segments_) {
+        const float reach = reach_of(s.energy);
+        if (reach >= 0.0F) {
+            batch.add(s.a, s.b, s.energy, reach, CODES, drew);
+        }
+    }
+    batch.draw();
+}
+
+std::string SegmentScene::difference(double peak_share) {
+    frame_.clear();
+    draw(DrawPath::plain);
+    const std::vector<float> plain(frame_.data(), frame_.data() + frame_.floats());
+    frame_.clear();
+    draw(DrawPath::fast);
+    const std::string differs =
+        bench::difference(plain.data(), frame_.data(), plain.size(), peak_share);
+    return differs.empty() ? miscount() : differs;
+}
+
+double SegmentScene::visited_pixels() const {
+    double visited = 0;
+    for (const DrawnSegment& s : segments_) {
+        visited += bench::visited_pixels(frame_.view(), s.a, s.b, s.energy, spot_, spot_);
+    }
+    return visited;
+}
+
+std::string SegmentScene::miscount() {
+    // A colour that is not a number stays behind on every pixel that is visited.
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    for (std::size_t i = 0; i < segments_.size() && i < 10; ++i) {
+        const DrawnSegment& s = segments_[i];
+        frame_.clear();
+        op_star_streak(frame_.view(), s.a, s.b, s.energy, {nan, nan, nan}, spot_, spot_,
+                       STARS_LINES_ALL);
+        const auto values = std::count_if(frame_.data(), frame_.data() + frame_.floats(),
+                                          [](float x) { return std::isnan(x); });
+        if (static_cast<double>(values) / 3 !=
+            bench::visited_pixels(frame_.view(), s.a, s.b, s.energy, spot_, spot_)) {
+            return "the visited pixels are counted wrongly";
+        }
+    }
+    frame_.clear();
+    return "";
+}
+
+}  // namespace bench
