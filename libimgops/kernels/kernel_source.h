@@ -124,10 +124,14 @@ LANES_INLINE Floats erf_of(Floats x) {
     const Floats rounded = a + splat(TO_HALVES);
     const Floats d = a - (rounded - splat(TO_HALVES));
     const Ints piece = bits_of(rounded);
+    // Written out: not every compiler unrolls a loop.
     Floats p = look_up(ERF_TABLE[6], piece);
-    for (int power = 5; power >= 0; --power) {
-        p = p * d + look_up(ERF_TABLE[power], piece);
-    }
+    p = p * d + look_up(ERF_TABLE[5], piece);
+    p = p * d + look_up(ERF_TABLE[4], piece);
+    p = p * d + look_up(ERF_TABLE[3], piece);
+    p = p * d + look_up(ERF_TABLE[2], piece);
+    p = p * d + look_up(ERF_TABLE[1], piece);
+    p = p * d + look_up(ERF_TABLE[0], piece);
     return select(a >= splat(ERF_IS_ONE), sign_of(x), x * p);
 }
 
@@ -158,13 +162,17 @@ LANES_INLINE Floats lit(Floats pixels, Floats weights, Floats colour) {
     return select((coverage >= splat(1.0F)) | coverage_lanes(), pixels, more);
 }
 
-/// The same for the pixels of less than one register.
-LANES_INLINE void light_rest(float* pixels, const float* weights, int n, Floats colour) {
+/// Adds `weights` of the colour to `n` pixels, 1 or more.
+LANES_INLINE void light(float* pixels, const float* weights, int n, Floats colour) {
+    constexpr int AT_ONCE = LANES / PIXEL;
+    for (; n >= AT_ONCE; n -= AT_ONCE, weights += AT_ONCE, pixels += LANES) {
+        store(pixels, lit(load(pixels), load_for_pixels(weights), colour));
+    }
 #if LANES == 16 && defined(__AVX512F__)
     if (n > 0) {
-        const auto mask = static_cast<__mmask16>((1U << static_cast<unsigned>(PIXEL * n)) - 1U);
-        const Floats old = _mm512_maskz_loadu_ps(mask, pixels);
-        _mm512_mask_storeu_ps(pixels, mask, lit(old, load_for_pixels(weights), colour));
+        const auto lanes = static_cast<__mmask16>(0xffffU >> static_cast<unsigned>(16 - PIXEL * n));
+        const Floats old = _mm512_maskz_loadu_ps(lanes, pixels);
+        _mm512_mask_storeu_ps(pixels, lanes, lit(old, load_for_pixels(weights), colour));
     }
 #else
     for (; n > 0; --n, ++weights, pixels += PIXEL) {
@@ -178,15 +186,6 @@ LANES_INLINE void light_rest(float* pixels, const float* weights, int n, Floats 
         }
     }
 #endif
-}
-
-/// Adds `weights` of the colour to `n` pixels.
-LANES_INLINE void light(float* pixels, const float* weights, int n, Floats colour) {
-    constexpr int AT_ONCE = LANES / PIXEL;
-    for (; n >= AT_ONCE; n -= AT_ONCE, weights += AT_ONCE, pixels += LANES) {
-        store(pixels, lit(load(pixels), load_for_pixels(weights), colour));
-    }
-    light_rest(pixels, weights, n, colour);
 }
 
 // --- rows -------------------------------------------------------------------------------------
@@ -217,6 +216,9 @@ LANES_INLINE Floats offsets(float* rx) {
     return load(lanes);
 }
 
+/// Floats of a cache line.
+constexpr int CACHE_LINE = 16;
+
 /// Pixels whose weights are worked out in one go.
 constexpr int BLOCK = 256;
 
@@ -243,13 +245,11 @@ float draw_spot(const Pixels& to, const Spot& spot, int y, int rows, float ry, f
         store(peak, exp_of_negative(-(offset * offset) / splat(spot.h2)) * splat(spot.energy));
         const int now = rows - done < LANES ? rows - done : LANES;
         for (int k = 0; k < now; ++k, row += to.row) {
-            float weights[BLOCK];
-            for (int x = 0; x < columns; x += BLOCK) {
-                const int n = columns - x < BLOCK ? columns - x : BLOCK;
-                for (int i = 0; i < n; i += LANES) {
-                    store(weights + i, load(scratch + x + i) * splat(peak[k]));
-                }
-                light(row + std::ptrdiff_t{PIXEL} * x, weights, n, colour);
+            for (int x = 0; x < columns; x += LANES) {
+                float weights[LANES];
+                store(weights, load(scratch + x) * splat(peak[k]));
+                light(row + std::ptrdiff_t{PIXEL} * x, weights,
+                      columns - x < LANES ? columns - x : LANES, colour);
             }
         }
         done += now;
@@ -355,9 +355,11 @@ LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int 
             float rx = spans.first[k];
             int room = to.width - spans.x[k];
             float* pixels = row + std::ptrdiff_t{PIXEL} * spans.x[k];
+            bool is_new = true;
             while (room > 0) {
                 if (block.used > BLOCK - LANES) {
                     flush<ENDS>(streak, per_q, colour, &block);
+                    is_new = true;
                 }
                 const Floats offset = offsets(&rx);
                 int n = count(offset <= splat(spans.last[k]));
@@ -367,9 +369,16 @@ LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int 
                 }
                 store(block.rx + block.used, offset);
                 store(block.ry + block.used, splat(spans.ry[k]));
-                block.pixels[block.pieces] = pixels;
-                block.counts[block.pieces] = n;
-                ++block.pieces;
+                // Weighing a block takes as long as a cache needs to bring its pixels.
+                for (int i = 0; i < PIXEL * LANES; i += CACHE_LINE) {
+                    __builtin_prefetch(pixels + i, 1);
+                }
+                if (is_new) {
+                    block.pixels[block.pieces] = pixels;
+                    block.counts[block.pieces++] = 0;
+                    is_new = false;
+                }
+                block.counts[block.pieces - 1] += n;
                 block.used += n;
                 if (n < LANES) {
                     break;
@@ -529,12 +538,14 @@ void to_16_bits(const float* pixels, void* codes, std::size_t count) {
 
 template <class Function>
 LANES_INLINE void for_all(const float* x, float* result, std::size_t count, Function function) {
-    for (std::size_t i = 0; i < count; i += LANES) {
+    for (; count >= LANES; count -= LANES, x += LANES, result += LANES) {
+        store(result, function(load(x)));
+    }
+    if (count > 0) {
         float lanes[LANES] = {};
-        const std::size_t n = count - i < LANES ? count - i : LANES;
-        std::memcpy(lanes, x + i, n * sizeof(float));
+        std::memcpy(lanes, x, count * sizeof(float));
         store(lanes, function(load(lanes)));
-        std::memcpy(result + i, lanes, n * sizeof(float));
+        std::memcpy(result, lanes, count * sizeof(float));
     }
 }
 void exp_of_all(const float* x, float* result, std::size_t count) {
