@@ -19,7 +19,7 @@ struct Ints {
 
 /// `result` filled lane by lane.
 template <class Result, class Lane>
-LANES_INLINE Result each(Lane lane) {
+inline Result each(Lane lane) {
     Result result;
     for (int k = 0; k < LANES; ++k) {
         result.lane[k] = lane(k);
@@ -27,43 +27,43 @@ LANES_INLINE Result each(Lane lane) {
     return result;
 }
 
-LANES_INLINE Floats splat(float x) {
+inline Floats splat(float x) {
     return each<Floats>([=](int) { return x; });
 }
-LANES_INLINE Ints splat(std::int32_t x) {
+inline Ints splat(std::int32_t x) {
     return each<Ints>([=](int) { return x; });
 }
-LANES_INLINE Floats load(const float* from) {
+inline Floats load(const float* from) {
     return each<Floats>([=](int k) { return from[k]; });
 }
-LANES_INLINE void store(float* to, const Floats& x) { std::memcpy(to, x.lane, sizeof x.lane); }
-LANES_INLINE void store(std::int32_t* to, const Ints& x) { std::memcpy(to, x.lane, sizeof x.lane); }
-LANES_INLINE Ints load_ints(const std::int32_t* from) {
+inline void store(float* to, const Floats& x) { std::memcpy(to, x.lane, sizeof x.lane); }
+inline void store(std::int32_t* to, const Ints& x) { std::memcpy(to, x.lane, sizeof x.lane); }
+inline Ints load_ints(const std::int32_t* from) {
     return each<Ints>([=](int k) { return from[k]; });
 }
-LANES_INLINE Ints bits_of(const Floats& x) { return __builtin_bit_cast(Ints, x); }
-LANES_INLINE Floats floats_of(const Ints& x) { return __builtin_bit_cast(Floats, x); }
-LANES_INLINE Floats select(const Ints& which, const Floats& yes, const Floats& no) {
+inline Ints bits_of(const Floats& x) { return __builtin_bit_cast(Ints, x); }
+inline Floats floats_of(const Ints& x) { return __builtin_bit_cast(Floats, x); }
+inline Floats select(const Ints& which, const Floats& yes, const Floats& no) {
     return each<Floats>([&](int k) { return which[k] != 0 ? yes[k] : no[k]; });
 }
 
 // --- arithmetic -------------------------------------------------------------------------------
 
-#define LANES_ARITHMETIC(op)                                            \
-    LANES_INLINE Floats operator op(const Floats& a, const Floats& b) { \
-        return each<Floats>([&](int k) { return a[k] op b[k]; });       \
+#define LANES_ARITHMETIC(op)                                      \
+    inline Floats operator op(const Floats& a, const Floats& b) { \
+        return each<Floats>([&](int k) { return a[k] op b[k]; }); \
     }
 LANES_ARITHMETIC(+)
 LANES_ARITHMETIC(-)
 LANES_ARITHMETIC(*)
 LANES_ARITHMETIC(/)
 #undef LANES_ARITHMETIC
-LANES_INLINE Floats operator-(const Floats& a) {
+inline Floats operator-(const Floats& a) {
     return each<Floats>([&](int k) { return -a[k]; });
 }
 
 #define LANES_COMPARISON(op)                                             \
-    LANES_INLINE Ints operator op(const Floats& a, const Floats& b) {    \
+    inline Ints operator op(const Floats& a, const Floats& b) {          \
         return each<Ints>([&](int k) { return a[k] op b[k] ? -1 : 0; }); \
     }
 LANES_COMPARISON(<)
@@ -73,9 +73,9 @@ LANES_COMPARISON(>=)
 #undef LANES_COMPARISON
 
 // Unsigned underneath: what overflows wraps around, as in a register.
-LANES_INLINE std::int32_t wrapped(std::uint32_t x) { return static_cast<std::int32_t>(x); }
+inline std::int32_t wrapped(std::uint32_t x) { return static_cast<std::int32_t>(x); }
 #define LANES_BITS(op)                                                                            \
-    LANES_INLINE Ints operator op(const Ints& a, const Ints& b) {                                 \
+    inline Ints operator op(const Ints& a, const Ints& b) {                                       \
         return each<Ints>([&](int k) {                                                            \
             return wrapped(static_cast<std::uint32_t>(a[k]) op static_cast<std::uint32_t>(b[k])); \
         });                                                                                       \
@@ -86,15 +86,15 @@ LANES_BITS(&)
 LANES_BITS(|)
 LANES_BITS(^)
 #undef LANES_BITS
-LANES_INLINE Ints operator<<(const Ints& a, int n) {
+inline Ints operator<<(const Ints& a, int n) {
     return each<Ints>([&](int k) { return wrapped(static_cast<std::uint32_t>(a[k]) << n); });
 }
-LANES_INLINE Ints operator>>(const Ints& a, int n) {
+inline Ints operator>>(const Ints& a, int n) {
     return each<Ints>([&](int k) { return a[k] >> n; });
 }
 
 /// The integer part, of what fits.
-LANES_INLINE Ints truncated(const Floats& x) {
+inline Ints truncated(const Floats& x) {
     return each<Ints>([&](int k) { return static_cast<std::int32_t>(x[k]); });
 }
 
@@ -103,12 +103,12 @@ LANES_INLINE Ints truncated(const Floats& x) {
 /// Tables hold 8 values.
 constexpr int TABLE_SIZE = 8;
 /// The value of `table` that the lowest three bits of each lane say.
-LANES_INLINE Floats look_up(const float* table, const Ints& which) {
+inline Floats look_up(const float* table, const Ints& which) {
     return each<Floats>([&](int k) { return table[which[k] & (TABLE_SIZE - 1)]; });
 }
 
 /// One bit a lane, lane 0 lowest.
-LANES_INLINE unsigned mask_of(const Ints& which) {
+inline unsigned mask_of(const Ints& which) {
     unsigned mask = 0;
     for (int k = 0; k < LANES; ++k) {
         mask |= which[k] != 0 ? 1U << static_cast<unsigned>(k) : 0U;
@@ -117,17 +117,17 @@ LANES_INLINE unsigned mask_of(const Ints& which) {
 }
 
 /// A weight a pixel, each on its pixel's four lanes.
-LANES_INLINE Floats load_for_pixels(const float* weights) {
+inline Floats load_for_pixels(const float* weights) {
     return each<Floats>([=](int k) { return weights[k / 4]; });
 }
 /// Each pixel's coverage on all its four lanes.
-LANES_INLINE Floats coverage_of(const Floats& pixels) {
+inline Floats coverage_of(const Floats& pixels) {
     return each<Floats>([&](int k) { return pixels[k / 4 * 4]; });
 }
 
 /// The low 8 or 16 bits of each lane, one after the other. Any alignment.
 template <class Part>
-LANES_INLINE void store_low_parts(void* to, const Ints& lanes) {
+inline void store_low_parts(void* to, const Ints& lanes) {
     for (int k = 0; k < LANES; ++k) {
         const Part part = static_cast<Part>(lanes[k]);
         std::memcpy(static_cast<unsigned char*>(to) + sizeof part * static_cast<std::size_t>(k),
