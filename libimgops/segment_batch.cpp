@@ -41,25 +41,6 @@ bool is_near(const Vector2& at) {
 int min_of(int a, int b) { return a < b ? a : b; }
 int max_of(int a, int b) { return a > b ? a : b; }
 
-/// Floor, of magnitudes below 2^22.
-int near_floor(float x) {
-    const int truncated = static_cast<int>(x);
-    return truncated - (x < static_cast<float>(truncated) ? 1 : 0);
-}
-
-/// `pixel_box` without its care for what is far away.
-Box near_box(const Vector2& a, const Vector2& b, const Vector2& radius) {
-    const float x0 = min(a[0], b[0]) - radius[0];
-    const float y0 = min(a[1], b[1]) - radius[1];
-    const float x1 = max(a[0], b[0]) + radius[0];
-    const float y1 = max(a[1], b[1]) + radius[1];
-    constexpr float FAR = 4194304.0F;  // 2^22
-    if (x0 > -FAR && y0 > -FAR && x1 < FAR && y1 < FAR) {
-        return {near_floor(x0), near_floor(y0), near_floor(x1) + 1, near_floor(y1) + 1};
-    }
-    return pixel_box(a, b, radius);
-}
-
 int rows_of_band(const StarFramebuffer& fb) {
     const std::ptrdiff_t row_bytes = std::ptrdiff_t{fb.stride} * std::ptrdiff_t{sizeof(float)};
     return max_of(1, static_cast<int>(BAND_BYTES / (row_bytes > 0 ? row_bytes : 1)));
@@ -112,7 +93,7 @@ Color3 SegmentBatch::colour_of(u32 codes) const {
 
 void SegmentBatch::add(const Vector2& a, const Vector2& b, float energy, float reach, u32 codes,
                        bool& drew) {
-    const Box box = near_box(a, b, Vector2(spot_w_ * reach, spot_h_ * reach));
+    const Box box = pixel_box(a, b, Vector2(spot_w_ * reach, spot_h_ * reach));
     if (is_off_frame(box, dst_)) {
         return;
     }

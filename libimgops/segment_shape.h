@@ -40,6 +40,12 @@ inline int pixel_index(float x, float more = 0.0F) {
     return s32_from_double(static_cast<double>(std::floor(x) + more));
 }
 
+/// Floor of `x`, of a magnitude below 2^22, as the library's `floor` gives it, without a call.
+inline int floor_of_near(float x) {
+    const int truncated = static_cast<int>(x);
+    return truncated - (x < static_cast<float>(truncated) ? 1 : 0);
+}
+
 /// The pixels around the segment's light, one more than needed to the right and below. A right or
 /// lower side that does not fit comes out left of or above the frame, which rejects the segment.
 /// `radius`: of the light, in pixels along x and y.
@@ -47,6 +53,12 @@ inline Box pixel_box(const Vector2& a, const Vector2& b, const Vector2& radius) 
     BoundN<float, 2> bounds(a);
     bounds.include(b);
     bounds.expand(radius);
+    constexpr float FAR = 4194304.0F;  // 2^22: below it sums with 1 are exact
+    if (bounds[0].min() > -FAR && bounds[1].min() > -FAR && bounds[0].max() < FAR &&
+        bounds[1].max() < FAR) {
+        return {floor_of_near(bounds[0].min()), floor_of_near(bounds[1].min()),
+                floor_of_near(bounds[0].max()) + 1, floor_of_near(bounds[1].max()) + 1};
+    }
     return {pixel_index(bounds[0].min()), pixel_index(bounds[1].min()),
             pixel_index(bounds[0].max(), 1.0F), pixel_index(bounds[1].max(), 1.0F)};
 }
