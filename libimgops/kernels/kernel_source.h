@@ -549,9 +549,14 @@ LANES_INLINE void for_all(const float* x, float* result, std::size_t count, Func
     }
 }
 void exp_of_all(const float* x, float* result, std::size_t count) {
-    // Each half of the numbers by the code that draws or would draw with it.
+    // Each half of the numbers by the code that draws or would draw with it; the other is given 0,
+    // whose e^0 is exactly 1. Neither is given what is not a number, of which integers overflow.
     for_all(x, result, count, [](Floats lanes) {
-        return select(lanes > splat(0.0F), full_exp(lanes), exp_of_negative(lanes));
+        const Floats zero = splat(0.0F);
+        const Ints is_number = (lanes >= zero) | (lanes <= zero);
+        const Floats above = select(lanes > zero, lanes, zero);
+        const Floats below = select(zero > lanes, lanes, zero);
+        return select(is_number, full_exp(above) * exp_of_negative(below), lanes);
     });
 }
 void erf_of_all(const float* x, float* result, std::size_t count) {
