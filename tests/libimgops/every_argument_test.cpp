@@ -14,7 +14,7 @@ constexpr std::uint64_t PART_SIZE = (std::uint64_t{1} << 32U) / PARTS;
 std::vector<const Kernels*> sets() {
     std::vector<const Kernels*> all = kernel_sets::all_runnable();
     if (LUMIVAR_PATTERN_STEP == 1) {
-        all = {&kernel_sets::array8.table};
+        all = {&kernel_sets::array8};
         for (const std::string& name : kernel_sets::instruction_sets()) {
             if (const Kernels* set = kernel_sets::runnable(name)) {
                 all.push_back(set);
@@ -26,33 +26,13 @@ std::vector<const Kernels*> sets() {
 
 }  // namespace
 
-class EveryArgument : public testing::TestWithParam<int> {
-protected:
-    std::uint64_t first() const { return PART_SIZE * static_cast<std::uint64_t>(GetParam()); }
-    std::uint64_t last() const { return first() + PART_SIZE - 1; }
-};
+class EveryArgument : public testing::TestWithParam<int> {};
 
 TEST_P(EveryArgument, KeepsExpWithin1AndErfWithin2) {
+    const std::uint64_t first = PART_SIZE * static_cast<std::uint64_t>(GetParam());
     for (const Bounded& of : BOUNDS) {
-        check_patterns(of, sets(), first(), last(), LUMIVAR_PATTERN_STEP);
+        check_patterns(of, sets(), first, first + PART_SIZE - 1, LUMIVAR_PATTERN_STEP);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Part, EveryArgument, testing::Range(0, PARTS));
-
-/// The parts that hold no positive number.
-class EveryNegativeArgument : public EveryArgument {};
-
-// The light is made with a shorter exponential, which is the same function up to 0.
-TEST_P(EveryNegativeArgument, HasTheSameExpInTheLight) {
-    std::vector<float> expected(BLOCK), actual(BLOCK);
-    bool same = true;
-    for_patterns(first(), last(), LUMIVAR_PATTERN_STEP, [&](const float* x, std::size_t count) {
-        kernel_sets::array8.table.exp(x, expected.data(), count);
-        kernel_sets::array8.negative_exp(x, actual.data(), count);
-        same = same && are_same(expected, actual, count);
-    });
-    EXPECT_TRUE(same);
-}
-
-INSTANTIATE_TEST_SUITE_P(Part, EveryNegativeArgument, testing::Range(PARTS / 2, PARTS));

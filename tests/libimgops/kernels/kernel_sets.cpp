@@ -1,13 +1,25 @@
 #include "kernel_sets.h"
 
+namespace star_kernels {
+
+extern const Kernels array4_kernels;
+extern const Kernels array8_kernels;
+extern const Kernels array16_kernels;
+
+}  // namespace star_kernels
+
 namespace kernel_sets {
+
+const star_kernels::Kernels& array4 = star_kernels::array4_kernels;
+const star_kernels::Kernels& array8 = star_kernels::array8_kernels;
+const star_kernels::Kernels& array16 = star_kernels::array16_kernels;
 
 namespace {
 
 const star_kernels::Kernels* built(const std::string& name) {
-    for (const ArrayKernels* arrays : {&array4, &array8, &array16}) {
-        if (name == arrays->table.name) {
-            return &arrays->table;
+    for (const star_kernels::Kernels* arrays : {&array4, &array8, &array16}) {
+        if (name == arrays->name) {
+            return arrays;
         }
     }
     for (const star_kernels::Kernels* const* set = star_kernels::built(); *set != nullptr; ++set) {

@@ -4,21 +4,14 @@
 
 #include "kernels/choice.h"
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
 namespace kernel_sets {
 
-/// A set over plain arrays, and what no table holds.
-struct ArrayKernels {
-    const star_kernels::Kernels& table;
-    /// The exponential that the light is made with, of values up to 0.
-    void (*negative_exp)(const float* x, float* result, std::size_t count);
-};
-extern const ArrayKernels array4;
-extern const ArrayKernels array8;
-extern const ArrayKernels array16;
+extern const star_kernels::Kernels& array4;
+extern const star_kernels::Kernels& array8;
+extern const star_kernels::Kernels& array16;
 
 /// Names of the sets for instruction sets, of all processors.
 const std::vector<std::string>& instruction_sets();

@@ -1,6 +1,6 @@
-// Sixteen lanes, as 512-bit registers have.
+// Sixteen lanes, as 512-bit registers have, over plain arrays.
 #define LANES 16
-#define ARRAY_KERNELS array16
+#define KERNELS_LANES "libimgops/kernels/lanes_array.h"
 #define KERNELS_TABLE array16_kernels
 #define KERNELS_NAME "array16"
-#include "kernels_array.h"
+#include "kernels/kernel_source.h"

@@ -1,6 +1,6 @@
-// Four lanes, as 128-bit registers have.
+// Four lanes, as 128-bit registers have, over plain arrays.
 #define LANES 4
-#define ARRAY_KERNELS array4
+#define KERNELS_LANES "libimgops/kernels/lanes_array.h"
 #define KERNELS_TABLE array4_kernels
 #define KERNELS_NAME "array4"
-#include "kernels_array.h"
+#include "kernels/kernel_source.h"

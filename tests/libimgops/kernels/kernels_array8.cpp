@@ -1,6 +1,6 @@
-// Eight lanes, as 256-bit registers have.
+// Eight lanes, as 256-bit registers have, over plain arrays.
 #define LANES 8
-#define ARRAY_KERNELS array8
+#define KERNELS_LANES "libimgops/kernels/lanes_array.h"
 #define KERNELS_TABLE array8_kernels
 #define KERNELS_NAME "array8"
-#include "kernels_array.h"
+#include "kernels/kernel_source.h"
