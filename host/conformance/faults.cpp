@@ -64,6 +64,7 @@ std::string text_of(const host::CallFault& fault) {
 
 std::vector<FailingCall> failing_calls(const std::map<std::string, int>& counts) {
     std::vector<FailingCall> calls;
+    calls.reserve(counts.size());
     for (const auto& [name, count] : counts) {
         calls.push_back({name, count});
     }
