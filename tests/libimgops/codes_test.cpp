@@ -1,6 +1,6 @@
 // The fast conversion to hosts' codes against its definition.
 #include "kernels/kernel_sets.h"
-#include "paths_scene.h"
+#include "plain_fast_scene.h"
 
 #include <gtest/gtest.h>
 #include <libimgops/codes.h>
@@ -13,7 +13,7 @@
 
 namespace {
 
-using namespace paths;
+using namespace plain_fast;
 
 constexpr float INF = std::numeric_limits<float>::infinity();
 

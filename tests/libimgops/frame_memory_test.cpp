@@ -1,6 +1,6 @@
 // What a frame takes of memory, and what happens when there is none. In a program of its own: it
 // replaces the allocation functions.
-#include "paths_scene.h"
+#include "plain_fast_scene.h"
 
 #include "support/memory_stars.h"
 
@@ -45,7 +45,7 @@ void operator delete[](void* block, std::size_t) noexcept { released(block); }
 
 namespace {
 
-using namespace paths;
+using namespace plain_fast;
 
 /// Counts the blocks of `operator new` from 0 for as long as it lives.
 class Watch {

@@ -1,7 +1,7 @@
 // Every set of kernels gives the same bits: those of the instruction sets and the same source over
 // plain arrays.
 #include "kernels/kernel_sets.h"
-#include "paths_scene.h"
+#include "plain_fast_scene.h"
 
 #include "support/memory_stars.h"
 
@@ -19,7 +19,7 @@
 
 namespace {
 
-using namespace paths;
+using namespace plain_fast;
 using star_kernels::Kernels;
 
 /// The set of the test's parameter. Null when it cannot run here, which is then said by name.

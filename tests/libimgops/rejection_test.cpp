@@ -1,6 +1,6 @@
 // Stars that the fast path leaves out unseen are stars that the plain path draws nowhere.
 #include "kernels/kernel_sets.h"
-#include "paths_scene.h"
+#include "plain_fast_scene.h"
 #include "segment_shape.h"
 
 #include "support/memory_stars.h"
@@ -15,7 +15,7 @@
 
 namespace {
 
-using namespace paths;
+using namespace plain_fast;
 using star_kernels::Kernels;
 using support::CatalogueStar;
 

@@ -1,6 +1,6 @@
 // Where the fast path gives the plain path's very bits: places, shades, and the segments that it
 // leaves to the plain streak.
-#include "paths_scene.h"
+#include "plain_fast_scene.h"
 
 #include "star_scene.h"
 
@@ -14,7 +14,7 @@
 
 namespace {
 
-using namespace paths;
+using namespace plain_fast;
 using support::CatalogueStar;
 
 constexpr double NONE = std::numeric_limits<double>::quiet_NaN();

@@ -1,7 +1,7 @@
 // How the fast path goes through the source: what it reads, where it leaves the cursor, and that it
 // takes no more memory than it may.
 #include "kernels/kernel_sets.h"
-#include "paths_scene.h"
+#include "plain_fast_scene.h"
 
 #include "star_scene.h"
 #include "support/memory_stars.h"
@@ -17,7 +17,7 @@
 
 namespace {
 
-using namespace paths;
+using namespace plain_fast;
 using support::CatalogueStar;
 using support::GuardedFrame;
 using support::MemoryStars;

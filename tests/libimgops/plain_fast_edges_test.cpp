@@ -1,6 +1,6 @@
 // The fast path against the plain one where numbers are at the end of their range or beyond it, and
 // stars at the end of the frame.
-#include "paths_scene.h"
+#include "plain_fast_scene.h"
 
 #include "star_scene.h"
 
@@ -15,7 +15,7 @@
 
 namespace {
 
-using namespace paths;
+using namespace plain_fast;
 using support::CatalogueStar;
 
 constexpr double NONE = std::numeric_limits<double>::quiet_NaN();

@@ -1,4 +1,4 @@
-#include "paths_scene.h"
+#include "plain_fast_scene.h"
 
 #include "support/memory_stars.h"
 
@@ -14,7 +14,7 @@
 #include <limits>
 #include <sstream>
 
-namespace paths {
+namespace plain_fast {
 
 using support::CatalogueStar;
 using support::GuardedFrame;
@@ -444,4 +444,4 @@ std::string describe(const Scene& scene) {
     return text.str();
 }
 
-}  // namespace paths
+}  // namespace plain_fast

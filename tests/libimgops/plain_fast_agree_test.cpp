@@ -1,5 +1,5 @@
 // The fast path against the plain one, which defines the pixels: whole frames at random.
-#include "paths_scene.h"
+#include "plain_fast_scene.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace paths;
+using namespace plain_fast;
 using support::CatalogueStar;
 
 }  // namespace

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace paths {
+namespace plain_fast {
 
 /// Everything that one frame is drawn from.
 struct Scene {
@@ -116,4 +116,4 @@ void scatter_stars(Scene& scene, RandomNumbers& random, int count);
 
 std::string describe(const Scene& scene);
 
-}  // namespace paths
+}  // namespace plain_fast
