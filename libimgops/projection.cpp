@@ -93,6 +93,13 @@ PART_OF_ITS_CALLERS bool map_point(VectorN<double, 4> p, const DblMatrix4& m,
 
 }  // namespace
 
+Matrix4<double> projection_matrix(const camera& cam, op_stars_projection projection) {
+    if (projection == Persp) {
+        return cam.xform * Matrix4<double>::perspective(cam.focal, cam.near_clip, cam.far_clip);
+    }
+    return cam.xform;
+}
+
 double weight_of_distance(double distance, double crush) { return weight_of(distance, crush); }
 
 VectorN<double, 4> star_point(double lon, double lat, double distance, double crush) {

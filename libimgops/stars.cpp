@@ -1,5 +1,5 @@
 // The star renderer: one frame's set-up, and the loop over its stars.
-#include <libimgops/draw_path.h>
+#include <libimgops/projection.h>
 #include <libimgops/renderer.h>
 
 #include "fast_frame.h"
@@ -10,15 +10,6 @@
 #include <cmath>
 
 namespace {
-
-/// What one camera sample does to a star. Only the pinhole's projection is a matrix; the other two
-/// happen star by star.
-Matrix4<double> projection_matrix(const camera& cam, op_stars_projection projection) {
-    if (projection == Persp) {
-        return cam.xform * Matrix4<double>::perspective(cam.focal, cam.near_clip, cam.far_clip);
-    }
-    return cam.xform;
-}
 
 /// Pixels of a spot size, which is in thousandths of half the frame's width on both axes.
 double spot_pixels(double size, const StarFramebuffer& fb) { return size * 0.0005 * fb.width; }
@@ -85,8 +76,7 @@ bool StarRenderer::render_star(bool& drew) {
 }
 
 void StarRenderer::render_stars(bool& drew) {
-    const star_kernels::Kernels* kernels =
-        draw_path() == DrawPath::fast ? star_kernels::in_use() : nullptr;
+    const star_kernels::Kernels* kernels = star_kernels::of_draw_path();
     if (kernels != nullptr && FastFrame::can_draw(data, priv->fb)) {
         FastFrame(data, *priv, *kernels).draw(drew);
         return;

@@ -1,5 +1,7 @@
 #include "choice.h"
 
+#include <libimgops/draw_path.h>
+
 namespace star_kernels {
 
 #if defined(__x86_64__)
@@ -61,6 +63,8 @@ const Kernels* in_use() {
     static const Kernels* const best = widest();
     return chosen != nullptr ? chosen : best;
 }
+
+const Kernels* of_draw_path() { return draw_path() == DrawPath::fast ? in_use() : nullptr; }
 
 void use(const Kernels* kernels) { chosen = kernels; }
 

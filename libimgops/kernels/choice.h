@@ -13,6 +13,8 @@ bool runs_here(const Kernels& kernels);
 
 /// The set in use: the widest that runs here, unless `use` chose another. Null if there is none.
 const Kernels* in_use();
+/// The set that draws and converts: `in_use` on the fast path, null on the plain one.
+const Kernels* of_draw_path();
 /// Chooses a set that runs here, for tests and benchmarks; null goes back to the widest. All give
 /// the same bits. Not while a frame is drawn.
 void use(const Kernels* kernels);

@@ -58,7 +58,7 @@ double depth_of(const Scene& scene, const CatalogueStar& star, const camera& cam
     const bool has_depth = scene.data.use_depth && scene.magic == support::VERSION_2;
     VectorN<double, 4> p =
         star_point(star.lon, star.lat, has_depth ? star.distance : -1.0, scene.data.parallax_crush);
-    transform(cam.xform * Matrix4<double>::perspective(cam.focal, cam.near_clip, cam.far_clip), p);
+    transform(projection_matrix(cam, Persp), p);
     return p[3];
 }
 

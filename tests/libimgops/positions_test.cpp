@@ -88,11 +88,8 @@ TEST(Positions, OfTheProjectionAgreeOnAFullFrame) {
         for (const auto& [projection, sky_projection] : kinds) {
             settings.projection = projection;
             const bool perspective = projection == Projection::perspective;
-            const Matrix4<double> matrix =
-                perspective
-                    ? product.xform * Matrix4<double>::perspective(product.focal, product.near_clip,
-                                                                   product.far_clip)
-                    : product.xform;
+            const op_stars_projection kind = product_settings(settings).projection;
+            const Matrix4<double> matrix = projection_matrix(product, kind);
             const support::SkyWcs wcs({view.ra, view.dec, view.roll, settings.width,
                                        settings.height, sky_projection, focal});
             // The frame's corner is at 2.04 half heights.
@@ -103,8 +100,7 @@ TEST(Positions, OfTheProjectionAgreeOnAFullFrame) {
                 const auto expected = wcs.pixel(ra, dec);
                 ASSERT_TRUE(expected);
                 Vector2 found;
-                EXPECT_TRUE(world_to_screen(ra, dec, -1, 0, matrix,
-                                            product_settings(settings).projection, settings.width,
+                EXPECT_TRUE(world_to_screen(ra, dec, -1, 0, matrix, kind, settings.width,
                                             settings.height, -aspect, aspect, -1, 1, found));
                 EXPECT_NEAR(static_cast<double>(found[0]), expected->x, bound)
                     << ra << ", " << dec << " seen from view " << i;

@@ -72,10 +72,7 @@ public:
     explicit PlainPath(const Scene& scene) : scene_(scene) {
         const StarRendererData& data = scene.data;
         for (const camera& cam : scene.cams) {
-            mats_.push_back(data.projection == Persp
-                                ? cam.xform * Matrix4<double>::perspective(cam.focal, cam.near_clip,
-                                                                           cam.far_clip)
-                                : cam.xform);
+            mats_.push_back(projection_matrix(cam, data.projection));
         }
         // The window is the effect's, so that spots are as wide as high where both sizes are.
         spot_w_ = std::max(1.0F, static_cast<float>(data.spot_size_x * 0.0005 * scene.width));
@@ -330,9 +327,7 @@ TEST(RejectionOfFarStars, LeavesOutNothingButTheBackWhereLightHasNoBound) {
             const camera& cam = scene.cams.front();
             if (is_rejected[k] != 0) {
                 EXPECT_FALSE(world_to_screen(
-                    scene.stars[k].lon, scene.stars[k].lat, -1, 0,
-                    cam.xform *
-                        Matrix4<double>::perspective(cam.focal, cam.near_clip, cam.far_clip),
+                    scene.stars[k].lon, scene.stars[k].lat, -1, 0, projection_matrix(cam, Persp),
                     Persp, 1920, 1080, scene.data.window_x0, scene.data.window_x1, -1, 1, at));
             }
         }

@@ -129,11 +129,8 @@ TEST(ShortSegments, AreThePlainPathsToTheBit) {
         for (const CatalogueStar& star : scene.stars) {
             Vector2 at;
             const camera& cam = scene.cams.front();
-            if (world_to_screen(star.lon, star.lat, -1, 0,
-                                cam.xform * Matrix4<double>::perspective(cam.focal, cam.near_clip,
-                                                                         cam.far_clip),
-                                Persp, 160, 90, scene.data.window_x0, scene.data.window_x1, -1, 1,
-                                at) &&
+            if (world_to_screen(star.lon, star.lat, -1, 0, projection_matrix(cam, Persp), Persp,
+                                160, 90, scene.data.window_x0, scene.data.window_x1, -1, 1, at) &&
                 at[0] > -20 && at[0] < 180 && at[1] > -20 && at[1] < 110) {
                 on_frame.push_back(star);
             }

@@ -60,10 +60,9 @@ double standard_sRGB(int code) {
 
 /// Where a star at (lon, lat) without distance lands through `cam`, and whether it is visible.
 bool place(const StarRendererData& data, const camera& cam, double lon, double lat, Vector2& out) {
-    const DblMatrix4 m =
-        cam.xform * DblMatrix4::perspective(cam.focal, cam.near_clip, cam.far_clip);
-    return world_to_screen(lon, lat, -1, 0, m, data.projection, WIDTH, HEIGHT, data.window_x0,
-                           data.window_x1, data.window_y0, data.window_y1, out);
+    return world_to_screen(lon, lat, -1, 0, projection_matrix(cam, Persp), data.projection, WIDTH,
+                           HEIGHT, data.window_x0, data.window_x1, data.window_y0, data.window_y1,
+                           out);
 }
 
 }  // namespace

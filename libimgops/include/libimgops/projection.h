@@ -4,6 +4,10 @@
 #include <base/newmatrix.h>
 #include <libimgops/records.h>
 
+/// World to camera, for `Persp` followed by the perspective: only the pinhole's projection is a
+/// matrix, the others happen star by star. What `m` is below.
+Matrix4<double> projection_matrix(const camera& cam, op_stars_projection projection);
+
 /// Maps one star through one camera sample onto the frame.
 ///
 /// A star is a point at infinity in the direction
@@ -16,7 +20,7 @@
 /// `lon`, `lat`   degrees; only single precision of them is used.
 /// `distance`     0 or less for none.
 /// `crush`        takes 0.01 x `crush` off the inverse distance, down to 0 (infinity).
-/// `m`            world to camera; for `Persp` followed by the perspective.
+/// `m`            `projection_matrix` of the camera sample.
 /// `width`...`y1` frame in pixels, and the window of the image plane that fills it (y1 on top).
 /// `out`          pixels, x to the right and y down; written whatever the result, but not limited
 ///                to the frame, and possibly infinite or not a number.

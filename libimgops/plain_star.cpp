@@ -1,9 +1,10 @@
-// One star of the catalogue: which light it has and where it goes.
+// One star of the catalogue on the plain path: which light it has and where it goes.
 #include <libimgops/byte_order.h>
 #include <libimgops/projection.h>
 #include <libimgops/streak.h>
 
 #include "renderer_private.h"
+#include "star_segments.h"
 #include "star_shading.h"
 
 bool StarRenderer::do_render_star(const star* s) {
@@ -31,26 +32,5 @@ bool StarRenderer::do_render_star(const star* s) {
     const auto draw = [&](const Vector2& from, const Vector2& to) {
         return op_star_streak(fb, from, to, energy, colour, priv->spot_w, priv->spot_h, data.lines);
     };
-
-    Vector2 from;
-    bool from_visible = project(0, from);
-    const uword samples = priv->cams.len();
-    if (samples == 1) {
-        return from_visible && draw(from, from);
-    }
-
-    bool drew = false;
-    for (uword sample = 1; sample < samples; ++sample) {
-        Vector2 to;
-        const bool to_visible = project(sample, to);
-        // One visible end is enough, so that streaks leave the picture instead of ending short of
-        // its edge. One that crosses the camera's plane goes straight to its mirrored end.
-        if (to_visible || from_visible) {
-            const bool drew_segment = draw(from, to);
-            drew = drew || drew_segment;
-        }
-        from = to;
-        from_visible = to_visible;
-    }
-    return drew;
+    return draw_segments(priv->cams.len(), project, draw);
 }
