@@ -1,8 +1,7 @@
 // Writes the float image into the host's pixels.
 //
-// The format is decided once a frame; each format has its own loop, beside which the renderer's
-// room may have a faster one. Pixels are copied as bytes because nothing says how a host aligns its
-// rows.
+// The format is decided once a frame; each format has its own conversion of a row. The renderer's
+// room has those to integer codes, which lie in the host's pixels in the order of the image's.
 #include <AE/messages.h>
 #include <AE/render.h>
 #include <base/exceptions.h>
@@ -15,75 +14,23 @@ namespace {
 
 constexpr int kUnhandledFormatLine = 821;
 
-// Floats of a pixel, whatever the image format's name says of their order.
-constexpr int kFloatsPerPixel = 4;
-constexpr int kRed = 1;
-constexpr int kGreen = 2;
-constexpr int kBlue = 3;
+/// `pixels` pixels of floats, alpha first, into pixels of the host, of any alignment.
+using RowConverter = void (*)(const float* argb, void* to, std::size_t pixels);
 
-/// `f` of full scale `max`, rounded half up and clamped; 0 when it is not a number. Compared as a
-/// number before it becomes an integer, so that nothing is out of the integer's range.
-template <int max>
-int to_code(float f) {
-    const float scaled = 0.5F + f * static_cast<float>(max);
-    if (scaled > 0.0F) {
-        return scaled < static_cast<float>(max) ? static_cast<int>(scaled) : max;
+void to_opaque_floats(const float* argb, void* to, std::size_t pixels) {
+    char* at = static_cast<char*>(to);
+    for (; pixels > 0; --pixels, argb += kFloatsPerPixel) {
+        const PF_PixelFloat pixel = {1.0F, argb[1], argb[2], argb[3]};
+        std::memcpy(at, &pixel, sizeof pixel);
+        at += sizeof pixel;
     }
-    return 0;
 }
 
-struct To8 {
-    using Pixel = PF_Pixel;
-    static bool convert_fast(const float* argb, void* to, std::size_t pixels) {
-        return to_8_bit_codes(argb, to, pixels);
-    }
-    static Pixel convert(const float* argb) {
-        constexpr int kMax = 255;
-        return {kMax, static_cast<A_u_char>(to_code<kMax>(argb[kRed])),
-                static_cast<A_u_char>(to_code<kMax>(argb[kGreen])),
-                static_cast<A_u_char>(to_code<kMax>(argb[kBlue]))};
-    }
-};
-
-struct To16 {
-    using Pixel = PF_Pixel16;
-    static bool convert_fast(const float* argb, void* to, std::size_t pixels) {
-        return to_16_bit_codes(argb, to, pixels);
-    }
-    static Pixel convert(const float* argb) {
-        constexpr int kMax = 32768;
-        return {kMax, static_cast<A_u_short>(to_code<kMax>(argb[kRed])),
-                static_cast<A_u_short>(to_code<kMax>(argb[kGreen])),
-                static_cast<A_u_short>(to_code<kMax>(argb[kBlue]))};
-    }
-};
-
-struct ToFloat {
-    using Pixel = PF_PixelFloat;
-    static bool convert_fast(const float* /*argb*/, void* /*to*/, std::size_t /*pixels*/) {
-        return false;
-    }
-    static Pixel convert(const float* argb) {
-        return {1.0F, argb[kRed], argb[kGreen], argb[kBlue]};
-    }
-};
-
-template <class Converter>
-void convert_rows(const Kelv::Image& image, PF_EffectWorld* output) {
-    using Pixel = typename Converter::Pixel;
+void convert_rows(const Kelv::Image& image, RowConverter convert, PF_EffectWorld* output) {
     char* const first_row = reinterpret_cast<char*>(output->data);
     for (int y = 0; y < image.height; ++y) {
-        const float* from = image.line_float(y);
-        char* to = first_row + static_cast<std::ptrdiff_t>(y) * output->rowbytes;
-        if (Converter::convert_fast(from, to, static_cast<std::size_t>(image.width))) {
-            continue;
-        }
-        for (int x = 0; x < image.width; ++x) {
-            const Pixel pixel = Converter::convert(from);
-            std::memcpy(to, &pixel, sizeof pixel);
-            from += kFloatsPerPixel;
-            to += sizeof pixel;
-        }
+        char* row = first_row + static_cast<std::ptrdiff_t>(y) * output->rowbytes;
+        convert(image.line_float(y), row, static_cast<std::size_t>(image.width));
     }
 }
 
@@ -92,13 +39,13 @@ void convert_rows(const Kelv::Image& image, PF_EffectWorld* output) {
 void convert_image(const Kelv::Image& image, PF_PixelFormat format, PF_EffectWorld* output) {
     switch (format) {
         case PF_PixelFormat_ARGB32:
-            convert_rows<To8>(image, output);
+            convert_rows(image, to_8_bit_codes, output);
             break;
         case PF_PixelFormat_ARGB64:
-            convert_rows<To16>(image, output);
+            convert_rows(image, to_16_bit_codes, output);
             break;
         case PF_PixelFormat_ARGB128:
-            convert_rows<ToFloat>(image, output);
+            convert_rows(image, to_opaque_floats, output);
             break;
         default:
             throw StrXception(kShellSource, __PRETTY_FUNCTION__, kUnhandledFormatLine,

@@ -16,7 +16,6 @@ namespace {
 constexpr int kNoStarFilesLine = 740;
 constexpr int kNoDatabaseLine = 751;
 
-constexpr int kFloatsPerPixel = 4;
 // Keeps the exponent finite when the control stands at 0.
 constexpr double kBiasFloor = 0.000001;
 

@@ -1,30 +1,53 @@
+// The plain conversion, which defines the codes, and the choice between it and the kernels'.
 #include <libimgops/codes.h>
-#include <libimgops/draw_path.h>
 
 #include "kernels/choice.h"
 
+#include <cstdint>
+#include <cstring>
+
 namespace {
 
-const star_kernels::Kernels* kernels() {
-    return draw_path() == DrawPath::fast ? star_kernels::in_use() : nullptr;
+using star_kernels::FLOATS_PER_PIXEL;
+using star_kernels::Kernels;
+
+/// `f` of full scale `MOST`, rounded half up and clamped; 0 when it is not a number. Compared as a
+/// number before it becomes an integer, so that nothing is out of the integer's range.
+template <class Code, int MOST>
+Code to_code(float f) {
+    const float scaled = 0.5F + f * static_cast<float>(MOST);
+    if (scaled > 0.0F) {
+        return static_cast<Code>(scaled < static_cast<float>(MOST) ? static_cast<int>(scaled)
+                                                                   : MOST);
+    }
+    return 0;
+}
+
+template <class Code, int MOST>
+void to_codes_plainly(const float* pixels, void* codes, std::size_t count) {
+    auto* to = static_cast<unsigned char*>(codes);
+    for (; count > 0; --count, pixels += FLOATS_PER_PIXEL) {
+        const Code pixel[FLOATS_PER_PIXEL] = {MOST, to_code<Code, MOST>(pixels[1]),
+                                              to_code<Code, MOST>(pixels[2]),
+                                              to_code<Code, MOST>(pixels[3])};
+        // As bytes, because nothing says how a host aligns its rows.
+        std::memcpy(to, pixel, sizeof pixel);
+        to += sizeof pixel;
+    }
 }
 
 }  // namespace
 
-bool to_8_bit_codes(const float* pixels, void* codes, std::size_t count) {
-    const star_kernels::Kernels* fast = kernels();
-    if (fast == nullptr) {
-        return false;
-    }
-    fast->to_8_bits(pixels, codes, count);
-    return true;
+void to_8_bit_codes(const float* pixels, void* codes, std::size_t count) {
+    const Kernels* kernels = star_kernels::of_draw_path();
+    const auto convert =
+        kernels != nullptr ? kernels->to_8_bits : to_codes_plainly<std::uint8_t, 255>;
+    convert(pixels, codes, count);
 }
 
-bool to_16_bit_codes(const float* pixels, void* codes, std::size_t count) {
-    const star_kernels::Kernels* fast = kernels();
-    if (fast == nullptr) {
-        return false;
-    }
-    fast->to_16_bits(pixels, codes, count);
-    return true;
+void to_16_bit_codes(const float* pixels, void* codes, std::size_t count) {
+    const Kernels* kernels = star_kernels::of_draw_path();
+    const auto convert =
+        kernels != nullptr ? kernels->to_16_bits : to_codes_plainly<std::uint16_t, 32768>;
+    convert(pixels, codes, count);
 }

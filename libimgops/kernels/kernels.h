@@ -11,7 +11,13 @@
 
 namespace star_kernels {
 
-/// Rows of an image with four floats a pixel, coverage first, then red, green, blue.
+/// Of the images that kernels know: coverage, red, green, blue.
+inline constexpr int FLOATS_PER_PIXEL = 4;
+
+/// No set has more floats at once.
+inline constexpr int MOST_LANES = 16;
+
+/// Rows of such an image.
 struct Pixels {
     float* first;        ///< coverage of pixel (0, 0)
     std::ptrdiff_t row;  ///< floats from one row to the next
@@ -70,7 +76,7 @@ struct Kernels {
 
     /// Adds `rows` rows of the spot from row `y` on. `ry`: that row's offset from the midpoint as
     /// the plain streak carries it; returns it for the row after the last. `scratch`: at least the
-    /// frame's width and 16 more floats.
+    /// frame's width and MOST_LANES more floats.
     float (*draw_spot)(const Pixels& to, const Spot& spot, int y, int rows, float ry,
                        float* scratch);
     /// The same for a streak.

@@ -7,6 +7,7 @@
 #include <random>
 
 #include "fake_host.h"
+#include "support/path_in_use.h"
 
 namespace {
 
@@ -41,6 +42,16 @@ const Row kRows[] = {
     {kNaN, 0, 0},
     {-kNaN, 0, 0},
     {std::numeric_limits<float>::denorm_min(), 0, 0},
+    // Halves of a 16-bit code: 2^-16 x 32768 = 0.5, and + 0.5 = 1. The number below it comes to
+    // 1 - 2^-25, which single precision rounds to 1 as well; the one below that to 1 - 2^-24.
+    {0x1p-16F, 0, 1},
+    {0x1.fffffep-17F, 0, 1},
+    {0x1.fffffcp-17F, 0, 0},
+    {-0x1p-16F, 0, 0},
+    {0x1.8p-15F, 0, 2},            // 1.5 + 0.5
+    {0x1.fffep-1F, 255, 32768},    // 32767.5 + 0.5; 254.996 + 0.5
+    {0x1.fffdfep-1F, 255, 32767},  // 32767.498 + 0.5
+    {-0x1p-9F, 0, 0},              // -0.498 + 0.5; -64 + 0.5
 };
 constexpr int kRowCount = sizeof kRows / sizeof kRows[0];
 
@@ -68,7 +79,14 @@ constexpr int kQuarter16 = 8192;
 
 }  // namespace
 
-TEST(Conversion, EightBits) {
+/// On either draw path.
+class Conversion : public testing::TestWithParam<DrawPath> {
+    support::PathInUse path_{GetParam()};
+};
+INSTANTIATE_TEST_SUITE_P(Paths, Conversion, testing::ValuesIn(support::BOTH_PATHS),
+                         [](const auto& tested) { return support::name_of(tested.param); });
+
+TEST_P(Conversion, EightBits) {
     Frame frame;
     FakeWorld world(3, kRowCount, PF_PixelFormat_ARGB32);
     convert_image(frame.image, PF_PixelFormat_ARGB32, &world.world);
@@ -85,7 +103,7 @@ TEST(Conversion, EightBits) {
     EXPECT_TRUE(world.margins_intact());
 }
 
-TEST(Conversion, SixteenBits) {
+TEST_P(Conversion, SixteenBits) {
     Frame frame;
     FakeWorld world(3, kRowCount, PF_PixelFormat_ARGB64);
     convert_image(frame.image, PF_PixelFormat_ARGB64, &world.world);
@@ -102,7 +120,7 @@ TEST(Conversion, SixteenBits) {
     EXPECT_TRUE(world.margins_intact());
 }
 
-TEST(Conversion, FloatsAreCopiedAsTheyAre) {
+TEST_P(Conversion, FloatsAreCopiedAsTheyAre) {
     Frame frame;
     FakeWorld world(3, kRowCount, PF_PixelFormat_ARGB128);
     convert_image(frame.image, PF_PixelFormat_ARGB128, &world.world);
@@ -123,7 +141,7 @@ TEST(Conversion, FloatsAreCopiedAsTheyAre) {
     EXPECT_TRUE(world.margins_intact());
 }
 
-TEST(Conversion, CodesOfAThousandRandomFloats) {
+TEST_P(Conversion, CodesOfAThousandRandomFloats) {
     // A second formulation: in double, by floor and clamping. Where the sum is within rounding of a
     // whole number the single-precision sum may step over it, and the two may differ by one.
     std::mt19937 random(20260101);
@@ -154,7 +172,7 @@ TEST(Conversion, CodesOfAThousandRandomFloats) {
     }
 }
 
-TEST(Conversion, OddRowsOfAHostAreWritten) {
+TEST_P(Conversion, OddRowsOfAHostAreWritten) {
     // 16-bit and float pixels at addresses that suit no number.
     Frame frame;
     for (const PF_PixelFormat format : {PF_PixelFormat_ARGB64, PF_PixelFormat_ARGB128}) {
@@ -164,7 +182,7 @@ TEST(Conversion, OddRowsOfAHostAreWritten) {
     }
 }
 
-TEST(Conversion, OtherFormatsAreRefusedUntouched) {
+TEST_P(Conversion, OtherFormatsAreRefusedUntouched) {
     Frame frame;
     for (const auto& [format, number] :
          std::map<PF_PixelFormat, std::string>{{PF_PixelFormat_BGRA32, "1634887522"},

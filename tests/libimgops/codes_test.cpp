@@ -1,6 +1,8 @@
-// The fast conversion to hosts' codes against its definition.
+// Both conversions to hosts' codes, the plain one and the kernels', against their definition.
 #include "kernels/kernel_sets.h"
-#include "plain_fast_scene.h"
+#include "random_numbers.h"
+
+#include "support/path_in_use.h"
 
 #include <gtest/gtest.h>
 #include <libimgops/codes.h>
@@ -8,12 +10,12 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
-#include <iostream>
 #include <limits>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace {
-
-using namespace plain_fast;
 
 constexpr float INF = std::numeric_limits<float>::infinity();
 
@@ -66,16 +68,14 @@ std::vector<float> interesting(int full) {
 
 template <class Code>
 struct Conversion {
-    void (*star_kernels::Kernels::*function)(const float*, void*, std::size_t);
-    bool (*in_use)(const float*, void*, std::size_t);
+    void (*function)(const float*, void*, std::size_t);
     int full;
 };
-const Conversion<std::uint8_t> TO_8 = {&star_kernels::Kernels::to_8_bits, to_8_bit_codes, 255};
-const Conversion<std::uint16_t> TO_16 = {&star_kernels::Kernels::to_16_bits, to_16_bit_codes,
-                                         32768};
+const Conversion<std::uint8_t> TO_8 = {to_8_bit_codes, 255};
+const Conversion<std::uint16_t> TO_16 = {to_16_bit_codes, 32768};
 
 template <class Code>
-void expect_every_value(const Conversion<Code>& to, const star_kernels::Kernels& set) {
+void expect_every_value(const Conversion<Code>& to) {
     std::vector<float> pixels;
     std::size_t k = 0;
     for (const float value : interesting(to.full)) {
@@ -86,7 +86,7 @@ void expect_every_value(const Conversion<Code>& to, const star_kernels::Kernels&
         ++k;
     }
     std::vector<Code> codes(pixels.size());
-    (set.*to.function)(pixels.data(), codes.data(), k);
+    to.function(pixels.data(), codes.data(), k);
     for (std::size_t i = 0; i < codes.size(); ++i) {
         ASSERT_EQ(codes[i], i % 4 == 0 ? to.full : expected_code(pixels[i], to.full))
             << pixels[i] << " in channel " << i % 4;
@@ -94,7 +94,7 @@ void expect_every_value(const Conversion<Code>& to, const star_kernels::Kernels&
 }
 
 template <class Code>
-void expect_every_count_and_place(const Conversion<Code>& to, const star_kernels::Kernels& set) {
+void expect_every_count_and_place(const Conversion<Code>& to) {
     constexpr std::size_t MOST = 67;
     constexpr unsigned char GUARD = 0xa5;
     RandomNumbers random(1);
@@ -106,7 +106,7 @@ void expect_every_count_and_place(const Conversion<Code>& to, const star_kernels
         }
         for (std::size_t offset = 0; offset < 64; ++offset) {
             std::vector<unsigned char> bytes(offset + sizeof(Code) * 4 * count + 70, GUARD);
-            (set.*to.function)(pixels.data(), bytes.data() + offset, count);
+            to.function(pixels.data(), bytes.data() + offset, count);
             for (std::size_t i = 0; i < 4 * count; ++i) {
                 Code code;
                 std::memcpy(&code, bytes.data() + offset + sizeof code * i, sizeof code);
@@ -121,51 +121,48 @@ void expect_every_count_and_place(const Conversion<Code>& to, const star_kernels
     }
 }
 
-/// Null when it cannot run here, which is then said by name.
-const star_kernels::Kernels* set_to_test(const std::string& name) {
-    const star_kernels::Kernels* set = kernel_sets::runnable(name);
-    if (set == nullptr) {
-        std::cout << "[ NOT RUN  ] " << kernel_sets::why_not_run(name) << "\n";
-        testing::Test::RecordProperty("not_run", name);
-    }
-    return set;
+const std::string PLAIN = "plain";
+
+/// The plain conversion and that of every set of kernels.
+std::vector<std::string> all_conversions() {
+    std::vector<std::string> names = kernel_sets::all_sets();
+    names.insert(names.begin(), PLAIN);
+    return names;
 }
 
 }  // namespace
 
-class FastCodes : public testing::TestWithParam<std::string> {};
+/// Has the parameter's conversion in use.
+class Codes : public testing::TestWithParam<std::string> {
+protected:
+    void SetUp() override {
+        if (GetParam() == PLAIN) {
+            path_.emplace(DrawPath::plain);
+        } else if (const star_kernels::Kernels* set = kernel_sets::to_test(GetParam())) {
+            path_.emplace(DrawPath::fast);
+            set_.emplace(set);
+        }
+    }
+    bool runs() const { return path_.has_value(); }
 
-TEST_P(FastCodes, AreThoseOfTheDefinitionAroundEveryBoundary) {
-    if (const star_kernels::Kernels* set = set_to_test(GetParam())) {
-        expect_every_value(TO_8, *set);
-        expect_every_value(TO_16, *set);
+private:
+    std::optional<support::PathInUse> path_;
+    std::optional<kernel_sets::InUse> set_;
+};
+
+TEST_P(Codes, AreThoseOfTheDefinitionAroundEveryBoundary) {
+    if (runs()) {
+        expect_every_value(TO_8);
+        expect_every_value(TO_16);
     }
 }
 
-TEST_P(FastCodes, AreWrittenAnywhereAndNotBeyond) {
-    if (const star_kernels::Kernels* set = set_to_test(GetParam())) {
-        expect_every_count_and_place(TO_8, *set);
-        expect_every_count_and_place(TO_16, *set);
+TEST_P(Codes, AreWrittenAnywhereAndNotBeyond) {
+    if (runs()) {
+        expect_every_count_and_place(TO_8);
+        expect_every_count_and_place(TO_16);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Kernels, FastCodes, testing::ValuesIn(kernel_sets::all_sets()),
+INSTANTIATE_TEST_SUITE_P(Conversions, Codes, testing::ValuesIn(all_conversions()),
                          [](const auto& tested) { return tested.param; });
-
-TEST(Codes, AreMadeByTheSetInUse) {
-    const PathInUse fast(DrawPath::fast);
-    const float pixel[4] = {0, 0.5F, 1, 2};
-    for (const star_kernels::Kernels* set : kernel_sets::all_runnable()) {
-        const kernel_sets::InUse in_use(set);
-        std::uint8_t bytes[4];
-        EXPECT_TRUE(TO_8.in_use(pixel, bytes, 1));
-        EXPECT_EQ(bytes[0], 255);
-        EXPECT_EQ(bytes[1], 128);
-        EXPECT_EQ(bytes[2], 255);
-        std::uint16_t words[4];
-        EXPECT_TRUE(TO_16.in_use(pixel, words, 1));
-        EXPECT_EQ(words[0], 32768);
-        EXPECT_EQ(words[1], 16384);
-        EXPECT_EQ(words[3], 32768);
-    }
-}

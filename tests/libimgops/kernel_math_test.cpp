@@ -2,8 +2,6 @@
 // matters. `every_argument_test.cpp` goes through all arguments.
 #include "kernel_bounds.h"
 
-#include <iostream>
-
 namespace {
 
 using namespace kernel_bounds;
@@ -35,15 +33,6 @@ TEST(Bounds, HoldAroundLandmarks) {
 
 class EachMathSet : public testing::TestWithParam<std::string> {
 protected:
-    /// Null when the set cannot run here, which is then said by name.
-    const Kernels* set() {
-        const Kernels* found = kernel_sets::runnable(GetParam());
-        if (found == nullptr) {
-            std::cout << "[ NOT RUN  ] " << kernel_sets::why_not_run(GetParam()) << "\n";
-            RecordProperty("not_run", GetParam());
-        }
-        return found;
-    }
     static float exp(const Kernels& of, float x) {
         of.exp(&x, &x, 1);
         return x;
@@ -55,7 +44,7 @@ protected:
 };
 
 TEST_P(EachMathSet, KnowsTheEndsOfExp) {
-    const Kernels* of = set();
+    const Kernels* of = kernel_sets::to_test(GetParam());
     if (of == nullptr) {
         return;
     }
@@ -75,7 +64,7 @@ TEST_P(EachMathSet, KnowsTheEndsOfExp) {
 }
 
 TEST_P(EachMathSet, KnowsTheEndsOfErf) {
-    const Kernels* of = set();
+    const Kernels* of = kernel_sets::to_test(GetParam());
     if (of == nullptr) {
         return;
     }
@@ -91,7 +80,7 @@ TEST_P(EachMathSet, KnowsTheEndsOfErf) {
 }
 
 TEST_P(EachMathSet, HasAnOddErfBetweenMinusOneAndOne) {
-    const Kernels* of = set();
+    const Kernels* of = kernel_sets::to_test(GetParam());
     if (of == nullptr) {
         return;
     }
@@ -111,7 +100,7 @@ TEST_P(EachMathSet, HasAnOddErfBetweenMinusOneAndOne) {
 // Steps back are no larger than the bound allows: two values within `bound` of a function that
 // never falls are at most twice that out of order.
 TEST_P(EachMathSet, NeverFallsByMoreThanItsBound) {
-    const Kernels* of = set();
+    const Kernels* of = kernel_sets::to_test(GetParam());
     if (of == nullptr) {
         return;
     }
@@ -131,7 +120,7 @@ TEST_P(EachMathSet, NeverFallsByMoreThanItsBound) {
 
 // Arrays of every length, of which nothing beyond the end is written.
 TEST_P(EachMathSet, TakesAnyNumberOfValues) {
-    const Kernels* of = set();
+    const Kernels* of = kernel_sets::to_test(GetParam());
     for (std::size_t count = 0; of != nullptr && count < 70; ++count) {
         std::vector<float> x(count), results(count + 1, 7.0F);
         for (std::size_t i = 0; i < count; ++i) {

@@ -5,9 +5,9 @@
 
 #include "support/catalogue.h"
 #include "support/guarded_frame.h"
+#include "support/path_in_use.h"
 
 #include <base/array.h>
-#include <libimgops/draw_path.h>
 #include <libimgops/records.h>
 #include <libimgops/star_input.h>
 
@@ -15,6 +15,8 @@
 #include <vector>
 
 namespace plain_fast {
+
+using support::PathInUse;
 
 /// Everything that one frame is drawn from.
 struct Scene {
@@ -37,18 +39,6 @@ struct Drawn {
     bool drew = false;
     int reads = 0;        ///< of the source, the header included
     std::string failure;  ///< what was thrown
-};
-
-/// Puts a path into use for as long as it lives.
-class PathInUse {
-public:
-    explicit PathInUse(DrawPath path) : before_(draw_path()) { set_draw_path(path); }
-    PathInUse(const PathInUse&) = delete;
-    PathInUse& operator=(const PathInUse&) = delete;
-    ~PathInUse() { set_draw_path(before_); }
-
-private:
-    DrawPath before_;
 };
 
 /// The scene's frame before any star.

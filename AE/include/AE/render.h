@@ -5,6 +5,9 @@
 #include <host_api/effect_interface.h>
 #include <libkelvimage/image.h>
 
+/// Of the float image: alpha, red, green, blue, whatever its format's name says of their order.
+inline constexpr int kFloatsPerPixel = 4;
+
 /// Draws all stars of the chosen database and writes the frame, opaque stars on black, into
 /// `output`, whose pixels have `format`.
 ///
@@ -19,7 +22,7 @@ void delete_MyInstance(void* instance);
 
 /// Writes the whole image into the output's upper left corner in one pass.
 ///
-/// The image holds linear light as four floats a pixel: alpha, red, green, blue. `format` is 8-bit
+/// The image holds linear light, `kFloatsPerPixel` floats a pixel. `format` is 8-bit
 /// (0 to 255), 16-bit (0 to 32768) or float ARGB; the result is opaque whatever the image's alpha.
 /// Integer codes are rounded half up; what lies beyond their range becomes the range's end, what is
 /// not a number 0; floats are copied as they are. Throws `StrXception` for any other format, before

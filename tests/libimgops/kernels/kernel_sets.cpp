@@ -1,5 +1,9 @@
 #include "kernel_sets.h"
 
+#include <gtest/gtest.h>
+
+#include <iostream>
+
 namespace star_kernels {
 
 extern const Kernels array4_kernels;
@@ -30,7 +34,46 @@ const star_kernels::Kernels* built(const std::string& name) {
     return nullptr;
 }
 
+Calls counts;
+const star_kernels::Kernels* worker;
+
+const star_kernels::Kernels* counting_set() {
+    // Where no set is built for the processor, the arrays draw as well.
+    worker = star_kernels::in_use() != nullptr ? star_kernels::in_use() : &array4;
+    counts = Calls();
+    static star_kernels::Kernels set;
+    set = *worker;
+    set.name = "counting";
+    set.draw_spot = [](const star_kernels::Pixels& to, const star_kernels::Spot& spot, int y,
+                       int rows, float ry, float* scratch) {
+        ++counts.spot;
+        return worker->draw_spot(to, spot, y, rows, ry, scratch);
+    };
+    set.draw_streak = [](const star_kernels::Pixels& to, const star_kernels::Streak& streak, int y,
+                         int rows, float ry) {
+        ++counts.streak;
+        return worker->draw_streak(to, streak, y, rows, ry);
+    };
+    set.outside = [](const float* lon, const float* lat, const float* weight, int count,
+                     const star_kernels::Plane* planes, int samples, unsigned char* is_outside) {
+        ++counts.outside;
+        worker->outside(lon, lat, weight, count, planes, samples, is_outside);
+    };
+    set.to_8_bits = [](const float* pixels, void* codes, std::size_t count) {
+        ++counts.to_8_bits;
+        worker->to_8_bits(pixels, codes, count);
+    };
+    set.to_16_bits = [](const float* pixels, void* codes, std::size_t count) {
+        ++counts.to_16_bits;
+        worker->to_16_bits(pixels, codes, count);
+    };
+    return &set;
+}
+
 }  // namespace
+
+Counted::Counted() : in_use_(counting_set()) {}
+const Calls& Counted::calls() const { return counts; }
 
 const std::vector<std::string>& instruction_sets() {
     static const std::vector<std::string> names = {"sse2", "avx2", "avx512", "neon"};
@@ -51,6 +94,15 @@ const star_kernels::Kernels* runnable(const std::string& name) {
 std::string why_not_run(const std::string& name) {
     return name + (built(name) == nullptr ? " was not run: it is for another processor"
                                           : " was not run: this machine lacks its instructions");
+}
+
+const star_kernels::Kernels* to_test(const std::string& name) {
+    const star_kernels::Kernels* set = runnable(name);
+    if (set == nullptr) {
+        std::cout << "[ NOT RUN  ] " << why_not_run(name) << "\n";
+        testing::Test::RecordProperty("not_run", name);
+    }
+    return set;
 }
 
 std::vector<const star_kernels::Kernels*> all_runnable() {

@@ -21,6 +21,9 @@ std::vector<std::string> all_sets();
 const star_kernels::Kernels* runnable(const std::string& name);
 /// Why `runnable` is null: one line, naming the set.
 std::string why_not_run(const std::string& name);
+/// As `runnable`, for the test that runs: where it is null, the output and the test's report say so
+/// by name.
+const star_kernels::Kernels* to_test(const std::string& name);
 /// Those that run here, those over arrays first.
 std::vector<const star_kernels::Kernels*> all_runnable();
 
@@ -31,6 +34,29 @@ public:
     InUse(const InUse&) = delete;
     InUse& operator=(const InUse&) = delete;
     ~InUse() { star_kernels::use(nullptr); }
+};
+
+/// How often each function of a set was called.
+struct Calls {
+    int spot = 0;
+    int streak = 0;
+    int outside = 0;
+    int to_8_bits = 0;
+    int to_16_bits = 0;
+
+    int drawing() const { return spot + streak; }
+    int all() const { return drawing() + outside + to_8_bits + to_16_bits; }
+};
+
+/// Puts a set into use, for as long as it lives, that counts its calls and leaves the work to the
+/// one that was in use. One at a time.
+class Counted {
+public:
+    Counted();
+    const Calls& calls() const;
+
+private:
+    InUse in_use_;
 };
 
 }  // namespace kernel_sets
