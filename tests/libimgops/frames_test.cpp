@@ -1,7 +1,7 @@
-// Whole frames of the real renderer, judged by the reference renderer. The reference says for every
-// value how far single precision and the reach may carry the real one; the bounds are argued in
-// support/reference_renderer.h and .cpp, and the tests here show both that frames stay within them
-// and that faults smaller than anyone would see do not.
+// Whole frames of the real renderer by both draw paths, judged by the reference renderer. The
+// reference says for every value how far single precision and the reach may carry the real one; the
+// bounds are argued in support/reference_renderer.h and .cpp, and the tests here show both that
+// frames stay within them and that faults smaller than anyone would see do not.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,8 +14,10 @@
 #include <utility>
 #include <vector>
 
+#include "kernels/kernel_sets.h"
 #include "product_frame.h"
 #include "support/compare.h"
+#include "support/path_in_use.h"
 #include "support/reference_renderer.h"
 
 namespace {
@@ -25,7 +27,9 @@ using reference::Projection;
 using reference::Rendering;
 using reference::Settings;
 using reference::Star;
+using support::BOTH_PATHS;
 using support::Comparison;
+using support::name_of;
 using support::Picture;
 
 struct Scene {
@@ -111,10 +115,16 @@ Scene scene(unsigned seed, Projection projection, int samples) {
     return made;
 }
 
-Comparison judge(const Scene& drawn, const Scene& expected) {
-    const Rendering reference = render(expected.stars, expected.settings, expected.cameras);
-    return compare_within(product_frame(drawn.stars, drawn.settings, drawn.cameras),
-                          reference.light, reference.allowance);
+Rendering reference_of(const Scene& scene) {
+    return render(scene.stars, scene.settings, scene.cameras);
+}
+
+/// The frame that the path in question draws, beside what is expected.
+Comparison judge(const Scene& drawn, DrawPath path, const Rendering& expected) {
+    const kernel_sets::Counted counted;
+    const Picture frame = product_frame(drawn.stars, drawn.settings, drawn.cameras, path);
+    EXPECT_EQ(counted.calls().drawing() > 0, path == DrawPath::fast) << "the path is what it says";
+    return compare_within(frame, expected.light, expected.allowance);
 }
 
 double largest(const Picture& picture) {
@@ -150,11 +160,12 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_P(Frames, AgreeWithTheReference) {
     for (unsigned seed = 1; seed <= 20; ++seed) {
         const Scene one = scene(seed, GetParam().projection, GetParam().samples);
-        const Rendering reference = render(one.stars, one.settings, one.cameras);
-        const Comparison result =
-            compare_within(product_frame(one.stars, one.settings, one.cameras), reference.light,
-                           reference.allowance);
-        EXPECT_TRUE(result.passed) << "seed " << seed << ": " << result.report;
+        const Rendering reference = reference_of(one);
+        for (const DrawPath path : BOTH_PATHS) {
+            const Comparison result = judge(one, path, reference);
+            EXPECT_TRUE(result.passed)
+                << name_of(path) << ", seed " << seed << ": " << result.report;
+        }
         EXPECT_GT(largest(reference.light), 10 * reference::reach)
             << "seed " << seed << " shows nothing";
     }
@@ -201,11 +212,15 @@ TEST_P(Frames, AreRejectedForSmallFaults) {
     right.settings.tint_strength = 0.8;
     right.settings.saturation = 1.2;
     right.stars.front().luminance = 0.02F;  // the second one meets the ceiling
-    ASSERT_TRUE(judge(right, right).passed) << judge(right, right).report;
-    for (const auto& [name, spoil] : faults) {
-        Scene wrong = right;
-        spoil(wrong);
-        EXPECT_FALSE(judge(wrong, right).passed) << name;
+    const Rendering expected = reference_of(right);
+    for (const DrawPath path : BOTH_PATHS) {
+        const Comparison unspoilt = judge(right, path, expected);
+        ASSERT_TRUE(unspoilt.passed) << name_of(path) << ": " << unspoilt.report;
+        for (const auto& [name, spoil] : faults) {
+            Scene wrong = right;
+            spoil(wrong);
+            EXPECT_FALSE(judge(wrong, path, expected).passed) << name_of(path) << ": " << name;
+        }
     }
 }
 
@@ -234,9 +249,11 @@ TEST(FrameLight, OfAStillSpotIsItsTotal) {
             // Spots below a pixel are drawn at one pixel and dimmed: the same total.
             const double total = std::numbers::pi * w * h * 4 * brightness;
             const double area = std::numbers::pi * std::max(w, 1.0) * std::max(h, 1.0);
-            const double found = product_frame({one}, settings, {Camera{}}).total(1);
-            EXPECT_NEAR(found, total, 1e-3 * total + area / 6250)
-                << size << " " << aspect << " " << brightness;
+            for (const DrawPath path : BOTH_PATHS) {
+                const double found = product_frame({one}, settings, {Camera{}}, path).total(1);
+                EXPECT_NEAR(found, total, 1e-3 * total + area / 6250)
+                    << name_of(path) << ": " << size << " " << aspect << " " << brightness;
+            }
         }
     }
 }
@@ -253,21 +270,24 @@ TEST(FrameLight, IsSteadyUnderSubPixelMotion) {
     settings.spot_size = 1;  // one pixel once drawn, the worst case
     settings.brightness = 1000;
     settings.saturation = 1;
-    double least = HUGE_VAL;
-    double most = 0;
-    Star one;
-    one.luminance = 1;
-    for (int i = 0; i < 200; ++i) {
-        one.lon = 90.5 + 0.007 * i;
-        one.lat = 1 + 0.003 * i;
-        const double total = product_frame({one}, settings, {Camera{}}).total(0);
-        least = std::min(least, total);
-        most = std::max(most, total);
+    for (const DrawPath path : BOTH_PATHS) {
+        double least = HUGE_VAL;
+        double most = 0;
+        Star one;
+        one.luminance = 1;
+        for (int i = 0; i < 200; ++i) {
+            one.lon = 90.5 + 0.007 * i;
+            one.lat = 1 + 0.003 * i;
+            const double total = product_frame({one}, settings, {Camera{}}, path).total(0);
+            least = std::min(least, total);
+            most = std::max(most, total);
+        }
+        const double peak = 4000 * 0.032 * 0.032;
+        const double rho = std::sqrt(std::log(6250 * peak));
+        EXPECT_LT(most - least, 4.2e-4 * most + std::numbers::pi * (rho + 1) / 6250)
+            << name_of(path);
+        EXPECT_NEAR(most, std::numbers::pi * peak, 1e-3 * most) << name_of(path);
     }
-    const double peak = 4000 * 0.032 * 0.032;
-    const double rho = std::sqrt(std::log(6250 * peak));
-    EXPECT_LT(most - least, 4.2e-4 * most + std::numbers::pi * (rho + 1) / 6250);
-    EXPECT_NEAR(most, std::numbers::pi * peak, 1e-3 * most);
 }
 
 }  // namespace

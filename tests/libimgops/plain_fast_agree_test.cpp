@@ -1,4 +1,5 @@
 // The fast path against the plain one, which defines the pixels: whole frames at random.
+#include "kernels/kernel_sets.h"
 #include "plain_fast_scene.h"
 
 #include <gtest/gtest.h>
@@ -17,11 +18,17 @@ class RandomFrames : public testing::TestWithParam<unsigned> {};
 TEST_P(RandomFrames, KeepThePromise) {
     RandomNumbers random(GetParam());
     int lit = 0;
+    int by_kernels = 0;
     int crossing = 0;
     for (int i = 0; i < 60; ++i) {
         const Scene scene = random_scene(random);
         SCOPED_TRACE("scene " + std::to_string(i));
         lit += expect_promise(scene).peak > 0 ? 1 : 0;
+        {
+            const kernel_sets::Counted counted;
+            draw(scene, DrawPath::fast);
+            by_kernels += counted.calls().drawing() > 0 ? 1 : 0;
+        }
         crossing += std::any_of(scene.stars.begin(), scene.stars.end(),
                                 [&](const CatalogueStar& star) {
                                     return crosses_camera_plane(scene, star);
@@ -32,8 +39,9 @@ TEST_P(RandomFrames, KeepThePromise) {
             return;
         }
     }
-    // Not empty skies.
+    // Not empty skies, nor ones that the fast path leaves to the plain one.
     EXPECT_GE(lit, 20);
+    EXPECT_GE(by_kernels, 12);
     EXPECT_GE(crossing, 3);
 }
 
@@ -45,6 +53,7 @@ class RandomStars : public testing::TestWithParam<unsigned> {};
 TEST_P(RandomStars, VisitTheSamePixelsOneByOne) {
     RandomNumbers random(GetParam());
     int visits = 0;
+    int by_kernels = 0;
     for (int i = 0; i < 300; ++i) {
         Scene scene = random_scene(random);
         scene.stars.resize(1);
@@ -53,10 +62,13 @@ TEST_P(RandomStars, VisitTheSamePixelsOneByOne) {
             scene.cams.resize(2);
         }
         const std::vector<bool> plain = visited(scene, DrawPath::plain);
+        const kernel_sets::Counted counted;
         ASSERT_TRUE(plain == visited(scene, DrawPath::fast)) << describe(scene);
+        by_kernels += counted.calls().drawing() > 0 ? 1 : 0;
         visits += std::find(plain.begin(), plain.end(), true) != plain.end() ? 1 : 0;
     }
     EXPECT_GE(visits, 30);
+    EXPECT_GE(by_kernels, 30);
 }
 
 // Nothing at all is added to a pixel of -0 unless it is visited: -0 + 0 is 0. Unlike the other
@@ -64,6 +76,7 @@ TEST_P(RandomStars, VisitTheSamePixelsOneByOne) {
 // any coverage. Colours are positive, so that no product is -0.
 TEST_P(RandomStars, LeaveMinusZeroWhereTheyDoNotPass) {
     RandomNumbers random(GetParam() + 100);
+    int by_kernels = 0;
     for (int i = 0; i < 100; ++i) {
         Scene scene = random_scene(random);
         scene.data.saturation = std::min(scene.data.saturation, 1.0);
@@ -71,7 +84,9 @@ TEST_P(RandomStars, LeaveMinusZeroWhereTheyDoNotPass) {
         scene.coverage.assign(scene.coverage.size(), 0.5F);
         scene.background = -0.0F;
         Drawn plain = draw(scene, DrawPath::plain);
+        const kernel_sets::Counted counted;
         Drawn fast = draw(scene, DrawPath::fast);
+        by_kernels += counted.calls().drawing() > 0 ? 1 : 0;
         EXPECT_EQ(plain.drew, fast.drew) << describe(scene);
         for (int y = 0; y < scene.height; ++y) {
             for (int x = 0; x < scene.width; ++x) {
@@ -80,6 +95,7 @@ TEST_P(RandomStars, LeaveMinusZeroWhereTheyDoNotPass) {
             }
         }
     }
+    EXPECT_GE(by_kernels, 30);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomStars, testing::Range(1U, 9U));

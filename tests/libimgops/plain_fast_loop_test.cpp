@@ -1,5 +1,5 @@
-// How the fast path goes through the source: what it reads, where it leaves the cursor, and that it
-// takes no more memory than it may.
+// How the fast path goes through the source: what it reads and where it leaves the cursor; and
+// which frames it leaves to the plain path.
 #include "kernels/kernel_sets.h"
 #include "plain_fast_scene.h"
 
@@ -236,8 +236,10 @@ void expect_plain_bits(const Scene& scene, Layout layout) {
     Floats plain(30000), fast(30000);
     layout(plain);
     layout(fast);
+    const kernel_sets::Counted counted;
     const Drawn p = draw_into(scene, DrawPath::plain, plain.fb);
     const Drawn f = draw_into(scene, DrawPath::fast, fast.fb);
+    EXPECT_EQ(counted.calls().all(), 0);
     EXPECT_EQ(p.drew, f.drew);
     EXPECT_EQ(p.reads, f.reads);
     EXPECT_EQ(p.failure, f.failure);
@@ -299,7 +301,9 @@ TEST(OtherLayouts, AreDrawnFastWhereOnlyRowsDiffer) {
             lay_out(*to, first, first + 1, first + 2, first + 3, stride, 4);
         }
         const Drawn p = draw_into(scene, DrawPath::plain, plain.fb);
+        const kernel_sets::Counted counted;
         const Drawn f = draw_into(scene, DrawPath::fast, fast.fb);
+        EXPECT_GT(counted.calls().spot, 20) << stride;
         EXPECT_TRUE(p.drew && f.drew);
         for (std::size_t i = 0; i < plain.values.size(); ++i) {
             ASSERT_NEAR(plain.values[i], fast.values[i], 1e-6) << stride;
@@ -313,7 +317,9 @@ TEST(OtherRows, AreDrawnByThePlainPath) {
         for (const int segments : {0, 3}) {
             Scene scene = scene_for_layouts(segments);
             scene.data.lines = lines;
+            const kernel_sets::Counted counted;
             expect_same_bits(scene);
+            EXPECT_EQ(counted.calls().all(), 0);
         }
     }
 }
@@ -344,10 +350,13 @@ TEST(OtherSizes, AreDrawnByThePlainPathBeyond16Bits) {
         Scene scene = default_scene(random, width, 2);
         scene.data.spot_size_x = scene.data.spot_size_y = 0.2;
         scatter_stars(scene, random, 50);
+        const kernel_sets::Counted counted;
         if (width > 32767) {
             expect_same_bits(scene);
+            EXPECT_EQ(counted.calls().all(), 0);
         } else {
             EXPECT_GT(expect_promise(scene).peak, 0);
+            EXPECT_GT(counted.calls().spot, 0);
         }
     }
 }

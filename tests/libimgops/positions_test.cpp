@@ -16,6 +16,7 @@
 
 #include "product_frame.h"
 #include "support/blobs.h"
+#include "support/path_in_use.h"
 #include "support/sky_wcs.h"
 
 namespace {
@@ -139,11 +140,14 @@ TEST(Positions, OfDrawnStarsAgree) {
             if (expected->x < 5 || expected->x > 314 || expected->y < 5 || expected->y > 174) {
                 continue;
             }
-            const auto blob = support::find_blob(product_frame({one}, settings, {camera}),
-                                                 expected->x, expected->y, 3);
-            ASSERT_TRUE(blob) << one.lon << ", " << one.lat << " seen from view " << i;
-            EXPECT_NEAR(blob->x, expected->x, bound);
-            EXPECT_NEAR(blob->y, expected->y, bound);
+            for (const DrawPath path : support::BOTH_PATHS) {
+                const auto blob = support::find_blob(product_frame({one}, settings, {camera}, path),
+                                                     expected->x, expected->y, 3);
+                ASSERT_TRUE(blob) << support::name_of(path) << ": " << one.lon << ", " << one.lat
+                                  << " seen from view " << i;
+                EXPECT_NEAR(blob->x, expected->x, bound) << support::name_of(path);
+                EXPECT_NEAR(blob->y, expected->y, bound) << support::name_of(path);
+            }
             ++judged;
         }
     }

@@ -8,6 +8,7 @@
 #include "support/catalogue.h"
 #include "support/guarded_frame.h"
 #include "support/memory_stars.h"
+#include "support/path_in_use.h"
 
 camera product_camera(const reference::Camera& from) {
     camera to;
@@ -62,7 +63,8 @@ StarRendererData product_settings(const reference::Settings& from) {
 
 support::Picture product_frame(const std::vector<reference::Star>& stars,
                                const reference::Settings& settings,
-                               const std::vector<reference::Camera>& cameras) {
+                               const std::vector<reference::Camera>& cameras, DrawPath path) {
+    const support::PathInUse in_use(path);
     std::vector<support::CatalogueStar> records;
     records.reserve(stars.size());
     for (const reference::Star& one : stars) {
@@ -78,8 +80,7 @@ support::Picture product_frame(const std::vector<reference::Star>& stars,
     support::GuardedFrame frame(settings.width, settings.height);
     const StarFramebuffer view = frame.view();
     StarRenderer renderer(data, view, input, samples);
-    bool drew = false;
-    while (renderer.render_star(drew)) {
-    }
+    bool drew = true;
+    renderer.render_stars(drew);
     return support::picture_from_argb(view.a, view.width, view.height, view.stride);
 }
