@@ -7,28 +7,57 @@ namespace {
 
 using star_kernels::Plane;
 
-/// Pixels that the frame's sides move out beyond the light: a box has one more, roundings need
-/// less.
-constexpr double MARGIN = 3.0;
+/// Pixels that the frame's sides move out beyond the light. A box has a column and a row more than
+/// its light, which is 1. Of the places on the frame, below 2^15, single precision rounds three
+/// (the star's, its light's two sides) by 2^-24 of each: 0.006. The same shares of the light's own
+/// reach are in the reach, which is a little more than the brightest star's; see `longest_reach`.
+constexpr double MARGIN = 1.1;
 
-/// The plane where `sign` x (column `c` of `m` - `limit` x column `by`) is 0.
+/// Cameras with larger numbers, or planes with smaller ones, reject nothing: the plain projection's
+/// own squares and quotients may overflow there or lose bits, and what is behind may show.
+constexpr double LARGEST_ELEMENT = 1e100;
+constexpr double SMALLEST_PLANE = 1e-100;
+
+/// Smaller offsets than this, other than 0, are beyond single precision for near stars, whose
+/// weight may be as large as its largest number.
+constexpr double SMALLEST_OFFSET = 1e-30;
+
+/// Nothing is beyond it.
+Plane nowhere() { return {0, 0, 0, 0, std::numeric_limits<float>::infinity(), 0}; }
+
+bool is_ordinary(const Matrix4<double>& m) {
+    for (int element = 0; element < 16; ++element) {
+        // False for what is not a number.
+        if (!(std::fabs(m(element / 4, element % 4)) <= LARGEST_ELEMENT)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// The plane where `sign` x (column `c` of `m` - `limit` x column `by`) is 0. Nothing is beyond one
+/// whose numbers are none.
 Plane plane_of(const Matrix4<double>& m, double sign, int c, double limit, int by) {
     double n[4];
     for (int i = 0; i < 4; ++i) {
         n[i] = sign * (m(i, c) - (limit != 0.0 ? limit * m(i, by) : 0.0));
     }
+    // The same plane at a scale where single precision is precise, whatever the camera's is.
     const double size = std::fabs(n[0]) + std::fabs(n[1]) + std::fabs(n[2]);
-    const auto tolerance = static_cast<double>(star_kernels::DIRECTION_TOLERANCE);
-    return {static_cast<float>(n[0]),
-            static_cast<float>(n[1]),
-            static_cast<float>(n[2]),
-            static_cast<float>(n[3]),
-            static_cast<float>(size * tolerance),
-            static_cast<float>(std::fabs(n[3]) * tolerance)};
+    if (size < SMALLEST_PLANE) {
+        return nowhere();
+    }
+    const double offset = n[3] / size;
+    if (offset != 0.0 && std::fabs(offset) < SMALLEST_OFFSET) {
+        return nowhere();
+    }
+    return {static_cast<float>(n[0] / size),
+            static_cast<float>(n[1] / size),
+            static_cast<float>(n[2] / size),
+            static_cast<float>(offset),
+            star_kernels::DIRECTION_TOLERANCE,
+            std::fabs(static_cast<float>(offset)) * star_kernels::DIRECTION_TOLERANCE};
 }
-
-/// Nothing is beyond it.
-Plane nowhere() { return {0, 0, 0, 0, std::numeric_limits<float>::infinity(), 0}; }
 
 }  // namespace
 
@@ -47,8 +76,9 @@ void find_planes_around_frame(const StarRendererData& data, const StarFramebuffe
 
     for (uword i = 0; i < mats.len(); ++i) {
         const Matrix4<double>& m = mats[i];
-        planes.append(plane_of(m, -1, ahead, 0, ahead));
-        if (has_sides) {
+        const bool is_known = is_ordinary(m);
+        planes.append(is_known ? plane_of(m, -1, ahead, 0, ahead) : nowhere());
+        if (is_known && has_sides) {
             planes.append(plane_of(m, -1, 0, data.window_x0 - out_x, 3));
             planes.append(plane_of(m, 1, 0, data.window_x1 + out_x, 3));
             planes.append(plane_of(m, 1, 1, data.window_y1 + out_y, 3));

@@ -1,6 +1,7 @@
 // The kernels' exponential and error function: their ends, their shape, and their error where it
-// matters. `every_argument_test.cpp` goes through all arguments.
+// matters; `every_argument_test.cpp` goes through all arguments. And how well they know directions.
 #include "kernel_bounds.h"
+#include "random_numbers.h"
 
 namespace {
 
@@ -136,6 +137,123 @@ TEST_P(EachMathSet, TakesAnyNumberOfValues) {
         for (std::size_t i = 0; i < count; ++i) {
             EXPECT_EQ(results[i], erf(*of, x[i]));
         }
+    }
+}
+
+// --- directions -------------------------------------------------------------------------------
+
+namespace {
+
+using star_kernels::Plane;
+
+/// Angles and weight of a star.
+struct Place {
+    float lon, lat, weight;
+};
+
+/// Whether `outside` has the star on the plane's far side, by more than its tolerances.
+bool is_beyond(const Kernels& of, const Plane& plane, const Place& at) {
+    // What is behind the camera is outside; its other planes are nowhere.
+    constexpr Plane NOWHERE = {0, 0, 0, 0, INF, 0};
+    const Plane planes[star_kernels::PLANES] = {plane, NOWHERE, NOWHERE, NOWHERE, NOWHERE};
+    static float lon[star_kernels::STARS_AT_ONCE];
+    static float lat[star_kernels::STARS_AT_ONCE];
+    static float weight[star_kernels::STARS_AT_ONCE];
+    static unsigned char found[star_kernels::STARS_AT_ONCE];
+    lon[0] = at.lon;
+    lat[0] = at.lat;
+    weight[0] = at.weight;
+    of.outside(lon, lat, weight, 1, planes, 1, found);
+    return found[0] != 0;
+}
+
+/// Whether the kernels know the star's side of the plane, whose tolerances are set here, to within
+/// `bound`: beyond with that much taken off, not beyond with that much more.
+bool is_known(const Kernels& of, Plane plane, const Place& at, double bound) {
+    const double lon = static_cast<double>(at.lon), lat = static_cast<double>(at.lat);
+    const double side = static_cast<double>(plane.nx) * std::cos(lat) * std::cos(lon) +
+                        static_cast<double>(plane.ny) * std::sin(lat) +
+                        static_cast<double>(plane.nz) * std::cos(lat) * std::sin(lon) +
+                        static_cast<double>(plane.nw) * static_cast<double>(at.weight);
+    plane.tolerance_w = 0;
+    plane.tolerance = std::nextafter(static_cast<float>(side - bound), -INF);
+    const bool is_above_less = is_beyond(of, plane, at);
+    plane.tolerance = std::nextafter(static_cast<float>(side + bound), INF);
+    return is_above_less && !is_beyond(of, plane, at);
+}
+
+/// Stars at larger angles, in radians, are left in.
+constexpr float LARGEST_ANGLE = 10000;
+
+}  // namespace
+
+// One coordinate at a time, the other angle 0: the bound of both functions of both angles.
+TEST_P(EachMathSet, KnowsSinesAndCosinesOfAllAnglesTo5e7) {
+    const Kernels* of = kernel_sets::to_test(GetParam());
+    if (of == nullptr) {
+        return;
+    }
+    const auto expect_known = [&](float angle) {
+        const Plane x = {1, 0, 0, 0, 0, 0}, y = {0, 1, 0, 0, 0, 0}, z = {0, 0, 1, 0, 0, 0};
+        ASSERT_TRUE(is_known(*of, x, {angle, 0, 0}, 5e-7)) << "cosine of longitude " << angle;
+        ASSERT_TRUE(is_known(*of, z, {angle, 0, 0}, 5e-7)) << "sine of longitude " << angle;
+        ASSERT_TRUE(is_known(*of, x, {0, angle, 0}, 5e-7)) << "cosine of latitude " << angle;
+        ASSERT_TRUE(is_known(*of, y, {0, angle, 0}, 5e-7)) << "sine of latitude " << angle;
+    };
+    const std::uint32_t last = std::bit_cast<std::uint32_t>(LARGEST_ANGLE) - 1;
+    for_patterns(0, last, 40009, [&](const float* x, std::size_t count) {
+        for (std::size_t i = 0; i < count && !HasFatalFailure(); ++i) {
+            expect_known(x[i]);
+            expect_known(-x[i]);
+        }
+    });
+    // Where the series are at their ends, and where they meet.
+    for (int eighth = 0; eighth < 12732 && !HasFatalFailure(); ++eighth) {
+        const auto middle = static_cast<float>(eighth * 0.78539816339744831);
+        expect_known(middle);
+        expect_known(std::nextafter(middle, INF));
+        expect_known(std::nextafter(middle, -INF));
+    }
+    expect_known(std::bit_cast<float>(last));
+}
+
+// The sum of errors that the tolerance is argued with comes to a third of it.
+TEST_P(EachMathSet, KnowsSidesOfPlanesToAThirdOfTheTolerance) {
+    const Kernels* of = kernel_sets::to_test(GetParam());
+    constexpr double BOUND = static_cast<double>(star_kernels::DIRECTION_TOLERANCE) / 3;
+    RandomNumbers random(1);
+    for (int i = 0; of != nullptr && i < 100000 && !HasFatalFailure(); ++i) {
+        Plane plane{};
+        for (float* n : {&plane.nx, &plane.ny, &plane.nz}) {
+            *n = static_cast<float>(random.between(-1, 1));
+        }
+        const double most = random.chance(0.5) ? 7 : static_cast<double>(LARGEST_ANGLE);
+        Place at{static_cast<float>(random.between(-most, most)),
+                 static_cast<float>(random.between(-most, most)), 0};
+        if (random.chance(0.5)) {
+            plane.nw = static_cast<float>(random.on_scale(1e-3, 1e3)) * (i % 4 < 2 ? 1.0F : -1.0F);
+            at.weight = static_cast<float>(random.on_scale(1e-3, 1e3));
+        }
+        const float size = std::fabs(plane.nx) + std::fabs(plane.ny) + std::fabs(plane.nz) +
+                           std::fabs(plane.nw) * at.weight;
+        ASSERT_TRUE(is_known(*of, plane, at, static_cast<double>(size) * BOUND))
+            << at.lon << " " << at.lat << " " << at.weight << ", plane " << plane.nx << " "
+            << plane.ny << " " << plane.nz << " " << plane.nw;
+    }
+}
+
+TEST_P(EachMathSet, LeavesInWhateverHasLargerAngles) {
+    const Kernels* of = kernel_sets::to_test(GetParam());
+    if (of == nullptr) {
+        return;
+    }
+    const Plane everything = {0, 0, 0, 0, -1, 0};
+    EXPECT_TRUE(is_beyond(*of, everything, {std::nextafter(LARGEST_ANGLE, 0.0F), 0, 0}));
+    for (const float angle : {LARGEST_ANGLE, 1e5F, 1e30F, INF, static_cast<float>(NAN)}) {
+        EXPECT_FALSE(is_beyond(*of, everything, {angle, 0, 0})) << angle;
+        EXPECT_FALSE(is_beyond(*of, everything, {-angle, 0, 0})) << angle;
+        EXPECT_FALSE(is_beyond(*of, everything, {0, angle, 0})) << angle;
+        EXPECT_FALSE(is_beyond(*of, everything, {0, -angle, 0})) << angle;
     }
 }
 

@@ -162,6 +162,19 @@ TEST(SpecialCameras, SeeAsThePlainPathDoes) {
     }
 }
 
+// A disk's direction is one of length 1: where squares overflow it is none, and what is behind the
+// camera is not.
+TEST(SpecialCameras, SeeWhatIsBehindAsThePlainPathDoes) {
+    for (int element = 0; element < 16; ++element) {
+        with_every_special_value([&](Scene& scene, double value) {
+            for (CatalogueStar& star : scene.stars) {
+                star.lon += 180;
+            }
+            scene.cams.back().xform(element / 4, element % 4) = value;
+        });
+    }
+}
+
 // A pinhole's picture does not depend on its matrix's scale.
 TEST(SpecialCameras, SeeAsThePlainPathDoesAtAnyScale) {
     for (const double scale : {1e-300, 1e-45, 1e-42, 1e-38, 1e-20, 1e20, 1e37, 1e45, 1e300}) {

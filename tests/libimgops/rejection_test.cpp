@@ -225,6 +225,50 @@ void add_stars_at_sides(Scene& scene, RandomNumbers& random, int count) {
     }
 }
 
+/// The same direction by other angles, or what single precision leaves of it: turned around up to
+/// the largest angles that the rejection knows, 10000 radians, and beyond.
+void wind_up(CatalogueStar& star, RandomNumbers& random) {
+    const double most = random.chance(0.5) ? 3 : 1700;
+    const auto turns = [&] { return 360 * std::floor(random.between(-most, most)); };
+    if (random.chance(0.5)) {
+        // Over the pole.
+        star.lat = 180 - star.lat;
+        star.lon += 180;
+    }
+    star.lon += turns();
+    star.lat += random.chance(0.5) ? turns() : 0;
+}
+
+/// Scales what the cameras see: a pinhole's picture stays.
+void scale_cameras(Scene& scene, double scale) {
+    for (camera& cam : scene.cams) {
+        for (int row = 0; row < 4; ++row) {
+            for (int column = 0; column < 3; ++column) {
+                cam.xform(row, column) *= scale;
+            }
+        }
+    }
+}
+
+/// Of the scene's stars, how many reach the frame and how many are left out; none may be both.
+struct Tried {
+    int reaching = 0;
+    int left_out = 0;
+};
+void expect_none_lost(Scene scene, Tried& tried) {
+    const std::vector<unsigned char>& is_rejected = rejections(scene);
+    const PlainPath plain(scene);
+    for (std::size_t k = 0; k < scene.stars.size(); ++k) {
+        const bool reaches = plain.reaches_frame(scene.stars[k]);
+        tried.reaching += reaches ? 1 : 0;
+        tried.left_out += is_rejected[k];
+        if (reaches && is_rejected[k] != 0) {
+            scene.stars = {scene.stars[k]};
+            FAIL() << describe(scene);
+        }
+    }
+}
+
 }  // namespace
 
 class Rejection : public testing::TestWithParam<unsigned> {};
@@ -232,26 +276,68 @@ class Rejection : public testing::TestWithParam<unsigned> {};
 // 16 x 250 x 512 stars.
 TEST_P(Rejection, SparesEveryStarWhoseLightReachesTheFrame) {
     RandomNumbers random(GetParam());
-    int reaching = 0;
-    int left_out = 0;
-    for (int i = 0; i < 250; ++i) {
+    Tried tried;
+    for (int i = 0; i < 250 && !HasFatalFailure(); ++i) {
         Scene scene = random_view(random);
         add_stars_at_sides(scene, random, 512);
-        const std::vector<unsigned char>& is_rejected = rejections(scene);
-        const PlainPath plain(scene);
-        for (std::size_t k = 0; k < scene.stars.size(); ++k) {
-            const bool reaches = plain.reaches_frame(scene.stars[k]);
-            reaching += reaches ? 1 : 0;
-            left_out += is_rejected[k];
-            if (reaches && is_rejected[k] != 0) {
-                scene.stars = {scene.stars[k]};
-                FAIL() << describe(scene);
-            }
-        }
+        expect_none_lost(scene, tried);
     }
     // Both sides of the boundary were tried.
-    EXPECT_GT(reaching, 20000);
-    EXPECT_GT(left_out, 5000);
+    EXPECT_GT(tried.reaching, 20000);
+    EXPECT_GT(tried.left_out, 5000);
+}
+
+TEST_P(Rejection, SparesThemAtAnglesOfManyTurns) {
+    RandomNumbers random(GetParam() + 100);
+    Tried tried;
+    for (int i = 0; i < 120 && !HasFatalFailure(); ++i) {
+        Scene scene = random_view(random);
+        add_stars_at_sides(scene, random, 512);
+        for (CatalogueStar& star : scene.stars) {
+            wind_up(star, random);
+        }
+        expect_none_lost(scene, tried);
+    }
+    EXPECT_GT(tried.reaching, 8000);
+    EXPECT_GT(tried.left_out, 2000);
+}
+
+// Down to where single precision ends, and beyond.
+TEST_P(Rejection, SparesThemInCamerasOfAnyScale) {
+    RandomNumbers random(GetParam() + 200);
+    Tried tried;
+    for (int i = 0; i < 120 && !HasFatalFailure(); ++i) {
+        Scene scene = random_view(random);
+        add_stars_at_sides(scene, random, 512);
+        scale_cameras(scene, random.on_scale(1e-47, random.chance(0.5) ? 1e-35 : 1e42));
+        expect_none_lost(scene, tried);
+    }
+    EXPECT_GT(tried.reaching, 8000);
+    EXPECT_GT(tried.left_out, 2000);
+}
+
+// Cameras hardly off the middle of the world, and stars hardly off it: weights and offsets beyond
+// single precision, whose product is not.
+TEST_P(Rejection, SparesThemAroundTheMiddleOfTheWorld) {
+    RandomNumbers random(GetParam() + 300);
+    Tried tried;
+    for (int i = 0; i < 120 && !HasFatalFailure(); ++i) {
+        Scene scene = random_view(random);
+        scene.data.use_depth = false;
+        add_stars_at_sides(scene, random, 512);
+        scene.data.use_depth = true;
+        for (camera& cam : scene.cams) {
+            for (int axis = 0; axis < 3; ++axis) {
+                cam.xform(3, axis) = random.on_scale(1e-46, 1e-36) * (random.chance(0.5) ? 1 : -1);
+            }
+            cam.near_clip = random.chance(0.5) ? 0 : random.on_scale(1e-46, 1e-36);
+        }
+        for (CatalogueStar& star : scene.stars) {
+            star.distance = random.on_scale(1e-46, 1e-36);
+        }
+        expect_none_lost(scene, tried);
+    }
+    EXPECT_GT(tried.reaching, 8000);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, Rejection, testing::Range(1U, 17U));
