@@ -8,9 +8,13 @@
 #include "support/guarded_frame.h"
 
 #include <gtest/gtest.h>
+#include <libimgops/streak.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -174,4 +178,69 @@ TEST(Batches, LeaveTheFirstLightToThePlainStreak) {
     EXPECT_EQ(frame.r(20, 15), 1.0F);
     batch.draw();
     EXPECT_EQ(frame.r(20, 15), 1.0F) << "drawn once";
+}
+
+namespace {
+
+/// Which pixels a segment visits: those whose colours its light, times coverage that is not a
+/// number, makes not numbers.
+template <class Draw>
+std::vector<bool> visited(int width, int height, Draw draw) {
+    GuardedFrame frame(width, height);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            frame.a(x, y) = std::numeric_limits<float>::quiet_NaN();
+        }
+    }
+    draw(frame);
+    std::vector<bool> found;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            found.push_back(std::isnan(frame.r(x, y)));
+        }
+    }
+    return found;
+}
+
+}  // namespace
+
+// Up to 2^40 pixels away, beyond which the plain streak draws, and past that.
+TEST(FarEnds, VisitThePixelsOfThePlainStreak) {
+    constexpr int WIDTH = 40, HEIGHT = 24;
+    const Batches batches(WIDTH, HEIGHT);
+    RandomNumbers random(7);
+    int seen[2] = {0, 0};
+    for (int i = 0; i < 20000; ++i) {
+        const double exponent = random.chance(0.5) ? random.between(38, 42) : random.between(8, 40);
+        const double length = std::exp2(exponent);
+        // Steep and flat ones among them, which come near the largest and the smallest slope.
+        const double angle = random.chance(0.5) ? random.between(0, 6.2832)
+                                                : random.whole(0, 3) * 1.5707963267948966 +
+                                                      random.on_scale(1e-12, 1e-2);
+        const double x = random.between(-20, WIDTH + 20), y = random.between(-20, HEIGHT + 20);
+        const auto at = [&](double way) {
+            return Vector2(static_cast<float>(x + way * std::cos(angle)),
+                           static_cast<float>(y + way * std::sin(angle)));
+        };
+        TestSegment segment = {at(random.chance(0.5) ? -random.between(0, 1) * length : 0),
+                               at(length), static_cast<float>(random.on_scale(1, 1e9)), 0xffffff};
+        if (random.chance(0.5)) {
+            std::swap(segment.a, segment.b);
+        }
+        const kernel_sets::Counted counted;
+        const std::vector<bool> fast =
+            visited(WIDTH, HEIGHT, [&](GuardedFrame& frame) { batches.draw(frame, {segment}); });
+        const std::vector<bool> plain = visited(WIDTH, HEIGHT, [&](GuardedFrame& frame) {
+            op_star_streak(frame.view(), segment.a, segment.b, segment.energy, Color3(1, 1, 1),
+                           SPOT_W, SPOT_H, STARS_LINES_ALL);
+        });
+        ASSERT_TRUE(fast == plain) << segment.a[0] << " " << segment.a[1] << " to " << segment.b[0]
+                                   << " " << segment.b[1] << " of " << segment.energy;
+        if (std::find(plain.begin(), plain.end(), true) != plain.end()) {
+            ++seen[counted.calls().streak > 0 ? 1 : 0];
+        }
+    }
+    // By the plain streak, and by the kernels.
+    EXPECT_GT(seen[0], 300);
+    EXPECT_GT(seen[1], 3000);
 }
