@@ -4,6 +4,7 @@
 
 #include "plain_rows.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
@@ -19,19 +20,30 @@ constexpr std::ptrdiff_t BAND_BYTES = std::ptrdiff_t{512} * 1024;
 /// The entries of a band lie scattered: each is fetched while as many others are drawn.
 constexpr u32 AHEAD = 6;
 
+/// From this many segments on, it pays to fetch a whole band before they are drawn: their rows are
+/// too short for the processor to foresee.
+constexpr u32 FEWEST_TO_FETCH = 64;
+
 /// Ends farther away than this many pixels are the plain streak's: its guards belong to it.
 constexpr float FARTHEST = 0x1p40F;
 
-/// Shorter moving segments are the plain streak's: its two error functions nearly cancel, and the
-/// last bits of any other error function would show.
-constexpr float SHORTEST_FAST_STREAK = 0.5F;
-/// So are those that move less than this many radii of the spot: with the error functions 2^-23
-/// apart from the plain ones at most, a longer one's light is within 1e-6 of its peak.
-constexpr float FEWEST_RADII = 0.25F;
+// So are those whose light in the frame is small beside what their functions are apart from the
+// plain ones: exponentials by 2^-23 of themselves and of their argument, error functions by 2^-23.
 
-/// The error function counts as 1 from here on; a little more than the kernels' own limit,
+/// Shorter ones, in pixels: the two error functions nearly cancel.
+constexpr float SHORTEST_FAST_STREAK = 0.5F;
+/// Those that move less than this many radii of the spot: a longer one's light is within 1e-6 of
+/// its peak.
+constexpr float FEWEST_RADII = 0.25F;
+/// Those of which less than this, in pixels, lies within the frame: its brightest pixel may be far
+/// from their peak. Of more, some pixel is at most half a pixel from the segment's line.
+constexpr double LEAST_IN_FRAME = 1.5;
+/// Still spots that are farther from the frame than this many radii.
+constexpr float FARTHEST_SPOT = 2.0F;
+
+/// The error function surely counts as 1 from here on: a little more than the kernels' own limit,
 /// for what the range of a run of rows is rounded.
-constexpr float ERF_IS_ONE = 3.76F;
+constexpr float ERF_IS_SURELY_ONE = 3.76F;
 
 bool is_near(const Vector2& at) {
     // False for what is not a number.
@@ -46,8 +58,43 @@ int rows_of_band(const StarFramebuffer& fb) {
     return max_of(1, static_cast<int>(BAND_BYTES / (row_bytes > 0 ? row_bytes : 1)));
 }
 
+/// Narrows the part from `from` to `to` of a line, in shares of its length, to what lies between 0
+/// and `last`. `start`, `way`: coordinate of the line's start, and from there to its end.
+void narrow(double start, double way, double last, double& from, double& to) {
+    if (way == 0) {
+        if (start < 0 || start > last) {
+            to = from;
+        }
+        return;
+    }
+    const double at_first = -start / way;
+    const double at_last = (last - start) / way;
+    from = std::max(from, std::min(at_first, at_last));
+    to = std::min(to, std::max(at_first, at_last));
+}
+
+/// How many pixels of the segment lie among the centres of the frame's pixels.
+double length_in_frame(const Vector2& a, const Vector2& b, float length,
+                       const StarFramebuffer& fb) {
+    double from = 0;
+    double to = 1;
+    for (int axis = 0; axis < 2; ++axis) {
+        const auto start = static_cast<double>(a[axis]);
+        narrow(start, static_cast<double>(b[axis]) - start, (axis == 0 ? fb.width : fb.height) - 1,
+               from, to);
+    }
+    return (to - from) * static_cast<double>(length);
+}
+
+/// How far outside 0 to `last` a coordinate lies.
+float outside(float at, int last) { return max(max(-at, at - static_cast<float>(last)), 0.0F); }
+
+bool is_in_frame(const Vector2& at, const StarFramebuffer& fb) {
+    return outside(at[0], fb.width - 1) == 0 && outside(at[1], fb.height - 1) == 0;
+}
+
 /// Whether, for all pixels of a run of rows, the streak begins long before and ends long after.
-bool are_ends_far(const star_kernels::Streak& of, float ry, int rows) {
+bool is_saturated(const star_kernels::Streak& of, float ry, int rows) {
     // Columns of the rows: those of the first and the last, and all between, since the line is
     // straight.
     float x0 = static_cast<float>(of.x0);
@@ -64,8 +111,8 @@ bool are_ends_far(const star_kernels::Streak& of, float ry, int rows) {
     const float below = of.along_y * (ry + static_cast<float>(rows));
     const float low = (left < right ? left : right) + (above < below ? above : below);
     const float high = (left > right ? left : right) + (above > below ? above : below);
-    return (of.half_way - high) * of.scale >= ERF_IS_ONE &&
-           (-of.half_way - low) * of.scale <= -ERF_IS_ONE;
+    return (of.half_way - high) * of.scale >= ERF_IS_SURELY_ONE &&
+           (-of.half_way - low) * of.scale <= -ERF_IS_SURELY_ONE;
 }
 
 }  // namespace
@@ -74,7 +121,7 @@ SegmentBatch::SegmentBatch(const StarFramebuffer& dst, const star_kernels::Kerne
                            float spot_w, float spot_h, const float* colour_tables)
     : dst_(dst),
       kernels_(kernels),
-      pixels_{dst.a, dst.stride, dst.width},
+      pixels_{dst.a, dst.stride, dst.width, true},
       spot_w_(spot_w),
       spot_h_(spot_h),
       colour_tables_(colour_tables),
@@ -83,8 +130,7 @@ SegmentBatch::SegmentBatch(const StarFramebuffer& dst, const star_kernels::Kerne
       order_(new u32[CAPACITY]),
       going_on_(new u32[CAPACITY]),
       next_going_on_(new u32[CAPACITY]),
-      band_starts_(new u32[static_cast<std::size_t>(dst.height / band_rows_) + 2]),
-      columns_(new float[static_cast<std::size_t>(dst.width) + 32]) {}
+      band_starts_(new u32[static_cast<std::size_t>(dst.height / band_rows_) + 2]) {}
 
 Color3 SegmentBatch::colour_of(u32 codes) const {
     return {colour_tables_[codes & 0xffU], colour_tables_[256U + (codes >> 8U & 0xffU)],
@@ -149,6 +195,9 @@ void SegmentBatch::draw() {
 }
 
 void SegmentBatch::draw_band(int y, u32 begin, u32 end) {
+    const bool has_many = end - begin + going_on_count_ >= FEWEST_TO_FETCH;
+    pixels_.is_covered =
+        !has_many || kernels_.fetch(pixels_, y, min_of(band_rows_, dst_.height - y));
     u32 next_count = 0;
     u32 going_on = 0;
     while (begin < end || going_on < going_on_count_) {
@@ -170,31 +219,45 @@ void SegmentBatch::draw_band(int y, u32 begin, u32 end) {
     going_on_count_ = next_count;
 }
 
+bool SegmentBatch::has_room_for_error(const Vector2& spot) const {
+    const float x = outside(spot[0], dst_.width - 1) / spot_w_;
+    const float y = outside(spot[1], dst_.height - 1) / spot_h_;
+    return x * x + y * y <= FARTHEST_SPOT * FARTHEST_SPOT;
+}
+
+bool SegmentBatch::has_room_for_error(const Vector2& a, const Vector2& b, float length,
+                                      const SweptSpot& swept) const {
+    return length >= SHORTEST_FAST_STREAK && length * swept.q * swept.scale >= FEWEST_RADII &&
+           ((is_in_frame(a, dst_) && is_in_frame(b, dst_)) ||
+            length_in_frame(a, b, length, dst_) >= LEAST_IN_FRAME);
+}
+
 void SegmentBatch::draw_rows(Entry& entry, int y0, int y1) {
     const Vector2& a = entry.a;
     const Vector2& b = entry.b;
     const Color3 colour = colour_of(entry.codes);
     const Vector2 middle = midpoint(a, b);
-    Vector2 dir = b - a;
-    const float length = dir.normalize();
-    const SweptSpot swept(dir, spot_w_, spot_h_);
-    const bool is_short =
-        length < SHORTEST_FAST_STREAK || length * swept.q * swept.scale < FEWEST_RADII;
-    if (length > SHORTEST_STREAK && is_short) {
-        const PlainSegment segment{
-            a,       b,       entry.energy,           colour,
-            spot_w_, spot_h_, reach_of(entry.energy), {entry.x0, entry.y0, entry.x1, entry.y1}};
-        draw_rows_plainly(dst_, segment, STARS_LINES_ALL, y0, y1, entry.ry, __PRETTY_FUNCTION__);
-        return;
-    }
     const star_kernels::Segment segment{middle[0], middle[1],    entry.x0,
                                         entry.x1,  entry.energy, {colour[0], colour[1], colour[2]}};
-    if (length > SHORTEST_STREAK) {
-        draw_streak(segment, entry, dir, length, swept, y0, y1);
+    if (a[0] == b[0] && a[1] == b[1]) {
+        if (has_room_for_error(a)) {
+            const star_kernels::Spot spot{segment, spot_w_ * spot_w_, spot_h_ * spot_h_};
+            entry.ry = kernels_.draw_spot(pixels_, spot, y0, y1 - y0 + 1, entry.ry);
+            return;
+        }
     } else {
-        const star_kernels::Spot spot{segment, spot_w_ * spot_w_, spot_h_ * spot_h_};
-        entry.ry = kernels_.draw_spot(pixels_, spot, y0, y1 - y0 + 1, entry.ry, &columns_[0]);
+        Vector2 dir = b - a;
+        const float length = dir.normalize();
+        const SweptSpot swept(dir, spot_w_, spot_h_);
+        if (has_room_for_error(a, b, length, swept)) {
+            draw_streak(segment, entry, dir, length, swept, y0, y1);
+            return;
+        }
     }
+    const PlainSegment plain{
+        a,       b,       entry.energy,           colour,
+        spot_w_, spot_h_, reach_of(entry.energy), {entry.x0, entry.y0, entry.x1, entry.y1}};
+    draw_rows_plainly(dst_, plain, STARS_LINES_ALL, y0, y1, entry.ry);
 }
 
 void SegmentBatch::draw_streak(const star_kernels::Segment& segment, Entry& entry,
@@ -217,6 +280,6 @@ void SegmentBatch::draw_streak(const star_kernels::Segment& segment, Entry& entr
     streak.light = swept.area * (entry.energy / length);
 
     const int rows = y1 - y0 + 1;
-    streak.ends_are_far = are_ends_far(streak, entry.ry, rows);
+    streak.is_saturated = is_saturated(streak, entry.ry, rows);
     entry.ry = kernels_.draw_streak(pixels_, streak, y0, rows, entry.ry);
 }

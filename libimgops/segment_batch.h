@@ -45,6 +45,11 @@ private:
         std::int16_t y1;
     };
 
+    /// Whether the kernels draw a still spot or a moving segment within what is promised; else the
+    /// plain code does.
+    bool has_room_for_error(const Vector2& spot) const;
+    bool has_room_for_error(const Vector2& a, const Vector2& b, float length,
+                            const SweptSpot& swept) const;
     /// `begin`, `end`: of those entries in `order_` that begin in the band whose first row is `y`.
     void draw_band(int y, u32 begin, u32 end);
     void draw_rows(Entry& entry, int y0, int y1);
@@ -68,5 +73,4 @@ private:
     scoped_array<u32> next_going_on_;
     u32 going_on_count_ = 0;
     scoped_array<u32> band_starts_;
-    scoped_array<float> columns_;
 };

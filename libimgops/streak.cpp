@@ -30,6 +30,11 @@ static_assert(FLT_EVAL_METHOD == 0, "floats must be rounded at every step");
 
 namespace {
 
+/// The function in whose name the streak fails, whoever draws its rows.
+constexpr char SIGNATURE[] =
+    "bool op_star_streak(const StarFramebuffer&, const Vector2&, const Vector2&, float, const "
+    "Color3&, float, float, op_stars_lines)";
+
 bool is_skipped(int iy, op_stars_lines lines) {
     if (lines == STARS_LINES_ALL) {
         return false;
@@ -113,7 +118,7 @@ bool add_light(const StarFramebuffer& dst, s64 at, const Color3& color, float we
 }  // namespace
 
 bool draw_rows_plainly(const StarFramebuffer& dst, const PlainSegment& segment,
-                       op_stars_lines lines, int y0, int y1, float& ry, const char* signature) {
+                       op_stars_lines lines, int y0, int y1, float& ry) {
     const auto& [a, b, energy, color, spot_w, spot_h, reach, box] = segment;
     Vector2 dir = b - a;
     const float length = dir.normalize();
@@ -125,7 +130,7 @@ bool draw_rows_plainly(const StarFramebuffer& dst, const PlainSegment& segment,
     // Offsets from the midpoint are carried from row to row and pixel to pixel by adding 1, and a
     // row ends by the carried offset: its rounding decides about the last column.
     for (int iy = y0; iy <= y1; ++iy, ry += 1.0F) {
-        STARS_ASSERT_IN(signature, __LINE__, iy >= 0 && iy < dst.height);
+        STARS_ASSERT_IN(SIGNATURE, __LINE__, iy >= 0 && iy < dst.height);
         if (is_skipped(iy, lines)) {
             continue;
         }
@@ -138,7 +143,7 @@ bool draw_rows_plainly(const StarFramebuffer& dst, const PlainSegment& segment,
         // One running place in all four channels.
         s64 at = s64{dst.pixel_stride} * ix + s64{dst.stride} * iy;
         for (; last_rx >= rx && ix < dst.width; ++ix, rx += 1.0F, at += dst.pixel_stride) {
-            STARS_ASSERT_IN(signature, __LINE__, ix >= 0 && ix < dst.width);
+            STARS_ASSERT_IN(SIGNATURE, __LINE__, ix >= 0 && ix < dst.width);
             const float coverage = dst.a[at];
             if (coverage >= 1.0F) {
                 continue;
@@ -163,5 +168,5 @@ bool op_star_streak(const StarFramebuffer& dst, const Vector2& a, const Vector2&
     box = clipped(box, dst);
     float ry = static_cast<float>(box.y0) - midpoint(a, b)[1];
     return draw_rows_plainly(dst, {a, b, energy, color, spot_w, spot_h, reach, box}, lines, box.y0,
-                             box.y1, ry, __PRETTY_FUNCTION__);
+                             box.y1, ry);
 }

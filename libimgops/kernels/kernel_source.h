@@ -4,7 +4,8 @@
 
 #include "kernels.h"
 
-#define LANES_INLINE static inline __attribute__((always_inline))
+#define LANES_MEMBER inline __attribute__((always_inline))
+#define LANES_INLINE static LANES_MEMBER
 #include KERNELS_LANES
 
 using star_kernels::Pixels;
@@ -14,7 +15,7 @@ using star_kernels::Streak;
 
 namespace {
 
-constexpr int PIXEL = 4;  ///< floats
+constexpr int PIXEL = star_kernels::FLOATS_PER_PIXEL;
 
 // --- mathematics ------------------------------------------------------------------------------
 
@@ -57,13 +58,12 @@ LANES_INLINE Exponential exponential(Floats x) {
     const Floats rounded = x * splat(1.44269504F) + splat(ROUNDER);
     const Floats n = rounded - splat(ROUNDER);
     const Floats r = (x - n * splat(0.693359375F)) + n * splat(2.12194440e-4F);
-    // (e^r - 1 - r) / r^2, minimax: off by 3e-9 of e^r.
-    Floats p = splat(0x1.6a1f5ep-10F);
-    p = p * r + splat(0x1.123a24p-7F);
-    p = p * r + splat(0x1.5558fcp-5F);
-    p = p * r + splat(0x1.555490p-3F);
-    p = p * r + splat(0x1.fffffcp-2F);
-    return {(p * (r * r) + r) + splat(1.0F), n, bits_of(rounded)};
+    // (e^r - 1 - r) / r^2, minimax: off by 5e-9 of e^r. In pairs: few steps wait for each other.
+    const Floats r2 = r * r;
+    const Floats high =
+        (splat(0x1.5558fcp-5F) + splat(0x1.123a24p-7F) * r) + splat(0x1.6a1f5ep-10F) * r2;
+    const Floats p = (splat(0x1.fffffcp-2F) + splat(0x1.555490p-3F) * r) + high * r2;
+    return {(p * r2 + r) + splat(1.0F), n, bits_of(rounded)};
 }
 
 /// e^x for x up to 0.
@@ -78,21 +78,6 @@ LANES_INLINE Floats exp_of_negative(Floats x) {
     return e.mantissa * floats_of((e.power_bits << EXPONENT_SHIFT) + splat(TOO_LARGE)) *
            splat(0x1p-64F);
 #endif
-}
-
-LANES_INLINE Floats power_of_two(Ints n) {
-    return floats_of((n << EXPONENT_SHIFT) + splat(ONE_BITS));
-}
-/// e^x for any x.
-LANES_INLINE Floats full_exp(Floats x) {
-    // Beyond these the result is 0 or infinite; what is not a number stays.
-    x = select(splat(-105.0F) > x, splat(-105.0F), x);
-    x = select(x > splat(89.0F), splat(89.0F), x);
-    const Exponential e = exponential(x);
-    // In two steps, so that only the last one rounds where numbers grow subnormal.
-    const Ints power = e.power_bits - splat(ROUNDER_BITS);
-    const Ints half = power >> 1;
-    return e.mantissa * power_of_two(half) * power_of_two(power - half);
 }
 
 /// From here on the error function counts as 1, which is 2 units in the last place off at most.
@@ -124,14 +109,13 @@ LANES_INLINE Floats erf_of(Floats x) {
     const Floats rounded = a + splat(TO_HALVES);
     const Floats d = a - (rounded - splat(TO_HALVES));
     const Ints piece = bits_of(rounded);
-    // Written out: not every compiler unrolls a loop.
-    Floats p = look_up(ERF_TABLE[6], piece);
-    p = p * d + look_up(ERF_TABLE[5], piece);
-    p = p * d + look_up(ERF_TABLE[4], piece);
-    p = p * d + look_up(ERF_TABLE[3], piece);
-    p = p * d + look_up(ERF_TABLE[2], piece);
-    p = p * d + look_up(ERF_TABLE[1], piece);
-    p = p * d + look_up(ERF_TABLE[0], piece);
+    const Floats d2 = d * d;
+    const auto pair = [&](int n) __attribute__((always_inline)) {
+        return look_up(ERF_TABLE[n], piece) + look_up(ERF_TABLE[n + 1], piece) * d;
+    };
+    const Floats high = pair(4) + look_up(ERF_TABLE[6], piece) * d2;
+    const Floats p = look_up(ERF_TABLE[0], piece) +
+                     (look_up(ERF_TABLE[1], piece) * d + (pair(2) + high * d2) * d2);
     return select(a >= splat(ERF_IS_ONE), sign_of(x), x * p);
 }
 
@@ -155,34 +139,58 @@ LANES_INLINE Ints coverage_lanes() {
     return load_ints(lanes);
 }
 
+/// `COVERED`: whether any pixel may have coverage.
+template <bool COVERED>
 LANES_INLINE Floats lit(Floats pixels, Floats weights, Floats colour) {
+    if (!COVERED) {
+        return select(coverage_lanes(), pixels, pixels + colour * weights);
+    }
     const Floats coverage = coverage_of(pixels);
     const Floats more = pixels + colour * (weights * (splat(1.0F) - coverage));
     // Coverage keeps every bit, even where the light is infinite.
     return select((coverage >= splat(1.0F)) | coverage_lanes(), pixels, more);
 }
 
-/// Adds `weights` of the colour to `n` pixels, 1 or more.
-LANES_INLINE void light(float* pixels, const float* weights, int n, Floats colour) {
+/// Weights of pixels side by side, from an array with one a pixel.
+struct PixelWeights {
+    const float* first;
+
+    /// Those of pixel `i` and the next, each on its pixel's lanes.
+    LANES_MEMBER Floats lanes(int i) const { return load_for_pixels(first + i); }
+    LANES_MEMBER float of(int i) const { return first[i]; }
+};
+
+/// The same for a row of a spot: a factor a column, on all lanes of its pixel, and one for the row.
+struct RowWeights {
+    const float* columns;
+    float row;
+
+    LANES_MEMBER Floats lanes(int i) const {
+        return load(columns + std::ptrdiff_t{PIXEL} * i) * splat(row);
+    }
+    LANES_MEMBER float of(int i) const { return columns[std::ptrdiff_t{PIXEL} * i] * row; }
+};
+
+/// Adds the colour, as much as `weights` say, to `n` pixels.
+template <bool COVERED, class Weights>
+LANES_INLINE void light(float* pixels, const Weights& weights, int n, Floats colour) {
     constexpr int AT_ONCE = LANES / PIXEL;
-    for (; n >= AT_ONCE; n -= AT_ONCE, weights += AT_ONCE, pixels += LANES) {
-        store(pixels, lit(load(pixels), load_for_pixels(weights), colour));
+    int i = 0;
+    for (; i <= n - AT_ONCE; i += AT_ONCE, pixels += LANES) {
+        store(pixels, lit<COVERED>(load(pixels), weights.lanes(i), colour));
     }
 #if LANES == 16 && defined(__AVX512F__)
-    if (n > 0) {
-        const auto lanes = static_cast<__mmask16>(0xffffU >> static_cast<unsigned>(16 - PIXEL * n));
+    if (i < n) {
+        const auto lanes =
+            static_cast<__mmask16>(0xffffU >> static_cast<unsigned>(16 - PIXEL * (n - i)));
         const Floats old = _mm512_maskz_loadu_ps(lanes, pixels);
-        _mm512_mask_storeu_ps(pixels, lanes, lit(old, load_for_pixels(weights), colour));
+        _mm512_mask_storeu_ps(pixels, lanes, lit<COVERED>(old, weights.lanes(i), colour));
     }
 #else
-    for (; n > 0; --n, ++weights, pixels += PIXEL) {
-        const float coverage = pixels[0];
-        if (coverage >= 1.0F) {
-            continue;
-        }
-        const float weight = *weights * (1.0F - coverage);
-        for (int channel = 1; channel < PIXEL; ++channel) {
-            pixels[channel] += colour[channel] * weight;
+    for (; i < n; ++i, pixels += PIXEL) {
+        const float coverage = COVERED ? pixels[0] : 0.0F;
+        if (!(coverage >= 1.0F)) {
+            add_to_pixel(pixels, weights.of(i) * (1.0F - coverage), colour);
         }
     }
 #endif
@@ -222,45 +230,74 @@ constexpr int CACHE_LINE = 16;
 /// Pixels whose weights are worked out in one go.
 constexpr int BLOCK = 256;
 
-float draw_spot(const Pixels& to, const Spot& spot, int y, int rows, float ry, float* scratch) {
-    const Floats colour = pixel_colour(spot);
-    // exp(-(x / w)^2 - (y / h)^2) is a product of one factor a column and one a row.
-    const float first = static_cast<float>(spot.x0) - spot.mid_x;
-    const float last = static_cast<float>(spot.x1) - spot.mid_x;
-    int columns = 0;
-    for (float rx = first; spot.x0 + columns < to.width;) {
-        const Floats offset = offsets(&rx);
-        const int n = count(offset <= splat(last));
-        store(scratch + columns, exp_of_negative(-(offset * offset) / splat(spot.w2)));
-        columns += n;
-        if (n < LANES) {
-            break;
-        }
+/// Factors of a spot's columns, each on all lanes of its pixel.
+struct Columns {
+    float factors[PIXEL * (BLOCK + LANES)];
+    int count;
+};
+
+/// The next columns of a spot, BLOCK or what is left up to the offset `last`. `rx`: the first
+/// one's offset, moved on behind them.
+LANES_INLINE void find_columns(float w2, float* rx, float last, int room, Columns* columns) {
+    float factors[BLOCK + LANES];
+    int n = LANES;
+    int found = 0;
+    while (n == LANES && found < BLOCK) {
+        const Floats offset = offsets(rx);
+        n = count(offset <= splat(last));
+        store(factors + found, exp_of_negative(-(offset * offset) / splat(w2)));
+        found += n;
     }
-    columns = columns < to.width - spot.x0 ? columns : to.width - spot.x0;
-    float* row = to.first + y * to.row + std::ptrdiff_t{PIXEL} * spot.x0;
-    for (int done = 0; done < rows;) {
-        const Floats offset = offsets(&ry);
-        float peak[LANES];
-        store(peak, exp_of_negative(-(offset * offset) / splat(spot.h2)) * splat(spot.energy));
+    columns->count = found < room ? found : room;
+    for (int i = 0; i < columns->count; i += LANES / PIXEL) {
+        store(columns->factors + std::ptrdiff_t{PIXEL} * i, load_for_pixels(factors + i));
+    }
+}
+
+/// Draws `columns` of `rows` rows from `row` on; returns the offset `ry` behind the last.
+template <bool COVERED>
+LANES_INLINE float draw_columns(const Pixels& to, const Spot& spot, const Columns& columns,
+                                float* row, int rows, float ry) {
+    const Floats colour = pixel_colour(spot);
+    for (int done = 0; done < rows; done += LANES) {
+        float rest = ry;
+        const Floats offset = offsets(&rest);
+        float peaks[LANES];
+        store(peaks, exp_of_negative(-(offset * offset) / splat(spot.h2)) * splat(spot.energy));
         const int now = rows - done < LANES ? rows - done : LANES;
         for (int k = 0; k < now; ++k, row += to.row) {
-            for (int x = 0; x < columns; x += LANES) {
-                float weights[LANES];
-                store(weights, load(scratch + x) * splat(peak[k]));
-                light(row + std::ptrdiff_t{PIXEL} * x, weights,
-                      columns - x < LANES ? columns - x : LANES, colour);
-            }
+            light<COVERED>(row, RowWeights{columns.factors, peaks[k]}, columns.count, colour);
         }
-        done += now;
         if (now < LANES) {
-            float lanes[LANES + 1];
+            float lanes[LANES];
             store(lanes, offset);
-            lanes[LANES] = ry;
             return lanes[now];
         }
+        ry = rest;
     }
     return ry;
+}
+
+template <bool COVERED>
+LANES_INLINE float draw_spot_rows(const Pixels& to, const Spot& spot, int y, int rows, float ry) {
+    // exp(-(x / w)^2 - (y / h)^2) is a product of one factor a column and one a row.
+    float rx = static_cast<float>(spot.x0) - spot.mid_x;
+    const float last = static_cast<float>(spot.x1) - spot.mid_x;
+    Columns columns;
+    float after = ry;
+    int x = spot.x0;
+    do {
+        find_columns(spot.w2, &rx, last, to.width - x, &columns);
+        float* first = to.first + y * to.row + std::ptrdiff_t{PIXEL} * x;
+        after = draw_columns<COVERED>(to, spot, columns, first, rows, ry);
+        x += columns.count;
+    } while (columns.count == BLOCK);
+    return after;
+}
+
+float draw_spot(const Pixels& to, const Spot& spot, int y, int rows, float ry) {
+    return to.is_covered ? draw_spot_rows<true>(to, spot, y, rows, ry)
+                         : draw_spot_rows<false>(to, spot, y, rows, ry);
 }
 
 /// Where the rows of a streak begin and end.
@@ -308,41 +345,50 @@ struct Block {
     int pieces = 0;
 };
 
-/// How the error functions of a streak's ends stand in a block.
-enum class Ends { both, settled };
+/// How many of a streak's two error functions there are to work out; any other is 1 or -1.
+enum class Ends { none, nearer, both };
 
 template <Ends ENDS>
-LANES_INLINE void weigh(const Streak& of, float per_q, Block* block) {
-    const float light = ENDS == Ends::settled ? 2.0F * of.light : of.light;
+LANES_INLINE void weigh(const Streak& of, Block* block) {
+    const float per_q = -1.0F / of.q;
+    // What is read beyond it.
+    store(block->rx + block->used, splat(0.0F));
+    store(block->ry + block->used, splat(0.0F));
+    store(block->weights + block->used, splat(0.0F));
+    const float light = ENDS == Ends::none ? 2.0F * of.light : of.light;
     for (int i = 0; i < block->used; i += LANES) {
         const Floats rx = load(block->rx + i);
         const Floats ry = load(block->ry + i);
         const Floats u = splat(of.dir_y) * rx - splat(of.dir_x) * ry;
         Floats weight = exp_of_negative((u * u) * splat(per_q));
-        if (ENDS == Ends::both) {
+        if (ENDS != Ends::none) {
             const Floats v = splat(of.along_x) * rx + splat(of.along_y) * ry;
-            weight = weight * (erf_of((splat(of.half_way) - v) * splat(of.scale)) -
-                               erf_of((splat(-of.half_way) - v) * splat(of.scale)));
+            weight =
+                weight *
+                (ENDS == Ends::nearer
+                     ? splat(1.0F) + erf_of((splat(of.half_way) - absolute(v)) * splat(of.scale))
+                     : erf_of((splat(of.half_way) - v) * splat(of.scale)) -
+                           erf_of((splat(-of.half_way) - v) * splat(of.scale)));
         }
         store(block->weights + i, weight * splat(light));
     }
 }
 
-template <Ends ENDS>
-LANES_INLINE void flush(const Streak& of, float per_q, Floats colour, Block* block) {
-    weigh<ENDS>(of, per_q, block);
+/// Lights what is in the block and empties it.
+template <Ends ENDS, bool COVERED>
+LANES_INLINE void flush(const Streak& of, Block* block) {
+    weigh<ENDS>(of, block);
+    const Floats colour = pixel_colour(of);
     const float* weights = block->weights;
     for (int i = 0; i < block->pieces; ++i) {
-        light(block->pixels[i], weights, block->counts[i], colour);
+        light<COVERED>(block->pixels[i], PixelWeights{weights}, block->counts[i], colour);
         weights += block->counts[i];
     }
     block->used = block->pieces = 0;
 }
 
-template <Ends ENDS>
+template <Ends ENDS, bool COVERED>
 LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int rows, float ry) {
-    const Floats colour = pixel_colour(streak);
-    const float per_q = -1.0F / streak.q;
     float* row = to.first + y * to.row;
     Block block;
     for (int done = 0; done < rows; done += LANES) {
@@ -358,7 +404,7 @@ LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int 
             bool is_new = true;
             while (room > 0) {
                 if (block.used > BLOCK - LANES) {
-                    flush<ENDS>(streak, per_q, colour, &block);
+                    flush<ENDS, COVERED>(streak, &block);
                     is_new = true;
                 }
                 const Floats offset = offsets(&rx);
@@ -393,15 +439,46 @@ LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int 
         }
         ry = rest;
     }
-    flush<ENDS>(streak, per_q, colour, &block);
+    flush<ENDS, COVERED>(streak, &block);
     return ry;
 }
 
+template <Ends ENDS>
+LANES_INLINE float draw_with(const Pixels& to, const Streak& streak, int y, int rows, float ry) {
+    return to.is_covered ? draw_rows<ENDS, true>(to, streak, y, rows, ry)
+                         : draw_rows<ENDS, false>(to, streak, y, rows, ry);
+}
+
 float draw_streak(const Pixels& to, const Streak& streak, int y, int rows, float ry) {
-    if (streak.ends_are_far) {
-        return draw_rows<Ends::settled>(to, streak, y, rows, ry);
+    if (streak.is_saturated) {
+        return draw_with<Ends::none>(to, streak, y, rows, ry);
     }
-    return draw_rows<Ends::both>(to, streak, y, rows, ry);
+    // From the middle of the streak on, the farther end's error function is 1.
+    if (streak.half_way * streak.scale >= ERF_IS_ONE) {
+        return draw_with<Ends::nearer>(to, streak, y, rows, ry);
+    }
+    return draw_with<Ends::both>(to, streak, y, rows, ry);
+}
+
+bool fetch(const Pixels& to, int y, int rows) {
+    const Ints colours = coverage_lanes() ^ splat(-1);
+    Ints uncovered = splat(-1);
+    float* row = to.first + y * to.row;
+    for (int i = 0; i < rows; ++i, row += to.row) {
+        int x = 0;
+        for (; x <= PIXEL * to.width - CACHE_LINE; x += CACHE_LINE) {
+            for (int k = 0; k < CACHE_LINE; k += LANES) {
+                uncovered = uncovered & (colours | (absolute(load(row + x + k)) <= splat(0.0F)));
+            }
+            // What was only read would have to be asked for once more.
+            volatile float* touched = row + x;
+            *touched = row[x];
+        }
+        for (; x < PIXEL * to.width; x += PIXEL) {
+            uncovered = uncovered & splat(row[x] == 0.0F ? -1 : 0);
+        }
+    }
+    return any(uncovered ^ splat(-1));
 }
 
 // --- stars outside the frame ------------------------------------------------------------------
@@ -472,6 +549,8 @@ LANES_INLINE Ints outside_all(const star_kernels::Plane* planes, int samples, Fl
 void outside(const float* lon, const float* lat, const float* weight, int count,
              const star_kernels::Plane* planes, int samples, unsigned char* is_outside) {
     constexpr float LARGEST_ANGLE = 10000.0F;
+    // Nearer stars may have no length even in double precision.
+    constexpr float LARGEST_WEIGHT = 1e30F;
     for (int i = 0; i < count; i += LANES) {
         const Floats longitude = load(lon + i);
         const Floats latitude = load(lat + i);
@@ -482,7 +561,8 @@ void outside(const float* lon, const float* lat, const float* weight, int count,
         const Floats y = of_lat.sine;
         const Floats z = of_lat.cosine * of_lon.sine;
         const Ints known = (absolute(longitude) < splat(LARGEST_ANGLE)) &
-                           (absolute(latitude) < splat(LARGEST_ANGLE));
+                           (absolute(latitude) < splat(LARGEST_ANGLE)) &
+                           (w < splat(LARGEST_WEIGHT));
         const unsigned mask = mask_of(
             known & (any(w > splat(0.0F)) ? outside_all<true>(planes, samples, x, y, z, w)
                                           : outside_all<false>(planes, samples, x, y, z, w)));
@@ -549,15 +629,7 @@ LANES_INLINE void for_all(const float* x, float* result, std::size_t count, Func
     }
 }
 void exp_of_all(const float* x, float* result, std::size_t count) {
-    // Each half of the numbers by the code that draws or would draw with it; the other is given 0,
-    // whose e^0 is exactly 1. Neither is given what is not a number, of which integers overflow.
-    for_all(x, result, count, [](Floats lanes) {
-        const Floats zero = splat(0.0F);
-        const Ints is_number = (lanes >= zero) | (lanes <= zero);
-        const Floats above = select(lanes > zero, lanes, zero);
-        const Floats below = select(zero > lanes, lanes, zero);
-        return select(is_number, full_exp(above) * exp_of_negative(below), lanes);
-    });
+    for_all(x, result, count, [](Floats lanes) { return exp_of_negative(lanes); });
 }
 void erf_of_all(const float* x, float* result, std::size_t count) {
     for_all(x, result, count, [](Floats lanes) { return erf_of(lanes); });
@@ -568,7 +640,7 @@ void erf_of_all(const float* x, float* result, std::size_t count) {
 namespace star_kernels {
 
 extern const Kernels KERNELS_TABLE;
-const Kernels KERNELS_TABLE = {KERNELS_NAME, LANES,      draw_spot,  draw_streak, outside,
-                               to_8_bits,    to_16_bits, exp_of_all, erf_of_all};
+const Kernels KERNELS_TABLE = {KERNELS_NAME, LANES,     draw_spot,  draw_streak, fetch,
+                               outside,      to_8_bits, to_16_bits, exp_of_all,  erf_of_all};
 
 }  // namespace star_kernels

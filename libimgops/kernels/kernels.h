@@ -14,14 +14,12 @@ namespace star_kernels {
 /// Of the images that kernels know: coverage, red, green, blue.
 inline constexpr int FLOATS_PER_PIXEL = 4;
 
-/// No set has more floats at once.
-inline constexpr int MOST_LANES = 16;
-
 /// Rows of such an image.
 struct Pixels {
     float* first;        ///< coverage of pixel (0, 0)
     std::ptrdiff_t row;  ///< floats from one row to the next
     int width;           ///< pixels
+    bool is_covered;     ///< else all coverage is 0 in the rows to draw
 };
 
 /// What a spot or a streak needs beyond its rows; all of the plain streak's constants.
@@ -49,7 +47,7 @@ struct Streak : Segment {
     float scale;             ///< 1 / (spot_w spot_h sqrt q)
     float light;             ///< sqrt(pi) / 2 spot_w spot_h / sqrt q x energy / length
     /// Both ends are so far from the rows to draw that the two error functions are 1 and -1.
-    bool ends_are_far;
+    bool is_saturated;
 };
 
 /// A plane of the homogeneous space around a camera. The point (x, y, z, w) is surely on its far
@@ -84,12 +82,13 @@ struct Kernels {
     int lanes;  ///< floats handled at once
 
     /// Adds `rows` rows of the spot from row `y` on. `ry`: that row's offset from the midpoint as
-    /// the plain streak carries it; returns it for the row after the last. `scratch`: at least the
-    /// frame's width and MOST_LANES more floats.
-    float (*draw_spot)(const Pixels& to, const Spot& spot, int y, int rows, float ry,
-                       float* scratch);
+    /// the plain streak carries it; returns it for the row after the last.
+    float (*draw_spot)(const Pixels& to, const Spot& spot, int y, int rows, float ry);
     /// The same for a streak.
     float (*draw_streak)(const Pixels& to, const Streak& streak, int y, int rows, float ry);
+    /// Brings rows into the caches, ready to be written, and says whether any pixel of theirs has
+    /// coverage. They stay as they are.
+    bool (*fetch)(const Pixels& to, int y, int rows);
 
     /// Which stars surely leave no light: for all `samples` cameras behind, or for all of them
     /// ahead and beyond the same side of the frame. `lon`, `lat`: radians; `weight`: homogeneous
@@ -103,8 +102,8 @@ struct Kernels {
     /// `count` pixels to codes 0 to 32768, coverage full.
     void (*to_16_bits)(const float* pixels, void* codes, std::size_t count);
 
-    /// exp and erf of `count` values. At most 1 and 2 units in the last place from the correctly
-    /// rounded value; 0 and infinity where that is what rounds; not a number for what is none.
+    /// e^x, for numbers up to 0, and erf of `count` values. At most 1 and 2 units in the last place
+    /// from the correctly rounded value; what is not a number has an erf that is none.
     void (*exp)(const float* x, float* result, std::size_t count);
     void (*erf)(const float* x, float* result, std::size_t count);
 };

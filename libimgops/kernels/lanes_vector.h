@@ -106,6 +106,17 @@ LANES_INLINE Floats coverage_of(Floats pixels) {
     return __builtin_shufflevector(pixels, pixels, LANES_OF_PIXELS(0, 4, 8, 12));
 }
 
+/// Adds `weight` of the colour on the first four lanes of `colour` to a pixel.
+LANES_INLINE void add_to_pixel(float* pixel, float weight, Floats colour) {
+    typedef float Pixel __attribute__((vector_size(16)));
+    Pixel old;
+    std::memcpy(&old, pixel, sizeof old);
+    const Pixel more = old + __builtin_shufflevector(colour, colour, 0, 1, 2, 3) * weight;
+    // Coverage keeps every bit, even where the light is infinite.
+    const Pixel lit = __builtin_shufflevector(old, more, 0, 5, 6, 7);
+    std::memcpy(pixel, &lit, sizeof lit);
+}
+
 /// The low 8 or 16 bits of each lane, one after the other. Any alignment.
 template <class Part>
 LANES_INLINE void store_low_parts(void* to, Ints lanes) {

@@ -51,17 +51,11 @@ TEST_P(EachMathSet, KnowsTheEndsOfExp) {
     }
     EXPECT_EQ(exp(*of, 0.0F), 1.0F);
     EXPECT_EQ(exp(*of, -0.0F), 1.0F);
-    EXPECT_EQ(exp(*of, INF), INF);
     EXPECT_EQ(exp(*of, -INF), 0.0F);
     EXPECT_FALSE(std::signbit(exp(*of, -INF)));
-    EXPECT_TRUE(std::isnan(exp(*of, NAN)));
-    EXPECT_TRUE(std::isnan(exp(*of, -NAN)));
     // ln of the smallest number is -103.28; half of it rounds to 0.
     EXPECT_EQ(exp(*of, -103.0F), 0x1p-149F);
     EXPECT_EQ(exp(*of, -104.0F), 0.0F);
-    // ln of the largest is 88.7228.
-    EXPECT_LT(exp(*of, 88.72F), INF);
-    EXPECT_EQ(exp(*of, 88.73F), INF);
 }
 
 TEST_P(EachMathSet, KnowsTheEndsOfErf) {
@@ -106,10 +100,18 @@ TEST_P(EachMathSet, NeverFallsByMoreThanItsBound) {
         return;
     }
     for (const Bounded& function : BOUNDS) {
-        std::vector<float> results(BLOCK);
-        float highest = 0;
+        std::vector<float> results(BLOCK), negated(BLOCK);
+        float highest = -INF;
         for_patterns(0, 0x42b20000U, 997, [&](const float* x, std::size_t count) {
-            (of->*function.function)(x, results.data(), count);
+            const auto negate = [](float value) { return -value; };
+            if (function.takes_up_to_0) {
+                // Backwards: -exp(-x) never falls either.
+                std::transform(x, x + count, negated.begin(), negate);
+                (of->*function.function)(negated.data(), results.data(), count);
+                std::transform(results.begin(), results.end(), results.begin(), negate);
+            } else {
+                (of->*function.function)(x, results.data(), count);
+            }
             for (std::size_t i = 0; i < count; ++i) {
                 ASSERT_LE(rank(highest) - rank(results[i]), 2 * function.bound)
                     << function.name << " at " << x[i];
@@ -125,7 +127,7 @@ TEST_P(EachMathSet, TakesAnyNumberOfValues) {
     for (std::size_t count = 0; of != nullptr && count < 70; ++count) {
         std::vector<float> x(count), results(count + 1, 7.0F);
         for (std::size_t i = 0; i < count; ++i) {
-            x[i] = static_cast<float>(i) / 16 - 2;
+            x[i] = static_cast<float>(i) / 16 - 5;
         }
         of->exp(x.data(), results.data(), count);
         EXPECT_EQ(results[count], 7.0F);

@@ -32,6 +32,7 @@ const Kernels& recording_set() {
         judge.lanes,
         judge.draw_spot,
         judge.draw_streak,
+        judge.fetch,
         [](const float* lon, const float* lat, const float* weight, int count,
            const star_kernels::Plane* planes, int samples, unsigned char* is_outside) {
             judge.outside(lon, lat, weight, count, planes, samples, is_outside);

@@ -1,5 +1,6 @@
-// Batches of segments: every pixel receives its light in the order in which segments came, whatever
-// bands and batches they are drawn in.
+// Batches of segments: each visits the pixels that the plain streak visits, with its light; and
+// every pixel receives its light in the order in which segments came, whatever bands and batches
+// they are drawn in.
 #include "segment_batch.h"
 
 #include "kernels/kernel_sets.h"
@@ -14,6 +15,8 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <sstream>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -158,6 +161,137 @@ TEST(Batches, AddUpInOrderFromOneToTheNext) { expect_sums_in_order(40, 30, 300, 
 TEST(Batches, AddUpInOrderFromOneToTheNextOverManyBands) {
     expect_sums_in_order(1000, 100, 50, 90000, 3, 6);
 }
+
+// --- single segments --------------------------------------------------------------------------
+
+namespace {
+
+/// A segment and its frame.
+struct Alone {
+    int width, height;
+    float spot_w, spot_h;
+    Vector2 a, b;
+    float energy;
+    float coverage = 0;
+
+    GuardedFrame drawn(bool plainly) const {
+        GuardedFrame frame(width, height);
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                frame.a(x, y) = coverage;
+            }
+        }
+        const StarFramebuffer fb = frame.view();
+        if (plainly) {
+            op_star_streak(fb, a, b, energy, {0.5F, 1, 0.25F}, spot_w, spot_h, STARS_LINES_ALL);
+            return frame;
+        }
+        float colours[3 * 256] = {};
+        colours[1] = 0.5F;
+        colours[256 + 2] = 1;
+        colours[512 + 3] = 0.25F;
+        SegmentBatch batch(fb, *star_kernels::in_use(), spot_w, spot_h, colours);
+        bool drew = true;
+        if (reach_of(energy) >= 0) {
+            batch.add(a, b, energy, reach_of(energy), 0x030201, drew);
+        }
+        batch.draw();
+        return frame;
+    }
+    std::string text() const {
+        std::ostringstream out;
+        out.precision(9);
+        out << a[0] << "," << a[1] << " to " << b[0] << "," << b[1] << ", energy " << energy
+            << ", spot " << spot_w << " x " << spot_h << ", frame " << width << " x " << height;
+        return out.str();
+    }
+};
+
+/// How the fast picture differs, in parts of the plain one's brightest pixel.
+double expect_alike(const Alone& segment) {
+    GuardedFrame plain = segment.drawn(true);
+    GuardedFrame fast = segment.drawn(false);
+    double worst = 0;
+    double peak = 0;
+    for (int y = 0; y < segment.height; ++y) {
+        for (int x = 0; x < segment.width; ++x) {
+            peak = std::max(peak, static_cast<double>(plain.g(x, y)));
+            worst = std::max(worst, std::fabs(static_cast<double>(plain.g(x, y)) -
+                                              static_cast<double>(fast.g(x, y))));
+        }
+    }
+    EXPECT_LE(worst, 1e-6 * peak) << segment.text();
+    // Coverage that is not a number shows on every pixel that is visited, lit or not.
+    Alone marked = segment;
+    marked.coverage = std::numeric_limits<float>::quiet_NaN();
+    plain = marked.drawn(true);
+    fast = marked.drawn(false);
+    int apart = 0;
+    for (int y = 0; y < segment.height; ++y) {
+        for (int x = 0; x < segment.width; ++x) {
+            apart += std::isnan(plain.g(x, y)) != std::isnan(fast.g(x, y)) ? 1 : 0;
+        }
+    }
+    EXPECT_EQ(apart, 0) << "pixels visited by one only: " << segment.text();
+    return peak;
+}
+
+Alone random_alone(RandomNumbers& random) {
+    Alone segment{};
+    segment.width = random.whole(1, 40);
+    segment.height = random.whole(1, 40);
+    segment.spot_w = static_cast<float>(random.on_scale(1, 6));
+    segment.spot_h =
+        random.chance(0.5) ? segment.spot_w : static_cast<float>(random.on_scale(1, 6));
+    segment.energy = static_cast<float>(random.on_scale(1.7e-4, 4e4));
+    return segment;
+}
+
+}  // namespace
+
+// A segment that hardly moves has a still spot's light, on the rows and columns of a line.
+TEST(SingleSegments, VisitAndLightAsThePlainStreakWhenTheyHardlyMove) {
+    RandomNumbers random(11);
+    int lit = 0;
+    for (int i = 0; i < 20000; ++i) {
+        Alone segment = random_alone(random);
+        // Near the origin, where single precision tells such places apart.
+        segment.a = Vector2(static_cast<float>(random.between(-2, 16)),
+                            static_cast<float>(random.between(-2, 16)));
+        const double length = random.on_scale(1e-7, 1e-3);
+        const double angle = random.between(0, 6.2832);
+        segment.b = Vector2(segment.a[0] + static_cast<float>(length * std::cos(angle)),
+                            segment.a[1] + static_cast<float>(length * std::sin(angle)));
+        lit += expect_alike(segment) > 0 ? 1 : 0;
+        if (HasFailure()) {
+            return;
+        }
+    }
+    EXPECT_GT(lit, 10000);
+}
+
+// Bright ends of segments whose middle lies outside: their light falls off so far towards the frame
+// that the last bits of the error functions show.
+TEST(SingleSegments, KeepTheBoundWhereOnlyTheirEndsAreSeen) {
+    RandomNumbers random(12);
+    int lit = 0;
+    for (int i = 0; i < 30000; ++i) {
+        Alone segment = random_alone(random);
+        segment.a = Vector2(static_cast<float>(random.between(-12, segment.width + 12)),
+                            static_cast<float>(random.between(-12, segment.height + 12)));
+        const double length = random.on_scale(0.3, 40);
+        const double angle = random.between(0, 6.2832);
+        segment.b = Vector2(segment.a[0] + static_cast<float>(length * std::cos(angle)),
+                            segment.a[1] + static_cast<float>(length * std::sin(angle)));
+        lit += expect_alike(segment) > 0 ? 1 : 0;
+        if (HasFailure()) {
+            return;
+        }
+    }
+    EXPECT_GT(lit, 10000);
+}
+
+// --- the first light --------------------------------------------------------------------------
 
 // Until the frame has light the plain streak draws, and says when that is.
 TEST(Batches, LeaveTheFirstLightToThePlainStreak) {

@@ -45,9 +45,9 @@ const star_kernels::Kernels* counting_set() {
     set = *worker;
     set.name = "counting";
     set.draw_spot = [](const star_kernels::Pixels& to, const star_kernels::Spot& spot, int y,
-                       int rows, float ry, float* scratch) {
+                       int rows, float ry) {
         ++counts.spot;
-        return worker->draw_spot(to, spot, y, rows, ry, scratch);
+        return worker->draw_spot(to, spot, y, rows, ry);
     };
     set.draw_streak = [](const star_kernels::Pixels& to, const star_kernels::Streak& streak, int y,
                          int rows, float ry) {

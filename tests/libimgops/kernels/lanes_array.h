@@ -125,6 +125,13 @@ inline Floats coverage_of(const Floats& pixels) {
     return each<Floats>([&](int k) { return pixels[k / 4 * 4]; });
 }
 
+/// Adds `weight` of the colour on the first four lanes of `colour` to a pixel.
+inline void add_to_pixel(float* pixel, float weight, const Floats& colour) {
+    for (int channel = 1; channel < 4; ++channel) {
+        pixel[channel] += colour[channel] * weight;
+    }
+}
+
 /// The low 8 or 16 bits of each lane, one after the other. Any alignment.
 template <class Part>
 inline void store_low_parts(void* to, const Ints& lanes) {
