@@ -1,22 +1,26 @@
 #include "fast_frame.h"
 
+#include <base/exceptions.h>
 #include <libimgops/byte_order.h>
 #include <libimgops/projection.h>
 
+#include "kernels/choice.h"
+#include "star_segments.h"
 #include "star_shading.h"
 #include "visibility.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <new>
 
 namespace {
 
+using star_kernels::FLOATS_PER_PIXEL;
 using star_kernels::STARS_AT_ONCE;
 
 constexpr int COLOURS = 3;
 constexpr int CODES = 256;
-constexpr int FLOATS_PER_PIXEL = 4;
 /// Rows and columns are kept in 16 bits.
 constexpr int LARGEST_SIZE = std::numeric_limits<std::int16_t>::max();
 
@@ -42,6 +46,17 @@ bool is_finite(const Color3& colour) {
     return std::isfinite(colour[0]) && std::isfinite(colour[1]) && std::isfinite(colour[2]);
 }
 
+/// Whether the frame and its settings are ones that this path can draw.
+bool can_draw(const StarRendererData& data, const StarFramebuffer& fb) {
+    const bool is_known =
+        data.projection == Persp || data.projection == HemiSph || data.projection == AzEqu;
+    // Colours between these two lie between them.
+    const bool has_colours =
+        is_finite(shaped_colour(0, 0, 0, data)) && is_finite(shaped_colour(255, 255, 255, data));
+    return is_known && has_colours && data.lines == STARS_LINES_ALL && is_interleaved(fb) &&
+           fb.width > 0 && fb.height > 0 && fb.width <= LARGEST_SIZE && fb.height <= LARGEST_SIZE;
+}
+
 }  // namespace
 
 struct FastFrame::Gathered {
@@ -53,14 +68,18 @@ struct FastFrame::Gathered {
     int count = 0;
 };
 
-bool FastFrame::can_draw(const StarRendererData& data, const StarFramebuffer& fb) {
-    const bool is_known =
-        data.projection == Persp || data.projection == HemiSph || data.projection == AzEqu;
-    // Colours between these two lie between them.
-    const bool has_colours =
-        is_finite(shaped_colour(0, 0, 0, data)) && is_finite(shaped_colour(255, 255, 255, data));
-    return is_known && has_colours && data.lines == STARS_LINES_ALL && is_interleaved(fb) &&
-           fb.width > 0 && fb.height > 0 && fb.width <= LARGEST_SIZE && fb.height <= LARGEST_SIZE;
+FastFrame* FastFrame::of(const StarRendererData& data, StarRenderer::PrivateData& priv) {
+    const star_kernels::Kernels* kernels = star_kernels::of_draw_path();
+    if (kernels == nullptr || !can_draw(data, priv.fb)) {
+        return nullptr;
+    }
+    try {
+        return new FastFrame(data, priv, *kernels);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    } catch (const Xception&) {
+        return nullptr;  // no memory for an array
+    }
 }
 
 FastFrame::FastFrame(const StarRendererData& data, StarRenderer::PrivateData& priv,
@@ -98,7 +117,7 @@ void FastFrame::draw(bool& drew) {
         const u32 left = nstars - priv_.index;
         const u32 room = static_cast<u32>(STARS_AT_ONCE - stars.count);
         u32 count = left < room ? left : room;
-        const star* records = priv_.input.next_in_row(count);
+        const star* records = next_in_row(count, stars, drew);
         priv_.index += count;
         gather(records, count, stars);
         if (stars.count == STARS_AT_ONCE) {
@@ -107,6 +126,16 @@ void FastFrame::draw(bool& drew) {
     }
     draw_gathered(stars, drew);
     batch_.draw();
+}
+
+const star* FastFrame::next_in_row(u32& count, Gathered& stars, bool& drew) {
+    try {
+        return priv_.input.next_in_row(count);
+    } catch (...) {
+        draw_gathered(stars, drew);
+        batch_.draw();
+        throw;
+    }
 }
 
 void FastFrame::gather(const star* records, u32 count, Gathered& stars) const {
@@ -134,10 +163,25 @@ void FastFrame::draw_gathered(Gathered& stars, bool& drew) {
                      static_cast<int>(priv_.mats.len()), stars.is_outside);
     for (int i = 0; i < stars.count; ++i) {
         if (stars.is_outside[i] == 0) {
-            draw_star(*stars.records[i], drew);
+            bool lit = drew;
+            try {
+                draw_star(*stars.records[i], lit);
+            } catch (...) {
+                go_back_behind(stars.records[i]);
+                throw;
+            }
+            drew = lit;
         }
     }
     stars.count = 0;
+}
+
+void FastFrame::go_back_behind(const star* s) {
+    priv_.input.reset();
+    priv_.index = 0;
+    while (priv_.input.next() != s) {
+        ++priv_.index;
+    }
 }
 
 void FastFrame::draw_star(const star& s, bool& drew) {
@@ -158,23 +202,9 @@ void FastFrame::draw_star(const star& s, bool& drew) {
     }
     const u32 codes = u32{s.r} | u32{s.g} << 8U | u32{s.b} << 16U;
 
-    Vector2 from;
-    bool from_visible = project(0, from);
-    const uword samples = priv_.mats.len();
-    if (samples == 1) {
-        if (from_visible) {
-            batch_.add(from, from, energy, reach, codes, drew);
-        }
-        return;
-    }
-    for (uword sample = 1; sample < samples; ++sample) {
-        Vector2 to;
-        const bool to_visible = project(sample, to);
-        // One visible end is enough, as in the plain path.
-        if (to_visible || from_visible) {
-            batch_.add(from, to, energy, reach, codes, drew);
-        }
-        from = to;
-        from_visible = to_visible;
-    }
+    const auto draw = [&](const Vector2& from, const Vector2& to) {
+        batch_.add(from, to, energy, reach, codes, drew);
+        return drew;
+    };
+    draw_segments(priv_.mats.len(), project, draw);
 }

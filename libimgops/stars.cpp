@@ -3,7 +3,6 @@
 #include <libimgops/renderer.h>
 
 #include "fast_frame.h"
-#include "kernels/choice.h"
 #include "renderer_private.h"
 #include "stars_source.h"
 
@@ -76,9 +75,9 @@ bool StarRenderer::render_star(bool& drew) {
 }
 
 void StarRenderer::render_stars(bool& drew) {
-    const star_kernels::Kernels* kernels = star_kernels::of_draw_path();
-    if (kernels != nullptr && FastFrame::can_draw(data, priv->fb)) {
-        FastFrame(data, *priv, *kernels).draw(drew);
+    const scoped_ptr<FastFrame> fast(FastFrame::of(data, *priv));
+    if (fast) {
+        fast->draw(drew);
         return;
     }
     while (render_star(drew)) {

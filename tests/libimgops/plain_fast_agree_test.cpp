@@ -68,7 +68,7 @@ TEST_P(RandomStars, VisitTheSamePixelsOneByOne) {
         visits += std::find(plain.begin(), plain.end(), true) != plain.end() ? 1 : 0;
     }
     EXPECT_GE(visits, 30);
-    EXPECT_GE(by_kernels, 30);
+    EXPECT_GE(by_kernels, 20);
 }
 
 // Nothing at all is added to a pixel of -0 unless it is visited: -0 + 0 is 0. Unlike the other
@@ -95,7 +95,7 @@ TEST_P(RandomStars, LeaveMinusZeroWhereTheyDoNotPass) {
             }
         }
     }
-    EXPECT_GE(by_kernels, 30);
+    EXPECT_GE(by_kernels, 20);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomStars, testing::Range(1U, 9U));

@@ -191,6 +191,43 @@ TEST(SpecialCameras, SeeAsThePlainPathDoesAtAnyScale) {
     }
 }
 
+// Where planes around the frame leave single precision, as a whole or in part.
+TEST(SpecialCameras, SeeAsThePlainPathDoesWhereSinglePrecisionEnds) {
+    RandomNumbers random(3);
+    double brightest = 0;
+    for (const double scale : {1e-45, 3e-45, 1e-44, 1e-40, 1e38, 3.5e38, 4.5e38, 1e39, 1e160}) {
+        for (int i = 0; i < 30; ++i) {
+            Scene scene = default_scene(random, 48, 27);
+            scatter_stars(scene, random, 60);
+            for (int element = 0; element < 12; ++element) {
+                scene.cams.front().xform(element / 4, element % 4) *= scale;
+            }
+            SCOPED_TRACE(scale);
+            brightest = std::max(brightest, expect_promise(scene).peak);
+        }
+    }
+    EXPECT_GT(brightest, 0);
+}
+
+// Places whose squares overflow have no length; divided by it, a star behind comes out ahead.
+TEST(SpecialCameras, SeeAsThePlainPathDoesWherePlacesHaveNoLength) {
+    for (const op_stars_projection projection : {HemiSph, AzEqu}) {
+        for (const double huge : {1e153, -1e153, 1e160, -1e160, 1e300}) {
+            for (int element = 0; element < 16; ++element) {
+                for (const double distance : {-1.0, 10.0, 1e-150}) {
+                    Scene scene = small_scene(projection, false);
+                    scene.cams.front().xform(element / 4, element % 4) = huge;
+                    for (CatalogueStar& star : scene.stars) {
+                        star.lon = 36 * star.lon;  // all around
+                        star.distance = distance;
+                    }
+                    expect_promise(scene);
+                }
+            }
+        }
+    }
+}
+
 TEST(SpecialStars, AreDrawnAsThePlainPathDoes) {
     for (double CatalogueStar::*field :
          {&CatalogueStar::lon, &CatalogueStar::lat, &CatalogueStar::distance}) {

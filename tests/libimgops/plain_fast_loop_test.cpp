@@ -72,7 +72,7 @@ TEST(FastLoop, ReadsEveryRecordOnceWhateverTheRowsAre) {
     for (const int count : {0, 1, 2, 511, 512, 513, 1024, 3000}) {
         const Scene scene = busy_scene(count);
         const Drawn whole = draw(scene, DrawPath::fast);
-        EXPECT_EQ(whole.reads, count + 1);
+        EXPECT_EQ(whole.place, count + 1);
 
         const PathInUse fast(DrawPath::fast);
         PiecewiseStars input(scene.stars);
@@ -99,7 +99,7 @@ TEST(FastLoop, ReadsNothingWithoutBrightness) {
         scene.data.brightness = none;
         for (const DrawPath path : {DrawPath::plain, DrawPath::fast}) {
             Drawn drawn = draw(scene, path);
-            EXPECT_EQ(drawn.reads, 1) << "the header";
+            EXPECT_EQ(drawn.place, 1) << "the header";
             EXPECT_FALSE(drawn.drew);
             EXPECT_TRUE(drawn.frame.is_blank());
         }
@@ -172,7 +172,7 @@ TEST(FastLoop, TakesOverFromSingleStars) {
         }
         renderer.render_stars(drew);
         EXPECT_EQ(drew, whole.drew);
-        EXPECT_EQ(input.reads(), 1201);
+        EXPECT_EQ(input.place(), 1201);
         Drawn mixed;
         mixed.frame = frame;
         EXPECT_LE(difference(whole, mixed, std::vector<bool>(64 * 36)).ordinary, ORDINARY_BOUND);
@@ -241,7 +241,7 @@ void expect_plain_bits(const Scene& scene, Layout layout) {
     const Drawn f = draw_into(scene, DrawPath::fast, fast.fb);
     EXPECT_EQ(counted.calls().all(), 0);
     EXPECT_EQ(p.drew, f.drew);
-    EXPECT_EQ(p.reads, f.reads);
+    EXPECT_EQ(p.place, f.place);
     EXPECT_EQ(p.failure, f.failure);
     EXPECT_EQ(std::memcmp(plain.values.data(), fast.values.data(), sizeof(float) * 30000), 0);
     EXPECT_TRUE(p.drew);
@@ -386,6 +386,7 @@ TEST(Guards, RefuseAsOnThePlainPath) {
         const Drawn fast = draw(scene, DrawPath::fast);
         EXPECT_EQ(plain.failure, fast.failure);
         EXPECT_EQ(plain.drew, fast.drew);
+        EXPECT_EQ(plain.place, fast.place) << "behind the refused star";
         EXPECT_LE(difference(plain, fast, std::vector<bool>(40 * 24)).ordinary, ORDINARY_BOUND);
         refused += plain.failure == "ix >= 0 && ix < dst.width" ? 1 : 0;
     }

@@ -37,8 +37,8 @@ struct Scene {
 struct Drawn {
     support::GuardedFrame frame{1, 1};
     bool drew = false;
-    int reads = 0;        ///< of the source, the header included
-    std::string failure;  ///< what was thrown
+    std::size_t place = 0;  ///< record at which the source stands afterwards
+    std::string failure;    ///< what was thrown
 };
 
 /// The scene's frame before any star.

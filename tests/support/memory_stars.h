@@ -32,6 +32,8 @@ public:
         ++resets_;
     }
 
+    /// Number of the record that comes next.
+    std::size_t place() const { return at_; }
     /// Calls of `next` and of `reset` so far.
     int reads() const { return reads_; }
     int resets() const { return resets_; }

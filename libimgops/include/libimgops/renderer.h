@@ -28,7 +28,7 @@ public:
 
     /// Draws all stars that are left, as calling `render_star` until it returns false would: the
     /// same light on the frame within what `DrawPath` promises, the same `drew`, the input where
-    /// that leaves it. After an exception the input stands anywhere.
+    /// that leaves it, after an exception too.
     void render_stars(bool& drew);
 
     /// Draws one star through all camera samples: as a still spot for one sample, else as the

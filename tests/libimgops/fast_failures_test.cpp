@@ -1,0 +1,130 @@
+// What the fast path leaves behind when a star or the source throws in mid-frame: what the plain
+// path does.
+#include "plain_fast_scene.h"
+
+#include "support/memory_stars.h"
+
+#include <gtest/gtest.h>
+#include <libimgops/renderer.h>
+
+#include <stdexcept>
+
+namespace {
+
+using namespace plain_fast;
+using support::CatalogueStar;
+using support::GuardedFrame;
+
+/// A source of which one record cannot be read.
+class TornStars : public support::MemoryStars {
+public:
+    TornStars(const Scene& scene, std::size_t torn)
+        : MemoryStars(scene.magic, scene.stars), torn_(torn) {}
+    const star* next() override {
+        if (place() == torn_) {
+            throw std::runtime_error("cannot be read");
+        }
+        return MemoryStars::next();
+    }
+
+private:
+    std::size_t torn_;
+};
+
+struct Left {
+    explicit Left(const Scene& scene) : frame(empty_frame(scene)) {}
+
+    GuardedFrame frame;
+    bool drew = false;
+    std::size_t place = 0;
+    bool threw = false;
+};
+
+Left draw_torn(const Scene& scene, std::size_t torn, DrawPath path) {
+    const PathInUse in_use(path);
+    Left left(scene);
+    Array<camera> cams;
+    set_cameras(scene, cams);
+    TornStars input(scene, torn);
+    const StarFramebuffer fb = left.frame.view();
+    StarRenderer renderer(scene.data, fb, input, cams);
+    try {
+        renderer.render_stars(left.drew);
+    } catch (const std::runtime_error&) {
+        left.threw = true;
+    }
+    left.place = input.place();
+    return left;
+}
+
+double largest(const GuardedFrame& plain, const GuardedFrame& fast) {
+    Drawn a, b;
+    a.frame = plain;
+    b.frame = fast;
+    const std::vector<bool> none(static_cast<std::size_t>(plain.width() * plain.height()));
+    return difference(a, b, none).ordinary;
+}
+
+/// A camera sample from which places are so far to the lower left that the first column of a row
+/// overflows, which its guard refuses.
+void add_refusing_sample(Scene& scene) {
+    camera far = scene.cams.front();
+    for (int row = 0; row < 4; ++row) {
+        far.xform(row, 0) *= 1e16;
+        far.xform(row, 1) *= 1e6;
+    }
+    scene.cams.push_back(far);
+}
+
+}  // namespace
+
+TEST(TornSource, LeavesTheLightOfAllStarsBefore) {
+    RandomNumbers random(51);
+    for (const std::size_t torn : {2U, 100U, 300U, 513U, 899U}) {
+        for (const bool moves : {false, true}) {
+            Scene scene = default_scene(random, 64, 36);
+            if (moves) {
+                pan(scene, random, 3, 5);
+            }
+            scatter_stars(scene, random, 900);
+            const Left plain = draw_torn(scene, torn, DrawPath::plain);
+            const Left fast = draw_torn(scene, torn, DrawPath::fast);
+            EXPECT_TRUE(plain.threw && fast.threw);
+            EXPECT_EQ(fast.place, torn);
+            EXPECT_EQ(fast.place, plain.place);
+            EXPECT_EQ(fast.drew, plain.drew);
+            EXPECT_LE(largest(plain.frame, fast.frame), ORDINARY_BOUND);
+            EXPECT_TRUE(torn < 100 || plain.drew);
+        }
+    }
+}
+
+// The first segment of a star lights pixels, the second is refused: the star has no light to
+// report.
+TEST(RefusedStar, LeavesTheFlagAlone) {
+    RandomNumbers random(41);
+    int refused = 0;
+    for (int i = 0; i < 400; ++i) {
+        Scene scene = default_scene(random, 40, 24);
+        scene.data.spot_size_x = scene.data.spot_size_y = 50;  // a pixel
+        scatter_stars(scene, random, 30);
+        add_refusing_sample(scene);
+        const Drawn once = draw(scene, DrawPath::plain);
+        if (once.failure.empty()) {
+            continue;
+        }
+        // That star alone, which stays first; two segments share its light.
+        const CatalogueStar star = scene.stars[once.place - 2];
+        scene.stars = {star};
+        scene.stars[0].luminance = 2 * star.luminance;
+        scene.cams.insert(scene.cams.begin(), scene.cams.front());
+        const Drawn plain = draw(scene, DrawPath::plain);
+        const Drawn fast = draw(scene, DrawPath::fast);
+        EXPECT_EQ(plain.failure, fast.failure);
+        EXPECT_EQ(plain.place, fast.place);
+        EXPECT_EQ(plain.drew, fast.drew);
+        EXPECT_TRUE(plain.frame.same_bits(fast.frame));
+        refused += !fast.failure.empty() && !fast.drew && !fast.frame.is_blank() ? 1 : 0;
+    }
+    EXPECT_GT(refused, 0);
+}
