@@ -1,5 +1,5 @@
 // LANES floats at once, as the compiler's own vectors: one register, or as many as it takes.
-// For `kernel_source.h` alone, whose includer defines LANES.
+// For `kernel_lanes.h` alone, before which LANES is defined.
 #pragma once
 
 #include <cstdint>

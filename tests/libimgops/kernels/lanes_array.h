@@ -1,5 +1,5 @@
 // LANES floats at once as a plain array, one element after the other: what every operation of the
-// kernels means, on any processor. For `kernel_source.h` alone, whose includer defines LANES.
+// kernels means, on any processor. For `kernel_lanes.h` alone, before which LANES is defined.
 #pragma once
 
 #include <cstdint>

@@ -1,0 +1,111 @@
+// Adding light to pixels side by side, and fetching them.
+// For `kernel_source.h` alone.
+#pragma once
+
+#include "kernel_math.h"
+
+using star_kernels::Pixels;
+using star_kernels::Segment;
+
+namespace {
+
+/// Floats of a cache line.
+constexpr int CACHE_LINE = 16;
+
+/// The colour on a pixel's lanes; nothing for coverage.
+LANES_INLINE Floats pixel_colour(const Segment& of) {
+    float lanes[LANES];
+    for (int k = 0; k < LANES; ++k) {
+        lanes[k] = k % PIXEL == 0 ? 0.0F : of.color[k % PIXEL - 1];
+    }
+    return load(lanes);
+}
+
+/// The lanes that hold coverage.
+LANES_INLINE Ints coverage_lanes() {
+    std::int32_t lanes[LANES];
+    for (int k = 0; k < LANES; ++k) {
+        lanes[k] = k % PIXEL == 0 ? -1 : 0;
+    }
+    return load_ints(lanes);
+}
+
+/// `COVERED`: whether any pixel may have coverage.
+template <bool COVERED>
+LANES_INLINE Floats lit(Floats pixels, Floats weights, Floats colour) {
+    if (!COVERED) {
+        return select(coverage_lanes(), pixels, pixels + colour * weights);
+    }
+    const Floats coverage = coverage_of(pixels);
+    const Floats more = pixels + colour * (weights * (splat(1.0F) - coverage));
+    // Coverage keeps every bit, even where the light is infinite.
+    return select((coverage >= splat(1.0F)) | coverage_lanes(), pixels, more);
+}
+
+/// Weights of pixels side by side, from an array with one a pixel.
+struct PixelWeights {
+    const float* first;
+
+    /// Those of pixel `i` and the next, each on its pixel's lanes.
+    LANES_MEMBER Floats lanes(int i) const { return load_for_pixels(first + i); }
+    LANES_MEMBER float of(int i) const { return first[i]; }
+};
+
+/// The same for a row of a spot: a factor a column, on all lanes of its pixel, and one for the row.
+struct RowWeights {
+    const float* columns;
+    float row;
+
+    LANES_MEMBER Floats lanes(int i) const {
+        return load(columns + std::ptrdiff_t{PIXEL} * i) * splat(row);
+    }
+    LANES_MEMBER float of(int i) const { return columns[std::ptrdiff_t{PIXEL} * i] * row; }
+};
+
+/// Adds the colour, as much as `weights` say, to `n` pixels.
+template <bool COVERED, class Weights>
+LANES_INLINE void light(float* pixels, const Weights& weights, int n, Floats colour) {
+    constexpr int AT_ONCE = LANES / PIXEL;
+    int i = 0;
+    for (; i <= n - AT_ONCE; i += AT_ONCE, pixels += LANES) {
+        store(pixels, lit<COVERED>(load(pixels), weights.lanes(i), colour));
+    }
+#if LANES == 16 && defined(__AVX512F__)
+    if (i < n) {
+        const auto lanes =
+            static_cast<__mmask16>(0xffffU >> static_cast<unsigned>(16 - PIXEL * (n - i)));
+        const Floats old = _mm512_maskz_loadu_ps(lanes, pixels);
+        _mm512_mask_storeu_ps(pixels, lanes, lit<COVERED>(old, weights.lanes(i), colour));
+    }
+#else
+    for (; i < n; ++i, pixels += PIXEL) {
+        const float coverage = COVERED ? pixels[0] : 0.0F;
+        if (!(coverage >= 1.0F)) {
+            add_to_pixel(pixels, weights.of(i) * (1.0F - coverage), colour);
+        }
+    }
+#endif
+}
+
+bool fetch(const Pixels& to, int y, int rows) {
+    const Ints colours = coverage_lanes() ^ splat(-1);
+    Ints uncovered = splat(-1);
+    float* row = to.first + y * to.row;
+    for (int i = 0; i < rows; ++i, row += to.row) {
+        int x = 0;
+        for (; x <= PIXEL * to.width - CACHE_LINE; x += CACHE_LINE) {
+            for (int k = 0; k < CACHE_LINE; k += LANES) {
+                uncovered = uncovered & (colours | (absolute(load(row + x + k)) <= splat(0.0F)));
+            }
+            // What was only read would have to be asked for once more.
+            volatile float* touched = row + x;
+            *touched = row[x];
+        }
+        for (; x < PIXEL * to.width; x += PIXEL) {
+            uncovered = uncovered & splat(row[x] == 0.0F ? -1 : 0);
+        }
+    }
+    return any(uncovered ^ splat(-1));
+}
+
+}  // namespace
