@@ -1,35 +1,17 @@
 // What the built module shows the host and what it needs.
+#include <support/command_output.h>
+
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <set>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 
-namespace {
-
-/// What a command writes to standard output; the command must succeed.
-std::string output_of(const std::string& command) {
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) {
-        throw std::runtime_error("cannot run " + command);
-    }
-    std::string output;
-    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) {
-        output += static_cast<char>(c);
-    }
-    if (pclose(pipe) != 0) {
-        throw std::runtime_error("failed: " + command);
-    }
-    return output;
-}
-
-}  // namespace
+using support::command_output;
 
 TEST(ModuleSymbols, EntryPointFuncIsTheOnlyExport) {
     std::istringstream lines(
-        output_of("nm --dynamic --defined-only --format=posix '" LUMIVAR_MODULE "'"));
+        command_output("nm --dynamic --defined-only --format=posix '" LUMIVAR_MODULE "'"));
     std::set<std::string> names;
     for (std::string line; std::getline(lines, line);) {
         names.insert(line.substr(0, line.find(' ')));
@@ -38,7 +20,7 @@ TEST(ModuleSymbols, EntryPointFuncIsTheOnlyExport) {
 }
 
 TEST(ModuleSymbols, NeedsTheRunTimeLibrariesAlone) {
-    std::istringstream lines(output_of("readelf --dynamic --wide '" LUMIVAR_MODULE "'"));
+    std::istringstream lines(command_output("readelf --dynamic --wide '" LUMIVAR_MODULE "'"));
     std::set<std::string> allowed = {"libstdc++.so", "libm.so", "libgcc_s.so", "libc.so"};
 #ifdef LUMIVAR_SANITIZED
     allowed.insert({"libasan.so", "libubsan.so", "libdl.so", "libpthread.so", "librt.so"});
