@@ -54,8 +54,9 @@ struct Heard {
 
 using Body = std::function<void(Notes&)>;
 
-/// Runs `body` in a child of this process. What `body` throws is a finding. The child's standard
-/// output goes nowhere. Throws `std::system_error` when there can be no child.
+/// Runs `body` in a child of this process, which does not outlive the call. What `body` throws is a
+/// finding. The child's standard output goes nowhere. Throws `StrXception` when there can be no
+/// child.
 Heard run_apart(const Body& body, std::chrono::milliseconds limit);
 
 }  // namespace conformance

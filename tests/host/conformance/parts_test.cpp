@@ -2,8 +2,13 @@
 #include <conformance/deviations.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -109,6 +114,80 @@ TEST(Apart, StandardOutputGoesNowhere) {
     testing::internal::CaptureStdout();
     run_apart([](Notes&) { (void)!write(STDOUT_FILENO, "noise", 5); }, kLimit);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+/// A process that holds all that this one has open, and can outlive it.
+pid_t fork_a_holder() {
+    const pid_t holder = fork();
+    if (holder == 0) {
+        alarm(40);
+        for (;;) {
+            pause();
+        }
+    }
+    return holder;
+}
+
+TEST(Apart, AnEndIsOneThoughOthersHoldThePipes) {
+    for (const bool crash : {false, true}) {
+        const auto begin = std::chrono::steady_clock::now();
+        const Heard heard = run_apart(
+            [=](Notes& notes) {
+                notes.keep("holder", fork_a_holder());
+                if (crash) {
+                    std::fputs("last words\n", stderr);
+                    std::abort();
+                }
+            },
+            kLimit);
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+        EXPECT_EQ(heard.died, crash ? "killed by SIGABRT" : "");
+        EXPECT_EQ(heard.last_words, crash ? "last words" : "");
+        kill(heard.kept["holder"].get<pid_t>(), SIGKILL);
+    }
+}
+
+TEST(Apart, WhatIsNoAnswerIsAFindingAndTheChildIsGone) {
+    const Heard heard = run_apart(
+        [](Notes& notes) {
+            notes.find("", "before");
+            for (int descriptor = STDERR_FILENO + 1; descriptor < 100; ++descriptor) {
+                struct stat about {};
+                if (fstat(descriptor, &about) == 0 && S_ISFIFO(about.st_mode)) {
+                    (void)!write(descriptor, "[\n[\"find\"]\n", 11);
+                }
+            }
+            notes.find("", "after");
+        },
+        kLimit);
+    EXPECT_EQ(heard.died, "");
+    ASSERT_EQ(heard.findings.size(), 4U);
+    EXPECT_EQ(heard.findings[0].text, "before");
+    EXPECT_EQ(heard.findings[1].text, "between the answers stands \"[\"");
+    EXPECT_EQ(heard.findings[2].text, "between the answers stands \"[\"find\"]\"");
+    EXPECT_EQ(heard.findings[3].text, "after");
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "nobody is left to wait for";
+}
+
+long peak_kilobytes() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
+TEST(Apart, OfMuchStandardErrorOnlyTheEndIsKept) {
+    const long before = peak_kilobytes();
+    const Heard heard = run_apart(
+        [](Notes&) {
+            const std::string line = std::string(999, 'x') + "\n";
+            for (int i = 0; i < 64000; ++i) {
+                (void)!write(STDERR_FILENO, line.data(), line.size());
+            }
+            std::fputs("the end\n", stderr);
+        },
+        kLimit);
+    EXPECT_EQ(heard.last_words, "the end");
+    EXPECT_LT(peak_kilobytes() - before, 16000) << "of 64 MB";
 }
 
 TEST(Growth, SeesTheSmallestLossInEveryRound) {
