@@ -2,21 +2,21 @@
 //
 // Built with CONFORMING it does all that its host may expect, but for the one thing that MISCHIEF
 // in the environment names by its number.
-#include <dlfcn.h>
 #include <host_api/effect_interface.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "facts.h"
+#include "mischief.h"
+#include "suite.h"
 #include "test_effect.h"
 
 namespace {
@@ -24,40 +24,6 @@ namespace {
 using namespace test_effect;
 
 struct ForeignTrouble {};
-
-#ifdef CONFORMING
-constexpr bool kConforming = true;
-#else
-constexpr bool kConforming = false;
-#endif
-
-/// What the environment asks for; for all frames.
-int asked_mischief() {
-    if (kConforming) {
-        if (const char* const text = std::getenv("MISCHIEF")) {
-            return std::atoi(text);
-        }
-    }
-    return kNone;
-}
-
-/// The first error is passed on; unless it conforms, the effect does not care.
-void pass_on(PF_Err& err, PF_Err next) {
-    if (kConforming && err == PF_Err_NONE) {
-        err = next;
-    }
-}
-
-/// Volatile, or the compiler leaves out an allocation that nobody uses.
-void* volatile lost_block = nullptr;
-volatile int lost_descriptor = -1;
-
-void stay_loaded() {
-    Dl_info self{};
-    if (dladdr(reinterpret_cast<void*>(&stay_loaded), &self) != 0) {
-        dlopen(self.dli_fname, RTLD_NOW);
-    }
-}
 
 enum Parameter {
     kInput,
@@ -70,37 +36,13 @@ enum Parameter {
     kParamCount
 };
 
-/// A suite held for a scope.
-template <class Table>
-class Suite {
-public:
-    Suite(const PF_InData* in, const char* name, int version)
-        : basic_(in->pica_basicP), name_(name), version_(version) {
-        const void* table = nullptr;
-        if (basic_->AcquireSuite(name, version, &table) == 0) {
-            table_ = static_cast<const Table*>(table);
-        }
-    }
-    ~Suite() {
-        if (table_ != nullptr) {
-            basic_->ReleaseSuite(name_, version_);
-        }
-    }
-    Suite(const Suite&) = delete;
-    Suite& operator=(const Suite&) = delete;
-    explicit operator bool() const { return table_ != nullptr; }
-    const Table* operator->() const { return table_; }
-    const Table* get() const { return table_; }
-
-private:
-    SPBasicSuite* basic_;
-    const char* name_;
-    int version_;
-    const Table* table_ = nullptr;
-};
+// Of a session: the module is loaded anew for each.
+int living_instances = 0;
+bool frames_made = false;
+bool about_asked = false;
 
 struct Instance {
-    std::array<double, kFactEnd> facts{};
+    Facts facts{};
     int mischief = kNone;
     PF_Handle handle = nullptr;
     const PF_UtilCallbacks* utils = nullptr;
@@ -111,50 +53,12 @@ void delete_instance(void* data) {
     if (instance->handle != nullptr) {
         instance->utils->host_dispose_handle(instance->handle);
     }
+    if (living_instances-- > 1 && instance->mischief == kDisposeTwiceWhenTwo) {
+        instance->utils->host_dispose_handle(instance->handle);
+    }
     if (instance->mischief == kThrowInDeleter) {
         throw std::runtime_error("deleter trouble");
     }
-}
-
-template <class Table>
-int null_slots(const Table* table, std::size_t size = sizeof(Table)) {
-    int nulls = 0;
-    for (std::size_t i = 0; i + sizeof(void*) <= size; i += sizeof(void*)) {
-        void* slot = nullptr;
-        std::memcpy(&slot, reinterpret_cast<const char*>(table) + i, sizeof slot);
-        nulls += slot == nullptr ? 1 : 0;
-    }
-    return nulls;
-}
-
-template <class Table>
-int suite_nulls(const PF_InData* in, const char* name, int version) {
-    const Suite<Table> suite(in, name, version);
-    return suite ? null_slots(suite.get()) : 1000;
-}
-
-/// Slots of functions, in all tables that the host handed out, that are null.
-int all_null_slots(const PF_InData* in) {
-    // The utility table has one plain pointer and two spare numbers, which may be zero.
-    const PF_UtilCallbacks& u = *in->utils;
-    int nulls = null_slots(&u, offsetof(PF_UtilCallbacks, get_batch_func_is_deprecated));
-    nulls += null_slots(&u.end_sampling, offsetof(PF_UtilCallbacks, ansi) -
-                                             offsetof(PF_UtilCallbacks, end_sampling));
-    nulls += null_slots(&u.ansi, offsetof(PF_ANSICallbacksBlock, unused_longA));
-    nulls += null_slots(&u.colorCB,
-                        offsetof(PF_UtilCallbacks, reserved) - offsetof(PF_UtilCallbacks, colorCB));
-    nulls += null_slots(&in->inter, offsetof(PF_InteractCallbacks, reserved_str));
-    nulls += null_slots(in->pica_basicP);
-    nulls += suite_nulls<PF_HandleSuite1>(in, kPFHandleSuite, 2);
-    nulls += suite_nulls<PF_ANSICallbacksSuite1>(in, kPFANSISuite, 1);
-    nulls += suite_nulls<PF_FillMatteSuite2>(in, kPFFillMatteSuite, 2);
-    nulls += suite_nulls<AEGP_PFInterfaceSuite1>(in, kAEGPPFInterfaceSuite, 1);
-    nulls += suite_nulls<AEGP_LayerSuite5>(in, kAEGPLayerSuite, 11);
-    nulls += suite_nulls<AEGP_ItemSuite6>(in, kAEGPItemSuite, 10);
-    nulls += suite_nulls<AEGP_CompSuite4>(in, kAEGPCompSuite, 9);
-    nulls += suite_nulls<AEGP_StreamSuite2>(in, kAEGPStreamSuite, 7);
-    nulls += suite_nulls<PF_WorldSuite2>(in, kPFWorldSuite, 2);
-    return nulls;
 }
 
 PF_Err add_params(PF_InData* in, PF_OutData* out) {
@@ -245,82 +149,18 @@ PF_Err read_params(PF_InData* in, Instance& instance) {
     return err;
 }
 
-PF_Err read_camera(PF_InData* in, Instance& instance) {
-    const Suite<AEGP_PFInterfaceSuite1> interface(in, kAEGPPFInterfaceSuite, 1);
-    const Suite<AEGP_LayerSuite5> layers(in, kAEGPLayerSuite, 11);
-    const Suite<AEGP_ItemSuite6> items(in, kAEGPItemSuite, 10);
-    const Suite<AEGP_CompSuite4> comps(in, kAEGPCompSuite, 9);
-    const Suite<AEGP_StreamSuite2> streams(in, kAEGPStreamSuite, 7);
-    if (!interface || !layers || !items || !comps || !streams) {
-        return PF_Err_NONE;
-    }
-    auto& facts = instance.facts;
-    A_Time time{};
-    AEGP_LayerH layer = nullptr;
-    AEGP_LayerH camera = nullptr;
-    AEGP_CompH comp = nullptr;
-    AEGP_ItemH item = nullptr;
-    A_long width = 0;
-    A_long height = 0;
-    A_Time start{};
-    A_Time duration{};
-    if (interface->AEGP_ConvertEffectToCompTime(in->effect_ref, in->current_time, in->time_scale,
-                                                &time) != 0 ||
-        interface->AEGP_GetEffectCamera(in->effect_ref, &time, &camera) != 0 ||
-        interface->AEGP_GetEffectLayer(in->effect_ref, &layer) != 0 ||
-        layers->AEGP_GetLayerParentComp(layer, &comp) != 0 ||
-        comps->AEGP_GetItemFromComp(comp, &item) != 0 ||
-        items->AEGP_GetItemDimensions(item, &width, &height) != 0 ||
-        comps->AEGP_GetCompShutterFrameRange(comp, &time, &start, &duration) != 0) {
-        return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    facts[kItemWidth] = width;
-    facts[kItemHeight] = height;
-    facts[kShutterStart] = start.value;
-    facts[kShutterScale] = start.scale;
-    facts[kShutterDuration] = duration.value;
-    facts[kHasCamera] = camera != nullptr ? 1 : 0;
-    if (camera == nullptr) {
-        return PF_Err_NONE;
-    }
-    A_Matrix4 matrix{};
-    const PF_Err err = layers->AEGP_GetLayerToWorldXform(camera, &start, &matrix);
-    for (int i = 0; i < 16; ++i) {
-        facts[kMatrix + i] = matrix.mat[i / 4][i % 4];
-    }
-    AEGP_StreamVal zoom{};
-    const PF_Err zoom_err = streams->AEGP_GetLayerStreamValue(
-        camera, AEGP_LayerStream_ZOOM, AEGP_LTimeMode_CompTime, &start, 0, &zoom, nullptr);
-    facts[kZoom] = zoom.one_d;
-    return err != PF_Err_NONE ? err : zoom_err;
-}
-
-void tell_in_data(const PF_InData* in, Instance& instance) {
-    auto& facts = instance.facts;
-    facts[kShutterAngle] = in->shutter_angle / 65536.0;
-    facts[kCurrentTime] = in->current_time;
-    facts[kTimeStep] = in->time_step;
-    facts[kTimeScale] = in->time_scale;
-    facts[kTotalTime] = in->total_time;
-    facts[kInWidth] = in->width;
-    facts[kInHeight] = in->height;
-    facts[kDownsampleNum] = in->downsample_x.num;
-    facts[kDownsampleDen] = in->downsample_x.den;
-    facts[kNumParams] = in->num_params;
-    facts[kAspectNum] = in->pixel_aspect_ratio.num;
-    facts[kAspectDen] = in->pixel_aspect_ratio.den;
-    facts[kNullSlots] = all_null_slots(in);
-}
-
 PF_Err pre_render(PF_InData* in, PF_PreRenderExtra* extra) {
     auto instance = std::make_unique<Instance>();
     instance->utils = in->utils;
     PF_Err first = read_params(in, *instance);
-    tell_in_data(in, *instance);
-    pass_on(first, read_camera(in, *instance));
+    tell_in_data(in, instance->facts);
+    pass_on(first, read_camera(in, instance->facts));
     instance->facts[kBitDepth] = extra->input->bitdepth;
 
     const int mischief = instance->mischief;
+    if (mischief == kIgnoreOnce && !frames_made) {
+        in->inter.abort(in->effect_ref);
+    }
     PF_PreRenderOutput& output = *extra->output;
     PF_RenderRequest request = extra->input->output_request;
     const A_long id = mischief == kNegativeCheckout ? -7 : 0;
@@ -361,6 +201,7 @@ PF_Err pre_render(PF_InData* in, PF_PreRenderExtra* extra) {
         output.pre_render_data = &forever;
         return err;
     }
+    ++living_instances;
     instance->handle = in->utils->host_new_handle(1);
     output.pre_render_data = instance.release();
     output.delete_pre_render_data_func = delete_instance;
@@ -413,6 +254,7 @@ void draw(const Instance& instance, PF_EffectWorld* output, PF_PixelFormat forma
 PF_Err render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
     Instance& instance = *static_cast<Instance*>(extra->input->pre_render_data);
     const int mischief = instance.mischief;
+    frames_made = true;
     if (mischief == kThrowStandard) {
         throw std::runtime_error("boom");
     }
@@ -428,14 +270,14 @@ PF_Err render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
     while (extra->input->bitdepth == 16 && mischief == kHang) {
         pause();
     }
-    if (mischief == kLeakMemory) {
-        lost_block = std::malloc(1);
+    if (mischief == kLeakMemory || (extra->input->bitdepth == 32 && mischief == kLeakInFloat)) {
+        lose_memory();
     }
     if (mischief == kLeakDescriptor) {
-        lost_descriptor = dup(STDERR_FILENO);
+        lose_descriptor();
     }
     if (mischief == kLeakMapping) {
-        lost_block = mmap(nullptr, 4096, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        lose_mapping();
     }
     if (extra->input->bitdepth == 16 && mischief == kEndProcess) {
         _exit(0);
@@ -460,7 +302,12 @@ PF_Err render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
     err = extra->cb->checkout_output(in->effect_ref, &output);
     if (kConforming && err != PF_Err_NONE) {
         if (mischief == kLeakOnError) {
-            lost_block = std::malloc(1);
+            lose_memory();
+        }
+        if (mischief == kSlowLeakOnError && extra->input->bitdepth == 32 &&
+            err == PF_Err_OUT_OF_MEMORY) {
+            usleep(100000);
+            lose_memory();
         }
         extra->cb->checkin_layer_pixels(in->effect_ref, id);
         return err;
@@ -523,7 +370,11 @@ PF_Err render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
         in->utils->host_dispose_handle(handle);
         in->utils->host_dispose_handle(handle);
     }
-    err = extra->cb->checkin_layer_pixels(in->effect_ref, id);
+    err =
+        mischief == kKeepLayer ? PF_Err_NONE : extra->cb->checkin_layer_pixels(in->effect_ref, id);
+    if (mischief == kReturnLayerTwice) {
+        extra->cb->checkin_layer_pixels(in->effect_ref, id);
+    }
     void* const slot = &extra->cb;
     if (mischief == kHandleForCallbacks) {
         const PF_Handle handle = in->utils->host_new_handle(1);
@@ -543,6 +394,14 @@ PF_Err render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
 
 /// The plain way: alpha full, red from the first slider, through the host's own fill.
 PF_Err plain_render(PF_InData* in, PF_ParamDef** params, PF_EffectWorld* output) {
+    const bool second = std::exchange(frames_made, true);
+    if (asked_mischief() == kCrashInSecondPlain && second &&
+        (output->world_flags & PF_WorldFlag_DEEP) != 0) {
+        __builtin_trap();
+    }
+    if (asked_mischief() == kLeakInPremiere && in->appl_id == kAppID_Premiere) {
+        lose_memory();
+    }
     PF_Pixel16* deep = nullptr;
     // Premiere has no such access.
     const bool asks = !kConforming || in->appl_id != kAppID_Premiere;
@@ -561,6 +420,9 @@ PF_Err plain_render(PF_InData* in, PF_ParamDef** params, PF_EffectWorld* output)
 }
 
 PF_Err describe_dependencies(PF_InData* in, PF_ExtDependenciesExtra* extra) {
+    if (asked_mischief() == kCrashAfterAbout && about_asked && in->appl_id == kAppID_Premiere) {
+        __builtin_trap();
+    }
     if (extra->check_type == PF_DepCheckType_MISSING_DEPENDENCIES) {
         return PF_Err_NONE;
     }
@@ -575,13 +437,16 @@ PF_Err describe_dependencies(PF_InData* in, PF_ExtDependenciesExtra* extra) {
 
 PF_Err global_setup(PF_InData* in, PF_OutData* out) {
     if (asked_mischief() == kLeakAtSetUp) {
-        lost_block = std::malloc(1);
+        lose_memory();
     }
     out->my_version = PF_VERSION(9, 3, 1, PF_Stage_RELEASE, 7);
     out->out_flags = PF_OutFlag_DEEP_COLOR_AWARE | PF_OutFlag_I_USE_SHUTTER_ANGLE |
                      PF_OutFlag_I_HAVE_EXTERNAL_DEPENDENCIES;
     out->out_flags2 = PF_OutFlag2_SUPPORTS_QUERY_DYNAMIC_FLAGS | PF_OutFlag2_I_USE_3D_CAMERA |
                       PF_OutFlag2_SUPPORTS_SMART_RENDER | PF_OutFlag2_FLOAT_COLOR_AWARE;
+    if (asked_mischief() == kNoFloat) {
+        out->out_flags2 &= ~PF_OutFlag2_FLOAT_COLOR_AWARE;
+    }
     if (kConforming) {
         // The query may turn it on.
         out->out_flags2 |= PF_OutFlag2_I_USE_3D_LIGHTS;
@@ -607,12 +472,23 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
     switch (cmd) {
         case PF_Cmd_ABOUT:
             if (asked_mischief() == kLeakInAbout) {
-                lost_block = std::malloc(1);
+                lose_memory();
             }
+            about_asked = true;
             in->utils->ansi.sprintf(out->return_msg, "%s v%d", "Test effect", 9);
             return PF_Err_NONE;
         case PF_Cmd_GLOBAL_SETUP:
             return global_setup(in, out);
+        case PF_Cmd_SEQUENCE_SETDOWN:
+            if (asked_mischief() == kCallAtSequenceDown && frames_made) {
+                PF_ParamDef def;
+                in->inter.checkout_param(in->effect_ref, kGainId, 0, 1, 1, &def);
+            }
+            return PF_Err_NONE;
+        case PF_Cmd_SEQUENCE_FLATTEN:
+            return asked_mischief() == kRefuseFlatten && in->appl_id == kAppID_Premiere
+                       ? PF_Err_BAD_CALLBACK_PARAM
+                       : PF_Err_NONE;
         case PF_Cmd_PARAMS_SETUP:
             return add_params(in, out);
         case PF_Cmd_RENDER:

@@ -50,6 +50,18 @@ enum Mischief {
     kLeakDescriptor,
     kLeakMapping,
     kEndProcess,  ///< in 16-bit renders
+    kLeakInFloat,
+    kLeakInPremiere,
+    kSlowLeakOnError,     ///< as kLeakOnError, in float renders, a tenth of a second each
+    kCrashInSecondPlain,  ///< 16-bit render of a session
+    kCrashAfterAbout,     ///< in Premiere Pro, when asked for dependencies
+    kRefuseFlatten,       ///< in Premiere Pro
+    kKeepLayer,           ///< its pixels, fetched and not checked in
+    kReturnLayerTwice,
+    kIgnoreOnce,           ///< a call of the first frame that fails
+    kCallAtSequenceDown,   ///< what may be called in frames alone, if there were any
+    kDisposeTwiceWhenTwo,  ///< frames are under way
+    kNoFloat,              ///< declared: no mischief
     kMischiefEnd
 };
 
@@ -59,10 +71,11 @@ inline constexpr char kMischiefNames[] =
     "Unknown Checkout|Fetch Twice|Duplicate Checkout|Negative Checkout|Output First|Large Result|"
     "Empty Result|Draw Nothing|Draw Half|Fail With Message|Overlong Message|Unterminated Message|"
     "Leak Handle|Dispose Twice|Handle For Callbacks|Rubbish For Callbacks|Zero Time Scale|"
-    "Unknown Parameter|Foreign World|Call Unprovided|Crash|Hang|Leak Memory|Keep Parameter|Wrong "
-    "Count|"
-    "Stay Loaded|Leak On Error|Leak At Set-up|Leak In About|Leak Descriptor|Leak Mapping|"
-    "End Process";
+    "Unknown Parameter|Foreign World|Call Unprovided|Crash|Hang|Leak Memory|Keep Parameter|"
+    "Wrong Count|Stay Loaded|Leak On Error|Leak At Set-up|Leak In About|Leak Descriptor|"
+    "Leak Mapping|End Process|Leak In Float|Leak In Premiere|Slow Leak On Error|"
+    "Crash In Second Plain|Crash After About|Refuse Flatten|Keep Layer|Return Layer Twice|"
+    "Ignore Once|Call At Sequence Down|Dispose Twice When Two|No Float";
 
 /// Float frames carry in row 0, in the red channel, what the effect was told.
 enum Fact {

@@ -1,0 +1,46 @@
+#include "mischief.h"
+
+#include <dlfcn.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace test_effect {
+namespace {
+
+/// Volatile, or the compiler leaves out an allocation that nobody uses.
+void* volatile lost_block = nullptr;
+volatile int lost_descriptor = -1;
+
+}  // namespace
+
+Mischief asked_mischief() {
+    if (kConforming) {
+        if (const char* const text = std::getenv("MISCHIEF")) {
+            return static_cast<Mischief>(std::atoi(text));
+        }
+    }
+    return kNone;
+}
+
+void pass_on(PF_Err& err, PF_Err next) {
+    if (kConforming && err == PF_Err_NONE) {
+        err = next;
+    }
+}
+
+void lose_memory() { lost_block = std::malloc(1); }
+void lose_descriptor() { lost_descriptor = dup(STDERR_FILENO); }
+void lose_mapping() {
+    lost_block = mmap(nullptr, 4096, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+}
+
+void stay_loaded() {
+    Dl_info self{};
+    if (dladdr(reinterpret_cast<void*>(&stay_loaded), &self) != 0) {
+        dlopen(self.dli_fname, RTLD_NOW);
+    }
+}
+
+}  // namespace test_effect
