@@ -214,6 +214,9 @@ void Session::Impl::smart_render(FrameRun& run) {
     result.rendered = true;
     note_status(send(PF_Cmd_SMART_RENDER, nullptr, nullptr, &extra), result);
     inspect_worlds(run.frame);
+    for (auto& [id, layer] : run.frame.layers) {
+        result.open_layer_checkouts += std::exchange(layer.held, false) ? 1 : 0;
+    }
 
     // An effect may answer as if it had been asked for its dependencies: the slot of the callbacks
     // then holds a handle, which is the host's to dispose of.

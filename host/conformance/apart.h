@@ -45,7 +45,7 @@ struct Heard {
     std::vector<Finding> findings;
     std::string said;
     std::string doing;
-    nlohmann::json kept;
+    nlohmann::json kept = nlohmann::json::object();
     /// How it ended, in words: "killed by SIGSEGV", "no answer within 10 s"; empty when it came to
     /// its end.
     std::string died;

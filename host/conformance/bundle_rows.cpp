@@ -50,6 +50,11 @@ std::vector<Finding> missing_entries(const std::string& list, const std::string&
     return findings;
 }
 
+/// Else the module stands alone, and nobody expects a registration.
+bool in_bundle(const std::filesystem::path& module) {
+    return module.parent_path().parent_path().filename() == "Contents";
+}
+
 std::vector<Finding> wrong_names(const Registration& resource) {
     std::vector<Finding> findings;
     for (const char* key : {"name", "catg", "eMNA"}) {
@@ -112,7 +117,7 @@ void compare_with_registration(Examination& run) {
 void examine_bundle(Examination& run) {
     look_at_module(run);
     const BundleFiles files(run.file());
-    if (files.none()) {
+    if (files.none() && !in_bundle(run.file())) {
         run.leave_out("registration", "there is no Info.plist, PkgInfo or Resources/" +
                                           run.file().filename().string() +
                                           ".rsrc beside the module");

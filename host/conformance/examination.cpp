@@ -113,14 +113,28 @@ host::Session Examination::open(host::SessionOptions options) const {
     return host::Session(bundle_, std::move(options));
 }
 
+const std::vector<std::string>& Examination::known_violations(host::Application application) const {
+    return violations_of_set_up.at(application);
+}
+
 Report Examination::finish() {
     const std::size_t looked_at = report_.rows.size();
+    // What was not looked at may be where a deviation shows.
+    const bool whole = report_.unexamined.empty();
+    if (!declared && !deviations_of(report_.match_name).empty()) {
+        leave_out("kept", "the effect cannot be set up");
+        return std::move(report_);
+    }
     for (const Deviation& deviation : deviations_of(report_.match_name)) {
         const std::string name(deviation.name);
         std::size_t shown = 0;
         for (std::size_t i = 0; i < looked_at; ++i) {
             const std::vector<std::string>& names = report_.rows[i].deviations;
             shown += std::find(names.begin(), names.end(), name) != names.end() ? 1U : 0U;
+        }
+        if (shown == 0 && !whole) {
+            leave_out("kept." + name, "it shows in none of the rows that could be looked at");
+            continue;
         }
         Row row;
         row.id = "kept." + name;
@@ -148,8 +162,9 @@ Report examine(const std::filesystem::path& bundle, const Options& options) {
     examine_set_up(run);
     examine_controls(run);
     examine_frames(run);
-    examine_faults(run);
+    // Faults go by what is lost without them.
     examine_leaks(run);
+    examine_faults(run);
     return run.finish();
 }
 

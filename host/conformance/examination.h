@@ -64,6 +64,9 @@ public:
     void set_match_name(const std::string& name) { report_.match_name = name; }
     /// Set by the set-up rows; nothing when the effect cannot be set up.
     std::optional<Declared> declared;
+    /// What a session without frames breaks already; set by the set-up rows.
+    const std::vector<std::string>& known_violations(host::Application application) const;
+    std::map<host::Application, std::vector<std::string>> violations_of_set_up;
     /// What the first set-up was like, from which controls and later rows go on.
     Heard set_up;
     /// Nothing when the bundle has none that can be read.
@@ -91,7 +94,7 @@ void compare_with_registration(Examination& run);
 void examine_set_up(Examination& run);
 void examine_controls(Examination& run);
 void examine_frames(Examination& run);
-void examine_faults(Examination& run);
 void examine_leaks(Examination& run);
+void examine_faults(Examination& run);
 
 }  // namespace conformance

@@ -1,9 +1,12 @@
 // Rows of frames in a host that fails: every call that a good frame makes fails in turn.
-#include <host/errors.h>
 #include <host_api/effect_interface.h>
 
+#include <algorithm>
+#include <functional>
+
 #include "examination.h"
-#include "faults.h"
+#include "fault_family.h"
+#include "frame_kinds.h"
 #include "frames.h"
 #include "growth.h"
 #include "rules.h"
@@ -13,73 +16,46 @@
 namespace conformance {
 namespace {
 
-using host::Application;
 using host::CallFault;
-using host::Depth;
 using host::FaultPlan;
 using host::Frame;
 using host::Session;
-
-/// A kind of frame to which faults happen.
-struct FaultStage {
-    const char* name;
-    const char* sent;
-    const char* stands_on;  ///< the row of the same frame without faults
-    Application application;
-    Depth depth;
-    bool plain;
-};
-
-constexpr FaultStage kStages[] = {
-    {"frame", "a float frame", "frames.float", Application::AfterEffects, Depth::Float, false},
-    {"plain-8-bit", "a plain 8-bit render", "frames.plain-8-bit", Application::AfterEffects,
-     Depth::Bits8, true},
-    {"plain-16-bit", "a plain 16-bit render", "frames.plain-16-bit", Application::AfterEffects,
-     Depth::Bits16, true},
-    {"premiere", "a render in Premiere Pro", "frames.premiere", Application::Premiere, Depth::Bits8,
-     false},
-};
 
 /// What fails in it is a fault of the frame; what it does anyway is told elsewhere.
 struct Good {
     std::vector<std::byte> picture;
     std::vector<std::string> violations;
-    int open_param_checkouts;
-};
-
-/// Frames without faults, as the rows of a stage go by them.
-struct GoodRun {
-    std::map<std::string, int> calls;
-    bool lossless;  ///< else what faults lose cannot be told from it
+    int open_param_checkouts = 0;
 };
 
 /// A session whose host fails as planned.
 class FaultySession {
 public:
-    FaultySession(const Examination& run, const FaultStage& stage)
-        : stage_(stage), session_(run.open({stage.application, plan_.filter()})) {}
+    FaultySession(const Examination& run, const FrameKind& kind)
+        : kind_(kind), session_(run.open({kind.application, plan_.filter()})) {}
 
     Frame draw() {
         const host::Scene scene = pan_scene();
-        host::RenderOptions options;
-        options.depth = stage_.depth;
-        options.plain = stage_.plain;
-        return session_.render(scene, scene.composition.frame_time(kFrame), options);
+        return session_.render(scene, scene.composition.frame_time(kFrame), kind_.options());
     }
     /// A frame with faults; whether any was delivered is told.
-    Frame draw(const std::vector<CallFault>& faults, bool* delivered = nullptr) {
+    Frame draw(const std::vector<CallFault>& faults, bool& delivered) {
         plan_.arm(faults);
         Frame frame = draw();
-        if (delivered != nullptr) {
-            *delivered = !plan_.delivered_now().empty();
-        }
+        delivered = !plan_.delivered_now().empty();
         plan_.disarm();
         return frame;
+    }
+    /// What the end of the session broke.
+    std::vector<std::string> close() {
+        session_.forget();
+        session_.close();
+        return session_.violations();
     }
     Session& session() { return session_; }
 
 private:
-    const FaultStage& stage_;
+    const FrameKind& kind_;
     FaultPlan plan_;
     Session session_;
 };
@@ -138,49 +114,128 @@ std::map<std::string, int> calls_beyond(const Frame& frame,
     return calls;
 }
 
-void play(const Examination& run, const FaultStage& stage, const FailingCall& call,
-          const GoodRun& good_run, Notes& notes) {
-    notes.doing("set-up");
-    FaultySession host(run, stage);
-    notes.doing("the frame without faults");
-    const Good good = good_frame(host);
-    Ends ends;
-    for (const CallFault& fault : call.faults()) {
-        notes.doing(text_of(fault));
-        bool delivered = false;
-        const Frame frame = host.draw({fault}, &delivered);
-        if (!delivered) {
-            continue;
-        }
-        judge(frame, call.debt(), good, ends, notes);
-        // What a fault leads to can fail too.
-        for (const FailingCall& next : failing_calls(calls_beyond(frame, good_run.calls))) {
-            const CallFault second = {next.name, 0, PF_Interrupt_CANCEL};
-            notes.doing(text_of(fault) + " and " + text_of(second));
-            judge(host.draw({fault, second}), call.debt(), good, ends, notes);
-        }
-        notes.doing(text_of(fault) + ", again and again");
-        if (good_run.lossless && !loses_handles(beyond(frame.violations, good.violations))) {
-            const Growth growth = least_growth([&] {
-                host.draw({fault});
-                host.session().forget();
+/// Frames of one kind with one call failing.
+class FaultyFrames {
+public:
+    FaultyFrames(const Examination& run, const FrameKind& kind, const FailingCall& call,
+                 const GoodRun& good_run, Notes& notes)
+        : run_(run), kind_(kind), call_(call), good_run_(good_run), notes_(notes) {}
+
+    /// Returns how many faults were delivered.
+    int play() {
+        Good good;
+        const std::vector<CallFault> late = play_in_one_session(good);
+        // What an effect does but once in a session only fails in the first frame of one.
+        for (const CallFault& fault : late) {
+            play(fault, good, [&](const auto& faults, bool& delivered) {
+                FaultySession host(run_, kind_);
+                Frame frame = host.draw(faults, delivered);
+                tell(host.close());
+                return frame;
             });
-            if (!growth.none()) {
-                notes.find("", text_of(growth));
+        }
+        notes_.say(ends_.text());
+        return ends_.faults;
+    }
+
+private:
+    using Draw = std::function<Frame(const std::vector<CallFault>&, bool& delivered)>;
+
+    /// Between good frames, which must stay the same. Returns the faults that came too late for the
+    /// calls that they are for.
+    std::vector<CallFault> play_in_one_session(Good& good) {
+        notes_.doing("set-up");
+        FaultySession host(run_, kind_);
+        notes_.doing("the frame without faults");
+        good = good_frame(host);
+        std::vector<CallFault> late;
+        for (const CallFault& fault : call_.faults()) {
+            const bool played = play(fault, good, [&](const auto& faults, bool& delivered) {
+                Frame frame = host.draw(faults, delivered);
+                // The host's own record grows with what passes.
+                host.session().forget();
+                return frame;
+            });
+            if (!played) {
+                late.push_back(fault);
             }
         }
+        notes_.doing("the frame without faults, afterwards");
+        const Frame after = host.draw();
+        if (pixels(after) != good.picture || after.violations != good.violations) {
+            notes_.find("", "afterwards the frame without faults is another");
+        }
+        notes_.doing("set-down");
+        tell(host.close());
+        return late;
     }
-    notes.doing("the frame without faults, afterwards");
-    const Frame after = host.draw();
-    if (pixels(after) != good.picture || after.violations != good.violations) {
-        notes.find("", "afterwards the frame without faults is another");
+
+    /// False when the fault could not be delivered.
+    bool play(const CallFault& fault, const Good& good, const Draw& draw) {
+        notes_.doing(text_of(fault));
+        bool delivered = false;
+        const Frame frame = draw({fault}, delivered);
+        if (!delivered) {
+            return false;
+        }
+        judge(frame, call_.debt(), good, ends_, notes_);
+        // What a fault leads to can fail too.
+        for (const FailingCall& next : failing_calls(calls_beyond(frame, good_run_.calls))) {
+            const CallFault second = {next.name, 0, PF_Interrupt_CANCEL};
+            notes_.doing(text_of(fault) + " and " + text_of(second));
+            judge(draw({fault, second}, delivered), call_.debt(), good, ends_, notes_);
+        }
+        if (good_run_.lossless && !loses_handles(beyond(frame.violations, good.violations))) {
+            const Growth growth = least_growth([&] {
+                notes_.doing(text_of(fault) + ", again and again");
+                draw({fault}, delivered);
+            });
+            if (!growth.none()) {
+                notes_.find("", text_of(growth));
+            }
+        }
+        return true;
     }
-    host.session().close();
-    notes.say(ends.text());
+
+    void tell(const std::vector<std::string>& at_set_down) {
+        for (const std::string& violation : beyond_at_set_down(at_set_down, good_run_.violations)) {
+            notes_.find("", violation, deviation_under_faults(violation));
+        }
+    }
+
+    const Examination& run_;
+    const FrameKind& kind_;
+    const FailingCall& call_;
+    const GoodRun& good_run_;
+    Notes& notes_;
+    Ends ends_;
+};
+
+/// Two frames of a session: an effect may do things but once, or from the second frame on.
+GoodRun play_well(const Examination& run, const FrameKind& kind, Notes& notes) {
+    notes.doing("set-up");
+    Session session = run.open({kind.application, nullptr});
+    const host::Scene scene = pan_scene();
+    GoodRun good;
+    for (int i = 0; i < 2; ++i) {
+        notes.doing(kind.sent);
+        const Frame frame =
+            session.render(scene, scene.composition.frame_time(kFrame), kind.options());
+        if (frame.status != PF_Err_NONE) {
+            notes.find("", status_text(frame));
+        }
+        for (const auto& [call, count] : host::calls_that_can_fail(frame.calls)) {
+            good.calls[call] = std::max(good.calls[call], count);
+        }
+    }
+    notes.doing("set-down");
+    session.close();
+    good.violations = session.violations();
+    return good;
 }
 
-const char* promise(Debt debt) {
-    switch (debt) {
+const char* promise(const FailingCall& call) {
+    switch (call.debt()) {
         case Debt::Error:
             return "an error; all is given back";
         case Debt::ErrorOrFallback:
@@ -188,34 +243,7 @@ const char* promise(Debt debt) {
         case Debt::Nothing:
             break;
     }
-    return "it goes on; all is given back";
-}
-
-void examine_stage(Examination& run, const FaultStage& stage) {
-    const std::string family = "faults." + std::string(stage.name);
-    const Heard heard = run.probe([&](Notes& notes) {
-        FaultySession host(run, stage);
-        notes.keep("calls", host::calls_that_can_fail(host.draw().calls));
-        const Growth growth = least_growth([&] {
-            host.draw();
-            host.session().forget();
-        });
-        notes.keep("lossless", growth.none());
-    });
-    if (!heard.kept.contains("lossless")) {
-        run.leave_out(family, "the frame without faults does not come back");
-        return;
-    }
-    const GoodRun good{heard.kept["calls"], heard.kept["lossless"]};
-    if (!good.lossless) {
-        run.leave_out(family + ", memory", "the frame without faults loses some too");
-    }
-    for (const FailingCall& call : failing_calls(good.calls)) {
-        const std::string id = family + "." + call.slug();
-        const std::string sent = std::string(stage.sent) + "; " + call.sent();
-        run.enter({id, sent, promise(call.debt())},
-                  run.probe([&](Notes& notes) { play(run, stage, call, good, notes); }));
-    }
+    return "an error, or it goes on; all is given back";
 }
 
 }  // namespace
@@ -226,14 +254,17 @@ void examine_faults(Examination& run) {
         return;
     }
     examine_set_up_faults(run);
-    for (const FaultStage& stage : kStages) {
-        if (run.stands(stage.stands_on)) {
-            examine_stage(run, stage);
-        } else {
-            run.leave_out("faults." + std::string(stage.name),
-                          "the frame without faults fails or is not drawn, see " +
-                              std::string(stage.stands_on));
-        }
+    for (const FrameKind& kind : frame_kinds(*run.declared)) {
+        examine_family(run, {kind.name,
+                             kind.sent,
+                             kind.row(),
+                             {"leaks." + kind.name,
+                              "leaks.sessions" + std::string(identity_of(kind.application).suffix)},
+                             promise,
+                             [&](Notes& notes) { return play_well(run, kind, notes); },
+                             [&](const FailingCall& call, const GoodRun& good, Notes& notes) {
+                                 return FaultyFrames(run, kind, call, good, notes).play();
+                             }});
     }
 }
 

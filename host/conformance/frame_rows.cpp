@@ -3,9 +3,8 @@
 #include <host/instance.h>
 #include <host_api/effect_interface.h>
 
-#include <functional>
-
 #include "examination.h"
+#include "frame_kinds.h"
 #include "frames.h"
 #include "rules.h"
 #include "stage.h"
@@ -14,181 +13,226 @@ namespace conformance {
 namespace {
 
 using host::Application;
-using host::Depth;
 using host::EffectInstance;
 using host::Frame;
 using host::PreRender;
 using host::RenderOptions;
 using host::Session;
 
-host::Time frame_time(const host::Scene& scene) { return scene.composition.frame_time(kFrame); }
+constexpr char kDrawn[] = "status 0, every pixel drawn";
 
-Frame draw(Session& session, const RenderOptions& options, const host::Scene& scene = pan_scene()) {
-    return session.render(scene, frame_time(scene), options);
+struct FrameRow;
+
+/// A row's frames being made.
+class Stage {
+public:
+    Stage(const FrameRow& row, Session& session, Notes& notes)
+        : row_(row), session_(session), notes_(notes) {}
+
+    /// The row's own wishes.
+    RenderOptions options() const;
+    Frame draw(const RenderOptions& options, const host::Scene& scene = pan_scene());
+    /// What follows has the time of one step.
+    void begin_step();
+    void inspect(const Frame& frame, Drawing drawing);
+    void find(std::string_view text) { notes_.find("", text); }
+    void say(std::string_view text) { notes_.say(text); }
+    const FrameRow& row() const { return row_; }
+    Session& session() { return session_; }
+
+private:
+    const FrameRow& row_;
+    Session& session_;
+    Notes& notes_;
+    int layers_left_ = 0;
+};
+
+struct FrameRow {
+    std::string id;
+    std::string sent;
+    std::string promise;
+    FrameKind kind;
+    Drawing drawing;
+    void (*play)(Stage& stage);
+};
+
+RenderOptions Stage::options() const { return row_.kind.options(); }
+
+void Stage::begin_step() { notes_.doing(row_.sent); }
+
+Frame Stage::draw(const RenderOptions& options, const host::Scene& scene) {
+    begin_step();
+    return session_.render(scene, scene.composition.frame_time(kFrame), options);
 }
 
-using Play = std::function<void(Session&, Notes&)>;
-
-Play one_frame(const RenderOptions& options, Drawing drawing = Drawing::Whole) {
-    return [=](Session& session, Notes& notes) { inspect(draw(session, options), drawing, notes); };
+void Stage::inspect(const Frame& frame, Drawing drawing) {
+    conformance::inspect(frame, drawing, notes_);
+    layers_left_ += frame.open_layer_checkouts;
+    notes_.keep("layers left", layers_left_);
 }
 
-RenderOptions at(Depth depth, bool plain = false) {
-    RenderOptions options;
-    options.depth = depth;
-    options.plain = plain;
-    return options;
-}
+void play_one(Stage& stage) { stage.inspect(stage.draw(stage.options()), stage.row().drawing); }
 
-void play_one_pixel(Session& session, Notes& notes) {
-    RenderOptions options;
+void play_one_pixel(Stage& stage) {
+    RenderOptions options = stage.options();
     options.width = options.height = 1;
-    inspect(draw(session, options), Drawing::Whole, notes);
+    stage.inspect(stage.draw(options), Drawing::Whole);
 }
 
-void play_part(Session& session, Notes& notes) {
-    RenderOptions options;
+void play_part(Stage& stage) {
+    RenderOptions options = stage.options();
     options.region = host::Rect{7, 5, 29, 16};
-    inspect(draw(session, options), Drawing::Whole, notes);
+    stage.inspect(stage.draw(options), Drawing::Whole);
 }
 
-void play_empty_request(Session& session, Notes& notes) {
-    const host::Rect whole = draw(session, {}).max_result_rect;
-    RenderOptions options;
+void play_empty_request(Stage& stage) {
+    const Frame whole = stage.draw(stage.options());
+    stage.inspect(whole, Drawing::Whole);
+    RenderOptions options = stage.options();
     options.region = host::Rect{};
-    const Frame frame = draw(session, options);
-    inspect(frame, Drawing::NotAsked, notes);
-    if (!(frame.max_result_rect == whole)) {
-        notes.find("", "the largest result depends on the request");
+    const Frame frame = stage.draw(options);
+    stage.inspect(frame, Drawing::NotAsked);
+    if (!(frame.max_result_rect == whole.max_result_rect)) {
+        stage.find("the largest result depends on the request");
     }
-    notes.say("status 0, the same largest result");
+    stage.say("status 0, the same largest result");
 }
 
-void play_without_camera(Session& session, Notes& notes) {
+void play_without_camera(Stage& stage) {
     host::Scene scene = pan_scene();
     scene.camera = nullptr;
-    inspect(draw(session, {}, scene), Drawing::Whole, notes);
+    stage.inspect(stage.draw(stage.options(), scene), Drawing::Whole);
 }
 
-void play_without_blur(Session& session, Notes& notes) {
+void play_without_blur(Stage& stage) {
     host::Scene scene = pan_scene();
     scene.composition.motion_blur = false;
-    inspect(draw(session, {}, scene), Drawing::Whole, notes);
+    stage.inspect(stage.draw(stage.options(), scene), Drawing::Whole);
 }
 
-void play_again(Session& session, Notes& notes) {
-    const Frame first = draw(session, {});
-    const Frame second = draw(session, {});
-    inspect(second, Drawing::Whole, notes);
+/// The frame once more, with other wishes.
+void play_twice(Stage& stage, const RenderOptions& options, const char* difference) {
+    const Frame first = stage.draw(stage.options());
+    stage.inspect(first, Drawing::Whole);
+    const Frame second = stage.draw(options);
+    stage.inspect(second, Drawing::Whole);
     if (pixels(first) != pixels(second)) {
-        notes.find("", "the second picture differs from the first");
+        stage.find(difference);
     }
-    notes.say("status 0, the same pixels");
+    stage.say("status 0, the same pixels");
 }
 
-void play_other_rows(Session& session, Notes& notes) {
-    const Frame first = draw(session, {});
-    RenderOptions options;
+void play_again(Stage& stage) {
+    play_twice(stage, stage.options(), "the second picture differs from the first");
+}
+
+void play_other_rows(Stage& stage) {
+    RenderOptions options = stage.options();
     options.output_padding = 100;
     options.input_padding = 0;
-    const Frame second = draw(session, options);
-    inspect(second, Drawing::Whole, notes);
-    if (pixels(first) != pixels(second)) {
-        notes.find("", "the picture depends on the length of a row");
-    }
-    notes.say("status 0, the same pixels");
+    play_twice(stage, options, "the picture depends on the length of a row");
 }
 
-void play_no_render(Session& session, Notes& notes) {
-    RenderOptions options;
+void play_no_render(Stage& stage) {
+    RenderOptions options = stage.options();
     options.render_follows = false;
-    inspect(draw(session, options), Drawing::NotAsked, notes);
+    stage.inspect(stage.draw(options), Drawing::NotAsked);
 }
 
 /// Two layers in time of their own, pre-rendered one after the other and rendered the other way
 /// round.
-void play_interleaved(Session& session, Notes& notes) {
+void play_interleaved(Stage& stage) {
     host::Project project(pan_scene());
     project.layers.push_back(project.layers.front());
     project.layers.back().start = {1, 8};
     project.layers.back().stretch = {3, 2};
     const host::Time time = project.composition.frame_time(kFrame);
-    EffectInstance below(session, project, 0);
-    EffectInstance above(session, project, 1);
-    const std::vector<std::byte> alone = pixels(below.render(time));
-    PreRender first = below.pre_render(time);
-    PreRender second = above.pre_render(time);
+    EffectInstance below(stage.session(), project, 0);
+    EffectInstance above(stage.session(), project, 1);
+    const auto step = [&](const auto& make) {
+        stage.begin_step();
+        return make();
+    };
+    const Frame alone = step([&] { return below.render(time, stage.options()); });
+    stage.inspect(alone, Drawing::Whole);
+    PreRender first = step([&] { return below.pre_render(time, stage.options()); });
+    PreRender second = step([&] { return above.pre_render(time, stage.options()); });
     if (!first.renderable() || !second.renderable()) {
-        notes.find("", "a pre-render cannot be rendered: " + status_text(first.frame()));
+        stage.find("a pre-render cannot be rendered: " + status_text(first.frame()));
         return;
     }
-    inspect(above.render(second), Drawing::Whole, notes);
+    stage.inspect(step([&] { return above.render(second); }), Drawing::Whole);
     second.discard();
-    const Frame late = below.render(first);
-    inspect(late, Drawing::Whole, notes);
+    const Frame late = step([&] { return below.render(first); });
+    stage.inspect(late, Drawing::Whole);
     first.discard();
-    if (pixels(late) != alone) {
-        notes.find("", "the picture differs from that of the layer alone");
+    if (pixels(late) != pixels(alone)) {
+        stage.find("the picture differs from that of the layer alone");
     }
-    notes.say("status 0, the same pixels as alone");
+    stage.say("status 0, the same pixels as alone");
 }
 
-struct FramePlay {
+/// What a smart effect does most with: played at its deepest.
+struct SmartPlay {
     RowText text;
-    Play play;
-    Application application = Application::AfterEffects;
+    void (*play)(Stage& stage);
 };
 
-constexpr char kDrawn[] = "status 0, every pixel drawn";
+constexpr SmartPlay kSmartPlays[] = {
+    {{"frames.still", "a frame without motion blur", kDrawn}, play_without_blur},
+    {{"frames.no-camera", "a frame without a camera", kDrawn}, play_without_camera},
+    {{"frames.one-pixel", "a frame of one pixel", kDrawn}, play_one_pixel},
+    {{"frames.part", "a part of a frame", kDrawn}, play_part},
+    {{"frames.empty", "a pre-render that asks for no pixels",
+      "status 0, the largest result as for a whole frame"},
+     play_empty_request},
+    {{"frames.no-render", "a pre-render without a render", "status 0, no render needed"},
+     play_no_render},
+    {{"frames.again", "the same frame twice", "the same pixels"}, play_again},
+    {{"frames.rows", "a frame with longer rows", "the same pixels"}, play_other_rows},
+    {{"frames.interleaved", "two layers, rendered in another order than pre-rendered",
+      "the same pixels as alone"},
+     play_interleaved},
+};
 
-void add_smart(std::vector<FramePlay>& all, const Declared& declared) {
-    const bool floats = declared.has2(PF_OutFlag2_FLOAT_COLOR_AWARE);
-    all.push_back({{"frames.8-bit", "an 8-bit frame", kDrawn}, one_frame(at(Depth::Bits8))});
-    if (declared.has(PF_OutFlag_DEEP_COLOR_AWARE)) {
-        all.push_back({{"frames.16-bit", "a 16-bit frame", kDrawn}, one_frame(at(Depth::Bits16))});
+std::vector<FrameRow> frame_rows(const Declared& declared) {
+    const std::vector<FrameKind> kinds = frame_kinds(declared);
+    const FrameKind* const deep = deepest(kinds);
+    std::vector<FrameRow> rows;
+    for (const FrameKind& kind : kinds) {
+        // With smart rendering at hand the plain commands need not draw, outside Premiere Pro.
+        const bool may_rest = kind.plain && deep != nullptr;
+        rows.push_back({kind.row(), kind.sent,
+                        may_rest ? "status 0, all pixels drawn or none" : kDrawn, kind,
+                        may_rest ? Drawing::WholeOrNone : Drawing::Whole, play_one});
     }
-    if (!floats) {
-        return;
+    if (deep != nullptr) {
+        for (const SmartPlay& play : kSmartPlays) {
+            rows.push_back({std::string(play.text.id), std::string(play.text.sent),
+                            std::string(play.text.promise), *deep, Drawing::Whole, play.play});
+        }
     }
-    const FramePlay plays[] = {
-        {{"frames.float", "a float frame", kDrawn}, one_frame({})},
-        {{"frames.still", "a frame without motion blur", kDrawn}, play_without_blur},
-        {{"frames.no-camera", "a frame without a camera", kDrawn}, play_without_camera},
-        {{"frames.one-pixel", "a frame of one pixel", kDrawn}, play_one_pixel},
-        {{"frames.part", "a part of a frame", kDrawn}, play_part},
-        {{"frames.empty", "a pre-render that asks for no pixels",
-          "status 0, the largest result as for a whole frame"},
-         play_empty_request},
-        {{"frames.no-render", "a pre-render without a render", "status 0, no render needed"},
-         play_no_render},
-        {{"frames.again", "the same frame twice", "the same pixels"}, play_again},
-        {{"frames.rows", "a frame with longer rows", "the same pixels"}, play_other_rows},
-        {{"frames.interleaved", "two layers, rendered in another order than pre-rendered",
-          "the same pixels as alone"},
-         play_interleaved},
-    };
-    all.insert(all.end(), std::begin(plays), std::end(plays));
+    return rows;
 }
 
-std::vector<FramePlay> plays(const Declared& declared) {
-    std::vector<FramePlay> all;
-    const bool smart = declared.has2(PF_OutFlag2_SUPPORTS_SMART_RENDER);
-    if (smart) {
-        add_smart(all, declared);
-    }
-    // With smart rendering at hand the plain commands need not draw, outside Premiere Pro.
-    const Drawing drawing = smart ? Drawing::WholeOrNone : Drawing::Whole;
-    const char* const promise = smart ? "status 0, all pixels drawn or none" : kDrawn;
-    all.push_back({{"frames.plain-8-bit", "a plain 8-bit render", promise},
-                   one_frame(at(Depth::Bits8, true), drawing)});
-    if (declared.has(PF_OutFlag_DEEP_COLOR_AWARE)) {
-        all.push_back({{"frames.plain-16-bit", "a plain 16-bit render", promise},
-                       one_frame(at(Depth::Bits16, true), drawing)});
-    }
-    all.push_back({{"frames.premiere", "a plain 8-bit render in Premiere Pro", kDrawn},
-                   one_frame(at(Depth::Bits8)),
-                   Application::Premiere});
-    return all;
+/// All that the session broke: with its frames, between them and in the end.
+void play(const Examination& run, const FrameRow& row, Notes& notes) {
+    const std::vector<std::string>& known = run.known_violations(row.kind.application);
+    const auto tell = [&](const std::vector<std::string>& violations) {
+        for (const std::string& violation : violations) {
+            notes.find(rule_of(violation), violation);
+        }
+    };
+    notes.doing("set-up");
+    Session session = run.open({row.kind.application, nullptr});
+    Stage stage(row, session, notes);
+    row.play(stage);
+    const std::vector<std::string> told = session.violations();
+    tell(beyond(told, known));
+    notes.doing("set-down");
+    session.forget();
+    session.close();
+    tell(beyond_at_set_down(beyond(session.violations(), known), told));
 }
 
 /// The same finding of several frames once, with their number.
@@ -233,9 +277,6 @@ void inspect(const Frame& frame, Drawing drawing, Notes& notes) {
     if (frame.status == PF_Err_NONE && frame.message.is_error) {
         notes.find("messages", "an error message with status 0: " + frame.message.text);
     }
-    for (const std::string& violation : frame.violations) {
-        notes.find(rule_of(violation), violation);
-    }
     if (frame.open_param_checkouts != 0) {
         notes.find(
             "parameters",
@@ -258,31 +299,24 @@ void examine_frames(Examination& run) {
         return;
     }
     std::vector<Finding> found;
-    for (const FramePlay& play : plays(*run.declared)) {
-        const Heard heard = run.probe([&](Notes& notes) {
-            notes.doing("set-up");
-            host::SessionOptions options;
-            options.application = play.application;
-            Session session = run.open(options);
-            notes.doing(play.text.sent);
-            play.play(session, notes);
-            // What is still held then was told with the frame.
-            notes.doing("set-down");
-            session.close();
-        });
-        run.enter(play.text, heard);
-        for (const Finding& finding : heard.findings) {
-            if (!finding.rule.empty()) {
-                found.push_back(finding);
-            }
-        }
+    int layers_left = 0;
+    for (const FrameRow& row : frame_rows(*run.declared)) {
+        const Heard heard = run.probe([&](Notes& notes) { play(run, row, notes); });
+        run.enter({row.id, row.sent, row.promise}, heard);
+        std::copy_if(heard.findings.begin(), heard.findings.end(), std::back_inserter(found),
+                     [](const Finding& finding) { return !finding.rule.empty(); });
+        layers_left += heard.kept.value("layers left", 0);
     }
     for (const Rule& rule : kRules) {
         std::vector<Finding> broken;
         std::copy_if(found.begin(), found.end(), std::back_inserter(broken),
                      [&](const Finding& finding) { return finding.rule == rule.name; });
         const std::string id = "frames." + std::string(rule.name);
-        run.enter({id, "all of these frames", rule.promise}, counted(broken), "kept");
+        // Layers need not be checked in: a host takes them back when the render returns.
+        const bool told = rule.name == "layers" && layers_left != 0;
+        run.enter({id, "all of these frames", rule.promise}, counted(broken),
+                  told ? "kept; " + std::to_string(layers_left) + " left for the host to take back"
+                       : "kept");
     }
 }
 

@@ -2,14 +2,17 @@
 #include <host/module.h>
 #include <host_api/effect_interface.h>
 
+#include <algorithm>
+
 #include "examination.h"
+#include "frame_kinds.h"
 #include "growth.h"
 #include "stage.h"
 
 namespace conformance {
 namespace {
 
-using host::Depth;
+using host::Application;
 using host::Session;
 
 void tell(const Growth& growth, Notes& notes) {
@@ -19,19 +22,18 @@ void tell(const Growth& growth, Notes& notes) {
     notes.say("nothing lost");
 }
 
-void lose_frames(const Examination& run, Notes& notes) {
-    const bool smart = run.declared->has2(PF_OutFlag2_SUPPORTS_SMART_RENDER);
-    Session session = run.open();
+void lose_frames(const Examination& run, const FrameKind& kind, Notes& notes) {
+    Session session = run.open({kind.application, nullptr});
     const host::Scene scene = pan_scene();
     int frame = 0;
     const Growth growth = least_growth([&] {
-        notes.doing("a frame");
-        host::RenderOptions options;
-        options.depth = Depth::Bits8;
         const host::Time time = scene.composition.frame_time(frame++);
+        host::RenderOptions options = kind.options();
+        notes.doing(kind.sent);
         session.render(scene, time, options);
-        if (smart) {
+        if (kind.smart) {
             options.render_follows = false;
+            notes.doing(kind.sent + " without its render");
             session.render(scene, time, options);
         }
         // The host's own record grows with what passes.
@@ -40,38 +42,42 @@ void lose_frames(const Examination& run, Notes& notes) {
     tell(growth, notes);
 }
 
-void lose_questions(const Examination& run, Notes& notes) {
-    Session session = run.open();
+void lose_questions(const Examination& run, Application application, Notes& notes) {
+    Session session = run.open({application, nullptr});
     const bool asked = run.declared->has(PF_OutFlag_I_HAVE_EXTERNAL_DEPENDENCIES);
     const Growth growth = least_growth([&] {
-        notes.doing("about and dependencies");
+        notes.doing("about");
         session.about();
         for (int kind = 0; asked && kind <= PF_DepCheckType_MISSING_DEPENDENCIES; ++kind) {
+            notes.doing("dependencies");
             session.dependencies(kind);
         }
-        session.command(PF_Cmd_SEQUENCE_SETDOWN);
-        session.command(PF_Cmd_SEQUENCE_SETUP);
+        for (const std::int32_t sequence : {PF_Cmd_SEQUENCE_SETDOWN, PF_Cmd_SEQUENCE_SETUP}) {
+            notes.doing("a sequence");
+            session.command(sequence);
+        }
         session.forget();
     });
     tell(growth, notes);
 }
 
-void lose_sessions(const Examination& run, Notes& notes) {
+void lose_sessions(const Examination& run, Application application, Notes& notes) {
     const Growth growth = least_growth([&] {
-        notes.doing("loading, set-up, set-down, unloading");
-        Session session = run.open();
+        notes.doing("loading and set-up");
+        Session session = run.open({application, nullptr});
+        notes.doing("set-down and unloading");
         session.close();
     });
     tell(growth, notes);
 }
 
-void stay(const Examination& run, Notes& notes) {
-    notes.doing("loading, a frame, unloading");
-    Session session = run.open();
-    host::RenderOptions options;
-    options.depth = Depth::Bits8;
+void stay(const Examination& run, const FrameKind& kind, Notes& notes) {
+    notes.doing("loading and set-up");
+    Session session = run.open({kind.application, nullptr});
     const host::Scene scene = pan_scene();
-    session.render(scene, scene.composition.frame_time(kFrame), options);
+    notes.doing(kind.sent);
+    session.render(scene, scene.composition.frame_time(kFrame), kind.options());
+    notes.doing("set-down and unloading");
     session.close();
     if (host::is_resident(run.file())) {
         notes.find("", "the module is still there after it was unloaded");
@@ -79,28 +85,61 @@ void stay(const Examination& run, Notes& notes) {
     notes.say("nothing of it is there");
 }
 
-struct LeakProbe {
-    RowText text;
-    void (*play)(const Examination& run, Notes& notes);
-    bool needs_frames;
-};
-
 constexpr char kNothingLost[] = "no memory or descriptor is lost every time";
 
-constexpr LeakProbe kProbes[] = {
-    {{"leaks.frames", "frame after frame, with and without a render", kNothingLost},
-     lose_frames,
-     true},
-    {{"leaks.questions", "questions and sequences, again and again", kNothingLost},
-     lose_questions,
-     false},
-    {{"leaks.sessions", "load, set-up, set-down, unload, again and again", kNothingLost},
-     lose_sessions,
-     false},
-    {{"leaks.unload", "unload after a frame", "nothing of the module stays in the process"},
-     stay,
-     true},
+void examine_frame_leaks(Examination& run, const FrameKind& kind) {
+    const std::string id = "leaks." + kind.name;
+    if (!run.stands(kind.row())) {
+        run.leave_out(id, "a frame fails, see " + kind.row());
+    } else if (!run.stands("frames.handles")) {
+        run.leave_out(id, "the handles lost would count as memory, see frames.handles");
+    } else {
+        const std::string sent =
+            kind.sent +
+            (kind.smart ? ", again and again, with and without a render" : ", again and again");
+        run.enter({id, sent, kNothingLost},
+                  run.probe([&](Notes& notes) { lose_frames(run, kind, notes); }));
+    }
+}
+
+struct SessionProbe {
+    RowText text;
+    void (*play)(const Examination& run, Application application, Notes& notes);
 };
+
+constexpr SessionProbe kSessionProbes[] = {
+    {{"leaks.questions", "questions and sequences, again and again", kNothingLost}, lose_questions},
+    {{"leaks.sessions", "load, set-up, set-down, unload, again and again", kNothingLost},
+     lose_sessions},
+};
+
+/// As one application: sessions, and the module after a frame.
+void examine_session_leaks(Examination& run, const Identity& identity,
+                           const std::vector<FrameKind>& kinds) {
+    const std::string suffix(identity.suffix);
+    const std::string words(identity.words);
+    for (const SessionProbe& probe : kSessionProbes) {
+        const std::string id = std::string(probe.text.id) + suffix;
+        if (run.stands(identity.set_up_row)) {
+            run.enter(
+                {id, std::string(probe.text.sent) + words, probe.text.promise},
+                run.probe([&](Notes& notes) { probe.play(run, identity.application, notes); }));
+        } else {
+            run.leave_out(id, "the effect cannot be set up");
+        }
+    }
+    const auto kind = std::find_if(kinds.begin(), kinds.end(), [&](const FrameKind& one) {
+        return one.application == identity.application;
+    });
+    const std::string id = "leaks.unload" + suffix;
+    if (run.stands(kind->row())) {
+        run.enter(
+            {id, "unload after a frame" + words, "nothing of the module stays in the process"},
+            run.probe([&](Notes& notes) { stay(run, *kind, notes); }));
+    } else {
+        run.leave_out(id, "a frame fails, see " + kind->row());
+    }
+}
 
 }  // namespace
 
@@ -109,17 +148,12 @@ void examine_leaks(Examination& run) {
         run.leave_out("leaks", "the effect cannot be set up");
         return;
     }
-    const bool smart = run.declared->has2(PF_OutFlag2_SUPPORTS_SMART_RENDER);
-    const std::string frame = smart ? "frames.8-bit" : "frames.plain-8-bit";
-    for (const LeakProbe& probe : kProbes) {
-        const std::string id(probe.text.id);
-        if (probe.needs_frames && !run.stands(frame)) {
-            run.leave_out(id, "a frame fails, see " + frame);
-        } else if (id == "leaks.frames" && !run.stands("frames.handles")) {
-            run.leave_out(id, "the handles lost would count as memory, see frames.handles");
-        } else {
-            run.enter(probe.text, run.probe([&](Notes& notes) { probe.play(run, notes); }));
-        }
+    const std::vector<FrameKind> kinds = frame_kinds(*run.declared);
+    for (const FrameKind& kind : kinds) {
+        examine_frame_leaks(run, kind);
+    }
+    for (const Identity& identity : kIdentities) {
+        examine_session_leaks(run, identity, kinds);
     }
 }
 

@@ -14,6 +14,8 @@ struct Sign {
 constexpr Sign kRuleSigns[] = {
     {"wrote outside the", "bounds"},
     {"wrote to the input layer's pixels", "input"},
+    {"checkout_layer_pixels: the id", "layers"},
+    {"checkin_layer_pixels: the id", "layers"},
     {"than it was released", "suites"},
     {"host handles were not disposed of", "handles"},
     {"data without a deleter", "deleter"},
@@ -61,6 +63,18 @@ std::vector<std::string> beyond(const std::vector<std::string>& violations,
                  [&](const std::string& one) {
                      return std::find(known.begin(), known.end(), one) == known.end();
                  });
+    return rest;
+}
+
+std::vector<std::string> beyond_at_set_down(const std::vector<std::string>& violations,
+                                            const std::vector<std::string>& known) {
+    std::vector<std::string> rest = beyond(violations, known);
+    for (const std::string_view held : {"suites", "handles"}) {
+        const auto breaks = [=](const std::string& one) { return rule_of(one) == held; };
+        if (std::any_of(known.begin(), known.end(), breaks)) {
+            std::erase_if(rest, breaks);
+        }
+    }
     return rest;
 }
 

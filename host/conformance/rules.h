@@ -21,6 +21,7 @@ struct Rule {
 inline constexpr Rule kRules[] = {
     {"bounds", "writes stay inside the pixels of the output"},
     {"input", "the input layer's pixels stay as they are"},
+    {"layers", "layers are fetched once, and checked in once at most"},
     {"suites", "each suite acquired is released"},
     {"handles", "each handle made is disposed of"},
     {"parameters", "each parameter checked out is checked in"},
@@ -44,5 +45,10 @@ bool loses_handles(const std::vector<std::string>& violations);
 /// Of `violations` those that are not in `known`.
 std::vector<std::string> beyond(const std::vector<std::string>& violations,
                                 const std::vector<std::string>& known);
+
+/// The same for those of a set-down, where what is still held is told with its number: without what
+/// was told as not given back, whatever the number.
+std::vector<std::string> beyond_at_set_down(const std::vector<std::string>& violations,
+                                            const std::vector<std::string>& known);
 
 }  // namespace conformance

@@ -3,91 +3,95 @@
 #include <host/errors.h>
 #include <host_api/effect_interface.h>
 
-#include "faults.h"
+#include "fault_family.h"
 #include "growth.h"
 #include "rules.h"
+#include "stage.h"
 
 namespace conformance {
 namespace {
 
-using host::Application;
 using host::FaultPlan;
 using host::Session;
 
-struct SetUpStage {
-    const char* name;
-    const char* sent;
-    Application application;
-};
-
-constexpr SetUpStage kStages[] = {
-    {"set-up", "set-up and questions", Application::AfterEffects},
-    {"set-up-premiere", "set-up and questions in Premiere Pro", Application::Premiere},
-};
-
 /// What a session without frames came to.
 struct Course {
-    bool refused = false;  ///< by an error at set-up
-    int errors = 0;        ///< answers that are one
+    bool refused = false;             ///< by an error at set-up
+    std::vector<std::string> errors;  ///< answers that are one
     std::vector<host::Call> calls;
     std::vector<std::string> violations;
 };
 
-Course play(const Examination& run, const SetUpStage& stage, const host::CallFilter& filter) {
+/// Tells its steps under what happens to it.
+Course play(const Examination& run, const Identity& identity, const host::CallFilter& filter,
+            const std::string& what, Notes& notes) {
     Course course;
+    const auto step = [&](const char* name) { notes.doing(std::string(name) + "; " + what); };
     try {
-        Session session = run.open({stage.application, filter});
-        const auto ask = [&](const auto& question) {
+        step("set-up");
+        Session session = run.open({identity.application, filter});
+        const auto ask = [&](const char* name, const auto& question) {
+            step(name);
             try {
                 question();
-            } catch (const host::EffectError&) {
-                ++course.errors;
+            } catch (const host::EffectError& error) {
+                course.errors.emplace_back(error.what());
             }
         };
-        ask([&] { session.about(); });
+        ask("about", [&] { session.about(); });
         if (run.declared->has(PF_OutFlag_I_HAVE_EXTERNAL_DEPENDENCIES)) {
             for (const int kind : {PF_DepCheckType_NONE, PF_DepCheckType_ALL_DEPENDENCIES,
                                    PF_DepCheckType_MISSING_DEPENDENCIES}) {
-                ask([&] { session.dependencies(kind); });
+                ask("dependencies", [&] { session.dependencies(kind); });
             }
         }
-        ask([&] { session.close(); });
+        ask("set-down", [&] { session.close(); });
         course.calls = session.calls();
         course.violations = session.violations();
     } catch (const host::EffectError& error) {
         course.refused = true;
-        ++course.errors;
+        course.errors.emplace_back(error.what());
         course.violations = error.violations();
     }
     return course;
 }
 
-void play_faults(const Examination& run, const SetUpStage& stage, const FailingCall& call,
-                 bool lossless, Notes& notes) {
+GoodRun play_well(const Examination& run, const Identity& identity, Notes& notes) {
+    const Course course = play(run, identity, nullptr, "nothing fails", notes);
+    for (const std::string& error : course.errors) {
+        notes.find("", error);
+    }
+    return {host::calls_that_can_fail(course.calls), course.violations};
+}
+
+int play_faults(const Examination& run, const Identity& identity, const FailingCall& call,
+                const GoodRun& good, Notes& notes) {
     FaultPlan plan;
-    const auto session = [&] { return play(run, stage, plan.filter()); };
-    notes.doing("a session without faults");
-    const std::vector<std::string> known = session().violations;
+    const auto session = [&](const std::string& what) {
+        return play(run, identity, plan.filter(), what, notes);
+    };
     int faults = 0;
     int errors = 0;
     for (const host::CallFault& fault : call.faults()) {
-        notes.doing(text_of(fault));
         plan.arm({fault});
-        const Course course = session();
+        const Course course = session(text_of(fault));
+        if (plan.delivered_now().empty()) {
+            continue;
+        }
         ++faults;
-        errors += course.errors != 0 ? 1 : 0;
+        errors += course.errors.empty() ? 0 : 1;
         // A control that is not there moves all that follow.
         if (call.name == "add_param" && !course.refused) {
             notes.find("", text_of(fault) + ": set-up goes on with status 0");
         }
-        const std::vector<std::string> broken = beyond(course.violations, known);
+        const std::vector<std::string> broken = beyond(course.violations, good.violations);
         for (const std::string& violation : broken) {
             notes.find("", violation);
         }
-        if (lossless && !loses_handles(broken)) {
+        if (good.lossless && !loses_handles(broken)) {
             const Growth growth = least_growth([&] {
                 plan.arm({fault});
-                session();
+                session(text_of(fault) + ", again and again");
             });
             if (!growth.none()) {
                 notes.find("", text_of(growth));
@@ -95,45 +99,34 @@ void play_faults(const Examination& run, const SetUpStage& stage, const FailingC
         }
     }
     plan.disarm();
-    notes.doing("a session without faults, afterwards");
-    const Course after = session();
-    if (after.errors != 0 || after.violations != known) {
+    const Course after = session("nothing fails any more");
+    if (!after.errors.empty() || after.violations != good.violations) {
         notes.find("", "afterwards a session without faults is another");
     }
     notes.say(std::to_string(faults) + (faults == 1 ? " fault: " : " faults: ") +
               std::to_string(errors) + " answered with an error");
+    return faults;
+}
+
+const char* promise(const FailingCall& call) {
+    return call.name == "add_param" ? "an error; all is given back"
+                                    : "an error, or it goes on; all is given back";
 }
 
 }  // namespace
 
 void examine_set_up_faults(Examination& run) {
-    for (const SetUpStage& stage : kStages) {
-        const std::string family = "faults." + std::string(stage.name);
-        const Heard heard = run.probe([&](Notes& notes) {
-            const Course course = play(run, stage, nullptr);
-            if (course.errors == 0) {
-                notes.keep("calls", host::calls_that_can_fail(course.calls));
-                notes.keep("lossless", least_growth([&] { play(run, stage, nullptr); }).none());
-            }
-        });
-        if (!heard.kept.contains("lossless")) {
-            run.leave_out(family, "set-up or a question fails without faults, see setup");
-            continue;
-        }
-        const std::map<std::string, int> calls = heard.kept["calls"];
-        const bool lossless = heard.kept["lossless"];
-        if (!lossless) {
-            run.leave_out(family + ", memory", "a session without faults loses some too");
-        }
-        for (const FailingCall& call : failing_calls(calls)) {
-            const std::string id = family + "." + call.slug();
-            const std::string sent = std::string(stage.sent) + "; " + call.sent();
-            run.enter(
-                {id, sent,
-                 call.name == "add_param" ? "an error; all is given back"
-                                          : "an error, or it goes on; all is given back"},
-                run.probe([&](Notes& notes) { play_faults(run, stage, call, lossless, notes); }));
-        }
+    for (const Identity& identity : kIdentities) {
+        const std::string suffix(identity.suffix);
+        examine_family(run, {"set-up" + suffix,
+                             "set-up and questions" + std::string(identity.words),
+                             std::string(identity.set_up_row),
+                             {"leaks.sessions" + suffix, "leaks.questions" + suffix},
+                             promise,
+                             [&](Notes& notes) { return play_well(run, identity, notes); },
+                             [&](const FailingCall& call, const GoodRun& good, Notes& notes) {
+                                 return play_faults(run, identity, call, good, notes);
+                             }});
     }
 }
 

@@ -48,11 +48,12 @@ void play_set_up(const Examination& run, Notes& notes) {
     }
 }
 
+using Ask = std::function<void(Session&, Notes&)>;
+
 /// One thing that is asked of an effect that is set up.
 struct Question {
     RowText text;
-    Application application;
-    std::function<void(Session&, Notes&)> ask;
+    Ask ask;
 };
 
 std::string status_text(std::int32_t status) { return "status " + std::to_string(status); }
@@ -72,7 +73,7 @@ void ask_about(Session& session, Notes& notes) {
                            : "status 0, a text of " + std::to_string(text.size()) + " characters");
 }
 
-std::function<void(Session&, Notes&)> dependencies(int check_type) {
+Ask dependencies(int check_type) {
     return [check_type](Session& session, Notes& notes) {
         const auto text = session.dependencies(check_type);
         notes.say(text ? "status 0, a text of " + std::to_string(text->size()) + " characters"
@@ -80,9 +81,9 @@ std::function<void(Session&, Notes&)> dependencies(int check_type) {
     };
 }
 
-std::function<void(Session&, Notes&)> command(std::int32_t number) {
+Ask command(std::int32_t number) {
     return [number](Session& session, Notes& notes) {
-        expect_quiet(notes, status_text(number), session.command(number));
+        expect_quiet(notes, "command " + std::to_string(number), session.command(number));
         notes.say("status 0, records untouched");
     };
 }
@@ -157,62 +158,49 @@ void ask_nothing(Session& session, Notes& notes) {
 }
 
 std::vector<Question> questions(const Declared& declared) {
-    const auto ae = Application::AfterEffects;
-    const auto premiere = Application::Premiere;
     std::vector<Question> all = {
-        {{"setup.premiere", "set-up in Premiere Pro", "status 0 each"}, premiere, ask_nothing},
         {{"setup.about", "about", "status 0; a text, if any, of 256 characters at most"},
-         ae,
          ask_about},
-        {{"setup.about-premiere", "about, in Premiere Pro", "status 0"}, premiere, ask_about},
         {{"setup.resetup", "sequence re-set-up", "status 0, records untouched"},
-         ae,
          command(PF_Cmd_SEQUENCE_RESETUP)},
         {{"setup.flatten", "sequence flatten", "status 0, records untouched"},
-         ae,
          command(PF_Cmd_SEQUENCE_FLATTEN)},
         {{"setup.unasked", "commands that it did not ask for", "status 0, records untouched"},
-         ae,
          ask_unasked},
         {{"setup.unknown", "commands that do not exist", "status 0, records untouched"},
-         ae,
          ask_unknown},
     };
     if (declared.has(PF_OutFlag_I_HAVE_EXTERNAL_DEPENDENCIES)) {
         const char* const promise = "status 0; a handle with a text, or none";
         all.push_back({{"setup.dependencies-all", "dependencies, all", promise},
-                       ae,
                        dependencies(PF_DepCheckType_ALL_DEPENDENCIES)});
         all.push_back({{"setup.dependencies-missing", "dependencies, missing ones", promise},
-                       ae,
                        dependencies(PF_DepCheckType_MISSING_DEPENDENCIES)});
         all.push_back({{"setup.dependencies-none", "dependencies, none", promise},
-                       ae,
                        dependencies(PF_DepCheckType_NONE)});
         all.push_back({{"setup.dependencies-other", "dependencies, an unknown kind", promise},
-                       ae,
                        dependencies(77)});
     }
     if (declared.has2(PF_OutFlag2_SUPPORTS_QUERY_DYNAMIC_FLAGS)) {
         all.push_back(
             {{"setup.dynamic-flags", "dynamic flags query", "status 0; of the flags declared only"},
-             ae,
              ask_flags});
     }
     return all;
 }
 
-void put(Examination& run, const Question& question, const std::vector<std::string>& known) {
-    const Heard heard = run.probe([&](Notes& notes) {
+/// Asks in a session of its own. The row tells nothing that is known.
+Heard put(Examination& run, const RowText& text, Application application,
+          const std::vector<std::string>& known, const Ask& ask) {
+    Heard heard = run.probe([&](Notes& notes) {
         notes.doing("set-up");
         try {
-            host::SessionOptions options;
-            options.application = question.application;
-            Session session = run.open(options);
-            notes.doing(question.text.sent);
-            question.ask(session, notes);
+            Session session = run.open({application, nullptr});
+            notes.doing(text.sent);
+            ask(session, notes);
             notes.doing("set-down");
             session.close();
+            notes.keep("violations", session.violations());
             for (const std::string& violation : beyond(session.violations(), known)) {
                 notes.find("", violation);
             }
@@ -220,7 +208,24 @@ void put(Examination& run, const Question& question, const std::vector<std::stri
             tell_refusal(notes, error);
         }
     });
-    run.enter(question.text, heard);
+    run.enter(text, heard);
+    return heard;
+}
+
+/// All questions, as both applications put them.
+void put_questions(Examination& run) {
+    for (const Identity& identity : kIdentities) {
+        if (!run.stands(identity.set_up_row)) {
+            run.leave_out("questions" + std::string(identity.words), "the effect cannot be set up");
+            continue;
+        }
+        for (const Question& question : questions(*run.declared)) {
+            const std::string id = std::string(question.text.id) + std::string(identity.suffix);
+            const std::string sent = std::string(question.text.sent) + std::string(identity.words);
+            put(run, {id, sent, question.text.promise}, identity.application,
+                run.known_violations(identity.application), question.ask);
+        }
+    }
 }
 
 }  // namespace
@@ -255,9 +260,11 @@ void examine_set_up(Examination& run) {
     run.enter({"setup.down", "sequence and global set-down", "status 0; all is given back"},
               Examination::under(heard, "down"), "status 0; all is given back");
     const std::vector<std::string> known = heard.kept["violations"];
-    for (const Question& question : questions(*run.declared)) {
-        put(run, question, known);
-    }
+    run.violations_of_set_up[Application::AfterEffects] = known;
+    const Heard premiere = put(run, {"setup.premiere", "set-up in Premiere Pro", "status 0 each"},
+                               Application::Premiere, known, ask_nothing);
+    run.violations_of_set_up[Application::Premiere] = premiere.kept.value("violations", known);
+    put_questions(run);
 }
 
 }  // namespace conformance

@@ -29,8 +29,8 @@ constexpr std::array<std::array<const char*, 2>, 7> kFamilies = {{
     {"setup", "Set-up, questions, other commands"},
     {"controls", "Controls"},
     {"frames", "Frames"},
-    {"faults", "A host that fails"},
     {"leaks", "Leaks"},
+    {"faults", "A host that fails"},
     {"kept", "Deviations that this effect's contract keeps"},
 }};
 

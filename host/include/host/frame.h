@@ -60,6 +60,9 @@ struct Frame {
     /// Composition times at which the camera's matrix was asked for, in order.
     std::vector<Time> camera_times;
     int open_param_checkouts = 0;  ///< parameters checked out and not in again
+    /// Layers whose pixels were fetched and not checked in; the host took them back when the render
+    /// returned, which is no breach.
+    int open_layer_checkouts = 0;
     /// The slot of the render record's callbacks held a handle of the host's after the render.
     bool handle_left = false;
     int data_deletions = 0;               ///< calls of the deleter of the pre-render data so far

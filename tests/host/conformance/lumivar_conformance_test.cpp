@@ -5,11 +5,14 @@
 #include <gtest/gtest.h>
 #include <support/scratch.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <set>
 #include <string>
 
+#include "modules/test_effect.h"
 #include "report_support.h"
 #include "starry.h"
 
@@ -56,6 +59,18 @@ protected:
 /// Where each habit shows. Worked out from what the effect does: a frame's host calls in order are
 /// the flag query's parameter, sixteen parameters, the camera's nine, the layer, its pixels, the
 /// output, the world suite, the pixel format, the release and the check-in.
+Ids faults_of(const Ids& kinds, const Ids& calls) {
+    Ids rows;
+    for (const std::string& kind : kinds) {
+        for (const std::string& call : calls) {
+            rows.insert("faults." + kind + "." + call);
+        }
+    }
+    return rows;
+}
+
+const Ids kSmart = {"8-bit", "16-bit", "float"};
+
 const std::map<std::string, Ids> kExpected = {
     {"parameters not checked in again", {"frames.parameters"}},
     {"popup default 0", {"controls.popup-defaults"}},
@@ -64,23 +79,21 @@ const std::map<std::string, Ids> kExpected = {
     // All but those of the layer at pre-render and of the flag query, which are passed on, and of a
     // suite of the camera or of the handler that comes last, which end with 516.
     {"status 0 after a failed frame",
-     {"faults.frame.AEGP_ConvertEffectToCompTime", "faults.frame.AEGP_GetCompShutterFrameRange",
-      "faults.frame.AEGP_GetEffectCamera", "faults.frame.AEGP_GetEffectLayer",
-      "faults.frame.AEGP_GetItemDimensions", "faults.frame.AEGP_GetItemFromComp",
-      "faults.frame.AEGP_GetLayerParentComp", "faults.frame.AEGP_GetLayerStreamValue",
-      "faults.frame.AEGP_GetLayerToWorldXform", "faults.frame.AcquireSuite",
-      "faults.frame.missing-PF-World-Suite", "faults.frame.PF_GetPixelFormat",
-      "faults.frame.checkin_layer_pixels", "faults.frame.checkout_layer_pixels",
-      "faults.frame.checkout_output", "faults.frame.checkout_param"}},
+     faults_of(kSmart, {"AEGP_ConvertEffectToCompTime", "AEGP_GetCompShutterFrameRange",
+                        "AEGP_GetEffectCamera", "AEGP_GetEffectLayer", "AEGP_GetItemDimensions",
+                        "AEGP_GetItemFromComp", "AEGP_GetLayerParentComp",
+                        "AEGP_GetLayerStreamValue", "AEGP_GetLayerToWorldXform", "AcquireSuite",
+                        "missing-PF-World-Suite", "PF_GetPixelFormat", "checkin_layer_pixels",
+                        "checkout_layer_pixels", "checkout_output", "checkout_param"})},
     // Whatever comes before the suite, and the suite itself.
     {"world suite released though not held",
-     {"faults.frame.AcquireSuite", "faults.frame.missing-PF-World-Suite",
-      "faults.frame.checkout_layer_pixels", "faults.frame.checkout_output"}},
-    {"layer checked in after a failed fetch", {"faults.frame.checkout_layer_pixels"}},
+     faults_of(kSmart, {"AcquireSuite", "missing-PF-World-Suite", "checkout_layer_pixels",
+                        "checkout_output"})},
+    {"layer checked in after a failed fetch", faults_of(kSmart, {"checkout_layer_pixels"})},
     // The flag query comes before each kind of frame.
     {"parameter checked in after a failed checkout",
-     {"faults.frame.checkout_param", "faults.plain-8-bit.checkout_param",
-      "faults.plain-16-bit.checkout_param", "faults.premiere.checkout_param"}},
+     faults_of({"8-bit", "16-bit", "float", "plain-8-bit", "plain-16-bit", "premiere"},
+               {"checkout_param"})},
 };
 
 TEST_F(Conformance, HasNoFailureAndExactlyTheListedDeviations) {
@@ -146,6 +159,11 @@ TEST_F(Conformance, NoticesABrokenBundle) {
     fs::remove(resource());
     EXPECT_EQ(row(examine(bundle()), "bundle.resource").answer,
               "there is no Resources/Lumivar.rsrc");
+    fs::remove(bundle() / "Contents/PkgInfo");
+    const Ids missing = failing(examine(bundle()));
+    for (const char* id : {"bundle.info-list", "bundle.package-info", "bundle.resource"}) {
+        EXPECT_EQ(missing.count(id), 1U) << id << ": a bundle that lacks all three is ignored";
+    }
 }
 
 TEST_F(Conformance, SaysWhyWithoutADatabase) {
@@ -153,6 +171,8 @@ TEST_F(Conformance, SaysWhyWithoutADatabase) {
     const Report report = examine(bundle());
     EXPECT_NE(row(report, "setup.session").answer.find("Cannot locate any Lumivar star database"),
               std::string::npos);
+    EXPECT_EQ(failing(report), Ids{"setup.session"}) << "the list of habits does not fail with it";
+    EXPECT_EQ(report.unexamined.back(), "kept: the effect cannot be set up");
 }
 
 /// A list that promises more than the effect does is wrong as well.
@@ -165,6 +185,24 @@ TEST_F(Conformance, FailsForListedDeviationsThatDoNotShow) {
         expected.insert("kept." + name);
     }
     EXPECT_EQ(failing(report), expected);
+}
+
+/// But what was not looked at may be where one shows.
+TEST_F(Conformance, LeavesOutListedDeviationsWhereItCouldNotLook) {
+    fs::copy_file(CONFORMING_EFFECT, bundle() / "Contents/MacOS/Lumivar",
+                  fs::copy_options::overwrite_existing);
+    setenv("MISCHIEF", std::to_string(test_effect::kThrowStandard).c_str(), 1);
+    const Report report = examine(bundle());
+    unsetenv("MISCHIEF");
+    EXPECT_EQ(row(report, "frames.float").verdict, Verdict::Fail);
+    for (const auto& [name, ids] : kExpected) {
+        EXPECT_EQ(failing(report).count("kept." + name), 0U) << name;
+        EXPECT_EQ(
+            std::count(report.unexamined.begin(), report.unexamined.end(),
+                       "kept." + name + ": it shows in none of the rows that could be looked at"),
+            1)
+            << name;
+    }
 }
 
 }  // namespace

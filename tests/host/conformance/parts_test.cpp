@@ -316,7 +316,20 @@ TEST(Rules, SortWhatTheHostTells) {
     EXPECT_EQ(rule_of("1 host handles were not disposed of"), "handles");
     EXPECT_EQ(rule_of("suite \"S\" version 1 was acquired 1 times more than it was released"),
               "suites");
+    EXPECT_EQ(rule_of("checkin_layer_pixels: the id 0 is not checked out"), "layers");
     EXPECT_EQ(rule_of("something new"), "calls") << "nothing is lost";
+}
+
+TEST(Rules, TellOfASetDownWhatWasNotToldBefore) {
+    using conformance::beyond_at_set_down;
+    const std::string one = "1 host handles were not disposed of";
+    const std::string two = "2 host handles were not disposed of";
+    const std::string suite =
+        "suite \"S\" version 1 was acquired 1 times more than it was released";
+    using Texts = std::vector<std::string>;
+    EXPECT_EQ(beyond_at_set_down({two, suite, "x", "y"}, {one, "x"}), (Texts{suite, "y"}))
+        << "the same handles, held still, with more of their kind";
+    EXPECT_EQ(beyond_at_set_down({two, suite}, {}), (Texts{two, suite}));
 }
 
 TEST(Deviations, BelongToOneEffect) {

@@ -1,0 +1,44 @@
+#include "fault_family.h"
+
+#include <algorithm>
+
+namespace conformance {
+
+void examine_family(Examination& run, const FaultFamily& family) {
+    const std::string id = "faults." + family.name;
+    if (!run.stands(family.stands_on)) {
+        run.leave_out(id, "it fails without faults, see " + family.stands_on);
+        return;
+    }
+    const std::string good_id = id + ".without-faults";
+    const Heard heard = run.probe([&](Notes& notes) {
+        const GoodRun good = family.play_well(notes);
+        notes.keep("calls", good.calls);
+        notes.keep("violations", good.violations);
+        notes.say("status 0; " + std::to_string(good.calls.size()) + " calls that can fail");
+    });
+    run.enter({good_id, family.sent + ", again; nothing fails", "it comes back each time"}, heard);
+    if (!run.stands(good_id)) {
+        run.leave_out(id, "it fails without faults, see " + good_id);
+        return;
+    }
+    GoodRun good{heard.kept["calls"], heard.kept["violations"], true};
+    for (const std::string& row : family.lossless_by) {
+        if (good.lossless && !run.stands(row)) {
+            good.lossless = false;
+            run.leave_out(id + ", memory", "it may be lost without faults too, see " + row);
+        }
+    }
+    for (const FailingCall& call : failing_calls(good.calls)) {
+        const std::string row = id + "." + call.slug();
+        const Heard answer =
+            run.probe([&](Notes& notes) { notes.keep("faults", family.play(call, good, notes)); });
+        if (own_findings(answer).empty() && answer.kept["faults"] == 0) {
+            run.leave_out(row, "the call was made in the run without faults alone");
+        } else {
+            run.enter({row, family.sent + "; " + call.sent(), family.promise(call)}, answer);
+        }
+    }
+}
+
+}  // namespace conformance
