@@ -336,6 +336,30 @@ TEST(FrameSides, CutTheLightOfStillAndMovingStarsAlike) {
     }
 }
 
+// Streaks beside the frame of which only what lies before or behind them reaches it: the frame's
+// largest value is that faint light itself.
+TEST(FrameSides, ShowTheLightBesideStreaksAsThePlainPathDoes) {
+    RandomNumbers random(5);
+    int lit = 0;
+    for (int i = 0; i < 3000; ++i) {
+        Scene scene = default_scene(random, 64, 36);
+        scene.data.brightness = random.on_scale(0.1, 1000);
+        scene.drew_before = true;
+        pan(scene, random, 1, random.on_scale(0.5, 20));
+        const double aspect = 64.0 / 36;
+        const double off = random.between(-1, 0.8);
+        const bool beside = random.chance(0.5);
+        const double side = random.chance(0.5) ? 1 : -1;
+        CatalogueStar star;
+        set_angles(star, direction_of(scene.cams.front(),
+                                      beside ? side * (aspect + off) : random.between(-2, 2),
+                                      beside ? random.between(-1, 1) : side * (1 + off)));
+        scene.stars = {star};
+        lit += expect_promise(scene).peak > 0 ? 1 : 0;
+    }
+    EXPECT_GT(lit, 1000);
+}
+
 // One end in front of the camera and one behind it: straight to the mirrored place, which lies the
 // farther off the nearer the hidden end is to the camera's plane.
 TEST(CameraPlane, IsCrossedAsThePlainPathDoes) {
