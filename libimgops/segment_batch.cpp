@@ -24,7 +24,9 @@ constexpr u32 AHEAD = 6;
 /// too short for the processor to foresee.
 constexpr u32 FEWEST_TO_FETCH = 64;
 
-/// Ends farther away than this many pixels are the plain streak's: its guards belong to it.
+/// Ends farther away than this many pixels are the plain streak's: its guards belong to it. Nearer
+/// ones have midpoints whose last bit is 2^16 at most, so that neither the 2^31 where a column's
+/// guard fires nor the 2^21 to which the kernels hold rows beside the frame is lost in it.
 constexpr float FARTHEST = 0x1p40F;
 
 // So are those whose light in the frame is small beside what their functions are apart from the
