@@ -1,10 +1,9 @@
 // The frame before and after the stars: clearing, and the host's integer pixels. Per frame.
+#include "host_frame.h"
 #include "pair.h"
 
-#include <AE/render.h>
-
+#include <algorithm>
 #include <cstdlib>
-#include <memory>
 
 namespace {
 
@@ -27,39 +26,18 @@ void clear_frame(benchmark::State& state) {
 }
 BENCHMARK(clear_frame);
 
+/// Whether both paths give codes that are one apart at most.
 template <class Code>
-class Codes {
-public:
-    Codes() : codes_(std::size_t{4} * WIDTH * HEIGHT) {
-        void* first = codes_.data();
-        world_.data = static_cast<PF_Pixel*>(first);
-        world_.width = WIDTH;
-        world_.height = HEIGHT;
-        world_.rowbytes = static_cast<A_long>(4 * WIDTH * sizeof(Code));
+bool agree(const Kelv::Image& image) {
+    bench::HostFrame<Code> plain(WIDTH, HEIGHT), fast(WIDTH, HEIGHT);
+    {
+        const bench::DrawBy by(DrawPath::plain);
+        plain.take(image);
     }
-    void convert(DrawPath path, const Kelv::Image& image) {
-        const bench::DrawBy by(path);
-        convert_image(image, sizeof(Code) == 1 ? PF_PixelFormat_ARGB32 : PF_PixelFormat_ARGB64,
-                      &world_);
-    }
-    /// Whether both paths give codes that are one apart at most.
-    bool agree(const Kelv::Image& image) {
-        convert(DrawPath::plain, image);
-        const std::vector<Code> plain = codes_;
-        codes_.assign(codes_.size(), 0);
-        convert(DrawPath::fast, image);
-        for (std::size_t i = 0; i < codes_.size(); ++i) {
-            if (std::abs(int{codes_[i]} - int{plain[i]}) > 1) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-private:
-    std::vector<Code> codes_;
-    PF_EffectWorld world_ = {};
-};
+    fast.take(image);
+    return std::equal(plain.codes().begin(), plain.codes().end(), fast.codes().begin(),
+                      [](int a, int b) { return std::abs(a - b) <= 1; });
+}
 
 /// A frame of stars: mostly black, with all values up to above full scale.
 template <class Code>
@@ -69,13 +47,14 @@ void convert(benchmark::State& state, DrawPath path) {
         made.draw();
         return &made;
     }();
-    static Codes<Code> codes;
-    static const bool agree = codes.agree(scene->frame.image());
-    if (!bench::agrees(state, agree ? "" : "codes differ by more than one")) {
+    static bench::HostFrame<Code> codes(WIDTH, HEIGHT);
+    static const bool same = agree<Code>(scene->frame.image());
+    if (!bench::agrees(state, same ? "" : "codes differ by more than one")) {
         return;
     }
+    const bench::DrawBy by(path);
     for (auto _ : state) {
-        codes.convert(path, scene->frame.image());
+        codes.take(scene->frame.image());
         benchmark::ClobberMemory();
     }
     bench::Needs needs;

@@ -1,12 +1,7 @@
-// How the cost of a frame grows, for the plot of docs/performance.md: name/path/argument. And one
-// set of kernels against another: sets_CASE/set.
+// How the cost of a frame grows, for the plot of docs/performance.md: name/path/argument.
 #include "pair.h"
-#include "segments.h"
-
-#include "libimgops/kernels/choice.h"
 
 #include <memory>
-#include <string>
 
 namespace {
 
@@ -59,47 +54,5 @@ GROWTH(growth_stars, 25000, 100000, 400000, 2500000);
 GROWTH(growth_width, 480, 960, 1920, 3840);
 GROWTH(growth_spot_size, 10, 25, 50, 100, 200);
 GROWTH(growth_segments, 1, 4, 16, 50, 100);
-
-void with_set(benchmark::State& state, const star_kernels::Kernels* set, Scene& scene) {
-    star_kernels::use(set);
-    draw(state, DrawPath::fast, scene);
-    star_kernels::use(nullptr);
-}
-
-void streaks_with_set(benchmark::State& state, const star_kernels::Kernels* set) {
-    static bench::SegmentScene scene(bench::even_segments(30, 10000));
-    static const double pixels = scene.visited_pixels();
-    star_kernels::use(set);
-    for (auto _ : state) {
-        scene.draw(DrawPath::fast);
-    }
-    star_kernels::use(nullptr);
-    bench::report(state, pixels, {});
-}
-
-/// Every set of kernels that runs here.
-const bool sets_are_registered = [] {
-    for (const star_kernels::Kernels* const* at = star_kernels::built(); *at != nullptr; ++at) {
-        const star_kernels::Kernels* const set = *at;
-        if (!star_kernels::runs_here(*set)) {
-            continue;
-        }
-        const std::string name = set->name;
-        benchmark::RegisterBenchmark(("sets_frame_still/" + name).c_str(),
-                                     [set](benchmark::State& state) {
-                                         static const auto scene = sky_scene(2500000);
-                                         with_set(state, set, *scene);
-                                     });
-        benchmark::RegisterBenchmark(
-            ("sets_frame_dense/" + name).c_str(), [set](benchmark::State& state) {
-                static Scene scene(WIDTH, HEIGHT, bench::framed_sky(1000000, 0.01F));
-                with_set(state, set, scene);
-            });
-        benchmark::RegisterBenchmark(
-            ("sets_streak_pixel/" + name).c_str(),
-            [set](benchmark::State& state) { streaks_with_set(state, set); });
-    }
-    return true;
-}();
 
 }  // namespace

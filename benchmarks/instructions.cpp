@@ -2,6 +2,8 @@
 // its own, named count_CASE_PATH. Prints what each did: case, path, units.
 //
 // The fast path runs the kernels for AVX2: the counting machine knows no wider ones.
+#include "host_frame.h"
+#include "places.h"
 #include "scene.h"
 #include "segments.h"
 
@@ -14,23 +16,36 @@
 namespace {
 
 using bench::DrawBy;
+using bench::HEIGHT;
 using bench::Scene;
 using bench::SegmentScene;
+using bench::WIDTH;
 
 /// Everything is made before anything is counted.
 struct Workload {
     Workload()
-        : faint(bench::WIDTH, bench::HEIGHT, bench::faint_sky(200000)),
-          off_frame(bench::WIDTH, bench::HEIGHT, bench::off_frame_sky(50000)),
-          panned(bench::WIDTH, bench::HEIGHT, bench::behind_sky(10000)),
+        : faint(WIDTH, HEIGHT, bench::faint_sky(200000)),
+          off_frame(WIDTH, HEIGHT, bench::off_frame_sky(50000)),
+          panned(WIDTH, HEIGHT, bench::behind_sky(10000)),
+          places(1000, Persp),
           spots(bench::even_segments(0, 4000)),
           streaks(bench::even_segments(30, 400)),
-          crossing(bench::crossing_segments(20)) {
+          short_streaks(bench::even_segments(9.4F, 1000)),
+          crossing(bench::crossing_segments(20)),
+          frame(CONVERTED_WIDTH, CONVERTED_HEIGHT),
+          codes_8(CONVERTED_WIDTH, CONVERTED_HEIGHT),
+          codes_16(CONVERTED_WIDTH, CONVERTED_HEIGHT) {
         bench::pan(panned.cameras, SEGMENTS);
     }
     static constexpr int SEGMENTS = 16;
+    static constexpr int CONVERTED_WIDTH = 480;
+    static constexpr int CONVERTED_HEIGHT = 270;
     Scene faint, off_frame, panned;
-    SegmentScene spots, streaks, crossing;
+    bench::Places places;
+    SegmentScene spots, streaks, short_streaks, crossing;
+    bench::FloatFrame frame;
+    bench::HostFrame<unsigned char> codes_8;
+    bench::HostFrame<unsigned short> codes_16;
 };
 
 std::unique_ptr<Workload> work;
@@ -40,36 +55,36 @@ void draw(Scene& scene, DrawPath path) {
     scene.draw_stars();
 }
 
+template <class Frame>
+void convert(Frame& to, DrawPath path) {
+    const DrawBy by(path);
+    to.take(work->frame.image());
+}
+
 }  // namespace
 
-// In C, so that the counts have plain names.
-#define COUNTED(name) extern "C" __attribute__((noinline)) void name()
+// Both paths' functions of a case, of what is done by `path`. In C, so that the counts have plain
+// names.
+#define COUNTED(name, done)                                            \
+    extern "C" __attribute__((noinline)) void count_##name##_plain() { \
+        constexpr DrawPath path = DrawPath::plain;                     \
+        done;                                                          \
+    }                                                                  \
+    extern "C" __attribute__((noinline)) void count_##name##_fast() {  \
+        constexpr DrawPath path = DrawPath::fast;                      \
+        done;                                                          \
+    }
 
-COUNTED(count_below_threshold_star_plain);
-COUNTED(count_below_threshold_star_fast);
-COUNTED(count_off_frame_star_plain);
-COUNTED(count_off_frame_star_fast);
-COUNTED(count_unseen_sample_plain);
-COUNTED(count_unseen_sample_fast);
-COUNTED(count_still_pixel_plain);
-COUNTED(count_still_pixel_fast);
-COUNTED(count_streak_pixel_plain);
-COUNTED(count_streak_pixel_fast);
-COUNTED(count_crossing_pixel_plain);
-COUNTED(count_crossing_pixel_fast);
-
-void count_below_threshold_star_plain() { draw(work->faint, DrawPath::plain); }
-void count_below_threshold_star_fast() { draw(work->faint, DrawPath::fast); }
-void count_off_frame_star_plain() { draw(work->off_frame, DrawPath::plain); }
-void count_off_frame_star_fast() { draw(work->off_frame, DrawPath::fast); }
-void count_unseen_sample_plain() { draw(work->panned, DrawPath::plain); }
-void count_unseen_sample_fast() { draw(work->panned, DrawPath::fast); }
-void count_still_pixel_plain() { work->spots.draw(DrawPath::plain); }
-void count_still_pixel_fast() { work->spots.draw(DrawPath::fast); }
-void count_streak_pixel_plain() { work->streaks.draw(DrawPath::plain); }
-void count_streak_pixel_fast() { work->streaks.draw(DrawPath::fast); }
-void count_crossing_pixel_plain() { work->crossing.draw(DrawPath::plain); }
-void count_crossing_pixel_fast() { work->crossing.draw(DrawPath::fast); }
+COUNTED(below_threshold_star, draw(work->faint, path))
+COUNTED(off_frame_star, draw(work->off_frame, path))
+COUNTED(unseen_sample, draw(work->panned, path))
+COUNTED(projected_sample, work->places.project(path))
+COUNTED(still_pixel, work->spots.draw(path))
+COUNTED(streak_pixel, work->streaks.draw(path))
+COUNTED(short_streak_pixel, work->short_streaks.draw(path))
+COUNTED(crossing_pixel, work->crossing.draw(path))
+COUNTED(converted_8_pixel, convert(work->codes_8, path))
+COUNTED(converted_16_pixel, convert(work->codes_16, path))
 
 int main() {
     for (const star_kernels::Kernels* const* set = star_kernels::built(); *set != nullptr; ++set) {
@@ -83,24 +98,25 @@ int main() {
         return 1;
     }
     work = std::make_unique<Workload>();
+    const double converted = double{Workload::CONVERTED_WIDTH} * Workload::CONVERTED_HEIGHT;
+#define CASE(name, units) \
+    { #name, static_cast < double>(units), count_##name##_plain, count_##name##_fast }
     const struct {
         const char* name;
         double units;
         void (*plain)();
         void (*fast)();
     } cases[] = {
-        {"below_threshold_star", static_cast<double>(work->faint.sky.stars()),
-         count_below_threshold_star_plain, count_below_threshold_star_fast},
-        {"off_frame_star", static_cast<double>(work->off_frame.sky.stars()),
-         count_off_frame_star_plain, count_off_frame_star_fast},
-        {"unseen_sample", work->panned.sky.stars() * (Workload::SEGMENTS + 1.0),
-         count_unseen_sample_plain, count_unseen_sample_fast},
-        {"still_pixel", work->spots.visited_pixels(), count_still_pixel_plain,
-         count_still_pixel_fast},
-        {"streak_pixel", work->streaks.visited_pixels(), count_streak_pixel_plain,
-         count_streak_pixel_fast},
-        {"crossing_pixel", work->crossing.visited_pixels(), count_crossing_pixel_plain,
-         count_crossing_pixel_fast},
+        CASE(below_threshold_star, work->faint.sky.stars()),
+        CASE(off_frame_star, work->off_frame.sky.stars()),
+        CASE(unseen_sample, work->panned.sky.stars() * (Workload::SEGMENTS + 1.0)),
+        CASE(projected_sample, work->places.samples()),
+        CASE(still_pixel, work->spots.visited_pixels()),
+        CASE(streak_pixel, work->streaks.visited_pixels()),
+        CASE(short_streak_pixel, work->short_streaks.visited_pixels()),
+        CASE(crossing_pixel, work->crossing.visited_pixels()),
+        CASE(converted_8_pixel, converted),
+        CASE(converted_16_pixel, converted),
     };
     for (const auto& counted : cases) {
         counted.plain();

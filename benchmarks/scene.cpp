@@ -1,6 +1,5 @@
 #include "scene.h"
 
-#include <AE/render.h>
 #include <libimgops/byte_order.h>
 #include <libimgops/projection.h>
 #include <libimgops/renderer.h>
@@ -85,7 +84,7 @@ Scene::Scene(int width, int height, const std::vector<star>& stars)
     : settings(default_settings(width, height)),
       frame(width, height),
       sky(stars),
-      codes_(frame.floats()) {
+      codes_(width, height) {
     hold(cameras);
 }
 
@@ -99,14 +98,12 @@ bool Scene::draw_stars() {
 bool Scene::draw() {
     frame.clear();
     const bool drew = draw_stars();
-    PF_EffectWorld world = {};
-    void* codes = codes_.data();
-    world.data = static_cast<PF_Pixel*>(codes);
-    world.width = frame.view().width;
-    world.height = frame.view().height;
-    world.rowbytes = 4 * world.width;
-    convert_image(frame.image(), PF_PixelFormat_ARGB32, &world);
+    codes_.take(frame.image());
     return drew;
+}
+
+float Scene::spot() const {
+    return static_cast<float>(settings.spot_size_x * 0.0005 * frame.view().width);
 }
 
 std::string Scene::difference(double peak_share) {
@@ -123,47 +120,48 @@ std::string Scene::difference(double peak_share) {
     return bench::difference(plain.data(), frame.data(), plain.size(), peak_share);
 }
 
-double Scene::visited_pixels() {
+void Scene::for_each_segment(const std::function<bool(const DrawnSegment&)>& visit) {
     const StarFramebuffer& fb = frame.view();
-    const DrawBy by(DrawPath::plain);
     StarInput& input = sky.input();
     input.is_valid();
     const auto samples = cameras.len();
     const auto shared = static_cast<float>(samples > 1 ? samples - 1 : 1);
-    const float spot = static_cast<float>(settings.spot_size_x * 0.0005 * fb.width);
     std::vector<Matrix4<double>> mats;
     for (uword i = 0; i < samples; ++i) {
         mats.push_back(cameras[i].xform * Matrix4<double>::perspective(cameras[i].focal,
                                                                        cameras[i].near_clip,
                                                                        cameras[i].far_clip));
     }
-    double visited = 0;
     for (u32 n = 0; n < sky.stars(); ++n) {
         const star& s = *input.next();
         const float luminance = lefloat_to_cpu(&s.luminance);
         if (settings.threshold > static_cast<double>(luminance)) {
             continue;
         }
-        const float energy = static_cast<float>(4 * settings.brightness) / shared *
-                             shaped_luminance(luminance, settings);
-        Vector2 from, to;
+        DrawnSegment segment{{},
+                             {},
+                             static_cast<float>(4 * settings.brightness) / shared *
+                                 shaped_luminance(luminance, settings)};
         bool from_visible = false;
         for (uword i = 0; i < samples; ++i) {
             const bool to_visible = world_to_screen(
                 ledouble_to_cpu(&s.lon), ledouble_to_cpu(&s.lat), ledouble_to_cpu(&s.distance),
                 settings.parallax_crush, mats[i], settings.projection, fb.width, fb.height,
-                settings.window_x0, settings.window_x1, settings.window_y0, settings.window_y1, to);
+                settings.window_x0, settings.window_x1, settings.window_y0, settings.window_y1,
+                segment.b);
             if (samples == 1) {
-                from = to;
+                segment.a = segment.b;
+                from_visible = to_visible;
             }
-            if ((i > 0 || samples == 1) && (to_visible || from_visible)) {
-                visited += bench::visited_pixels(fb, from, to, energy, spot, spot);
+            segment.crosses = from_visible != to_visible;
+            if ((i > 0 || samples == 1) && (to_visible || from_visible) &&
+                visited_pixels(fb, segment, spot()) > 0 && !visit(segment)) {
+                return;
             }
-            from = to;
+            segment.a = segment.b;
             from_visible = to_visible;
         }
     }
-    return visited;
 }
 
 std::string difference(const float* plain, const float* fast, std::size_t count,
@@ -188,15 +186,15 @@ std::string difference(const float* plain, const float* fast, std::size_t count,
     return peak > 0 ? "" : "nothing was drawn";
 }
 
-double visited_pixels(const StarFramebuffer& fb, const Vector2& a, const Vector2& b, float energy,
-                      float spot_w, float spot_h) {
+double visited_pixels(const StarFramebuffer& fb, const DrawnSegment& segment, float spot) {
+    const auto& [a, b, energy, crosses] = segment;
     const float reach = reach_of(energy);
-    const Box grown = pixel_box(a, b, Vector2(spot_w * reach, spot_h * reach));
+    const Box grown = pixel_box(a, b, Vector2(spot * reach, spot * reach));
     if (reach < 0.0F || is_off_frame(grown, fb)) {
         return 0;
     }
     const Box box = clipped(grown, fb);
-    const RowLine line(a, b, spot_w * reach, spot_w, spot_h);
+    const RowLine line(a, b, spot * reach, spot, spot);
     const Vector2 middle = midpoint(a, b);
     double visited = 0;
     float ry = static_cast<float>(box.y0) - middle[1];

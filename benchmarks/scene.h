@@ -1,6 +1,7 @@
 // What the benchmarks draw: the effect's frame at its default controls, by either path.
 #pragma once
 
+#include "host_frame.h"
 #include "sky.h"
 
 #include <base/array.h>
@@ -9,6 +10,7 @@
 #include <libkelvimage/image.h>
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -51,6 +53,15 @@ private:
     StarFramebuffer view_;
 };
 
+/// What a streak is drawn from: a star's path between two camera samples.
+struct DrawnSegment {
+    Vector2 a;
+    Vector2 b;
+    float energy;
+    /// One end is ahead of the camera, the other behind and mirrored to the far side.
+    bool crosses = false;
+};
+
 /// A frame from its settings to the host's pixels.
 class Scene {
 public:
@@ -63,8 +74,11 @@ public:
     /// Draws by both paths; returns what differs beyond the promise, or nothing. `peak_share`: how
     /// much a value may differ, as a part of the frame's largest value.
     std::string difference(double peak_share);
-    /// Pixels that the plain path visits.
-    double visited_pixels();
+    /// Visits the segments that have pixels on the frame, in the order in which the plain path
+    /// draws them, until `visit` returns false.
+    void for_each_segment(const std::function<bool(const DrawnSegment&)>& visit);
+    /// Radius of a spot, pixels.
+    float spot() const;
 
     StarRendererData settings;
     Array<camera> cameras;
@@ -72,14 +86,13 @@ public:
     SkyFile sky;
 
 private:
-    std::vector<unsigned char> codes_;
+    HostFrame<unsigned char> codes_;
 };
 
 /// Compares two frames; returns what differs, or nothing.
 std::string difference(const float* plain, const float* fast, std::size_t count, double peak_share);
 
-/// Pixels that the plain streak visits: its rows, without its light.
-double visited_pixels(const StarFramebuffer& fb, const Vector2& a, const Vector2& b, float energy,
-                      float spot_w, float spot_h);
+/// Pixels that the plain streak visits: its rows, without its light. `spot`: its radius.
+double visited_pixels(const StarFramebuffer& fb, const DrawnSegment& segment, float spot);
 
 }  // namespace bench

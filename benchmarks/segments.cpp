@@ -1,7 +1,5 @@
 #include "segments.h"
 
-#include <libimgops/byte_order.h>
-#include <libimgops/projection.h>
 #include <libimgops/streak.h>
 
 #include "libimgops/kernels/choice.h"
@@ -42,36 +40,15 @@ std::vector<DrawnSegment> even_segments(float length, int count) {
 }
 
 std::vector<DrawnSegment> crossing_segments(std::size_t count) {
-    constexpr int SEGMENTS = 16;
-    const FloatFrame frame(WIDTH, HEIGHT);
-    const StarRendererData data = default_settings(WIDTH, HEIGHT);
-    Array<camera> cameras;
-    pan(cameras, SEGMENTS);
-    std::vector<Matrix4<double>> mats;
-    for (uword i = 0; i < cameras.len(); ++i) {
-        const camera& cam = cameras[i];
-        mats.push_back(cam.xform *
-                       Matrix4<double>::perspective(cam.focal, cam.near_clip, cam.far_clip));
-    }
+    Scene scene(WIDTH, HEIGHT, whole_sky(200000, THRESHOLD_MAGNITUDE));
+    pan(scene.cameras, 16);
     std::vector<DrawnSegment> segments;
-    for (const star& s : whole_sky(200000, THRESHOLD_MAGNITUDE)) {
-        const float luminance = std::min(0.5F, lefloat_to_cpu(&s.luminance));
-        DrawnSegment segment = {{}, {}, ENERGY * luminance / SEGMENTS};
-        bool from_visible = false;
-        for (std::size_t i = 0; i < mats.size() && segments.size() < count; ++i) {
-            const bool to_visible = world_to_screen(
-                ledouble_to_cpu(&s.lon), ledouble_to_cpu(&s.lat), ledouble_to_cpu(&s.distance),
-                data.parallax_crush, mats[i], Persp, WIDTH, HEIGHT, data.window_x0, data.window_x1,
-                data.window_y0, data.window_y1, segment.b);
-            if (i > 0 && from_visible != to_visible &&
-                visited_pixels(frame.view(), segment.a, segment.b, segment.energy, SPOT, SPOT) >
-                    0) {
-                segments.push_back(segment);
-            }
-            segment.a = segment.b;
-            from_visible = to_visible;
+    scene.for_each_segment([&](const DrawnSegment& segment) {
+        if (segment.crosses) {
+            segments.push_back(segment);
         }
-    }
+        return segments.size() < count;
+    });
     if (segments.size() < count) {
         throw std::logic_error("too few stars cross the camera's plane");
     }
@@ -121,7 +98,7 @@ std::string SegmentScene::difference(double peak_share) {
 double SegmentScene::visited_pixels() const {
     double visited = 0;
     for (const DrawnSegment& s : segments_) {
-        visited += bench::visited_pixels(frame_.view(), s.a, s.b, s.energy, spot_, spot_);
+        visited += bench::visited_pixels(frame_.view(), s, spot_);
     }
     return visited;
 }
@@ -136,8 +113,7 @@ std::string SegmentScene::miscount() {
                        STARS_LINES_ALL);
         const auto values = std::count_if(frame_.data(), frame_.data() + frame_.floats(),
                                           [](float x) { return std::isnan(x); });
-        if (static_cast<double>(values) / 3 !=
-            bench::visited_pixels(frame_.view(), s.a, s.b, s.energy, spot_, spot_)) {
+        if (static_cast<double>(values) / 3 != bench::visited_pixels(frame_.view(), s, spot_)) {
             return "the visited pixels are counted wrongly";
         }
     }

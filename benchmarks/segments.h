@@ -8,17 +8,10 @@
 
 namespace bench {
 
-struct DrawnSegment {
-    Vector2 a;
-    Vector2 b;
-    float energy;
-};
-
 /// `count` segments of `length` pixels, all over the frame and in all directions, with the energies
 /// of the sky's stars above the default threshold.
 std::vector<DrawnSegment> even_segments(float length, int count);
-/// `count` of those segments of the 16-segment pan that cross the camera's plane: with one end
-/// ahead, the other behind and mirrored to the far side.
+/// The first `count` of those segments of the 16-segment pan that cross the camera's plane.
 std::vector<DrawnSegment> crossing_segments(std::size_t count);
 
 /// Draws segments in one colour and one size of spot.

@@ -1,8 +1,6 @@
 // Stars that leave no light: what the scan of the catalogue and the projection cost.
 #include "pair.h"
-
-#include <libimgops/byte_order.h>
-#include <libimgops/projection.h>
+#include "places.h"
 
 #include <memory>
 
@@ -59,51 +57,16 @@ void unseen_sample(benchmark::State& state, DrawPath path) {
 }
 BENCHMARK_PAIR(unseen_sample);
 
-/// Per star and camera sample: the exact places, as each path has them from the same code. The
-/// plain path finds a star's direction for every sample, the fast one once.
+/// Per star and camera sample.
 void projected_sample(benchmark::State& state, DrawPath path, op_stars_projection projection) {
-    constexpr int SAMPLES = 17;
-    struct Place {
-        double lon, lat, distance;
-    };
-    static const std::vector<Place> places = [] {
-        std::vector<Place> made;
-        for (const star& s : bench::whole_sky(10000)) {
-            made.push_back(
-                {ledouble_to_cpu(&s.lon), ledouble_to_cpu(&s.lat), ledouble_to_cpu(&s.distance)});
-        }
-        return made;
-    }();
-    const StarRendererData data = bench::default_settings(bench::WIDTH, bench::HEIGHT);
-    const camera cam;
-    const Matrix4<double> m =
-        projection == Persp
-            ? cam.xform * Matrix4<double>::perspective(cam.focal, cam.near_clip, cam.far_clip)
-            : cam.xform;
-    Vector2 out;
-    for (auto _ : state) {
-        for (const Place& s : places) {
-            if (path == DrawPath::plain) {
-                for (int sample = 0; sample < SAMPLES; ++sample) {
-                    benchmark::DoNotOptimize(
-                        world_to_screen(s.lon, s.lat, s.distance, data.parallax_crush, m,
-                                        projection, bench::WIDTH, bench::HEIGHT, data.window_x0,
-                                        data.window_x1, data.window_y0, data.window_y1, out));
-                    benchmark::DoNotOptimize(out);
-                }
-                continue;
-            }
-            const VectorN<double, 4> point =
-                star_point(s.lon, s.lat, s.distance, data.parallax_crush);
-            for (int sample = 0; sample < SAMPLES; ++sample) {
-                benchmark::DoNotOptimize(point_to_screen(
-                    point, m, projection, bench::WIDTH, bench::HEIGHT, data.window_x0,
-                    data.window_x1, data.window_y0, data.window_y1, out));
-                benchmark::DoNotOptimize(out);
-            }
-        }
+    const bench::Places places(10000, projection);
+    if (!bench::agrees(state, places.agree() ? "" : "the places differ")) {
+        return;
     }
-    bench::report(state, SAMPLES * static_cast<double>(places.size()), {});
+    for (auto _ : state) {
+        places.project(path);
+    }
+    bench::report(state, places.samples(), {});
 }
 void projected_sample_persp(benchmark::State& state, DrawPath path) {
     projected_sample(state, path, Persp);

@@ -1,109 +1,128 @@
-"""Reads what star_benchmarks measured and prints one table, or the judged cases as JSON.
+"""Prints what star_benchmarks measured as tables, or the judged cases as JSON.
 
-Each case ran as CASE/plain and CASE/fast. A figure is the median of the repetitions, in nanoseconds
-of processor time per unit: star, pixel, camera sample or frame. The limit of a case is what its
-bytes and exponentials take at the speeds that this machine showed in the same run.
+Units are stars, pixels, camera samples or frames. The limit of a case is what its bytes and
+exponentials take at the best speeds that this machine showed in the same run.
 """
 import argparse
 import json
+import statistics
 import sys
+
+from report import Report
 
 JUDGED = ["frame_still", "frame_pan16", "frame_dense", "off_frame_star", "below_threshold_star",
           "still_pixel", "streak_pixel", "crossing_pixel", "convert_8", "convert_16"]
 
-# The library functions that a pixel and a star of the plain path are made of, and how often.
-PIXEL_CALLS = {"expf": 1, "erff": 2}
-STAR_CALLS = {"sin": 2, "cos": 2, "powf": 4}
-CALLS = {"still_pixel": PIXEL_CALLS, "streak_pixel": PIXEL_CALLS, "crossing_pixel": PIXEL_CALLS,
-         "off_frame_star": STAR_CALLS}
-CALLS_ALLOWANCE = 1.5
+# What the plain path calls the most of the C library for a unit, and how often.
+CALLED = {"below_threshold_star": {},
+          "off_frame_star": {"sin": 2, "cos": 2, "powf": 4},
+          "still_pixel": {"expf": 1},
+          "streak_pixel": {"expf": 1, "erff": 2},
+          "crossing_pixel": {"expf": 1, "erff_saturated": 2}}
+ONE_OF_EACH = ["expf", "erff", "sin", "cos", "powf"]
 
 
-def medians(report):
-    """Nanoseconds and counters by benchmark name."""
-    found = {}
-    for run in report["benchmarks"]:
-        if run.get("error_occurred"):
-            sys.exit(f"{run['name']}: {run['error_message']}")
-        if run.get("aggregate_name") == "median":
-            # What Google Benchmark appends to a name (".../real_time") is no part of it.
-            name = "/".join(run["run_name"].split("/")[:2])
-            found[name] = {**run, "ns": 1e9 / run["items_per_second"]}
-    return found
-
-
-def limit_of(run, runs):
+def limit_of(report, case):
     """What a unit takes at least, in nanoseconds, and what it is made of."""
-    parts = {
-        "read": run["read_bytes"] * runs["machine_memory_read"]["ns"],
-        "write": run["written_bytes"] * runs["machine_memory_write"]["ns"],
-        "exp": run["exponentials"] * runs["machine_vector_exp"]["ns"],
-    }
-    return sum(parts.values()), "+".join(name for name, ns in parts.items() if ns > 0)
+    run = report.runs[case][0]
+    parts = {what: run[counter] * min(report.all_ns(f"machine_{speed}"))
+             for what, counter, speed in [("read", "read_bytes", "memory_read"),
+                                          ("write", "written_bytes", "memory_write"),
+                                          ("exp", "exponentials", "vector_exp")]
+             if run[counter] > 0}
+    return sum(parts.values()), " + ".join(parts)
 
 
 def duration(ns):
-    return f"{ns / 1e6:.2f} ms" if ns > 1e5 else f"{ns:.2f} ns"
+    number, unit = (ns / 1e6, "ms") if ns > 1e5 else (ns, "ns")
+    return f"{f'{number:#.3g}'.rstrip('.') if number < 1000 else f'{number:.0f}'} {unit}"
 
 
-def rows_of(runs):
-    names = JUDGED + [name[: -len("/plain")] for name in runs
-                      if name.endswith("/plain") and name[: -len("/plain")] not in JUDGED]
-    for name in names:
-        if f"{name}/plain" in runs:
-            plain, fast = runs[f"{name}/plain"], runs[f"{name}/fast"]
-            limit, made_of = limit_of(fast, runs)
-            yield name, plain["ns"], fast["ns"], limit, made_of, fast.get("label", "")
+def print_table(rows):
+    """As Markdown, the first row as its head, all but the first and the last column to the right."""
+    widths = [max(len(row[i]) for row in rows) for i in range(len(rows[0]))]
+    for row in rows:
+        cells = [cell.rjust(width) if 0 < i < len(row) - 1 else cell.ljust(width)
+                 for i, (cell, width) in enumerate(zip(row, widths))]
+        print(f"| {' | '.join(cells)} |")
+        if row is rows[0]:
+            print(f"|{'|'.join('-' * (width + 2) for width in widths)}|")
 
 
-def print_table(report, runs):
-    print(f"kernels: {report['context']['kernels']}; median of "
-          f"{runs['machine_memory_read']['repetitions']}; processor time\n")
-    print(f"{'case':24}{'plain':>14}{'fast':>14}{'ratio':>8}{'limit':>14}{'x limit':>9}  limit is")
-    for name, plain, fast, limit, made_of, label in rows_of(runs):
-        at_best = f"{duration(limit):>14}{fast / limit:9.1f}  {made_of}" if limit else ""
-        print(f"{name:24}{duration(plain):>14}{duration(fast):>14}{plain / fast:8.1f}{at_best}"
-              f"{'  ' + label if label else ''}")
-
-    print("\nthis machine")
-    for name, what in [("memory_read", "read from memory"), ("memory_write", "write to memory")]:
-        print(f"  {what:20}{1 / runs['machine_' + name]['ns']:8.1f} bytes a ns")
-    for name in ["vector_exp", "vector_erf", "expf", "erff", "erff_saturated", "sin", "cos", "powf"]:
-        print(f"  {name:20}{runs['machine_' + name]['ns']:8.2f} ns a value")
-
-    print("\nthe plain path beside the library functions that pixels and stars are made of")
-    for name, calls in CALLS.items():
-        if f"{name}/plain" not in runs:
-            continue
-        total = sum(count * runs[f"machine_{call}"]["ns"] for call, count in calls.items())
-        plain = runs[f"{name}/plain"]["ns"]
-        verdict = "within" if plain <= CALLS_ALLOWANCE * total else "ABOVE"
-        print(f"  {name:20}{plain:8.1f} ns, its functions {total:6.1f} ns: {plain / total:5.2f} times, "
-              f"{verdict} {CALLS_ALLOWANCE}   ({' + '.join(f'{n} {c}' for c, n in calls.items())})")
+def cases_of(report):
+    """Those that are judged first; all with two paths."""
+    paired = [name.removesuffix("/plain") for name in report.runs if name.endswith("/plain")]
+    return [case for case in JUDGED if case in paired] + [c for c in paired if c not in JUDGED]
 
 
-def print_json(runs):
-    cases = [{"case": name, "plain_ns": plain, "fast_ns": fast, "ratio": plain / fast,
-              "limit_ns": limit}
-             for name, plain, fast, limit, _, _ in rows_of(runs) if name in JUDGED]
-    missing = set(JUDGED) - {case["case"] for case in cases}
+def print_cases(report):
+    rows = [["case", "plain", "fast", "ratio", "lowest", "highest", "limit", "times limit", "limit is"]]
+    for case in cases_of(report):
+        fast = report.ns(f"{case}/fast")
+        ratios = report.ratios(case)
+        limit, made_of = limit_of(report, f"{case}/fast")
+        label = report.runs[f"{case}/fast"][0].get("label", "")
+        rows.append([f"`{case}`", duration(report.ns(f"{case}/plain")), duration(fast)]
+                    + [f"{r:.1f}" for r in (statistics.median(ratios), min(ratios), max(ratios))]
+                    + ([duration(limit), f"{fast / limit:.1f}", made_of] if limit else ["", "", label]))
+    for name in report.runs:
+        if "/" not in name and not name.startswith("machine_"):
+            limit, made_of = limit_of(report, name)
+            both = report.ns(name)
+            rows.append([f"`{name}`", duration(both), "the same", "", "", "", duration(limit),
+                         f"{both / limit:.1f}", made_of])
+    print_table(rows)
+
+
+def print_machine(report):
+    rows = [["this machine", "best", "median", "worst", ""]]
+    for speed, what in [("memory_read", "reads memory"), ("memory_write", "clears memory")]:
+        all_ns = report.all_ns(f"machine_{speed}")
+        rows.append([what] + [f"{1 / ns:.1f}" for ns in (min(all_ns), statistics.median(all_ns), max(all_ns))]
+                    + ["bytes a ns"])
+    for function in ["vector_exp", "vector_erf", "expf", "erff", "erff_saturated", "sin", "cos", "powf"]:
+        all_ns = report.all_ns(f"machine_{function}")
+        rows.append([function] + [f"{ns:.2f}" for ns in (min(all_ns), statistics.median(all_ns), max(all_ns))]
+                    + ["ns a value"])
+    print_table(rows)
+
+
+def print_plain(report):
+    """The plain path beside the library's functions, so that no ratio is bought by a slow one."""
+    one_of_each = sum(report.ns(f"machine_{function}") for function in ONE_OF_EACH)
+    rows = [["plain path", "takes", " + ".join(ONE_OF_EACH), "times that", "what it calls", "times that", "calls"]]
+    for case, calls in CALLED.items():
+        plain = report.ns(f"{case}/plain")
+        own = sum(count * report.ns(f"machine_{function}") for function, count in calls.items())
+        rows.append([f"`{case}`", duration(plain), duration(one_of_each), f"{plain / one_of_each:.2f}",
+                     duration(own) if own else "", f"{plain / own:.2f}" if own else "",
+                     " + ".join(f"{count} {function}" for function, count in calls.items()) or "none"])
+    print_table(rows)
+
+
+def print_json(report):
+    missing = set(JUDGED) - set(cases_of(report))
     if missing:
         sys.exit(f"not measured: {', '.join(sorted(missing))}")
+    cases = [{"case": case, "plain_ns": report.ns(f"{case}/plain"), "fast_ns": report.ns(f"{case}/fast"),
+              "ratio": statistics.median(report.ratios(case)), "limit_ns": limit_of(report, f"{case}/fast")[0]}
+             for case in JUDGED]
     print(json.dumps({"cases": cases}, indent=1))
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("report", help="JSON of star_benchmarks")
+    parser.add_argument("report", help="what star_benchmarks --report wrote")
     parser.add_argument("--json", action="store_true")
     args = parser.parse_args()
-    with open(args.report, encoding="utf-8") as file:
-        report = json.load(file)
-    runs = medians(report)
+    report = Report(args.report)
     if args.json:
-        print_json(runs)
-    else:
-        print_table(report, runs)
+        print_json(report)
+        return
+    print(f"kernels: {report.context['kernels']}; medians of {report.turns}\n")
+    for print_part in print_cases, print_machine, print_plain:
+        print_part(report)
+        print()
 
 
 if __name__ == "__main__":

@@ -1,0 +1,119 @@
+// The frames of frames_benchmark.cpp cut short, for docs/performance.md: part_FRAME_END. What one
+// takes more than another is the part between their ends.
+#include "pair.h"
+
+#include "libimgops/kernels/choice.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <string>
+
+namespace {
+
+using bench::HEIGHT;
+using bench::Scene;
+using bench::WIDTH;
+using star_kernels::Kernels;
+
+Scene& still() {
+    static Scene scene(WIDTH, HEIGHT, bench::whole_sky(2500000));
+    return scene;
+}
+Scene& pan16() {
+    static const auto scene = [] {
+        auto made = std::make_unique<Scene>(WIDTH, HEIGHT, bench::whole_sky(2500000));
+        bench::pan(made->cameras, 16);
+        return made;
+    }();
+    return *scene;
+}
+Scene& dense() {
+    static Scene scene(WIDTH, HEIGHT, bench::framed_sky(1000000, 0.2F / bench::ENERGY));
+    return scene;
+}
+
+/// Clears the frame and gives it all stars.
+void draw(benchmark::State& state, DrawPath path, Scene& scene) {
+    const bench::DrawBy by(path);
+    for (auto _ : state) {
+        scene.frame.clear();
+        benchmark::DoNotOptimize(scene.draw_stars());
+    }
+    bench::report(state, 1, {});
+}
+
+void draw_with(benchmark::State& state, DrawPath path, Scene& scene,
+               double StarRendererData::*setting, double value) {
+    const double usual = scene.settings.*setting;
+    scene.settings.*setting = value;
+    draw(state, path, scene);
+    scene.settings.*setting = usual;
+}
+
+/// All stars are read and none passes the threshold.
+void scanned(benchmark::State& state, DrawPath path, Scene& scene) {
+    draw_with(state, path, scene, &StarRendererData::threshold,
+              std::numeric_limits<double>::infinity());
+}
+/// So dark that no star reaches any pixel: the plain path has shaded and projected all above the
+/// threshold before it knows.
+void unlit(benchmark::State& state, DrawPath path, Scene& scene) {
+    draw_with(state, path, scene, &StarRendererData::brightness, 1e-30);
+}
+
+const Kernels* usual_kernels = nullptr;
+
+void draw_by(benchmark::State& state, DrawPath path, Scene& scene, const Kernels& kernels) {
+    star_kernels::use(&kernels);
+    draw(state, path, scene);
+    star_kernels::use(usual_kernels);
+}
+
+/// Every star is tested, and rejected whatever came out.
+void rejected(benchmark::State& state, DrawPath path, Scene& scene) {
+    usual_kernels = star_kernels::in_use();
+    Kernels kernels = *usual_kernels;
+    kernels.outside = [](const float* lon, const float* lat, const float* weight, int count,
+                         const star_kernels::Plane* planes, int samples,
+                         unsigned char* is_outside) {
+        usual_kernels->outside(lon, lat, weight, count, planes, samples, is_outside);
+        std::fill_n(is_outside, count, static_cast<unsigned char>(1));
+    };
+    draw_by(state, path, scene, kernels);
+}
+
+/// Everything but the light of pixels.
+void undrawn(benchmark::State& state, DrawPath path, Scene& scene) {
+    usual_kernels = star_kernels::in_use();
+    Kernels kernels = *usual_kernels;
+    kernels.draw_spot = [](const star_kernels::Pixels&, const star_kernels::Spot&, int, int rows,
+                           float ry, float*) { return ry + static_cast<float>(rows); };
+    kernels.draw_streak = [](const star_kernels::Pixels&, const star_kernels::Streak&, int,
+                             int rows, float ry) { return ry + static_cast<float>(rows); };
+    draw_by(state, path, scene, kernels);
+}
+
+using Run = void (*)(benchmark::State&, DrawPath, Scene&);
+
+void add(const std::string& name, Run run, DrawPath path, Scene& (*scene)()) {
+    benchmark::RegisterBenchmark((name + (path == DrawPath::plain ? "/plain" : "/fast")).c_str(),
+                                 [=](benchmark::State& state) { run(state, path, scene()); });
+}
+
+const bool parts_are_registered = [] {
+    const struct {
+        const char* name;
+        Scene& (*scene)();
+    } frames[] = {{"part_still_", still}, {"part_pan16_", pan16}, {"part_dense_", dense}};
+    for (const auto& [name, scene] : frames) {
+        add(std::string(name) + "scanned", scanned, DrawPath::plain, scene);
+        add(std::string(name) + "scanned", scanned, DrawPath::fast, scene);
+        add(std::string(name) + "unlit", unlit, DrawPath::plain, scene);
+        add(std::string(name) + "rejected", rejected, DrawPath::fast, scene);
+        add(std::string(name) + "undrawn", undrawn, DrawPath::fast, scene);
+    }
+    return true;
+}();
+
+}  // namespace
