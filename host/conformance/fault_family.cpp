@@ -15,7 +15,7 @@ void examine_family(Examination& run, const FaultFamily& family) {
         const GoodRun good = family.play_well(notes);
         notes.keep("calls", good.calls);
         notes.keep("violations", good.violations);
-        notes.say("status 0; " + std::to_string(good.calls.size()) + " calls that can fail");
+        notes.say("status 0; calls that can fail: " + std::to_string(good.calls.size()));
     });
     run.enter({good_id, family.sent + ", again; nothing fails", "it comes back each time"}, heard);
     if (!run.stands(good_id)) {

@@ -17,6 +17,8 @@
 #include <vector>
 
 #include "apart.h"
+#include "examination.h"
+#include "fault_family.h"
 #include "faults.h"
 #include "growth.h"
 #include "registration.h"
@@ -361,6 +363,65 @@ TEST(FailingCalls, OfASuiteIsThatItIsMissing) {
     EXPECT_EQ(call.sent(), "PF World Suite is missing");
     EXPECT_EQ(call.debt(), conformance::Debt::ErrorOrFallback);
     EXPECT_EQ((conformance::FailingCall{"sprintf", 1}.debt()), conformance::Debt::Nothing);
+}
+
+/// A family of which only the play differs: the good run makes one call.
+conformance::Report report_of_family(const std::function<void(Notes&)>& play_well, int delivered) {
+    conformance::Examination run(CONFORMING_EFFECT, {});
+    run.enter({"base.row", "", ""}, {}, "");
+    examine_family(run, {"kind",
+                         "a play",
+                         "base.row",
+                         {},
+                         [](const conformance::FailingCall&) { return "a promise"; },
+                         [&](Notes& notes) {
+                             play_well(notes);
+                             return conformance::GoodRun{{{"abort", 1}}, {}, true};
+                         },
+                         [=](const conformance::FailingCall&, const conformance::GoodRun&, Notes&) {
+                             return delivered;
+                         }});
+    conformance::Report report = run.finish();
+    report.rows.erase(report.rows.begin());
+    return report;
+}
+
+TEST(FaultFamily, HasARowWithoutFaultsAndOneForEachCall) {
+    const auto report = report_of_family([](Notes&) {}, 1);
+    ASSERT_EQ(report.rows.size(), 2U);
+    EXPECT_EQ(report.rows[0].id, "faults.kind.without-faults");
+    EXPECT_EQ(report.rows[0].answer, "status 0; calls that can fail: 1");
+    EXPECT_EQ(report.rows[1].id, "faults.kind.abort");
+    EXPECT_TRUE(report.passed());
+    EXPECT_TRUE(report.unexamined.empty());
+}
+
+TEST(FaultFamily, LeavesOutByNameWhatCouldNotFail) {
+    const auto report = report_of_family([](Notes&) {}, 0);
+    EXPECT_EQ(report.rows.size(), 1U);
+    EXPECT_EQ(report.unexamined,
+              std::vector<std::string>{
+                  "faults.kind.abort: the call was made in the run without faults alone"});
+}
+
+TEST(FaultFamily, FailsForWhatGoesWrongWithoutFaults) {
+    for (const bool crash : {false, true}) {
+        const auto report = report_of_family(
+            [=](Notes& notes) {
+                notes.doing("this");
+                if (crash) {
+                    std::abort();
+                }
+                notes.find("", "found");
+            },
+            1);
+        ASSERT_EQ(report.rows.size(), 1U);
+        EXPECT_EQ(report.rows[0].answer, crash ? "killed by SIGABRT during this" : "found");
+        EXPECT_FALSE(report.passed());
+        EXPECT_EQ(report.unexamined,
+                  std::vector<std::string>{"faults.kind: it fails without faults, see "
+                                           "faults.kind.without-faults"});
+    }
 }
 
 }  // namespace
