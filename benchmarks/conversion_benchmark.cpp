@@ -7,21 +7,21 @@
 
 namespace {
 
-using bench::HEIGHT;
-using bench::WIDTH;
+using bench::kHeight;
+using bench::kWidth;
 
-constexpr double PIXELS = static_cast<double>(WIDTH) * HEIGHT;
-constexpr double FLOAT_BYTES = 16 * PIXELS;
+constexpr double kPixels = static_cast<double>(kWidth) * kHeight;
+constexpr double kFloatBytes = 16 * kPixels;
 
 /// Blanking is the same for both paths.
 void clear_frame(benchmark::State& state) {
-    static bench::FloatFrame frame(WIDTH, HEIGHT);
+    static bench::FloatFrame frame(kWidth, kHeight);
     for (auto _ : state) {
         frame.clear();
         benchmark::ClobberMemory();
     }
     bench::Needs needs;
-    needs.written_bytes = FLOAT_BYTES;
+    needs.written_bytes = kFloatBytes;
     bench::report(state, 1, needs);
 }
 BENCHMARK(clear_frame);
@@ -29,7 +29,7 @@ BENCHMARK(clear_frame);
 /// Whether both paths give codes that are one apart at most.
 template <class Code>
 bool agree(const Kelv::Image& image) {
-    bench::HostFrame<Code> plain(WIDTH, HEIGHT), fast(WIDTH, HEIGHT);
+    bench::HostFrame<Code> plain(kWidth, kHeight), fast(kWidth, kHeight);
     {
         const bench::DrawBy by(DrawPath::plain);
         plain.take(image);
@@ -43,11 +43,11 @@ bool agree(const Kelv::Image& image) {
 template <class Code>
 void convert(benchmark::State& state, DrawPath path) {
     static bench::Scene* const scene = [] {
-        static bench::Scene made(WIDTH, HEIGHT, bench::whole_sky(2500000));
+        static bench::Scene made(kWidth, kHeight, bench::whole_sky(2500000));
         made.draw();
         return &made;
     }();
-    static bench::HostFrame<Code> codes(WIDTH, HEIGHT);
+    static bench::HostFrame<Code> codes(kWidth, kHeight);
     static const bool same = agree<Code>(scene->frame.image());
     if (!bench::agrees(state, same ? "" : "codes differ by more than one")) {
         return;
@@ -58,8 +58,8 @@ void convert(benchmark::State& state, DrawPath path) {
         benchmark::ClobberMemory();
     }
     bench::Needs needs;
-    needs.read_bytes = FLOAT_BYTES;
-    needs.written_bytes = 4 * PIXELS * sizeof(Code);
+    needs.read_bytes = kFloatBytes;
+    needs.written_bytes = 4 * kPixels * sizeof(Code);
     bench::report(state, 1, needs);
 }
 

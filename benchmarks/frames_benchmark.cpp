@@ -5,13 +5,13 @@
 
 namespace {
 
-using bench::HEIGHT;
+using bench::kHeight;
+using bench::kWidth;
 using bench::Scene;
-using bench::WIDTH;
 
 // What the fast path promises, as parts of the frame's largest value.
-constexpr double STILL = 1e-6;
-constexpr double CROSSING = 2e-5;
+constexpr double kStill = 1e-6;
+constexpr double kCrossing = 2e-5;
 
 /// A scene, whether its two frames agree, and what the machine needs for one of them.
 struct Case {
@@ -53,14 +53,14 @@ void draw(benchmark::State& state, DrawPath path, Case& frame) {
 
 /// 2.5 million stars all over the sky, default controls, the camera holds still.
 void frame_still(benchmark::State& state, DrawPath path) {
-    static Case frame(sky_scene(WIDTH, HEIGHT, 2500000, 0), STILL);
+    static Case frame(sky_scene(kWidth, kHeight, 2500000, 0), kStill);
     draw(state, path, frame);
 }
 BENCHMARK_PAIR(frame_still);
 
 /// The same while the camera turns by 5 degrees in 16 segments.
 void frame_pan16(benchmark::State& state, DrawPath path) {
-    static Case frame(sky_scene(WIDTH, HEIGHT, 2500000, 16), CROSSING);
+    static Case frame(sky_scene(kWidth, kHeight, 2500000, 16), kCrossing);
     draw(state, path, frame);
 }
 BENCHMARK_PAIR(frame_pan16);
@@ -68,15 +68,15 @@ BENCHMARK_PAIR(frame_pan16);
 /// A million stars on the frame, 220 pixels each on average: energy 0.2 and a reach of 6.4 pixels.
 void frame_dense(benchmark::State& state, DrawPath path) {
     static Case frame(
-        std::make_unique<Scene>(WIDTH, HEIGHT, bench::framed_sky(1000000, 0.2F / bench::ENERGY)),
-        STILL);
+        std::make_unique<Scene>(kWidth, kHeight, bench::framed_sky(1000000, 0.2F / bench::kEnergy)),
+        kStill);
     draw(state, path, frame);
 }
 BENCHMARK_PAIR(frame_dense);
 
 /// As many samples as the controls allow, of a tenth of the sky.
 void frame_101_samples(benchmark::State& state, DrawPath path) {
-    static Case frame(sky_scene(WIDTH, HEIGHT, 250000, 100), CROSSING);
+    static Case frame(sky_scene(kWidth, kHeight, 250000, 100), kCrossing);
     draw(state, path, frame);
 }
 BENCHMARK_PAIR(frame_101_samples);
@@ -84,9 +84,9 @@ BENCHMARK_PAIR(frame_101_samples);
 /// Spots of 96 pixels' radius, of a hundredth of the sky.
 void frame_huge_spots(benchmark::State& state, DrawPath path) {
     static Case frame = [] {
-        auto scene = sky_scene(WIDTH, HEIGHT, 25000, 0);
+        auto scene = sky_scene(kWidth, kHeight, 25000, 0);
         scene->settings.spot_size_x = scene->settings.spot_size_y = 100;
-        return Case(std::move(scene), STILL);
+        return Case(std::move(scene), kStill);
     }();
     draw(state, path, frame);
 }
@@ -94,14 +94,14 @@ BENCHMARK_PAIR(frame_huge_spots);
 
 /// 3840 x 2160.
 void frame_4k(benchmark::State& state, DrawPath path) {
-    static Case frame(sky_scene(2 * WIDTH, 2 * HEIGHT, 2500000, 0), STILL);
+    static Case frame(sky_scene(2 * kWidth, 2 * kHeight, 2500000, 0), kStill);
     draw(state, path, frame);
 }
 BENCHMARK_PAIR(frame_4k);
 
 /// `frame_still` with a star file that has to come from the disk.
 void frame_still_cold(benchmark::State& state, DrawPath path) {
-    static Case frame(sky_scene(WIDTH, HEIGHT, 2500000, 0), STILL);
+    static Case frame(sky_scene(kWidth, kHeight, 2500000, 0), kStill);
     if (!bench::agrees(state, frame.difference)) {
         return;
     }

@@ -5,12 +5,12 @@
 
 namespace {
 
-using bench::HEIGHT;
+using bench::kHeight;
+using bench::kWidth;
 using bench::Scene;
-using bench::WIDTH;
 
 std::unique_ptr<Scene> sky_scene(u32 stars) {
-    return std::make_unique<Scene>(WIDTH, HEIGHT, bench::whole_sky(stars));
+    return std::make_unique<Scene>(kWidth, kHeight, bench::whole_sky(stars));
 }
 
 void draw(benchmark::State& state, DrawPath path, Scene& scene) {

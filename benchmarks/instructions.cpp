@@ -16,30 +16,30 @@
 namespace {
 
 using bench::DrawBy;
-using bench::HEIGHT;
+using bench::kHeight;
+using bench::kWidth;
 using bench::Scene;
 using bench::SegmentScene;
-using bench::WIDTH;
 
 /// Everything is made before anything is counted.
 struct Workload {
     Workload()
-        : faint(WIDTH, HEIGHT, bench::faint_sky(200000)),
-          off_frame(WIDTH, HEIGHT, bench::off_frame_sky(50000)),
-          panned(WIDTH, HEIGHT, bench::behind_sky(10000)),
+        : faint(kWidth, kHeight, bench::faint_sky(200000)),
+          off_frame(kWidth, kHeight, bench::off_frame_sky(50000)),
+          panned(kWidth, kHeight, bench::behind_sky(10000)),
           places(1000, Persp),
           spots(bench::even_segments(0, 4000)),
           streaks(bench::even_segments(30, 400)),
           short_streaks(bench::even_segments(9.4F, 1000)),
           crossing(bench::crossing_segments(20)),
-          frame(CONVERTED_WIDTH, CONVERTED_HEIGHT),
-          codes_8(CONVERTED_WIDTH, CONVERTED_HEIGHT),
-          codes_16(CONVERTED_WIDTH, CONVERTED_HEIGHT) {
-        bench::pan(panned.cameras, SEGMENTS);
+          frame(kConvertedWidth, kConvertedHeight),
+          codes_8(kConvertedWidth, kConvertedHeight),
+          codes_16(kConvertedWidth, kConvertedHeight) {
+        bench::pan(panned.cameras, kSegments);
     }
-    static constexpr int SEGMENTS = 16;
-    static constexpr int CONVERTED_WIDTH = 480;
-    static constexpr int CONVERTED_HEIGHT = 270;
+    static constexpr int kSegments = 16;
+    static constexpr int kConvertedWidth = 480;
+    static constexpr int kConvertedHeight = 270;
     Scene faint, off_frame, panned;
     bench::Places places;
     SegmentScene spots, streaks, short_streaks, crossing;
@@ -98,7 +98,7 @@ int main() {
         return 1;
     }
     work = std::make_unique<Workload>();
-    const double converted = double{Workload::CONVERTED_WIDTH} * Workload::CONVERTED_HEIGHT;
+    const double converted = double{Workload::kConvertedWidth} * Workload::kConvertedHeight;
 #define CASE(name, units) \
     { #name, static_cast < double>(units), count_##name##_plain, count_##name##_fast }
     const struct {
@@ -109,7 +109,7 @@ int main() {
     } cases[] = {
         CASE(below_threshold_star, work->faint.sky.stars()),
         CASE(off_frame_star, work->off_frame.sky.stars()),
-        CASE(unseen_sample, work->panned.sky.stars() * (Workload::SEGMENTS + 1.0)),
+        CASE(unseen_sample, work->panned.sky.stars() * (Workload::kSegments + 1.0)),
         CASE(projected_sample, work->places.samples()),
         CASE(still_pixel, work->spots.visited_pixels()),
         CASE(streak_pixel, work->streaks.visited_pixels()),

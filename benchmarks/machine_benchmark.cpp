@@ -16,21 +16,21 @@
 namespace {
 
 /// Far more than any cache holds.
-constexpr std::size_t MEMORY_BYTES = std::size_t{256} << 20U;
+constexpr std::size_t kMemoryBytes = std::size_t{256} << 20U;
 /// Arguments of vector functions: few enough for the first cache.
-constexpr int FEW_VALUES = 2048;
+constexpr int kFewValues = 2048;
 /// Arguments of scalar functions: too many for a processor to learn which way their branches go.
-constexpr int MANY_VALUES = 1 << 16;
+constexpr int kManyValues = 1 << 16;
 
 /// In large pages where the system has them, so that the memory's speed shows and not that of the
 /// tables of its pages. Never freed: there is one.
 u64* memory() {
     static u64* const words = [] {
-        void* const made = std::aligned_alloc(std::size_t{2} << 20U, MEMORY_BYTES);
+        void* const made = std::aligned_alloc(std::size_t{2} << 20U, kMemoryBytes);
 #if defined(MADV_HUGEPAGE)
-        madvise(made, MEMORY_BYTES, MADV_HUGEPAGE);
+        madvise(made, kMemoryBytes, MADV_HUGEPAGE);
 #endif
-        std::memset(made, 1, MEMORY_BYTES);
+        std::memset(made, 1, kMemoryBytes);
         return static_cast<u64*>(made);
     }();
     return words;
@@ -39,28 +39,28 @@ u64* memory() {
 /// One word a line: what moves is the line.
 void machine_memory_read(benchmark::State& state) {
     const u64* const words = memory();
-    constexpr std::size_t LINE = 64 / sizeof(u64);
-    constexpr std::size_t SUMS = 4;
+    constexpr std::size_t kLine = 64 / sizeof(u64);
+    constexpr std::size_t kSums = 4;
     for (auto _ : state) {
-        u64 sums[SUMS] = {};
-        for (std::size_t i = 0; i < MEMORY_BYTES / sizeof(u64); i += SUMS * LINE) {
-            for (std::size_t sum = 0; sum < SUMS; ++sum) {
-                sums[sum] += words[i + sum * LINE];
+        u64 sums[kSums] = {};
+        for (std::size_t i = 0; i < kMemoryBytes / sizeof(u64); i += kSums * kLine) {
+            for (std::size_t sum = 0; sum < kSums; ++sum) {
+                sums[sum] += words[i + sum * kLine];
             }
         }
         benchmark::DoNotOptimize(sums);
     }
-    state.SetItemsProcessed(state.iterations() * std::int64_t{MEMORY_BYTES});
+    state.SetItemsProcessed(state.iterations() * std::int64_t{kMemoryBytes});
 }
 BENCHMARK(machine_memory_read);
 
 void machine_memory_write(benchmark::State& state) {
     u64* const words = memory();
     for (auto _ : state) {
-        std::memset(words, 0, MEMORY_BYTES);
+        std::memset(words, 0, kMemoryBytes);
         benchmark::ClobberMemory();
     }
-    state.SetItemsProcessed(state.iterations() * std::int64_t{MEMORY_BYTES});
+    state.SetItemsProcessed(state.iterations() * std::int64_t{kMemoryBytes});
 }
 BENCHMARK(machine_memory_write);
 
@@ -78,7 +78,7 @@ std::vector<T> values(std::size_t count, double low, double high) {
 using VectorFunction = void (*)(const float*, float*, std::size_t);
 
 void vector_values(benchmark::State& state, VectorFunction function, double low, double high) {
-    const std::vector<float> from = values<float>(FEW_VALUES, low, high);
+    const std::vector<float> from = values<float>(kFewValues, low, high);
     std::vector<float> to(from.size());
     // A processor takes a while to get its widest units going.
     for (int i = 0; i < 100; ++i) {
@@ -88,7 +88,7 @@ void vector_values(benchmark::State& state, VectorFunction function, double low,
         function(from.data(), to.data(), from.size());
         benchmark::ClobberMemory();
     }
-    state.SetItemsProcessed(state.iterations() * FEW_VALUES);
+    state.SetItemsProcessed(state.iterations() * kFewValues);
 }
 
 /// From the peak of a spot far beyond its rim.
@@ -104,13 +104,13 @@ BENCHMARK(machine_vector_erf);
 
 template <class T, class Function>
 void scalar_values(benchmark::State& state, double low, double high, Function function) {
-    const std::vector<T> from = values<T>(MANY_VALUES, low, high);
+    const std::vector<T> from = values<T>(kManyValues, low, high);
     for (auto _ : state) {
         for (const T x : from) {
             benchmark::DoNotOptimize(function(x));
         }
     }
-    state.SetItemsProcessed(state.iterations() * MANY_VALUES);
+    state.SetItemsProcessed(state.iterations() * kManyValues);
 }
 
 void machine_expf(benchmark::State& state) {

@@ -11,25 +11,25 @@
 
 namespace {
 
-using bench::HEIGHT;
+using bench::kHeight;
+using bench::kWidth;
 using bench::Scene;
-using bench::WIDTH;
 using star_kernels::Kernels;
 
 Scene& still() {
-    static Scene scene(WIDTH, HEIGHT, bench::whole_sky(2500000));
+    static Scene scene(kWidth, kHeight, bench::whole_sky(2500000));
     return scene;
 }
 Scene& pan16() {
     static const auto scene = [] {
-        auto made = std::make_unique<Scene>(WIDTH, HEIGHT, bench::whole_sky(2500000));
+        auto made = std::make_unique<Scene>(kWidth, kHeight, bench::whole_sky(2500000));
         bench::pan(made->cameras, 16);
         return made;
     }();
     return *scene;
 }
 Scene& dense() {
-    static Scene scene(WIDTH, HEIGHT, bench::framed_sky(1000000, 0.2F / bench::ENERGY));
+    static Scene scene(kWidth, kHeight, bench::framed_sky(1000000, 0.2F / bench::kEnergy));
     return scene;
 }
 

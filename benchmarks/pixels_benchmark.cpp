@@ -11,7 +11,7 @@ using bench::SegmentScene;
 
 /// Segments, whether both paths agree on them, and how many pixels they visit.
 struct Case {
-    Case(std::vector<bench::DrawnSegment> segments, double peak_share, float spot = bench::SPOT)
+    Case(std::vector<bench::DrawnSegment> segments, double peak_share, float spot = bench::kSpot)
         : scene(std::move(segments), spot),
           difference(scene.difference(peak_share)),
           pixels(scene.visited_pixels()) {}

@@ -17,7 +17,8 @@ volatile bool seen;
 
 }  // namespace
 
-Places::Places(int stars, op_stars_projection projection) : data_(default_settings(WIDTH, HEIGHT)) {
+Places::Places(int stars, op_stars_projection projection)
+    : data_(default_settings(kWidth, kHeight)) {
     data_.projection = projection;
     for (const star& s : whole_sky(static_cast<u32>(stars))) {
         stars_.push_back(
@@ -31,7 +32,7 @@ Places::Places(int stars, op_stars_projection projection) : data_(default_settin
 
 bool Places::plainly(const Star& s, Vector2& place) const {
     return world_to_screen(s.lon, s.lat, s.distance, data_.parallax_crush, matrix_,
-                           data_.projection, WIDTH, HEIGHT, data_.window_x0, data_.window_x1,
+                           data_.projection, kWidth, kHeight, data_.window_x0, data_.window_x1,
                            data_.window_y0, data_.window_y1, place);
 }
 
@@ -40,7 +41,7 @@ VectorN<double, 4> Places::direction(const Star& s) const {
 }
 
 bool Places::on_screen(const VectorN<double, 4>& direction, Vector2& place) const {
-    return point_to_screen(direction, matrix_, data_.projection, WIDTH, HEIGHT, data_.window_x0,
+    return point_to_screen(direction, matrix_, data_.projection, kWidth, kHeight, data_.window_x0,
                            data_.window_x1, data_.window_y0, data_.window_y1, place);
 }
 
@@ -48,14 +49,14 @@ void Places::project(DrawPath path) const {
     Vector2 place;
     for (const Star& s : stars_) {
         if (path == DrawPath::plain) {
-            for (int sample = 0; sample < SAMPLES; ++sample) {
+            for (int sample = 0; sample < kSamples; ++sample) {
                 seen = plainly(s, place);
                 seen_x = static_cast<double>(place[0]);
             }
             continue;
         }
         const VectorN<double, 4> point = direction(s);
-        for (int sample = 0; sample < SAMPLES; ++sample) {
+        for (int sample = 0; sample < kSamples; ++sample) {
             seen = on_screen(point, place);
             seen_x = static_cast<double>(place[0]);
         }

@@ -13,14 +13,14 @@ namespace bench {
 /// finds a star's direction for every camera sample, the fast one once.
 class Places {
 public:
-    static constexpr int SAMPLES = 17;
+    static constexpr int kSamples = 17;
 
     Places(int stars, op_stars_projection projection);
-    /// Projects each star SAMPLES times.
+    /// Projects each star kSamples times.
     void project(DrawPath path) const;
     /// Whether both paths find the same bits.
     bool agree() const;
-    double samples() const { return SAMPLES * static_cast<double>(stars_.size()); }
+    double samples() const { return kSamples * static_cast<double>(stars_.size()); }
 
 private:
     struct Star {

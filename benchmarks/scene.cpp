@@ -14,7 +14,7 @@ namespace bench {
 
 namespace {
 
-constexpr double PAN = 5 / 57.29577951308232;
+constexpr double kPan = 5 / 57.29577951308232;
 
 camera turned(double angle) {
     const double s = std::sin(angle), c = std::cos(angle);
@@ -58,7 +58,7 @@ void hold(Array<camera>& cameras) {
 void pan(Array<camera>& cameras, int segments) {
     cameras.clear();
     for (int i = 0; i <= segments; ++i) {
-        cameras.append(turned(PAN * (static_cast<double>(i) / segments - 0.5)));
+        cameras.append(turned(kPan * (static_cast<double>(i) / segments - 0.5)));
     }
 }
 
@@ -200,7 +200,7 @@ double visited_pixels(const StarFramebuffer& fb, const DrawnSegment& segment, fl
     float ry = static_cast<float>(box.y0) - middle[1];
     for (int iy = box.y0; iy <= box.y1; ++iy, ry += 1.0F) {
         const float centre =
-            line.slope < STEEPEST_SLOPE ? a[0] + ((ry + middle[1]) - a[1]) * line.slope : middle[0];
+            line.slope < kSteepestSlope ? a[0] + ((ry + middle[1]) - a[1]) * line.slope : middle[0];
         const float left = max(static_cast<float>(box.x0), centre - line.half);
         const float right = min(static_cast<float>(box.x1), centre + line.half);
         const float last_rx = std::ceil(right) - middle[0];

@@ -16,11 +16,11 @@
 
 namespace bench {
 
-inline constexpr int WIDTH = 1920;
-inline constexpr int HEIGHT = 1080;
+inline constexpr int kWidth = 1920;
+inline constexpr int kHeight = 1080;
 /// The default spot at that size, pixels; and the default energy of a star of luminance 1.
-inline constexpr float SPOT = 2.4F;
-inline constexpr float ENERGY = 20.0F;
+inline constexpr float kSpot = 2.4F;
+inline constexpr float kEnergy = 20.0F;
 
 /// Makes a path the one that draws, to the end of the scope.
 class DrawBy {

@@ -16,31 +16,31 @@ namespace bench {
 namespace {
 
 /// Codes of every segment's colour; `colour_tables_` makes 0.5, 0.75 and 1 of them.
-constexpr u32 CODES = 0x030201;
+constexpr u32 kCodes = 0x030201;
 
 }  // namespace
 
 std::vector<DrawnSegment> even_segments(float length, int count) {
     std::mt19937_64 random(20261121);
-    std::uniform_real_distribution<float> x(0, WIDTH), y(0, HEIGHT), turn(0, 6.2831853F),
+    std::uniform_real_distribution<float> x(0, kWidth), y(0, kHeight), turn(0, 6.2831853F),
         unit(0, 1);
     std::vector<DrawnSegment> segments;
     for (int i = 0; i < count; ++i) {
         const Vector2 from(x(random), y(random));
         const float angle = turn(random);
         const double magnitude =
-            THRESHOLD_MAGNITUDE + std::log10(1 - static_cast<double>(unit(random))) / COUNT_SLOPE;
+            kThresholdMagnitude + std::log10(1 - static_cast<double>(unit(random))) / kCountSlope;
         const double luminance = std::min(0.5, std::pow(10.0, -0.4 * magnitude));
         segments.push_back(
             {from,
              {from[0] + length * std::cos(angle), from[1] + length * std::sin(angle)},
-             ENERGY * static_cast<float>(luminance)});
+             kEnergy * static_cast<float>(luminance)});
     }
     return segments;
 }
 
 std::vector<DrawnSegment> crossing_segments(std::size_t count) {
-    Scene scene(WIDTH, HEIGHT, whole_sky(200000, THRESHOLD_MAGNITUDE));
+    Scene scene(kWidth, kHeight, whole_sky(200000, kThresholdMagnitude));
     pan(scene.cameras, 16);
     std::vector<DrawnSegment> segments;
     scene.for_each_segment([&](const DrawnSegment& segment) {
@@ -59,7 +59,7 @@ SegmentScene::SegmentScene(std::vector<DrawnSegment> segments, float spot)
     : segments_(std::move(segments)),
       spot_(spot),
       colour_tables_(std::size_t{3} * 256),
-      frame_(WIDTH, HEIGHT) {
+      frame_(kWidth, kHeight) {
     colour_tables_[1] = 0.5F;
     colour_tables_[256 + 2] = 0.75F;
     colour_tables_[512 + 3] = 1.0F;
@@ -78,7 +78,7 @@ void SegmentScene::draw(DrawPath path) {
     for (const DrawnSegment& s : segments_) {
         const float reach = reach_of(s.energy);
         if (reach >= 0.0F) {
-            batch.add(s.a, s.b, s.energy, reach, CODES, drew);
+            batch.add(s.a, s.b, s.energy, reach, kCodes, drew);
         }
     }
     batch.draw();

@@ -17,7 +17,7 @@ std::vector<DrawnSegment> crossing_segments(std::size_t count);
 /// Draws segments in one colour and one size of spot.
 class SegmentScene {
 public:
-    SegmentScene(std::vector<DrawnSegment> segments, float spot = SPOT);
+    SegmentScene(std::vector<DrawnSegment> segments, float spot = kSpot);
     /// Adds all segments to the frame.
     void draw(DrawPath path);
     /// As `Scene::difference`; also if the count of visited pixels does not hold.

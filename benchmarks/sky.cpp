@@ -19,11 +19,11 @@ namespace bench {
 
 namespace {
 
-constexpr unsigned SEED = 20261121;
-constexpr double DEGREES = 57.29577951308232;
+constexpr unsigned kSeed = 20261121;
+constexpr double kDegrees = 57.29577951308232;
 /// The default camera's focal length, in halves of the frame's height.
-constexpr double FOCAL = 3.2;
-constexpr double ASPECT = 16.0 / 9.0;
+constexpr double kFocal = 3.2;
+constexpr double kAspect = 16.0 / 9.0;
 
 struct Direction {
     double x, y, z;
@@ -44,7 +44,7 @@ public:
         return {r * std::cos(turn), y, r * std::sin(turn)};
     }
     /// By the law of counts, down to `faintest`.
-    double magnitude(double faintest) { return faintest + std::log10(1 - unit()) / COUNT_SLOPE; }
+    double magnitude(double faintest) { return faintest + std::log10(1 - unit()) / kCountSlope; }
     double unit() { return std::uniform_real_distribution<double>(0, 1)(random_); }
 
     star at(const Direction& d, double magnitude) {
@@ -52,8 +52,8 @@ public:
     }
     star at(const Direction& d, float luminance) {
         star s = {};
-        s.lon = as_stored(std::fmod(std::atan2(d.z, d.x) * DEGREES + 360, 360));
-        s.lat = as_stored(std::asin(d.y) * DEGREES);
+        s.lon = as_stored(std::fmod(std::atan2(d.z, d.x) * kDegrees + 360, 360));
+        s.lat = as_stored(std::asin(d.y) * kDegrees);
         s.luminance = as_stored(luminance);
         // sRGB codes of black bodies from 20000 K over white to 3200 K.
         const double warmth = unit();
@@ -65,7 +65,7 @@ public:
     }
 
 private:
-    std::mt19937_64 random_{SEED};
+    std::mt19937_64 random_{kSeed};
 };
 
 /// `count` stars above the threshold wherever `is_wanted`.
@@ -77,7 +77,7 @@ std::vector<star> bright_sky(u32 count, Wanted is_wanted) {
     while (sky.size() < count) {
         const Direction d = stars.direction();
         if (is_wanted(d)) {
-            sky.push_back(stars.at(d, stars.magnitude(THRESHOLD_MAGNITUDE)));
+            sky.push_back(stars.at(d, stars.magnitude(kThresholdMagnitude)));
         }
     }
     return sky;
@@ -131,8 +131,8 @@ std::vector<star> faint_sky(u32 count) {
 std::vector<star> off_frame_sky(u32 count) {
     // A tenth of the frame away from its sides: farther than any default spot reaches.
     return bright_sky(count, [](const Direction& d) {
-        return d.z > 0 &&
-               (std::fabs(d.x) * FOCAL > 1.1 * ASPECT * d.z || std::fabs(d.y) * FOCAL > 1.1 * d.z);
+        return d.z > 0 && (std::fabs(d.x) * kFocal > 1.1 * kAspect * d.z ||
+                           std::fabs(d.y) * kFocal > 1.1 * d.z);
     });
 }
 
@@ -145,8 +145,8 @@ std::vector<star> framed_sky(u32 count, float luminance) {
     std::vector<star> sky;
     sky.reserve(count);
     while (sky.size() < count) {
-        const double x = ASPECT * (2 * stars.unit() - 1) / FOCAL;
-        const double y = (2 * stars.unit() - 1) / FOCAL;
+        const double x = kAspect * (2 * stars.unit() - 1) / kFocal;
+        const double y = (2 * stars.unit() - 1) / kFocal;
         const double length = std::sqrt(x * x + y * y + 1);
         sky.push_back(stars.at({x / length, y / length, 1 / length}, luminance));
     }

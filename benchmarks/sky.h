@@ -11,14 +11,14 @@ namespace bench {
 
 /// Stars per magnitude grow by 10^0.45, as on the real sky down to magnitude 10 or so, and end at
 /// magnitude 11.7: 17 % are above the effect's default threshold, which is magnitude 10.
-inline constexpr double COUNT_SLOPE = 0.45;
-inline constexpr double FAINTEST_MAGNITUDE = 11.7;
+inline constexpr double kCountSlope = 0.45;
+inline constexpr double kFaintestMagnitude = 11.7;
 /// What the default threshold lets through.
-inline constexpr double THRESHOLD_MAGNITUDE = 10.0;
+inline constexpr double kThresholdMagnitude = 10.0;
 
 /// `count` stars all over the sky down to magnitude `faintest`, in no order, with the colours of
 /// black bodies and distances from 3 to 1000.
-std::vector<star> whole_sky(u32 count, double faintest = FAINTEST_MAGNITUDE);
+std::vector<star> whole_sky(u32 count, double faintest = kFaintestMagnitude);
 /// `count` stars of magnitude 12 to 13: all below the default threshold.
 std::vector<star> faint_sky(u32 count);
 /// `count` stars above the default threshold that the default camera has ahead of it, but surely

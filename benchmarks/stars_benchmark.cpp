@@ -9,7 +9,7 @@ namespace {
 using bench::Scene;
 
 std::unique_ptr<Scene> scene_of(const std::vector<star>& stars) {
-    return std::make_unique<Scene>(bench::WIDTH, bench::HEIGHT, stars);
+    return std::make_unique<Scene>(bench::kWidth, bench::kHeight, stars);
 }
 
 /// Draws all stars, none of which may leave light.
@@ -47,13 +47,13 @@ BENCHMARK_PAIR(behind_star);
 
 /// Per star and camera sample: 17 samples, of stars that stay behind the camera.
 void unseen_sample(benchmark::State& state, DrawPath path) {
-    constexpr int SEGMENTS = 16;
+    constexpr int kSegments = 16;
     static const auto scene = [] {
         auto made = scene_of(bench::behind_sky(200000));
-        bench::pan(made->cameras, SEGMENTS);
+        bench::pan(made->cameras, kSegments);
         return made;
     }();
-    scan(state, path, *scene, SEGMENTS + 1);
+    scan(state, path, *scene, kSegments + 1);
 }
 BENCHMARK_PAIR(unseen_sample);
 

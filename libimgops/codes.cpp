@@ -8,28 +8,28 @@
 
 namespace {
 
-using star_kernels::FLOATS_PER_PIXEL;
 using star_kernels::Kernels;
+using star_kernels::kFloatsPerPixel;
 
-/// `f` of full scale `MOST`, rounded half up and clamped; 0 when it is not a number. Compared as a
+/// `f` of full scale `kMost`, rounded half up and clamped; 0 when it is not a number. Compared as a
 /// number before it becomes an integer, so that nothing is out of the integer's range.
-template <class Code, int MOST>
+template <class Code, int kMost>
 Code to_code(float f) {
-    const float scaled = 0.5F + f * static_cast<float>(MOST);
+    const float scaled = 0.5F + f * static_cast<float>(kMost);
     if (scaled > 0.0F) {
-        return static_cast<Code>(scaled < static_cast<float>(MOST) ? static_cast<int>(scaled)
-                                                                   : MOST);
+        return static_cast<Code>(scaled < static_cast<float>(kMost) ? static_cast<int>(scaled)
+                                                                    : kMost);
     }
     return 0;
 }
 
-template <class Code, int MOST>
+template <class Code, int kMost>
 void to_codes_plainly(const float* pixels, void* codes, std::size_t count) {
     auto* to = static_cast<unsigned char*>(codes);
-    for (; count > 0; --count, pixels += FLOATS_PER_PIXEL) {
-        const Code pixel[FLOATS_PER_PIXEL] = {MOST, to_code<Code, MOST>(pixels[1]),
-                                              to_code<Code, MOST>(pixels[2]),
-                                              to_code<Code, MOST>(pixels[3])};
+    for (; count > 0; --count, pixels += kFloatsPerPixel) {
+        const Code pixel[kFloatsPerPixel] = {kMost, to_code<Code, kMost>(pixels[1]),
+                                             to_code<Code, kMost>(pixels[2]),
+                                             to_code<Code, kMost>(pixels[3])};
         // As bytes, because nothing says how a host aligns its rows.
         std::memcpy(to, pixel, sizeof pixel);
         to += sizeof pixel;

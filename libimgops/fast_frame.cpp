@@ -16,17 +16,17 @@
 
 namespace {
 
-using star_kernels::FLOATS_PER_PIXEL;
-using star_kernels::STARS_AT_ONCE;
+using star_kernels::kFloatsPerPixel;
+using star_kernels::kStarsAtOnce;
 
-constexpr int COLOURS = 3;
-constexpr int CODES = 256;
+constexpr int kColours = 3;
+constexpr int kCodes = 256;
 /// Rows and columns are kept in 16 bits.
-constexpr int LARGEST_SIZE = std::numeric_limits<std::int16_t>::max();
+constexpr int kLargestSize = std::numeric_limits<std::int16_t>::max();
 
 /// Coverage, red, green and blue of a pixel side by side, and pixels too.
 bool is_interleaved(const StarFramebuffer& fb) {
-    return fb.pixel_stride == FLOATS_PER_PIXEL && fb.r == fb.a + 1 && fb.g == fb.a + 2 &&
+    return fb.pixel_stride == kFloatsPerPixel && fb.r == fb.a + 1 && fb.g == fb.a + 2 &&
            fb.b == fb.a + 3;
 }
 
@@ -56,17 +56,17 @@ bool can_draw(const StarRendererData& data, const StarFramebuffer& fb) {
     const bool has_colours =
         is_finite(shaped_colour(0, 0, 0, data)) && is_finite(shaped_colour(255, 255, 255, data));
     return is_known && has_colours && data.lines == STARS_LINES_ALL && is_interleaved(fb) &&
-           fb.width > 0 && fb.height > 0 && fb.width <= LARGEST_SIZE && fb.height <= LARGEST_SIZE;
+           fb.width > 0 && fb.height > 0 && fb.width <= kLargestSize && fb.height <= kLargestSize;
 }
 
 }  // namespace
 
 struct FastFrame::Gathered {
-    const star* records[STARS_AT_ONCE];
-    float lon[STARS_AT_ONCE] = {};
-    float lat[STARS_AT_ONCE] = {};
-    float weight[STARS_AT_ONCE] = {};
-    unsigned char is_outside[STARS_AT_ONCE];
+    const star* records[kStarsAtOnce];
+    float lon[kStarsAtOnce] = {};
+    float lat[kStarsAtOnce] = {};
+    float weight[kStarsAtOnce] = {};
+    unsigned char is_outside[kStarsAtOnce];
     int count = 0;
 };
 
@@ -94,11 +94,11 @@ FastFrame::FastFrame(const StarRendererData& data, StarRenderer::PrivateData& pr
     const double reach = longest_reach(data, priv.intensity);
     find_planes_around_frame(data, priv.fb, priv.mats, reach * static_cast<double>(priv.spot_w),
                              reach * static_cast<double>(priv.spot_h), planes_);
-    for (int code = 0; code < CODES; ++code) {
+    for (int code = 0; code < kCodes; ++code) {
         const auto c = static_cast<unsigned char>(code);
         const Color3 colour = shaped_colour(c, c, c, data);
-        for (int channel = 0; channel < COLOURS; ++channel) {
-            colour_tables_[CODES * channel + code] = colour[channel];
+        for (int channel = 0; channel < kColours; ++channel) {
+            colour_tables_[kCodes * channel + code] = colour[channel];
         }
     }
 }
@@ -112,17 +112,17 @@ void FastFrame::draw(bool& drew) {
     Gathered stars;
     if (!has_depth_) {
         // A crush below 0 brings these nearer too.
-        std::fill_n(stars.weight, STARS_AT_ONCE,
+        std::fill_n(stars.weight, kStarsAtOnce,
                     static_cast<float>(weight_of_distance(-1.0, data_.parallax_crush)));
     }
     while (priv_.index < nstars) {
         const u32 left = nstars - priv_.index;
-        const u32 room = static_cast<u32>(STARS_AT_ONCE - stars.count);
+        const u32 room = static_cast<u32>(kStarsAtOnce - stars.count);
         u32 count = left < room ? left : room;
         const star* records = next_in_row(count, stars, drew);
         priv_.index += count;
         gather(records, count, stars);
-        if (stars.count == STARS_AT_ONCE) {
+        if (stars.count == kStarsAtOnce) {
             draw_gathered(stars, drew);
         }
     }

@@ -78,7 +78,7 @@ PART_OF_ITS_CALLERS bool map_point(VectorN<double, 4> p, const DblMatrix4& m,
             break;
         }
         default:
-            STARS_THROW_IN(signature, UNKNOWN_PROJECTION_LINE, "unknown projection");
+            STARS_THROW_IN(signature, kUnknownProjectionLine, "unknown projection");
     }
 
     q[0] = (q[0] - x0) / (x1 - x0);

@@ -11,45 +11,45 @@
 namespace {
 
 /// Segments gathered at most. With what belongs to each they take 3.8 MB.
-constexpr u32 CAPACITY = 80000;
+constexpr u32 kCapacity = 80000;
 
 /// Bytes of a band: half of a second-level cache of 1 MiB. Measured from 128 KiB to 4 MiB, with
 /// one million spots of 220 pixels: 256 KiB to 1 MiB are alike, 4 MiB takes 1.3 times as long.
-constexpr std::ptrdiff_t BAND_BYTES = std::ptrdiff_t{512} * 1024;
+constexpr std::ptrdiff_t kBandBytes = std::ptrdiff_t{512} * 1024;
 
 /// The entries of a band lie scattered: each is fetched while as many others are drawn.
-constexpr u32 AHEAD = 6;
+constexpr u32 kAhead = 6;
 
 /// From this many segments on, it pays to fetch a whole band before they are drawn: their rows are
 /// too short for the processor to foresee.
-constexpr u32 FEWEST_TO_FETCH = 64;
+constexpr u32 kFewestToFetch = 64;
 
 /// Ends farther away than this many pixels are the plain streak's: its guards belong to it. Nearer
 /// ones have midpoints whose last bit is 2^16 at most, so that neither the 2^31 where a column's
 /// guard fires nor the 2^21 to which the kernels hold rows beside the frame is lost in it.
-constexpr float FARTHEST = 0x1p40F;
+constexpr float kFarthest = 0x1p40F;
 
 // So are those whose light in the frame is small beside what their functions are apart from the
 // plain ones: exponentials by 2^-23 of themselves and of their argument, error functions by 2^-23.
 
 /// Shorter ones, in pixels: the two error functions nearly cancel.
-constexpr float SHORTEST_FAST_STREAK = 0.5F;
+constexpr float kShortestFastStreak = 0.5F;
 /// Those that move less than this many radii of the spot: a longer one's light is within 1e-6 of
 /// its peak.
-constexpr float FEWEST_RADII = 0.25F;
+constexpr float kFewestRadii = 0.25F;
 /// Those of which less than this, in pixels, lies within the frame: its brightest pixel may be far
 /// from their peak. Of more, some pixel is at most half a pixel from the segment's line.
-constexpr double LEAST_IN_FRAME = 1.5;
+constexpr double kLeastInFrame = 1.5;
 /// Still spots that are farther from the frame than this many radii.
-constexpr float FARTHEST_SPOT = 2.0F;
+constexpr float kFarthestSpot = 2.0F;
 
 /// The error function surely counts as 1 from here on: a little more than the kernels' own limit,
 /// for what the range of a run of rows is rounded.
-constexpr float ERF_IS_SURELY_ONE = 3.76F;
+constexpr float kErfIsSurelyOne = 3.76F;
 
 bool is_near(const Vector2& at) {
     // False for what is not a number.
-    return std::fabs(at[0]) < FARTHEST && std::fabs(at[1]) < FARTHEST;
+    return std::fabs(at[0]) < kFarthest && std::fabs(at[1]) < kFarthest;
 }
 
 int min_of(int a, int b) { return a < b ? a : b; }
@@ -57,7 +57,7 @@ int max_of(int a, int b) { return a > b ? a : b; }
 
 int rows_of_band(const StarFramebuffer& fb) {
     const std::ptrdiff_t row_bytes = std::ptrdiff_t{fb.stride} * std::ptrdiff_t{sizeof(float)};
-    return max_of(1, static_cast<int>(BAND_BYTES / (row_bytes > 0 ? row_bytes : 1)));
+    return max_of(1, static_cast<int>(kBandBytes / (row_bytes > 0 ? row_bytes : 1)));
 }
 
 /// Narrows the part from `from` to `to` of a line, in shares of its length, to what lies between 0
@@ -101,7 +101,7 @@ bool is_saturated(const star_kernels::Streak& of, float ry, int rows) {
     // straight.
     float x0 = static_cast<float>(of.x0);
     float x1 = static_cast<float>(of.x1);
-    if (of.slope < STEEPEST_SLOPE) {
+    if (of.slope < kSteepestSlope) {
         const float first = of.a_x + (ry + of.mid_y - of.a_y) * of.slope;
         const float last = first + static_cast<float>(rows - 1) * of.slope;
         x0 = max(x0, (first < last ? first : last) - of.half);
@@ -113,8 +113,8 @@ bool is_saturated(const star_kernels::Streak& of, float ry, int rows) {
     const float below = of.along_y * (ry + static_cast<float>(rows));
     const float low = (left < right ? left : right) + (above < below ? above : below);
     const float high = (left > right ? left : right) + (above > below ? above : below);
-    return (of.half_way - high) * of.scale >= ERF_IS_SURELY_ONE &&
-           (-of.half_way - low) * of.scale <= -ERF_IS_SURELY_ONE;
+    return (of.half_way - high) * of.scale >= kErfIsSurelyOne &&
+           (-of.half_way - low) * of.scale <= -kErfIsSurelyOne;
 }
 
 }  // namespace
@@ -128,10 +128,10 @@ SegmentBatch::SegmentBatch(const StarFramebuffer& dst, const star_kernels::Kerne
       spot_h_(spot_h),
       colour_tables_(colour_tables),
       band_rows_(rows_of_band(dst)),
-      entries_(new Entry[CAPACITY]),
-      order_(new u32[CAPACITY]),
-      going_on_(new u32[CAPACITY]),
-      next_going_on_(new u32[CAPACITY]),
+      entries_(new Entry[kCapacity]),
+      order_(new u32[kCapacity]),
+      going_on_(new u32[kCapacity]),
+      next_going_on_(new u32[kCapacity]),
       band_starts_(new u32[static_cast<std::size_t>(dst.height / band_rows_) + 2]) {}
 
 Color3 SegmentBatch::colour_of(u32 codes) const {
@@ -152,7 +152,7 @@ void SegmentBatch::add(const Vector2& a, const Vector2& b, float energy, float r
         drew = drew || lit;
         return;
     }
-    if (count_ == CAPACITY) {
+    if (count_ == kCapacity) {
         draw();
     }
     const Box seen = clipped(box, dst_);
@@ -197,7 +197,7 @@ void SegmentBatch::draw() {
 }
 
 void SegmentBatch::draw_band(int y, u32 begin, u32 end) {
-    const bool has_many = end - begin + going_on_count_ >= FEWEST_TO_FETCH;
+    const bool has_many = end - begin + going_on_count_ >= kFewestToFetch;
     pixels_.is_covered =
         !has_many || kernels_.fetch(pixels_, y, min_of(band_rows_, dst_.height - y));
     u32 next_count = 0;
@@ -207,8 +207,8 @@ void SegmentBatch::draw_band(int y, u32 begin, u32 end) {
             going_on == going_on_count_ || (begin < end && order_[begin] < going_on_[going_on]);
         const u32 number = takes_new ? order_[begin++] : going_on_[going_on++];
         Entry& entry = entries_[number];
-        if (begin + AHEAD < end) {
-            __builtin_prefetch(&entries_[order_[begin + AHEAD]]);
+        if (begin + kAhead < end) {
+            __builtin_prefetch(&entries_[order_[begin + kAhead]]);
         }
         draw_rows(entry, max_of(entry.y0, y), min_of(entry.y1, y + band_rows_ - 1));
         if (entry.y1 >= y + band_rows_) {
@@ -224,14 +224,14 @@ void SegmentBatch::draw_band(int y, u32 begin, u32 end) {
 bool SegmentBatch::has_room_for_error(const Vector2& spot) const {
     const float x = outside(spot[0], dst_.width - 1) / spot_w_;
     const float y = outside(spot[1], dst_.height - 1) / spot_h_;
-    return x * x + y * y <= FARTHEST_SPOT * FARTHEST_SPOT;
+    return x * x + y * y <= kFarthestSpot * kFarthestSpot;
 }
 
 bool SegmentBatch::has_room_for_error(const Vector2& a, const Vector2& b, float length,
                                       const SweptSpot& swept) const {
-    return length >= SHORTEST_FAST_STREAK && length * swept.q * swept.scale >= FEWEST_RADII &&
+    return length >= kShortestFastStreak && length * swept.q * swept.scale >= kFewestRadii &&
            ((is_in_frame(a, dst_) && is_in_frame(b, dst_)) ||
-            length_in_frame(a, b, length, dst_) >= LEAST_IN_FRAME);
+            length_in_frame(a, b, length, dst_) >= kLeastInFrame);
 }
 
 void SegmentBatch::draw_rows(Entry& entry, int y0, int y1) {

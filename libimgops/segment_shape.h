@@ -9,20 +9,20 @@
 #include <cmath>
 
 /// Light is followed out to one part in this of the framebuffer's unit.
-inline constexpr float UNIT_PER_FAINTEST = 6250.0F;
+inline constexpr float kUnitPerFaintest = 6250.0F;
 /// Shorter segments, in pixels, are still spots.
-inline constexpr float SHORTEST_STREAK = 0.00001F;
+inline constexpr float kShortestStreak = 0.00001F;
 /// Segments that climb less than this, in pixels, are horizontal.
-inline constexpr float SMALLEST_CLIMB = 0.000001F;
+inline constexpr float kSmallestClimb = 0.000001F;
 /// From this slope on, in pixels a row, the line's place on a row is the midpoint's.
-inline constexpr float STEEPEST_SLOPE = 100000.0F;
+inline constexpr float kSteepestSlope = 100000.0F;
 /// Slope and half span of a horizontal segment: the whole box.
-inline constexpr float WHOLE_ROW = 1e20F;
+inline constexpr float kWholeRow = 1e20F;
 
 /// How many spot radii away `energy` x exp(-reach^2) is the faintest light. Negative when there is
 /// nothing to draw; energies that are not a number draw nothing.
 inline float reach_of(float energy) {
-    const float brightness = UNIT_PER_FAINTEST * energy;
+    const float brightness = kUnitPerFaintest * energy;
     return brightness >= 1.0F ? std::sqrt(std::log(brightness)) : -1.0F;
 }
 
@@ -53,9 +53,9 @@ inline Box pixel_box(const Vector2& a, const Vector2& b, const Vector2& radius) 
     BoundN<float, 2> bounds(a);
     bounds.include(b);
     bounds.expand(radius);
-    constexpr float FAR = 4194304.0F;  // 2^22: below it sums with 1 are exact
-    if (bounds[0].min() > -FAR && bounds[1].min() > -FAR && bounds[0].max() < FAR &&
-        bounds[1].max() < FAR) {
+    constexpr float kFar = 4194304.0F;  // 2^22: below it sums with 1 are exact
+    if (bounds[0].min() > -kFar && bounds[1].min() > -kFar && bounds[0].max() < kFar &&
+        bounds[1].max() < kFar) {
         return {floor_of_near(bounds[0].min()), floor_of_near(bounds[1].min()),
                 floor_of_near(bounds[0].max()) + 1, floor_of_near(bounds[1].max()) + 1};
     }
@@ -79,13 +79,13 @@ inline Vector2 midpoint(const Vector2& a, const Vector2& b) {
 /// How a segment's line leans, and how far on either side of it a row is drawn.
 struct RowLine {
     /// Pixels along x a row.
-    float slope = WHOLE_ROW;
-    float half = WHOLE_ROW;
+    float slope = kWholeRow;
+    float half = kWholeRow;
 
     /// `reach_x`: the spot's reach along x, in pixels.
     RowLine(const Vector2& a, const Vector2& b, float reach_x, float spot_w, float spot_h) {
         const float climb = b[1] - a[1];
-        if (std::fabs(climb) > SMALLEST_CLIMB) {
+        if (std::fabs(climb) > kSmallestClimb) {
             slope = (b[0] - a[0]) / climb;
             // The reach holds spot_w already and is widened by it once more: saved projects have
             // their faint rims that wide.

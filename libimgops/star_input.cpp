@@ -4,12 +4,12 @@
 
 namespace {
 
-constexpr unsigned MAGIC_LENGTH = 8;
+constexpr unsigned kMagicLength = 8;
 
 bool has_magic(const star* header, const char* magic) {
     const void* bytes = header;
     // As text: a NUL in the header ends the comparison, as a difference.
-    return std::strncmp(static_cast<const char*>(bytes), magic, MAGIC_LENGTH) == 0;
+    return std::strncmp(static_cast<const char*>(bytes), magic, kMagicLength) == 0;
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ void keep_spot_above_a_pixel(float& spot, float& intensity) {
 StarRenderer::StarRenderer(const StarRendererData& data_, const StarFramebuffer& fb,
                            StarInput& input, const Array<camera>& cams)
     : data(data_), priv(new PrivateData{fb, input, cams}) {
-    STARS_ASSERT_AT(NO_CAMERAS_LINE, priv->cams.len() > 0);
+    STARS_ASSERT_AT(kNoCamerasLine, priv->cams.len() > 0);
     const uword samples = cams.len();
     for (uword i = 0; i < samples; ++i) {
         priv->mats.append(projection_matrix(cams[i], data.projection));
@@ -51,7 +51,7 @@ StarRenderer::StarRenderer(const StarRendererData& data_, const StarFramebuffer&
     keep_spot_above_a_pixel(priv->spot_h, priv->intensity);
 
     if (!input.is_valid()) {
-        STARS_THROW_AT(BAD_HEADER_LINE, "error in star database file");
+        STARS_THROW_AT(kBadHeaderLine, "error in star database file");
     }
     priv->index = 1;
 }

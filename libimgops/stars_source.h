@@ -4,16 +4,16 @@
 
 #include <base/exceptions.h>
 
-inline constexpr const char* STARS_SOURCE = "libimgops/stars.cpp";
-inline constexpr int UNKNOWN_PROJECTION_LINE = 290;
-inline constexpr int NO_CAMERAS_LINE = 464;
-inline constexpr int BAD_HEADER_LINE = 518;
+inline constexpr const char* kStarsSource = "libimgops/stars.cpp";
+inline constexpr int kUnknownProjectionLine = 290;
+inline constexpr int kNoCamerasLine = 464;
+inline constexpr int kBadHeaderLine = 518;
 
 /// `XASSERT` that names the room's main source, the given function and line.
 #define STARS_ASSERT_IN(function, line, condition)                          \
     do {                                                                    \
         if (!(condition)) {                                                 \
-            throw AssertXception(#condition, STARS_SOURCE, function, line); \
+            throw AssertXception(#condition, kStarsSource, function, line); \
         }                                                                   \
     } while (false)
 /// The same in the name of the function it stands in.
@@ -21,6 +21,6 @@ inline constexpr int BAD_HEADER_LINE = 518;
 
 /// `XTHROW` that names the room's main source, the given function and line.
 #define STARS_THROW_IN(function, line, ...) \
-    throw StrXception(STARS_SOURCE, function, line, __VA_ARGS__)
+    throw StrXception(kStarsSource, function, line, __VA_ARGS__)
 /// The same in the name of the function it stands in.
 #define STARS_THROW_AT(line, ...) STARS_THROW_IN(__PRETTY_FUNCTION__, line, __VA_ARGS__)

@@ -31,7 +31,7 @@ static_assert(FLT_EVAL_METHOD == 0, "floats must be rounded at every step");
 namespace {
 
 /// The function in whose name the streak fails, whoever draws its rows.
-constexpr char SIGNATURE[] =
+constexpr char kSignature[] =
     "bool op_star_streak(const StarFramebuffer&, const Vector2&, const Vector2&, float, const "
     "Color3&, float, float, op_stars_lines)";
 
@@ -56,7 +56,7 @@ public:
     void at(float y, const Box& box, float* left, float* right) const {
         // One-sided on purpose: a line that leans far to the left takes the formula.
         const float centre =
-            line_.slope < STEEPEST_SLOPE ? a_[0] + (y - a_[1]) * line_.slope : mid_x_;
+            line_.slope < kSteepestSlope ? a_[0] + (y - a_[1]) * line_.slope : mid_x_;
         *left = max(static_cast<float>(box.x0), centre - line_.half);
         *right = min(static_cast<float>(box.x1), centre + line_.half);
     }
@@ -72,7 +72,7 @@ class SpotWeight {
 public:
     /// `length` and `dir` of the segment, in pixels.
     SpotWeight(float length, const Vector2& dir, float energy, float spot_w, float spot_h)
-        : moves_(length > SHORTEST_STREAK),
+        : moves_(length > kShortestStreak),
           dir_(dir),
           energy_(energy),
           spot_w_(spot_w),
@@ -130,7 +130,7 @@ bool draw_rows_plainly(const StarFramebuffer& dst, const PlainSegment& segment,
     // Offsets from the midpoint are carried from row to row and pixel to pixel by adding 1, and a
     // row ends by the carried offset: its rounding decides about the last column.
     for (int iy = y0; iy <= y1; ++iy, ry += 1.0F) {
-        STARS_ASSERT_IN(SIGNATURE, __LINE__, iy >= 0 && iy < dst.height);
+        STARS_ASSERT_IN(kSignature, __LINE__, iy >= 0 && iy < dst.height);
         if (is_skipped(iy, lines)) {
             continue;
         }
@@ -143,7 +143,7 @@ bool draw_rows_plainly(const StarFramebuffer& dst, const PlainSegment& segment,
         // One running place in all four channels.
         s64 at = s64{dst.pixel_stride} * ix + s64{dst.stride} * iy;
         for (; last_rx >= rx && ix < dst.width; ++ix, rx += 1.0F, at += dst.pixel_stride) {
-            STARS_ASSERT_IN(SIGNATURE, __LINE__, ix >= 0 && ix < dst.width);
+            STARS_ASSERT_IN(kSignature, __LINE__, ix >= 0 && ix < dst.width);
             const float coverage = dst.a[at];
             if (coverage >= 1.0F) {
                 continue;

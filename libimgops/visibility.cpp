@@ -11,16 +11,16 @@ using star_kernels::Plane;
 /// its light, which is 1. Of the places on the frame, below 2^15, single precision rounds three
 /// (the star's, its light's two sides) by 2^-24 of each: 0.006. The same shares of the light's own
 /// reach are in the reach, which is a little more than the brightest star's; see `longest_reach`.
-constexpr double MARGIN = 1.1;
+constexpr double kMargin = 1.1;
 
 /// Cameras with larger numbers, or planes with smaller ones, reject nothing: the plain projection's
 /// own squares and quotients may overflow there or lose bits, and what is behind may show.
-constexpr double LARGEST_ELEMENT = 1e100;
-constexpr double SMALLEST_PLANE = 1e-100;
+constexpr double kLargestElement = 1e100;
+constexpr double kSmallestPlane = 1e-100;
 
 /// Smaller offsets than this, other than 0, are beyond single precision for near stars, whose
 /// weight may be as large as its largest number.
-constexpr double SMALLEST_OFFSET = 1e-30;
+constexpr double kSmallestOffset = 1e-30;
 
 /// Nothing is beyond it.
 Plane nowhere() { return {0, 0, 0, 0, std::numeric_limits<float>::infinity(), 0}; }
@@ -28,7 +28,7 @@ Plane nowhere() { return {0, 0, 0, 0, std::numeric_limits<float>::infinity(), 0}
 bool is_ordinary(const Matrix4<double>& m) {
     for (int element = 0; element < 16; ++element) {
         // False for what is not a number.
-        if (!(std::fabs(m(element / 4, element % 4)) <= LARGEST_ELEMENT)) {
+        if (!(std::fabs(m(element / 4, element % 4)) <= kLargestElement)) {
             return false;
         }
     }
@@ -44,19 +44,19 @@ Plane plane_of(const Matrix4<double>& m, double sign, int c, double limit, int b
     }
     // The same plane at a scale where single precision is precise, whatever the camera's is.
     const double size = std::fabs(n[0]) + std::fabs(n[1]) + std::fabs(n[2]);
-    if (size < SMALLEST_PLANE) {
+    if (size < kSmallestPlane) {
         return nowhere();
     }
     const double offset = n[3] / size;
-    if (offset != 0.0 && std::fabs(offset) < SMALLEST_OFFSET) {
+    if (offset != 0.0 && std::fabs(offset) < kSmallestOffset) {
         return nowhere();
     }
     return {static_cast<float>(n[0] / size),
             static_cast<float>(n[1] / size),
             static_cast<float>(n[2] / size),
             static_cast<float>(offset),
-            star_kernels::DIRECTION_TOLERANCE,
-            std::fabs(static_cast<float>(offset)) * star_kernels::DIRECTION_TOLERANCE};
+            star_kernels::kDirectionTolerance,
+            std::fabs(static_cast<float>(offset)) * star_kernels::kDirectionTolerance};
 }
 
 }  // namespace
@@ -66,8 +66,8 @@ void find_planes_around_frame(const StarRendererData& data, const StarFramebuffe
                               Array<Plane>& planes) {
     const double per_pixel_x = (data.window_x1 - data.window_x0) / fb.width;
     const double per_pixel_y = (data.window_y1 - data.window_y0) / fb.height;
-    const double out_x = (reach_x + MARGIN) * per_pixel_x;
-    const double out_y = (reach_y + MARGIN) * per_pixel_y;
+    const double out_x = (reach_x + kMargin) * per_pixel_x;
+    const double out_y = (reach_y + kMargin) * per_pixel_y;
     // A pinhole's matrix has the distance ahead in its last column; the others keep it in the
     // third, and their disk fills the window, so that only what is behind is outside.
     const bool pinhole = data.projection == Persp;
@@ -84,7 +84,7 @@ void find_planes_around_frame(const StarRendererData& data, const StarFramebuffe
             planes.append(plane_of(m, 1, 1, data.window_y1 + out_y, 3));
             planes.append(plane_of(m, -1, 1, data.window_y0 - out_y, 3));
         } else {
-            for (int side = 1; side < star_kernels::PLANES; ++side) {
+            for (int side = 1; side < star_kernels::kPlanes; ++side) {
                 planes.append(nowhere());
             }
         }

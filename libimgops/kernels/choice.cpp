@@ -17,7 +17,7 @@ extern const Kernels neon_kernels;
 
 namespace {
 
-const Kernels* const BUILT[] = {
+const Kernels* const kBuilt[] = {
 #if defined(__x86_64__)
     &avx512_kernels, &avx2_kernels,
 #endif
@@ -30,7 +30,7 @@ const Kernels* const BUILT[] = {
     nullptr};
 
 const Kernels* widest() {
-    for (const Kernels* const* kernels = BUILT; *kernels != nullptr; ++kernels) {
+    for (const Kernels* const* kernels = kBuilt; *kernels != nullptr; ++kernels) {
         if (runs_here(**kernels)) {
             return *kernels;
         }
@@ -42,7 +42,7 @@ const Kernels* chosen = nullptr;
 
 }  // namespace
 
-const Kernels* const* built() { return BUILT; }
+const Kernels* const* built() { return kBuilt; }
 
 bool runs_here(const Kernels& kernels) {
 #if defined(__x86_64__)

@@ -12,8 +12,8 @@ LANES_INLINE Ints codes_of(Floats pixels, std::int32_t full) {
     std::int32_t coverage[LANES];
     std::int32_t colours[LANES];
     for (int k = 0; k < LANES; ++k) {
-        coverage[k] = k % PIXEL == 0 ? full : 0;
-        colours[k] = k % PIXEL == 0 ? 0 : -1;
+        coverage[k] = k % kPixel == 0 ? full : 0;
+        colours[k] = k % kPixel == 0 ? 0 : -1;
     }
     const Floats most = splat(static_cast<float>(full));
     Floats scaled = splat(0.5F) + pixels * most;
@@ -25,7 +25,7 @@ LANES_INLINE Ints codes_of(Floats pixels, std::int32_t full) {
 /// `Code`: what a channel becomes.
 template <class Code>
 LANES_INLINE void to_codes(const float* pixels, void* codes, std::size_t count, std::int32_t full) {
-    std::size_t channels = PIXEL * count;
+    std::size_t channels = kPixel * count;
     auto* to = static_cast<unsigned char*>(codes);
     for (; channels >= LANES; channels -= LANES, pixels += LANES, to += sizeof(Code) * LANES) {
         store_low_parts<Code>(to, codes_of(load(pixels), full));

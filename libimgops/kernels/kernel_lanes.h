@@ -9,6 +9,6 @@
 
 namespace {
 
-constexpr int PIXEL = star_kernels::FLOATS_PER_PIXEL;
+constexpr int kPixel = star_kernels::kFloatsPerPixel;
 
 }  // namespace

@@ -10,13 +10,13 @@ using star_kernels::Segment;
 namespace {
 
 /// Floats of a cache line.
-constexpr int CACHE_LINE = 16;
+constexpr int kCacheLine = 16;
 
 /// The colour on a pixel's lanes; nothing for coverage.
 LANES_INLINE Floats pixel_colour(const Segment& of) {
     float lanes[LANES];
     for (int k = 0; k < LANES; ++k) {
-        lanes[k] = k % PIXEL == 0 ? 0.0F : of.color[k % PIXEL - 1];
+        lanes[k] = k % kPixel == 0 ? 0.0F : of.color[k % kPixel - 1];
     }
     return load(lanes);
 }
@@ -25,15 +25,15 @@ LANES_INLINE Floats pixel_colour(const Segment& of) {
 LANES_INLINE Ints coverage_lanes() {
     std::int32_t lanes[LANES];
     for (int k = 0; k < LANES; ++k) {
-        lanes[k] = k % PIXEL == 0 ? -1 : 0;
+        lanes[k] = k % kPixel == 0 ? -1 : 0;
     }
     return load_ints(lanes);
 }
 
-/// `COVERED`: whether any pixel may have coverage.
-template <bool COVERED>
+/// `kCovered`: whether any pixel may have coverage.
+template <bool kCovered>
 LANES_INLINE Floats lit(Floats pixels, Floats weights, Floats colour) {
-    if (!COVERED) {
+    if (!kCovered) {
         return select(coverage_lanes(), pixels, pixels + colour * weights);
     }
     const Floats coverage = coverage_of(pixels);
@@ -57,29 +57,29 @@ struct RowWeights {
     float row;
 
     LANES_MEMBER Floats lanes(int i) const {
-        return load(columns + std::ptrdiff_t{PIXEL} * i) * splat(row);
+        return load(columns + std::ptrdiff_t{kPixel} * i) * splat(row);
     }
-    LANES_MEMBER float of(int i) const { return columns[std::ptrdiff_t{PIXEL} * i] * row; }
+    LANES_MEMBER float of(int i) const { return columns[std::ptrdiff_t{kPixel} * i] * row; }
 };
 
 /// Adds the colour, as much as `weights` say, to `n` pixels.
-template <bool COVERED, class Weights>
+template <bool kCovered, class Weights>
 LANES_INLINE void light(float* pixels, const Weights& weights, int n, Floats colour) {
-    constexpr int AT_ONCE = LANES / PIXEL;
+    constexpr int kAtOnce = LANES / kPixel;
     int i = 0;
-    for (; i <= n - AT_ONCE; i += AT_ONCE, pixels += LANES) {
-        store(pixels, lit<COVERED>(load(pixels), weights.lanes(i), colour));
+    for (; i <= n - kAtOnce; i += kAtOnce, pixels += LANES) {
+        store(pixels, lit<kCovered>(load(pixels), weights.lanes(i), colour));
     }
 #if LANES == 16 && defined(__AVX512F__)
     if (i < n) {
         const auto lanes =
-            static_cast<__mmask16>(0xffffU >> static_cast<unsigned>(16 - PIXEL * (n - i)));
+            static_cast<__mmask16>(0xffffU >> static_cast<unsigned>(16 - kPixel * (n - i)));
         const Floats old = _mm512_maskz_loadu_ps(lanes, pixels);
-        _mm512_mask_storeu_ps(pixels, lanes, lit<COVERED>(old, weights.lanes(i), colour));
+        _mm512_mask_storeu_ps(pixels, lanes, lit<kCovered>(old, weights.lanes(i), colour));
     }
 #else
-    for (; i < n; ++i, pixels += PIXEL) {
-        const float coverage = COVERED ? pixels[0] : 0.0F;
+    for (; i < n; ++i, pixels += kPixel) {
+        const float coverage = kCovered ? pixels[0] : 0.0F;
         if (!(coverage >= 1.0F)) {
             add_to_pixel(pixels, weights.of(i) * (1.0F - coverage), colour);
         }
@@ -93,15 +93,15 @@ bool fetch(const Pixels& to, int y, int rows) {
     float* row = to.first + y * to.row;
     for (int i = 0; i < rows; ++i, row += to.row) {
         int x = 0;
-        for (; x <= PIXEL * to.width - CACHE_LINE; x += CACHE_LINE) {
-            for (int k = 0; k < CACHE_LINE; k += LANES) {
+        for (; x <= kPixel * to.width - kCacheLine; x += kCacheLine) {
+            for (int k = 0; k < kCacheLine; k += LANES) {
                 uncovered = uncovered & (colours | (absolute(load(row + x + k)) <= splat(0.0F)));
             }
             // What was only read would have to be asked for once more.
             volatile float* touched = row + x;
             *touched = row[x];
         }
-        for (; x < PIXEL * to.width; x += PIXEL) {
+        for (; x < kPixel * to.width; x += kPixel) {
             uncovered = uncovered & splat(row[x] == 0.0F ? -1 : 0);
         }
     }

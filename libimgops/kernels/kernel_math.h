@@ -8,15 +8,15 @@ namespace {
 
 /// Adding this leaves a float no bits for fractions: it rounds numbers below 2^22 to the nearest
 /// integer, which then stands in the lowest bits.
-constexpr float ROUNDER = 12582912.0F;  // 1.5 x 2^23
-constexpr std::int32_t ROUNDER_BITS = 0x4b400000;
-constexpr std::int32_t ONE_BITS = 0x3f800000;  // 1.0
-constexpr int EXPONENT_SHIFT = 23;
+constexpr float kRounder = 12582912.0F;  // 1.5 x 2^23
+constexpr std::int32_t kRounderBits = 0x4b400000;
+constexpr std::int32_t kOneBits = 0x3f800000;  // 1.0
+constexpr int kExponentShift = 23;
 
 LANES_INLINE Floats absolute(Floats x) { return floats_of(bits_of(x) & splat(0x7fffffff)); }
 /// 1 with the sign of `x`.
 LANES_INLINE Floats sign_of(Floats x) {
-    return floats_of((bits_of(x) & splat(INT32_MIN)) | splat(ONE_BITS));
+    return floats_of((bits_of(x) & splat(INT32_MIN)) | splat(kOneBits));
 }
 LANES_INLINE bool any(Ints which) { return mask_of(which) != 0; }
 /// How many of the first lanes; those behind the first one that is not are not either.
@@ -24,11 +24,11 @@ LANES_INLINE int count(Ints which) { return __builtin_ctz(~mask_of(which)); }
 
 /// For magnitudes below 2^22.
 LANES_INLINE Floats floor_of(Floats x) {
-    const Floats nearest = (x + splat(ROUNDER)) - splat(ROUNDER);
+    const Floats nearest = (x + splat(kRounder)) - splat(kRounder);
     return nearest - select(nearest > x, splat(1.0F), splat(0.0F));
 }
 LANES_INLINE Floats ceil_of(Floats x) {
-    const Floats nearest = (x + splat(ROUNDER)) - splat(ROUNDER);
+    const Floats nearest = (x + splat(kRounder)) - splat(kRounder);
     return nearest + select(nearest < x, splat(1.0F), splat(0.0F));
 }
 
@@ -42,8 +42,8 @@ struct Exponential {
 LANES_INLINE Exponential exponential(Floats x) {
     // x = n ln 2 + r with |r| <= ln 2 / 2; the first part of ln 2 has few bits, so that its
     // product with n is exact.
-    const Floats rounded = x * splat(1.44269504F) + splat(ROUNDER);
-    const Floats n = rounded - splat(ROUNDER);
+    const Floats rounded = x * splat(1.44269504F) + splat(kRounder);
+    const Floats n = rounded - splat(kRounder);
     const Floats r = (x - n * splat(0.693359375F)) + n * splat(2.12194440e-4F);
     // (e^r - 1 - r) / r^2: minimax, rounded to single precision, off by 5e-9 of e^r. In pairs, so
     // that few steps wait for each other.
@@ -61,19 +61,19 @@ LANES_INLINE Floats exp_of_negative(Floats x) {
     return _mm512_scalef_ps(e.mantissa, e.power);
 #else
     // By way of a number 2^64 too large, so that only the last step rounds where numbers grow
-    // subnormal. The shift leaves nothing of ROUNDER.
-    constexpr std::int32_t TOO_LARGE = (64 << EXPONENT_SHIFT) + ONE_BITS;
-    return e.mantissa * floats_of((e.power_bits << EXPONENT_SHIFT) + splat(TOO_LARGE)) *
+    // subnormal. The shift leaves nothing of kRounder.
+    constexpr std::int32_t kTooLarge = (64 << kExponentShift) + kOneBits;
+    return e.mantissa * floats_of((e.power_bits << kExponentShift) + splat(kTooLarge)) *
            splat(0x1p-64F);
 #endif
 }
 
 /// From here on the error function counts as 1, which is 2 units in the last place off at most.
-constexpr float ERF_IS_ONE = 3.75F;
+constexpr float kErfIsOne = 3.75F;
 
 /// erf(a) / a around a = 0, 0.5, 1 ... 3.5: the coefficient of each power of the distance, minimax,
 /// rounded to single precision: off by 6e-8 of the value at most.
-alignas(64) constexpr float ERF_TABLE[7][TABLE_SIZE] = {
+alignas(64) constexpr float kErfTable[7][kTableSize] = {
     {0x1.20dd76p+0F, 0x1.0a7ef6p+0F, 0x1.af767ap-1F, 0x1.49c38ep-1F, 0x1.fd9ae2p-2F, 0x1.996eeep-2F,
      0x1.555368p-2F, 0x1.24923ap-2F},
     {0.0F, -0x1.4c3872p-2F, -0x1.b5db08p-2F, -0x1.667edcp-2F, -0x1.e87126p-3F, -0x1.45c31cp-3F,
@@ -92,19 +92,19 @@ alignas(64) constexpr float ERF_TABLE[7][TABLE_SIZE] = {
 
 LANES_INLINE Floats erf_of(Floats x) {
     // Adding this rounds to the nearest half, whose number then stands in the lowest bits.
-    constexpr float TO_HALVES = 6291456.0F;  // 1.5 x 2^22
+    constexpr float kToHalves = 6291456.0F;  // 1.5 x 2^22
     const Floats a = absolute(x);
-    const Floats rounded = a + splat(TO_HALVES);
-    const Floats d = a - (rounded - splat(TO_HALVES));
+    const Floats rounded = a + splat(kToHalves);
+    const Floats d = a - (rounded - splat(kToHalves));
     const Ints piece = bits_of(rounded);
     const Floats d2 = d * d;
     const auto pair = [&](int n) __attribute__((always_inline)) {
-        return look_up(ERF_TABLE[n], piece) + look_up(ERF_TABLE[n + 1], piece) * d;
+        return look_up(kErfTable[n], piece) + look_up(kErfTable[n + 1], piece) * d;
     };
-    const Floats high = pair(4) + look_up(ERF_TABLE[6], piece) * d2;
-    const Floats p = look_up(ERF_TABLE[0], piece) +
-                     (look_up(ERF_TABLE[1], piece) * d + (pair(2) + high * d2) * d2);
-    return select(a >= splat(ERF_IS_ONE), sign_of(x), x * p);
+    const Floats high = pair(4) + look_up(kErfTable[6], piece) * d2;
+    const Floats p = look_up(kErfTable[0], piece) +
+                     (look_up(kErfTable[1], piece) * d + (pair(2) + high * d2) * d2);
+    return select(a >= splat(kErfIsOne), sign_of(x), x * p);
 }
 
 }  // namespace

@@ -7,15 +7,15 @@
 namespace {
 
 /// Pixels whose weights are worked out in one go.
-constexpr int BLOCK = 256;
+constexpr int kBlock = 256;
 
 /// Offsets of LANES pixels from the midpoint, the first at `rx`. Each is the one before plus 1,
 /// rounded; `rx` becomes the one after the last.
 LANES_INLINE Floats offsets(float* rx) {
     float lanes[LANES];
     const float after = *rx + static_cast<float>(LANES);
-    constexpr float LAST_ODD = 16777216.0F;  // 2^24; beyond it there are no odd numbers
-    if (after - static_cast<float>(LANES) == *rx && *rx > -LAST_ODD && after < LAST_ODD) {
+    constexpr float kLastOdd = 16777216.0F;  // 2^24; beyond it there are no odd numbers
+    if (after - static_cast<float>(LANES) == *rx && *rx > -kLastOdd && after < kLastOdd) {
         // The last one is exact, so that all are: multiples of the first one's lowest bit, below
         // the same bound.
         for (int k = 0; k < LANES; ++k) {

@@ -13,30 +13,30 @@ namespace {
 
 /// Factors of a spot's columns, each on all lanes of its pixel.
 struct Columns {
-    float factors[PIXEL * (BLOCK + LANES)];
+    float factors[kPixel * (kBlock + LANES)];
     int count;
 };
 
-/// The next columns of a spot, BLOCK or what is left up to the offset `last`. `rx`: the first
+/// The next columns of a spot, kBlock or what is left up to the offset `last`. `rx`: the first
 /// one's offset, moved on behind them.
 LANES_INLINE void find_columns(float w2, float* rx, float last, int room, Columns* columns) {
-    float factors[BLOCK + LANES];
+    float factors[kBlock + LANES];
     int n = LANES;
     int found = 0;
-    while (n == LANES && found < BLOCK) {
+    while (n == LANES && found < kBlock) {
         const Floats offset = offsets(rx);
         n = count(offset <= splat(last));
         store(factors + found, exp_of_negative(-(offset * offset) / splat(w2)));
         found += n;
     }
     columns->count = found < room ? found : room;
-    for (int i = 0; i < columns->count; i += LANES / PIXEL) {
-        store(columns->factors + std::ptrdiff_t{PIXEL} * i, load_for_pixels(factors + i));
+    for (int i = 0; i < columns->count; i += LANES / kPixel) {
+        store(columns->factors + std::ptrdiff_t{kPixel} * i, load_for_pixels(factors + i));
     }
 }
 
 /// Draws `columns` of `rows` rows from `row` on; returns the offset `ry` behind the last.
-template <bool COVERED>
+template <bool kCovered>
 LANES_INLINE float draw_columns(const Pixels& to, const Spot& spot, const Columns& columns,
                                 float* row, int rows, float ry) {
     const Floats colour = pixel_colour(spot);
@@ -47,7 +47,7 @@ LANES_INLINE float draw_columns(const Pixels& to, const Spot& spot, const Column
         store(peaks, exp_of_negative(-(offset * offset) / splat(spot.h2)) * splat(spot.energy));
         const int now = rows - done < LANES ? rows - done : LANES;
         for (int k = 0; k < now; ++k, row += to.row) {
-            light<COVERED>(row, RowWeights{columns.factors, peaks[k]}, columns.count, colour);
+            light<kCovered>(row, RowWeights{columns.factors, peaks[k]}, columns.count, colour);
         }
         if (now < LANES) {
             float lanes[LANES];
@@ -59,7 +59,7 @@ LANES_INLINE float draw_columns(const Pixels& to, const Spot& spot, const Column
     return ry;
 }
 
-template <bool COVERED>
+template <bool kCovered>
 LANES_INLINE float draw_spot_rows(const Pixels& to, const Spot& spot, int y, int rows, float ry) {
     // exp(-(x / w)^2 - (y / h)^2) is a product of one factor a column and one a row.
     float rx = static_cast<float>(spot.x0) - spot.mid_x;
@@ -69,10 +69,10 @@ LANES_INLINE float draw_spot_rows(const Pixels& to, const Spot& spot, int y, int
     int x = spot.x0;
     do {
         find_columns(spot.w2, &rx, last, to.width - x, &columns);
-        float* first = to.first + y * to.row + std::ptrdiff_t{PIXEL} * x;
-        after = draw_columns<COVERED>(to, spot, columns, first, rows, ry);
+        float* first = to.first + y * to.row + std::ptrdiff_t{kPixel} * x;
+        after = draw_columns<kCovered>(to, spot, columns, first, rows, ry);
         x += columns.count;
-    } while (columns.count == BLOCK);
+    } while (columns.count == kBlock);
     return after;
 }
 

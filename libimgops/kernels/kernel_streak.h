@@ -20,11 +20,11 @@ struct Spans {
 };
 
 /// Midpoints of steeper segments are the middle of every row: the plain streak's rule.
-constexpr float STEEPEST_SLOPE = 100000.0F;
+constexpr float kSteepestSlope = 100000.0F;
 
 LANES_INLINE void find_spans(const Streak& of, int width, Floats ry, Spans* spans) {
     const Floats y = ry + splat(of.mid_y);
-    const Floats centre = of.slope < STEEPEST_SLOPE
+    const Floats centre = of.slope < kSteepestSlope
                               ? splat(of.a_x) + (y - splat(of.a_y)) * splat(of.slope)
                               : splat(of.mid_x);
     const Floats x0 = splat(static_cast<float>(of.x0));
@@ -39,7 +39,7 @@ LANES_INLINE void find_spans(const Streak& of, int width, Floats ry, Spans* span
     left = floor_of(select(left > beyond, beyond, left));
     right = ceil_of(select(right < before, before, right));
     store(spans->ry, ry);
-    store(spans->x, bits_of(left + splat(ROUNDER)) - splat(ROUNDER_BITS));
+    store(spans->x, bits_of(left + splat(kRounder)) - splat(kRounderBits));
     store(spans->first, left - splat(of.mid_x));
     store(spans->last, right - splat(of.mid_x));
 }
@@ -47,11 +47,11 @@ LANES_INLINE void find_spans(const Streak& of, int width, Floats ry, Spans* span
 /// Pixels of consecutive rows, one after the other: offsets from the midpoint, and where each row's
 /// share lies in the frame.
 struct Block {
-    float rx[BLOCK + LANES];
-    float ry[BLOCK + LANES];
-    float weights[BLOCK + LANES];
-    float* pixels[BLOCK];
-    int counts[BLOCK];
+    float rx[kBlock + LANES];
+    float ry[kBlock + LANES];
+    float weights[kBlock + LANES];
+    float* pixels[kBlock];
+    int counts[kBlock];
     int used = 0;
     int pieces = 0;
 };
@@ -59,24 +59,24 @@ struct Block {
 /// How many of a streak's two error functions there are to work out; any other is 1 or -1.
 enum class Ends { none, nearer, both };
 
-template <Ends ENDS>
+template <Ends kEnds>
 LANES_INLINE void weigh(const Streak& of, Block* block) {
     const float per_q = -1.0F / of.q;
     // What is read beyond it.
     store(block->rx + block->used, splat(0.0F));
     store(block->ry + block->used, splat(0.0F));
     store(block->weights + block->used, splat(0.0F));
-    const float light = ENDS == Ends::none ? 2.0F * of.light : of.light;
+    const float light = kEnds == Ends::none ? 2.0F * of.light : of.light;
     for (int i = 0; i < block->used; i += LANES) {
         const Floats rx = load(block->rx + i);
         const Floats ry = load(block->ry + i);
         const Floats u = splat(of.dir_y) * rx - splat(of.dir_x) * ry;
         Floats weight = exp_of_negative((u * u) * splat(per_q));
-        if (ENDS != Ends::none) {
+        if (kEnds != Ends::none) {
             const Floats v = splat(of.along_x) * rx + splat(of.along_y) * ry;
             weight =
                 weight *
-                (ENDS == Ends::nearer
+                (kEnds == Ends::nearer
                      ? splat(1.0F) + erf_of((splat(of.half_way) - absolute(v)) * splat(of.scale))
                      : erf_of((splat(of.half_way) - v) * splat(of.scale)) -
                            erf_of((splat(-of.half_way) - v) * splat(of.scale)));
@@ -86,19 +86,19 @@ LANES_INLINE void weigh(const Streak& of, Block* block) {
 }
 
 /// Lights what is in the block and empties it.
-template <Ends ENDS, bool COVERED>
+template <Ends kEnds, bool kCovered>
 LANES_INLINE void flush(const Streak& of, Block* block) {
-    weigh<ENDS>(of, block);
+    weigh<kEnds>(of, block);
     const Floats colour = pixel_colour(of);
     const float* weights = block->weights;
     for (int i = 0; i < block->pieces; ++i) {
-        light<COVERED>(block->pixels[i], PixelWeights{weights}, block->counts[i], colour);
+        light<kCovered>(block->pixels[i], PixelWeights{weights}, block->counts[i], colour);
         weights += block->counts[i];
     }
     block->used = block->pieces = 0;
 }
 
-template <Ends ENDS, bool COVERED>
+template <Ends kEnds, bool kCovered>
 LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int rows, float ry) {
     float* row = to.first + y * to.row;
     Block block;
@@ -111,11 +111,11 @@ LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int 
         for (int k = 0; k < now; ++k, row += to.row) {
             float rx = spans.first[k];
             int room = to.width - spans.x[k];
-            float* pixels = row + std::ptrdiff_t{PIXEL} * spans.x[k];
+            float* pixels = row + std::ptrdiff_t{kPixel} * spans.x[k];
             bool is_new = true;
             while (room > 0) {
-                if (block.used > BLOCK - LANES) {
-                    flush<ENDS, COVERED>(streak, &block);
+                if (block.used > kBlock - LANES) {
+                    flush<kEnds, kCovered>(streak, &block);
                     is_new = true;
                 }
                 const Floats offset = offsets(&rx);
@@ -127,7 +127,7 @@ LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int 
                 store(block.rx + block.used, offset);
                 store(block.ry + block.used, splat(spans.ry[k]));
                 // Weighing a block takes as long as a cache needs to bring its pixels.
-                for (int i = 0; i < PIXEL * LANES; i += CACHE_LINE) {
+                for (int i = 0; i < kPixel * LANES; i += kCacheLine) {
                     __builtin_prefetch(pixels + i, 1);
                 }
                 if (is_new) {
@@ -141,7 +141,7 @@ LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int 
                     break;
                 }
                 room -= LANES;
-                pixels += PIXEL * LANES;
+                pixels += kPixel * LANES;
             }
         }
         if (now < LANES) {
@@ -150,14 +150,14 @@ LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int 
         }
         ry = rest;
     }
-    flush<ENDS, COVERED>(streak, &block);
+    flush<kEnds, kCovered>(streak, &block);
     return ry;
 }
 
-template <Ends ENDS>
+template <Ends kEnds>
 LANES_INLINE float draw_with(const Pixels& to, const Streak& streak, int y, int rows, float ry) {
-    return to.is_covered ? draw_rows<ENDS, true>(to, streak, y, rows, ry)
-                         : draw_rows<ENDS, false>(to, streak, y, rows, ry);
+    return to.is_covered ? draw_rows<kEnds, true>(to, streak, y, rows, ry)
+                         : draw_rows<kEnds, false>(to, streak, y, rows, ry);
 }
 
 float draw_streak(const Pixels& to, const Streak& streak, int y, int rows, float ry) {
@@ -165,7 +165,7 @@ float draw_streak(const Pixels& to, const Streak& streak, int y, int rows, float
         return draw_with<Ends::none>(to, streak, y, rows, ry);
     }
     // From the middle of the streak on, the farther end's error function is 1.
-    if (streak.half_way * streak.scale >= ERF_IS_ONE) {
+    if (streak.half_way * streak.scale >= kErfIsOne) {
         return draw_with<Ends::nearer>(to, streak, y, rows, ry);
     }
     return draw_with<Ends::both>(to, streak, y, rows, ry);

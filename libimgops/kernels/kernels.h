@@ -12,7 +12,7 @@
 namespace star_kernels {
 
 /// Of the images that kernels know: coverage, red, green, blue.
-inline constexpr int FLOATS_PER_PIXEL = 4;
+inline constexpr int kFloatsPerPixel = 4;
 
 /// Rows of such an image.
 struct Pixels {
@@ -60,10 +60,10 @@ struct Plane {
 
 /// Planes of one camera sample: the camera's own, with what is behind it on the far side; then
 /// those through the camera and the frame's left, right, upper and lower side.
-inline constexpr int PLANES = 5;
+inline constexpr int kPlanes = 5;
 
 /// How many stars `outside` takes at most; a multiple of every number of lanes.
-inline constexpr int STARS_AT_ONCE = 512;
+inline constexpr int kStarsAtOnce = 512;
 
 /// How well `outside` knows on which side of a plane a star is, in parts of |nx| + |ny| + |nz|, and
 /// of w |nw| for the weight. With u = 2^-24, half a unit in the last place of 1, the side is off by
@@ -75,7 +75,7 @@ inline constexpr int STARS_AT_ONCE = 512;
 /// that is 1.4e-6. The weight's share is off by 5u: both numbers, less the tolerance, their product
 /// and its addition. The rest is to spare: 4e-6 radians are a tenth of a pixel where a picture has
 /// 25000 pixels a radian.
-inline constexpr float DIRECTION_TOLERANCE = 4e-6F;
+inline constexpr float kDirectionTolerance = 4e-6F;
 
 struct Kernels {
     const char* name;
@@ -92,7 +92,7 @@ struct Kernels {
 
     /// Which stars surely leave no light: for all `samples` cameras behind, or for all of them
     /// ahead and beyond the same side of the frame. `lon`, `lat`: radians; `weight`: homogeneous
-    /// weight. One byte a star, 1 for those outside. All four arrays hold STARS_AT_ONCE values;
+    /// weight. One byte a star, 1 for those outside. All four arrays hold kStarsAtOnce values;
     /// those behind `count` mean nothing.
     void (*outside)(const float* lon, const float* lat, const float* weight, int count,
                     const Plane* planes, int samples, unsigned char* is_outside);

@@ -36,7 +36,7 @@ LANES_INLINE Floats select(Ints which, Floats yes, Floats no) { return which ? y
 LANES_INLINE Ints truncated(Floats x) { return __builtin_convertvector(x, Ints); }
 
 /// Tables hold 8 values, twice where a register has 16 lanes.
-constexpr int TABLE_SIZE = 8;
+constexpr int kTableSize = 8;
 /// The value of `table` that the lowest three bits of each lane say.
 LANES_INLINE Floats look_up(const float* table, Ints which) {
 #if LANES == 16 && defined(__AVX512F__)
@@ -48,7 +48,7 @@ LANES_INLINE Floats look_up(const float* table, Ints which) {
 #else
     float lanes[LANES];
     for (int k = 0; k < LANES; ++k) {
-        lanes[k] = table[which[k] & (TABLE_SIZE - 1)];
+        lanes[k] = table[which[k] & (kTableSize - 1)];
     }
     return load(lanes);
 #endif

@@ -83,7 +83,7 @@ constexpr int kQuarter16 = 8192;
 class Conversion : public testing::TestWithParam<DrawPath> {
     support::PathInUse path_{GetParam()};
 };
-INSTANTIATE_TEST_SUITE_P(Paths, Conversion, testing::ValuesIn(support::BOTH_PATHS),
+INSTANTIATE_TEST_SUITE_P(Paths, Conversion, testing::ValuesIn(support::kBothPaths),
                          [](const auto& tested) { return support::name_of(tested.param); });
 
 TEST_P(Conversion, EightBits) {

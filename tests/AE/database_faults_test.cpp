@@ -38,8 +38,8 @@ float middle(std::int32_t database_index) {
 
 TEST(DatabaseFaults, FileThatCannotBeClosedIsNotTakenForTheNextOne) {
     const ScratchFolder folder;
-    support::write_catalogue(folder / "star.stars", support::VERSION_1, {{.lon = 90}});
-    support::write_catalogue(folder / "dark.stars", support::VERSION_1, {});
+    support::write_catalogue(folder / "star.stars", support::kVersion1, {{.lon = 90}});
+    support::write_catalogue(folder / "dark.stars", support::kVersion1, {});
     globals = new LumivarGlobals;
     globals->starfiles.append((folder / "star.stars").c_str());
     globals->starfiles.append((folder / "dark.stars").c_str());

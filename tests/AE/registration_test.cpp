@@ -208,7 +208,7 @@ TEST(Registration, PropertiesAreTheBytesThatTheHostReads) {
 TEST(Registration, SaysWhatTheModuleSays) {
     const Bundle bundle;
     FakeHost host;
-    write_file(bundle.root / "sky.stars", support::catalogue_header(support::VERSION_1));
+    write_file(bundle.root / "sky.stars", support::catalogue_header(support::kVersion1));
     const auto send = [&](PF_Cmd cmd) {
         return bundle.entry()(cmd, &host.in_data, &host.out_data, nullptr, nullptr, nullptr);
     };
@@ -224,7 +224,7 @@ TEST(Registration, SaysWhatTheModuleSays) {
 TEST(Registration, HasEveryFlagThatAFrameMayTurnOn) {
     const Bundle bundle;
     FakeHost host;
-    write_file(bundle.root / "sky.stars", support::catalogue_header(support::VERSION_1));
+    write_file(bundle.root / "sky.stars", support::catalogue_header(support::kVersion1));
     const auto send = [&](PF_Cmd cmd) {
         return bundle.entry()(cmd, &host.in_data, &host.out_data, nullptr, nullptr, nullptr);
     };

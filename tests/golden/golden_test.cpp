@@ -35,7 +35,7 @@ Comparison judge(const Picture& picture, const Rendering& by) {
 Picture product(const Name& name, const std::vector<std::string>& more = {}) {
     const ScratchFolder folder;
     support::write_catalogue(
-        folder / "golden.stars", support::VERSION_2,
+        folder / "golden.stars", support::kVersion2,
         golden::catalogue_stars(golden::load_stars(LUMIVAR_DATA "/bright-stars.csv")));
     std::vector<std::string> arguments = {
         "render",      LUMIVAR_GOLDEN "/scenes/" + std::string(name.scene) + ".json",

@@ -74,7 +74,7 @@ protected:
 
     void add_stars(const std::string& name = "sky.stars",
                    const std::vector<support::CatalogueStar>& stars = few_stars()) {
-        support::write_catalogue(root / name, support::VERSION_2, stars);
+        support::write_catalogue(root / name, support::kVersion2, stars);
     }
     std::filesystem::path bundle() const { return root / "Lumivar.plugin"; }
     std::filesystem::path executable() const {

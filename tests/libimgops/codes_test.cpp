@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr float INF = std::numeric_limits<float>::infinity();
+constexpr float kInf = std::numeric_limits<float>::infinity();
 
 /// Half a code more than value x full scale, in single precision, cut and held within the scale.
 int expected_code(float x, int full) {
@@ -40,8 +40,8 @@ std::vector<float> interesting(int full) {
                                  -1e10F,
                                  3e38F,
                                  -3e38F,
-                                 INF,
-                                 -INF,
+                                 kInf,
+                                 -kInf,
                                  std::numeric_limits<float>::quiet_NaN(),
                                  -std::numeric_limits<float>::quiet_NaN(),
                                  2147483648.0F / 255,
@@ -55,10 +55,10 @@ std::vector<float> interesting(int full) {
         for (const double middle : {code, code - 1}) {
             for (const double half : {0.0, 0.5}) {
                 float x = static_cast<float>((middle + half) / full);
-                x = std::nextafter(std::nextafter(x, -INF), -INF);
+                x = std::nextafter(std::nextafter(x, -kInf), -kInf);
                 for (int i = 0; i < 5; ++i) {
                     values.push_back(x);
-                    x = std::nextafter(x, INF);
+                    x = std::nextafter(x, kInf);
                 }
             }
         }
@@ -71,8 +71,8 @@ struct Conversion {
     void (*function)(const float*, void*, std::size_t);
     int full;
 };
-const Conversion<std::uint8_t> TO_8 = {to_8_bit_codes, 255};
-const Conversion<std::uint16_t> TO_16 = {to_16_bit_codes, 32768};
+const Conversion<std::uint8_t> kTo8 = {to_8_bit_codes, 255};
+const Conversion<std::uint16_t> kTo16 = {to_16_bit_codes, 32768};
 
 template <class Code>
 void expect_every_value(const Conversion<Code>& to) {
@@ -95,17 +95,17 @@ void expect_every_value(const Conversion<Code>& to) {
 
 template <class Code>
 void expect_every_count_and_place(const Conversion<Code>& to) {
-    constexpr std::size_t MOST = 67;
-    constexpr unsigned char GUARD = 0xa5;
+    constexpr std::size_t kMost = 67;
+    constexpr unsigned char kGuard = 0xa5;
     RandomNumbers random(1);
-    for (std::size_t count = 0; count <= MOST; ++count) {
+    for (std::size_t count = 0; count <= kMost; ++count) {
         // Exactly as long as it is, so that a sanitizer sees a read beyond it.
         std::vector<float> pixels(4 * count);
         for (float& value : pixels) {
             value = static_cast<float>(random.between(-0.1, 1.1));
         }
         for (std::size_t offset = 0; offset < 64; ++offset) {
-            std::vector<unsigned char> bytes(offset + sizeof(Code) * 4 * count + 70, GUARD);
+            std::vector<unsigned char> bytes(offset + sizeof(Code) * 4 * count + 70, kGuard);
             to.function(pixels.data(), bytes.data() + offset, count);
             for (std::size_t i = 0; i < 4 * count; ++i) {
                 Code code;
@@ -114,19 +114,19 @@ void expect_every_count_and_place(const Conversion<Code>& to) {
             }
             for (std::size_t i = 0; i < bytes.size(); ++i) {
                 if (i < offset || i >= offset + sizeof(Code) * 4 * count) {
-                    ASSERT_EQ(bytes[i], GUARD) << count << " pixels at " << offset << ": " << i;
+                    ASSERT_EQ(bytes[i], kGuard) << count << " pixels at " << offset << ": " << i;
                 }
             }
         }
     }
 }
 
-const std::string PLAIN = "plain";
+const std::string kPlain = "plain";
 
 /// The plain conversion and that of every set of kernels.
 std::vector<std::string> all_conversions() {
     std::vector<std::string> names = kernel_sets::all_sets();
-    names.insert(names.begin(), PLAIN);
+    names.insert(names.begin(), kPlain);
     return names;
 }
 
@@ -136,7 +136,7 @@ std::vector<std::string> all_conversions() {
 class Codes : public testing::TestWithParam<std::string> {
 protected:
     void SetUp() override {
-        if (GetParam() == PLAIN) {
+        if (GetParam() == kPlain) {
             path_.emplace(DrawPath::plain);
         } else if (const star_kernels::Kernels* set = kernel_sets::to_test(GetParam())) {
             path_.emplace(DrawPath::fast);
@@ -152,15 +152,15 @@ private:
 
 TEST_P(Codes, AreThoseOfTheDefinitionAroundEveryBoundary) {
     if (runs()) {
-        expect_every_value(TO_8);
-        expect_every_value(TO_16);
+        expect_every_value(kTo8);
+        expect_every_value(kTo16);
     }
 }
 
 TEST_P(Codes, AreWrittenAnywhereAndNotBeyond) {
     if (runs()) {
-        expect_every_count_and_place(TO_8);
-        expect_every_count_and_place(TO_16);
+        expect_every_count_and_place(kTo8);
+        expect_every_count_and_place(kTo16);
     }
 }
 

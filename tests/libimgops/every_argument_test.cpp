@@ -7,8 +7,8 @@ namespace {
 
 using namespace kernel_bounds;
 
-constexpr int PARTS = 64;
-constexpr std::uint64_t PART_SIZE = (std::uint64_t{1} << 32U) / PARTS;
+constexpr int kParts = 64;
+constexpr std::uint64_t kPartSize = (std::uint64_t{1} << 32U) / kParts;
 
 /// Each of them; one that is over arrays stands for all of those where every argument is tried.
 std::vector<const Kernels*> sets() {
@@ -29,10 +29,10 @@ std::vector<const Kernels*> sets() {
 class EveryArgument : public testing::TestWithParam<int> {};
 
 TEST_P(EveryArgument, KeepsExpWithin1AndErfWithin2) {
-    const std::uint64_t first = PART_SIZE * static_cast<std::uint64_t>(GetParam());
-    for (const Bounded& of : BOUNDS) {
-        check_patterns(of, sets(), first, first + PART_SIZE - 1, LUMIVAR_PATTERN_STEP);
+    const std::uint64_t first = kPartSize * static_cast<std::uint64_t>(GetParam());
+    for (const Bounded& of : kBounds) {
+        check_patterns(of, sets(), first, first + kPartSize - 1, LUMIVAR_PATTERN_STEP);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Part, EveryArgument, testing::Range(0, PARTS));
+INSTANTIATE_TEST_SUITE_P(Part, EveryArgument, testing::Range(0, kParts));

@@ -93,7 +93,7 @@ TEST(TornSource, LeavesTheLightOfAllStarsBefore) {
             EXPECT_EQ(fast.place, torn);
             EXPECT_EQ(fast.place, plain.place);
             EXPECT_EQ(fast.drew, plain.drew);
-            EXPECT_LE(largest(plain.frame, fast.frame), ORDINARY_BOUND);
+            EXPECT_LE(largest(plain.frame, fast.frame), kOrdinaryBound);
             EXPECT_TRUE(torn < 100 || plain.drew);
         }
     }

@@ -108,15 +108,15 @@ std::size_t bytes_of_frame(const Scene& scene) {
     return std::accumulate(blocks.begin(), blocks.end(), std::size_t{0});
 }
 
-constexpr std::size_t MIB = std::size_t{1} << 20U;
+constexpr std::size_t kMib = std::size_t{1} << 20U;
 
 }  // namespace
 
 TEST(FrameMemory, StaysUnder4MiBAFrame) {
-    EXPECT_LT(bytes_of_frame(scene_of(2000, 1920, 1080, 0)), 4 * MIB);
-    EXPECT_LT(bytes_of_frame(scene_of(2000, 1920, 1080, 100)), 4 * MIB);
-    EXPECT_LT(bytes_of_frame(scene_of(100, 32767, 40, 0)), 4 * MIB);
-    EXPECT_LT(bytes_of_frame(scene_of(100, 40, 32767, 1)), 4 * MIB);
+    EXPECT_LT(bytes_of_frame(scene_of(2000, 1920, 1080, 0)), 4 * kMib);
+    EXPECT_LT(bytes_of_frame(scene_of(2000, 1920, 1080, 100)), 4 * kMib);
+    EXPECT_LT(bytes_of_frame(scene_of(100, 32767, 40, 0)), 4 * kMib);
+    EXPECT_LT(bytes_of_frame(scene_of(100, 40, 32767, 1)), 4 * kMib);
 }
 
 TEST(FrameMemory, IsNotTakenPerStar) {

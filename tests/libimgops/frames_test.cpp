@@ -27,8 +27,8 @@ using reference::Projection;
 using reference::Rendering;
 using reference::Settings;
 using reference::Star;
-using support::BOTH_PATHS;
 using support::Comparison;
+using support::kBothPaths;
 using support::name_of;
 using support::Picture;
 
@@ -161,7 +161,7 @@ TEST_P(Frames, AgreeWithTheReference) {
     for (unsigned seed = 1; seed <= 20; ++seed) {
         const Scene one = scene(seed, GetParam().projection, GetParam().samples);
         const Rendering reference = reference_of(one);
-        for (const DrawPath path : BOTH_PATHS) {
+        for (const DrawPath path : kBothPaths) {
             const Comparison result = judge(one, path, reference);
             EXPECT_TRUE(result.passed)
                 << name_of(path) << ", seed " << seed << ": " << result.report;
@@ -213,7 +213,7 @@ TEST_P(Frames, AreRejectedForSmallFaults) {
     right.settings.saturation = 1.2;
     right.stars.front().luminance = 0.02F;  // the second one meets the ceiling
     const Rendering expected = reference_of(right);
-    for (const DrawPath path : BOTH_PATHS) {
+    for (const DrawPath path : kBothPaths) {
         const Comparison unspoilt = judge(right, path, expected);
         ASSERT_TRUE(unspoilt.passed) << name_of(path) << ": " << unspoilt.report;
         for (const auto& [name, spoil] : faults) {
@@ -249,7 +249,7 @@ TEST(FrameLight, OfAStillSpotIsItsTotal) {
             // Spots below a pixel are drawn at one pixel and dimmed: the same total.
             const double total = std::numbers::pi * w * h * 4 * brightness;
             const double area = std::numbers::pi * std::max(w, 1.0) * std::max(h, 1.0);
-            for (const DrawPath path : BOTH_PATHS) {
+            for (const DrawPath path : kBothPaths) {
                 const double found = product_frame({one}, settings, {Camera{}}, path).total(1);
                 EXPECT_NEAR(found, total, 1e-3 * total + area / 6250)
                     << name_of(path) << ": " << size << " " << aspect << " " << brightness;
@@ -270,7 +270,7 @@ TEST(FrameLight, IsSteadyUnderSubPixelMotion) {
     settings.spot_size = 1;  // one pixel once drawn, the worst case
     settings.brightness = 1000;
     settings.saturation = 1;
-    for (const DrawPath path : BOTH_PATHS) {
+    for (const DrawPath path : kBothPaths) {
         double least = HUGE_VAL;
         double most = 0;
         Star one;

@@ -42,21 +42,21 @@ struct Bounded {
     int bound;
     bool takes_up_to_0;  ///< only such numbers, else anything
 };
-inline const Bounded BOUNDS[] = {
+inline const Bounded kBounds[] = {
     {"exp", &Kernels::exp, [](double x) { return std::exp(x); }, 1, true},
     {"erf", &Kernels::erf, error_function, 2, false},
 };
 
 /// Arguments that are looked at in one go.
-inline constexpr std::size_t BLOCK = 1 << 14;
+inline constexpr std::size_t kBlock = 1 << 14;
 
 /// Calls `check(arguments, count)` for every `step`-th pattern from `first` to `last`.
 template <class Check>
 void for_patterns(std::uint64_t first, std::uint64_t last, std::uint64_t step, Check check) {
-    std::vector<float> x(BLOCK);
+    std::vector<float> x(kBlock);
     for (std::uint64_t at = first; at <= last;) {
         std::size_t count = 0;
-        for (; count < BLOCK && at <= last; ++count, at += step) {
+        for (; count < kBlock && at <= last; ++count, at += step) {
             x[count] = std::bit_cast<float>(static_cast<std::uint32_t>(at));
         }
         check(x.data(), count);
@@ -93,11 +93,11 @@ inline bool are_same(const std::vector<float>& a, const std::vector<float>& b, s
 /// Expects the bound of the first set's results, and the same of all sets.
 inline void check_patterns(const Bounded& of, const std::vector<const Kernels*>& sets,
                            std::uint64_t first, std::uint64_t last, std::uint64_t step) {
-    std::vector<float> results(BLOCK), others(BLOCK);
+    std::vector<float> results(kBlock), others(kBlock);
     std::int64_t worst = 0;
     float worst_at = 0;
     bool same = true;
-    std::vector<float> within(BLOCK);
+    std::vector<float> within(kBlock);
     for_patterns(first, last, step, [&](const float* x, std::size_t count) {
         if (of.takes_up_to_0) {
             std::transform(x, x + count, within.begin(),

@@ -7,10 +7,10 @@ namespace {
 
 using namespace kernel_bounds;
 
-constexpr float INF = std::numeric_limits<float>::infinity();
+constexpr float kInf = std::numeric_limits<float>::infinity();
 
 /// Bits of the arguments' ends and of numbers that matter between.
-constexpr float LANDMARKS[] = {
+constexpr float kLandmarks[] = {
     0,    1e-45F, 1.1754944e-38F, 1e-30F, 0x1p-25F, 0x1p-13F, 0.25F, 0.5F,    0.75F,
     1,    1.25F,  1.75F,          2.25F,  2.75F,    3.25F,    3.5F,  3.75F,   3.92F,
     4,    10,     16.6355F,       50,     87.33F,   88.7228F, 89,    103.97F, 105,
@@ -19,8 +19,8 @@ constexpr float LANDMARKS[] = {
 }  // namespace
 
 TEST(Bounds, HoldAroundLandmarks) {
-    for (const Bounded& of : BOUNDS) {
-        for (const float landmark : LANDMARKS) {
+    for (const Bounded& of : kBounds) {
+        for (const float landmark : kLandmarks) {
             for (const float at : {landmark, -landmark}) {
                 const std::uint64_t middle = std::bit_cast<std::uint32_t>(at);
                 const std::uint64_t low = middle & 0x80000000U;
@@ -51,8 +51,8 @@ TEST_P(EachMathSet, KnowsTheEndsOfExp) {
     }
     EXPECT_EQ(exp(*of, 0.0F), 1.0F);
     EXPECT_EQ(exp(*of, -0.0F), 1.0F);
-    EXPECT_EQ(exp(*of, -INF), 0.0F);
-    EXPECT_FALSE(std::signbit(exp(*of, -INF)));
+    EXPECT_EQ(exp(*of, -kInf), 0.0F);
+    EXPECT_FALSE(std::signbit(exp(*of, -kInf)));
     // ln of the smallest number is -103.28; half of it rounds to 0.
     EXPECT_EQ(exp(*of, -103.0F), 0x1p-149F);
     EXPECT_EQ(exp(*of, -104.0F), 0.0F);
@@ -66,8 +66,8 @@ TEST_P(EachMathSet, KnowsTheEndsOfErf) {
     EXPECT_EQ(erf(*of, 0.0F), 0.0F);
     EXPECT_FALSE(std::signbit(erf(*of, 0.0F)));
     EXPECT_TRUE(std::signbit(erf(*of, -0.0F)));
-    EXPECT_EQ(erf(*of, INF), 1.0F);
-    EXPECT_EQ(erf(*of, -INF), -1.0F);
+    EXPECT_EQ(erf(*of, kInf), 1.0F);
+    EXPECT_EQ(erf(*of, -kInf), -1.0F);
     EXPECT_EQ(erf(*of, 4.0F), 1.0F);
     EXPECT_EQ(erf(*of, -1e30F), -1.0F);
     EXPECT_TRUE(std::isnan(erf(*of, NAN)));
@@ -79,7 +79,7 @@ TEST_P(EachMathSet, HasAnOddErfBetweenMinusOneAndOne) {
     if (of == nullptr) {
         return;
     }
-    std::vector<float> negated(BLOCK), positive(BLOCK), negative(BLOCK);
+    std::vector<float> negated(kBlock), positive(kBlock), negative(kBlock);
     for_patterns(0, 0x7f800000U, 4001, [&](const float* x, std::size_t count) {
         std::transform(x, x + count, negated.begin(), [](float value) { return -value; });
         of->erf(x, positive.data(), count);
@@ -99,9 +99,9 @@ TEST_P(EachMathSet, NeverFallsByMoreThanItsBound) {
     if (of == nullptr) {
         return;
     }
-    for (const Bounded& function : BOUNDS) {
-        std::vector<float> results(BLOCK), negated(BLOCK);
-        float highest = -INF;
+    for (const Bounded& function : kBounds) {
+        std::vector<float> results(kBlock), negated(kBlock);
+        float highest = -kInf;
         for_patterns(0, 0x42b20000U, 997, [&](const float* x, std::size_t count) {
             const auto negate = [](float value) { return -value; };
             if (function.takes_up_to_0) {
@@ -156,12 +156,12 @@ struct Place {
 /// Whether `outside` has the star on the plane's far side, by more than its tolerances.
 bool is_beyond(const Kernels& of, const Plane& plane, const Place& at) {
     // What is behind the camera is outside; its other planes are nowhere.
-    constexpr Plane NOWHERE = {0, 0, 0, 0, INF, 0};
-    const Plane planes[star_kernels::PLANES] = {plane, NOWHERE, NOWHERE, NOWHERE, NOWHERE};
-    static float lon[star_kernels::STARS_AT_ONCE];
-    static float lat[star_kernels::STARS_AT_ONCE];
-    static float weight[star_kernels::STARS_AT_ONCE];
-    static unsigned char found[star_kernels::STARS_AT_ONCE];
+    constexpr Plane kNowhere = {0, 0, 0, 0, kInf, 0};
+    const Plane planes[star_kernels::kPlanes] = {plane, kNowhere, kNowhere, kNowhere, kNowhere};
+    static float lon[star_kernels::kStarsAtOnce];
+    static float lat[star_kernels::kStarsAtOnce];
+    static float weight[star_kernels::kStarsAtOnce];
+    static unsigned char found[star_kernels::kStarsAtOnce];
     lon[0] = at.lon;
     lat[0] = at.lat;
     weight[0] = at.weight;
@@ -178,14 +178,14 @@ bool is_known(const Kernels& of, Plane plane, const Place& at, double bound) {
                         static_cast<double>(plane.nz) * std::cos(lat) * std::sin(lon) +
                         static_cast<double>(plane.nw) * static_cast<double>(at.weight);
     plane.tolerance_w = 0;
-    plane.tolerance = std::nextafter(static_cast<float>(side - bound), -INF);
+    plane.tolerance = std::nextafter(static_cast<float>(side - bound), -kInf);
     const bool is_above_less = is_beyond(of, plane, at);
-    plane.tolerance = std::nextafter(static_cast<float>(side + bound), INF);
+    plane.tolerance = std::nextafter(static_cast<float>(side + bound), kInf);
     return is_above_less && !is_beyond(of, plane, at);
 }
 
 /// Stars at larger angles, in radians, are left in.
-constexpr float LARGEST_ANGLE = 10000;
+constexpr float kLargestAngle = 10000;
 
 }  // namespace
 
@@ -202,7 +202,7 @@ TEST_P(EachMathSet, KnowsSinesAndCosinesOfAllAnglesTo5e7) {
         ASSERT_TRUE(is_known(*of, x, {0, angle, 0}, 5e-7)) << "cosine of latitude " << angle;
         ASSERT_TRUE(is_known(*of, y, {0, angle, 0}, 5e-7)) << "sine of latitude " << angle;
     };
-    const std::uint32_t last = std::bit_cast<std::uint32_t>(LARGEST_ANGLE) - 1;
+    const std::uint32_t last = std::bit_cast<std::uint32_t>(kLargestAngle) - 1;
     for_patterns(0, last, 40009, [&](const float* x, std::size_t count) {
         for (std::size_t i = 0; i < count && !HasFatalFailure(); ++i) {
             expect_known(x[i]);
@@ -213,8 +213,8 @@ TEST_P(EachMathSet, KnowsSinesAndCosinesOfAllAnglesTo5e7) {
     for (int eighth = 0; eighth < 12732 && !HasFatalFailure(); ++eighth) {
         const auto middle = static_cast<float>(eighth * 0.78539816339744831);
         expect_known(middle);
-        expect_known(std::nextafter(middle, INF));
-        expect_known(std::nextafter(middle, -INF));
+        expect_known(std::nextafter(middle, kInf));
+        expect_known(std::nextafter(middle, -kInf));
     }
     expect_known(std::bit_cast<float>(last));
 }
@@ -222,14 +222,14 @@ TEST_P(EachMathSet, KnowsSinesAndCosinesOfAllAnglesTo5e7) {
 // The sum of errors that the tolerance is argued with comes to a third of it.
 TEST_P(EachMathSet, KnowsSidesOfPlanesToAThirdOfTheTolerance) {
     const Kernels* of = kernel_sets::to_test(GetParam());
-    constexpr double BOUND = static_cast<double>(star_kernels::DIRECTION_TOLERANCE) / 3;
+    constexpr double kBound = static_cast<double>(star_kernels::kDirectionTolerance) / 3;
     RandomNumbers random(1);
     for (int i = 0; of != nullptr && i < 100000 && !HasFatalFailure(); ++i) {
         Plane plane{};
         for (float* n : {&plane.nx, &plane.ny, &plane.nz}) {
             *n = static_cast<float>(random.between(-1, 1));
         }
-        const double most = random.chance(0.5) ? 7 : static_cast<double>(LARGEST_ANGLE);
+        const double most = random.chance(0.5) ? 7 : static_cast<double>(kLargestAngle);
         Place at{static_cast<float>(random.between(-most, most)),
                  static_cast<float>(random.between(-most, most)), 0};
         if (random.chance(0.5)) {
@@ -238,7 +238,7 @@ TEST_P(EachMathSet, KnowsSidesOfPlanesToAThirdOfTheTolerance) {
         }
         const float size = std::fabs(plane.nx) + std::fabs(plane.ny) + std::fabs(plane.nz) +
                            std::fabs(plane.nw) * at.weight;
-        ASSERT_TRUE(is_known(*of, plane, at, static_cast<double>(size) * BOUND))
+        ASSERT_TRUE(is_known(*of, plane, at, static_cast<double>(size) * kBound))
             << at.lon << " " << at.lat << " " << at.weight << ", plane " << plane.nx << " "
             << plane.ny << " " << plane.nz << " " << plane.nw;
     }
@@ -250,8 +250,8 @@ TEST_P(EachMathSet, LeavesInWhateverHasLargerAngles) {
         return;
     }
     const Plane everything = {0, 0, 0, 0, -1, 0};
-    EXPECT_TRUE(is_beyond(*of, everything, {std::nextafter(LARGEST_ANGLE, 0.0F), 0, 0}));
-    for (const float angle : {LARGEST_ANGLE, 1e5F, 1e30F, INF, static_cast<float>(NAN)}) {
+    EXPECT_TRUE(is_beyond(*of, everything, {std::nextafter(kLargestAngle, 0.0F), 0, 0}));
+    for (const float angle : {kLargestAngle, 1e5F, 1e30F, kInf, static_cast<float>(NAN)}) {
         EXPECT_FALSE(is_beyond(*of, everything, {angle, 0, 0})) << angle;
         EXPECT_FALSE(is_beyond(*of, everything, {-angle, 0, 0})) << angle;
         EXPECT_FALSE(is_beyond(*of, everything, {0, angle, 0})) << angle;

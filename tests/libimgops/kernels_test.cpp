@@ -34,9 +34,9 @@ struct Noise {
     Noise(RandomNumbers& random, int width_, int height_)
         : width(width_), floats(static_cast<std::size_t>(4 * width_ * height_)) {
         for (std::size_t i = 0; i < floats.size(); ++i) {
-            static constexpr float COVERAGE[] = {0, 0, 0.5F, 1, 1.5F, -1};
+            static constexpr float kCoverage[] = {0, 0, 0.5F, 1, 1.5F, -1};
             floats[i] =
-                i % 4 == 0 ? random.of(COVERAGE) : static_cast<float>(random.between(-0.2, 1));
+                i % 4 == 0 ? random.of(kCoverage) : static_cast<float>(random.between(-0.2, 1));
         }
     }
     /// `is_covered` has to be true unless all coverage is 0.
@@ -97,7 +97,7 @@ star_kernels::Streak random_streak(RandomNumbers& random, int width) {
     return streak;
 }
 
-constexpr int WIDTHS[] = {1, 2, 3, 4, 5, 7, 8, 15, 16, 17, 31, 33, 64, 100, 257, 600};
+constexpr int kWidths[] = {1, 2, 3, 4, 5, 7, 8, 15, 16, 17, 31, 33, 64, 100, 257, 600};
 
 }  // namespace
 
@@ -107,7 +107,7 @@ TEST_P(EachSet, DrawsSpotsAsTheOthers) {
     const Kernels* set = kernel_sets::to_test(GetParam());
     RandomNumbers random(1);
     for (int i = 0; set != nullptr && i < 4000; ++i) {
-        const int width = random.of(WIDTHS);
+        const int width = random.of(kWidths);
         const int height = random.whole(1, 40);
         Noise expected(random, width, height);
         Noise actual = expected;
@@ -125,7 +125,7 @@ TEST_P(EachSet, DrawsStreaksAsTheOthers) {
     const Kernels* set = kernel_sets::to_test(GetParam());
     RandomNumbers random(2);
     for (int i = 0; set != nullptr && i < 4000; ++i) {
-        const int width = random.of(WIDTHS);
+        const int width = random.of(kWidths);
         const int height = random.whole(1, 40);
         Noise expected(random, width, height);
         Noise actual = expected;
@@ -144,7 +144,7 @@ TEST_P(EachSet, DrawsAsIfUncoveredWhereNothingIsCovered) {
     const Kernels* set = kernel_sets::to_test(GetParam());
     RandomNumbers random(7);
     for (int i = 0; set != nullptr && i < 2000; ++i) {
-        const int width = random.of(WIDTHS);
+        const int width = random.of(kWidths);
         const int height = random.whole(1, 40);
         Noise expected(random, width, height);
         expected.uncover();
@@ -165,7 +165,7 @@ TEST_P(EachSet, FetchesRowsAndFindsAnyCoverage) {
     const Kernels* set = kernel_sets::to_test(GetParam());
     RandomNumbers random(8);
     for (int i = 0; set != nullptr && i < 1000; ++i) {
-        const int width = random.of(WIDTHS);
+        const int width = random.of(kWidths);
         const int height = random.whole(1, 9);
         Noise noise(random, width, height);
         noise.uncover();
@@ -177,8 +177,8 @@ TEST_P(EachSet, FetchesRowsAndFindsAnyCoverage) {
         // A covered pixel counts in its own row only.
         const int row = random.whole(0, height - 1);
         const int at = random.whole(0, width - 1);
-        static constexpr float COVERED[] = {1, 0.25F, -1, 1e-45F, NAN, INFINITY};
-        noise.floats[static_cast<std::size_t>(4 * (row * width + at))] = random.of(COVERED);
+        static constexpr float kCovered[] = {1, 0.25F, -1, 1e-45F, NAN, INFINITY};
+        noise.floats[static_cast<std::size_t>(4 * (row * width + at))] = random.of(kCovered);
         EXPECT_EQ(set->fetch(noise.pixels(), y, rows), row >= y && row < y + rows)
             << width << " wide, pixel " << at;
     }
@@ -189,7 +189,7 @@ TEST_P(EachSet, CarriesRowsFromOneRunToTheNext) {
     const Kernels* set = kernel_sets::to_test(GetParam());
     RandomNumbers random(3);
     for (int i = 0; set != nullptr && i < 1000; ++i) {
-        const int width = random.of(WIDTHS);
+        const int width = random.of(kWidths);
         const int height = random.whole(2, 60);
         Noise expected(random, width, height);
         Noise actual = expected;
@@ -223,22 +223,22 @@ TEST_P(EachSet, CarriesRowsFromOneRunToTheNext) {
 TEST_P(EachSet, RejectsStarsAsTheOthers) {
     const Kernels* set = kernel_sets::to_test(GetParam());
     RandomNumbers random(4);
-    constexpr int COUNT = star_kernels::STARS_AT_ONCE;
+    constexpr int kCount = star_kernels::kStarsAtOnce;
     int outside = 0;
     for (int i = 0; set != nullptr && i < 300; ++i) {
-        std::vector<float> lon(COUNT), lat(COUNT), weight(COUNT);
-        for (std::size_t k = 0; k < COUNT; ++k) {
-            static constexpr float SPECIAL[] = {NAN,   INFINITY, -INFINITY, 9999,
-                                                10001, -1e30F,   1e-40F};
-            lon[k] = random.chance(0.05) ? random.of(SPECIAL)
+        std::vector<float> lon(kCount), lat(kCount), weight(kCount);
+        for (std::size_t k = 0; k < kCount; ++k) {
+            static constexpr float kSpecial[] = {NAN,   INFINITY, -INFINITY, 9999,
+                                                 10001, -1e30F,   1e-40F};
+            lon[k] = random.chance(0.05) ? random.of(kSpecial)
                                          : static_cast<float>(random.between(-7, 7));
-            lat[k] = random.chance(0.05) ? random.of(SPECIAL)
+            lat[k] = random.chance(0.05) ? random.of(kSpecial)
                                          : static_cast<float>(random.between(-1.6, 1.6));
             weight[k] = random.chance(0.5) ? 0 : static_cast<float>(random.on_scale(1e-4, 10));
         }
         std::vector<star_kernels::Plane> planes;
         const int samples = random.whole(1, 5);
-        for (int k = 0; k < samples * star_kernels::PLANES; ++k) {
+        for (int k = 0; k < samples * star_kernels::kPlanes; ++k) {
             star_kernels::Plane plane{};
             for (float* n : {&plane.nx, &plane.ny, &plane.nz, &plane.nw}) {
                 *n = static_cast<float>(random.between(-1, 1));
@@ -246,8 +246,8 @@ TEST_P(EachSet, RejectsStarsAsTheOthers) {
             plane.tolerance = plane.tolerance_w = static_cast<float>(random.between(0, 0.01));
             planes.push_back(plane);
         }
-        std::vector<unsigned char> expected(COUNT, 7), actual(COUNT, 7);
-        const int count = random.whole(1, COUNT);
+        std::vector<unsigned char> expected(kCount, 7), actual(kCount, 7);
+        const int count = random.whole(1, kCount);
         judge().outside(lon.data(), lat.data(), weight.data(), count, planes.data(), samples,
                         expected.data());
         set->outside(lon.data(), lat.data(), weight.data(), count, planes.data(), samples,
@@ -352,7 +352,7 @@ TEST(Choice, KnowsTheSetsOfThisProcessorByWidth) {
     for (const Kernels* const* set = star_kernels::built(); *set != nullptr; ++set) {
         EXPECT_LT((*set)->lanes, lanes) << "the widest first";
         lanes = (*set)->lanes;
-        EXPECT_EQ(star_kernels::STARS_AT_ONCE % lanes, 0);
+        EXPECT_EQ(star_kernels::kStarsAtOnce % lanes, 0);
     }
     for (const char* array : {"array4", "array8", "array16"}) {
         const Kernels* set = kernel_sets::runnable(array);

@@ -18,44 +18,44 @@ namespace {
 using namespace plain_fast;
 using support::CatalogueStar;
 
-constexpr double NONE = std::numeric_limits<double>::quiet_NaN();
-constexpr double INF = std::numeric_limits<double>::infinity();
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
 
 /// What no field should hold, and what it hardly should.
-const double SPECIAL[] = {NONE,
-                          -NONE,
-                          INF,
-                          -INF,
-                          0.0,
-                          -0.0,
-                          5e-324,
-                          -5e-324,
-                          1e-310,
-                          1e-45,
-                          -1e-45,
-                          1e-38,
-                          1e-30,
-                          -1e-30,
-                          1e-5,
-                          -1e-5,
-                          0.3,
-                          -0.3,
-                          1.0,
-                          -1.0,
-                          7.0,
-                          -7.0,
-                          1e5,
-                          -1e5,
-                          1e10,
-                          -1e10,
-                          1e30,
-                          -1e30,
-                          3e38,
-                          -3e38,
-                          1e300,
-                          -1e300,
-                          std::numeric_limits<double>::max(),
-                          std::numeric_limits<double>::lowest()};
+const double kSpecial[] = {kNone,
+                           -kNone,
+                           kInf,
+                           -kInf,
+                           0.0,
+                           -0.0,
+                           5e-324,
+                           -5e-324,
+                           1e-310,
+                           1e-45,
+                           -1e-45,
+                           1e-38,
+                           1e-30,
+                           -1e-30,
+                           1e-5,
+                           -1e-5,
+                           0.3,
+                           -0.3,
+                           1.0,
+                           -1.0,
+                           7.0,
+                           -7.0,
+                           1e5,
+                           -1e5,
+                           1e10,
+                           -1e10,
+                           1e30,
+                           -1e30,
+                           3e38,
+                           -3e38,
+                           1e300,
+                           -1e300,
+                           std::numeric_limits<double>::max(),
+                           std::numeric_limits<double>::lowest()};
 
 /// A small frame through a camera along x, a few stars in it and a few around it.
 Scene small_scene(op_stars_projection projection, bool moves) {
@@ -88,7 +88,7 @@ template <class Change>
 void with_every_special_value(Change change) {
     for (const op_stars_projection projection : {Persp, HemiSph, AzEqu}) {
         for (const bool moves : {false, true}) {
-            for (const double value : SPECIAL) {
+            for (const double value : kSpecial) {
                 Scene scene = small_scene(projection, moves);
                 change(scene, value);
                 SCOPED_TRACE("the value is " + std::to_string(value));
@@ -117,7 +117,7 @@ TEST_P(SpecialSettings, AreDrawnAsThePlainPathDoes) {
 TEST_P(SpecialSettings, AreDrawnAsThePlainPathDoesInNegativeLight) {
     with_every_special_value([](Scene& scene, double value) {
         scene.data.brightness = -2;
-        scene.data.threshold = -INF;
+        scene.data.threshold = -kInf;
         for (CatalogueStar& star : scene.stars) {
             star.luminance = -100 * star.luminance;
             // Of one colour, so that no star takes another one's light away: the largest value of
@@ -235,11 +235,11 @@ TEST(SpecialStars, AreDrawnAsThePlainPathDoes) {
             [&](Scene& scene, double value) { scene.stars[5].*field = value; });
     }
     with_every_special_value([](Scene& scene, double value) {
-        scene.data.threshold = -INF;
+        scene.data.threshold = -kInf;
         scene.stars[5].luminance = static_cast<float>(value);
     });
     with_every_special_value([](Scene& scene, double value) {
-        scene.data.max_luminance = INF;
+        scene.data.max_luminance = kInf;
         scene.data.spot_size_x = 1e7;
         scene.stars[5].luminance = static_cast<float>(value);
     });
@@ -266,7 +266,7 @@ TEST(SpecialCoverage, IsNeverWritten) {
     const float own = std::bit_cast<float>(0xffc12345U);
     for (const float coverage :
          {0.0F, -0.0F, 0.3F, 0.9999999F, 1.0F, 1.0000001F, -5.0F, 1e30F, -1e30F,
-          static_cast<float>(INF), own, signalling, 1e-45F, -1e-45F}) {
+          static_cast<float>(kInf), own, signalling, 1e-45F, -1e-45F}) {
         for (const bool moves : {false, true}) {
             for (const double brightness : {0.25, 1e30, 3e37}) {
                 for (const double saturation : {1.0, 0.0, 3.0}) {
@@ -289,11 +289,11 @@ TEST(SpecialCoverage, IsNeverWrittenByInfiniteLight) {
     for (const bool moves : {false, true}) {
         Scene scene = small_scene(Persp, moves);
         scene.drew_before = true;
-        scene.coverage.assign(24 * 14, static_cast<float>(-INF));
+        scene.coverage.assign(24 * 14, static_cast<float>(-kInf));
         Drawn fast = draw(scene, DrawPath::fast);
         for (int x = 0; x < scene.width; ++x) {
             for (int y = 0; y < scene.height; ++y) {
-                ASSERT_EQ(fast.frame.a(x, y), -INF);
+                ASSERT_EQ(fast.frame.a(x, y), -kInf);
             }
         }
         EXPECT_FALSE(fast.frame.is_blank());

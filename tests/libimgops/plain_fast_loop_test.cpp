@@ -26,7 +26,7 @@ using support::MemoryStars;
 class PiecewiseStars : public StarInput {
 public:
     explicit PiecewiseStars(const std::vector<CatalogueStar>& stars)
-        : bytes_(support::catalogue_bytes(support::VERSION_2, stars)),
+        : bytes_(support::catalogue_bytes(support::kVersion2, stars)),
           records_(bytes_.size() / sizeof(star)),
           random_(1) {
         std::memcpy(records_.data(), bytes_.data(), bytes_.size());
@@ -111,7 +111,7 @@ TEST(FastLoop, DrawsNothingOfALoneHeader) {
     const std::string path = folder / "sky.stars";
     for (const unsigned size : {8U, 32U, 63U}) {
         write_file(path,
-                   support::catalogue_bytes(support::VERSION_2, {CatalogueStar()}).substr(0, size));
+                   support::catalogue_bytes(support::kVersion2, {CatalogueStar()}).substr(0, size));
         const scoped_ptr<StarInput> input(op_stars_file_input(path.c_str()));
         Array<camera> cams;
         cams.append(star_scene::facing_x());
@@ -175,7 +175,7 @@ TEST(FastLoop, TakesOverFromSingleStars) {
         EXPECT_EQ(input.place(), 1201);
         Drawn mixed;
         mixed.frame = frame;
-        EXPECT_LE(difference(whole, mixed, std::vector<bool>(64 * 36)).ordinary, ORDINARY_BOUND);
+        EXPECT_LE(difference(whole, mixed, std::vector<bool>(64 * 36)).ordinary, kOrdinaryBound);
     }
 }
 
@@ -202,7 +202,7 @@ TEST(FastLoop, AddsToWhatARendererBeforeItLeft) {
     plain.frame = frames[0];
     fast.frame = frames[1];
     const Difference off = difference(plain, fast, std::vector<bool>(64 * 36));
-    EXPECT_LE(off.ordinary, ORDINARY_BOUND);
+    EXPECT_LE(off.ordinary, kOrdinaryBound);
     const double once =
         difference(draw(scene, DrawPath::plain), fast, std::vector<bool>(64 * 36)).peak;
     EXPECT_NEAR(off.peak, 2 * once, 1e-5 * once);
@@ -387,7 +387,7 @@ TEST(Guards, RefuseAsOnThePlainPath) {
         EXPECT_EQ(plain.failure, fast.failure);
         EXPECT_EQ(plain.drew, fast.drew);
         EXPECT_EQ(plain.place, fast.place) << "behind the refused star";
-        EXPECT_LE(difference(plain, fast, std::vector<bool>(40 * 24)).ordinary, ORDINARY_BOUND);
+        EXPECT_LE(difference(plain, fast, std::vector<bool>(40 * 24)).ordinary, kOrdinaryBound);
         refused += plain.failure == "ix >= 0 && ix < dst.width" ? 1 : 0;
     }
     EXPECT_GT(refused, 0);

@@ -22,7 +22,7 @@ using support::GuardedFrame;
 namespace {
 
 constexpr double PI = 3.14159265358979323846;
-constexpr float INF = std::numeric_limits<float>::infinity();
+constexpr float kInf = std::numeric_limits<float>::infinity();
 
 std::uint32_t bits(float x) { return std::bit_cast<std::uint32_t>(x); }
 
@@ -55,7 +55,7 @@ int code(float x, int full) {
 
 /// The homogeneous weight that the star has behind the pinhole's matrix: below 0 behind it.
 double depth_of(const Scene& scene, const CatalogueStar& star, const camera& cam) {
-    const bool has_depth = scene.data.use_depth && scene.magic == support::VERSION_2;
+    const bool has_depth = scene.data.use_depth && scene.magic == support::kVersion2;
     VectorN<double, 4> p =
         star_point(star.lon, star.lat, has_depth ? star.distance : -1.0, scene.data.parallax_crush);
     transform(projection_matrix(cam, Persp), p);
@@ -228,8 +228,8 @@ Difference expect_promise(const Scene& scene) {
     expect_same_coverage(scene, fast, what);
     EXPECT_TRUE(visited(scene, DrawPath::plain) == visited(scene, DrawPath::fast)) << what;
     const Difference off = difference(plain, fast, crossing);
-    EXPECT_LE(off.ordinary, ORDINARY_BOUND) << what;
-    EXPECT_LE(off.crossing, CROSSING_BOUND) << what;
+    EXPECT_LE(off.ordinary, kOrdinaryBound) << what;
+    EXPECT_LE(off.crossing, kCrossingBound) << what;
     if (off.peak <= 4) {
         expect_close_codes(plain, fast, crossing, what);
     }
@@ -386,7 +386,7 @@ Scene random_scene(RandomNumbers& random) {
     data.parallax_crush = random.chance(0.5) ? 0 : random.between(-5, 20);
     data.projection = random.chance(0.6) ? Persp : (random.chance(0.5) ? HemiSph : AzEqu);
     data.use_depth = random.chance(0.5);
-    scene.magic = random.chance(0.8) ? support::VERSION_2 : support::VERSION_1;
+    scene.magic = random.chance(0.8) ? support::kVersion2 : support::kVersion1;
 
     camera& cam = scene.cams.front();
     cam.focal = random.on_scale(0.2, 10);
@@ -411,8 +411,9 @@ Scene random_scene(RandomNumbers& random) {
     scatter_stars(scene, random, random.whole(1, 60));
     if (random.chance(0.3)) {
         for (int i = 0; i < scene.width * scene.height; ++i) {
-            static constexpr float SOME[] = {0, 0, 0, 0.25F, 0.5F, 0.999F, 1, 1.5F, -1, -0.0F, INF};
-            scene.coverage.push_back(random.of(SOME));
+            static constexpr float kSome[] = {0, 0,    0,  0.25F, 0.5F, 0.999F,
+                                              1, 1.5F, -1, -0.0F, kInf};
+            scene.coverage.push_back(random.of(kSome));
         }
     }
     scene.drew_before = random.chance(0.3);

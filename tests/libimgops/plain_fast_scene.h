@@ -22,7 +22,7 @@ using support::PathInUse;
 struct Scene {
     StarRendererData data;
     std::vector<camera> cams;
-    std::string magic = support::VERSION_2;
+    std::string magic = support::kVersion2;
     std::vector<support::CatalogueStar> stars;
     int width = 0;
     int height = 0;
@@ -74,8 +74,8 @@ struct Difference {
 Difference difference(const Drawn& plain, const Drawn& fast, const std::vector<bool>& crossing);
 
 /// What the fast path promises of the difference.
-inline constexpr double ORDINARY_BOUND = 1e-6;
-inline constexpr double CROSSING_BOUND = 2e-5;
+inline constexpr double kOrdinaryBound = 1e-6;
+inline constexpr double kCrossingBound = 2e-5;
 
 /// Draws the scene on both paths and expects of the fast one all that it promises: flag, cursor,
 /// failure, visited pixels, the bounds of light and of codes, coverage and surroundings untouched.

@@ -140,7 +140,7 @@ TEST(Positions, OfDrawnStarsAgree) {
             if (expected->x < 5 || expected->x > 314 || expected->y < 5 || expected->y > 174) {
                 continue;
             }
-            for (const DrawPath path : support::BOTH_PATHS) {
+            for (const DrawPath path : support::kBothPaths) {
                 const auto blob = support::find_blob(product_frame({one}, settings, {camera}, path),
                                                      expected->x, expected->y, 3);
                 ASSERT_TRUE(blob) << support::name_of(path) << ": " << one.lon << ", " << one.lat

@@ -71,7 +71,7 @@ support::Picture product_frame(const std::vector<reference::Star>& stars,
         records.push_back(
             {one.lon, one.lat, one.luminance, one.srgb[0], one.srgb[1], one.srgb[2], one.distance});
     }
-    support::MemoryStars input(support::VERSION_2, records);
+    support::MemoryStars input(support::kVersion2, records);
     Array<camera> samples;
     for (const reference::Camera& sample : cameras) {
         samples.append(product_camera(sample));

@@ -164,12 +164,12 @@ CatalogueStar star_at(const Scene& scene, const camera& cam, double u, double v,
     return star;
 }
 
-constexpr int WIDTHS[] = {16, 64, 640, 1920};
-constexpr int HEIGHTS[] = {9, 64, 1080};
+constexpr int kWidths[] = {16, 64, 640, 1920};
+constexpr int kHeights[] = {9, 64, 1080};
 
 /// A camera and settings, without stars yet.
 Scene random_view(RandomNumbers& random) {
-    Scene scene = default_scene(random, random.of(WIDTHS), random.of(HEIGHTS));
+    Scene scene = default_scene(random, random.of(kWidths), random.of(kHeights));
     StarRendererData& data = scene.data;
     const double radius = random.on_scale(1, random.chance(0.1) ? 1e5 : 10);
     data.spot_size_x = data.spot_size_y = radius / (0.0005 * scene.width);

@@ -22,7 +22,7 @@ using support::MemoryStars;
 
 /// Draws a white star of luminance 1 at the frame's centre.
 void draw_centred(GuardedFrame& frame, const StarRendererData& data, int samples = 1) {
-    MemoryStars input(support::VERSION_1, {CatalogueStar()});
+    MemoryStars input(support::kVersion1, {CatalogueStar()});
     Array<camera> cams;
     for (int i = 0; i < samples; ++i) {
         cams.append(facing_x());
@@ -32,18 +32,18 @@ void draw_centred(GuardedFrame& frame, const StarRendererData& data, int samples
 }
 
 float peak(const StarRendererData& data, int samples = 1) {
-    GuardedFrame frame(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight);
     draw_centred(frame, data, samples);
-    return frame.r(CENTRE_X, CENTRE_Y);
+    return frame.r(kCentreX, kCentreY);
 }
 
 /// Gaussian radii of a drawn spot, from its centre's neighbours two pixels off.
 std::pair<double, double> radii(const StarRendererData& data) {
-    GuardedFrame frame(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight);
     draw_centred(frame, data);
-    const double centre = frame.r(CENTRE_X, CENTRE_Y);
-    return {2 / std::sqrt(std::log(centre / frame.r(CENTRE_X + 2, CENTRE_Y))),
-            2 / std::sqrt(std::log(centre / frame.r(CENTRE_X, CENTRE_Y + 2)))};
+    const double centre = frame.r(kCentreX, kCentreY);
+    return {2 / std::sqrt(std::log(centre / frame.r(kCentreX + 2, kCentreY))),
+            2 / std::sqrt(std::log(centre / frame.r(kCentreX, kCentreY + 2)))};
 }
 
 /// Where the light of the frame is centred along x.
@@ -73,12 +73,12 @@ TEST(Intensity, IsSharedByTheSegments) {
     // the same segment alone.
     const StarRendererData data = plain_settings();
     const auto light = [&](std::initializer_list<camera> samples) {
-        MemoryStars input(support::VERSION_1, {CatalogueStar()});
+        MemoryStars input(support::kVersion1, {CatalogueStar()});
         Array<camera> cams;
         set_cameras(cams, samples);
-        GuardedFrame frame(WIDTH, HEIGHT);
+        GuardedFrame frame(kWidth, kHeight);
         draw_all(data, frame, input, cams);
-        return frame.r(CENTRE_X, CENTRE_Y);
+        return frame.r(kCentreX, kCentreY);
     };
     const camera front = facing_x(), back = facing_x(178);
     const float alone = light({front, back});
@@ -159,7 +159,7 @@ TEST(Spot, IsDimmedAfterTheAspect) {
 }
 
 TEST(SetUp, SurvivesAFrameWithoutRows) {
-    GuardedFrame frame(WIDTH, 0);
+    GuardedFrame frame(kWidth, 0);
     EXPECT_NO_THROW(draw_centred(frame, plain_settings()));
 }
 
@@ -175,11 +175,11 @@ TEST(SetUp, BakesThePerspectiveIntoPerspAlone) {
         data.projection = row.projection;
         CatalogueStar star;
         star.lon = 30;
-        MemoryStars input(support::VERSION_1, {star});
+        MemoryStars input(support::kVersion1, {star});
         Array<camera> cams;
         cams.append(facing_x());
         cams[0].focal = 1.5;
-        GuardedFrame frame(WIDTH, HEIGHT);
+        GuardedFrame frame(kWidth, kHeight);
         EXPECT_TRUE(draw_all(data, frame, input, cams));
         EXPECT_NEAR(centroid_x(frame), 50 - 25 * row.radius, 0.001) << row.projection;
     }
@@ -192,21 +192,21 @@ TEST(SetUp, TurnsTheWorldBeforeThePerspective) {
     CatalogueStar star;
     star.lon = -45;
     star.distance = 10;
-    MemoryStars input(support::VERSION_2, {star});
+    MemoryStars input(support::kVersion2, {star});
     Array<camera> cams;
     cams.append(facing_x());
     cams[0].focal = 1;
     cams[0].xform(3, 2) = -2;
-    GuardedFrame frame(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight);
     EXPECT_TRUE(draw_all(data, frame, input, cams));
     const double side = 10 * std::sqrt(0.5);
     EXPECT_NEAR(centroid_x(frame), 50 + 25 * side / (side - 2), 0.001);
 }
 
 TEST(SetUp, AssertsACamera) {
-    MemoryStars input(support::VERSION_1, {});
+    MemoryStars input(support::kVersion1, {});
     const Array<camera> none;
-    GuardedFrame frame(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight);
     const StarFramebuffer fb = frame.view();
     const StarRendererData data = plain_settings();
     try {
@@ -226,7 +226,7 @@ TEST(SetUp, AssertsACamera) {
 TEST(SetUp, RefusesABadHeader) {
     for (const char* magic : {"LUMIVAR3", "lumivar1", "LUMIVAR0"}) {
         MemoryStars input(magic, {CatalogueStar()});
-        GuardedFrame frame(WIDTH, HEIGHT);
+        GuardedFrame frame(kWidth, kHeight);
         Array<camera> cams;
         cams.append(facing_x());
         const std::string message =
@@ -241,10 +241,10 @@ TEST(StarLoop, ReadsEveryRecordOnceInOrder) {
     CatalogueStar left, middle, right;
     left.lon = 10;
     right.lon = -10;
-    MemoryStars input(support::VERSION_1, {left, middle, right});
+    MemoryStars input(support::kVersion1, {left, middle, right});
     Array<camera> cams;
     cams.append(facing_x());
-    GuardedFrame frame(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight);
     const StarFramebuffer fb = frame.view();
     const StarRendererData data = plain_settings();
     StarRenderer renderer(data, fb, input, cams);
@@ -253,9 +253,9 @@ TEST(StarLoop, ReadsEveryRecordOnceInOrder) {
     bool drew = false;
     EXPECT_TRUE(renderer.render_star(drew));
     EXPECT_TRUE(drew);
-    EXPECT_EQ(frame.r(CENTRE_X, CENTRE_Y), 0.0F) << "the first one is on the left";
+    EXPECT_EQ(frame.r(kCentreX, kCentreY), 0.0F) << "the first one is on the left";
     EXPECT_TRUE(renderer.render_star(drew));
-    EXPECT_GT(frame.r(CENTRE_X, CENTRE_Y), 0.9F);
+    EXPECT_GT(frame.r(kCentreX, kCentreY), 0.9F);
     EXPECT_FALSE(renderer.render_star(drew)) << "none after the third";
     EXPECT_EQ(input.reads(), 4);
 
@@ -269,10 +269,10 @@ TEST(StarLoop, ReadsEveryRecordOnceInOrder) {
 TEST(StarLoop, RemembersThatSomethingWasDrawn) {
     CatalogueStar dark;
     dark.luminance = 0;
-    MemoryStars input(support::VERSION_1, {dark, CatalogueStar(), dark, CatalogueStar()});
+    MemoryStars input(support::kVersion1, {dark, CatalogueStar(), dark, CatalogueStar()});
     Array<camera> cams;
     cams.append(facing_x());
-    GuardedFrame frame(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight);
     const StarFramebuffer fb = frame.view();
     const StarRendererData data = plain_settings();
     StarRenderer renderer(data, fb, input, cams);
@@ -284,17 +284,17 @@ TEST(StarLoop, RemembersThatSomethingWasDrawn) {
     renderer.render_star(drew);
     EXPECT_TRUE(drew) << "never cleared";
     renderer.render_star(drew);
-    EXPECT_FLOAT_EQ(frame.r(CENTRE_X, CENTRE_Y), 2.0F) << "drawn though something was drawn before";
+    EXPECT_FLOAT_EQ(frame.r(kCentreX, kCentreY), 2.0F) << "drawn though something was drawn before";
 }
 
 TEST(StarLoop, EndsAtOnceWithoutBrightness) {
     for (const double none : {0.0, -0.0}) {
         StarRendererData data = plain_settings();
         data.brightness = none;
-        MemoryStars input(support::VERSION_1, {CatalogueStar()});
+        MemoryStars input(support::kVersion1, {CatalogueStar()});
         Array<camera> cams;
         cams.append(facing_x());
-        GuardedFrame frame(WIDTH, HEIGHT);
+        GuardedFrame frame(kWidth, kHeight);
         const StarFramebuffer fb = frame.view();
         StarRenderer renderer(data, fb, input, cams);
         bool drew = false;
@@ -310,11 +310,11 @@ TEST(StarLoop, EndsAtOnceAfterALoneHeader) {
     // A whole header, a cut one, and one with part of a star.
     for (const unsigned size : {32U, 8U, 31U, 63U}) {
         write_file(path,
-                   support::catalogue_bytes(support::VERSION_2, {CatalogueStar()}).substr(0, size));
+                   support::catalogue_bytes(support::kVersion2, {CatalogueStar()}).substr(0, size));
         const scoped_ptr<StarInput> input(op_stars_file_input(path.c_str()));
         Array<camera> cams;
         cams.append(facing_x());
-        GuardedFrame frame(WIDTH, HEIGHT);
+        GuardedFrame frame(kWidth, kHeight);
         EXPECT_FALSE(draw_all(plain_settings(), frame, *input, cams)) << size;
         EXPECT_TRUE(frame.is_blank());
     }
@@ -323,12 +323,12 @@ TEST(StarLoop, EndsAtOnceAfterALoneHeader) {
 TEST(Frames, FollowEachOtherAfterAReset) {
     const ScratchFolder folder;
     const std::string path = folder / "sky.stars";
-    support::write_catalogue(path, support::VERSION_1, {CatalogueStar(), CatalogueStar()});
+    support::write_catalogue(path, support::kVersion1, {CatalogueStar(), CatalogueStar()});
     const scoped_ptr<StarInput> input(op_stars_file_input(path.c_str()));
     Array<camera> cams;
     cams.append(facing_x());
     StarRendererData data = plain_settings();
-    GuardedFrame first(WIDTH, HEIGHT), second(WIDTH, HEIGHT);
+    GuardedFrame first(kWidth, kHeight), second(kWidth, kHeight);
     EXPECT_TRUE(draw_all(data, first, *input, cams));
     input->reset();
     EXPECT_TRUE(draw_all(data, second, *input, cams));
@@ -338,7 +338,7 @@ TEST(Frames, FollowEachOtherAfterAReset) {
     // A frame that ends early leaves the source where it stands: the next one fails its header
     // check, and goes on failing until somebody rewinds.
     data.projection = static_cast<op_stars_projection>(3);
-    GuardedFrame failed(WIDTH, HEIGHT);
+    GuardedFrame failed(kWidth, kHeight);
     EXPECT_EQ(
         thrown_message([&] { draw_all(data, failed, *input, cams); }).find("unknown projection"),
         0U);
@@ -349,7 +349,7 @@ TEST(Frames, FollowEachOtherAfterAReset) {
               0U);
     EXPECT_TRUE(failed.is_blank());
     input->reset();
-    GuardedFrame third(WIDTH, HEIGHT);
+    GuardedFrame third(kWidth, kHeight);
     EXPECT_TRUE(draw_all(data, third, *input, cams));
     EXPECT_TRUE(first.same_bits(third));
 }
@@ -364,14 +364,14 @@ TEST(Frames, HaveTheStarsWholeLight) {
     a.luminance = 2;
     b.lon = -6;
     b.luminance = 0.5F;
-    support::write_catalogue(path, support::VERSION_2, {a, b});
+    support::write_catalogue(path, support::kVersion2, {a, b});
     const scoped_ptr<StarInput> input(op_stars_file_input(path.c_str()));
     for (const int segments : {0, 8}) {
         Array<camera> cams;
         for (int i = 0; i <= segments; ++i) {
             cams.append(facing_x(0.75 * i - 3));
         }
-        GuardedFrame frame(WIDTH, HEIGHT);
+        GuardedFrame frame(kWidth, kHeight);
         EXPECT_TRUE(draw_all(plain_settings(), frame, *input, cams));
         input->reset();
         const double expected = PI * 2 * 2 * (2 + 0.5);

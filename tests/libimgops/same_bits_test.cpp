@@ -17,10 +17,10 @@ namespace {
 using namespace plain_fast;
 using support::CatalogueStar;
 
-constexpr double NONE = std::numeric_limits<double>::quiet_NaN();
-constexpr double INF = std::numeric_limits<double>::infinity();
-const double SPECIAL[] = {NONE,  INF, -INF, 0.0, -0.0, 5e-324, -5e-324,
-                          1e-30, 90,  -90,  180, 1e30, -1e300};
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+const double kSpecial[] = {kNone, kInf, -kInf, 0.0, -0.0, 5e-324, -5e-324,
+                           1e-30, 90,   -90,   180, 1e30, -1e300};
 
 /// Bits are compared; of what is no number it only counts that it is none.
 bool same(float a, float b) {
@@ -33,7 +33,7 @@ bool same(float a, float b) {
 TEST(Places, AreTheSameInOneStepAndInTwo) {
     RandomNumbers random(1);
     const auto number = [&](double low, double high) {
-        return random.chance(0.02) ? random.of(SPECIAL) : random.between(low, high);
+        return random.chance(0.02) ? random.of(kSpecial) : random.between(low, high);
     };
     int visible = 0;
     for (int i = 0; i < 200000; ++i) {
@@ -63,7 +63,7 @@ TEST(Places, AreTheSameInOneStepAndInTwo) {
 }
 
 TEST(Places, HaveTheWeightOfTheirDistance) {
-    for (const double distance : {-1.0, 0.0, 0.5, 10.0, INF}) {
+    for (const double distance : {-1.0, 0.0, 0.5, 10.0, kInf}) {
         for (const double crush : {0.0, 5.0, -5.0, 1000.0}) {
             const VectorN<double, 4> point = star_point(10, 20, distance, crush);
             EXPECT_EQ(point[3], weight_of_distance(distance, crush));
@@ -81,8 +81,8 @@ TEST(Shades, AreTheSameForEveryCode) {
     int lit = 0;
     for (int i = 0; i < 4000; ++i) {
         Scene scene;
-        scene.width = star_scene::WIDTH;
-        scene.height = star_scene::HEIGHT;
+        scene.width = star_scene::kWidth;
+        scene.height = star_scene::kHeight;
         scene.data = star_scene::plain_settings();
         StarRendererData& data = scene.data;
         data.brightness = random.on_scale(0.01, 100);
@@ -103,7 +103,7 @@ TEST(Shades, AreTheSameForEveryCode) {
         scene.drew_before = true;
         Drawn plain = draw(scene, DrawPath::plain);
         Drawn fast = draw(scene, DrawPath::fast);
-        const int x = star_scene::CENTRE_X, y = star_scene::CENTRE_Y;
+        const int x = star_scene::kCentreX, y = star_scene::kCentreY;
         ASSERT_TRUE(same(plain.frame.r(x, y), fast.frame.r(x, y))) << describe(scene);
         ASSERT_TRUE(same(plain.frame.g(x, y), fast.frame.g(x, y))) << describe(scene);
         ASSERT_TRUE(same(plain.frame.b(x, y), fast.frame.b(x, y))) << describe(scene);

@@ -24,8 +24,8 @@ namespace {
 
 using support::GuardedFrame;
 
-constexpr float SPOT_W = 1.5F;
-constexpr float SPOT_H = 1.25F;
+constexpr float kSpotW = 1.5F;
+constexpr float kSpotH = 1.25F;
 
 struct TestSegment {
     Vector2 a;
@@ -52,7 +52,7 @@ public:
 
     void draw(GuardedFrame& frame, const std::vector<TestSegment>& segments) const {
         const StarFramebuffer fb = frame.view();
-        SegmentBatch batch(fb, *star_kernels::in_use(), SPOT_W, SPOT_H, colours_);
+        SegmentBatch batch(fb, *star_kernels::in_use(), kSpotW, kSpotH, colours_);
         bool drew = true;
         for (const TestSegment& segment : segments) {
             batch.add(segment.a, segment.b, segment.energy, reach_of(segment.energy), segment.codes,
@@ -340,8 +340,8 @@ std::vector<bool> visited(int width, int height, Draw draw) {
 
 // Up to 2^40 pixels away, beyond which the plain streak draws, and past that.
 TEST(FarEnds, VisitThePixelsOfThePlainStreak) {
-    constexpr int WIDTH = 40, HEIGHT = 24;
-    const Batches batches(WIDTH, HEIGHT);
+    constexpr int kWidth = 40, kHeight = 24;
+    const Batches batches(kWidth, kHeight);
     RandomNumbers random(7);
     int seen[2] = {0, 0};
     for (int i = 0; i < 20000; ++i) {
@@ -351,7 +351,7 @@ TEST(FarEnds, VisitThePixelsOfThePlainStreak) {
         const double angle = random.chance(0.5) ? random.between(0, 6.2832)
                                                 : random.whole(0, 3) * 1.5707963267948966 +
                                                       random.on_scale(1e-12, 1e-2);
-        const double x = random.between(-20, WIDTH + 20), y = random.between(-20, HEIGHT + 20);
+        const double x = random.between(-20, kWidth + 20), y = random.between(-20, kHeight + 20);
         const auto at = [&](double way) {
             return Vector2(static_cast<float>(x + way * std::cos(angle)),
                            static_cast<float>(y + way * std::sin(angle)));
@@ -363,10 +363,10 @@ TEST(FarEnds, VisitThePixelsOfThePlainStreak) {
         }
         const kernel_sets::Counted counted;
         const std::vector<bool> fast =
-            visited(WIDTH, HEIGHT, [&](GuardedFrame& frame) { batches.draw(frame, {segment}); });
-        const std::vector<bool> plain = visited(WIDTH, HEIGHT, [&](GuardedFrame& frame) {
+            visited(kWidth, kHeight, [&](GuardedFrame& frame) { batches.draw(frame, {segment}); });
+        const std::vector<bool> plain = visited(kWidth, kHeight, [&](GuardedFrame& frame) {
             op_star_streak(frame.view(), segment.a, segment.b, segment.energy, Color3(1, 1, 1),
-                           SPOT_W, SPOT_H, STARS_LINES_ALL);
+                           kSpotW, kSpotH, STARS_LINES_ALL);
         });
         ASSERT_TRUE(fast == plain) << segment.a[0] << " " << segment.a[1] << " to " << segment.b[0]
                                    << " " << segment.b[1] << " of " << segment.energy;

@@ -17,11 +17,11 @@ using namespace star_scene;
 using support::CatalogueStar;
 using support::GuardedFrame;
 
-const op_stars_projection UNKNOWN = static_cast<op_stars_projection>(3);
+const op_stars_projection kUnknown = static_cast<op_stars_projection>(3);
 
 /// Draws one star through the given cameras into `frame` and returns what the renderer says.
 bool shade(GuardedFrame& frame, const StarRendererData& data, const CatalogueStar& star,
-           std::initializer_list<camera> samples, const char* version = support::VERSION_1) {
+           std::initializer_list<camera> samples, const char* version = support::kVersion1) {
     support::MemoryStars input(version, {star});
     Array<camera> cams;
     set_cameras(cams, samples);
@@ -34,22 +34,22 @@ bool shade(GuardedFrame& frame, const StarRendererData& data, const CatalogueSta
 
 /// Luminance of the pixel under the star: red of a white star, whose energy is its luminance.
 float peak(const StarRendererData& data, float luminance) {
-    GuardedFrame frame(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight);
     CatalogueStar star;
     star.luminance = luminance;
     shade(frame, data, star, {facing_x()});
-    return frame.r(CENTRE_X, CENTRE_Y);
+    return frame.r(kCentreX, kCentreY);
 }
 
 /// The colour of the pixel under a star of luminance 1.
 Color3 colour(const StarRendererData& data, unsigned char r, unsigned char g, unsigned char b) {
-    GuardedFrame frame(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight);
     CatalogueStar star;
     star.r = r;
     star.g = g;
     star.b = b;
     EXPECT_TRUE(shade(frame, data, star, {facing_x()}));
-    return {frame.r(CENTRE_X, CENTRE_Y), frame.g(CENTRE_X, CENTRE_Y), frame.b(CENTRE_X, CENTRE_Y)};
+    return {frame.r(kCentreX, kCentreY), frame.g(kCentreX, kCentreY), frame.b(kCentreX, kCentreY)};
 }
 
 /// The transfer function of the sRGB standard, in double, from its published constants.
@@ -60,8 +60,8 @@ double standard_sRGB(int code) {
 
 /// Where a star at (lon, lat) without distance lands through `cam`, and whether it is visible.
 bool place(const StarRendererData& data, const camera& cam, double lon, double lat, Vector2& out) {
-    return world_to_screen(lon, lat, -1, 0, projection_matrix(cam, Persp), data.projection, WIDTH,
-                           HEIGHT, data.window_x0, data.window_x1, data.window_y0, data.window_y1,
+    return world_to_screen(lon, lat, -1, 0, projection_matrix(cam, Persp), data.projection, kWidth,
+                           kHeight, data.window_x0, data.window_x1, data.window_y0, data.window_y1,
                            out);
 }
 
@@ -117,9 +117,9 @@ TEST(Threshold, ComparesInDouble) {
 TEST(Threshold, ComesBeforeEverythingElse) {
     StarRendererData data = plain_settings();
     data.threshold = 0.5;
-    data.projection = UNKNOWN;
+    data.projection = kUnknown;
     CatalogueStar star;
-    GuardedFrame frame(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight);
     star.luminance = 0.49F;
     EXPECT_FALSE(shade(frame, data, star, {facing_x()})) << "must not be projected";
     star.luminance = 0.5F;
@@ -143,10 +143,10 @@ TEST(Threshold, LetsNotANumberPass) {
     data.threshold = 0.5;
     CatalogueStar star;
     star.luminance = std::numeric_limits<float>::quiet_NaN();
-    GuardedFrame frame(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight);
     EXPECT_FALSE(shade(frame, data, star, {facing_x()})) << "no light in the end";
     EXPECT_TRUE(frame.is_blank());
-    data.projection = UNKNOWN;
+    data.projection = kUnknown;
     EXPECT_NE(thrown_message([&] { shade(frame, data, star, {facing_x()}); }), "");
 }
 
@@ -228,7 +228,7 @@ TEST(Saturation, MovesFromMidGrey) {
 
 TEST(OneSample, DrawsAStillSpotOnce) {
     const StarRendererData data = plain_settings();
-    GuardedFrame frame(WIDTH, HEIGHT), expected(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight), expected(kWidth, kHeight);
     CatalogueStar star;
     star.lon = 3;
     star.lat = 5;
@@ -241,7 +241,7 @@ TEST(OneSample, DrawsAStillSpotOnce) {
 }
 
 TEST(OneSample, DrawsNothingBehindTheCamera) {
-    GuardedFrame frame(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight);
     // Mirrored, the star would be in the frame.
     Vector2 at;
     ASSERT_FALSE(place(plain_settings(), facing_x(180), 0, 0, at));
@@ -251,7 +251,7 @@ TEST(OneSample, DrawsNothingBehindTheCamera) {
 }
 
 TEST(OneSample, TellsWhetherLightArrived) {
-    GuardedFrame frame(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight);
     CatalogueStar aside;
     aside.lon = 80;
     EXPECT_FALSE(shade(frame, plain_settings(), aside, {facing_x()}))
@@ -276,7 +276,7 @@ TEST(Samples, DrawTheSegmentsThatHaveAVisibleEnd) {
                 {"ends", {front, back, front_b}, {true, false, true}, {true, true}},
                 {"none", {back, back_b, back}, {false, false, false}, {false, false}}};
     for (const auto& row : rows) {
-        GuardedFrame frame(WIDTH, HEIGHT), expected(WIDTH, HEIGHT);
+        GuardedFrame frame(kWidth, kHeight), expected(kWidth, kHeight);
         const bool drew =
             shade(frame, data, CatalogueStar(), {row.samples[0], row.samples[1], row.samples[2]});
         Vector2 at[3];
@@ -300,7 +300,7 @@ TEST(Samples, DrawTheSegmentsThatHaveAVisibleEnd) {
 TEST(Samples, DrewWhenAnySegmentDid) {
     const StarRendererData data = plain_settings();
     const camera in = facing_x(0), in_b = facing_x(3), off = facing_x(60), off_b = facing_x(65);
-    GuardedFrame frame(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight);
     // The last segment lies off the frame in the first row, the first one in the second.
     EXPECT_TRUE(shade(frame, data, CatalogueStar(), {in, in_b, off, off_b}));
     EXPECT_TRUE(shade(frame, data, CatalogueStar(), {off_b, off, in, in_b}));
@@ -308,13 +308,13 @@ TEST(Samples, DrewWhenAnySegmentDid) {
 }
 
 TEST(Samples, ShareOneStarsLightWhileNothingMoves) {
-    GuardedFrame one(WIDTH, HEIGHT), many(WIDTH, HEIGHT);
+    GuardedFrame one(kWidth, kHeight), many(kWidth, kHeight);
     shade(one, plain_settings(), CatalogueStar(), {facing_x()});
     const camera c = facing_x();
     // Sixteen segments of no length, each a sixteenth.
     shade(many, plain_settings(), CatalogueStar(),
           {c, c, c, c, c, c, c, c, c, c, c, c, c, c, c, c, c});
-    EXPECT_EQ(many.r(CENTRE_X, CENTRE_Y), one.r(CENTRE_X, CENTRE_Y));
+    EXPECT_EQ(many.r(kCentreX, kCentreY), one.r(kCentreX, kCentreY));
 }
 
 TEST(Depth, IsUsedForVersionTwoWithTheSwitchOn) {
@@ -325,32 +325,32 @@ TEST(Depth, IsUsedForVersionTwoWithTheSwitchOn) {
     CatalogueStar star;
     star.distance = 10;
     const auto brightest = [&](const char* version) {
-        GuardedFrame frame(WIDTH, HEIGHT);
+        GuardedFrame frame(kWidth, kHeight);
         EXPECT_TRUE(shade(frame, data, star, {moved}, version));
         // 0.1 x focal 2 of the half window of 2, of 50 pixels.
-        return std::pair(frame.r(CENTRE_X, CENTRE_Y), frame.r(CENTRE_X + 5, CENTRE_Y));
+        return std::pair(frame.r(kCentreX, kCentreY), frame.r(kCentreX + 5, kCentreY));
     };
     const float off_peak = std::exp(-25.0F / 4);
-    const auto far = brightest(support::VERSION_1);
+    const auto far = brightest(support::kVersion1);
     EXPECT_NEAR(far.first, 1.0, 1e-6);
     EXPECT_NEAR(far.second, off_peak, 1e-6);
-    const auto near = brightest(support::VERSION_2);
+    const auto near = brightest(support::kVersion2);
     EXPECT_NEAR(near.first, off_peak, 1e-6);
     EXPECT_NEAR(near.second, 1.0, 1e-6);
     data.use_depth = false;
-    EXPECT_EQ(brightest(support::VERSION_2), far);
+    EXPECT_EQ(brightest(support::kVersion2), far);
     // Crush takes the whole tenth.
     data.use_depth = true;
     data.parallax_crush = 10;
-    EXPECT_EQ(brightest(support::VERSION_2), far);
+    EXPECT_EQ(brightest(support::kVersion2), far);
 }
 
 TEST(Lines, ReachTheRasteriser) {
     StarRendererData data = plain_settings();
     data.lines = STARS_LINES_EVEN;
-    GuardedFrame frame(WIDTH, HEIGHT);
+    GuardedFrame frame(kWidth, kHeight);
     EXPECT_TRUE(shade(frame, data, CatalogueStar(), {facing_x()}));
-    EXPECT_EQ(frame.r(CENTRE_X, 25), 0.0F);
-    EXPECT_GT(frame.r(CENTRE_X, 24), 0.0F);
-    EXPECT_GT(frame.r(CENTRE_X, 26), 0.0F);
+    EXPECT_EQ(frame.r(kCentreX, 25), 0.0F);
+    EXPECT_GT(frame.r(kCentreX, 24), 0.0F);
+    EXPECT_GT(frame.r(kCentreX, 26), 0.0F);
 }

@@ -12,11 +12,11 @@
 namespace star_scene {
 
 constexpr double PI = 3.14159265358979323846;
-constexpr int WIDTH = 100;
-constexpr int HEIGHT = 50;
+constexpr int kWidth = 100;
+constexpr int kHeight = 50;
 /// Where a star at longitude 0 and latitude 0 lands, exactly, through `facing_x`.
-constexpr int CENTRE_X = 50;
-constexpr int CENTRE_Y = 25;
+constexpr int kCentreX = 50;
+constexpr int kCentreY = 25;
 
 /// A camera that looks along the world's x axis, where longitude and latitude are 0, and is turned
 /// from there by `yaw` degrees: stars move to the right by as much. A yaw of 0 is exact.

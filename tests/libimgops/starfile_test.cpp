@@ -95,7 +95,7 @@ TEST(StarFile, HandsOutTheRecordsInPlace) {
     CatalogueStar second;
     second.lon = -1e-3;
     const auto input =
-        open_bytes(folder, support::catalogue_bytes(support::VERSION_2, {orange, second}));
+        open_bytes(folder, support::catalogue_bytes(support::kVersion2, {orange, second}));
     EXPECT_EQ(input->nstars(), 3U);
     ASSERT_TRUE(input->is_valid());
     const star* first = input->next();
@@ -117,7 +117,7 @@ TEST(StarFile, HandsOutTheRecordsInPlace) {
 
 TEST(StarFile, CountsWholeRecordsOnly) {
     const ScratchFolder folder;
-    const std::string two = support::catalogue_bytes(support::VERSION_1, {CatalogueStar()});
+    const std::string two = support::catalogue_bytes(support::kVersion1, {CatalogueStar()});
     const struct {
         std::size_t size;
         u32 records;
@@ -150,7 +150,7 @@ TEST(StarFile, KeepsItsMappingAndNothingElse) {
     const ScratchFolder folder;
     const int before = open_descriptors();
     const auto input =
-        open_bytes(folder, support::catalogue_bytes(support::VERSION_1, {CatalogueStar()}));
+        open_bytes(folder, support::catalogue_bytes(support::kVersion1, {CatalogueStar()}));
     EXPECT_EQ(open_descriptors(), before);
     std::filesystem::remove(folder / "sky.stars");
     EXPECT_TRUE(input->is_valid());
@@ -158,11 +158,11 @@ TEST(StarFile, KeepsItsMappingAndNothingElse) {
 }
 
 TEST(StarInput, KnowsTwoVersions) {
-    support::MemoryStars one(support::VERSION_1, {});
+    support::MemoryStars one(support::kVersion1, {});
     EXPECT_TRUE(one.is_valid());
     EXPECT_FALSE(one.depth_valid());
 
-    support::MemoryStars two(support::VERSION_2, {});
+    support::MemoryStars two(support::kVersion2, {});
     EXPECT_FALSE(two.depth_valid()) << "before the header is read";
     EXPECT_TRUE(two.is_valid());
     EXPECT_TRUE(two.depth_valid());
@@ -181,13 +181,13 @@ TEST(StarInput, RefusesAnyOtherHeader) {
 }
 
 TEST(StarInput, NeverReadsTheReservedHeaderBytes) {
-    std::string bytes = support::catalogue_bytes(support::VERSION_1, {});
+    std::string bytes = support::catalogue_bytes(support::kVersion1, {});
     std::fill(bytes.begin() + 8, bytes.end(), '\xff');
     EXPECT_TRUE(support::MemoryStars(bytes).is_valid());
 }
 
 TEST(StarInput, TakesTheNextRecordForAHeaderUntilReset) {
-    support::MemoryStars input(support::VERSION_2, {CatalogueStar()});
+    support::MemoryStars input(support::kVersion2, {CatalogueStar()});
     EXPECT_TRUE(input.is_valid());
     EXPECT_FALSE(input.is_valid());
     EXPECT_TRUE(input.depth_valid()) << "once seen, it stays";

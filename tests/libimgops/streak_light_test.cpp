@@ -15,11 +15,11 @@ namespace {
 using support::GuardedFrame;
 
 constexpr double PI = 3.14159265358979323846;
-const Color3 WHITE(1, 1, 1);
+const Color3 kWhite(1, 1, 1);
 
 bool draw(GuardedFrame& frame, const Vector2& a, const Vector2& b, float energy, float spot_w,
           float spot_h) {
-    return op_star_streak(frame.view(), a, b, energy, WHITE, spot_w, spot_h, STARS_LINES_ALL);
+    return op_star_streak(frame.view(), a, b, energy, kWhite, spot_w, spot_h, STARS_LINES_ALL);
 }
 
 double still_spot(double x, double y, double w, double h) {

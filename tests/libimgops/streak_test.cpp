@@ -18,15 +18,15 @@ namespace {
 
 using support::GuardedFrame;
 
-constexpr float INF = std::numeric_limits<float>::infinity();
-constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
-const Color3 WHITE(1, 1, 1);
+constexpr float kInf = std::numeric_limits<float>::infinity();
+constexpr float kNotANumber = std::numeric_limits<float>::quiet_NaN();
+const Color3 kWhite(1, 1, 1);
 /// Times 6250 this is exactly 1, so the spot has no reach.
-constexpr float FAINTEST = 0.00016F;
+constexpr float kFaintest = 0.00016F;
 
 bool draw(GuardedFrame& frame, const Vector2& a, const Vector2& b, float energy = 1,
           float spot_w = 1, float spot_h = 1, op_stars_lines lines = STARS_LINES_ALL,
-          const Color3& color = WHITE) {
+          const Color3& color = kWhite) {
     return op_star_streak(frame.view(), a, b, energy, color, spot_w, spot_h, lines);
 }
 
@@ -37,7 +37,7 @@ using Pixels = std::set<std::pair<int, int>>;
 Pixels visited(int width, int height, const Vector2& a, const Vector2& b, float energy,
                float spot_w = 1, float spot_h = 1, op_stars_lines lines = STARS_LINES_ALL) {
     GuardedFrame frame(width, height);
-    draw(frame, a, b, energy, spot_w, spot_h, lines, Color3(INF, 0, 0));
+    draw(frame, a, b, energy, spot_w, spot_h, lines, Color3(kInf, 0, 0));
     EXPECT_TRUE(frame.guards_intact());
     Pixels pixels;
     for (int y = 0; y < height; ++y) {
@@ -95,12 +95,12 @@ TEST(Streak, AddsToWhatIsThere) {
 }
 
 TEST(Streak, IsTooFaintBelowOneInSixThousandTwoHundredAndFifty) {
-    ASSERT_EQ(6250.0F * FAINTEST, 1.0F);
-    float below = FAINTEST;
+    ASSERT_EQ(6250.0F * kFaintest, 1.0F);
+    float below = kFaintest;
     while (6250.0F * below >= 1.0F) {
         below = std::nextafter(below, 0.0F);
     }
-    for (const float energy : {below, 0.0F, -1.0F, -INF, NOT_A_NUMBER}) {
+    for (const float energy : {below, 0.0F, -1.0F, -kInf, kNotANumber}) {
         GuardedFrame frame(40, 40);
         EXPECT_FALSE(draw(frame, {10, 20}, {10, 20}, energy)) << energy;
         EXPECT_TRUE(frame.is_blank());
@@ -109,12 +109,12 @@ TEST(Streak, IsTooFaintBelowOneInSixThousandTwoHundredAndFifty) {
 
 TEST(Streak, VisitsOnlyTheSegmentsBoxAtTheFaintestEnergy) {
     // One column and one row more on the far sides.
-    EXPECT_EQ(visited(40, 40, {10, 20}, {10, 20}, FAINTEST), rectangle(10, 11, 20, 21));
-    EXPECT_EQ(visited(40, 40, {10.5F, 20.25F}, {14.5F, 20.25F}, FAINTEST),
+    EXPECT_EQ(visited(40, 40, {10, 20}, {10, 20}, kFaintest), rectangle(10, 11, 20, 21));
+    EXPECT_EQ(visited(40, 40, {10.5F, 20.25F}, {14.5F, 20.25F}, kFaintest),
               rectangle(10, 15, 20, 21));
     GuardedFrame frame(40, 40);
-    EXPECT_TRUE(draw(frame, {10, 20}, {10, 20}, FAINTEST));
-    EXPECT_EQ(frame.r(10, 20), FAINTEST);
+    EXPECT_TRUE(draw(frame, {10, 20}, {10, 20}, kFaintest));
+    EXPECT_EQ(frame.r(10, 20), kFaintest);
 }
 
 TEST(Streak, FollowsTheLightToItsReach) {
@@ -305,13 +305,13 @@ TEST(RowSpan, CountsTheSpotWidthTwice) {
 TEST(RowSpan, TakesTheMidpointForASteepSlopeToTheRightOnly) {
     // No reach, so a row holds just the line's own place. 1000 pixels in 1/128 of a row.
     const float climb = 0.0078125F;
-    const Pixels right = visited(1100, 20, {0, 10}, {1000, 10 + climb}, FAINTEST);
+    const Pixels right = visited(1100, 20, {0, 10}, {1000, 10 + climb}, kFaintest);
     EXPECT_EQ(right, (Pixels{{500, 10}, {500, 11}}));
     // To the left the line's formula: the start on row 10, far off to the left on row 11.
-    const Pixels left = visited(1100, 20, {1000, 10}, {0, 10 + climb}, FAINTEST);
+    const Pixels left = visited(1100, 20, {1000, 10}, {0, 10 + climb}, kFaintest);
     EXPECT_EQ(left, (Pixels{{1000, 10}}));
     // Half the slope is below the limit and takes the formula to the right too.
-    const Pixels gentle = visited(1100, 20, {0, 10}, {1000, 10 + 2 * climb}, FAINTEST);
+    const Pixels gentle = visited(1100, 20, {0, 10}, {1000, 10 + 2 * climb}, kFaintest);
     EXPECT_EQ(gentle, (Pixels{{0, 10}}));
 }
 
@@ -319,8 +319,8 @@ TEST(RowSpan, HasSlopeForANearlyStillSpotThatClimbs) {
     // 5e-6 of a pixel up: too short for a streak, but enough for a slope (0) and a half span (0,
     // for want of reach). A still spot would visit column 11 as well.
     const float climb = 0.000005F;
-    EXPECT_EQ(visited(40, 40, {10, 0}, {10, climb}, FAINTEST), rectangle(10, 10, 0, 1));
-    EXPECT_EQ(visited(40, 40, {10, 0}, {10, 0}, FAINTEST), rectangle(10, 11, 0, 1));
+    EXPECT_EQ(visited(40, 40, {10, 0}, {10, climb}, kFaintest), rectangle(10, 10, 0, 1));
+    EXPECT_EQ(visited(40, 40, {10, 0}, {10, 0}, kFaintest), rectangle(10, 11, 0, 1));
     // The weight is the still one: at this length the streak's would be off by several per cent.
     GuardedFrame frame(40, 40);
     EXPECT_TRUE(draw(frame, {10, 0}, {10, climb}));
@@ -366,7 +366,7 @@ TEST(Offsets, DecideAboutTheLastColumn) {
 }
 
 TEST(Box, RejectsWhatDoesNotFitThirtyTwoBitsOnTheRightOrBelow) {
-    for (const float far : {2147483648.0F, 1e20F, INF}) {
+    for (const float far : {2147483648.0F, 1e20F, kInf}) {
         GuardedFrame frame(40, 40);
         EXPECT_FALSE(draw(frame, {10, 10}, {far, 10}));
         EXPECT_FALSE(draw(frame, {10, 10}, {10, far}));
@@ -385,7 +385,7 @@ TEST(Box, RejectsWhatDoesNotFitThirtyTwoBitsOnTheRightOrBelow) {
 
 TEST(Streak, RejectsInfiniteEnergy) {
     GuardedFrame frame(40, 40);
-    EXPECT_FALSE(draw(frame, {10, 10}, {10, 10}, INF));
+    EXPECT_FALSE(draw(frame, {10, 10}, {10, 10}, kInf));
     EXPECT_FALSE(draw(frame, {10, 10}, {12, 11}, 3e38F)) << "6250 times that is infinite";
     EXPECT_TRUE(frame.is_blank());
 }
@@ -408,9 +408,9 @@ TEST(Streak, HasNothingToDrawInAFrameWithoutPixels) {
 }
 
 TEST(Streak, StaysInTheFrameForAnyNumbers) {
-    const float values[] = {0.0F,  -0.0F,         3.5F,  -7.0F, 1e-40F,      0.000005F, 1e6F,
-                            -1e6F, 2147483648.0F, -3e9F, 1e10F, -1e10F,      1e20F,     -1e20F,
-                            3e38F, -3e38F,        INF,   -INF,  NOT_A_NUMBER};
+    const float values[] = {0.0F,  -0.0F,         3.5F,  -7.0F, 1e-40F,     0.000005F, 1e6F,
+                            -1e6F, 2147483648.0F, -3e9F, 1e10F, -1e10F,     1e20F,     -1e20F,
+                            3e38F, -3e38F,        kInf,  -kInf, kNotANumber};
     int lit = 0;
     for (const float ax : values) {
         for (const float ay : values) {

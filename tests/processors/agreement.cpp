@@ -27,7 +27,7 @@ double peak(const Picture& picture) {
 Comparison compare_light(const FrameFile& actual, const FrameFile& expected) {
     const double shortest = std::min(actual.shortest, expected.shortest);
     support::Limits limits;
-    limits.per_value = std::max(LIGHT_SHARE, SHORT_SEGMENT_SHARE / shortest) * peak(expected.light);
+    limits.per_value = std::max(kLightShare, kShortSegmentShare / shortest) * peak(expected.light);
     return support::compare(actual.light, expected.light, limits);
 }
 
@@ -64,7 +64,7 @@ Picture joined(Picture above, const Picture& below) {
 Comparison count_telling(const Picture& reference, const Depth& depth) {
     const auto telling = std::count_if(reference.values.begin(), reference.values.end(),
                                        [&](double code) { return code > 0 && code < depth.full; });
-    return {telling >= TELLING_CODES, std::to_string(telling) + " lie between black and full"};
+    return {telling >= kTellingCodes, std::to_string(telling) + " lie between black and full"};
 }
 
 }  // namespace
@@ -99,7 +99,7 @@ Agreement compare_frames(const std::vector<NamedFrame>& actual,
     }
     note("codes of both depths",
          support::compare(all_actual, all_expected,
-                          {.per_value = 0, .share = OTHER_CODES, .hard = 1}));
+                          {.per_value = 0, .share = kOtherCodes, .hard = 1}));
     return result;
 }
 

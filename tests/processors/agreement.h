@@ -11,12 +11,12 @@ namespace processors {
 
 /// Largest difference of a light value, as a share of the frame's largest: never below the first;
 /// for short segments the second divided by the length in pixels.
-inline constexpr double LIGHT_SHARE = 1e-6;
-inline constexpr double SHORT_SEGMENT_SHARE = 6e-7;
+inline constexpr double kLightShare = 1e-6;
+inline constexpr double kShortSegmentShare = 6e-7;
 /// The share of all codes, of both depths, that may be another, by one at most.
-inline constexpr double OTHER_CODES = 1e-5;
+inline constexpr double kOtherCodes = 1e-5;
 /// Codes between black and full of each depth that there must be for the share to mean something.
-inline constexpr int TELLING_CODES = 200'000;
+inline constexpr int kTellingCodes = 200'000;
 
 struct NamedFrame {
     std::string name;

@@ -16,7 +16,7 @@ using processors::FrameFile;
 using processors::NamedFrame;
 using support::Picture;
 
-constexpr double NEVER = std::numeric_limits<double>::infinity();
+constexpr double kNever = std::numeric_limits<double>::infinity();
 
 Picture filled(double alpha, double colour) {
     Picture picture(300, 250,
@@ -38,14 +38,14 @@ bool agree(const FrameFile& actual, const FrameFile& expected) {
     return compare_frames({{"one", actual}}, {{"one", expected}}).passed;
 }
 
-TEST(Agreement, OfEqualFrames) { EXPECT_TRUE(agree(grey(NEVER), grey(NEVER))); }
+TEST(Agreement, OfEqualFrames) { EXPECT_TRUE(agree(grey(kNever), grey(kNever))); }
 
 TEST(Agreement, AllowsLightAMillionthOfThePeak) {
-    FrameFile other = grey(NEVER);
+    FrameFile other = grey(kNever);
     other.light.at(0, 0, 1) += 1.9e-6;
-    EXPECT_TRUE(agree(other, grey(NEVER)));
+    EXPECT_TRUE(agree(other, grey(kNever)));
     other.light.at(0, 0, 1) += 0.2e-6;
-    EXPECT_FALSE(agree(other, grey(NEVER)));
+    EXPECT_FALSE(agree(other, grey(kNever)));
 }
 
 TEST(Agreement, AllowsMoreForShortSegments) {
@@ -66,45 +66,45 @@ TEST(Agreement, AllowsNoMoreForLongSegments) {
 }
 
 TEST(Agreement, RefusesAnotherAlpha) {
-    FrameFile other = grey(NEVER);
+    FrameFile other = grey(kNever);
     other.light.at(0, 0, 0) = 0.5;
-    EXPECT_FALSE(agree(other, grey(NEVER)));
+    EXPECT_FALSE(agree(other, grey(kNever)));
 }
 
 TEST(Agreement, AllowsOneCodeInAHundredThousandToBeTheNext) {
-    FrameFile other = grey(NEVER);
+    FrameFile other = grey(kNever);
     other.codes_of_8.at(0, 0, 1) += 1;
     other.codes_of_8.at(9, 9, 3) -= 1;
     other.codes_of_16.at(0, 0, 1) += 1;
     other.codes_of_16.at(9, 9, 3) -= 1;
-    EXPECT_TRUE(agree(other, grey(NEVER)));
+    EXPECT_TRUE(agree(other, grey(kNever)));
     for (Picture FrameFile::*depth : {&FrameFile::codes_of_8, &FrameFile::codes_of_16}) {
         FrameFile one_more = other;
         (one_more.*depth).at(0, 0, 2) += 1;  // of the same pixel: values count
-        EXPECT_FALSE(agree(one_more, grey(NEVER)));
+        EXPECT_FALSE(agree(one_more, grey(kNever)));
     }
 }
 
 TEST(Agreement, RefusesACodeTwoAway) {
     for (Picture FrameFile::*depth : {&FrameFile::codes_of_8, &FrameFile::codes_of_16}) {
-        FrameFile other = grey(NEVER);
+        FrameFile other = grey(kNever);
         (other.*depth).at(0, 0, 1) += 2;
-        EXPECT_FALSE(agree(other, grey(NEVER)));
+        EXPECT_FALSE(agree(other, grey(kNever)));
     }
 }
 
 TEST(Agreement, NeedsCodesThatTell) {
-    FrameFile black = grey(NEVER);
+    FrameFile black = grey(kNever);
     black.codes_of_8 = filled(255, 0);
     EXPECT_FALSE(agree(black, black));
-    FrameFile full = grey(NEVER);
+    FrameFile full = grey(kNever);
     full.codes_of_16 = filled(32768, 32768);
     EXPECT_FALSE(agree(full, full));
 }
 
 TEST(Agreement, NeedsTheSameFrames) {
-    const NamedFrame one{"one", grey(NEVER)};
-    const NamedFrame two{"two", grey(NEVER)};
+    const NamedFrame one{"one", grey(kNever)};
+    const NamedFrame two{"two", grey(kNever)};
     EXPECT_TRUE(compare_frames({one, two}, {one, two}).passed);
     EXPECT_FALSE(compare_frames({one}, {one, two}).passed);
     EXPECT_FALSE(compare_frames({one, two}, {one}).passed);

@@ -16,8 +16,8 @@ namespace {
 using host::Track;
 using reference::Projection;
 
-constexpr int WIDTH = 320;
-constexpr int HEIGHT = 180;
+constexpr int kWidth = 320;
+constexpr int kHeight = 180;
 
 // Draws evenly from [low, high), from the generator's own numbers: the standard distributions
 // differ between libraries. What is drawn is used as it is, so that no mathematics of the processor
@@ -42,7 +42,7 @@ struct Kind {
     double turn = 20;  ///< fastest roll, degrees a second
 };
 
-constexpr Kind KINDS[] = {
+constexpr Kind kKinds[] = {
     {"persp-still", Projection::perspective, "Persp", 0},
     {"persp-1-segment", Projection::perspective, "Persp", 1},
     {"persp-16-segments", Projection::perspective, "Persp", 16},
@@ -67,8 +67,8 @@ void set(host::Scene& scene, const std::string& name, decltype(host::ControlSett
 /// Fills in the controls, and the reference's settings alike.
 void draw_controls(DumpedScene& made, Random& random, const Kind& kind) {
     reference::Settings& settings = made.settings;
-    settings.width = WIDTH;
-    settings.height = HEIGHT;
+    settings.width = kWidth;
+    settings.height = kHeight;
     settings.projection = kind.projection;
     settings.spot_size = random(12, 40);  // spots of 2 to 6.4 pixels
     settings.aspect_ratio = random(0.5, 2);
@@ -121,8 +121,8 @@ DumpedScene seeded(unsigned seed, const Kind& kind) {
     made.name = kind.name;
     made.scene.source = kind.name;
     host::Composition& composition = made.scene.composition;
-    composition.width = WIDTH;
-    composition.height = HEIGHT;
+    composition.width = kWidth;
+    composition.height = kHeight;
     composition.duration = 1.0;
     composition.motion_blur = kind.segments > 0;
     draw_controls(made, random, kind);
@@ -138,7 +138,7 @@ DumpedScene seeded(unsigned seed, const Kind& kind) {
     made.stars = field(random, perspective ? 900 : 2500, lon, lat, perspective ? 35 : 50);
     made.scene.camera = host::look_at_camera(
         way(pan.first, pan.second), way(tilt.first, tilt.second), way(turn.first, turn.second),
-        host::Lens::vertical_fov(Track(fov), HEIGHT));
+        host::Lens::vertical_fov(Track(fov), kHeight));
     made.camera = [=](double seconds) {
         const auto at = [&](const std::pair<double, double>& ends) {
             return way(ends.first, ends.second).at(seconds);
@@ -169,16 +169,16 @@ DumpedScene passing() {
         reference::Camera camera;
         // The host's y points down.
         camera.position = {way(-12, 12).at(seconds), -0.5, 0.25};
-        camera.focal = zoom / (HEIGHT / 2.0);
+        camera.focal = zoom / (kHeight / 2.0);
         return camera;
     };
     return made;
 }
 
 bool near_frame(const reference::Projected& place) {
-    constexpr double MARGIN = 60;  // farther than any spot's light
-    return place.place.x > -MARGIN && place.place.x < WIDTH + MARGIN && place.place.y > -MARGIN &&
-           place.place.y < HEIGHT + MARGIN;
+    constexpr double kMargin = 60;  // farther than any spot's light
+    return place.place.x > -kMargin && place.place.x < kWidth + kMargin &&
+           place.place.y > -kMargin && place.place.y < kHeight + kMargin;
 }
 
 }  // namespace
@@ -186,7 +186,7 @@ bool near_frame(const reference::Projected& place) {
 std::vector<DumpedScene> dumped_scenes() {
     std::vector<DumpedScene> scenes;
     unsigned seed = 1;
-    for (const Kind& kind : KINDS) {
+    for (const Kind& kind : kKinds) {
         scenes.push_back(seeded(seed++, kind));
     }
     scenes.push_back(passing());

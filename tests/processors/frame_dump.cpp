@@ -51,7 +51,7 @@ processors::FrameFile draw(const DumpedScene& dumped) {
     const fs::path bundle = root / "Lumivar.plugin";
     fs::create_directories(bundle / "Contents/MacOS");
     fs::copy_file(LUMIVAR_MODULE, bundle / "Contents/MacOS/Lumivar");
-    support::write_catalogue(root / "sky.stars", support::VERSION_2, dumped.stars);
+    support::write_catalogue(root / "sky.stars", support::kVersion2, dumped.stars);
     host::Session session(bundle);
 
     processors::FrameFile file;

@@ -14,9 +14,9 @@ namespace processors {
 
 namespace {
 
-constexpr char MARK[] = "LVFRAME1";
-constexpr std::size_t MARK_LENGTH = sizeof MARK - 1;
-constexpr std::size_t HEADER_LENGTH = MARK_LENGTH + 4 * 4;
+constexpr char kMark[] = "LVFRAME1";
+constexpr std::size_t kMarkLength = sizeof kMark - 1;
+constexpr std::size_t kHeaderLength = kMarkLength + 4 * 4;
 
 void put(std::string& bytes, std::uint32_t word) {
     for (unsigned shift = 0; shift < 32; shift += 8) {
@@ -37,13 +37,13 @@ public:
 
 private:
     const std::string& bytes_;
-    std::size_t at_ = MARK_LENGTH;
+    std::size_t at_ = kMarkLength;
 };
 
 }  // namespace
 
 void write_frame(const std::filesystem::path& path, const FrameFile& frame) {
-    std::string bytes = MARK;
+    std::string bytes = kMark;
     put(bytes, static_cast<std::uint32_t>(frame.light.width));
     put(bytes, static_cast<std::uint32_t>(frame.light.height));
     const auto shortest = std::bit_cast<std::uint64_t>(frame.shortest);
@@ -67,14 +67,14 @@ void write_frame(const std::filesystem::path& path, const FrameFile& frame) {
 FrameFile read_frame(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(in), {}};
-    if (bytes.size() < HEADER_LENGTH || bytes.compare(0, MARK_LENGTH, MARK) != 0) {
+    if (bytes.size() < kHeaderLength || bytes.compare(0, kMarkLength, kMark) != 0) {
         throw std::runtime_error("not a frame: " + path.string());
     }
     Words words(bytes);
     const std::uint32_t width = words.next();
     const std::uint32_t height = words.next();
     const std::uint64_t pixels = std::uint64_t{width} * height;
-    if (bytes.size() != HEADER_LENGTH + pixels * 3 * 4 * 4) {
+    if (bytes.size() != kHeaderLength + pixels * 3 * 4 * 4) {
         throw std::runtime_error("not a whole frame: " + path.string());
     }
     FrameFile frame;

@@ -17,8 +17,8 @@ struct CatalogueStar {
     double distance = 0;
 };
 
-inline constexpr const char* VERSION_1 = "LUMIVAR1";
-inline constexpr const char* VERSION_2 = "LUMIVAR2";
+inline constexpr const char* kVersion1 = "LUMIVAR1";
+inline constexpr const char* kVersion2 = "LUMIVAR2";
 
 /// The 32-byte header with `magic` (8 characters) and zeros.
 std::string catalogue_header(const std::string& magic);

@@ -19,8 +19,9 @@ public:
         : width_(width),
           height_(height),
           stride_(4 * width + padding),
-          floats_(2 * MARGIN + static_cast<std::size_t>(stride_) * static_cast<std::size_t>(height),
-                  std::bit_cast<float>(GUARD)) {
+          floats_(
+              2 * kMargin + static_cast<std::size_t>(stride_) * static_cast<std::size_t>(height),
+              std::bit_cast<float>(kGuard)) {
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x) {
                 for (int channel = 0; channel < 4; ++channel) {
@@ -34,7 +35,7 @@ public:
     int height() const { return height_; }
 
     StarFramebuffer view() {
-        float* first = &floats_[MARGIN];
+        float* first = &floats_[kMargin];
         StarFramebuffer fb;
         fb.a = first;
         fb.r = first + 1;
@@ -55,7 +56,7 @@ public:
     /// Whether every float outside the pixels still has its bits.
     bool guards_intact() const {
         for (std::size_t i = 0; i < floats_.size(); ++i) {
-            if (!is_pixel(i) && std::bit_cast<std::uint32_t>(floats_[i]) != GUARD) {
+            if (!is_pixel(i) && std::bit_cast<std::uint32_t>(floats_[i]) != kGuard) {
                 return false;
             }
         }
@@ -95,19 +96,19 @@ public:
     }
 
 private:
-    static constexpr std::size_t MARGIN = 64;
+    static constexpr std::size_t kMargin = 64;
     /// A quiet NaN that no arithmetic makes.
-    static constexpr std::uint32_t GUARD = 0x7fc5a5a5;
+    static constexpr std::uint32_t kGuard = 0x7fc5a5a5;
 
     std::size_t at(int x, int y) const {
-        return MARGIN + static_cast<std::size_t>(y) * static_cast<std::size_t>(stride_) +
+        return kMargin + static_cast<std::size_t>(y) * static_cast<std::size_t>(stride_) +
                4 * static_cast<std::size_t>(x);
     }
     bool is_pixel(std::size_t i) const {
-        if (i < MARGIN || i >= floats_.size() - MARGIN) {
+        if (i < kMargin || i >= floats_.size() - kMargin) {
             return false;
         }
-        return (i - MARGIN) % static_cast<std::size_t>(stride_) <
+        return (i - kMargin) % static_cast<std::size_t>(stride_) <
                4 * static_cast<std::size_t>(width_);
     }
 

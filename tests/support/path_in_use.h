@@ -18,7 +18,7 @@ private:
 };
 
 /// Both, for tests that go through them.
-inline constexpr DrawPath BOTH_PATHS[] = {DrawPath::plain, DrawPath::fast};
+inline constexpr DrawPath kBothPaths[] = {DrawPath::plain, DrawPath::fast};
 
 inline const char* name_of(DrawPath path) { return path == DrawPath::plain ? "plain" : "fast"; }
 

@@ -39,7 +39,7 @@ protected:
     Conformance() {
         const fs::path built = fs::path(LUMIVAR_MODULE).parent_path().parent_path().parent_path();
         fs::copy(built, bundle(), fs::copy_options::recursive);
-        support::write_catalogue(root / "sky.stars", support::VERSION_2, starry::few_stars());
+        support::write_catalogue(root / "sky.stars", support::kVersion2, starry::few_stars());
     }
 
     fs::path bundle() const { return root / "Lumivar.plugin"; }

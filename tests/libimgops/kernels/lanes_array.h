@@ -101,10 +101,10 @@ inline Ints truncated(const Floats& x) {
 // --- across lanes -----------------------------------------------------------------------------
 
 /// Tables hold 8 values.
-constexpr int TABLE_SIZE = 8;
+constexpr int kTableSize = 8;
 /// The value of `table` that the lowest three bits of each lane say.
 inline Floats look_up(const float* table, const Ints& which) {
-    return each<Floats>([&](int k) { return table[which[k] & (TABLE_SIZE - 1)]; });
+    return each<Floats>([&](int k) { return table[which[k] & (kTableSize - 1)]; });
 }
 
 /// One bit a lane, lane 0 lowest.
