@@ -7,7 +7,7 @@
 #include "scene.h"
 #include "segments.h"
 
-#include "libimgops/kernels/choice.h"
+#include "libimgops/fast/kernels/choice.h"
 
 #include <cstdio>
 #include <cstring>

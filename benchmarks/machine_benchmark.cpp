@@ -1,6 +1,6 @@
 // What this machine can do: its memory, the vector functions, and the C library's scalar functions
 // that the plain path is made of. Per byte, per value and per call.
-#include "libimgops/kernels/choice.h"
+#include "libimgops/fast/kernels/choice.h"
 
 #include <base/words.h>
 #include <benchmark/benchmark.h>

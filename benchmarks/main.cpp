@@ -4,7 +4,7 @@
 //   --turns=N --report=FILE   goes through all of them N times, so that the plain and the fast run
 //   of
 //                             a case always follow each other; a list of N reports
-#include "libimgops/kernels/choice.h"
+#include "libimgops/fast/kernels/choice.h"
 
 #include <benchmark/benchmark.h>
 

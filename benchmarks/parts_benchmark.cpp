@@ -2,7 +2,7 @@
 // takes more than another is the part between their ends.
 #include "pair.h"
 
-#include "libimgops/kernels/choice.h"
+#include "libimgops/fast/kernels/choice.h"
 
 #include <algorithm>
 #include <limits>

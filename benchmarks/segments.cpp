@@ -2,8 +2,8 @@
 
 #include <libimgops/streak.h>
 
-#include "libimgops/kernels/choice.h"
-#include "libimgops/segment_batch.h"
+#include "libimgops/fast/kernels/choice.h"
+#include "libimgops/fast/segment_batch.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // The plain conversion, which defines the codes, and the choice between it and the kernels'.
 #include <libimgops/codes.h>
 
-#include "kernels/choice.h"
+#include "fast/kernels/choice.h"
 
 #include <cstdint>
 #include <cstring>

@@ -2,7 +2,7 @@
 #include <libimgops/projection.h>
 #include <libimgops/renderer.h>
 
-#include "fast_frame.h"
+#include "fast/fast_frame.h"
 #include "renderer_private.h"
 #include "stars_source.h"
 

@@ -1,7 +1,7 @@
 // Batches of segments: each visits the pixels that the plain streak visits, with its light; and
 // every pixel receives its light in the order in which segments came, whatever bands and batches
 // they are drawn in.
-#include "segment_batch.h"
+#include "fast/segment_batch.h"
 
 #include "kernels/kernel_sets.h"
 #include "random_numbers.h"

@@ -2,7 +2,7 @@
 // arrays, which runs everywhere.
 #pragma once
 
-#include "kernels/choice.h"
+#include "fast/kernels/choice.h"
 
 #include <string>
 #include <vector>

@@ -3,4 +3,4 @@
 #define KERNELS_LANES "libimgops/kernels/lanes_array.h"
 #define KERNELS_TABLE array8_kernels
 #define KERNELS_NAME "array8"
-#include "kernels/kernel_source.h"
+#include "fast/kernels/kernel_source.h"

@@ -4,10 +4,10 @@
 #include <libimgops/byte_order.h>
 #include <libimgops/projection.h>
 
+#include "frustum.h"
 #include "kernels/choice.h"
 #include "star_segments.h"
 #include "star_shading.h"
-#include "visibility.h"
 
 #include <algorithm>
 #include <cmath>
@@ -92,8 +92,8 @@ FastFrame::FastFrame(const StarRendererData& data, StarRenderer::PrivateData& pr
       has_depth_(data.use_depth && priv.input.depth_valid()),
       batch_(priv.fb, kernels, priv.spot_w, priv.spot_h, colour_tables_) {
     const double reach = longest_reach(data, priv.intensity);
-    find_planes_around_frame(data, priv.fb, priv.mats, reach * static_cast<double>(priv.spot_w),
-                             reach * static_cast<double>(priv.spot_h), planes_);
+    append_frustum_planes(data, priv.fb, priv.mats, reach * static_cast<double>(priv.spot_w),
+                          reach * static_cast<double>(priv.spot_h), planes_);
     for (int code = 0; code < kCodes; ++code) {
         const auto c = static_cast<unsigned char>(code);
         const Color3 colour = shaped_colour(c, c, c, data);

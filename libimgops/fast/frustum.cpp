@@ -1,4 +1,4 @@
-#include "visibility.h"
+#include "frustum.h"
 
 #include <cmath>
 #include <limits>
@@ -61,9 +61,9 @@ Plane plane_of(const Matrix4<double>& m, double sign, int c, double limit, int b
 
 }  // namespace
 
-void find_planes_around_frame(const StarRendererData& data, const StarFramebuffer& fb,
-                              const Array<Matrix4<double>>& mats, double reach_x, double reach_y,
-                              Array<Plane>& planes) {
+void append_frustum_planes(const StarRendererData& data, const StarFramebuffer& fb,
+                           const Array<Matrix4<double>>& mats, double reach_x, double reach_y,
+                           Array<Plane>& planes) {
     const double per_pixel_x = (data.window_x1 - data.window_x0) / fb.width;
     const double per_pixel_y = (data.window_y1 - data.window_y0) / fb.height;
     const double out_x = (reach_x + kMargin) * per_pixel_x;
