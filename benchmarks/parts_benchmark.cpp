@@ -88,9 +88,10 @@ void undrawn(benchmark::State& state, DrawPath path, Scene& scene) {
     usual_kernels = star_kernels::in_use();
     Kernels kernels = *usual_kernels;
     kernels.draw_spot = [](const star_kernels::Pixels&, const star_kernels::Spot&, int, int rows,
-                           float ry, float*) { return ry + static_cast<float>(rows); };
+                           float ry) { return ry + static_cast<float>(rows); };
     kernels.draw_streak = [](const star_kernels::Pixels&, const star_kernels::Streak&, int,
                              int rows, float ry) { return ry + static_cast<float>(rows); };
+    kernels.fetch = [](const star_kernels::Pixels&, int, int) { return false; };
     draw_by(state, path, scene, kernels);
 }
 

@@ -5,6 +5,7 @@
 #include <libimgops/renderer.h>
 
 #include "libimgops/segment_shape.h"
+#include "libimgops/star_segments.h"
 #include "libimgops/star_shading.h"
 
 #include <cmath>
@@ -128,39 +129,33 @@ void Scene::for_each_segment(const std::function<bool(const DrawnSegment&)>& vis
     const auto shared = static_cast<float>(samples > 1 ? samples - 1 : 1);
     std::vector<Matrix4<double>> mats;
     for (uword i = 0; i < samples; ++i) {
-        mats.push_back(cameras[i].xform * Matrix4<double>::perspective(cameras[i].focal,
-                                                                       cameras[i].near_clip,
-                                                                       cameras[i].far_clip));
+        mats.push_back(projection_matrix(cameras[i], settings.projection));
     }
-    for (u32 n = 0; n < sky.stars(); ++n) {
+    bool goes_on = true;
+    for (u32 n = 0; goes_on && n < sky.stars(); ++n) {
         const star& s = *input.next();
         const float luminance = lefloat_to_cpu(&s.luminance);
         if (settings.threshold > static_cast<double>(luminance)) {
             continue;
         }
-        DrawnSegment segment{{},
-                             {},
-                             static_cast<float>(4 * settings.brightness) / shared *
-                                 shaped_luminance(luminance, settings)};
-        bool from_visible = false;
-        for (uword i = 0; i < samples; ++i) {
-            const bool to_visible = world_to_screen(
-                ledouble_to_cpu(&s.lon), ledouble_to_cpu(&s.lat), ledouble_to_cpu(&s.distance),
-                settings.parallax_crush, mats[i], settings.projection, fb.width, fb.height,
-                settings.window_x0, settings.window_x1, settings.window_y0, settings.window_y1,
-                segment.b);
-            if (samples == 1) {
-                segment.a = segment.b;
-                from_visible = to_visible;
-            }
-            segment.crosses = from_visible != to_visible;
-            if ((i > 0 || samples == 1) && (to_visible || from_visible) &&
-                visited_pixels(fb, segment, spot()) > 0 && !visit(segment)) {
-                return;
-            }
-            segment.a = segment.b;
-            from_visible = to_visible;
-        }
+        const float energy = static_cast<float>(4 * settings.brightness) / shared *
+                             shaped_luminance(luminance, settings);
+        bool is_visible = false;
+        bool was_visible = false;
+        const auto project = [&](uword sample, Vector2& place) {
+            was_visible = is_visible;
+            is_visible =
+                world_to_screen(ledouble_to_cpu(&s.lon), ledouble_to_cpu(&s.lat),
+                                ledouble_to_cpu(&s.distance), settings.parallax_crush, mats[sample],
+                                settings.projection, fb.width, fb.height, settings.window_x0,
+                                settings.window_x1, settings.window_y0, settings.window_y1, place);
+            return is_visible;
+        };
+        draw_segments(samples, project, [&](const Vector2& a, const Vector2& b) {
+            const DrawnSegment segment{a, b, energy, samples > 1 && is_visible != was_visible};
+            goes_on = goes_on && (visited_pixels(fb, segment, spot()) == 0 || visit(segment));
+            return true;
+        });
     }
 }
 
