@@ -73,7 +73,8 @@ void SegmentScene::draw(DrawPath path) {
         }
         return;
     }
-    SegmentBatch batch(frame_.view(), *star_kernels::in_use(), spot_, spot_, colour_tables_.data());
+    SegmentBatch batch(frame_.view(), *star_kernels::in_use(), spot_, spot_, colour_tables_.data(),
+                       true);
     bool drew = false;
     for (const DrawnSegment& s : segments_) {
         const float reach = reach_of(s.energy);

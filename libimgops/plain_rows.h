@@ -14,9 +14,9 @@ struct PlainSegment {
     Box box;      ///< clipped to the frame
 };
 
-/// Draws rows `y0` to `y1` of the segment. `ry`: the first row's offset from the midpoint, which
-/// starts at the box's first row and is carried by adding 1 a row; becomes that of the row after
-/// the last. Returns whether any pixel received a weight above 0. Throws as `op_star_streak`, in
-/// whose name it speaks.
+/// Draws rows `y0` to `y1` of the segment, `times` times over. `ry`: the first row's offset from
+/// the midpoint, which starts at the box's first row and is carried by adding 1 a row; becomes that
+/// of the row after the last. Returns whether any pixel received a weight above 0. Throws as
+/// `op_star_streak`, in whose name it speaks.
 bool draw_rows_plainly(const StarFramebuffer& dst, const PlainSegment& segment,
-                       op_stars_lines lines, int y0, int y1, float& ry);
+                       op_stars_lines lines, int times, int y0, int y1, float& ry);

@@ -7,19 +7,16 @@
 #include "star_segments.h"
 #include "star_shading.h"
 
-bool StarRenderer::do_render_star(const star* s) {
-    // On the catalogue's own luminance, before bias and ceiling, so that the threshold picks the
-    // same stars whatever those are. What is not a number passes.
-    float luminance = lefloat_to_cpu(&s->luminance);
-    if (data.threshold > static_cast<double>(luminance)) {
-        return false;
-    }
+namespace {
 
+/// Draws a star above the threshold. Apart, so that the others, which are most, pay nothing for it.
+__attribute__((noinline)) bool draw_star(const star* s, const StarRendererData& data,
+                                         const StarRenderer::PrivateData* priv) {
     const double lon = ledouble_to_cpu(&s->lon);
     const double lat = ledouble_to_cpu(&s->lat);
     const double depth =
         data.use_depth && priv->input.depth_valid() ? ledouble_to_cpu(&s->distance) : -1.0;
-    luminance = shaped_luminance(luminance, data);
+    const float luminance = shaped_luminance(lefloat_to_cpu(&s->luminance), data);
     const Color3 colour = shaped_colour(s->r, s->g, s->b, data);
     const float energy = priv->intensity * luminance;
 
@@ -33,4 +30,13 @@ bool StarRenderer::do_render_star(const star* s) {
         return op_star_streak(fb, from, to, energy, colour, priv->spot_w, priv->spot_h, data.lines);
     };
     return draw_segments(priv->cams.len(), project, draw);
+}
+
+}  // namespace
+
+bool StarRenderer::do_render_star(const star* s) {
+    // On the catalogue's own luminance, before bias and ceiling, so that the threshold picks the
+    // same stars whatever those are. What is not a number passes.
+    const float luminance = lefloat_to_cpu(&s->luminance);
+    return !(data.threshold > static_cast<double>(luminance)) && draw_star(s, data, priv.get());
 }

@@ -115,10 +115,10 @@ bool add_light(const StarFramebuffer& dst, s64 at, const Color3& color, float we
     return weight > 0.0F;
 }
 
-}  // namespace
-
-bool draw_rows_plainly(const StarFramebuffer& dst, const PlainSegment& segment,
-                       op_stars_lines lines, int y0, int y1, float& ry) {
+/// `kOnce`: whether `times` is 1.
+template <bool kOnce>
+bool draw_rows(const StarFramebuffer& dst, const PlainSegment& segment, op_stars_lines lines,
+               int times, int y0, int y1, float& ry) {
     const auto& [a, b, energy, color, spot_w, spot_h, reach, box] = segment;
     Vector2 dir = b - a;
     const float length = dir.normalize();
@@ -148,11 +148,23 @@ bool draw_rows_plainly(const StarFramebuffer& dst, const PlainSegment& segment,
             if (coverage >= 1.0F) {
                 continue;
             }
-            const bool lit = add_light(dst, at, color, spot.at(rx, ry), coverage);
+            const float weight = spot.at(rx, ry);
+            const bool lit = add_light(dst, at, color, weight, coverage);
             drew = drew || lit;
+            for (int more = 1; !kOnce && more < times; ++more) {
+                add_light(dst, at, color, weight, coverage);
+            }
         }
     }
     return drew;
+}
+
+}  // namespace
+
+bool draw_rows_plainly(const StarFramebuffer& dst, const PlainSegment& segment,
+                       op_stars_lines lines, int times, int y0, int y1, float& ry) {
+    return times == 1 ? draw_rows<true>(dst, segment, lines, times, y0, y1, ry)
+                      : draw_rows<false>(dst, segment, lines, times, y0, y1, ry);
 }
 
 bool op_star_streak(const StarFramebuffer& dst, const Vector2& a, const Vector2& b, float energy,
@@ -167,6 +179,6 @@ bool op_star_streak(const StarFramebuffer& dst, const Vector2& a, const Vector2&
     }
     box = clipped(box, dst);
     float ry = static_cast<float>(box.y0) - midpoint(a, b)[1];
-    return draw_rows_plainly(dst, {a, b, energy, color, spot_w, spot_h, reach, box}, lines, box.y0,
-                             box.y1, ry);
+    return draw_rows_plainly(dst, {a, b, energy, color, spot_w, spot_h, reach, box}, lines, 1,
+                             box.y0, box.y1, ry);
 }

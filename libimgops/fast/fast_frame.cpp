@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <new>
 
@@ -24,10 +25,12 @@ constexpr int kCodes = 256;
 /// Rows and columns are kept in 16 bits.
 constexpr int kLargestSize = std::numeric_limits<std::int16_t>::max();
 
-/// Coverage, red, green and blue of a pixel side by side, and pixels too.
+/// Coverage, red, green and blue of a pixel side by side, pixels too, and each row for itself.
 bool is_interleaved(const StarFramebuffer& fb) {
+    const bool rows_overlap = fb.height > 1 && std::abs(std::ptrdiff_t{fb.stride}) <
+                                                   std::ptrdiff_t{kFloatsPerPixel} * fb.width;
     return fb.pixel_stride == kFloatsPerPixel && fb.r == fb.a + 1 && fb.g == fb.a + 2 &&
-           fb.b == fb.a + 3;
+           fb.b == fb.a + 3 && !rows_overlap;
 }
 
 /// How far the light of the brightest possible star reaches, in spot radii.
@@ -90,7 +93,7 @@ FastFrame::FastFrame(const StarRendererData& data, StarRenderer::PrivateData& pr
       priv_(priv),
       kernels_(kernels),
       has_depth_(data.use_depth && priv.input.depth_valid()),
-      batch_(priv.fb, kernels, priv.spot_w, priv.spot_h, colour_tables_) {
+      batch_(priv.fb, kernels, priv.spot_w, priv.spot_h, colour_tables_, priv.mats.len() == 1) {
     const double reach = longest_reach(data, priv.intensity);
     append_frustum_planes(data, priv.fb, priv.mats, reach * static_cast<double>(priv.spot_w),
                           reach * static_cast<double>(priv.spot_h), planes_);
@@ -179,10 +182,15 @@ void FastFrame::draw_gathered(Gathered& stars, bool& drew) {
 }
 
 void FastFrame::go_back_behind(const star* s) {
-    priv_.input.reset();
-    priv_.index = 0;
-    while (priv_.input.next() != s) {
-        ++priv_.index;
+    const u32 nstars = priv_.input.nstars();
+    try {
+        priv_.input.reset();
+        priv_.index = 0;
+        while (priv_.input.next() != s && priv_.index + 1 < nstars) {
+            ++priv_.index;
+        }
+    } catch (...) {
+        // The star's own failure is the one to tell.
     }
 }
 

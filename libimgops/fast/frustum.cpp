@@ -21,6 +21,8 @@ constexpr double kSmallestPlane = 1e-100;
 /// Smaller offsets than this, other than 0, are beyond single precision for near stars, whose
 /// weight may be as large as its largest number.
 constexpr double kSmallestOffset = 1e-30;
+/// Larger ones are, for far stars, whose weight may be as small as its smallest.
+constexpr double kLargestOffset = 1e30;
 
 /// Nothing is beyond it.
 Plane nowhere() { return {0, 0, 0, 0, std::numeric_limits<float>::infinity(), 0}; }
@@ -48,7 +50,8 @@ Plane plane_of(const Matrix4<double>& m, double sign, int c, double limit, int b
         return nowhere();
     }
     const double offset = n[3] / size;
-    if (offset != 0.0 && std::fabs(offset) < kSmallestOffset) {
+    if ((offset != 0.0 && std::fabs(offset) < kSmallestOffset) ||
+        !(std::fabs(offset) <= kLargestOffset)) {
         return nowhere();
     }
     return {static_cast<float>(n[0] / size),

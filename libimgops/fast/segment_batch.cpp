@@ -2,9 +2,9 @@
 
 #include <libimgops/streak.h>
 
+#include "closeness.h"
 #include "plain_rows.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
@@ -24,24 +24,15 @@ constexpr u32 kAhead = 6;
 /// too short for the processor to foresee.
 constexpr u32 kFewestToFetch = 64;
 
+/// An entry's codes hold a star's colour, and above it how often it repeats.
+constexpr unsigned kRepeatsShift = 24;
+constexpr u32 kColourCodes = 0xffffff;
+constexpr u32 kMostRepeats = 0xff;
+
 /// Ends farther away than this many pixels are the plain streak's: its guards belong to it. Nearer
 /// ones have midpoints whose last bit is 2^16 at most, so that neither the 2^31 where a column's
 /// guard fires nor the 2^21 to which the kernels hold rows beside the frame is lost in it.
 constexpr float kFarthest = 0x1p40F;
-
-// So are those whose light in the frame is small beside what their functions are apart from the
-// plain ones: exponentials by 2^-23 of themselves and of their argument, error functions by 2^-23.
-
-/// Shorter ones, in pixels: the two error functions nearly cancel.
-constexpr float kShortestFastStreak = 0.5F;
-/// Those that move less than this many radii of the spot: a longer one's light is within 1e-6 of
-/// its peak.
-constexpr float kFewestRadii = 0.25F;
-/// Those of which less than this, in pixels, lies within the frame: its brightest pixel may be far
-/// from their peak. Of more, some pixel is at most half a pixel from the segment's line.
-constexpr double kLeastInFrame = 1.5;
-/// Still spots that are farther from the frame than this many radii.
-constexpr float kFarthestSpot = 2.0F;
 
 /// The error function surely counts as 1 from here on: a little more than the kernels' own limit,
 /// for what the range of a run of rows is rounded.
@@ -52,47 +43,14 @@ bool is_near(const Vector2& at) {
     return std::fabs(at[0]) < kFarthest && std::fabs(at[1]) < kFarthest;
 }
 
+bool are_same(const Vector2& a, const Vector2& b) { return a[0] == b[0] && a[1] == b[1]; }
+
 int min_of(int a, int b) { return a < b ? a : b; }
 int max_of(int a, int b) { return a > b ? a : b; }
 
 int rows_of_band(const StarFramebuffer& fb) {
     const std::ptrdiff_t row_bytes = std::ptrdiff_t{fb.stride} * std::ptrdiff_t{sizeof(float)};
     return max_of(1, static_cast<int>(kBandBytes / (row_bytes > 0 ? row_bytes : 1)));
-}
-
-/// Narrows the part from `from` to `to` of a line, in shares of its length, to what lies between 0
-/// and `last`. `start`, `way`: coordinate of the line's start, and from there to its end.
-void narrow(double start, double way, double last, double& from, double& to) {
-    if (way == 0) {
-        if (start < 0 || start > last) {
-            to = from;
-        }
-        return;
-    }
-    const double at_first = -start / way;
-    const double at_last = (last - start) / way;
-    from = std::max(from, std::min(at_first, at_last));
-    to = std::min(to, std::max(at_first, at_last));
-}
-
-/// How many pixels of the segment lie among the centres of the frame's pixels.
-double length_in_frame(const Vector2& a, const Vector2& b, float length,
-                       const StarFramebuffer& fb) {
-    double from = 0;
-    double to = 1;
-    for (int axis = 0; axis < 2; ++axis) {
-        const auto start = static_cast<double>(a[axis]);
-        narrow(start, static_cast<double>(b[axis]) - start, (axis == 0 ? fb.width : fb.height) - 1,
-               from, to);
-    }
-    return (to - from) * static_cast<double>(length);
-}
-
-/// How far outside 0 to `last` a coordinate lies.
-float outside(float at, int last) { return max(max(-at, at - static_cast<float>(last)), 0.0F); }
-
-bool is_in_frame(const Vector2& at, const StarFramebuffer& fb) {
-    return outside(at[0], fb.width - 1) == 0 && outside(at[1], fb.height - 1) == 0;
 }
 
 /// Whether, for all pixels of a run of rows, the streak begins long before and ends long after.
@@ -120,12 +78,13 @@ bool is_saturated(const star_kernels::Streak& of, float ry, int rows) {
 }  // namespace
 
 SegmentBatch::SegmentBatch(const StarFramebuffer& dst, const star_kernels::Kernels& kernels,
-                           float spot_w, float spot_h, const float* colour_tables)
+                           float spot_w, float spot_h, const float* colour_tables, bool is_still)
     : dst_(dst),
       kernels_(kernels),
       pixels_{dst.a, dst.stride, dst.width, true},
       spot_w_(spot_w),
       spot_h_(spot_h),
+      is_still_(is_still),
       colour_tables_(colour_tables),
       band_rows_(rows_of_band(dst)),
       entries_(new Entry[kCapacity]),
@@ -152,6 +111,10 @@ void SegmentBatch::add(const Vector2& a, const Vector2& b, float energy, float r
         drew = drew || lit;
         return;
     }
+    if (repeats_last(a, b, energy, codes)) {
+        entries_[count_ - 1].codes += u32{1} << kRepeatsShift;
+        return;
+    }
     if (count_ == kCapacity) {
         draw();
     }
@@ -165,6 +128,15 @@ void SegmentBatch::add(const Vector2& a, const Vector2& b, float energy, float r
                           static_cast<std::int16_t>(seen.y0),
                           static_cast<std::int16_t>(seen.x1),
                           static_cast<std::int16_t>(seen.y1)};
+}
+
+bool SegmentBatch::repeats_last(const Vector2& a, const Vector2& b, float energy, u32 codes) const {
+    if (is_still_ || count_ == 0) {
+        return false;
+    }
+    const Entry& last = entries_[count_ - 1];
+    return are_same(a, b) && are_same(last.a, a) && are_same(last.b, a) && last.energy == energy &&
+           (last.codes & kColourCodes) == codes && last.codes >> kRepeatsShift < kMostRepeats;
 }
 
 void SegmentBatch::draw() {
@@ -221,19 +193,6 @@ void SegmentBatch::draw_band(int y, u32 begin, u32 end) {
     going_on_count_ = next_count;
 }
 
-bool SegmentBatch::has_room_for_error(const Vector2& spot) const {
-    const float x = outside(spot[0], dst_.width - 1) / spot_w_;
-    const float y = outside(spot[1], dst_.height - 1) / spot_h_;
-    return x * x + y * y <= kFarthestSpot * kFarthestSpot;
-}
-
-bool SegmentBatch::has_room_for_error(const Vector2& a, const Vector2& b, float length,
-                                      const SweptSpot& swept) const {
-    return length >= kShortestFastStreak && length * swept.q * swept.scale >= kFewestRadii &&
-           ((is_in_frame(a, dst_) && is_in_frame(b, dst_)) ||
-            length_in_frame(a, b, length, dst_) >= kLeastInFrame);
-}
-
 void SegmentBatch::draw_rows(Entry& entry, int y0, int y1) {
     const Vector2& a = entry.a;
     const Vector2& b = entry.b;
@@ -241,8 +200,9 @@ void SegmentBatch::draw_rows(Entry& entry, int y0, int y1) {
     const Vector2 middle = midpoint(a, b);
     const star_kernels::Segment segment{middle[0], middle[1],    entry.x0,
                                         entry.x1,  entry.energy, {colour[0], colour[1], colour[2]}};
-    if (a[0] == b[0] && a[1] == b[1]) {
-        if (has_room_for_error(a)) {
+    const int times = 1 + static_cast<int>(entry.codes >> kRepeatsShift);
+    if (are_same(a, b)) {
+        if (is_still_ && kernels_draw_closely(a, spot_w_, spot_h_, dst_)) {
             const star_kernels::Spot spot{segment, spot_w_ * spot_w_, spot_h_ * spot_h_};
             entry.ry = kernels_.draw_spot(pixels_, spot, y0, y1 - y0 + 1, entry.ry);
             return;
@@ -251,7 +211,7 @@ void SegmentBatch::draw_rows(Entry& entry, int y0, int y1) {
         Vector2 dir = b - a;
         const float length = dir.normalize();
         const SweptSpot swept(dir, spot_w_, spot_h_);
-        if (has_room_for_error(a, b, length, swept)) {
+        if (kernels_draw_closely(a, b, length, swept, dst_)) {
             draw_streak(segment, entry, dir, length, swept, y0, y1);
             return;
         }
@@ -259,7 +219,7 @@ void SegmentBatch::draw_rows(Entry& entry, int y0, int y1) {
     const PlainSegment plain{
         a,       b,       entry.energy,           colour,
         spot_w_, spot_h_, reach_of(entry.energy), {entry.x0, entry.y0, entry.x1, entry.y1}};
-    draw_rows_plainly(dst_, plain, STARS_LINES_ALL, y0, y1, entry.ry);
+    draw_rows_plainly(dst_, plain, STARS_LINES_ALL, times, y0, y1, entry.ry);
 }
 
 void SegmentBatch::draw_streak(const star_kernels::Segment& segment, Entry& entry,

@@ -19,8 +19,11 @@ class SegmentBatch {
 public:
     /// What all segments of a frame share. `colour_tables`: 256 floats for each of red, green and
     /// blue, the linear light of a star's codes. The frame has coverage and colours side by side.
+    /// `is_still`: of one camera sample. Otherwise a star that stays is many equal spots, whose sum
+    /// would round the kernels' small difference the same way each time: those are the plain
+    /// streak's.
     SegmentBatch(const StarFramebuffer& dst, const star_kernels::Kernels& kernels, float spot_w,
-                 float spot_h, const float* colour_tables);
+                 float spot_h, const float* colour_tables, bool is_still);
 
     /// Adds a segment that `op_star_streak` would draw. `reach`: `reach_of(energy)`, not negative;
     /// `codes`: the star's colour codes, red lowest. `drew`: whether the frame has any light yet;
@@ -45,11 +48,8 @@ private:
         std::int16_t y1;
     };
 
-    /// Whether the kernels draw a still spot or a moving segment within what is promised; else the
-    /// plain code does.
-    bool has_room_for_error(const Vector2& spot) const;
-    bool has_room_for_error(const Vector2& a, const Vector2& b, float length,
-                            const SweptSpot& swept) const;
+    /// Whether it stays where it is and is the last entry once more.
+    bool repeats_last(const Vector2& a, const Vector2& b, float energy, u32 codes) const;
     /// `begin`, `end`: of those entries in `order_` that begin in the band whose first row is `y`.
     void draw_band(int y, u32 begin, u32 end);
     void draw_rows(Entry& entry, int y0, int y1);
@@ -62,6 +62,7 @@ private:
     star_kernels::Pixels pixels_;
     float spot_w_;
     float spot_h_;
+    bool is_still_;
     const float* colour_tables_;
     int band_rows_;
     scoped_array<Entry> entries_;

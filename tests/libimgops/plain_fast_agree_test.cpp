@@ -98,4 +98,33 @@ TEST_P(RandomStars, LeaveMinusZeroWhereTheyDoNotPass) {
     EXPECT_GE(by_kernels, 20);
 }
 
+// A camera that stands still with motion blur on: each star is as many equal spots, whose sum would
+// round the same small difference the same way each time.
+TEST(StandingCamera, IsDrawnToTheBitWhateverTheSamples) {
+    RandomNumbers random(9);
+    for (const std::size_t samples : {2U, 17U, 33U, 65U, 101U, 300U}) {
+        for (const int stars : {1, 30, 500}) {
+            Scene scene = default_scene(random, 64, 36);
+            scene.cams.assign(samples, scene.cams.front());
+            scatter_stars(scene, random, stars);
+            scene.drew_before = true;
+            const kernel_sets::Counted counted;
+            expect_same_bits(scene);
+            EXPECT_GT(counted.calls().outside, 0) << "the fast path";
+        }
+    }
+}
+
+// One that hardly turns: stars stay for some of the samples.
+TEST(StandingCamera, KeepsTheBoundWhenItHardlyTurns) {
+    RandomNumbers random(10);
+    for (int i = 0; i < 150; ++i) {
+        Scene scene = random_scene(random);
+        scene.cams.resize(1);
+        pan(scene, random, 100, random.on_scale(1e-8, 1e-2));
+        scatter_stars(scene, random, 20);
+        expect_promise(scene);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomStars, testing::Range(1U, 9U));

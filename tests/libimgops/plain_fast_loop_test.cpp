@@ -286,6 +286,10 @@ TEST(OtherLayouts, AreDrawnByThePlainPath) {
         expect_plain_bits(scene, [](Floats& to) { lay_out(to, 0, 3, 2, 1, 160, 4); });
         // Five floats a pixel.
         expect_plain_bits(scene, [](Floats& to) { lay_out(to, 0, 1, 2, 3, 200, 5); });
+        // Rows that reach into the next ones.
+        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 0, 1, 2, 3, 159, 4); });
+        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 0, 1, 2, 3, 30, 4); });
+        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 200, 201, 202, 203, -3, 4); });
         // One coverage for the whole frame, beside the pixels.
         expect_plain_bits(scene, [](Floats& to) { lay_out(to, 20000, 1, 2, 3, 160, 4); });
     }

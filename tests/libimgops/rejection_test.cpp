@@ -58,6 +58,7 @@ const std::vector<unsigned char>& rejections(const Scene& scene) {
     // Nothing is drawn, so that nobody needs the pixels.
     fb.width = scene.width;
     fb.height = scene.height;
+    fb.stride = 4 * scene.width;
     support::MemoryStars input(scene.magic, scene.stars);
     StarRenderer renderer(scene.data, fb, input, cams);
     bool drew = true;
@@ -339,6 +340,30 @@ TEST_P(Rejection, SparesThemAroundTheMiddleOfTheWorld) {
         expect_none_lost(scene, tried);
     }
     EXPECT_GT(tried.reaching, 8000);
+}
+
+// The same at the other end of single precision.
+TEST_P(Rejection, SparesThemAtTheEndOfTheWorld) {
+    RandomNumbers random(GetParam() + 400);
+    Tried tried;
+    for (int i = 0; i < 60 && !HasFatalFailure(); ++i) {
+        Scene scene = random_view(random);
+        scene.data.use_depth = false;
+        add_stars_at_sides(scene, random, 512);
+        scene.data.use_depth = true;
+        scene.data.parallax_crush = 0;
+        const double far = random.on_scale(1e30, 1e90);
+        for (camera& cam : scene.cams) {
+            for (int axis = 0; axis < 3; ++axis) {
+                cam.xform(3, axis) = far * random.between(-1, 1);
+            }
+        }
+        for (CatalogueStar& star : scene.stars) {
+            star.distance = far * random.between(0.3, 3);
+        }
+        expect_none_lost(scene, tried);
+    }
+    EXPECT_GT(tried.reaching, 500);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, Rejection, testing::Range(1U, 17U));

@@ -90,8 +90,8 @@ LANES_INLINE void light(float* pixels, const Weights& weights, int n, Floats col
 bool fetch(const Pixels& to, int y, int rows) {
     const Ints colours = coverage_lanes() ^ splat(-1);
     Ints uncovered = splat(-1);
-    float* row = to.first + y * to.row;
-    for (int i = 0; i < rows; ++i, row += to.row) {
+    for (int i = y; i < y + rows; ++i) {
+        float* row = to.first + i * to.row;
         int x = 0;
         for (; x <= kPixel * to.width - kCacheLine; x += kCacheLine) {
             for (int k = 0; k < kCacheLine; k += LANES) {

@@ -35,10 +35,11 @@ LANES_INLINE void find_columns(float w2, float* rx, float last, int room, Column
     }
 }
 
-/// Draws `columns` of `rows` rows from `row` on; returns the offset `ry` behind the last.
+/// Draws `columns` of `rows` rows from the pixel `first` on; returns the offset `ry` behind the
+/// last.
 template <bool kCovered>
 LANES_INLINE float draw_columns(const Pixels& to, const Spot& spot, const Columns& columns,
-                                float* row, int rows, float ry) {
+                                float* first, int rows, float ry) {
     const Floats colour = pixel_colour(spot);
     for (int done = 0; done < rows; done += LANES) {
         float rest = ry;
@@ -46,7 +47,8 @@ LANES_INLINE float draw_columns(const Pixels& to, const Spot& spot, const Column
         float peaks[LANES];
         store(peaks, exp_of_negative(-(offset * offset) / splat(spot.h2)) * splat(spot.energy));
         const int now = rows - done < LANES ? rows - done : LANES;
-        for (int k = 0; k < now; ++k, row += to.row) {
+        for (int k = 0; k < now; ++k) {
+            float* row = first + (done + k) * to.row;
             light<kCovered>(row, RowWeights{columns.factors, peaks[k]}, columns.count, colour);
         }
         if (now < LANES) {

@@ -100,7 +100,6 @@ LANES_INLINE void flush(const Streak& of, Block* block) {
 
 template <Ends kEnds, bool kCovered>
 LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int rows, float ry) {
-    float* row = to.first + y * to.row;
     Block block;
     for (int done = 0; done < rows; done += LANES) {
         Spans spans;
@@ -108,7 +107,8 @@ LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int 
         const Floats row_offsets = offsets(&rest);
         find_spans(streak, to.width, row_offsets, &spans);
         const int now = rows - done < LANES ? rows - done : LANES;
-        for (int k = 0; k < now; ++k, row += to.row) {
+        for (int k = 0; k < now; ++k) {
+            float* row = to.first + (y + done + k) * to.row;
             float rx = spans.first[k];
             int room = to.width - spans.x[k];
             float* pixels = row + std::ptrdiff_t{kPixel} * spans.x[k];
@@ -141,7 +141,7 @@ LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int 
                     break;
                 }
                 room -= LANES;
-                pixels += kPixel * LANES;
+                pixels += std::ptrdiff_t{kPixel} * LANES;
             }
         }
         if (now < LANES) {

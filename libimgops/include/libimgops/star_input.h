@@ -53,7 +53,7 @@ public:
     /// The current record; advances to the one after it. Not checked against the end: call it
     /// `nstars` times at most after a `reset`. The record lives as long as the source.
     virtual const star* next() = 0;
-    /// Back to the header.
+    /// Back to the header. The same records come again, at the same places in memory.
     virtual void reset() = 0;
     /// The current record and those behind it that lie in a row in memory: `count` says how many
     /// are wanted, at least 1, and becomes how many there are, which `next` has then handed out.
