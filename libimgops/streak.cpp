@@ -30,6 +30,9 @@ static_assert(FLT_EVAL_METHOD == 0, "floats must be rounded at every step");
 
 namespace {
 
+// A pixel's steps are parts of the loop over pixels: called, they cost some instructions more.
+#define PART_OF_ITS_CALLERS inline __attribute__((always_inline))
+
 /// The function in whose name the streak fails, whoever draws its rows.
 constexpr char kSignature[] =
     "bool op_star_streak(const StarFramebuffer&, const Vector2&, const Vector2&, float, const "
@@ -80,17 +83,19 @@ public:
           length_(length),
           swept_(dir, spot_w, spot_h) {}
 
-    float at(float rx, float ry) const { return moves_ ? moving(rx, ry) : still(rx, ry); }
+    PART_OF_ITS_CALLERS float at(float rx, float ry) const {
+        return moves_ ? moving(rx, ry) : still(rx, ry);
+    }
 
 private:
-    float moving(float rx, float ry) const {
+    PART_OF_ITS_CALLERS float moving(float rx, float ry) const {
         const float u = dir_[1] * rx - dir_[0] * ry;
         const float v = swept_.along_x * rx + swept_.along_y * ry;
         const float ends = std::erf((0.5F * length_ * swept_.q - v) * swept_.scale) -
                            std::erf((-0.5F * length_ * swept_.q - v) * swept_.scale);
         return std::exp(-(u * u) / swept_.q) * swept_.area * ends * (energy_ / length_);
     }
-    float still(float rx, float ry) const {
+    PART_OF_ITS_CALLERS float still(float rx, float ry) const {
         return std::exp(-(rx * rx) / (spot_w_ * spot_w_) - (ry * ry) / (spot_h_ * spot_h_)) *
                energy_;
     }
@@ -106,8 +111,8 @@ private:
 
 /// Adds `weight` of `color`, as far as the pixel at offset `at` is not covered. Returns whether
 /// that was any light.
-bool add_light(const StarFramebuffer& dst, s64 at, const Color3& color, float weight,
-               float coverage) {
+PART_OF_ITS_CALLERS bool add_light(const StarFramebuffer& dst, s64 at, const Color3& color,
+                                   float weight, float coverage) {
     weight = weight * (1.0F - coverage);
     dst.r[at] += color[0] * weight;
     dst.g[at] += color[1] * weight;
@@ -151,8 +156,10 @@ bool draw_rows(const StarFramebuffer& dst, const PlainSegment& segment, op_stars
             const float weight = spot.at(rx, ry);
             const bool lit = add_light(dst, at, color, weight, coverage);
             drew = drew || lit;
-            for (int more = 1; !kOnce && more < times; ++more) {
-                add_light(dst, at, color, weight, coverage);
+            if constexpr (!kOnce) {
+                for (int more = 1; more < times; ++more) {
+                    add_light(dst, at, color, weight, coverage);
+                }
             }
         }
     }
