@@ -13,8 +13,8 @@ namespace {
 /// Segments gathered at most. With what belongs to each they take 3.8 MB.
 constexpr u32 kCapacity = 80000;
 
-/// Bytes of a band: half of a second-level cache of 1 MiB. Measured from 128 KiB to 4 MiB, with
-/// one million spots of 220 pixels: 256 KiB to 1 MiB are alike, 4 MiB takes 1.3 times as long.
+/// Bytes of a band: half of a second-level cache of 1 MiB. Lower bands cut spots into more pieces,
+/// higher ones leave the cache; `docs/performance.md` has both measured.
 constexpr std::ptrdiff_t kBandBytes = std::ptrdiff_t{512} * 1024;
 
 /// The entries of a band lie scattered: each is fetched while as many others are drawn.
