@@ -16,6 +16,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <utility>
 
@@ -50,12 +51,23 @@ void leave_signals_and_streams(OSAPI::Pipe& words) {
     words.write_end().close();
 }
 
+/// Of the child, for the end of the program.
+Notes* notes_of_child = nullptr;
+
+/// What else an end of the program does is the parent's: its handlers, its objects, its files.
+void leave_at_exit() {
+    notes_of_child->exited();
+    OSAPI::exit_now(0);
+}
+
 /// Never comes back, by an exception neither: the frames above are the parent's.
 [[noreturn]] void live(const Body& body, milliseconds limit, OSAPI::Pipe& lines,
                        OSAPI::Pipe& words) noexcept {
     leave_signals_and_streams(words);
     lines.read_end().close();
     Notes notes(lines.write_end().fd(), limit);
+    notes_of_child = &notes;
+    std::atexit(leave_at_exit);
     try {
         body(notes);
     } catch (const std::exception& error) {
@@ -146,6 +158,8 @@ public:
     }
     /// The last word was among it.
     bool has_last_word() const { return last_word_; }
+    /// It ended the program by the C library's `exit`.
+    bool has_exited() const { return exited_; }
     Heard heard() {
         heard_.last_words = last_line(std::move(errors_));
         return std::move(heard_);
@@ -182,6 +196,8 @@ private:
         const std::string kind = line.at(0);
         if (kind == "end") {
             last_word_ = true;
+        } else if (kind == "exit") {
+            exited_ = true;
         } else if (kind == "doing") {
             heard_.doing = line.at(1);
         } else if (kind == "say") {
@@ -198,6 +214,7 @@ private:
     std::string text_;
     std::string errors_;
     bool last_word_ = false;
+    bool exited_ = false;
     Heard heard_;
 };
 
@@ -259,6 +276,7 @@ void Notes::find(std::string_view rule, std::string_view text, std::string_view 
 }
 void Notes::say(std::string_view text) { send({"say", text}); }
 void Notes::end() { send({"end"}); }
+void Notes::exited() { send({"exit"}); }
 void Notes::keep(const std::string& name, const json& value) { send({"keep", name, value}); }
 
 Heard run_apart(const Body& body, milliseconds limit) {
@@ -288,6 +306,8 @@ Heard run_apart(const Body& body, milliseconds limit) {
         heard.died = "no answer within " + seconds_text(limit);
     } else if (WIFSIGNALED(status)) {
         heard.died = "killed by " + signal_name(WTERMSIG(status));
+    } else if (listener.has_exited()) {
+        heard.died = "the process was ended by a call of exit";
     } else if (!listener.has_last_word()) {
         heard.died = "the process was ended with exit code " + std::to_string(WEXITSTATUS(status));
     }

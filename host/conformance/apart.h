@@ -32,6 +32,8 @@ public:
     void keep(const std::string& name, const nlohmann::json& value);
     /// The last word: whoever goes without it did not go by himself.
     void end();
+    /// The last word of a process that ends by `exit`, whoever called it.
+    void exited();
 
 private:
     void send(const nlohmann::json& line);

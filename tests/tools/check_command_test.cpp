@@ -79,6 +79,18 @@ TEST(Check, TellsTheSameRowsAsATableAndAsJson) {
     }
 }
 
+TEST(Check, SaysThatItsReportIsLost) {
+    for (const char* mischief : {"MISCHIEF=1", "MISCHIEF=2"}) {  // none, throws
+        ToolOptions full;
+        full.environment = {mischief};
+        full.output = "/dev/full";
+        const ToolResult result =
+            run_tool({"check", CONFORMING_EFFECT, "--time-limit", "60"}, full);
+        EXPECT_EQ(result.code, 1) << mischief;
+        EXPECT_EQ(result.err, "lumivar: cannot write to standard output\n") << mischief;
+    }
+}
+
 TEST(Check, CountsTheRowsThatFail) {
     ToolOptions broken;
     broken.environment = {"MISCHIEF=2"};  // throws
@@ -193,11 +205,19 @@ Not examined
 
 leaks: why
 
-2 rows: 1 pass, 0 kept deviations, 1 fail
+2 rows: 1 pass, 0 kept deviations, 1 fail, 1 not examined
 )");
     EXPECT_EQ(lumivar::failure_text(report),
               "the check \"something sent\" fails: a long answer\nthat goes on for more than "
               "thirty-six characters");
+}
+
+TEST(ReportText, EndsWithTheCountsAlone) {
+    Report report;
+    report.rows = {row("bundle.one", "an answer", Verdict::Pass)};
+    const std::string text = lumivar::report_as_text(report);
+    EXPECT_EQ(text.substr(text.rfind('\n', text.size() - 2)),
+              "\n1 rows: 1 pass, 0 kept deviations, 0 fail\n");
 }
 
 TEST(ReportText, CutsWordsThatAreTooLong) {

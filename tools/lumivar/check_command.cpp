@@ -76,9 +76,11 @@ void add_check_command(CLI::App& program) {
         "  lumivar check My.plugin --json | jq '.rows[] | select(.verdict == \"FAIL\")'\n");
     command->callback([arguments] {
         const conformance::Report report = examined(arguments->bundle, arguments->seconds);
-        std::fputs((arguments->json ? report_as_json(report) : report_as_text(report)).c_str(),
-                   stdout);
-        std::fflush(stdout);
+        const std::string text = arguments->json ? report_as_json(report) : report_as_text(report);
+        // At once: the failure comes after it wherever both go.
+        if (std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0) {
+            throw Failure("cannot write to standard output");
+        }
         if (!report.passed()) {
             throw Failure(failure_text(report));
         }

@@ -85,6 +85,9 @@ std::string counts_text(const Report& report) {
                        " rows: " + std::to_string(report.count(Verdict::Pass)) + " pass, " +
                        std::to_string(report.count(Verdict::Deviation)) + " kept deviations, " +
                        std::to_string(report.count(Verdict::Fail)) + " fail";
+    if (!report.unexamined.empty()) {
+        text += ", " + std::to_string(report.unexamined.size()) + " not examined";
+    }
     return text;
 }
 

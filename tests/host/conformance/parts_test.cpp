@@ -96,6 +96,31 @@ TEST(Apart, AnEndByExitIsADeath) {
               "the process was ended with exit code 3");
 }
 
+/// A handler of the parent's that must not run in the child.
+void wait_for_ever() {
+    for (;;) {
+        pause();
+    }
+}
+
+TEST(Apart, AnEndOfTheProgramIsADeathAtOnceAndLeavesTheParentsHandlersAlone) {
+    const pid_t parent = fork();
+    if (parent == 0) {
+        std::atexit(wait_for_ever);
+        const Heard heard = run_apart(
+            [](Notes& notes) {
+                notes.doing("this");
+                std::exit(0);
+            },
+            kLimit);
+        _exit(heard.died == "the process was ended by a call of exit" && heard.doing == "this" ? 0
+                                                                                               : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(parent, &status, 0), parent);
+    EXPECT_EQ(status, 0);
+}
+
 TEST(Apart, SilenceEndsAtTheLimitAndSignsOfLifeRestartTheClock) {
     const Heard heard = run_apart(
         [](Notes& notes) {

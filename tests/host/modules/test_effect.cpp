@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
@@ -39,11 +40,13 @@ enum Parameter {
 // Of a session: the module is loaded anew for each.
 int living_instances = 0;
 bool frames_made = false;
+int renders = 0;
 bool about_asked = false;
 
 struct Instance {
     Facts facts{};
     int mischief = kNone;
+    bool fails = false;
     PF_Handle handle = nullptr;
     const PF_UtilCallbacks* utils = nullptr;
 };
@@ -158,6 +161,17 @@ PF_Err pre_render(PF_InData* in, PF_PreRenderExtra* extra) {
     instance->facts[kBitDepth] = extra->input->bitdepth;
 
     const int mischief = instance->mischief;
+    const A_long frame = in->time_step != 0 ? in->current_time / in->time_step : -1;
+    const bool last = in->current_time + in->time_step >= in->total_time;
+    instance->fails = (mischief == kFailFirst && frame == 0) || (mischief == kFailLast && last) ||
+                      (mischief == kFailThird && frame == 2);
+    if (mischief == kCallInThird && frame == 2) {
+        PF_ParamDef none;
+        in->inter.checkin_param(in->effect_ref, &none);
+    }
+    if (mischief == kCrashPreRender) {
+        __builtin_trap();
+    }
     if (mischief == kIgnoreOnce && !frames_made) {
         in->inter.abort(in->effect_ref);
     }
@@ -281,6 +295,18 @@ PF_Err render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
     }
     if (extra->input->bitdepth == 16 && mischief == kEndProcess) {
         _exit(0);
+    }
+    if (extra->input->bitdepth == 16 && mischief == kExit) {
+        std::exit(0);
+    }
+    if (mischief == kCrashSmart) {
+        __builtin_trap();
+    }
+    if (mischief == kLeakEverySecond && renders++ % 2 == 0) {
+        lose_memory();
+    }
+    if (instance.fails) {
+        return PF_Err_BAD_CALLBACK_PARAM;
     }
     if (mischief == kStayLoaded) {
         stay_loaded();
@@ -447,6 +473,12 @@ PF_Err global_setup(PF_InData* in, PF_OutData* out) {
     if (asked_mischief() == kNoFloat) {
         out->out_flags2 &= ~PF_OutFlag2_FLOAT_COLOR_AWARE;
     }
+    if (asked_mischief() == kNoSmart) {
+        out->out_flags2 &= ~(PF_OutFlag2_FLOAT_COLOR_AWARE | PF_OutFlag2_SUPPORTS_SMART_RENDER);
+    }
+    if (asked_mischief() == kDialog) {
+        out->out_flags |= PF_OutFlag_I_DO_DIALOG;
+    }
     if (kConforming) {
         // The query may turn it on.
         out->out_flags2 |= PF_OutFlag2_I_USE_3D_LIGHTS;
@@ -485,7 +517,15 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
                 in->inter.checkout_param(in->effect_ref, kGainId, 0, 1, 1, &def);
             }
             return PF_Err_NONE;
+        case PF_Cmd_SEQUENCE_RESETUP:
+            if (asked_mischief() == kLeakInResetup) {
+                lose_memory();
+            }
+            return PF_Err_NONE;
         case PF_Cmd_SEQUENCE_FLATTEN:
+            if (asked_mischief() == kLeakInFlatten) {
+                lose_memory();
+            }
             return asked_mischief() == kRefuseFlatten && in->appl_id == kAppID_Premiere
                        ? PF_Err_BAD_CALLBACK_PARAM
                        : PF_Err_NONE;
@@ -495,7 +535,22 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
             return plain_render(in, params, output);
         case PF_Cmd_GET_EXTERNAL_DEPENDENCIES:
             return describe_dependencies(in, static_cast<PF_ExtDependenciesExtra*>(extra));
+        case PF_Cmd_DO_DIALOG:
+            if (asked_mischief() == kDialog) {
+                __builtin_trap();
+            }
+            return PF_Err_NONE;
+        case PF_Cmd_USER_CHANGED_PARAM:
+        case PF_Cmd_ARBITRARY_CALLBACK:
+        case PF_Cmd_TRANSLATE_PARAMS_TO_PREFS:
+        case PF_Cmd_SMART_RENDER_GPU:
+        case PF_Cmd_GPU_DEVICE_SETUP:
+        case PF_Cmd_GPU_DEVICE_SETDOWN:
+            return asked_mischief() == kRefuseUnasked && extra != nullptr ? cmd : PF_Err_NONE;
         case PF_Cmd_QUERY_DYNAMIC_FLAGS:
+            if (asked_mischief() == kLeakInFlags) {
+                lose_memory();
+            }
             out->out_flags2 |= PF_OutFlag2_I_USE_3D_LIGHTS;
             return PF_Err_NONE;
         case PF_Cmd_SMART_PRE_RENDER:
