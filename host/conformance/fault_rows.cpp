@@ -186,7 +186,7 @@ private:
             judge(draw({fault, second}, delivered), call_.debt(), good, ends_, notes_);
         }
         if (good_run_.lossless && !loses_handles(beyond(frame.violations, good.violations))) {
-            const Growth growth = least_growth([&] {
+            const Growth growth = growth_of([&] {
                 notes_.doing(text_of(fault) + ", again and again");
                 draw({fault}, delivered);
             });

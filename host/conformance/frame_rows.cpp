@@ -19,6 +19,9 @@ using host::PreRender;
 using host::RenderOptions;
 using host::Session;
 
+/// Noted by a row's probe at the end, where all that its frames broke is told.
+constexpr char kCameToItsEnd[] = "came to its end";
+
 constexpr char kDrawn[] = "status 0, every pixel drawn";
 
 struct FrameRow;
@@ -31,7 +34,8 @@ public:
 
     /// The row's own wishes.
     RenderOptions options() const;
-    Frame draw(const RenderOptions& options, const host::Scene& scene = pan_scene());
+    Frame draw(const RenderOptions& options, const host::Scene& scene = pan_scene(),
+               int frame = kFrame);
     /// What follows has the time of one step.
     void begin_step();
     void inspect(const Frame& frame, Drawing drawing);
@@ -60,9 +64,9 @@ RenderOptions Stage::options() const { return row_.kind.options(); }
 
 void Stage::begin_step() { notes_.doing(row_.sent); }
 
-Frame Stage::draw(const RenderOptions& options, const host::Scene& scene) {
+Frame Stage::draw(const RenderOptions& options, const host::Scene& scene, int frame) {
     begin_step();
-    return session_.render(scene, scene.composition.frame_time(kFrame), options);
+    return session_.render(scene, scene.composition.frame_time(frame), options);
 }
 
 void Stage::inspect(const Frame& frame, Drawing drawing) {
@@ -72,6 +76,16 @@ void Stage::inspect(const Frame& frame, Drawing drawing) {
 }
 
 void play_one(Stage& stage) { stage.inspect(stage.draw(stage.options()), stage.row().drawing); }
+
+void play_first(Stage& stage) {
+    stage.inspect(stage.draw(stage.options(), pan_scene(), 0), Drawing::Whole);
+}
+
+void play_last(Stage& stage) {
+    const host::Scene scene = pan_scene();
+    stage.inspect(stage.draw(stage.options(), scene, scene.composition.frames() - 1),
+                  Drawing::Whole);
+}
 
 void play_one_pixel(Stage& stage) {
     RenderOptions options = stage.options();
@@ -172,13 +186,19 @@ void play_interleaved(Stage& stage) {
     stage.say("status 0, the same pixels as alone");
 }
 
-/// What a smart effect does most with: played at its deepest.
-struct SmartPlay {
+/// Played in the kind of frame that an effect does most in.
+struct Play {
     RowText text;
     void (*play)(Stage& stage);
 };
 
-constexpr SmartPlay kSmartPlays[] = {
+constexpr Play kPlays[] = {
+    {{"frames.first", "the first frame of the composition", kDrawn}, play_first},
+    {{"frames.last", "the last frame of the composition", kDrawn}, play_last},
+};
+
+/// Of a smart effect alone.
+constexpr Play kSmartPlays[] = {
     {{"frames.still", "a frame without motion blur", kDrawn}, play_without_blur},
     {{"frames.no-camera", "a frame without a camera", kDrawn}, play_without_camera},
     {{"frames.one-pixel", "a frame of one pixel", kDrawn}, play_one_pixel},
@@ -200,16 +220,21 @@ std::vector<FrameRow> frame_rows(const Declared& declared) {
     const FrameKind* const deep = deepest(kinds);
     std::vector<FrameRow> rows;
     for (const FrameKind& kind : kinds) {
-        // With smart rendering at hand the plain commands need not draw, outside Premiere Pro.
-        const bool may_rest = kind.plain && deep != nullptr;
+        const Drawing drawing = due(kind, declared);
         rows.push_back({kind.row(), kind.sent,
-                        may_rest ? "status 0, all pixels drawn or none" : kDrawn, kind,
-                        may_rest ? Drawing::WholeOrNone : Drawing::Whole, play_one});
+                        drawing == Drawing::Whole ? kDrawn : "status 0, all pixels drawn or none",
+                        kind, drawing, play_one});
+    }
+    const auto add = [&rows](const Play& play, const FrameKind& kind) {
+        rows.push_back({std::string(play.text.id), std::string(play.text.sent),
+                        std::string(play.text.promise), kind, Drawing::Whole, play.play});
+    };
+    for (const Play& play : kPlays) {
+        add(play, deep != nullptr ? *deep : kinds.front());
     }
     if (deep != nullptr) {
-        for (const SmartPlay& play : kSmartPlays) {
-            rows.push_back({std::string(play.text.id), std::string(play.text.sent),
-                            std::string(play.text.promise), *deep, Drawing::Whole, play.play});
+        for (const Play& play : kSmartPlays) {
+            add(play, *deep);
         }
     }
     return rows;
@@ -233,26 +258,79 @@ void play(const Examination& run, const FrameRow& row, Notes& notes) {
     session.forget();
     session.close();
     tell(beyond_at_set_down(beyond(session.violations(), known), told));
+    notes.keep(kCameToItsEnd, true);
 }
 
-/// The same finding of several frames once, with their number.
-std::vector<Finding> counted(const std::vector<Finding>& findings) {
-    std::vector<std::pair<Finding, int>> counts;
-    for (const Finding& finding : findings) {
+/// What a rule's row is made of.
+struct Breach {
+    Finding finding;
+    std::string row;  ///< of the frame
+};
+
+/// The same finding of several frames once, with their number and the first one's row.
+std::vector<Finding> counted(const std::vector<Breach>& breaches) {
+    std::vector<std::pair<Breach, int>> counts;
+    for (const Breach& breach : breaches) {
         auto known = std::find_if(counts.begin(), counts.end(), [&](const auto& one) {
-            return one.first.text == finding.text && one.first.deviation == finding.deviation;
+            return one.first.finding.text == breach.finding.text &&
+                   one.first.finding.deviation == breach.finding.deviation;
         });
         if (known == counts.end()) {
-            known = counts.insert(counts.end(), {finding, 0});
+            known = counts.insert(counts.end(), {breach, 0});
         }
         ++known->second;
     }
     std::vector<Finding> told;
-    for (auto& [finding, count] : counts) {
-        finding.text += count == 1 ? " (once)" : " (" + std::to_string(count) + " times)";
-        told.push_back(finding);
+    for (auto& [breach, count] : counts) {
+        breach.finding.text +=
+            count == 1 ? " (once, in " + breach.row + ")"
+                       : " (" + std::to_string(count) + " times, first in " + breach.row + ")";
+        told.push_back(breach.finding);
     }
     return told;
+}
+
+/// The frames' rows and what was heard of them.
+struct Played {
+    FrameRow row;
+    Heard heard;
+};
+
+/// Only smart frames have a part in it.
+bool smart_alone(std::string_view rule) {
+    return rule == "layers" || rule == "deleter" || rule == "rectangles";
+}
+
+void enter_rule(Examination& run, const Rule& rule, const std::vector<Played>& frames) {
+    const std::string id = "frames." + std::string(rule.name);
+    std::vector<Breach> broken;
+    int all = 0;
+    int ended = 0;
+    int layers_left = 0;
+    for (const Played& frame : frames) {
+        for (const Finding& finding : Examination::under(frame.heard, rule.name)) {
+            broken.push_back({finding, frame.row.id});
+        }
+        if (frame.row.kind.smart || !smart_alone(rule.name)) {
+            ++all;
+            ended += frame.heard.kept.contains(kCameToItsEnd) ? 1 : 0;
+        }
+        layers_left += frame.heard.kept.value("layers left", 0);
+    }
+    if (broken.empty() && ended == 0) {
+        run.leave_out(id, all == 0 ? "smart rendering is not declared"
+                                   : "no frame that it is for came to its end");
+        return;
+    }
+    std::string answer = "kept";
+    if (ended < all) {
+        answer += " in " + std::to_string(ended) + " of " + std::to_string(all) + " rows";
+    }
+    // Layers need not be checked in: a host takes them back when the render returns.
+    if (rule.name == "layers" && layers_left != 0) {
+        answer += "; " + std::to_string(layers_left) + " left for the host to take back";
+    }
+    run.enter({id, "all of these frames", rule.promise}, counted(broken), answer);
 }
 
 }  // namespace
@@ -262,29 +340,36 @@ std::string status_text(const Frame& frame) {
            (frame.message.text.empty() ? "" : ": " + frame.message.text);
 }
 
-void inspect(const Frame& frame, Drawing drawing, Notes& notes) {
+Drawing due(const FrameKind& kind, const Declared& declared) {
+    // With smart rendering at hand the plain commands need not draw, outside Premiere Pro.
+    const bool may_rest = kind.plain && declared.has2(PF_OutFlag2_SUPPORTS_SMART_RENDER);
+    return may_rest ? Drawing::WholeOrNone : Drawing::Whole;
+}
+
+void inspect(const Frame& frame, Drawing drawing, Notes& notes, const std::string& where) {
     const std::size_t all = static_cast<std::size_t>(frame.world.width()) *
                             static_cast<std::size_t>(frame.world.height());
     if (frame.status != PF_Err_NONE) {
-        notes.find("", status_text(frame));
+        notes.find("", where + status_text(frame));
     } else if (drawing != Drawing::NotAsked && !frame.rendered) {
-        notes.find("", "nothing to render: the result is empty");
+        notes.find("", where + "nothing to render: the result is empty");
     } else if (frame.rendered && frame.undrawn_pixels != 0 &&
                (drawing == Drawing::Whole || frame.undrawn_pixels != all)) {
-        notes.find("", std::to_string(frame.undrawn_pixels) + " of " + std::to_string(all) +
+        notes.find("", where + std::to_string(frame.undrawn_pixels) + " of " + std::to_string(all) +
                            " pixels are not drawn");
     }
     if (frame.status == PF_Err_NONE && frame.message.is_error) {
-        notes.find("messages", "an error message with status 0: " + frame.message.text);
+        notes.find("messages", where + "an error message with status 0: " + frame.message.text);
     }
     if (frame.open_param_checkouts != 0) {
-        notes.find(
-            "parameters",
-            std::to_string(frame.open_param_checkouts) + " parameters checked out and not in again",
-            kParametersStayOut);
+        notes.find("parameters",
+                   where + std::to_string(frame.open_param_checkouts) +
+                       " parameters checked out and not in again",
+                   kParametersStayOut);
     }
     if (frame.handle_left) {
-        notes.find("record", "a handle stands in the slot of the callbacks", kHandleInRecord);
+        notes.find("record", where + "a handle stands in the slot of the callbacks",
+                   kHandleInRecord);
     }
     const bool none = frame.rendered && frame.undrawn_pixels == all;
     notes.say("status 0" + (!frame.rendered ? ""
@@ -298,25 +383,13 @@ void examine_frames(Examination& run) {
         run.leave_out("frames", "the effect cannot be set up");
         return;
     }
-    std::vector<Finding> found;
-    int layers_left = 0;
+    std::vector<Played> frames;
     for (const FrameRow& row : frame_rows(*run.declared)) {
-        const Heard heard = run.probe([&](Notes& notes) { play(run, row, notes); });
-        run.enter({row.id, row.sent, row.promise}, heard);
-        std::copy_if(heard.findings.begin(), heard.findings.end(), std::back_inserter(found),
-                     [](const Finding& finding) { return !finding.rule.empty(); });
-        layers_left += heard.kept.value("layers left", 0);
+        frames.push_back({row, run.probe([&](Notes& notes) { play(run, row, notes); })});
+        run.enter({row.id, row.sent, row.promise}, frames.back().heard);
     }
     for (const Rule& rule : kRules) {
-        std::vector<Finding> broken;
-        std::copy_if(found.begin(), found.end(), std::back_inserter(broken),
-                     [&](const Finding& finding) { return finding.rule == rule.name; });
-        const std::string id = "frames." + std::string(rule.name);
-        // Layers need not be checked in: a host takes them back when the render returns.
-        const bool told = rule.name == "layers" && layers_left != 0;
-        run.enter({id, "all of these frames", rule.promise}, counted(broken),
-                  told ? "kept; " + std::to_string(layers_left) + " left for the host to take back"
-                       : "kept");
+        enter_rule(run, rule, frames);
     }
 }
 

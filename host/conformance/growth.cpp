@@ -2,45 +2,88 @@
 
 #include <algorithm>
 #include <future>
+#include <numeric>
+#include <vector>
 
 namespace conformance {
 namespace {
 
-// Enough for what is kept to be complete.
-constexpr int kRounds = 32;
+// Enough for what is kept to be complete, so that the late ones tell of losses alone: twice so
+// many.
+constexpr std::size_t kRounds = 32;
+constexpr int kLateRounds = 8;
+// In a row, what comes and goes taken together: every second frame may lose, or every fourth.
+constexpr int kQuietRounds = 4;
 
-std::uint64_t above(std::uint64_t after, std::uint64_t before) {
-    return after > before ? after - before : 0;
-}
+/// How much more there is than before, or less.
+struct Change {
+    std::int64_t heap = 0;
+    std::int64_t mapped = 0;
+    std::int64_t descriptors = 0;
+
+    /// What there is more of.
+    Growth growth() const {
+        const auto above = [](std::int64_t amount) { return std::max(amount, std::int64_t{0}); };
+        return {static_cast<std::uint64_t>(above(heap)), static_cast<std::uint64_t>(above(mapped)),
+                static_cast<int>(above(descriptors))};
+    }
+};
 
 /// Does it in a thread of its own: what the allocator keeps at hand for a thread, and would count
 /// as handed out or serve losses from unseen, goes back when the thread ends.
 void do_apart(const std::function<void()>& round) { std::async(std::launch::async, round).get(); }
 
+Growth lesser(const Growth& one, const Growth& other) {
+    return {std::min(one.heap, other.heap), std::min(one.mapped, other.mapped),
+            std::min(one.descriptors, other.descriptors)};
+}
+
+Change plus(const Change& one, const Change& other) {
+    return {one.heap + other.heap, one.mapped + other.mapped, one.descriptors + other.descriptors};
+}
+
+Change change_by(const std::function<void()>& round) {
+    const OSAPI::MemoryInUse before = OSAPI::memory_in_use();
+    const int descriptors = OSAPI::open_descriptors();
+    do_apart(round);
+    const OSAPI::MemoryInUse after = OSAPI::memory_in_use();
+    return {static_cast<std::int64_t>(after.heap - before.heap),
+            static_cast<std::int64_t>(after.mapped - before.mapped),
+            OSAPI::open_descriptors() - descriptors};
+}
+
 Growth measured(const std::function<void()>& round) {
     do_apart(round);
     OSAPI::memory_in_use();  // it keeps what it needs for the next time
+    std::vector<Change> changes;
+    changes.reserve(kRounds);
+    // Of so many rounds, before the last ones.
+    const auto lost_in = [&](std::ptrdiff_t rounds, std::ptrdiff_t before_last) {
+        const auto end = changes.end() - before_last;
+        return std::accumulate(end - rounds, end, Change{}, plus).growth();
+    };
     Growth least;
-    for (int i = 0; i < kRounds; ++i) {
-        const OSAPI::MemoryInUse before = OSAPI::memory_in_use();
-        const int descriptors = OSAPI::open_descriptors();
-        do_apart(round);
-        const OSAPI::MemoryInUse after = OSAPI::memory_in_use();
-        const Growth now = {above(after.heap, before.heap), above(after.mapped, before.mapped),
-                            std::max(0, OSAPI::open_descriptors() - descriptors)};
-        least = i == 0 ? now
-                       : Growth{std::min(least.heap, now.heap), std::min(least.mapped, now.mapped),
-                                std::min(least.descriptors, now.descriptors)};
-        if (least.none()) {
-            break;
+    while (changes.size() < kRounds) {
+        const Change change = change_by(round);
+        const Growth now = change.growth();
+        least = changes.empty() ? now : lesser(least, now);
+        changes.push_back(change);
+        if (changes.size() >= std::size_t{kQuietRounds} && lost_in(kQuietRounds, 0).none()) {
+            return {};
         }
     }
-    return least;
+    if (!least.none()) {
+        return least;
+    }
+    // What goes to and fro may end on its way up, but not twice.
+    Growth together = lesser(lost_in(kLateRounds, kLateRounds), lost_in(kLateRounds, 0));
+    together.rounds = kLateRounds;
+    return together;
 }
 
 }  // namespace
 
-Growth least_growth(const std::function<void()>& round) {
+Growth growth_of(const std::function<void()>& round) {
     // In a new thread too, for which nothing is at hand yet.
     return std::async(std::launch::async, [&] { return measured(round); }).get();
 }
@@ -55,7 +98,10 @@ std::string text_of(const Growth& growth) {
     add(growth.heap, "bytes of heap");
     add(growth.mapped, "bytes of address space");
     add(static_cast<std::uint64_t>(growth.descriptors), "file descriptors");
-    return text.empty() ? "nothing lost" : text + " lost each time";
+    return text.empty() ? "nothing lost"
+                        : text + (growth.rounds == 1
+                                      ? " lost each time"
+                                      : " lost in " + std::to_string(growth.rounds) + " rounds");
 }
 
 }  // namespace conformance

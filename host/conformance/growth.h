@@ -9,25 +9,26 @@
 
 namespace conformance {
 
-/// What each round lost at the least.
+/// What was lost: in each round, at the least, or in some rounds together.
 struct Growth {
     std::uint64_t heap = 0;    ///< bytes
     std::uint64_t mapped = 0;  ///< bytes of address space
     int descriptors = 0;
+    int rounds = 1;  ///< in which that was lost
 
     bool none() const { return heap == 0 && mapped == 0 && descriptors == 0; }
 };
 
-/// Does `round` again and again and stops as soon as one leaves nothing behind, as it most often
-/// does at once.
+/// Does `round` again and again and stops as soon as several in a row leave nothing behind, as they
+/// most often do at once.
 ///
-/// What is lost in every round is lost for good. What is made once and kept, a cache or an
-/// allocator's own stock, grows in some rounds and not in others, so the least growth of all rounds
-/// is 0 for it, whatever its size; and no block is too small to be seen. The first round is not
-/// counted: it fills what is kept.
-Growth least_growth(const std::function<void()>& round);
+/// What is lost in every round is lost for good, and no block is too small to be seen. What is made
+/// once and kept, a cache or an allocator's own stock, grows in some of the first rounds and then
+/// no more, whatever its size; so where some rounds lose and others do not, the late ones together
+/// count, what they gave back included. The first round is not counted: it fills what is kept.
+Growth growth_of(const std::function<void()>& round);
 
-/// "32 bytes of heap lost each time".
+/// "32 bytes of heap lost each time", "96 bytes of heap lost in 16 rounds".
 std::string text_of(const Growth& growth);
 
 }  // namespace conformance

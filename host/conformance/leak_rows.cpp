@@ -6,7 +6,9 @@
 
 #include "examination.h"
 #include "frame_kinds.h"
+#include "frames.h"
 #include "growth.h"
+#include "rules.h"
 #include "stage.h"
 
 namespace conformance {
@@ -22,22 +24,35 @@ void tell(const Growth& growth, Notes& notes) {
     notes.say("nothing lost");
 }
 
+/// What the frames' own rows cannot tell, since it is another frame.
+void judge(const Examination& run, const FrameKind& kind, Session& session,
+           const std::string& where, Notes& notes) {
+    for (const std::string& violation :
+         beyond(session.violations(), run.known_violations(kind.application))) {
+        if (run.stands("frames." + std::string(rule_of(violation)))) {
+            notes.find("", where + violation);
+        }
+    }
+    // The host's own record grows with what passes.
+    session.forget();
+}
+
 void lose_frames(const Examination& run, const FrameKind& kind, Notes& notes) {
     Session session = run.open({kind.application, nullptr});
     const host::Scene scene = pan_scene();
     int frame = 0;
-    const Growth growth = least_growth([&] {
+    const Growth growth = growth_of([&] {
+        const std::string where = "frame " + std::to_string(frame) + ": ";
         const host::Time time = scene.composition.frame_time(frame++);
         host::RenderOptions options = kind.options();
         notes.doing(kind.sent);
-        session.render(scene, time, options);
+        inspect(session.render(scene, time, options), due(kind, *run.declared), notes, where);
         if (kind.smart) {
             options.render_follows = false;
             notes.doing(kind.sent + " without its render");
-            session.render(scene, time, options);
+            inspect(session.render(scene, time, options), Drawing::NotAsked, notes, where);
         }
-        // The host's own record grows with what passes.
-        session.forget();
+        judge(run, kind, session, where, notes);
     });
     tell(growth, notes);
 }
@@ -45,7 +60,7 @@ void lose_frames(const Examination& run, const FrameKind& kind, Notes& notes) {
 void lose_questions(const Examination& run, Application application, Notes& notes) {
     Session session = run.open({application, nullptr});
     const bool asked = run.declared->has(PF_OutFlag_I_HAVE_EXTERNAL_DEPENDENCIES);
-    const Growth growth = least_growth([&] {
+    const Growth growth = growth_of([&] {
         notes.doing("about");
         session.about();
         for (int kind = 0; asked && kind <= PF_DepCheckType_MISSING_DEPENDENCIES; ++kind) {
@@ -62,7 +77,7 @@ void lose_questions(const Examination& run, Application application, Notes& note
 }
 
 void lose_sessions(const Examination& run, Application application, Notes& notes) {
-    const Growth growth = least_growth([&] {
+    const Growth growth = growth_of([&] {
         notes.doing("loading and set-up");
         Session session = run.open({application, nullptr});
         notes.doing("set-down and unloading");

@@ -89,7 +89,7 @@ int play_faults(const Examination& run, const Identity& identity, const FailingC
             notes.find("", violation);
         }
         if (good.lossless && !loses_handles(broken)) {
-            const Growth growth = least_growth([&] {
+            const Growth growth = growth_of([&] {
                 plan.arm({fault});
                 session(text_of(fault) + ", again and again");
             });

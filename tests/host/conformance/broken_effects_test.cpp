@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <host/errors.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <ostream>
 #include <set>
@@ -32,6 +33,11 @@ Report examine_with(Mischief mischief,
     return report;
 }
 
+bool leaves_out(const Report& report, const std::string& note) {
+    return std::find(report.unexamined.begin(), report.unexamined.end(), note) !=
+           report.unexamined.end();
+}
+
 struct Broken {
     Mischief mischief;
     std::set<std::string> rows;
@@ -43,12 +49,17 @@ std::ostream& operator<<(std::ostream& out, const Broken& broken) {
 }
 
 /// Every row in which a frame is smart rendered.
-const std::set<std::string> kRenders = {"frames.8-bit", "frames.16-bit",     "frames.float",
-                                        "frames.still", "frames.no-camera",  "frames.one-pixel",
-                                        "frames.part",  "frames.empty",      "frames.again",
-                                        "frames.rows",  "frames.interleaved"};
+const std::set<std::string> kRenders = {
+    "frames.8-bit", "frames.16-bit",    "frames.float",      "frames.first", "frames.last",
+    "frames.still", "frames.no-camera", "frames.one-pixel",  "frames.part",  "frames.empty",
+    "frames.again", "frames.rows",      "frames.interleaved"};
 
 const std::set<std::string> kFrameLeaks = {"leaks.8-bit", "leaks.16-bit", "leaks.float"};
+
+std::set<std::string> with(std::set<std::string> ids, const std::set<std::string>& more) {
+    ids.insert(more.begin(), more.end());
+    return ids;
+}
 
 class BrokenEffect : public testing::TestWithParam<Broken> {};
 
@@ -92,6 +103,11 @@ INSTANTIATE_TEST_SUITE_P(
                {"frames.16-bit"},
                "the process was ended by a call of exit during a 16-bit frame"},
         Broken{kLeakMemory, kFrameLeaks, "bytes of heap lost each time"},
+        Broken{kLeakEverySecond, kFrameLeaks, "bytes of heap lost in 8 rounds"},
+        Broken{kFailFirst, with({"frames.first"}, kFrameLeaks), "status 516"},
+        Broken{kFailLast, {"frames.last"}, "status 516"},
+        Broken{kFailThird, kFrameLeaks, "frame 2: status 516"},
+        Broken{kCallInThird, kFrameLeaks, "frame 2: checkin_param: null"},
         Broken{kLeakDescriptor, kFrameLeaks, "1 file descriptors lost each time"},
         Broken{kLeakInFloat, {"leaks.float"}, "bytes of heap lost each time"},
         Broken{kLeakInPremiere, {"leaks.premiere"}, "bytes of heap lost each time"},
@@ -118,7 +134,9 @@ INSTANTIATE_TEST_SUITE_P(
                 "faults.16-bit.checkin_layer_pixels", "faults.float.checkin_layer_pixels"},
                "the id 0 is not checked out"},
         Broken{kCallAtSequenceDown, {"frames.calls"}, "or no frame being made"},
-        Broken{kDisposeTwiceWhenTwo, {"frames.calls"}, "or disposed of already (once)"},
+        Broken{kDisposeTwiceWhenTwo,
+               {"frames.calls"},
+               "or disposed of already (once, in frames.interleaved)"},
         Broken{kIgnoreOnce,
                {"faults.8-bit.abort", "faults.16-bit.abort", "faults.float.abort"},
                "status 0, a picture without what failed"},
@@ -159,10 +177,39 @@ TEST(EffectThatLeavesLayersToItsHost, Passes) {
     // Checking in is optional: a host takes them back when the render returns.
     const Report report = examine_with(kKeepLayer);
     EXPECT_EQ(failing(report), std::set<std::string>{});
-    // One in each depth; one each in the rows without blur, without a camera, of one pixel, of a
-    // part, and after the empty request; two each of the same frame twice and with longer rows;
-    // three with the two layers.
-    EXPECT_EQ(row(report, "frames.layers").answer, "kept; 15 left for the host to take back");
+    // One in each depth; one each in the first and the last frame, in the rows without blur,
+    // without a camera, of one pixel, of a part, and after the empty request; two each of the same
+    // frame twice and with longer rows; three with the two layers.
+    EXPECT_EQ(row(report, "frames.layers").answer, "kept; 17 left for the host to take back");
+}
+
+TEST(EffectWithoutSmartRendering, IsPlayedPlainlyAndHasNoRulesOfSmartFrames) {
+    const Report report = examine_with(kNoSmart);
+    EXPECT_EQ(failing(report), std::set<std::string>{});
+    EXPECT_EQ(row(report, "frames.first").verdict, conformance::Verdict::Pass);
+    EXPECT_EQ(row(report, "frames.bounds").answer, "kept");
+    for (const char* rule : {"layers", "deleter", "rectangles"}) {
+        const std::string id = std::string("frames.") + rule;
+        EXPECT_THROW(row(report, id), std::runtime_error);
+        EXPECT_TRUE(leaves_out(report, id + ": smart rendering is not declared")) << id;
+    }
+}
+
+TEST(RulesOfFramesThatDied, AreNotKept) {
+    // Of the smart frames only the one that is not rendered comes to its end; with it the three
+    // plain kinds.
+    const Report renders = examine_with(kCrashSmart);
+    EXPECT_EQ(failing(renders), kRenders);
+    EXPECT_EQ(row(renders, "frames.deleter").answer, "kept in 1 of 14 rows");
+    EXPECT_EQ(row(renders, "frames.bounds").answer, "kept in 4 of 17 rows");
+    const Report pre_renders = examine_with(kCrashPreRender);
+    EXPECT_EQ(failing(pre_renders).count("frames.no-render"), 1U);
+    EXPECT_EQ(row(pre_renders, "frames.bounds").answer, "kept in 3 of 17 rows");
+    for (const char* rule : {"layers", "deleter", "rectangles"}) {
+        EXPECT_TRUE(leaves_out(pre_renders, std::string("frames.") + rule +
+                                                ": no frame that it is for came to its end"))
+            << rule;
+    }
 }
 
 TEST(EffectWithoutFloat, IsPlayedAtItsDeepest) {
