@@ -59,6 +59,7 @@ void lose_frames(const Examination& run, const FrameKind& kind, Notes& notes) {
 
 void lose_questions(const Examination& run, Application application, Notes& notes) {
     Session session = run.open({application, nullptr});
+    const host::Scene scene = pan_scene();
     const bool asked = run.declared->has(PF_OutFlag_I_HAVE_EXTERNAL_DEPENDENCIES);
     const Growth growth = growth_of([&] {
         notes.doing("about");
@@ -67,7 +68,12 @@ void lose_questions(const Examination& run, Application application, Notes& note
             notes.doing("dependencies");
             session.dependencies(kind);
         }
-        for (const std::int32_t sequence : {PF_Cmd_SEQUENCE_SETDOWN, PF_Cmd_SEQUENCE_SETUP}) {
+        if (run.declared->has2(PF_OutFlag2_SUPPORTS_QUERY_DYNAMIC_FLAGS)) {
+            notes.doing("dynamic flags query");
+            session.dynamic_flags(scene, scene.composition.frame_time(kFrame));
+        }
+        for (const std::int32_t sequence : {PF_Cmd_SEQUENCE_RESETUP, PF_Cmd_SEQUENCE_FLATTEN,
+                                            PF_Cmd_SEQUENCE_SETDOWN, PF_Cmd_SEQUENCE_SETUP}) {
             notes.doing("a sequence");
             session.command(sequence);
         }

@@ -478,9 +478,6 @@ PF_Err global_setup(PF_InData* in, PF_OutData* out) {
         out->out_flags &= ~PF_OutFlag_DEEP_COLOR_AWARE;
         out->out_flags2 &= ~(PF_OutFlag2_FLOAT_COLOR_AWARE | PF_OutFlag2_SUPPORTS_SMART_RENDER);
     }
-    if (asked_mischief() == kDialog) {
-        out->out_flags |= PF_OutFlag_I_DO_DIALOG;
-    }
     if (kConforming) {
         // The query may turn it on.
         out->out_flags2 |= PF_OutFlag2_I_USE_3D_LIGHTS;
@@ -537,22 +534,7 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
             return plain_render(in, params, output);
         case PF_Cmd_GET_EXTERNAL_DEPENDENCIES:
             return describe_dependencies(in, static_cast<PF_ExtDependenciesExtra*>(extra));
-        case PF_Cmd_DO_DIALOG:
-            if (asked_mischief() == kDialog) {
-                __builtin_trap();
-            }
-            return PF_Err_NONE;
-        case PF_Cmd_USER_CHANGED_PARAM:
-        case PF_Cmd_ARBITRARY_CALLBACK:
-        case PF_Cmd_TRANSLATE_PARAMS_TO_PREFS:
-        case PF_Cmd_SMART_RENDER_GPU:
-        case PF_Cmd_GPU_DEVICE_SETUP:
-        case PF_Cmd_GPU_DEVICE_SETDOWN:
-            return asked_mischief() == kRefuseUnasked && extra != nullptr ? cmd : PF_Err_NONE;
         case PF_Cmd_QUERY_DYNAMIC_FLAGS:
-            if (asked_mischief() == kLeakInFlags) {
-                lose_memory();
-            }
             out->out_flags2 |= PF_OutFlag2_I_USE_3D_LIGHTS;
             return PF_Err_NONE;
         case PF_Cmd_SMART_PRE_RENDER:

@@ -71,11 +71,8 @@ enum Mischief {
     kNoSmart,              ///< rendering declared: no mischief
     kCrashSmart,           ///< renders, all
     kCrashPreRender,
-    kDialog,         ///< declared, and a crash when it is asked for
-    kRefuseUnasked,  ///< commands with a record of their own
     kLeakInFlatten,
     kLeakInResetup,
-    kLeakInFlags,  ///< query
     kMischiefEnd
 };
 
@@ -89,9 +86,9 @@ inline constexpr char kMischiefNames[] =
     "Wrong Count|Stay Loaded|Leak On Error|Leak At Set-up|Leak In About|Leak Descriptor|"
     "Leak Mapping|End Process|Leak In Float|Leak In Premiere|Slow Leak On Error|"
     "Crash In Second Plain|Crash After About|Refuse Flatten|Keep Layer|Return Layer Twice|"
-    "Ignore Once|Call At Sequence Down|Dispose Twice When Two|No Float|Exit|Leak Every Second|Fail "
-    "First|Fail Last|Fail Third|Call In Third|No Smart|Crash Smart|Crash Pre-render|Dialog|Refuse "
-    "Unasked|Leak In Flatten|Leak In Resetup|Leak In Flags";
+    "Ignore Once|Call At Sequence Down|Dispose Twice When Two|No Float|Exit|Leak Every Second|"
+    "Fail First|Fail Last|Fail Third|Call In Third|No Smart|Crash Smart|Crash Pre-render|"
+    "Leak In Flatten|Leak In Resetup";
 
 /// Float frames carry in row 0, in the red channel, what the effect was told.
 enum Fact {
