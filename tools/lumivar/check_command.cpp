@@ -56,15 +56,13 @@ void add_check_command(CLI::App& program) {
                      "Seconds that one command or frame may take before it counts as hung (10)")
         ->check(CLI::Range(0.1, 3600.0));
     command->footer(
-        "Sends every command to the plug-in, in After Effects' way and in Premiere Pro's, in "
-        "every\n"
-        "kind of frame that it declares, makes every call that it makes to the host fail in turn\n"
-        "and every suite be missing, and looks for writes outside the pixels, for suites,\n"
-        "parameters, handles, memory and descriptors that are not given back, and for what "
-        "differs\n"
-        "from the bundle's registration. Each probe runs in a process of its own: a crash or a "
-        "hang\n"
-        "is a row like any other.\n\n"
+        "Sends the plug-in every command that effects without a user interface of their own,\n"
+        "drawn by the processor, meet, in After Effects' way and in Premiere Pro's, in every\n"
+        "kind of frame that it declares; makes every call that it makes to the host fail in turn\n"
+        "and every suite be missing; and looks for writes outside the pixels, for suites,\n"
+        "parameters, handles, memory and descriptors that are not given back, and for what\n"
+        "differs from the bundle's registration. Each probe runs in a process of its own: a\n"
+        "crash or a hang is a row like any other.\n\n"
         "Each row tells what was sent, what the interface promises, and what came back. A row\n"
         "passes, fails, or is a kept deviation: behaviour that this effect's contract with saved\n"
         "projects keeps although the interface's guide says otherwise. These belong to the effect\n"
