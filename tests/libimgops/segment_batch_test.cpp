@@ -270,46 +270,42 @@ TEST(SingleSegments, VisitAndLightAsThePlainStreakWhenTheyHardlyMove) {
     EXPECT_GT(lit, 10000);
 }
 
-// Bright ends of segments whose middle lies outside: their light falls off so far towards the frame
-// that the last bits of the error functions show.
-TEST(SingleSegments, KeepTheBoundWhereOnlyTheirEndsAreSeen) {
-    RandomNumbers random(12);
+namespace {
+
+/// Draws segments from around the frame, up to `margin` pixels outside, to `shortest` to `longest`
+/// pixels away. Returns how many leave light.
+int try_around_the_frame(unsigned seed, double margin, double shortest, double longest,
+                         double least_peak) {
+    RandomNumbers random(seed);
     int lit = 0;
-    for (int i = 0; i < 30000; ++i) {
+    for (int i = 0; i < 30000 && !testing::Test::HasFailure(); ++i) {
         Alone segment = random_alone(random);
-        segment.a = Vector2(static_cast<float>(random.between(-12, segment.width + 12)),
-                            static_cast<float>(random.between(-12, segment.height + 12)));
-        const double length = random.on_scale(0.3, 40);
+        segment.a = Vector2(static_cast<float>(random.between(-margin, segment.width + margin)),
+                            static_cast<float>(random.between(-margin, segment.height + margin)));
+        const double length = random.on_scale(shortest, longest);
         const double angle = random.between(0, 6.2832);
         segment.b = Vector2(segment.a[0] + static_cast<float>(length * std::cos(angle)),
                             segment.a[1] + static_cast<float>(length * std::sin(angle)));
-        lit += expect_alike(segment) > 0 ? 1 : 0;
-        if (HasFailure()) {
-            return;
+        if (random.chance(0.5)) {
+            std::swap(segment.a, segment.b);
         }
+        lit += expect_alike(segment, least_peak) > 0 ? 1 : 0;
     }
-    EXPECT_GT(lit, 10000);
+    return lit;
+}
+
+}  // namespace
+
+// Bright ends of segments whose middle lies outside: their light falls off so far towards the frame
+// that the last bits of the error functions show.
+TEST(SingleSegments, KeepTheBoundWhereOnlyTheirEndsAreSeen) {
+    EXPECT_GT(try_around_the_frame(12, 12, 0.3, 40, 0), 10000);
 }
 
 // Ends so far off that single precision no longer tells where between them the frame is: it may
 // show nothing but tails, below what light is followed to.
 TEST(SingleSegments, KeepTheBoundWithFarEnds) {
-    RandomNumbers random(13);
-    int lit = 0;
-    for (int i = 0; i < 30000; ++i) {
-        Alone segment = random_alone(random);
-        segment.b = Vector2(static_cast<float>(random.between(-40, segment.width + 40)),
-                            static_cast<float>(random.between(-40, segment.height + 40)));
-        const double length = random.on_scale(1e4, 1e12);
-        const double angle = random.between(0, 6.2832);
-        segment.a = Vector2(segment.b[0] + static_cast<float>(length * std::cos(angle)),
-                            segment.b[1] + static_cast<float>(length * std::sin(angle)));
-        lit += expect_alike(segment, 1.0 / 6250) > 0 ? 1 : 0;
-        if (HasFailure()) {
-            return;
-        }
-    }
-    EXPECT_GT(lit, 3000);
+    EXPECT_GT(try_around_the_frame(13, 40, 1e4, 1e12, 1.0 / 6250), 3000);
 }
 
 // --- the first light --------------------------------------------------------------------------
