@@ -2,67 +2,25 @@
 //
 // Built with CONFORMING it does all that its host may expect, but for the one thing that MISCHIEF
 // in the environment names by its number.
+#include "test_effect.h"
+
 #include <host_api/effect_interface.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <stdexcept>
 #include <string>
-#include <utility>
-#include <vector>
 
-#include "facts.h"
+#include "frames.h"
 #include "mischief.h"
 #include "suite.h"
-#include "test_effect.h"
 
 namespace {
 
 using namespace test_effect;
 
-struct ForeignTrouble {};
-
-enum Parameter {
-    kInput,
-    kGainId,
-    kCountId,
-    kInvertId,
-    kShadeId,
-    kModeId,
-    kMischiefId,
-    kParamCount
-};
-
-// Of a session: the module is loaded anew for each.
-int living_instances = 0;
-bool frames_made = false;
-int renders = 0;
+/// In this session: the module is loaded anew for each.
 bool about_asked = false;
-
-struct Instance {
-    Facts facts{};
-    int mischief = kNone;
-    bool fails = false;
-    PF_Handle handle = nullptr;
-    const PF_UtilCallbacks* utils = nullptr;
-};
-
-void delete_instance(void* data) {
-    const std::unique_ptr<Instance> instance(static_cast<Instance*>(data));
-    if (instance->handle != nullptr) {
-        instance->utils->host_dispose_handle(instance->handle);
-    }
-    if (living_instances-- > 1 && instance->mischief == kDisposeTwiceWhenTwo) {
-        instance->utils->host_dispose_handle(instance->handle);
-    }
-    if (instance->mischief == kThrowInDeleter) {
-        throw std::runtime_error("deleter trouble");
-    }
-}
 
 PF_Err add_params(PF_InData* in, PF_OutData* out) {
     PF_Err first = PF_Err_NONE;
@@ -112,337 +70,17 @@ PF_Err add_params(PF_InData* in, PF_OutData* out) {
     });
     std::fill(copy->begin(), copy->end(), '?');
     copy.reset();
-    const PF_Err err = add(kMischiefId, "Mischief", PF_Param_POPUP, [](PF_ParamDefUnion& u) {
+    std::string mischiefs;
+    for (int mischief = kNone; mischief < kMischiefEnd; ++mischief) {
+        mischiefs += (mischief == kNone ? "" : "|") + std::to_string(mischief);
+    }
+    const PF_Err err = add(kMischiefId, "Mischief", PF_Param_POPUP, [&](PF_ParamDefUnion& u) {
         u.pd.value = u.pd.dephault = 1;
         u.pd.num_choices = kMischiefEnd - 1;
-        u.pd.u.namesptr = kMischiefNames;
+        u.pd.u.namesptr = mischiefs.c_str();
     });
     out->num_params = kParamCount + (asked_mischief() == kWrongCount ? 1 : 0);
     return first != PF_Err_NONE ? first : err;
-}
-
-PF_Err read_params(PF_InData* in, Instance& instance) {
-    PF_Err err = PF_Err_NONE;
-    const auto read = [in, &err](int id) {
-        PF_ParamDef def;
-        std::memset(&def, 0, sizeof def);
-        const PF_Err out = in->inter.checkout_param(in->effect_ref, id, in->current_time,
-                                                    in->time_step, in->time_scale, &def);
-        pass_on(err, out);
-        // One stays checked out, as some effects leave all.
-        const bool keep =
-            kConforming ? out != PF_Err_NONE || asked_mischief() == kKeepParameter : id == kGainId;
-        if (!keep) {
-            pass_on(err, in->inter.checkin_param(in->effect_ref, &def));
-        }
-        return def.u;
-    };
-    instance.facts[kGain] = read(kGainId).fs_d.value;
-    instance.facts[kCount] = read(kCountId).sd.value;
-    instance.facts[kInvert] = read(kInvertId).bd.value;
-    const PF_Pixel shade = read(kShadeId).cd.value;
-    instance.facts[kShadeRed] = shade.red;
-    instance.facts[kShadeGreen] = shade.green;
-    instance.facts[kShadeBlue] = shade.blue;
-    instance.facts[kMode] = read(kModeId).pd.value;
-    instance.mischief = read(kMischiefId).pd.value;
-    if (kConforming) {
-        instance.mischief = asked_mischief();
-    }
-    return err;
-}
-
-PF_Err pre_render(PF_InData* in, PF_PreRenderExtra* extra) {
-    auto instance = std::make_unique<Instance>();
-    instance->utils = in->utils;
-    PF_Err first = read_params(in, *instance);
-    tell_in_data(in, instance->facts);
-    pass_on(first, read_camera(in, instance->facts));
-    instance->facts[kBitDepth] = extra->input->bitdepth;
-
-    const int mischief = instance->mischief;
-    const A_long frame = in->time_step != 0 ? in->current_time / in->time_step : -1;
-    const bool last = in->current_time + in->time_step >= in->total_time;
-    instance->fails = (mischief == kFailFirst && frame == 0) || (mischief == kFailLast && last) ||
-                      (mischief == kFailThird && frame == 2);
-    if (mischief == kCallInThird && frame == 2) {
-        PF_ParamDef none;
-        in->inter.checkin_param(in->effect_ref, &none);
-    }
-    if (mischief == kCrashPreRender) {
-        __builtin_trap();
-    }
-    if (mischief == kIgnoreOnce && !frames_made) {
-        in->inter.abort(in->effect_ref);
-    }
-    PF_PreRenderOutput& output = *extra->output;
-    PF_RenderRequest request = extra->input->output_request;
-    const A_long id = mischief == kNegativeCheckout ? -7 : 0;
-    PF_CheckoutResult result{};
-    const auto checkout = [&](A_u_long scale) {
-        return extra->cb->checkout_layer(in->effect_ref, 0, id, &request, in->current_time,
-                                         in->time_step, scale, &result);
-    };
-    PF_Err err = checkout(in->time_scale);
-    if (mischief == kDuplicateCheckout) {
-        checkout(in->time_scale);
-    }
-    PF_ParamDef def;
-    if (mischief == kZeroTimeScale) {
-        in->inter.checkout_param(in->effect_ref, kGainId, 0, 1, 0, &def);
-    }
-    if (mischief == kUnknownParameter) {
-        in->inter.checkout_param(in->effect_ref, 99, 0, 1, 1, &def);
-    }
-    instance->facts[kInputAspectNum] = result.par.num;
-    instance->facts[kInputAspectDen] = result.par.den;
-    instance->facts[kReferenceWidth] = result.ref_width;
-    instance->facts[kReferenceHeight] = result.ref_height;
-    output.result_rect = result.result_rect;
-    output.max_result_rect = result.max_result_rect;
-    if (mischief == kLargeResult) {
-        output.result_rect.right += 1;
-    }
-    if (mischief == kEmptyResult) {
-        output.result_rect = {};
-    }
-    if (first != PF_Err_NONE) {
-        err = first;
-    }
-    if (mischief == kNoDeleter) {
-        static Instance forever;
-        forever = *instance;
-        output.pre_render_data = &forever;
-        return err;
-    }
-    ++living_instances;
-    instance->handle = in->utils->host_new_handle(1);
-    output.pre_render_data = instance.release();
-    output.delete_pre_render_data_func = delete_instance;
-    return err;
-}
-
-void put(char* pixel, PF_PixelFormat format, double red) {
-    if (format == PF_PixelFormat_ARGB32) {
-        const PF_Pixel value{255, static_cast<A_u_char>(static_cast<int>(red) % 256), 2, 3};
-        std::memcpy(pixel, &value, sizeof value);
-    } else if (format == PF_PixelFormat_ARGB64) {
-        const PF_Pixel16 value{32768, static_cast<A_u_short>(red), 2, 3};
-        std::memcpy(pixel, &value, sizeof value);
-    } else {
-        const PF_PixelFloat value{1.0F, static_cast<float>(red), 2.0F, 3.0F};
-        std::memcpy(pixel, &value, sizeof value);
-    }
-}
-
-int pixel_size(PF_PixelFormat format) {
-    return format == PF_PixelFormat_ARGB32 ? 4 : format == PF_PixelFormat_ARGB64 ? 8 : 16;
-}
-
-void draw(const Instance& instance, PF_EffectWorld* output, PF_PixelFormat format) {
-    const int mischief = instance.mischief;
-    char* const first = reinterpret_cast<char*>(output->data);
-    const int size = pixel_size(format);
-    const int rows = mischief == kDrawHalf ? output->height / 2 : output->height;
-    for (int y = 0; y < rows; ++y) {
-        const int columns = output->width;
-        for (int x = 0; x < columns; ++x) {
-            const double red =
-                !kConforming && y == 0 && x < kFactEnd && format == PF_PixelFormat_ARGB128
-                    ? instance.facts[static_cast<std::size_t>(x)]
-                    : x + 10.0 * y;
-            put(first + y * output->rowbytes + x * size, format, red);
-        }
-    }
-    if (mischief == kWritePastRow) {
-        first[output->rowbytes + output->width * size + 3] = 1;
-    }
-    if (mischief == kWriteBefore) {
-        first[-2] = 1;
-    }
-    if (mischief == kWriteBehind) {
-        first[output->rowbytes * output->height + 5] = 1;
-    }
-}
-
-PF_Err render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
-    Instance& instance = *static_cast<Instance*>(extra->input->pre_render_data);
-    const int mischief = instance.mischief;
-    frames_made = true;
-    if (mischief == kThrowStandard) {
-        throw std::runtime_error("boom");
-    }
-    if (mischief == kThrowForeign) {
-        throw ForeignTrouble();
-    }
-    if (mischief == kThrowNumber) {
-        throw 516;
-    }
-    if (extra->input->bitdepth == 16 && mischief == kCrash) {
-        __builtin_trap();
-    }
-    while (extra->input->bitdepth == 16 && mischief == kHang) {
-        pause();
-    }
-    if (mischief == kLeakMemory || (extra->input->bitdepth == 32 && mischief == kLeakInFloat)) {
-        lose_memory();
-    }
-    if (mischief == kLeakDescriptor) {
-        lose_descriptor();
-    }
-    if (mischief == kLeakMapping) {
-        lose_mapping();
-    }
-    if (extra->input->bitdepth == 16 && mischief == kEndProcess) {
-        _exit(0);
-    }
-    if (extra->input->bitdepth == 16 && mischief == kExit) {
-        std::exit(0);
-    }
-    if (mischief == kCrashSmart) {
-        __builtin_trap();
-    }
-    if (mischief == kLeakEverySecond && renders++ % 2 == 0) {
-        lose_memory();
-    }
-    if (instance.fails) {
-        return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    if (mischief == kStayLoaded) {
-        stay_loaded();
-    }
-    if (mischief == kCallUnprovided) {
-        const Suite<AEGP_LayerSuite5> layers(in, kAEGPLayerSuite, 11);
-        layers->AEGP_GetLayerName();
-    }
-    PF_EffectWorld* input = nullptr;
-    PF_EffectWorld* output = nullptr;
-    if (mischief == kOutputFirst) {
-        extra->cb->checkout_output(in->effect_ref, &output);
-    }
-    const A_long id = mischief == kNegativeCheckout ? -7 : 0;
-    PF_Err err = extra->cb->checkout_layer_pixels(in->effect_ref, id, &input);
-    if (kConforming && err != PF_Err_NONE) {
-        return err;
-    }
-    err = extra->cb->checkout_output(in->effect_ref, &output);
-    if (kConforming && err != PF_Err_NONE) {
-        if (mischief == kLeakOnError) {
-            lose_memory();
-        }
-        if (mischief == kSlowLeakOnError && extra->input->bitdepth == 32 &&
-            err == PF_Err_OUT_OF_MEMORY) {
-            usleep(100000);
-            lose_memory();
-        }
-        extra->cb->checkin_layer_pixels(in->effect_ref, id);
-        return err;
-    }
-    if (mischief == kUnknownCheckout) {
-        PF_EffectWorld* none = nullptr;
-        extra->cb->checkout_layer_pixels(in->effect_ref, 99, &none);
-    }
-    if (mischief == kFetchTwice) {
-        extra->cb->checkout_layer_pixels(in->effect_ref, id, &input);
-    }
-    PF_PixelFormat format = PF_PixelFormat_INVALID;
-    {
-        const Suite<PF_WorldSuite2> worlds(in, kPFWorldSuite, 2);
-        PF_EffectWorld copy = *input;
-        err = !worlds
-                  ? PF_Err_BAD_CALLBACK_PARAM
-                  : worlds->PF_GetPixelFormat(mischief == kForeignWorld ? &copy : input, &format);
-    }
-    if (kConforming && err != PF_Err_NONE) {
-        extra->cb->checkin_layer_pixels(in->effect_ref, id);
-        return err;
-    }
-    if (mischief == kLeakSuite) {
-        const void* table = nullptr;
-        in->pica_basicP->AcquireSuite(kPFWorldSuite, 2, &table);
-    }
-    if (mischief == kReleaseUnheldSuite) {
-        in->pica_basicP->ReleaseSuite(kPFWorldSuite, 2);
-    }
-    if (mischief == kUnknownSuite) {
-        const void* table = in;
-        const SPErr found = in->pica_basicP->AcquireSuite(kAEGPLayerSuite, 14, &table);
-        if (found == 0 || table != nullptr) {
-            return 1;
-        }
-    }
-    instance.facts[kOutputRowBytes] = output->rowbytes;
-    instance.facts[kInputRowBytes] = input->rowbytes;
-    instance.facts[kOriginX] = output->origin_x;
-    instance.facts[kOriginY] = output->origin_y;
-    if (mischief == kWriteInput) {
-        reinterpret_cast<char*>(input->data)[1] = 1;
-    }
-    if (mischief != kDrawNothing && mischief != kForeignWorld && mischief != kFailWithMessage) {
-        draw(instance, output, format);
-    }
-    if (mischief == kOverlongMessage) {
-        const std::string text(300, 'm');
-        in->utils->ansi.sprintf(out->return_msg, "%s", text.c_str());
-    }
-    if (mischief == kUnterminatedMessage) {
-        std::memset(out->return_msg, 'u', sizeof out->return_msg);
-    }
-    if (mischief == kLeakHandle) {
-        in->utils->host_new_handle(8);
-    }
-    if (mischief == kDisposeTwice) {
-        const PF_Handle handle = in->utils->host_new_handle(8);
-        in->utils->host_dispose_handle(handle);
-        in->utils->host_dispose_handle(handle);
-    }
-    err =
-        mischief == kKeepLayer ? PF_Err_NONE : extra->cb->checkin_layer_pixels(in->effect_ref, id);
-    if (mischief == kReturnLayerTwice) {
-        extra->cb->checkin_layer_pixels(in->effect_ref, id);
-    }
-    void* const slot = &extra->cb;
-    if (mischief == kHandleForCallbacks) {
-        const PF_Handle handle = in->utils->host_new_handle(1);
-        std::memcpy(slot, &handle, sizeof handle);
-    }
-    if (mischief == kRubbishForCallbacks) {
-        const PF_UtilCallbacks* const rubbish = in->utils;
-        std::memcpy(slot, &rubbish, sizeof rubbish);
-    }
-    if (mischief == kFailWithMessage) {
-        out->out_flags |= PF_OutFlag_DISPLAY_ERROR_MESSAGE;
-        in->utils->ansi.strcpy(out->return_msg, "no can do");
-        return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    return kConforming ? err : PF_Err{PF_Err_NONE};
-}
-
-/// The plain way: alpha full, red from the first slider, through the host's own fill.
-PF_Err plain_render(PF_InData* in, PF_ParamDef** params, PF_EffectWorld* output) {
-    const bool second = std::exchange(frames_made, true);
-    if (asked_mischief() == kCrashInSecondPlain && second &&
-        (output->world_flags & PF_WorldFlag_DEEP) != 0) {
-        __builtin_trap();
-    }
-    if (asked_mischief() == kLeakInPremiere && in->appl_id == kAppID_Premiere) {
-        lose_memory();
-    }
-    PF_Pixel16* deep = nullptr;
-    // Premiere has no such access.
-    const bool asks = !kConforming || in->appl_id != kAppID_Premiere;
-    const PF_Err err = asks ? in->utils->get_pixel_data16(output, nullptr, &deep) : PF_Err_NONE;
-    if (kConforming && err != PF_Err_NONE) {
-        return err;
-    }
-    if (deep != nullptr) {
-        return PF_Err_NONE;
-    }
-    if (params[kParamCount] != nullptr || params[kInput]->u.ld.width != output->width) {
-        return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    const PF_Pixel colour{255, static_cast<A_u_char>(params[kCountId]->u.sd.value), 60, 70};
-    return in->utils->fill(in->effect_ref, &colour, nullptr, output);
 }
 
 PF_Err describe_dependencies(PF_InData* in, PF_ExtDependenciesExtra* extra) {
@@ -511,7 +149,7 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
         case PF_Cmd_GLOBAL_SETUP:
             return global_setup(in, out);
         case PF_Cmd_SEQUENCE_SETDOWN:
-            if (asked_mischief() == kCallAtSequenceDown && frames_made) {
+            if (asked_mischief() == kCallAtSequenceDown && frames_made()) {
                 PF_ParamDef def;
                 in->inter.checkout_param(in->effect_ref, kGainId, 0, 1, 1, &def);
             }
@@ -540,7 +178,7 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
         case PF_Cmd_SMART_PRE_RENDER:
             return pre_render(in, static_cast<PF_PreRenderExtra*>(extra));
         case PF_Cmd_SMART_RENDER:
-            return render(in, out, static_cast<PF_SmartRenderExtra*>(extra));
+            return smart_render(in, out, static_cast<PF_SmartRenderExtra*>(extra));
         default:
             return PF_Err_NONE;
     }

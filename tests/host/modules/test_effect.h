@@ -3,7 +3,7 @@
 
 namespace test_effect {
 
-/// Ways to break the rules, in the order of the choices of the control "Mischief", from 1.
+/// Ways to break the rules: the choices of the control "Mischief", from 1, named by their numbers.
 enum Mischief {
     kNone = 1,
     kThrowStandard,
@@ -75,20 +75,6 @@ enum Mischief {
     kLeakInResetup,
     kMischiefEnd
 };
-
-inline constexpr char kMischiefNames[] =
-    "None|Throw Standard|Throw Foreign|Throw Number|Write Past Row|Write Before|Write Behind|"
-    "Write Input|Leak Suite|Release Unheld Suite|Unknown Suite|No Deleter|Throw In Deleter|"
-    "Unknown Checkout|Fetch Twice|Duplicate Checkout|Negative Checkout|Output First|Large Result|"
-    "Empty Result|Draw Nothing|Draw Half|Fail With Message|Overlong Message|Unterminated Message|"
-    "Leak Handle|Dispose Twice|Handle For Callbacks|Rubbish For Callbacks|Zero Time Scale|"
-    "Unknown Parameter|Foreign World|Call Unprovided|Crash|Hang|Leak Memory|Keep Parameter|"
-    "Wrong Count|Stay Loaded|Leak On Error|Leak At Set-up|Leak In About|Leak Descriptor|"
-    "Leak Mapping|End Process|Leak In Float|Leak In Premiere|Slow Leak On Error|"
-    "Crash In Second Plain|Crash After About|Refuse Flatten|Keep Layer|Return Layer Twice|"
-    "Ignore Once|Call At Sequence Down|Dispose Twice When Two|No Float|Exit|Leak Every Second|"
-    "Fail First|Fail Last|Fail Third|Call In Third|No Smart|Crash Smart|Crash Pre-render|"
-    "Leak In Flatten|Leak In Resetup";
 
 /// Float frames carry in row 0, in the red channel, what the effect was told.
 enum Fact {
