@@ -1,14 +1,57 @@
 #include <host/session.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstring>
 #include <utility>
 
 #include "callbacks.h"
 #include "declared_control.h"
+#include "parameter_array.h"
 #include "session_impl.h"
 
 namespace host {
+namespace {
+
+/// What an effect may leave in its first flags with any command: wishes about this one moment.
+constexpr PF_OutFlags kWishes =
+    PF_OutFlag_REFRESH_UI | PF_OutFlag_NOP_RENDER | PF_OutFlag_FORCE_RERENDER;
+// What an effect may answer to the query of flags.
+constexpr PF_OutFlags kDynamicFlags = PF_OutFlag_WIDE_TIME_INPUT | PF_OutFlag_NON_PARAM_VARY |
+                                      PF_OutFlag_PIX_INDEPENDENT | PF_OutFlag_I_USE_SHUTTER_ANGLE;
+constexpr PF_OutFlags2 kDynamicFlags2 = PF_OutFlag2_I_USE_3D_CAMERA | PF_OutFlag2_I_USE_3D_LIGHTS |
+                                        PF_OutFlag2_DOESNT_NEED_EMPTY_PIXELS |
+                                        PF_OutFlag2_REVEALS_ZERO_ALPHA;
+
+/// Commands that come with a record of their own, which effects that do not know it leave alone.
+bool has_record(PF_Cmd command) {
+    switch (command) {
+        case PF_Cmd_USER_CHANGED_PARAM:
+        case PF_Cmd_EVENT:
+        case PF_Cmd_GET_EXTERNAL_DEPENDENCIES:
+        case PF_Cmd_ARBITRARY_CALLBACK:
+        case PF_Cmd_TRANSLATE_PARAMS_TO_PREFS:
+        case PF_Cmd_SMART_RENDER_GPU:
+        case PF_Cmd_GPU_DEVICE_SETUP:
+        case PF_Cmd_GPU_DEVICE_SETDOWN:
+            return true;
+        default:
+            return false;
+    }
+}
+
+/// Larger than any of them.
+struct BlankRecord {
+    alignas(std::max_align_t) std::array<unsigned char, 1024> bytes{};
+
+    bool blank() const {
+        return std::all_of(bytes.begin(), bytes.end(),
+                           [](unsigned char byte) { return byte == 0; });
+    }
+};
+
+}  // namespace
 
 std::string EffectInfo::version_text() const {
     const std::uint32_t major = (version >> 26 & 0xF) * 8 + (version >> 19 & 0x7);
@@ -36,7 +79,27 @@ PF_Err Session::Impl::send(PF_Cmd command, PF_ParamDef** params, PF_EffectWorld*
     const PF_Err status = state.send(command, params, output, extra);
     state.in.global_data = out.global_data;
     state.in.frame_data = out.frame_data;
+    check_declarations(command);
     return status;
+}
+
+void Session::Impl::check_declarations(PF_Cmd command) {
+    if (command == PF_Cmd_GLOBAL_SETUP) {
+        return;
+    }
+    const bool query = command == PF_Cmd_QUERY_DYNAMIC_FLAGS;
+    const PF_OutData& out = state.out();
+    const auto check = [&](const char* field, bool changed) {
+        if (changed) {
+            state.violation(std::string(command_name(command)) + ": " + field + " was changed");
+        }
+    };
+    const PF_OutFlags may = kWishes | (query ? kDynamicFlags : 0);
+    const PF_OutFlags2 may2 = query ? kDynamicFlags2 : 0;
+    check("my_version", out.my_version != info.version);
+    check("out_flags", ((out.out_flags ^ info.out_flags) & ~may) != 0);
+    check("out_flags2", ((out.out_flags2 ^ info.out_flags2) & ~may2) != 0);
+    check("num_params", command != PF_Cmd_PARAMS_SETUP && out.num_params != info.num_params);
 }
 
 void Session::Impl::keep_message() {
@@ -99,12 +162,17 @@ void Session::Impl::refuse(const EffectError& error) {
 }
 
 Answer Session::Impl::command(std::int32_t number) {
+    std::vector<PF_ParamDef> records;
+    records.reserve(state.parameters.size());
+    for (const Parameter& parameter : state.parameters) {
+        records.push_back(initial_record(parameter));
+    }
+    ParameterArray params(std::move(records));
+    BlankRecord record;
     Answer answer;
-    answer.status = send(number);
+    answer.status = send(number, params.data(), nullptr, has_record(number) ? &record : nullptr);
     answer.message = state.message;
-    const PF_OutData& out = state.out();
-    answer.record_changed = out.my_version != info.version || out.out_flags != info.out_flags ||
-                            out.out_flags2 != info.out_flags2 || out.num_params != info.num_params;
+    answer.record_written = !record.blank();
     return answer;
 }
 

@@ -60,7 +60,9 @@ private:
     /// Sends a command over the output record as the host knows it.
     PF_Err send(PF_Cmd command, PF_ParamDef** params = nullptr, PF_EffectWorld* output = nullptr,
                 void* extra = nullptr);
-    /// The same; throws `EffectError` for any status but 0.
+    /// What the effect declared at global set-up holds until the end.
+    void check_declarations(PF_Cmd command);
+    /// Sends it too; throws `EffectError` for any status but 0.
     void demand(PF_Cmd command, void* extra = nullptr);
     void set_up();
     /// Throws the error on, with what was broken until then.

@@ -12,6 +12,7 @@
 #include "callbacks.h"
 #include "declared_control.h"
 #include "frame_run.h"
+#include "parameter_array.h"
 #include "session_impl.h"
 
 namespace host {
@@ -260,12 +261,7 @@ void Session::Impl::plain_render(FrameRun& run) {
                               : valued_record(parameter, frame.values, frame.time.seconds()));
     }
     records.front().u.ld = frame.input_record;
-    std::vector<PF_ParamDef*> params;
-    params.reserve(records.size() + 1);
-    for (PF_ParamDef& record : records) {
-        params.push_back(&record);
-    }
-    params.push_back(nullptr);
+    ParameterArray params(std::move(records));
     note_status(send(PF_Cmd_FRAME_SETUP, params.data(), &frame.output_record), result);
     if (result.status != PF_Err_NONE) {
         return;

@@ -186,7 +186,8 @@ private:
             } catch (const json::exception&) {
                 // A module can write to any descriptor.
                 heard_.findings.push_back(
-                    {"", "between the answers stands \"" + line.substr(0, 60) + "\"", ""});
+                    {"", "between the answers stands \"" + line.substr(0, 60) + "\"", "",
+                     heard_.doing});
             }
         }
         text_.erase(0, begin);
@@ -203,7 +204,7 @@ private:
         } else if (kind == "say") {
             heard_.said = line.at(1);
         } else if (kind == "find") {
-            heard_.findings.push_back({line.at(1), line.at(2), line.at(3)});
+            heard_.findings.push_back({line.at(1), line.at(2), line.at(3), heard_.doing});
         } else {
             heard_.kept[line.at(1).get<std::string>()] = line.at(2);
         }

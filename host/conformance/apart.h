@@ -12,9 +12,10 @@ namespace conformance {
 
 /// Something that is not as promised.
 struct Finding {
-    std::string rule;       ///< whose row it belongs in; empty: the probe's own
-    std::string text;       ///< what came back instead
-    std::string deviation;  ///< its name, where a contract may keep it
+    std::string rule;         ///< whose row it belongs in; empty: the probe's own
+    std::string text;         ///< what came back instead
+    std::string deviation;    ///< its name, where a contract may keep it
+    std::string during = {};  ///< what the process was about to do then
 };
 
 /// The way out of the process: what is said here arrives even if the process then dies. Each word

@@ -30,6 +30,8 @@ struct Declared {
     std::uint32_t version = 0;
     std::uint32_t out_flags = 0;
     std::uint32_t out_flags2 = 0;
+    bool supervises = false;            ///< a control, whose changes it is then told of
+    bool keeps_arbitrary_data = false;  ///< in a control
 
     bool has(std::int32_t flag) const {
         return (out_flags & static_cast<std::uint32_t>(flag)) != 0;

@@ -2,7 +2,21 @@
 
 #include <algorithm>
 
+#include "counted.h"
+
 namespace conformance {
+namespace {
+
+/// What was found, told with its faults.
+std::vector<Finding> told_with_faults(const Heard& heard) {
+    std::vector<Placed> found;
+    for (const Finding& finding : own_findings(heard)) {
+        found.push_back({finding, finding.during});
+    }
+    return counted(found, "with");
+}
+
+}  // namespace
 
 void examine_family(Examination& run, const FaultFamily& family) {
     const std::string id = "faults." + family.name;
@@ -22,7 +36,7 @@ void examine_family(Examination& run, const FaultFamily& family) {
         run.leave_out(id, "it fails without faults, see " + good_id);
         return;
     }
-    GoodRun good{heard.kept["calls"], heard.kept["violations"], true};
+    GoodRun good{heard.kept.at("calls"), heard.kept.at("violations"), true};
     for (const std::string& row : family.lossless_by) {
         if (good.lossless && !run.stands(row)) {
             good.lossless = false;
@@ -33,10 +47,12 @@ void examine_family(Examination& run, const FaultFamily& family) {
         const std::string row = id + "." + call.slug();
         const Heard answer =
             run.probe([&](Notes& notes) { notes.keep("faults", family.play(call, good, notes)); });
-        if (own_findings(answer).empty() && answer.kept["faults"] == 0) {
+        const std::vector<Finding> found = told_with_faults(answer);
+        if (found.empty() && answer.kept.at("faults") == 0) {
             run.leave_out(row, "the call was made in the run without faults alone");
         } else {
-            run.enter({row, family.sent + "; " + call.sent(), family.promise(call)}, answer);
+            run.enter({row, family.sent + "; " + call.sent(), family.promise(call)}, found,
+                      answer.said);
         }
     }
 }

@@ -26,6 +26,7 @@ struct Good {
     std::vector<std::byte> picture;
     std::vector<std::string> violations;
     int open_param_checkouts = 0;
+    bool handle_left = false;
 };
 
 /// A session whose host fails as planned.
@@ -38,11 +39,11 @@ public:
         const host::Scene scene = pan_scene();
         return session_.render(scene, scene.composition.frame_time(kFrame), kind_.options());
     }
-    /// A frame with faults; whether any was delivered is told.
+    /// A frame with faults; whether each of them was delivered is told.
     Frame draw(const std::vector<CallFault>& faults, bool& delivered) {
         plan_.arm(faults);
         Frame frame = draw();
-        delivered = !plan_.delivered_now().empty();
+        delivered = plan_.delivered_now().size() == faults.size();
         plan_.disarm();
         return frame;
     }
@@ -62,7 +63,7 @@ private:
 
 Good good_frame(FaultySession& host) {
     const Frame frame = host.draw();
-    return {pixels(frame), frame.violations, frame.open_param_checkouts};
+    return {pixels(frame), frame.violations, frame.open_param_checkouts, frame.handle_left};
 }
 
 /// How frames with faults ended.
@@ -99,6 +100,9 @@ void judge(const Frame& frame, Debt debt, const Good& good, Ends& ends, Notes& n
     }
     for (const std::string& violation : beyond(frame.violations, good.violations)) {
         notes.find("", violation, deviation_under_faults(violation));
+    }
+    if (frame.handle_left && !good.handle_left) {
+        notes.find("", "a handle stands in the slot of the callbacks", kHandleInRecord);
     }
     if (frame.open_param_checkouts > good.open_param_checkouts) {
         notes.find("", std::to_string(frame.open_param_checkouts) +
@@ -183,7 +187,10 @@ private:
         for (const FailingCall& next : failing_calls(calls_beyond(frame, good_run_.calls))) {
             const CallFault second = {next.name, 0, PF_Interrupt_CANCEL};
             notes_.doing(text_of(fault) + " and " + text_of(second));
-            judge(draw({fault, second}, delivered), call_.debt(), good, ends_, notes_);
+            const Frame other = draw({fault, second}, delivered);
+            if (delivered) {
+                judge(other, call_.debt(), good, ends_, notes_);
+            }
         }
         if (good_run_.lossless && !loses_handles(beyond(frame.violations, good.violations))) {
             const Growth growth = growth_of([&] {

@@ -3,6 +3,7 @@
 #include <host/instance.h>
 #include <host_api/effect_interface.h>
 
+#include "counted.h"
 #include "examination.h"
 #include "frame_kinds.h"
 #include "frames.h"
@@ -261,35 +262,6 @@ void play(const Examination& run, const FrameRow& row, Notes& notes) {
     notes.keep(kCameToItsEnd, true);
 }
 
-/// What a rule's row is made of.
-struct Breach {
-    Finding finding;
-    std::string row;  ///< of the frame
-};
-
-/// The same finding of several frames once, with their number and the first one's row.
-std::vector<Finding> counted(const std::vector<Breach>& breaches) {
-    std::vector<std::pair<Breach, int>> counts;
-    for (const Breach& breach : breaches) {
-        auto known = std::find_if(counts.begin(), counts.end(), [&](const auto& one) {
-            return one.first.finding.text == breach.finding.text &&
-                   one.first.finding.deviation == breach.finding.deviation;
-        });
-        if (known == counts.end()) {
-            known = counts.insert(counts.end(), {breach, 0});
-        }
-        ++known->second;
-    }
-    std::vector<Finding> told;
-    for (auto& [breach, count] : counts) {
-        breach.finding.text +=
-            count == 1 ? " (once, in " + breach.row + ")"
-                       : " (" + std::to_string(count) + " times, first in " + breach.row + ")";
-        told.push_back(breach.finding);
-    }
-    return told;
-}
-
 /// The frames' rows and what was heard of them.
 struct Played {
     FrameRow row;
@@ -303,7 +275,7 @@ bool smart_alone(std::string_view rule) {
 
 void enter_rule(Examination& run, const Rule& rule, const std::vector<Played>& frames) {
     const std::string id = "frames." + std::string(rule.name);
-    std::vector<Breach> broken;
+    std::vector<Placed> broken;
     int all = 0;
     int ended = 0;
     int layers_left = 0;
@@ -330,7 +302,7 @@ void enter_rule(Examination& run, const Rule& rule, const std::vector<Played>& f
     if (rule.name == "layers" && layers_left != 0) {
         answer += "; " + std::to_string(layers_left) + " left for the host to take back";
     }
-    run.enter({id, "all of these frames", rule.promise}, counted(broken), answer);
+    run.enter({id, "all of these frames", rule.promise}, counted(broken, "in"), answer);
 }
 
 }  // namespace

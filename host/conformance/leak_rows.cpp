@@ -8,6 +8,7 @@
 #include "frame_kinds.h"
 #include "frames.h"
 #include "growth.h"
+#include "questions.h"
 #include "rules.h"
 #include "stage.h"
 
@@ -59,21 +60,16 @@ void lose_frames(const Examination& run, const FrameKind& kind, Notes& notes) {
 
 void lose_questions(const Examination& run, Application application, Notes& notes) {
     Session session = run.open({application, nullptr});
-    const host::Scene scene = pan_scene();
-    const bool asked = run.declared->has(PF_OutFlag_I_HAVE_EXTERNAL_DEPENDENCIES);
+    const std::vector<Question> all = standing_questions(run, identity_of(application));
     const Growth growth = growth_of([&] {
-        notes.doing("about");
-        session.about();
-        for (int kind = 0; asked && kind <= PF_DepCheckType_MISSING_DEPENDENCIES; ++kind) {
-            notes.doing("dependencies");
-            session.dependencies(kind);
+        for (const Question& question : all) {
+            notes.doing(question.text.sent);
+            const Reply reply = question.ask(session);
+            if (!reply.error.empty()) {
+                notes.find("", reply.error);
+            }
         }
-        if (run.declared->has2(PF_OutFlag2_SUPPORTS_QUERY_DYNAMIC_FLAGS)) {
-            notes.doing("dynamic flags query");
-            session.dynamic_flags(scene, scene.composition.frame_time(kFrame));
-        }
-        for (const std::int32_t sequence : {PF_Cmd_SEQUENCE_RESETUP, PF_Cmd_SEQUENCE_FLATTEN,
-                                            PF_Cmd_SEQUENCE_SETDOWN, PF_Cmd_SEQUENCE_SETUP}) {
+        for (const std::int32_t sequence : {PF_Cmd_SEQUENCE_SETDOWN, PF_Cmd_SEQUENCE_SETUP}) {
             notes.doing("a sequence");
             session.command(sequence);
         }

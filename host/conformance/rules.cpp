@@ -22,6 +22,7 @@ constexpr Sign kRuleSigns[] = {
     {"the result rectangle reaches beyond", "rectangles"},
     {"the callbacks' slot holds", "record"},
     {"bytes behind the output record", "record"},
+    {"was changed", "record"},
     {"return_msg", "messages"},
 };
 

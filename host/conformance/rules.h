@@ -27,7 +27,7 @@ inline constexpr Rule kRules[] = {
     {"parameters", "each parameter checked out is checked in"},
     {"deleter", "pre-render data comes with a deleter"},
     {"rectangles", "the result lies within the request"},
-    {"record", "the render record stays the host's"},
+    {"record", "the host's records stay as it filled them in"},
     {"messages", "messages fit their 256 characters"},
     {"calls", "callbacks and suites are used as they may be"},
 };

@@ -5,6 +5,7 @@
 
 #include "fault_family.h"
 #include "growth.h"
+#include "questions.h"
 #include "rules.h"
 #include "stage.h"
 
@@ -19,35 +20,35 @@ struct Course {
     bool refused = false;             ///< by an error at set-up
     std::vector<std::string> errors;  ///< answers that are one
     std::vector<host::Call> calls;
-    std::vector<std::string> violations;
+    std::vector<std::string> violations;  ///< and what is wrong in answers
 };
 
 /// Tells its steps under what happens to it.
 Course play(const Examination& run, const Identity& identity, const host::CallFilter& filter,
             const std::string& what, Notes& notes) {
     Course course;
-    const auto step = [&](const char* name) { notes.doing(std::string(name) + "; " + what); };
+    std::vector<std::string> wrong;
+    const auto step = [&](std::string_view name) { notes.doing(std::string(name) + "; " + what); };
     try {
         step("set-up");
         Session session = run.open({identity.application, filter});
-        const auto ask = [&](const char* name, const auto& question) {
-            step(name);
-            try {
-                question();
-            } catch (const host::EffectError& error) {
-                course.errors.emplace_back(error.what());
+        for (const Question& question : standing_questions(run, identity)) {
+            step(question.text.sent);
+            const Reply reply = question.ask(session);
+            if (!reply.error.empty()) {
+                course.errors.push_back(reply.error);
             }
-        };
-        ask("about", [&] { session.about(); });
-        if (run.declared->has(PF_OutFlag_I_HAVE_EXTERNAL_DEPENDENCIES)) {
-            for (const int kind : {PF_DepCheckType_NONE, PF_DepCheckType_ALL_DEPENDENCIES,
-                                   PF_DepCheckType_MISSING_DEPENDENCIES}) {
-                ask("dependencies", [&] { session.dependencies(kind); });
-            }
+            wrong.insert(wrong.end(), reply.wrong.begin(), reply.wrong.end());
         }
-        ask("set-down", [&] { session.close(); });
+        step("set-down");
+        try {
+            session.close();
+        } catch (const host::EffectError& error) {
+            course.errors.emplace_back(error.what());
+        }
         course.calls = session.calls();
         course.violations = session.violations();
+        course.violations.insert(course.violations.end(), wrong.begin(), wrong.end());
     } catch (const host::EffectError& error) {
         course.refused = true;
         course.errors.emplace_back(error.what());
@@ -75,6 +76,7 @@ int play_faults(const Examination& run, const Identity& identity, const FailingC
     for (const host::CallFault& fault : call.faults()) {
         plan.arm({fault});
         const Course course = session(text_of(fault));
+        notes.doing(text_of(fault));
         if (plan.delivered_now().empty()) {
             continue;
         }
@@ -82,11 +84,11 @@ int play_faults(const Examination& run, const Identity& identity, const FailingC
         errors += course.errors.empty() ? 0 : 1;
         // A control that is not there moves all that follow.
         if (call.name == "add_param" && !course.refused) {
-            notes.find("", text_of(fault) + ": set-up goes on with status 0");
+            notes.find("", "set-up goes on with status 0");
         }
         const std::vector<std::string> broken = beyond(course.violations, good.violations);
         for (const std::string& violation : broken) {
-            notes.find("", violation);
+            notes.find("", violation, deviation_under_faults(violation));
         }
         if (good.lossless && !loses_handles(broken)) {
             const Growth growth = growth_of([&] {

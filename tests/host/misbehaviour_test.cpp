@@ -91,6 +91,10 @@ INSTANTIATE_TEST_SUITE_P(
                 "host_dispose_handle: not a handle of this host, or disposed of already"},
         Noticed{kRubbishForCallbacks,
                 "PF_Cmd_SMART_RENDER: the callbacks' slot holds neither them nor a handle"},
+        Noticed{kChangeFlags,
+                "PF_Cmd_SMART_PRE_RENDER: out_flags was changed\n"
+                "PF_Cmd_SMART_PRE_RENDER: out_flags2 was changed"},
+        Noticed{kChangeCount, "PF_Cmd_SMART_RENDER: num_params was changed"},
         Noticed{kZeroTimeScale, "checkout_param: null, a time scale of 0, or no frame being made"},
         Noticed{kUnknownParameter, "checkout_param: no parameter 99"},
         Noticed{kForeignWorld,
@@ -121,6 +125,13 @@ TEST(Misbehaviour, AnExceptionOutOfTheEntryPointIsADefectOfTheModule) {
         "left it during the deletion of its pre-render data; a real host would have crashed");
     EXPECT_EQ(session.live_handles(), 0u) << "the pre-render data was deleted all the same";
     EXPECT_TRUE(session.render(mischievous(kNone), {0, 24}).drawn) << "the session goes on";
+}
+
+TEST(Misbehaviour, WishesOfTheMomentAndDynamicFlagsAreNone) {
+    Session session(TEST_EFFECT);
+    EXPECT_EQ(joined(session.render(mischievous(kAskForRefresh), {0, 24}).violations), "");
+    session.dynamic_flags(small_scene(), {0, 24});
+    EXPECT_EQ(joined(session.violations()), "");
 }
 
 TEST(Misbehaviour, AnUndrawnFrameIsSeen) {

@@ -311,11 +311,12 @@ TEST(Session, SendsCommandsByTheirNumber) {
     Session session(TEST_EFFECT);
     const host::Answer answer = session.command(999);
     EXPECT_EQ(answer.status, 0);
-    EXPECT_FALSE(answer.record_changed);
-    EXPECT_EQ(session.calls().back().name, "a command of another number");
-    // The query of dynamic flags writes to the record.
-    EXPECT_TRUE(session.command(18).record_changed);
+    EXPECT_FALSE(answer.record_written);
+    EXPECT_EQ(session.calls().back().name, "PF_Cmd_UNKNOWN");
     EXPECT_EQ(session.command(0).message.text, "Test effect v9");
+    EXPECT_EQ(names(session.calls(), "PF_Cmd").back(), "PF_Cmd_ABOUT");
+    // The dependencies' record is the one that the test effect writes to.
+    EXPECT_TRUE(session.command(16).record_written);
 }
 
 TEST(Session, ForgetsWhatPassed) {

@@ -51,8 +51,8 @@ struct EffectInfo {
 struct Answer {
     std::int32_t status = 0;
     Message message;
-    /// Version, flags and count of parameters were written to.
-    bool record_changed = false;
+    /// Something was written to the command's own record.
+    bool record_written = false;
 };
 
 class Session {
@@ -90,8 +90,9 @@ public:
     std::int32_t dynamic_flags(const Scene& scene, Time time,
                                std::optional<std::int32_t> before = std::nullopt);
 
-    /// Sends a command by its number, without parameters, world or extra record: for those that
-    /// mean nothing to the plug-in. Throws `ModuleDefect`.
+    /// Sends a command by its number, with the controls' initial values and without a world. Where
+    /// a record of its own is due it is blank: for commands that mean nothing to the plug-in, or
+    /// that come without one. Throws `ModuleDefect`.
     Answer command(std::int32_t number);
 
     /// Renders the scene at a time: dynamic flags, pre-render, render, deletion of the pre-render

@@ -63,7 +63,7 @@ std::set<std::string> with(std::set<std::string> ids, const std::set<std::string
 
 class BrokenEffect : public testing::TestWithParam<Broken> {};
 
-TEST_P(BrokenEffect, IsCaughtByItsRowAlone) {
+TEST_P(BrokenEffect, IsCaughtByItsRowsAlone) {
     const Report report = examine_with(GetParam().mischief);
     EXPECT_EQ(failing(report), GetParam().rows);
     for (const std::string& id : GetParam().rows) {
@@ -95,6 +95,11 @@ INSTANTIATE_TEST_SUITE_P(
         Broken{kDisposeTwice, {"frames.calls"}, "or disposed of already"},
         Broken{kHandleForCallbacks, {"frames.record"}, "a handle stands in the slot"},
         Broken{kRubbishForCallbacks, {"frames.record"}, "neither them nor a handle"},
+        Broken{kChangeFlags, {"frames.record"}, "PF_Cmd_SMART_PRE_RENDER: out_flags was changed"},
+        Broken{kChangeCount, {"frames.record"}, "PF_Cmd_SMART_RENDER: num_params was changed"},
+        Broken{kChangeVersion,
+               {"frames.record"},
+               "PF_Cmd_RENDER: my_version was changed (3 times, first in frames.plain-8-bit)"},
         Broken{kCrash, {"frames.16-bit"}, "killed by SIGILL during a 16-bit frame"},
         Broken{kEndProcess,
                {"frames.16-bit"},
@@ -127,12 +132,49 @@ INSTANTIATE_TEST_SUITE_P(
                {"faults.8-bit.checkout_output", "faults.16-bit.checkout_output",
                 "faults.float.checkout_output"},
                "bytes of heap lost each time"},
+        Broken{kLeakWhenDenied,
+               {"faults.set-up.host_new_handle", "faults.set-up-premiere.host_new_handle"},
+               "call 1 of host_new_handle failing with 4, again and again"},
+        Broken{kThrowOnError,
+               {"faults.8-bit.checkout_output", "faults.16-bit.checkout_output",
+                "faults.float.checkout_output"},
+               "(\"no output\") left it during PF_Cmd_SMART_RENDER; a real host would have crashed "
+               "(once, with call 1 of checkout_output failing with 4)"},
+        Broken{kHandleOnError,
+               {"faults.8-bit.checkout_output", "faults.16-bit.checkout_output",
+                "faults.float.checkout_output"},
+               "a handle stands in the slot of the callbacks (2 times, first with call 1 of "
+               "checkout_output failing with 4)"},
+        Broken{kCrashDeniedResetup,
+               {"faults.set-up.host_new_handle", "faults.set-up-premiere.host_new_handle"},
+               "killed by SIGSEGV during sequence re-set-up; call 1 of host_new_handle failing "
+               "with 4"},
+        Broken{kLeakInPlain,
+               {"leaks.plain-8-bit", "leaks.plain-16-bit", "leaks.premiere"},
+               "bytes of heap lost each time"},
+        Broken{kLeakInFlagQuery,
+               with({"leaks.questions", "leaks.questions-premiere", "leaks.plain-8-bit",
+                     "leaks.plain-16-bit", "leaks.premiere"},
+                    kFrameLeaks),
+               "bytes of heap lost each time"},
+        Broken{kKeepFlagParameter,
+               {"setup.dynamic-flags", "setup.dynamic-flags-premiere", "frames.parameters"},
+               "1 parameters checked out and not in again"},
+        Broken{kRefuseUserChange,
+               {"setup.unasked", "setup.unasked-premiere"},
+               "command 13: status 516"},
+        Broken{kWriteArbitrary,
+               {"setup.unasked", "setup.unasked-premiere"},
+               "command 22: its record was written to"},
+        Broken{kRefuseUpdates,
+               {"setup.update-controls", "setup.update-controls-premiere"},
+               "command 14: status 516"},
         Broken{kCrashInSecondPlain,
                {"leaks.plain-16-bit", "faults.plain-16-bit.without-faults"},
                "killed by SIGILL during a plain 16-bit render"},
         Broken{kCrashAfterAbout,
                {"leaks.questions-premiere", "faults.set-up-premiere.without-faults"},
-               "killed by SIGILL during dependencies; nothing fails"},
+               "killed by SIGILL during dependencies, all; nothing fails"},
         Broken{kRefuseFlatten, {"setup.flatten-premiere"}, "command 7: status 516"},
         // It cares for the second answer as little as for the rule.
         Broken{kReturnLayerTwice,
@@ -187,6 +229,45 @@ TEST(EffectThatLeavesLayersToItsHost, Passes) {
     // without a camera, of one pixel, of a part, and after the empty request; two each of the same
     // frame twice and with longer rows; three with the two layers.
     EXPECT_EQ(row(report, "frames.layers").answer, "kept; 17 left for the host to take back");
+}
+
+TEST(EffectThatAsksForARefresh, Passes) {
+    EXPECT_EQ(failing(examine_with(kAskForRefresh)), std::set<std::string>{});
+}
+
+TEST(EffectWithInterfaces, IsToldWhatThisHostCannotAsk) {
+    const Report report = examine_with(kDeclareInterfaces);
+    EXPECT_EQ(failing(report), std::set<std::string>{}) << "it traps when it is asked";
+    for (const char* command : {"9", "15", "19", "20", "21", "31", "32", "33"}) {
+        const std::string id = std::string("setup.command-") + command;
+        EXPECT_EQ(std::count_if(report.unexamined.begin(), report.unexamined.end(),
+                                [&](const std::string& note) {
+                                    return note.rfind(id + ": the effect declares ", 0) == 0;
+                                }),
+                  1)
+            << id;
+    }
+    const Report supervised = examine_with(kSupervise);
+    EXPECT_EQ(failing(supervised), std::set<std::string>{});
+    EXPECT_TRUE(leaves_out(supervised,
+                           "setup.command-13: the effect supervises a control, and there is nobody "
+                           "to change it"));
+}
+
+TEST(EffectThatUpdatesItsControls, IsAskedToWithTheirInitialValues) {
+    const Report report = examine_with(kDeclareUpdates);
+    EXPECT_EQ(failing(report), std::set<std::string>{});
+    EXPECT_EQ(row(report, "setup.update-controls").verdict, conformance::Verdict::Pass);
+    EXPECT_THROW(row(examine_with(kNone), "setup.update-controls"), std::runtime_error);
+}
+
+TEST(BrokenEffectThatCrashesUnasked, IsCaughtAndNotAskedAgain) {
+    const Report report = examine_with(kCrashInGpuSetup);
+    EXPECT_EQ(failing(report), (std::set<std::string>{"setup.unasked", "setup.unasked-premiere"}));
+    EXPECT_TRUE(leaves_out(
+        report, "setup.unasked, again and again and in a host that fails: it fails once"));
+    EXPECT_EQ(row(report, "setup.unasked").answer,
+              "killed by SIGILL during commands that it did not ask for");
 }
 
 TEST(EffectWithoutSmartRendering, IsPlayedPlainlyAndHasNoRulesOfSmartFrames) {

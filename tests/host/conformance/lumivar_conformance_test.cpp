@@ -90,9 +90,10 @@ const std::map<std::string, Ids> kExpected = {
      faults_of(kSmart, {"AcquireSuite", "missing-PF-World-Suite", "checkout_layer_pixels",
                         "checkout_output"})},
     {"layer checked in after a failed fetch", faults_of(kSmart, {"checkout_layer_pixels"})},
-    // The flag query comes before each kind of frame.
+    // The flag query comes before each kind of frame, and alone.
     {"parameter checked in after a failed checkout",
-     faults_of({"8-bit", "16-bit", "float", "plain-8-bit", "plain-16-bit", "premiere"},
+     faults_of({"8-bit", "16-bit", "float", "plain-8-bit", "plain-16-bit", "premiere", "set-up",
+                "set-up-premiere"},
                {"checkout_param"})},
 };
 

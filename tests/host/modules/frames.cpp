@@ -121,11 +121,18 @@ void draw(const Instance& instance, PF_EffectWorld* output, PF_PixelFormat forma
     }
 }
 
+/// Where the host put its callbacks.
+void leave_handle(PF_InData* in, PF_SmartRenderExtra* extra) {
+    void* const slot = &extra->cb;
+    const PF_Handle handle = in->utils->host_new_handle(1);
+    std::memcpy(slot, &handle, sizeof handle);
+}
+
 }  // namespace
 
 bool frames_made() { return made_frames; }
 
-PF_Err pre_render(PF_InData* in, PF_PreRenderExtra* extra) {
+PF_Err pre_render(PF_InData* in, PF_OutData* out, PF_PreRenderExtra* extra) {
     auto instance = std::make_unique<Instance>();
     instance->utils = in->utils;
     PF_Err first = read_params(in, *instance);
@@ -141,6 +148,13 @@ PF_Err pre_render(PF_InData* in, PF_PreRenderExtra* extra) {
     if (mischief == kCallInThird && frame == 2) {
         PF_ParamDef none;
         in->inter.checkin_param(in->effect_ref, &none);
+    }
+    if (mischief == kChangeFlags) {
+        out->out_flags |= PF_OutFlag_I_EXPAND_BUFFER;
+        out->out_flags2 &= ~PF_OutFlag2_I_USE_3D_CAMERA;
+    }
+    if (mischief == kAskForRefresh) {
+        out->out_flags |= PF_OutFlag_REFRESH_UI;
     }
     if (mischief == kCrashPreRender) {
         __builtin_trap();
@@ -260,12 +274,18 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
         if (mischief == kLeakOnError) {
             lose_memory();
         }
+        if (mischief == kThrowOnError) {
+            throw std::runtime_error("no output");
+        }
         if (mischief == kSlowLeakOnError && extra->input->bitdepth == 32 &&
             err == PF_Err_OUT_OF_MEMORY) {
             usleep(100000);
             lose_memory();
         }
         extra->cb->checkin_layer_pixels(in->effect_ref, id);
+        if (mischief == kHandleOnError) {
+            leave_handle(in, extra);
+        }
         return err;
     }
     if (mischief == kUnknownCheckout) {
@@ -318,6 +338,9 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
     if (mischief == kUnterminatedMessage) {
         std::memset(out->return_msg, 'u', sizeof out->return_msg);
     }
+    if (mischief == kChangeCount) {
+        ++out->num_params;
+    }
     if (mischief == kLeakHandle) {
         in->utils->host_new_handle(8);
     }
@@ -331,12 +354,11 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
     if (mischief == kReturnLayerTwice) {
         extra->cb->checkin_layer_pixels(in->effect_ref, id);
     }
-    void* const slot = &extra->cb;
     if (mischief == kHandleForCallbacks) {
-        const PF_Handle handle = in->utils->host_new_handle(1);
-        std::memcpy(slot, &handle, sizeof handle);
+        leave_handle(in, extra);
     }
     if (mischief == kRubbishForCallbacks) {
+        void* const slot = &extra->cb;
         const PF_UtilCallbacks* const rubbish = in->utils;
         std::memcpy(slot, &rubbish, sizeof rubbish);
     }
@@ -348,11 +370,17 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
     return kConforming ? err : PF_Err{PF_Err_NONE};
 }
 
-PF_Err plain_render(PF_InData* in, PF_ParamDef** params, PF_EffectWorld* output) {
+PF_Err plain_render(PF_InData* in, PF_OutData* out, PF_ParamDef** params, PF_EffectWorld* output) {
     const bool second = std::exchange(made_frames, true);
     if (asked_mischief() == kCrashInSecondPlain && second &&
         (output->world_flags & PF_WorldFlag_DEEP) != 0) {
         __builtin_trap();
+    }
+    if (asked_mischief() == kLeakInPlain) {
+        lose_memory();
+    }
+    if (asked_mischief() == kChangeVersion) {
+        ++out->my_version;
     }
     if (asked_mischief() == kLeakInPremiere && in->appl_id == kAppID_Premiere) {
         lose_memory();

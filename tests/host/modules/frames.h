@@ -19,9 +19,9 @@ enum Parameter {
 /// Whether this session drew any; the module is loaded anew for each.
 bool frames_made();
 
-PF_Err pre_render(PF_InData* in, PF_PreRenderExtra* extra);
+PF_Err pre_render(PF_InData* in, PF_OutData* out, PF_PreRenderExtra* extra);
 PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra);
 /// The plain way: alpha full, red from the first slider, through the host's own fill.
-PF_Err plain_render(PF_InData* in, PF_ParamDef** params, PF_EffectWorld* output);
+PF_Err plain_render(PF_InData* in, PF_OutData* out, PF_ParamDef** params, PF_EffectWorld* output);
 
 }  // namespace test_effect

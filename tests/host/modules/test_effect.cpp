@@ -13,6 +13,7 @@
 
 #include "frames.h"
 #include "mischief.h"
+#include "other_commands.h"
 #include "suite.h"
 
 namespace {
@@ -29,6 +30,7 @@ PF_Err add_params(PF_InData* in, PF_OutData* out) {
         std::memset(&def, 0, sizeof def);
         def.uu.id = id;
         def.param_type = type;
+        def.flags = asked_mischief() == kSupervise && id == kGainId ? PF_ParamFlag_SUPERVISE : 0;
         in->utils->ansi.strcpy(def.name, name);
         fill(def.u);
         const PF_Err added = in->inter.add_param(in->effect_ref, PF_ParamIndex_APPEND, &def);
@@ -93,9 +95,25 @@ PF_Err describe_dependencies(PF_InData* in, PF_ExtDependenciesExtra* extra) {
     const char text[] = "one font";
     extra->dependencies_strH = in->utils->host_new_handle(sizeof text);
     if (extra->dependencies_strH == nullptr) {
+        if (asked_mischief() == kLeakWhenDenied) {
+            lose_memory();
+        }
         return PF_Err_OUT_OF_MEMORY;
     }
     std::memcpy(*extra->dependencies_strH, text, sizeof text);
+    return PF_Err_NONE;
+}
+
+PF_Err query_flags(PF_InData* in, PF_OutData* out) {
+    out->out_flags2 |= PF_OutFlag2_I_USE_3D_LIGHTS;
+    if (asked_mischief() == kLeakInFlagQuery) {
+        lose_memory();
+    }
+    if (asked_mischief() == kKeepFlagParameter) {
+        PF_ParamDef def;
+        return in->inter.checkout_param(in->effect_ref, kGainId, in->current_time, in->time_step,
+                                        in->time_scale, &def);
+    }
     return PF_Err_NONE;
 }
 
@@ -108,6 +126,7 @@ PF_Err global_setup(PF_InData* in, PF_OutData* out) {
                      PF_OutFlag_I_HAVE_EXTERNAL_DEPENDENCIES;
     out->out_flags2 = PF_OutFlag2_SUPPORTS_QUERY_DYNAMIC_FLAGS | PF_OutFlag2_I_USE_3D_CAMERA |
                       PF_OutFlag2_SUPPORTS_SMART_RENDER | PF_OutFlag2_FLOAT_COLOR_AWARE;
+    declare_other_commands(out);
     if (asked_mischief() == kNoFloat) {
         out->out_flags2 &= ~PF_OutFlag2_FLOAT_COLOR_AWARE;
     }
@@ -158,6 +177,11 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
             if (asked_mischief() == kLeakInResetup) {
                 lose_memory();
             }
+            if (asked_mischief() == kCrashDeniedResetup) {
+                const PF_Handle handle = in->utils->host_new_handle(1);
+                **handle = 0;
+                in->utils->host_dispose_handle(handle);
+            }
             return PF_Err_NONE;
         case PF_Cmd_SEQUENCE_FLATTEN:
             if (asked_mischief() == kLeakInFlatten) {
@@ -169,17 +193,16 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
         case PF_Cmd_PARAMS_SETUP:
             return add_params(in, out);
         case PF_Cmd_RENDER:
-            return plain_render(in, params, output);
+            return plain_render(in, out, params, output);
         case PF_Cmd_GET_EXTERNAL_DEPENDENCIES:
             return describe_dependencies(in, static_cast<PF_ExtDependenciesExtra*>(extra));
         case PF_Cmd_QUERY_DYNAMIC_FLAGS:
-            out->out_flags2 |= PF_OutFlag2_I_USE_3D_LIGHTS;
-            return PF_Err_NONE;
+            return query_flags(in, out);
         case PF_Cmd_SMART_PRE_RENDER:
-            return pre_render(in, static_cast<PF_PreRenderExtra*>(extra));
+            return pre_render(in, out, static_cast<PF_PreRenderExtra*>(extra));
         case PF_Cmd_SMART_RENDER:
             return smart_render(in, out, static_cast<PF_SmartRenderExtra*>(extra));
         default:
-            return PF_Err_NONE;
+            return other_command(cmd, params, extra);
     }
 }

@@ -73,6 +73,24 @@ enum Mischief {
     kCrashPreRender,
     kLeakInFlatten,
     kLeakInResetup,
+    kChangeFlags,    ///< at pre-render
+    kChangeCount,    ///< of parameters, in smart renders
+    kChangeVersion,  ///< in plain renders
+    kAskForRefresh,  ///< no mischief
+    kLeakInFlagQuery,
+    kLeakInPlain,         ///< renders
+    kHandleOnError,       ///< in the callbacks' slot, when the output cannot be had
+    kThrowOnError,        ///< likewise
+    kLeakWhenDenied,      ///< memory, when it gets no handle for its dependencies
+    kKeepFlagParameter,   ///< checked out in the flag query and not in again
+    kCrashDeniedResetup,  ///< when it gets no handle
+    kRefuseUserChange,
+    kWriteArbitrary,  ///< command's record
+    kCrashInGpuSetup,
+    kDeclareInterfaces,  ///< dialogs, events, sound, graphics processor: no mischief
+    kDeclareUpdates,     ///< of its controls: no mischief
+    kRefuseUpdates,      ///< declared too
+    kSupervise,          ///< a control: no mischief
     kMischiefEnd
 };
 

@@ -1,0 +1,77 @@
+#include "other_commands.h"
+
+#include "frames.h"
+#include "mischief.h"
+#include "test_effect.h"
+
+namespace test_effect {
+namespace {
+
+PF_Err refuse_if(Mischief mischief) {
+    return asked_mischief() == mischief ? PF_Err_BAD_CALLBACK_PARAM : PF_Err_NONE;
+}
+
+/// Commands that no host sends which could not do what goes with them.
+void trap_if_declared() {
+    if (asked_mischief() == kDeclareInterfaces) {
+        __builtin_trap();
+    }
+}
+
+}  // namespace
+
+void declare_other_commands(PF_OutData* out) {
+    switch (asked_mischief()) {
+        case kDeclareInterfaces:
+            out->out_flags |=
+                PF_OutFlag_I_DO_DIALOG | PF_OutFlag_CUSTOM_UI | PF_OutFlag_I_USE_AUDIO;
+            out->out_flags2 |= PF_OutFlag2_SUPPORTS_GPU_RENDER_F32;
+            break;
+        case kDeclareUpdates:
+        case kRefuseUpdates:
+            out->out_flags |= PF_OutFlag_SEND_UPDATE_PARAMS_UI;
+            break;
+        default:
+            break;
+    }
+}
+
+PF_Err other_command(PF_Cmd command, PF_ParamDef** params, void* extra) {
+    switch (command) {
+        case PF_Cmd_USER_CHANGED_PARAM:
+            if (asked_mischief() == kSupervise) {
+                __builtin_trap();
+            }
+            return refuse_if(kRefuseUserChange);
+        case PF_Cmd_UPDATE_PARAMS_UI:
+            // It looks at its controls there.
+            if (asked_mischief() == kDeclareUpdates &&
+                (params == nullptr || params[kCountId]->u.sd.value != 3)) {
+                return PF_Err_BAD_CALLBACK_PARAM;
+            }
+            return refuse_if(kRefuseUpdates);
+        case PF_Cmd_ARBITRARY_CALLBACK:
+            if (asked_mischief() == kWriteArbitrary) {
+                *static_cast<unsigned char*>(extra) = 1;
+            }
+            return PF_Err_NONE;
+        case PF_Cmd_GPU_DEVICE_SETUP:
+            if (asked_mischief() == kCrashInGpuSetup) {
+                __builtin_trap();
+            }
+            [[fallthrough]];
+        case PF_Cmd_DO_DIALOG:
+        case PF_Cmd_EVENT:
+        case PF_Cmd_AUDIO_RENDER:
+        case PF_Cmd_AUDIO_SETUP:
+        case PF_Cmd_AUDIO_SETDOWN:
+        case PF_Cmd_SMART_RENDER_GPU:
+        case PF_Cmd_GPU_DEVICE_SETDOWN:
+            trap_if_declared();
+            return PF_Err_NONE;
+        default:
+            return PF_Err_NONE;
+    }
+}
+
+}  // namespace test_effect
