@@ -7,9 +7,27 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#ifdef __linux__
+#include <sys/prctl.h>
+#endif
+
+#include <cerrno>
 #include <cstdio>
 
 namespace OSAPI {
+
+namespace {
+
+int become_reaper() {
+#ifdef __linux__
+    return ::prctl(PR_SET_CHILD_SUBREAPER, 1L, 0L, 0L, 0L);
+#else
+    errno = ENOSYS;
+    return -1;
+#endif
+}
+
+}  // namespace
 
 Syscalls& syscalls() {
     static Syscalls table = {
@@ -48,6 +66,8 @@ Syscalls& syscalls() {
         .sched_yield = ::sched_yield,
         .pause = ::pause,
         .sleep = ::sleep,
+        .setpgid = ::setpgid,
+        .become_reaper = become_reaper,
         .sigaction = ::sigaction,
         .geteuid = ::geteuid,
         .fcntl = [](int fd, int command, int argument) { return ::fcntl(fd, command, argument); },

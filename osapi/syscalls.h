@@ -53,6 +53,8 @@ struct Syscalls {
     int (*sched_yield)();
     int (*pause)();
     unsigned int (*sleep)(unsigned int seconds);
+    int (*setpgid)(pid_t pid, pid_t group);
+    int (*become_reaper)();  ///< of orphaned descendants; `ENOSYS` where there is no such thing
     int (*sigaction)(int sig, const struct ::sigaction* action, struct ::sigaction* previous);
     uid_t (*geteuid)();
     // Descriptors of all kinds.

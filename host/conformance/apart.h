@@ -57,9 +57,10 @@ struct Heard {
 
 using Body = std::function<void(Notes&)>;
 
-/// Runs `body` in a child of this process, which does not outlive the call. What `body` throws is a
-/// finding. The child's standard output goes nowhere. Throws `StrXception` when there can be no
-/// child.
+/// Runs `body` in a process of its own, which outlives neither the call nor this process, whatever
+/// ends that; neither do processes that it makes (`Keeper` tells which are found), and those still
+/// running at its end are a finding. What `body` throws is one too. Standard input is empty,
+/// standard output goes nowhere. Throws `StrXception` when there can be no such process.
 Heard run_apart(const Body& body, std::chrono::milliseconds limit);
 
 }  // namespace conformance

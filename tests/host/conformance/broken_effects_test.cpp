@@ -107,6 +107,7 @@ INSTANTIATE_TEST_SUITE_P(
         Broken{kExit,
                {"frames.16-bit"},
                "the process was ended by a call of exit during a 16-bit frame"},
+        Broken{kLeaveProcess, {"frames.16-bit"}, "left running"},
         Broken{kLeakMemory, kFrameLeaks, "bytes of heap lost each time"},
         Broken{kLeakEverySecond, kFrameLeaks, "bytes of heap lost in 8 rounds"},
         Broken{kFailFirst, with({"frames.first"}, kFrameLeaks), "status 516"},
@@ -201,6 +202,15 @@ TEST(BrokenEffectThatLosesMappings, IsCaughtWhereTheyTell) {
     EXPECT_EQ(row(report, "leaks.float").answer, "4096 bytes of address space lost each time");
 #endif
 }
+
+#ifdef __linux__
+/// Elsewhere the system keeps no track of what leaves the group.
+TEST(BrokenEffectThatLeavesASession, IsCaughtToo) {
+    const Report report = examine_with(kLeaveSession);
+    EXPECT_EQ(failing(report), std::set<std::string>{"frames.16-bit"});
+    EXPECT_EQ(row(report, "frames.16-bit").answer, "1 process was left running");
+}
+#endif
 
 TEST(BrokenEffectThatHangs, CostsItsTimeLimitAndARow) {
     const Report report = examine_with(kHang, std::chrono::milliseconds(2500));

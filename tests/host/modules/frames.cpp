@@ -243,6 +243,9 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
     if (extra->input->bitdepth == 16 && mischief == kExit) {
         std::exit(0);
     }
+    if (extra->input->bitdepth == 16 && (mischief == kLeaveProcess || mischief == kLeaveSession)) {
+        leave_process(mischief == kLeaveSession);
+    }
     if (mischief == kCrashSmart) {
         __builtin_trap();
     }

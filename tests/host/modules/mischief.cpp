@@ -43,4 +43,15 @@ void stay_loaded() {
     }
 }
 
+void leave_process(bool own_session) {
+    if (fork() == 0) {
+        if (own_session) {
+            setsid();
+        }
+        // For a run that should not end it.
+        sleep(60);
+        _exit(0);
+    }
+}
+
 }  // namespace test_effect

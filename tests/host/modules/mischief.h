@@ -24,5 +24,7 @@ void lose_memory();
 void lose_descriptor();
 void lose_mapping();
 void stay_loaded();
+/// Makes a process that does not end for a while, in a session of its own if wished.
+void leave_process(bool own_session);
 
 }  // namespace test_effect

@@ -63,6 +63,8 @@ enum Mischief {
     kDisposeTwiceWhenTwo,  ///< frames are under way
     kNoFloat,              ///< declared: no mischief
     kExit,                 ///< in 16-bit renders
+    kLeaveProcess,         ///< running, in 16-bit renders
+    kLeaveSession,         ///< likewise, in a session of its own
     kLeakEverySecond,      ///< render
     kFailFirst,            ///< frame of the composition
     kFailLast,             ///< frame of the composition
