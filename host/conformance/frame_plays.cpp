@@ -40,6 +40,28 @@ void play_part(Stage& stage) {
     stage.inspect(stage.draw(options), Drawing::Whole);
 }
 
+/// A preview at half resolution.
+void play_downsampled(Stage& stage) {
+    host::Scene scene = pan_scene();
+    // Whose half is a whole number of pixels.
+    scene.composition.width = 48;
+    scene.composition.height = 28;
+    RenderOptions options = stage.options();
+    options.width = scene.composition.width / 2;
+    options.height = scene.composition.height / 2;
+    stage.inspect(stage.draw(options, scene), Drawing::Whole);
+}
+
+/// A layer of pixels that are not square.
+void play_aspect(Stage& stage) {
+    host::Project project(pan_scene());
+    project.layers.front().pixel_aspect = {10, 11};
+    EffectInstance instance(stage.session(), project);
+    stage.begin_step();
+    stage.inspect(instance.render(project.composition.frame_time(kFrame), stage.options()),
+                  Drawing::Whole);
+}
+
 void play_empty_request(Stage& stage) {
     const Frame whole = stage.draw(stage.options());
     stage.inspect(whole, Drawing::Whole);
@@ -144,6 +166,8 @@ constexpr Play kSmartPlays[] = {
     {{"frames.no-camera", "a frame without a camera", kDrawn}, play_without_camera},
     {{"frames.one-pixel", "a frame of one pixel", kDrawn}, play_one_pixel},
     {{"frames.part", "a part of a frame", kDrawn}, play_part},
+    {{"frames.downsampled", "a frame at half resolution", kDrawn}, play_downsampled},
+    {{"frames.aspect", "a frame of pixels that are not square", kDrawn}, play_aspect},
     {{"frames.empty", "a pre-render that asks for no pixels",
       "status 0, the largest result as for a whole frame"},
      play_empty_request},

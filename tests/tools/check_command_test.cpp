@@ -96,7 +96,7 @@ TEST(Check, CountsTheRowsThatFail) {
     broken.environment = {"MISCHIEF=2"};  // throws
     const ToolResult result = run_tool({"check", CONFORMING_EFFECT, "--time-limit", "60"}, broken);
     EXPECT_EQ(result.code, 1);
-    EXPECT_EQ(result.err.find("lumivar: 13 of "), 0U) << result.err;
+    EXPECT_EQ(result.err.find("lumivar: 15 of "), 0U) << result.err;
     EXPECT_TRUE(holds(result.out, "\nNot examined\n"));
 }
 

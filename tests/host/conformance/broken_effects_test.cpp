@@ -50,9 +50,9 @@ std::ostream& operator<<(std::ostream& out, const Broken& broken) {
 
 /// Every row in which a frame is smart rendered.
 const std::set<std::string> kRenders = {
-    "frames.8-bit", "frames.16-bit",    "frames.float",      "frames.first", "frames.last",
-    "frames.still", "frames.no-camera", "frames.one-pixel",  "frames.part",  "frames.empty",
-    "frames.again", "frames.rows",      "frames.interleaved"};
+    "frames.8-bit",  "frames.16-bit",    "frames.float",     "frames.first", "frames.last",
+    "frames.still",  "frames.no-camera", "frames.one-pixel", "frames.part",  "frames.downsampled",
+    "frames.aspect", "frames.empty",     "frames.again",     "frames.rows",  "frames.interleaved"};
 
 const std::set<std::string> kFrameLeaks = {"leaks.8-bit", "leaks.16-bit", "leaks.float"};
 
@@ -113,6 +113,9 @@ INSTANTIATE_TEST_SUITE_P(
         Broken{kFailFirst, with({"frames.first"}, kFrameLeaks), "status 516"},
         Broken{kFailLast, {"frames.last"}, "status 516"},
         Broken{kFailThird, kFrameLeaks, "frame 2: status 516"},
+        Broken{kFailPart, {"frames.part"}, "status 516"},
+        Broken{kFailDownsampled, {"frames.downsampled"}, "status 516"},
+        Broken{kFailAspect, {"frames.aspect"}, "status 516"},
         Broken{kCallInThird, kFrameLeaks, "frame 2: checkin_param: null"},
         Broken{kLeakDescriptor, kFrameLeaks, "1 file descriptors lost each time"},
         Broken{kLeakInFloat, {"leaks.float"}, "bytes of heap lost each time"},
@@ -236,9 +239,10 @@ TEST(EffectThatLeavesLayersToItsHost, Passes) {
     const Report report = examine_with(kKeepLayer);
     EXPECT_EQ(failing(report), std::set<std::string>{});
     // One in each depth; one each in the first and the last frame, in the rows without blur,
-    // without a camera, of one pixel, of a part, and after the empty request; two each of the same
-    // frame twice and with longer rows; three with the two layers.
-    EXPECT_EQ(row(report, "frames.layers").answer, "kept; 17 left for the host to take back");
+    // without a camera, of one pixel, of a part, at half resolution, of other pixels, and after the
+    // empty request; two each of the same frame twice and with longer rows; three with the two
+    // layers.
+    EXPECT_EQ(row(report, "frames.layers").answer, "kept; 19 left for the host to take back");
 }
 
 TEST(EffectThatAsksForARefresh, Passes) {
@@ -297,11 +301,11 @@ TEST(RulesOfFramesThatDied, AreNotKept) {
     // plain kinds.
     const Report renders = examine_with(kCrashSmart);
     EXPECT_EQ(failing(renders), kRenders);
-    EXPECT_EQ(row(renders, "frames.deleter").answer, "kept in 1 of 14 rows");
-    EXPECT_EQ(row(renders, "frames.bounds").answer, "kept in 4 of 17 rows");
+    EXPECT_EQ(row(renders, "frames.deleter").answer, "kept in 1 of 16 rows");
+    EXPECT_EQ(row(renders, "frames.bounds").answer, "kept in 4 of 19 rows");
     const Report pre_renders = examine_with(kCrashPreRender);
     EXPECT_EQ(failing(pre_renders).count("frames.no-render"), 1U);
-    EXPECT_EQ(row(pre_renders, "frames.bounds").answer, "kept in 3 of 17 rows");
+    EXPECT_EQ(row(pre_renders, "frames.bounds").answer, "kept in 3 of 19 rows");
     for (const char* rule : {"layers", "deleter", "rectangles"}) {
         EXPECT_TRUE(leaves_out(pre_renders, std::string("frames.") + rule +
                                                 ": no frame that it is for came to its end"))

@@ -127,6 +127,7 @@ void leave_handle(PF_InData* in, PF_SmartRenderExtra* extra) {
     const PF_Handle handle = in->utils->host_new_handle(1);
     std::memcpy(slot, &handle, sizeof handle);
 }
+bool is_half(const PF_RationalScale& scale) { return scale.num == 1 && scale.den == 2; }
 
 }  // namespace
 
@@ -143,8 +144,13 @@ PF_Err pre_render(PF_InData* in, PF_OutData* out, PF_PreRenderExtra* extra) {
     const int mischief = instance->mischief;
     const A_long frame = in->time_step != 0 ? in->current_time / in->time_step : -1;
     const bool last = in->current_time + in->time_step >= in->total_time;
-    instance->fails = (mischief == kFailFirst && frame == 0) || (mischief == kFailLast && last) ||
-                      (mischief == kFailThird && frame == 2);
+    const PF_RationalScale& aspect = in->pixel_aspect_ratio;
+    instance->fails =
+        (mischief == kFailFirst && frame == 0) || (mischief == kFailLast && last) ||
+        (mischief == kFailThird && frame == 2) ||
+        (mischief == kFailPart && extra->input->output_request.rect.left > 0) ||
+        (mischief == kFailDownsampled && is_half(in->downsample_x) && is_half(in->downsample_y)) ||
+        (mischief == kFailAspect && static_cast<A_u_long>(aspect.num) != aspect.den);
     if (mischief == kCallInThird && frame == 2) {
         PF_ParamDef none;
         in->inter.checkin_param(in->effect_ref, &none);

@@ -65,6 +65,9 @@ enum Mischief {
     kExit,                 ///< in 16-bit renders
     kLeaveProcess,         ///< running, in 16-bit renders
     kLeaveSession,         ///< likewise, in a session of its own
+    kFailPart,             ///< of a frame
+    kFailDownsampled,      ///< to the half
+    kFailAspect,           ///< but that of square pixels
     kLeakEverySecond,      ///< render
     kFailFirst,            ///< frame of the composition
     kFailLast,             ///< frame of the composition
