@@ -100,6 +100,11 @@ void Examination::enter(const RowText& text, const Heard& heard) {
 }
 
 void Examination::leave_out(std::string_view what, std::string_view why) {
+    whole_ = false;
+    note_limit(what, why);
+}
+
+void Examination::note_limit(std::string_view what, std::string_view why) {
     report_.unexamined.push_back(std::string(what) + ": " + std::string(why));
 }
 
@@ -120,7 +125,7 @@ const std::vector<std::string>& Examination::known_violations(host::Application 
 Report Examination::finish() {
     const std::size_t looked_at = report_.rows.size();
     // What was not looked at may be where a deviation shows.
-    const bool whole = report_.unexamined.empty();
+    const bool whole = whole_;
     if (!declared && !deviations_of(report_.match_name).empty()) {
         leave_out("kept", "the effect cannot be set up");
         return std::move(report_);

@@ -56,6 +56,8 @@ public:
     static std::vector<Finding> under(const Heard& heard, std::string_view rule);
     /// Notes what cannot be looked at, instead of passing over it.
     void leave_out(std::string_view what, std::string_view why);
+    /// Notes what this host never looks at. Nothing that is looked at is hidden by it.
+    void note_limit(std::string_view what, std::string_view why);
     /// Whether there is a row of this id that does not fail: others are built on it.
     bool stands(std::string_view id) const;
 
@@ -69,6 +71,8 @@ public:
     /// What a session without frames breaks already; set by the set-up rows.
     const std::vector<std::string>& known_violations(host::Application application) const;
     std::map<host::Application, std::vector<std::string>> violations_of_set_up;
+    /// The pixel formats declared to Premiere Pro; set by the set-up rows.
+    std::vector<std::int32_t> premiere_formats;
     /// What the first set-up was like, from which controls and later rows go on.
     Heard set_up;
     /// Nothing when the bundle has none that can be read.
@@ -83,6 +87,7 @@ private:
     std::filesystem::path bundle_;
     Options options_;
     std::size_t probes_ = 0;
+    bool whole_ = true;  ///< nothing was left out
     Report report_;
 };
 

@@ -12,6 +12,7 @@
 #include "frame_plays.h"
 #include "frame_rules.h"
 #include "frames.h"
+#include "premiere_formats.h"
 #include "rules.h"
 
 namespace conformance {
@@ -98,6 +99,11 @@ void examine_frames(Examination& run) {
     }
     for (const Rule& rule : kRules) {
         enter_rule(run, rule, frames);
+    }
+    const std::string formats = formats_not_drawn(run.premiere_formats);
+    if (!formats.empty()) {
+        run.note_limit("frames.premiere-formats",
+                       "this host draws 8-bit BGRA only, and the effect declares " + formats);
     }
 }
 

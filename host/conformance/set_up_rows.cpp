@@ -17,6 +17,9 @@ namespace {
 using host::Application;
 using host::Session;
 
+/// Kept by the probe of Premiere Pro's set-up.
+constexpr char kPixelFormats[] = "pixel formats";
+
 /// The command that the effect refused, then what it broke until then.
 void tell_refusal(Notes& notes, const host::EffectError& error) {
     notes.find("", error.what() + (" (status " + std::to_string(error.status())) + ")");
@@ -83,6 +86,7 @@ void ask_nothing(Session& session, Notes& notes) {
             notes.find("", "an error message with status 0: " + message.text);
         }
     }
+    notes.keep(kPixelFormats, session.declared_pixel_formats());
     notes.say("status 0 each; " + std::to_string(session.declared_pixel_formats().size()) +
               " pixel formats declared");
 }
@@ -166,6 +170,7 @@ void examine_set_up(Examination& run) {
     const Heard premiere = put(run, {"setup.premiere", "set-up in Premiere Pro", "status 0 each"},
                                Application::Premiere, known, ask_nothing);
     run.violations_of_set_up[Application::Premiere] = premiere.kept.value("violations", known);
+    run.premiere_formats = premiere.kept.value(kPixelFormats, run.premiere_formats);
     put_questions(run);
     leave_out_commands(run);
 }

@@ -324,6 +324,19 @@ TEST(EffectWithoutFloat, IsPlayedAtItsDeepest) {
     EXPECT_THROW(row(report, "frames.float"), std::runtime_error);
 }
 
+TEST(EffectWithFormatsOfPremiere, IsToldWhichOfThemTheHostDoesNotDraw) {
+    const std::string note =
+        "frames.premiere-formats: this host draws 8-bit BGRA only, and the effect declares ";
+    const Report one = examine_with(kPremiereFloat);
+    EXPECT_EQ(failing(one), std::set<std::string>{});
+    EXPECT_TRUE(leaves_out(one, note + "float BGRA"));
+    EXPECT_TRUE(leaves_out(examine_with(kPremiereFormats),
+                           note + "float BGRA, 16-bit BGRA and the format 0x12345678"));
+    for (const std::string& other : examine_with(kNone).unexamined) {
+        EXPECT_EQ(other.find("frames.premiere-formats"), std::string::npos);
+    }
+}
+
 TEST(BrokenEffectThatCallsWhatTheHostLacks, IsQuotedFromItsLastWords) {
     const Report report = examine_with(kCallUnprovided);
     EXPECT_EQ(failing(report), kRenders);

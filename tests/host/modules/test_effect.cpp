@@ -146,6 +146,13 @@ PF_Err global_setup(PF_InData* in, PF_OutData* out) {
         }
         formats->ClearSupportedPixelFormats(in->effect_ref);
         formats->AddSupportedPixelFormat(in->effect_ref, PF_PixelFormat_BGRA32);
+        if (asked_mischief() == kPremiereFloat || asked_mischief() == kPremiereFormats) {
+            formats->AddSupportedPixelFormat(in->effect_ref, PF_PixelFormat_BGRA128);
+        }
+        if (asked_mischief() == kPremiereFormats) {
+            formats->AddSupportedPixelFormat(in->effect_ref, PF_PixelFormat_BGRA64);
+            formats->AddSupportedPixelFormat(in->effect_ref, 0x12345678);
+        }
     }
     return PF_Err_NONE;
 }

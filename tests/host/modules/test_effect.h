@@ -68,6 +68,8 @@ enum Mischief {
     kFailPart,             ///< of a frame
     kFailDownsampled,      ///< to the half
     kFailAspect,           ///< but that of square pixels
+    kPremiereFloat,        ///< declared to Premiere Pro too: no mischief
+    kPremiereFormats,      ///< likewise, more formats, and one that nobody knows
     kLeakEverySecond,      ///< render
     kFailFirst,            ///< frame of the composition
     kFailLast,             ///< frame of the composition

@@ -1,0 +1,14 @@
+// What an effect declares to Premiere Pro to draw, and this host does not.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace conformance {
+
+/// "16-bit BGRA and float BGRA": those of the formats that are not drawn here, in their order;
+/// empty when all are.
+std::string formats_not_drawn(const std::vector<std::int32_t>& declared);
+
+}  // namespace conformance
