@@ -89,6 +89,12 @@ TEST(CommandLine, ComplainsInOneLineOfANameOfSeveral) {
               "lumivar: cannot read /nonexistent/a b.stars: No such file or directory\n");
 }
 
+TEST(CommandLine, ComplainsWithoutActingOnTheTerminal) {
+    const ToolResult result = run_tool({"catalog", "info", "/nonexistent/\x1B[2J\xFF.stars"});
+    EXPECT_EQ(result.err,
+              "lumivar: cannot read /nonexistent/\\x1B[2J\\xFF.stars: No such file or directory\n");
+}
+
 TEST(CommandLine, FailedWorkIsOneLineAndCodeOne) {
     const ToolResult result = run_tool({"catalog", "info", "/nonexistent/a.stars"});
     EXPECT_EQ(result.code, 1);

@@ -1,6 +1,7 @@
 #include "command_line.h"
 
 #include <base/exceptions.h>
+#include <host/printable.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -17,10 +18,10 @@ namespace lumivar {
 namespace {
 
 int complain(std::string text, int code) {
-    // One line, whatever line feeds a file's name or a library's text brings along.
+    // One line, whatever a file's name or a library's text brings along.
     std::replace_if(
         text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
-    std::fprintf(stderr, "lumivar: %s\n", text.c_str());
+    std::fprintf(stderr, "lumivar: %s\n", host::printable(text).c_str());
     return code;
 }
 
