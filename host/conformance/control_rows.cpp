@@ -105,7 +105,7 @@ void examine_controls(Examination& run) {
         run.leave_out("controls", "the effect cannot be set up");
         return;
     }
-    const auto count = run.set_up.kept["controls"].get<std::size_t>();
+    const auto count = run.set_up.kept.at("controls").get<std::size_t>();
     for (const RowText& row : kRows) {
         run.enter(row, Examination::under(run.set_up, row.id), std::to_string(count) + " controls");
     }

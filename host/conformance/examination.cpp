@@ -2,6 +2,7 @@
 
 #include <conformance/deviations.h>
 #include <host/module.h>
+#include <host/printable.h>
 
 #include <algorithm>
 #include <utility>
@@ -21,6 +22,31 @@ void note_once(std::vector<std::string>& names, const std::string& name) {
     if (!name.empty() && std::find(names.begin(), names.end(), name) == names.end()) {
         names.push_back(name);
     }
+}
+
+void note_once(std::vector<RowFinding>& findings, RowFinding finding) {
+    const bool known = std::any_of(findings.begin(), findings.end(), [&](const RowFinding& one) {
+        return one.text == finding.text && one.deviation == finding.deviation;
+    });
+    if (!known) {
+        findings.push_back(std::move(finding));
+    }
+}
+
+/// In one line.
+std::string in_short(const std::vector<RowFinding>& findings) {
+    std::vector<std::string> texts;
+    for (const RowFinding& finding : findings) {
+        note_once(texts, finding.text);
+    }
+    std::string text;
+    for (std::size_t i = 0; i < std::min(texts.size(), kFindingsTold); ++i) {
+        text += (i == 0 ? "" : "; ") + texts[i];
+    }
+    if (texts.size() > kFindingsTold) {
+        text += "; and " + std::to_string(texts.size() - kFindingsTold) + " more";
+    }
+    return text;
 }
 
 }  // namespace
@@ -57,41 +83,32 @@ std::vector<Finding> Examination::under(const Heard& heard, std::string_view rul
     return found;
 }
 
-Verdict Examination::judge(Row& row, const std::vector<Finding>& findings) const {
-    bool kept = true;
-    for (const Finding& finding : findings) {
-        note_once(row.deviations, finding.deviation);
-        kept = kept && kept_by(report_.match_name, finding.deviation);
+void Examination::judge(Row& row, const std::vector<Finding>& findings) const {
+    if (findings.empty()) {
+        return;
     }
-    return findings.empty() ? Verdict::Pass : kept ? Verdict::Deviation : Verdict::Fail;
+    row.verdict = Verdict::Deviation;
+    // What fails is told before what is kept.
+    for (const bool kept : {false, true}) {
+        for (const Finding& finding : findings) {
+            if (kept_by(report_.match_name, finding.deviation) == kept) {
+                note_once(row.findings, {host::printable(finding.text), finding.deviation, kept});
+                note_once(row.deviations, finding.deviation);
+                row.verdict = kept ? row.verdict : Verdict::Fail;
+            }
+        }
+    }
+    row.answer = in_short(row.findings);
 }
 
 void Examination::enter(const RowText& text, const std::vector<Finding>& findings,
-                        std::string answer) {
+                        const std::string& answer) {
     Row row;
-    row.id = text.id;
-    row.sent = text.sent;
-    row.promise = text.promise;
-    row.answer = std::move(answer);
-    row.verdict = judge(row, findings);
-    if (!findings.empty()) {
-        // What fails is told before what is kept.
-        std::vector<std::string> told;
-        for (const bool kept : {false, true}) {
-            for (const Finding& finding : findings) {
-                if (kept_by(report_.match_name, finding.deviation) == kept) {
-                    note_once(told, finding.text);
-                }
-            }
-        }
-        row.answer.clear();
-        for (std::size_t i = 0; i < std::min(told.size(), kFindingsTold); ++i) {
-            row.answer += (i == 0 ? "" : "; ") + told[i];
-        }
-        if (told.size() > kFindingsTold) {
-            row.answer += "; and " + std::to_string(told.size() - kFindingsTold) + " more";
-        }
-    }
+    row.id = host::printable(text.id);
+    row.sent = host::printable(text.sent);
+    row.promise = host::printable(text.promise);
+    row.answer = host::printable(answer);
+    judge(row, findings);
     report_.rows.push_back(std::move(row));
 }
 
@@ -105,7 +122,11 @@ void Examination::leave_out(std::string_view what, std::string_view why) {
 }
 
 void Examination::note_limit(std::string_view what, std::string_view why) {
-    report_.unexamined.push_back(std::string(what) + ": " + std::string(why));
+    report_.unexamined.push_back({host::printable(what), host::printable(why)});
+}
+
+void Examination::set_match_name(std::string_view name) {
+    report_.match_name = host::printable(name);
 }
 
 bool Examination::stands(std::string_view id) const {
@@ -143,19 +164,19 @@ Report Examination::finish() {
         }
         Row row;
         row.id = "kept." + name;
-        row.sent = name;
+        row.sent = "all of these rows";
         row.promise = deviation.guide;
+        row.verdict = shown == 0 ? Verdict::Fail : Verdict::Deviation;
         if (shown == 0) {
-            row.verdict = Verdict::Fail;
             row.answer =
                 "it shows in no row, though it is on this effect's list; take it off the "
                 "list if the contract no longer keeps it";
         } else {
-            row.verdict = Verdict::Deviation;
             row.answer = "shows in " + std::to_string(shown) + (shown == 1 ? " row" : " rows") +
                          "; kept: " + std::string(deviation.reason);
             row.deviations = {name};
         }
+        row.findings = {{row.answer, name, shown != 0}};
         report_.rows.push_back(std::move(row));
     }
     return std::move(report_);

@@ -48,8 +48,11 @@ public:
 
     /// Runs a probe apart from this process.
     Heard probe(const Body& body);
+    // Whatever texts come in, of a row or beside it, what a terminal obeys is made readable there.
+
     /// Enters a row: a pass with `answer` unless something was found.
-    void enter(const RowText& text, const std::vector<Finding>& findings, std::string answer);
+    void enter(const RowText& text, const std::vector<Finding>& findings,
+               const std::string& answer);
     /// Enters the row that a probe is for, from its own findings and how it ended.
     void enter(const RowText& text, const Heard& heard);
     /// Those of `heard` that belong in the row of a rule.
@@ -65,7 +68,7 @@ public:
     host::Session open(host::SessionOptions options = {}) const;
 
     const std::filesystem::path& file() const { return report_.file; }
-    void set_match_name(const std::string& name) { report_.match_name = name; }
+    void set_match_name(std::string_view name);
     /// Set by the set-up rows; nothing when the effect cannot be set up.
     std::optional<Declared> declared;
     /// What a session without frames breaks already; set by the set-up rows.
@@ -82,7 +85,8 @@ public:
     Report finish();
 
 private:
-    Verdict judge(Row& row, const std::vector<Finding>& findings) const;
+    /// Findings, deviations, verdict and, where something was found, the answer.
+    void judge(Row& row, const std::vector<Finding>& findings) const;
 
     std::filesystem::path bundle_;
     Options options_;

@@ -9,11 +9,11 @@ const char* name_of(Verdict verdict) {
         case Verdict::Pass:
             return "pass";
         case Verdict::Deviation:
-            return "kept deviation";
+            return "kept";
         case Verdict::Fail:
             break;
     }
-    return "FAIL";
+    return "fail";
 }
 
 std::size_t Report::count(Verdict verdict) const {

@@ -3,20 +3,19 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
+#include <vector>
 
-#include "check_report.h"
+#include "host/modules/test_effect.h"
 #include "support/scratch.h"
 #include "tool_run.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using conformance::Report;
-using conformance::Row;
-using conformance::Verdict;
 
 bool holds(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
@@ -35,24 +34,23 @@ TEST(Check, FindsThePluginOfTheProgramInOrder) {
     EXPECT_TRUE(holds(report["module"], "plugin/Lumivar.plugin/Contents/MacOS/Lumivar"));
     EXPECT_GT(report["rows"].size(), 100U);
     for (const nlohmann::json& row : report["rows"]) {
-        EXPECT_NE(row["verdict"], "FAIL") << row;
+        EXPECT_NE(row["verdict"], "fail") << row;
+        EXPECT_EQ(row["findings"].empty(), row["verdict"] == "pass") << row;
     }
 }
 
-/// The table's rows: of each block the first line, whose verdict stands in the last column.
-std::vector<std::string> verdicts_of_table(const std::string& text) {
-    std::vector<std::string> verdicts;
+/// How the table's rows begin: verdict and id.
+std::vector<std::string> rows_of_table(const std::string& text) {
+    std::vector<std::string> rows;
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
-        for (const char* verdict : {"  pass", "  FAIL", "  kept deviation"}) {
-            const std::string end = verdict;
-            if (line.size() > end.size() &&
-                line.compare(line.size() - end.size(), end.size(), end) == 0) {
-                verdicts.push_back(end.substr(2));
+        for (const char* verdict : {"pass  ", "FAIL  ", "kept  "}) {
+            if (line.rfind(verdict, 0) == 0) {
+                rows.push_back(line.substr(0, line.find("  ", 6)));
             }
         }
     }
-    return verdicts;
+    return rows;
 }
 
 TEST(Check, TellsTheSameRowsAsATableAndAsJson) {
@@ -62,22 +60,45 @@ TEST(Check, TellsTheSameRowsAsATableAndAsJson) {
     const ToolResult table = run_tool({"check", module, "--time-limit", "60"}, broken);
     const ToolResult json = run_tool({"check", module, "--time-limit", "60", "--json"}, broken);
     const nlohmann::json report = nlohmann::json::parse(json.out);
-    std::vector<std::string> verdicts;
+    const std::map<std::string, std::string> words = {
+        {"pass", "pass  "}, {"fail", "FAIL  "}, {"kept", "kept  "}};
+    std::vector<std::string> rows;
     for (const nlohmann::json& row : report["rows"]) {
-        verdicts.push_back(row["verdict"]);
+        rows.push_back(words.at(row["verdict"]) + row["id"].get<std::string>());
     }
-    EXPECT_EQ(verdicts_of_table(table.out), verdicts);
-    EXPECT_EQ(std::count(verdicts.begin(), verdicts.end(), "FAIL"), 1);
-    for (const nlohmann::json& note : report["not_examined"]) {
-        EXPECT_TRUE(holds(table.out, "\n" + note.get<std::string>() + "\n")) << note;
-    }
+    EXPECT_EQ(rows_of_table(table.out), rows);
+    EXPECT_EQ(report["counts"]["rows"], rows.size());
+    EXPECT_EQ(report["counts"]["fail"], 1);
+    EXPECT_TRUE(holds(table.out, "\nRows that fail\n\n      frames.bounds\n\n"));
+    EXPECT_TRUE(holds(table.out, "\nNot examined\n\n      registration: there is no Info.plist"));
+    EXPECT_EQ(report["not_examined"][0]["what"], "registration");
     EXPECT_EQ(report["passed"], false);
     for (const ToolResult& result : {table, json}) {
         EXPECT_EQ(result.code, 1);
-        EXPECT_EQ(result.err.find("lumivar: the check \"all of these frames\" fails: the plug-in "
-                                  "wrote outside the output's pixels: in the padding of row 1"),
+        EXPECT_EQ(result.err.find("lumivar: the check frames.bounds (all of these frames) fails: "
+                                  "the plug-in wrote outside the output's pixels: in the padding "
+                                  "of row 1"),
                   0U)
             << result.err;
+    }
+}
+
+/// Whether it holds more than lines of plain characters.
+bool acts_on_terminal(const std::string& text) {
+    return std::any_of(text.begin(), text.end(), [](char character) {
+        return (character < ' ' && character != '\n') || character > '~';
+    });
+}
+
+TEST(Check, LetsNoModuleActOnTheTerminal) {
+    ToolOptions acting;
+    acting.environment = {"MISCHIEF=" + std::to_string(test_effect::kActOnTheTerminal)};
+    for (const char* form : {"--json", "--time-limit=60"}) {
+        const ToolResult result = run_tool({"check", CONFORMING_EFFECT, form}, acting);
+        EXPECT_FALSE(acts_on_terminal(result.out)) << form;
+        EXPECT_EQ(result.err,
+                  "lumivar: the check frames.16-bit (a 16-bit frame) fails: status 516: "
+                  "\\x1B[2Jnone\\n\\xC2\\x9B2J\n");
     }
 }
 
@@ -99,6 +120,10 @@ TEST(Check, CountsTheRowsThatFail) {
     const ToolResult result = run_tool({"check", CONFORMING_EFFECT, "--time-limit", "60"}, broken);
     EXPECT_EQ(result.code, 1);
     EXPECT_EQ(result.err.find("lumivar: 15 of "), 0U) << result.err;
+    EXPECT_TRUE(holds(result.err,
+                      " rows of the check fail: frames.8-bit, frames.16-bit, frames.float and 12 "
+                      "more\n"))
+        << result.err;
     EXPECT_TRUE(holds(result.out, "\nNot examined\n"));
 }
 
@@ -138,7 +163,7 @@ TEST(Check, NamesAFileThatIsNoModuleAndTheRemedy) {
     write_file(folder / "text", "no module");
     const ToolResult result = run_tool({"check", folder / "text"});
     EXPECT_EQ(result.code, 1);
-    EXPECT_TRUE(holds(result.err, "lumivar: the check \"load the module\" fails: \"" +
+    EXPECT_TRUE(holds(result.err, "lumivar: the check bundle.module (load the module) fails: \"" +
                                       (folder / "text") + "\" cannot be loaded: "))
         << result.err;
     EXPECT_TRUE(holds(result.err, "; build it for this machine, with all it needs\n"));
@@ -148,7 +173,7 @@ TEST(Check, NamesAModuleWithoutAnEntryPointAndTheRemedy) {
     const ToolResult result = run_tool({"check", NO_ENTRY_POINT});
     EXPECT_EQ(result.code, 1);
     EXPECT_EQ(result.err,
-              "lumivar: the check \"load the module\" fails: \"" NO_ENTRY_POINT
+              "lumivar: the check bundle.module (load the module) fails: \"" NO_ENTRY_POINT
               "\" exports no entry point EntryPointFunc; export it with C linkage and default "
               "visibility\n");
 }
@@ -156,7 +181,8 @@ TEST(Check, NamesAModuleWithoutAnEntryPointAndTheRemedy) {
 TEST(Check, TeachesItself) {
     const ToolResult result = run_tool({"check", "--help"});
     EXPECT_EQ(result.code, 0);
-    for (const char* part : {"BUNDLE", "--json", "--time-limit", "kept deviation", "Examples:"}) {
+    for (const char* part :
+         {"BUNDLE", "--json", "--time-limit", "kept deviation", "== \"fail\"", "Examples:"}) {
         EXPECT_TRUE(holds(result.out, part)) << part;
     }
     EXPECT_TRUE(holds(run_tool({"--help"}).out, "\n  check"));
@@ -167,66 +193,6 @@ TEST(Check, RefusesOtherTimeLimits) {
         EXPECT_EQ(run_tool({"check", "--time-limit", limit}).code, 2) << limit;
     }
     EXPECT_EQ(run_tool({"check", ""}).code, 2);
-}
-
-Row row(const std::string& id, const std::string& answer, Verdict verdict) {
-    Row one;
-    one.id = id;
-    one.sent = "something sent";
-    one.promise = "a promise";
-    one.answer = answer;
-    one.verdict = verdict;
-    return one;
-}
-
-TEST(ReportText, WrapsCellsAndSetsFamiliesApart) {
-    Report report;
-    report.file = "/some/Module";
-    report.match_name = "A Name";
-    report.rows = {
-        row("bundle.one", "an answer", Verdict::Pass),
-        row("frames.one", "a long answer\nthat goes on for more than thirty-six characters",
-            Verdict::Fail)};
-    report.unexamined = {"leaks: why"};
-    EXPECT_EQ(lumivar::report_as_text(report),
-              R"(/some/Module
-registered as "A Name"
-
-The bundle
-
-Sent                               Promised                         Came back                             Verdict
-something sent                     a promise                        an answer                             pass
-
-Frames
-
-Sent                               Promised                         Came back                             Verdict
-something sent                     a promise                        a long answer that goes on for more   FAIL
-                                                                    than thirty-six characters
-
-Not examined
-
-leaks: why
-
-2 rows: 1 pass, 0 kept deviations, 1 fail, 1 not examined
-)");
-    EXPECT_EQ(lumivar::failure_text(report),
-              "the check \"something sent\" fails: a long answer\nthat goes on for more than "
-              "thirty-six characters");
-}
-
-TEST(ReportText, EndsWithTheCountsAlone) {
-    Report report;
-    report.rows = {row("bundle.one", "an answer", Verdict::Pass)};
-    const std::string text = lumivar::report_as_text(report);
-    EXPECT_EQ(text.substr(text.rfind('\n', text.size() - 2)),
-              "\n1 rows: 1 pass, 0 kept deviations, 0 fail\n");
-}
-
-TEST(ReportText, CutsWordsThatAreTooLong) {
-    Report report;
-    report.rows = {row("bundle.one", std::string(80, 'x'), Verdict::Pass)};
-    EXPECT_TRUE(holds(lumivar::report_as_text(report), std::string(36, 'x') + "  pass\n"));
-    EXPECT_FALSE(holds(lumivar::report_as_text(report), std::string(37, 'x')));
 }
 
 }  // namespace

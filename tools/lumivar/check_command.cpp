@@ -64,15 +64,19 @@ void add_check_command(CLI::App& program) {
         "left running, and for what differs from the bundle's registration. Each probe runs in\n"
         "a process of its own: a crash or a hang is a row like any other, and what is left\n"
         "running is ended, however the check ends.\n\n"
-        "Each row tells what was sent, what the interface promises, and what came back. A row\n"
-        "passes, fails, or is a kept deviation: behaviour that this effect's contract with saved\n"
-        "projects keeps although the interface's guide says otherwise. These belong to the effect\n"
-        "by its match name; in any other effect the same behaviour fails. The exit code is 1 if a\n"
-        "row fails.\n\n"
+        "Each row tells what was sent, what the interface promises, and what came back, under an\n"
+        "id that stays the same. A row passes, fails, or is a kept deviation: behaviour that this\n"
+        "effect's contract with saved projects keeps although the interface's guide says\n"
+        "otherwise. These belong to the effect by its match name; in any other effect the same\n"
+        "behaviour fails. The exit code is 1 if a row fails.\n\n"
+        "The table tells the first findings of a row, --json tells all of them. Control\n"
+        "characters in what the plug-in says stand as escapes, \\x1B, in both.\n\n"
         "Examples:\n"
         "  lumivar check\n"
         "  lumivar check build/asan-ubsan/plugin/Lumivar.plugin --time-limit 60\n"
-        "  lumivar check My.plugin --json | jq '.rows[] | select(.verdict == \"FAIL\")'\n");
+        "  lumivar check My.plugin | grep ^FAIL\n"
+        "  lumivar check My.plugin --json |\n"
+        "    jq -r '.rows[] | select(.verdict == \"fail\") | .id, .findings[].text'\n");
     command->callback([arguments] {
         const conformance::Report report = examined(arguments->bundle, arguments->seconds);
         const std::string text = arguments->json ? report_as_json(report) : report_as_text(report);

@@ -7,10 +7,14 @@
 
 namespace lumivar {
 
-/// A table under a heading for each family of rows, then what was not examined, then the counts.
+/// A table of 120 columns under a heading for each family of rows, then what was not examined, the
+/// ids of the rows that fail, and the counts.
 std::string report_as_text(const conformance::Report& report);
 
-/// The same rows and notes for other programs.
+/// Of the JSON. Greater when something in it is named or meant otherwise; members may be added.
+inline constexpr int kReportFormat = 1;
+
+/// The same for other programs, with all findings of each row.
 std::string report_as_json(const conformance::Report& report);
 
 /// What went wrong, in one line: the failing row itself if it is the only one.

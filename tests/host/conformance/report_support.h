@@ -7,6 +7,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace report_support {
 
@@ -35,6 +36,15 @@ inline std::set<std::string> showing(const conformance::Report& report,
         }
     }
     return ids;
+}
+
+/// "WHAT: WHY".
+inline std::vector<std::string> unexamined(const conformance::Report& report) {
+    std::vector<std::string> texts;
+    for (const conformance::Unexamined& one : report.unexamined) {
+        texts.push_back(one.what + ": " + one.why);
+    }
+    return texts;
 }
 
 inline const conformance::Row& row(const conformance::Report& report, const std::string& id) {

@@ -376,6 +376,13 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
         in->utils->ansi.strcpy(out->return_msg, "no can do");
         return PF_Err_BAD_CALLBACK_PARAM;
     }
+    if (mischief == kActOnTheTerminal && extra->input->bitdepth == 16) {
+        out->out_flags |= PF_OutFlag_DISPLAY_ERROR_MESSAGE;
+        in->utils->ansi.strcpy(out->return_msg,
+                               "\x1B[2Jnone\n\xC2\x9B"
+                               "2J");
+        return PF_Err_BAD_CALLBACK_PARAM;
+    }
     return kConforming ? err : PF_Err{PF_Err_NONE};
 }
 

@@ -98,6 +98,7 @@ enum Mischief {
     kDeclareUpdates,     ///< of its controls: no mischief
     kRefuseUpdates,      ///< declared too
     kSupervise,          ///< a control: no mischief
+    kActOnTheTerminal,  ///< by the message of a 16-bit render that fails
     kMischiefEnd
 };
 
