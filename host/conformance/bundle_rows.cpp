@@ -17,7 +17,8 @@ std::string hex(std::uint32_t number) {
 }
 
 void look_at_module(Examination& run) {
-    const Heard heard = run.probe([&](Notes& notes) {
+    const RowText row = {"bundle.module", "load the module", "it opens and exports EntryPointFunc"};
+    const Heard heard = run.probe(row.id, [&](Notes& notes) {
         notes.doing("loading");
         try {
             const host::Module module(run.file());
@@ -29,7 +30,7 @@ void look_at_module(Examination& run) {
                                              : "; build it for this machine, with all it needs"));
         }
     });
-    run.enter({"bundle.module", "load the module", "it opens and exports EntryPointFunc"}, heard);
+    run.enter(row, heard);
 }
 
 std::vector<Finding> missing_entries(const std::string& list, const std::string& executable) {

@@ -46,8 +46,12 @@ public:
     /// Throws `host::ModuleError` when there is no module.
     Examination(const std::filesystem::path& bundle, const Options& options);
 
+    /// What is probed from now on, for the progress: a row's id, or its family's name.
+    void look_at(std::string_view row);
     /// Runs a probe apart from this process.
     Heard probe(const Body& body);
+    /// The same for the row of an id.
+    Heard probe(std::string_view row, const Body& body);
     // Whatever texts come in, of a row or beside it, what a terminal obeys is made readable there.
 
     /// Enters a row: a pass with `answer` unless something was found.
@@ -92,6 +96,7 @@ private:
     Options options_;
     std::size_t probes_ = 0;
     bool whole_ = true;  ///< nothing was left out
+    std::string looking_at_;
     Report report_;
 };
 

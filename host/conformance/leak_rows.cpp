@@ -115,7 +115,7 @@ void examine_frame_leaks(Examination& run, const FrameKind& kind) {
             kind.sent +
             (kind.smart ? ", again and again, with and without a render" : ", again and again");
         run.enter({id, sent, kNothingLost},
-                  run.probe([&](Notes& notes) { lose_frames(run, kind, notes); }));
+                  run.probe(id, [&](Notes& notes) { lose_frames(run, kind, notes); }));
     }
 }
 
@@ -140,7 +140,7 @@ void examine_session_leaks(Examination& run, const Identity& identity,
         if (run.stands(identity.set_up_row)) {
             run.enter(
                 {id, std::string(probe.text.sent) + words, probe.text.promise},
-                run.probe([&](Notes& notes) { probe.play(run, identity.application, notes); }));
+                run.probe(id, [&](Notes& notes) { probe.play(run, identity.application, notes); }));
         } else {
             run.leave_out(id, "the effect cannot be set up");
         }
@@ -152,7 +152,7 @@ void examine_session_leaks(Examination& run, const Identity& identity,
     if (run.stands(kind->row())) {
         run.enter(
             {id, "unload after a frame" + words, "nothing of the module stays in the process"},
-            run.probe([&](Notes& notes) { stay(run, *kind, notes); }));
+            run.probe(id, [&](Notes& notes) { stay(run, *kind, notes); }));
     } else {
         run.leave_out(id, "a frame fails, see " + kind->row());
     }

@@ -1,7 +1,13 @@
 // lumivar check, as a user and a script run it. What the rows find is tested with the run itself.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <osapi/descriptor_flags.h>
+#include <stdlib.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <filesystem>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -176,6 +182,28 @@ TEST(Check, NamesAModuleWithoutAnEntryPointAndTheRemedy) {
               "lumivar: the check bundle.module (load the module) fails: \"" NO_ENTRY_POINT
               "\" exports no entry point EntryPointFunc; export it with C linkage and default "
               "visibility\n");
+}
+
+TEST(Check, ShowsOnATerminalWhatItLooksAt) {
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(terminal, 0);
+    ASSERT_EQ(grantpt(terminal), 0);
+    ASSERT_EQ(unlockpt(terminal), 0);
+    ToolOptions options;
+    options.error = ptsname(terminal);
+    // Held open, so that what was written can still be read after the program has ended.
+    const int other_end = open(options.error.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    // One probe alone: more than a terminal holds would wait for a reader.
+    EXPECT_EQ(run_tool({"check", NO_ENTRY_POINT}, options).code, 1);
+    std::array<char, 4096> text{};
+    OSAPI::set_blocking(terminal, false);
+    const ssize_t length = read(terminal, text.data(), text.size());
+    ASSERT_GT(length, 0);
+    const std::string shown(text.data(), static_cast<std::size_t>(length));
+    EXPECT_EQ(shown.find("\r\x1b[K0 probes: bundle.module\r\x1b[Klumivar: the check "), 0U)
+        << shown;
+    close(other_end);
+    close(terminal);
 }
 
 TEST(Check, TeachesItself) {

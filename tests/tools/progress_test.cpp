@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace {
 
 using lumivar::progress_text;
@@ -16,6 +18,18 @@ TEST(ProgressText, LeavesOutWhatIsNotKnown) {
     EXPECT_EQ(progress_text(0, 48, 4.0, "frames"), "0/48 frames");
     EXPECT_EQ(progress_text(1, 48, 0.0, "frames"), "1/48 frames");
     EXPECT_EQ(progress_text(10, 0, 2.0, "bytes"), "10 bytes, 5.0 bytes/s");
+}
+
+TEST(ProgressText, SaysWhatIsBeingDone) {
+    EXPECT_EQ(progress_text(0, 0, 1.0, "probes", "bundle.module"), "0 probes: bundle.module");
+    EXPECT_EQ(progress_text(10, 0, 2.0, "probes", "frames.float"),
+              "10 probes, 5.0 probes/s: frames.float");
+    EXPECT_EQ(progress_text(10, 0, 2.0, "probes", ""), "10 probes, 5.0 probes/s");
+}
+
+TEST(ProgressText, FitsALineOfANarrowTerminal) {
+    const std::string text = progress_text(10, 0, 2.0, "probes", std::string(80, 'x'));
+    EXPECT_EQ(text, "10 probes, 5.0 probes/s: " + std::string(79 - 25, 'x'));
 }
 
 }  // namespace

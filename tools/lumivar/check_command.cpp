@@ -27,7 +27,9 @@ conformance::Report examined(const std::string& bundle, double seconds) {
     Progress progress(0, "probes");
     conformance::Options options;
     options.time_limit = std::chrono::milliseconds(static_cast<int>(seconds * 1000.0));
-    options.progress = [&](std::size_t probes) { progress.update(probes); };
+    options.progress = [&](std::size_t probes, const std::string& row) {
+        progress.update(probes, row);
+    };
     try {
         return conformance::examine(plugin, options);
     } catch (const host::ModuleError& error) {

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "text_columns.h"
+
 namespace lumivar {
 namespace {
 
@@ -33,6 +35,14 @@ std::string progress_text(std::uint64_t done, std::uint64_t total, double second
     return text;
 }
 
+std::string progress_text(std::uint64_t done, std::uint64_t total, double seconds,
+                          const std::string& unit, const std::string& what) {
+    // A line that goes on in the next one could not be wiped.
+    constexpr std::size_t kNarrow = 79;
+    const std::string text = progress_text(done, total, seconds, unit);
+    return cut(what.empty() ? text : text + ": " + what, kNarrow);
+}
+
 Progress::Progress(std::uint64_t total, std::string unit)
     : total_(total),
       unit_(std::move(unit)),
@@ -47,17 +57,27 @@ Progress::~Progress() {
 }
 
 void Progress::update(std::uint64_t done) {
-    if (!shown_) {
+    if (shown_ && Clock::now() - last_ >= kBetweenLines) {
+        show(done);
+    }
+}
+
+void Progress::update(std::uint64_t done, const std::string& what) {
+    if (what == what_) {
+        update(done);
         return;
     }
-    const Clock::time_point now = Clock::now();
-    if (now - last_ < kBetweenLines) {
-        return;
+    what_ = what;
+    if (shown_) {
+        show(done);
     }
-    last_ = now;
-    const std::chrono::duration<double> elapsed = now - start_;
+}
+
+void Progress::show(std::uint64_t done) {
+    last_ = Clock::now();
+    const std::chrono::duration<double> elapsed = last_ - start_;
     std::fprintf(stderr, "%s%s", kWipe,
-                 progress_text(done, total_, elapsed.count(), unit_).c_str());
+                 progress_text(done, total_, elapsed.count(), unit_, what_).c_str());
     std::fflush(stderr);
     line_open_ = true;
 }

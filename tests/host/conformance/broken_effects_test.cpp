@@ -405,7 +405,10 @@ TEST(ConformingEffect, PassesEveryRow) {
     std::size_t probes = 0;
     Options options;
     options.time_limit = report_support::kPatience;
-    options.progress = [&](std::size_t done) { EXPECT_EQ(done, ++probes); };
+    options.progress = [&](std::size_t done, const std::string& row) {
+        EXPECT_EQ(done, probes++);
+        EXPECT_FALSE(row.empty());
+    };
     const Report report = examine(CONFORMING_EFFECT, options);
     EXPECT_EQ(failing(report), std::set<std::string>{});
     EXPECT_EQ(report.count(conformance::Verdict::Deviation), 0U);

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -103,6 +104,23 @@ TEST(EnteredTexts, ActOnNoTerminal) {
     EXPECT_EQ(report.rows[2].answer, "killed by SIGABRT during a\\rb: last \\xFF words");
     EXPECT_EQ(report.unexamined.at(0).what, "faults.\\x1B");
     EXPECT_EQ(report.unexamined.at(0).why, "why\\x08");
+}
+
+TEST(ExaminationProgress, TellsWhatIsProbedBeforeItIs) {
+    std::vector<std::pair<std::size_t, std::string>> told;
+    conformance::Options options;
+    options.time_limit = std::chrono::milliseconds(60000);
+    options.progress = [&](std::size_t probes, const std::string& row) {
+        told.emplace_back(probes, row);
+    };
+    Examination run(CONFORMING_EFFECT, options);
+    const auto body = [](conformance::Notes& notes) { notes.say("here"); };
+    EXPECT_EQ(run.probe("frames.float", body).said, "here");
+    run.look_at("faults");
+    run.probe(body);
+    run.probe(body);
+    EXPECT_EQ(told, (std::vector<std::pair<std::size_t, std::string>>{
+                        {0, "frames.float"}, {1, "faults"}, {2, "faults"}}));
 }
 
 }  // namespace

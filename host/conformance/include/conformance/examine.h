@@ -12,14 +12,16 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <string>
 
 namespace conformance {
 
 struct Options {
     /// How long the module may take for one step (a command, a frame) before it counts as hung.
     std::chrono::milliseconds time_limit{10000};
-    /// Told after each probe how many are done; the total is not known beforehand.
-    std::function<void(std::size_t probes)> progress;
+    /// Told before each probe how many are done and what this one is for: the id of its row, or the
+    /// name of its family. The total is not known beforehand.
+    std::function<void(std::size_t probes, const std::string& row)> progress;
 };
 
 /// Examines a bundle, or a module file by itself. Throws `host::ModuleError` when there is none;
