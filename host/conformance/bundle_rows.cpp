@@ -2,8 +2,15 @@
 #include <host/module.h>
 #include <host_api/effect_interface.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdio>
+#include <initializer_list>
+#include <optional>
+#include <string_view>
+#include <utility>
 
+#include "bundle_files.h"
 #include "examination.h"
 #include "registration.h"
 
@@ -33,54 +40,160 @@ void look_at_module(Examination& run) {
     run.enter(row, heard);
 }
 
-std::vector<Finding> missing_entries(const std::string& list, const std::string& executable) {
+std::string joined(std::initializer_list<std::string_view> parts) {
+    std::string text;
+    for (const std::string_view part : parts) {
+        text += part;
+    }
+    return text;
+}
+
+Finding fault_of(const BundleFile& file, const std::string& text) {
+    return {"", file.name() + ": " + text, ""};
+}
+
+/// Of a file that is not there to be read.
+Finding without(const BundleFile& file, const std::string& remedy) {
+    return {"", file.name() + " " + file.trouble + "; " + remedy, ""};
+}
+
+/// What stands behind a key of a property list, as far as it is a text.
+struct Entry {
+    std::size_t line = 0;  ///< of the key, from 1; 0: there is none
+    std::optional<std::string> value;
+};
+
+Entry entry_of(const std::string& list, const std::string& key) {
+    static const std::string open = "<string>";
+    const std::string name = "<key>" + key + "</key>";
+    const std::size_t at = list.find(name);
+    if (at == std::string::npos) {
+        return {};
+    }
+    const auto lines =
+        std::count(list.begin(), list.begin() + static_cast<std::ptrdiff_t>(at), '\n');
+    Entry entry{static_cast<std::size_t>(lines) + 1, std::nullopt};
+    const std::size_t next = list.find_first_not_of(" \t\r\n", at + name.size());
+    if (next != std::string::npos && list.compare(next, open.size(), open) == 0) {
+        const std::size_t begin = next + open.size();
+        const std::size_t end = list.find("</string>", begin);
+        if (end != std::string::npos) {
+            entry.value = list.substr(begin, end - begin);
+        }
+    }
+    return entry;
+}
+
+std::string quoted(const std::string& text) {
+    constexpr std::size_t kLongest = 40;
+    return "\"" + text.substr(0, kLongest) + (text.size() > kLongest ? "..." : "") + "\"";
+}
+
+std::vector<Finding> wrong_entries(const BundleFile& list, const std::string& executable) {
     const std::pair<const char*, std::string> expected[] = {
         {"CFBundlePackageType", "eFKT"},
         {"CFBundleSignature", "FXTC"},
         {"CFBundleExecutable", executable},
     };
+    if (!list.content) {
+        return {without(list,
+                        "write one with CFBundlePackageType eFKT, CFBundleSignature FXTC and "
+                        "CFBundleExecutable " +
+                            executable)};
+    }
     std::vector<Finding> findings;
-    for (const auto& [key, value] : expected) {
-        const std::size_t at = list.find("<key>" + std::string(key) + "</key>");
-        const std::size_t open = at == std::string::npos ? at : list.find("<string>", at);
-        const std::string entry = "<string>" + value + "</string>";
-        if (open == std::string::npos || list.compare(open, entry.size(), entry) != 0) {
-            findings.push_back({"", std::string(key) + " is not " + value, ""});
+    for (const auto& [name, value] : expected) {
+        const std::string key = name;
+        const Entry entry = entry_of(*list.content, key);
+        const std::string remedy =
+            joined({"; write <key>", key, "</key><string>", value, "</string>"});
+        if (entry.line == 0) {
+            findings.push_back(fault_of(list, joined({"has no ", key, remedy})));
+        } else if (entry.value != value) {
+            const std::string found = entry.value ? quoted(*entry.value) : "no text";
+            findings.push_back(fault_of(list, joined({"line ", std::to_string(entry.line), ": ",
+                                                      key, " is ", found, remedy})));
         }
     }
     return findings;
 }
 
-/// Else the module stands alone, and nobody expects a registration.
-bool in_bundle(const std::filesystem::path& module) {
-    return module.parent_path().parent_path().filename() == "Contents";
+std::vector<Finding> wrong_package(const BundleFile& package) {
+    const std::string remedy = "write the eight bytes eFKTFXTC, without a line feed";
+    if (!package.content) {
+        return {without(package, remedy)};
+    }
+    if (*package.content != "eFKTFXTC") {
+        return {fault_of(package, "holds " + std::to_string(package.content->size()) + " bytes, " +
+                                      quoted(*package.content) + "; " + remedy)};
+    }
+    return {};
 }
 
-std::vector<Finding> wrong_names(const Registration& resource) {
+std::vector<Finding> wrong_names(const BundleFile& file, const Registration& resource) {
+    constexpr std::size_t kLongest = 31;
     std::vector<Finding> findings;
-    for (const char* key : {"name", "catg", "eMNA"}) {
+    for (const std::string key : {"name", "catg", "eMNA"}) {
         const auto text = resource.text(key);
-        if (!text || text->empty() || text->size() > 31) {
-            findings.push_back({"", std::string(key) + " is no text of 1 to 31 characters", ""});
+        if (text && !text->empty() && text->size() <= kLongest) {
+            continue;
         }
+        const std::string found =
+            !resource.has(key) ? "there is no " + key
+            : !text            ? key + " is no text with its length before it"
+                               : key + " has " + std::to_string(text->size()) + " characters";
+        findings.push_back(fault_of(file, found + "; register one of 1 to 31 characters"));
     }
     return findings;
 }
 
-std::vector<Finding> wrong_code(const Registration& resource) {
+std::vector<Finding> wrong_code(const BundleFile& file, const Registration& resource) {
+    const std::string entry_point = host::kEntryPointName;
     std::vector<Finding> findings;
     if (resource.bytes("kind") != "eFKT") {
-        findings.push_back({"", "the kind is not eFKT", ""});
+        findings.push_back(
+            fault_of(file, (resource.has("kind") ? "kind is " + quoted(resource.bytes("kind"))
+                                                 : std::string("there is no kind")) +
+                               "; register an effect, eFKT"));
     }
     if (!resource.has("mi64") && !resource.has("mi32") && !resource.has("ma64")) {
-        findings.push_back({"", "no entry point is named for any processor", ""});
+        findings.push_back(fault_of(file, "no entry point is named for any processor; register " +
+                                              entry_point + " as mi64, mi32 or ma64"));
     }
-    for (const char* key : {"mi64", "mi32", "ma64"}) {
-        if (resource.has(key) && resource.text(key) != host::kEntryPointName) {
-            findings.push_back({"", std::string(key) + " names another entry point", ""});
+    for (const std::string key : {"mi64", "mi32", "ma64"}) {
+        if (resource.has(key) && resource.text(key) != entry_point) {
+            const std::string named = quoted(resource.text(key).value_or(resource.bytes(key)));
+            findings.push_back(fault_of(file, joined({key, " names ", named, "; register ",
+                                                      entry_point, ", which the module exports"})));
         }
     }
     return findings;
+}
+
+constexpr RowText kResourceRow = {"bundle.resource", "read the registration resource",
+                                  "kind eFKT, and the entry point's name"};
+
+void look_at_resource(Examination& run, const BundleFile& file) {
+    static const std::string remedy = "build it from the effect's property list (PiPL)";
+    if (!file.content) {
+        run.enter(kResourceRow, {without(file, remedy)}, "");
+        return;
+    }
+    try {
+        const Registration resource(*file.content);
+        run.enter(kResourceRow, wrong_code(file, resource),
+                  "eFKT, " + std::string(host::kEntryPointName));
+        const std::string match_name = resource.text("eMNA").value_or("");
+        run.enter({"bundle.names", "read the registration resource",
+                   "name, category and match name of 1 to 31 characters"},
+                  wrong_names(file, resource),
+                  resource.text("name").value_or("") + ", " + resource.text("catg").value_or("") +
+                      ", " + match_name);
+        run.set_match_name(match_name);
+        run.registration = resource;
+    } catch (const ResourceError& error) {
+        run.enter(kResourceRow, {fault_of(file, error.what() + ("; " + remedy))}, "");
+    }
 }
 
 }  // namespace
@@ -108,7 +221,8 @@ void compare_with_registration(Examination& run) {
         if (registered != number.declared) {
             findings.push_back({"",
                                 "declared " + hex(number.declared) + ", registered " +
-                                    (registered ? hex(*registered) : "nothing"),
+                                    (registered ? hex(*registered) : "nothing") + " as " +
+                                    number.key + "; write the same into both",
                                 ""});
         }
         run.enter(number.text, findings, "both " + hex(number.declared));
@@ -117,47 +231,18 @@ void compare_with_registration(Examination& run) {
 
 void examine_bundle(Examination& run) {
     look_at_module(run);
+    const std::string executable = run.file().filename().string();
     const BundleFiles files(run.file());
-    if (files.none() && !in_bundle(run.file())) {
-        run.leave_out("registration", "there is no Info.plist, PkgInfo or Resources/" +
-                                          run.file().filename().string() +
+    if (!files.in_bundle) {
+        run.leave_out("registration", "there is no Info.plist, PkgInfo or Resources/" + executable +
                                           ".rsrc beside the module");
         return;
     }
-    const std::string executable = run.file().filename().string();
     run.enter({"bundle.info-list", "read Info.plist", "the bundle is an effect's (eFKT, FXTC)"},
-              files.info_list ? missing_entries(*files.info_list, executable)
-                              : std::vector<Finding>{{"", "there is none", ""}},
-              "eFKT, FXTC, " + executable);
-    std::vector<Finding> package;
-    if (files.package_info != "eFKTFXTC") {
-        package.push_back(
-            {"", files.package_info ? "it holds something else" : "there is none", ""});
-    }
-    run.enter({"bundle.package-info", "read PkgInfo", "eight bytes, eFKTFXTC"}, package,
-              "eFKTFXTC");
-
-    const RowText resource_row = {"bundle.resource", "read the registration resource",
-                                  "kind eFKT, and the entry point's name"};
-    if (!files.resource) {
-        run.enter(resource_row, {{"", "there is no Resources/" + executable + ".rsrc", ""}}, "");
-        return;
-    }
-    try {
-        const Registration resource(*files.resource);
-        run.enter(resource_row, wrong_code(resource),
-                  "eFKT, " + std::string(host::kEntryPointName));
-        const std::string match_name = resource.text("eMNA").value_or("");
-        run.enter({"bundle.names", "read the registration resource",
-                   "name, category and match name of 1 to 31 characters"},
-                  wrong_names(resource),
-                  resource.text("name").value_or("") + ", " + resource.text("catg").value_or("") +
-                      ", " + match_name);
-        run.set_match_name(match_name);
-        run.registration = resource;
-    } catch (const ResourceError& error) {
-        run.enter(resource_row, {{"", error.what(), ""}}, "");
-    }
+              wrong_entries(files.info_list, executable), "eFKT, FXTC, " + executable);
+    run.enter({"bundle.package-info", "read PkgInfo", "eight bytes, eFKTFXTC"},
+              wrong_package(files.package_info), "eFKTFXTC");
+    look_at_resource(run, files.resource);
 }
 
 }  // namespace conformance

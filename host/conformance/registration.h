@@ -1,8 +1,7 @@
-// What a bundle tells a host before its module is loaded.
+// The resource by which a bundle registers its effect with a host.
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -10,7 +9,8 @@
 
 namespace conformance {
 
-/// Bytes that are no resource file with one registration resource in it; the message says where.
+/// Bytes that are no resource file with one registration resource in it; the message says what is
+/// wrong and at which byte.
 class ResourceError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -20,8 +20,8 @@ public:
 /// padding.
 class Registration {
 public:
-    /// `file` is the bytes of a resource file (a resource fork kept as a plain file). Throws
-    /// `ResourceError`.
+    /// `file` is the bytes of a resource file (a resource fork kept as a plain file), whatever they
+    /// are. Throws `ResourceError`.
     explicit Registration(const std::string& file);
 
     bool has(const std::string& key) const { return properties_.count(key) != 0; }
@@ -34,16 +34,6 @@ public:
 
 private:
     std::map<std::string, std::string> properties_;
-};
-
-/// What of a bundle is there to read; all absent for a module file that stands alone.
-struct BundleFiles {
-    std::optional<std::string> info_list;
-    std::optional<std::string> package_info;
-    std::optional<std::string> resource;
-
-    explicit BundleFiles(const std::filesystem::path& module);
-    bool none() const { return !info_list && !package_info && !resource; }
 };
 
 }  // namespace conformance

@@ -54,8 +54,21 @@ protected:
         write_file(resource(), bytes.replace(at, from.size(), to));
     }
 
+    /// A file of the bundle, as messages name it.
+    std::string in_quotes(const std::string& file) const {
+        return "\"" + (bundle() / file).string() + "\"";
+    }
+
     ScratchFolder root;
 };
+
+std::vector<std::string> texts(const conformance::Row& row) {
+    std::vector<std::string> all;
+    for (const conformance::RowFinding& finding : row.findings) {
+        all.push_back(finding.text);
+    }
+    return all;
+}
 
 /// Where each habit shows. Worked out from what the effect does: a frame's host calls in order are
 /// the flag query's parameter, sixteen parameters, the camera's nine, the layer, its pixels, the
@@ -150,24 +163,83 @@ TEST_F(Conformance, NoticesARegistrationThatSaysOtherwise) {
     EXPECT_EQ(failing(report), (Ids{"setup.registered-version", "setup.registered-flags",
                                     "setup.registered-flags2", "bundle.package-info"}));
     EXPECT_EQ(row(report, "setup.registered-flags").answer,
-              "declared 0x03080000, registered 0x01080000");
+              "declared 0x03080000, registered 0x01080000 as eGLO; write the same into both");
+    EXPECT_EQ(
+        row(report, "bundle.package-info").answer,
+        in_quotes("Contents/PkgInfo") +
+            ": holds 9 bytes, \"eFKTFXTC\\n\"; write the eight bytes eFKTFXTC, without a line "
+            "feed");
 }
 
-TEST_F(Conformance, NoticesABrokenBundle) {
-    fs::remove(bundle() / "Contents/Info.plist");
+TEST_F(Conformance, NamesEachFileOfABrokenBundleThePlaceAndTheRemedy) {
+    const std::string list = read_file(bundle() / "Contents/Info.plist");
+    std::string wrong = list;
+    wrong.replace(wrong.find("<string>eFKT<"), 12, "<string>APPL");
+    wrong.replace(wrong.find("<key>CFBundleSignature"), 22, "<key>CFBundleNoSuch___");
+    wrong.replace(wrong.find("<string>Lumivar</string>"), 24, "<true/>");
+    write_file(bundle() / "Contents/Info.plist", wrong);
     write_file(resource(), read_file(resource()).substr(0, 300));
     const Report report = examine(bundle());
-    EXPECT_EQ(failing(report).count("bundle.info-list"), 1U);
-    EXPECT_EQ(row(report, "bundle.info-list").answer, "there is none");
-    EXPECT_EQ(failing(report).count("bundle.resource"), 1U);
-    fs::remove(resource());
-    EXPECT_EQ(row(examine(bundle()), "bundle.resource").answer,
-              "there is no Resources/Lumivar.rsrc");
+    const std::string name = in_quotes("Contents/Info.plist");
+    // Four lines come before the first entry, the executable's, and each entry has two.
+    EXPECT_EQ(
+        texts(row(report, "bundle.info-list")),
+        (std::vector<std::string>{name + ": line 13: CFBundlePackageType is \"APPL\"; write "
+                                         "<key>CFBundlePackageType</key><string>eFKT</string>",
+                                  name + ": has no CFBundleSignature; write "
+                                         "<key>CFBundleSignature</key><string>FXTC</string>",
+                                  name + ": line 5: CFBundleExecutable is no text; write "
+                                         "<key>CFBundleExecutable</key><string>Lumivar</string>"}));
+    // The resources come first, behind the file's first 256 bytes; what is in the map is gone.
+    const std::string answer = row(report, "bundle.resource").answer;
+    EXPECT_EQ(answer.find(in_quotes("Contents/Resources/Lumivar.rsrc") +
+                          ": the offset of the list of types, 2 bytes from byte "),
+              0U)
+        << answer;
+    EXPECT_NE(answer.find(" on, reaches beyond the file, which ends at byte 300; build it from the "
+                          "effect's property list (PiPL)"),
+              std::string::npos)
+        << answer;
+}
+
+TEST_F(Conformance, NamesEachFileThatABundleLacks) {
+    fs::remove(bundle() / "Contents/Info.plist");
     fs::remove(bundle() / "Contents/PkgInfo");
-    const Ids missing = failing(examine(bundle()));
+    fs::remove(resource());
+    fs::create_directory(resource());
+    const Report report = examine(bundle());
+    EXPECT_EQ(
+        row(report, "bundle.info-list").answer,
+        in_quotes("Contents/Info.plist") +
+            " is missing; write one with CFBundlePackageType eFKT, CFBundleSignature FXTC and "
+            "CFBundleExecutable Lumivar");
+    EXPECT_EQ(row(report, "bundle.package-info").answer,
+              in_quotes("Contents/PkgInfo") +
+                  " is missing; write the eight bytes eFKTFXTC, without a line feed");
+    EXPECT_EQ(row(report, "bundle.resource").answer,
+              in_quotes("Contents/Resources/Lumivar.rsrc") +
+                  " is no regular file; build it from the effect's property list (PiPL)");
     for (const char* id : {"bundle.info-list", "bundle.package-info", "bundle.resource"}) {
-        EXPECT_EQ(missing.count(id), 1U) << id << ": a bundle that lacks all three is ignored";
+        EXPECT_EQ(failing(report).count(id), 1U) << id << ": a bundle that lacks all is ignored";
     }
+}
+
+TEST_F(Conformance, NamesWhatARegistrationHasWrong) {
+    change_resource("kind", "kund");
+    change_resource("mi64", "MI64");
+    change_resource("EntryPointFunc", "EntryPointFunk");
+    change_resource("catg", "CATG");
+    const Report report = examine(bundle());
+    const std::string name = in_quotes("Contents/Resources/Lumivar.rsrc");
+    EXPECT_EQ(
+        texts(row(report, "bundle.resource")),
+        (std::vector<std::string>{
+            name + ": there is no kind; register an effect, eFKT",
+            name + ": mi32 names \"EntryPointFunk\"; register EntryPointFunc, which the module "
+                   "exports"}));
+    EXPECT_EQ(
+        texts(row(report, "bundle.names")),
+        std::vector<std::string>{name + ": there is no catg; register one of 1 to 31 characters"});
 }
 
 TEST_F(Conformance, SaysWhyWithoutADatabase) {

@@ -12,7 +12,6 @@
 #include "examination.h"
 #include "fault_family.h"
 #include "faults.h"
-#include "registration.h"
 #include "report_support.h"
 #include "rules.h"
 
@@ -20,54 +19,6 @@ namespace {
 
 using namespace std::string_literals;
 using conformance::Notes;
-using conformance::Registration;
-using conformance::ResourceError;
-
-/// A resource file by hand: the data at 16, two types in the map, the second the registration with
-/// two properties, of 4 and of 3 bytes.
-std::string resource_file() {
-    const std::string registration =
-        "\0\0\0\0\0\0\0\2"s + "8BIMkind\0\0\0\0\0\0\0\4eFKT"s + "8BIMeMNA\0\0\0\0\0\0\0\3\2Hi\0"s;
-    const std::string data = "\0\0\0\3abc"s + "\0\0\0\x30"s + registration;
-    const std::string types = "\0\1"s + "TEXT\0\0\0\x12"s + "PiPL\0\0\0\x1E"s;
-    const std::string references =
-        "\0\1\xFF\xFF\0\0\0\0\0\0\0\0"s + "\0\2\xFF\xFF\0\0\0\7\0\0\0\0"s;
-    const std::string map = std::string(24, '\0') + "\0\x1C\0\x3E"s + types + references;
-    const std::string map_at = {'\0', '\0', '\0', static_cast<char>(16 + data.size())};
-    return "\0\0\0\x10"s + map_at + std::string(8, '\0') + data + map;
-}
-
-TEST(RegistrationFile, IsFoundThroughTheMap) {
-    const Registration registration(resource_file());
-    EXPECT_EQ(registration.bytes("kind"), "eFKT");
-    EXPECT_EQ(registration.number("kind"), 0x65464B54U);
-    EXPECT_EQ(registration.text("eMNA"), "Hi");
-    EXPECT_FALSE(registration.has("eVER"));
-    EXPECT_EQ(registration.number("eVER"), std::nullopt);
-    EXPECT_EQ(registration.text("kind"), std::nullopt) << "its length byte is 0x65";
-    EXPECT_EQ(registration.number("eMNA"), std::nullopt) << "three bytes are no number";
-}
-
-TEST(RegistrationFile, CutShortIsRefusedWhereverItIsCut) {
-    const std::string file = resource_file();
-    // The last twelve bytes are the second reference, of which byte eight is the last that matters.
-    for (std::size_t size = 0; size < file.size() - 4; ++size) {
-        EXPECT_THROW(Registration(file.substr(0, size)), ResourceError) << size;
-    }
-    EXPECT_NO_THROW(Registration(file.substr(0, file.size() - 4)));
-}
-
-TEST(RegistrationFile, OfAnotherKindIsRefused) {
-    std::string file = resource_file();
-    file.replace(file.find("PiPL"), 4, "none");
-    try {
-        const Registration registration(file);
-        FAIL() << "accepted";
-    } catch (const ResourceError& error) {
-        EXPECT_STREQ(error.what(), "it has no resource of the type PiPL");
-    }
-    EXPECT_THROW(Registration(std::string(300, '\xFF')), ResourceError);
-}
 
 TEST(Rules, SortWhatTheHostTells) {
     using conformance::rule_of;
