@@ -67,20 +67,13 @@ Examination::Examination(const std::filesystem::path& bundle, const Options& opt
     report_.file = host::module_file(bundle);
 }
 
-void Examination::look_at(std::string_view row) { looking_at_ = host::printable(row); }
-
-Heard Examination::probe(const Body& body) {
+Heard Examination::probe(std::string_view row, const Body& body) {
     if (options_.progress) {
-        options_.progress(probes_, looking_at_);
+        options_.progress(probes_, host::printable(row));
     }
     Heard heard = run_apart(body, options_.time_limit);
     ++probes_;
     return heard;
-}
-
-Heard Examination::probe(std::string_view row, const Body& body) {
-    look_at(row);
-    return probe(body);
 }
 
 std::vector<Finding> Examination::under(const Heard& heard, std::string_view rule) {
@@ -191,23 +184,13 @@ Report Examination::finish() {
 
 Report examine(const std::filesystem::path& bundle, const Options& options) {
     Examination run(bundle, options);
-    struct Family {
-        std::string_view name;
-        void (*examine)(Examination& run);
-    };
-    constexpr Family kFamilies[] = {
-        {"bundle", examine_bundle},
-        {"setup", examine_set_up},
-        {"controls", examine_controls},
-        {"frames", examine_frames},
-        // Faults go by what is lost without them.
-        {"leaks", examine_leaks},
-        {"faults", examine_faults},
-    };
-    for (const Family& family : kFamilies) {
-        run.look_at(family.name);
-        family.examine(run);
-    }
+    examine_bundle(run);
+    examine_set_up(run);
+    examine_controls(run);
+    examine_frames(run);
+    // Faults go by what is lost without them.
+    examine_leaks(run);
+    examine_faults(run);
     return run.finish();
 }
 

@@ -46,11 +46,7 @@ public:
     /// Throws `host::ModuleError` when there is no module.
     Examination(const std::filesystem::path& bundle, const Options& options);
 
-    /// What is probed from now on, for the progress: a row's id, or its family's name.
-    void look_at(std::string_view row);
-    /// Runs a probe apart from this process.
-    Heard probe(const Body& body);
-    /// The same for the row of an id.
+    /// Runs a probe for a row, by its id, apart from this process.
     Heard probe(std::string_view row, const Body& body);
     // Whatever texts come in, of a row or beside it, what a terminal obeys is made readable there.
 
@@ -96,7 +92,6 @@ private:
     Options options_;
     std::size_t probes_ = 0;
     bool whole_ = true;  ///< nothing was left out
-    std::string looking_at_;
     Report report_;
 };
 

@@ -25,7 +25,7 @@ void examine_family(Examination& run, const FaultFamily& family) {
         return;
     }
     const std::string good_id = id + ".without-faults";
-    const Heard heard = run.probe([&](Notes& notes) {
+    const Heard heard = run.probe(good_id, [&](Notes& notes) {
         const GoodRun good = family.play_well(notes);
         notes.keep("calls", good.calls);
         notes.keep("violations", good.violations);
@@ -45,8 +45,8 @@ void examine_family(Examination& run, const FaultFamily& family) {
     }
     for (const FailingCall& call : failing_calls(good.calls)) {
         const std::string row = id + "." + call.slug();
-        const Heard answer =
-            run.probe([&](Notes& notes) { notes.keep("faults", family.play(call, good, notes)); });
+        const Heard answer = run.probe(
+            row, [&](Notes& notes) { notes.keep("faults", family.play(call, good, notes)); });
         const std::vector<Finding> found = told_with_faults(answer);
         if (found.empty() && answer.kept.at("faults") == 0) {
             run.leave_out(row, "the call was made in the run without faults alone");

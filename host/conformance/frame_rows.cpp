@@ -94,7 +94,7 @@ void examine_frames(Examination& run) {
     }
     std::vector<Played> frames;
     for (const FrameRow& row : frame_rows(*run.declared)) {
-        frames.push_back({row, run.probe([&](Notes& notes) { play(run, row, notes); })});
+        frames.push_back({row, run.probe(row.id, [&](Notes& notes) { play(run, row, notes); })});
         run.enter({row.id, row.sent, row.promise}, frames.back().heard);
     }
     for (const Rule& rule : kRules) {

@@ -67,8 +67,9 @@ void Listener::hear_lines() {
             hear(json::parse(line));
         } catch (const json::exception&) {
             // A module can write to any descriptor.
-            heard_.findings.push_back(
-                {"", "between the answers stands \"" + line.substr(0, 60) + "\"", "", heard_.doing});
+            heard_.findings.push_back({"",
+                                       "between the answers stands \"" + line.substr(0, 60) + "\"",
+                                       "", heard_.doing});
         }
     }
     text_.erase(0, begin);

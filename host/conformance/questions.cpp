@@ -210,7 +210,7 @@ std::vector<Question> standing_questions(const Examination& run, const Identity&
 void leave_out_commands(Examination& run) {
     for (const Wish& wish : kWishes) {
         if (wish.why_not != nullptr && declares(*run.declared, wish)) {
-            run.leave_out("setup.command-" + std::to_string(wish.command), wish.why_not);
+            run.note_limit("setup.command-" + std::to_string(wish.command), wish.why_not);
         }
     }
 }

@@ -94,7 +94,7 @@ void ask_nothing(Session& session, Notes& notes) {
 /// Asks in a session of its own. The row tells nothing that is known.
 Heard put(Examination& run, const RowText& text, Application application,
           const std::vector<std::string>& known, const Ask& ask) {
-    Heard heard = run.probe([&](Notes& notes) {
+    Heard heard = run.probe(text.id, [&](Notes& notes) {
         notes.doing("set-up");
         try {
             Session session = run.open({application, nullptr});
@@ -140,7 +140,7 @@ void examine_set_up(Examination& run) {
         run.leave_out("set-up", "the module cannot be loaded");
         return;
     }
-    run.set_up = run.probe([&](Notes& notes) { play_set_up(run, notes); });
+    run.set_up = run.probe("setup.session", [&](Notes& notes) { play_set_up(run, notes); });
     const Heard& heard = run.set_up;
     run.enter({"setup.session", "global, parameter and sequence set-up", "status 0 each"}, heard);
     if (heard.kept.contains("out_flags2")) {

@@ -35,8 +35,10 @@ TEST(Check, FindsThePluginOfTheProgramInOrder) {
     EXPECT_EQ(report["match_name"], "Lumivar Star Field");
     EXPECT_EQ(report["passed"], true);
     EXPECT_EQ(report["not_examined"],
-              nlohmann::json::array({"frames.premiere-formats: this host draws 8-bit BGRA only, "
-                                     "and the effect declares float BGRA and 16-bit BGRA"}));
+              nlohmann::json::array({{{"what", "frames.premiere-formats"},
+                                      {"why",
+                                       "this host draws 8-bit BGRA only, and the effect declares "
+                                       "float BGRA and 16-bit BGRA"}}}));
     EXPECT_TRUE(holds(report["module"], "plugin/Lumivar.plugin/Contents/MacOS/Lumivar"));
     EXPECT_GT(report["rows"].size(), 100U);
     for (const nlohmann::json& row : report["rows"]) {

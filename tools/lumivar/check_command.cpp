@@ -58,14 +58,14 @@ void add_check_command(CLI::App& program) {
                      "Seconds that one command or frame may take before it counts as hung (10)")
         ->check(CLI::Range(0.1, 3600.0));
     command->footer(
-        "Sends the plug-in every command that effects without a user interface of their own,\n"
-        "drawn by the processor, meet, in After Effects' way and in Premiere Pro's, in every\n"
-        "kind of frame that it declares; makes every call that it makes to the host fail in turn\n"
-        "and every suite be missing; and looks for writes outside the pixels, for suites,\n"
+        "Sends the plug-in every command, as After Effects and as Premiere Pro do, and asks for\n"
+        "every kind of frame that it declares; makes every call that it makes to the host fail\n"
+        "in turn and every suite be missing; and looks for writes outside the pixels, for suites,\n"
         "parameters, handles, memory and descriptors that are not given back, for processes\n"
         "left running, and for what differs from the bundle's registration. Each probe runs in\n"
         "a process of its own: a crash or a hang is a row like any other, and what is left\n"
-        "running is ended, however the check ends.\n\n"
+        "running is ended, however the check ends. What cannot be played to a plug-in that\n"
+        "declares dialogs, windows, sound or the graphics processor is told instead.\n\n"
         "Each row tells what was sent, what the interface promises, and what came back, under an\n"
         "id that stays the same. A row passes, fails, or is a kept deviation: behaviour that this\n"
         "effect's contract with saved projects keeps although the interface's guide says\n"

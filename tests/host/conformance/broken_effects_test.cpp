@@ -256,8 +256,9 @@ TEST(EffectWithInterfaces, IsToldWhatThisHostCannotAsk) {
     for (const char* command : {"9", "15", "19", "20", "21", "31", "32", "33"}) {
         const std::string id = std::string("setup.command-") + command;
         EXPECT_EQ(std::count_if(report.unexamined.begin(), report.unexamined.end(),
-                                [&](const std::string& note) {
-                                    return note.rfind(id + ": the effect declares ", 0) == 0;
+                                [&](const conformance::Unexamined& note) {
+                                    return note.what == id &&
+                                           note.why.rfind("the effect declares ", 0) == 0;
                                 }),
                   1)
             << id;
@@ -333,7 +334,7 @@ TEST(EffectWithFormatsOfPremiere, IsToldWhichOfThemTheHostDoesNotDraw) {
     EXPECT_TRUE(leaves_out(one, note + "float BGRA"));
     EXPECT_TRUE(leaves_out(examine_with(kPremiereFormats),
                            note + "float BGRA, 16-bit BGRA and the format 0x12345678"));
-    for (const std::string& other : examine_with(kNone).unexamined) {
+    for (const std::string& other : report_support::unexamined(examine_with(kNone))) {
         EXPECT_EQ(other.find("frames.premiere-formats"), std::string::npos);
     }
 }
@@ -423,6 +424,12 @@ TEST(ConformingEffect, PassesEveryRow) {
             }
         }
     }
+    // What an effect can do about a call that fails differs.
+    EXPECT_EQ(row(report, "faults.float.host_new_handle").promise,
+              "an error, or it goes on; all is given back");
+    EXPECT_EQ(row(report, "faults.float.checkout_output").promise, "an error; all is given back");
+    EXPECT_EQ(row(report, "faults.float.missing-PF-World-Suite").promise,
+              "an error or a whole picture; all is given back");
     // Every call that the effect makes has its row.
     for (const char* id : {"faults.float.checkout_param", "faults.8-bit.missing-PF-World-Suite",
                            "faults.16-bit.AEGP_GetEffectCamera", "faults.premiere.fill",
