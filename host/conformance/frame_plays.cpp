@@ -2,6 +2,9 @@
 
 #include <host/instance.h>
 #include <host/project.h>
+#include <host_api/effect_interface.h>
+
+#include <cstdint>
 
 #include "examination.h"
 #include "frame_rules.h"
@@ -116,6 +119,22 @@ void play_no_render(Stage& stage) {
     stage.inspect(stage.draw(options), Drawing::NotAsked);
 }
 
+/// As when the project is saved, closed and opened again.
+void play_reopened(Stage& stage) {
+    const Frame before = stage.draw(stage.options());
+    stage.inspect(before, Drawing::Whole);
+    stage.begin_step();
+    for (const std::int32_t command : {PF_Cmd_SEQUENCE_FLATTEN, PF_Cmd_SEQUENCE_RESETUP}) {
+        stage.session().command(command);
+    }
+    const Frame after = stage.draw(stage.options());
+    stage.inspect(after, Drawing::Whole);
+    if (pixels(after) != pixels(before)) {
+        stage.find("the picture afterwards differs from the one before");
+    }
+    stage.say("status 0, the same pixels");
+}
+
 /// Two layers in time of their own, pre-rendered one after the other and rendered the other way
 /// round.
 void play_interleaved(Stage& stage) {
@@ -158,6 +177,8 @@ struct Play {
 constexpr Play kPlays[] = {
     {{"frames.first", "the first frame of the composition", kDrawn}, play_first},
     {{"frames.last", "the last frame of the composition", kDrawn}, play_last},
+    {{"frames.reopened", "a frame before and after flatten and re-set-up", "the same pixels"},
+     play_reopened},
 };
 
 /// Of a smart effect alone.

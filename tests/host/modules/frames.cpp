@@ -24,6 +24,8 @@ namespace {
 // Of a session.
 int living_instances = 0;
 bool made_frames = false;
+bool flattened = false;
+bool reopened = false;
 int renders = 0;
 
 struct Instance {
@@ -106,7 +108,7 @@ void draw(const Instance& instance, PF_EffectWorld* output, PF_PixelFormat forma
             const double red =
                 !kConforming && y == 0 && x < kFactEnd && format == PF_PixelFormat_ARGB128
                     ? instance.facts[static_cast<std::size_t>(x)]
-                    : x + 10.0 * y;
+                    : x + 10.0 * y + (mischief == kForgetInFlatten && reopened ? 1.0 : 0.0);
             put(first + y * output->rowbytes + x * size, format, red);
         }
     }
@@ -130,6 +132,9 @@ void leave_handle(PF_InData* in, PF_SmartRenderExtra* extra) {
 bool is_half(const PF_RationalScale& scale) { return scale.num == 1 && scale.den == 2; }
 
 }  // namespace
+
+void flatten_sequence() { flattened = true; }
+void set_up_sequence_again() { reopened = flattened; }
 
 bool frames_made() { return made_frames; }
 
@@ -252,7 +257,7 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
     if (extra->input->bitdepth == 16 && (mischief == kLeaveProcess || mischief == kLeaveSession)) {
         leave_process(mischief == kLeaveSession);
     }
-    if (mischief == kCrashSmart) {
+    if (mischief == kCrashSmart || (mischief == kCrashAfterFlatten && reopened)) {
         __builtin_trap();
     }
     if (mischief == kLeakEverySecond && renders++ % 2 == 0) {

@@ -16,6 +16,10 @@ enum Parameter {
     kParamCount
 };
 
+/// The sequence was flattened, and set up again since.
+void flatten_sequence();
+void set_up_sequence_again();
+
 /// Whether this session drew any; the module is loaded anew for each.
 bool frames_made();
 

@@ -189,8 +189,10 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
                 **handle = 0;
                 in->utils->host_dispose_handle(handle);
             }
+            set_up_sequence_again();
             return PF_Err_NONE;
         case PF_Cmd_SEQUENCE_FLATTEN:
+            flatten_sequence();
             if (asked_mischief() == kLeakInFlatten) {
                 lose_memory();
             }

@@ -98,7 +98,9 @@ enum Mischief {
     kDeclareUpdates,     ///< of its controls: no mischief
     kRefuseUpdates,      ///< declared too
     kSupervise,          ///< a control: no mischief
-    kActOnTheTerminal,  ///< by the message of a 16-bit render that fails
+    kCrashAfterFlatten,  ///< and re-set-up, in smart renders
+    kForgetInFlatten,    ///< draws another picture afterwards
+    kActOnTheTerminal,   ///< by the message of a 16-bit render that fails
     kMischiefEnd
 };
 
