@@ -9,9 +9,10 @@
 #include "frame_kinds.h"
 #include "frames.h"
 #include "growth.h"
+#include "identities.h"
+#include "played_scene.h"
 #include "rules.h"
 #include "set_up_faults.h"
-#include "stage.h"
 
 namespace conformance {
 namespace {

@@ -12,7 +12,7 @@
 #include "apart.h"
 #include "frame_kinds.h"
 #include "frames.h"
-#include "stage.h"
+#include "played_scene.h"
 
 namespace conformance {
 

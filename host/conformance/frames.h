@@ -3,7 +3,9 @@
 
 #include <host/frame.h>
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 #include "apart.h"
 
@@ -22,6 +24,9 @@ Drawing due(const FrameKind& kind, const Declared& declared);
 /// came back. What it broke stands with its session.
 void inspect(const host::Frame& frame, Drawing drawing, Notes& notes,
              const std::string& where = {});
+
+/// The bytes of all pixels, row by row, without padding.
+std::vector<std::byte> pixels(const host::Frame& frame);
 
 /// "status 516: its message".
 std::string status_text(const host::Frame& frame);

@@ -8,9 +8,10 @@
 #include "frame_kinds.h"
 #include "frames.h"
 #include "growth.h"
+#include "identities.h"
+#include "played_scene.h"
 #include "questions.h"
 #include "rules.h"
-#include "stage.h"
 
 namespace conformance {
 namespace {

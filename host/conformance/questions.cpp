@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "played_scene.h"
+
 namespace conformance {
 namespace {
 

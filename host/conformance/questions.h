@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "examination.h"
-#include "stage.h"
+#include "identities.h"
 
 namespace conformance {
 

@@ -5,9 +5,9 @@
 
 #include "fault_family.h"
 #include "growth.h"
+#include "identities.h"
 #include "questions.h"
 #include "rules.h"
-#include "stage.h"
 
 namespace conformance {
 namespace {

@@ -7,9 +7,9 @@
 
 #include "controls.h"
 #include "examination.h"
+#include "identities.h"
 #include "questions.h"
 #include "rules.h"
-#include "stage.h"
 
 namespace conformance {
 namespace {

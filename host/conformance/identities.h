@@ -1,23 +1,11 @@
-// The small project that the effect is played.
+// The applications as which the host plays.
 #pragma once
 
-#include <host/frame.h>
-#include <host/project.h>
-#include <host/scene.h>
 #include <host/session.h>
 
-#include <cstddef>
 #include <string_view>
-#include <vector>
 
 namespace conformance {
-
-/// A few thousand pixels under a camera that pans, motion blur on: a frame asks for all that an
-/// effect may want to know.
-host::Scene pan_scene();
-
-/// Any frame of it but the first.
-inline constexpr int kFrame = 5;
 
 /// As whom the host plays, and how rows tell that.
 struct Identity {
@@ -35,8 +23,5 @@ inline constexpr Identity kIdentities[] = {
 constexpr const Identity& identity_of(host::Application application) {
     return kIdentities[application == host::Application::Premiere ? 1 : 0];
 }
-
-/// The bytes of all pixels, row by row, without padding.
-std::vector<std::byte> pixels(const host::Frame& frame);
 
 }  // namespace conformance
