@@ -14,6 +14,8 @@ constexpr std::size_t kGuardBytes = 68;
 constexpr std::byte kGuard{0xC3};
 /// As 16-bit channels above the maximum of 32768, as alpha never full.
 constexpr std::byte kMark{0xA5};
+constexpr int kWhite8 = 255;
+constexpr int kWhite16 = 32768;
 
 std::optional<std::size_t> first_overwritten(const std::byte* bytes, std::size_t count) {
     const std::byte* const end = bytes + count;
@@ -25,10 +27,41 @@ std::optional<std::size_t> first_overwritten(const std::byte* bytes, std::size_t
     return static_cast<std::size_t>(found - bytes);
 }
 
+template <class Channel>
+Channel channel_of(std::uint8_t value);
+
+template <>
+std::uint8_t channel_of(std::uint8_t value) {
+    return value;
+}
+
+template <>
+std::uint16_t channel_of(std::uint8_t value) {
+    return static_cast<std::uint16_t>((value * kWhite16 + kWhite8 / 2) / kWhite8);
+}
+
+template <>
+float channel_of(std::uint8_t value) {
+    return static_cast<float>(value) / static_cast<float>(kWhite8);
+}
+
+/// The bytes of a pixel.
+template <class Channel>
+std::array<std::byte, 16> pixel_of(std::array<std::uint8_t, 4> argb, ChannelOrder order) {
+    if (order == ChannelOrder::Bgra) {
+        std::reverse(argb.begin(), argb.end());
+    }
+    std::array<Channel, 4> channels;
+    std::transform(argb.begin(), argb.end(), channels.begin(), channel_of<Channel>);
+    std::array<std::byte, 16> bytes{};
+    std::memcpy(bytes.data(), channels.data(), sizeof channels);
+    return bytes;
+}
+
 }  // namespace
 
-World::World(int width, int height, Depth depth, int row_padding)
-    : width_(width), height_(height), depth_(depth) {
+World::World(int width, int height, Depth depth, int row_padding, ChannelOrder order)
+    : width_(width), height_(height), depth_(depth), order_(order) {
     if (width < 0 || height < 0 || row_padding < 0 || row_padding % 4 != 0) {
         throw std::invalid_argument(
             "a world needs a size of 0 or more and rows padded by whole words");
@@ -69,6 +102,23 @@ void World::copy_pixels(int x, int y, std::size_t count, Depth depth, void* to) 
     }
     const std::size_t size = static_cast<std::size_t>(bytes_per_pixel(depth));
     std::memcpy(to, row(y) + static_cast<std::size_t>(x) * size, count * size);
+}
+
+void World::fill(const Rect& area, const std::array<std::uint8_t, 4>& argb) {
+    const std::array<std::byte, 16> pixel =
+        depth_ == Depth::Bits8    ? pixel_of<std::uint8_t>(argb, order_)
+        : depth_ == Depth::Bits16 ? pixel_of<std::uint16_t>(argb, order_)
+                                  : pixel_of<float>(argb, order_);
+    const std::size_t size = static_cast<std::size_t>(bytes_per_pixel(depth_));
+    const int left = std::max(area.left, 0);
+    const int right = std::min(area.right, width_);
+    const int bottom = std::min(area.bottom, height_);
+    for (int y = std::max(area.top, 0); y < bottom; ++y) {
+        std::byte* to = row(y) + static_cast<std::size_t>(left) * size;
+        for (int x = left; x < right; ++x, to += size) {
+            std::memcpy(to, pixel.data(), size);
+        }
+    }
 }
 
 void World::mark() {

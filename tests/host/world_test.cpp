@@ -3,6 +3,7 @@
 #include <host/world.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -94,6 +95,48 @@ TEST(World, GivesPixelsInTheOrderAlphaRedGreenBlue) {
     world.read_row<std::uint16_t>(1, row);
     EXPECT_EQ(row[8], 32768);
     EXPECT_EQ(row[11], 3);
+}
+
+TEST(World, GivesThemSoWhateverTheirOrderInMemory) {
+    World world(2, 1, Depth::Float, 8, host::ChannelOrder::Bgra);
+    const float channels[8] = {3, 2, 1, 0.5F, 6, 5, 4, 0.25F};
+    std::memcpy(world.row(0), channels, sizeof channels);
+    EXPECT_EQ(world.pixel<float>(1, 0), (std::array<float, 4>{0.25F, 4, 5, 6}));
+    std::vector<float> row(8);
+    world.read_row<float>(0, row);
+    EXPECT_EQ(row, (std::vector<float>{0.5F, 1, 2, 3, 0.25F, 4, 5, 6}));
+}
+
+TEST(World, FillsThePartInside) {
+    World world(3, 3, Depth::Bits8, 8);
+    world.fill({-5, 1, 2, 9}, {1, 2, 3, 4});
+    using Pixel = std::array<std::uint8_t, 4>;
+    for (int y = 0; y < 3; ++y) {
+        for (int x = 0; x < 3; ++x) {
+            EXPECT_EQ(world.pixel<std::uint8_t>(x, y),
+                      x < 2 && y > 0 ? (Pixel{1, 2, 3, 4}) : Pixel{})
+                << x << ", " << y;
+        }
+    }
+    world.fill({2, 2, 2, 3}, {9, 9, 9, 9});
+    world.fill({7, 0, 9, 3}, {9, 9, 9, 9});
+    EXPECT_EQ(world.pixel<std::uint8_t>(2, 2), Pixel{});
+    EXPECT_FALSE(world.breach());
+}
+
+TEST(World, FillsEachDepthWithTheNearestCode) {
+    const host::Rect all = {0, 0, 1, 1};
+    for (int value = 0; value <= 255; ++value) {
+        const auto code = static_cast<std::uint8_t>(value);
+        World deep(1, 1, Depth::Bits16);
+        deep.fill(all, {255, code, 0, 0});
+        const auto filled = deep.pixel<std::uint16_t>(0, 0);
+        EXPECT_EQ(filled[0], 32768);
+        EXPECT_LT(std::abs(filled[1] * 255 - value * 32768), 128) << value << ": beyond a half";
+        World floating(1, 1, Depth::Float);
+        floating.fill(all, {255, code, 0, 0});
+        EXPECT_EQ(floating.pixel<float>(0, 0)[1], static_cast<float>(value / 255.0)) << value;
+    }
 }
 
 TEST(World, RefusesChannelsOfAnotherDepthAndPixelsOutside) {

@@ -2,10 +2,11 @@
 //
 //   guard | row 0 pixels | padding | row 1 pixels | padding | ... | guard
 //
-// Pixels are four channels in the order alpha, red, green, blue. The first pixel is aligned for its
-// channels and, on purpose, for nothing more.
+// Pixels are four channels, in memory in the world's own order; readers get them as alpha, red,
+// green, blue. The first pixel is aligned for its channels and, on purpose, for nothing more.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -22,6 +23,12 @@ enum class Depth { Bits8 = 8, Bits16 = 16, Float = 32 };
 
 /// 4, 8 or 16.
 constexpr int bytes_per_pixel(Depth depth) { return static_cast<int>(depth) / 2; }
+
+/// How a pixel's channels follow each other in memory.
+enum class ChannelOrder {
+    Argb,
+    Bgra,  ///< Premiere Pro's
+};
 
 /// Half-open: `right` and `bottom` are the first column and row outside.
 struct Rect {
@@ -44,12 +51,14 @@ public:
     /// A world of `width` x `height` pixels (0 x 0 is one without pixels), all bytes zero, the
     /// guards set. `row_padding` is a multiple of 4 bytes. Throws `HostError` for a size that
     /// addresses cannot reach.
-    World(int width, int height, Depth depth, int row_padding = kDefaultRowPadding);
+    World(int width, int height, Depth depth, int row_padding = kDefaultRowPadding,
+          ChannelOrder order = ChannelOrder::Argb);
     World() : World(0, 0, Depth::Bits8) {}
 
     int width() const { return width_; }
     int height() const { return height_; }
     Depth depth() const { return depth_; }
+    ChannelOrder order() const { return order_; }
     /// Bytes from one row to the next.
     int row_bytes() const { return row_bytes_; }
 
@@ -57,21 +66,28 @@ public:
     std::byte* row(int y) { return bytes_.get() + row_offset(y); }
     const std::byte* row(int y) const { return bytes_.get() + row_offset(y); }
 
-    /// One pixel: alpha, red, green, blue. `Channel` is `std::uint8_t`, `std::uint16_t` or `float`
-    /// and must be the world's.
+    /// One pixel: alpha, red, green, blue, whatever the order in memory. `Channel` is
+    /// `std::uint8_t`, `std::uint16_t` or `float` and must be the world's.
     template <class Channel>
     std::array<Channel, 4> pixel(int x, int y) const {
         std::array<Channel, 4> channels;
         copy_pixels(x, y, 1, Depth{8 * sizeof(Channel)}, channels.data());
+        to_argb<Channel>(channels);
         return channels;
     }
 
-    /// The pixels of a row, four channels each, into `channels` of four times the width.
+    /// The pixels of a row, each alpha, red, green, blue, into `channels` of four times the width.
     template <class Channel>
     void read_row(int y, std::span<Channel> channels) const {
         static_assert(std::is_trivially_copyable_v<Channel>);
-        copy_pixels(0, y, channels.size() / 4, Depth{8 * sizeof(Channel)}, channels.data());
+        const std::size_t count = channels.size() / 4;
+        copy_pixels(0, y, count, Depth{8 * sizeof(Channel)}, channels.data());
+        to_argb(channels.first(4 * count));
     }
+
+    /// Fills what of `area` lies inside with a colour of alpha, red, green and blue from 0 to 255:
+    /// as it is at 8 bits, to the nearest of 0..32768 at 16, divided by 255 as floats.
+    void fill(const Rect& area, const std::array<std::uint8_t, 4>& argb);
 
     /// Sets every pixel to a pattern that no effect draws, so that what is left undrawn is seen.
     void mark();
@@ -90,9 +106,19 @@ private:
     std::size_t pixel_bytes() const;
     void copy_pixels(int x, int y, std::size_t count, Depth depth, void* to) const;
 
+    /// Of whole pixels as they lie in memory.
+    template <class Channel>
+    void to_argb(std::span<Channel> channels) const {
+        // One order is the other backwards.
+        for (std::size_t i = 0; order_ == ChannelOrder::Bgra && i < channels.size(); i += 4) {
+            std::reverse(channels.data() + i, channels.data() + i + 4);
+        }
+    }
+
     int width_;
     int height_;
     Depth depth_;
+    ChannelOrder order_;
     int row_bytes_ = 0;
     std::size_t size_ = 0;
     std::unique_ptr<std::byte[]> bytes_;
