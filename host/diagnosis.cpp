@@ -25,9 +25,11 @@ std::string shown_format(std::int32_t format) {
     return shown_bytes(code);
 }
 
-bool drawable(std::int32_t format) {
+bool drawable(const Session& session, std::int32_t format) {
+    const std::vector<std::int32_t>& declared = session.declared_pixel_formats();
     return format == PF_PixelFormat_ARGB32 || format == PF_PixelFormat_ARGB64 ||
-           format == PF_PixelFormat_ARGB128;
+           format == PF_PixelFormat_ARGB128 ||
+           std::find(declared.begin(), declared.end(), format) != declared.end();
 }
 
 constexpr char kRemedy[] =
@@ -90,7 +92,7 @@ std::string explain_frame(const Session& session, const Scene& scene, const Fram
     if (const auto refusal = refuse_size(frame.request.width(), frame.request.height())) {
         return reason + *refusal;
     }
-    if (!drawable(frame.pixel_format)) {
+    if (!drawable(session, frame.pixel_format)) {
         return reason + "it has no use for pixels of the format " +
                shown_format(frame.pixel_format) + "; render 8-bit, 16-bit or float ARGB";
     }

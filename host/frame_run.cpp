@@ -6,18 +6,6 @@
 namespace host {
 namespace {
 
-PF_PixelFormat format_of(Depth depth) {
-    switch (depth) {
-        case Depth::Bits8:
-            return PF_PixelFormat_ARGB32;
-        case Depth::Bits16:
-            return PF_PixelFormat_ARGB64;
-        case Depth::Float:
-            break;
-    }
-    return PF_PixelFormat_ARGB128;
-}
-
 const LayerSpec& checked(const LayerSpec& layer, Time time) {
     if (time.scale == 0) {
         throw FrameError("a time with a scale of 0 is no time");
@@ -42,11 +30,9 @@ FrameRun::FrameRun(Session::Impl& owner, InstanceState& effect, const Project& p
     frame.whole = {0, 0, first_given(wishes.width, layer.width, composition.width),
                    first_given(wishes.height, layer.height, composition.height)};
     frame.request = wishes.region.value_or(frame.whole);
-    frame.pixel_format = wishes.pixel_format.value_or(format_of(wishes.depth));
     result.time = composition_time;
     result.layer_time = frame.time;
     result.request = frame.request;
-    result.pixel_format = frame.pixel_format;
 }
 
 FrameRun::~FrameRun() {

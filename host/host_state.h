@@ -75,7 +75,8 @@ struct FrameState {
     Rect whole;       ///< the layer at the size in which it is rendered
     Rect request;     ///< the part of it that was asked for
     Rect input_area;  ///< the part of it that the plug-in has checked out
-    PF_PixelFormat pixel_format = PF_PixelFormat_INVALID;
+    PF_PixelFormat pixel_format = PF_PixelFormat_INVALID;  ///< as told
+    ChannelOrder order = ChannelOrder::Argb;
     World output;
     World input;
     PF_EffectWorld output_record{};

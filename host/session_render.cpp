@@ -9,6 +9,7 @@
 #include <numeric>
 #include <utility>
 
+#include "asked_format.h"
 #include "callbacks.h"
 #include "declared_control.h"
 #include "frame_run.h"
@@ -41,8 +42,9 @@ PF_Fixed to_fixed(double number) { return to_long(number * 65536.0); }
 
 PF_EffectWorld record_of(World& world, const Rect& area, const LayerSpec& layer, bool writeable) {
     PF_EffectWorld record{};
-    record.world_flags = (world.depth() == Depth::Bits16 ? PF_WorldFlag_DEEP : 0) |
-                         (writeable ? PF_WorldFlag_WRITEABLE : 0);
+    // Premiere Pro has no 16-bit rendering in this sense: there the format alone tells.
+    const bool deep = world.depth() == Depth::Bits16 && world.order() == ChannelOrder::Argb;
+    record.world_flags = (deep ? PF_WorldFlag_DEEP : 0) | (writeable ? PF_WorldFlag_WRITEABLE : 0);
     record.data = reinterpret_cast<PF_Pixel*>(world.row(0));
     record.rowbytes = world.row_bytes();
     record.width = world.width();
@@ -62,17 +64,6 @@ struct Size {
 Size full_size(const FrameState& frame) {
     return {frame.layer.width != 0 ? frame.layer.width : frame.composition().width,
             frame.layer.height != 0 ? frame.layer.height : frame.composition().height};
-}
-
-void refuse_depth(const EffectInfo& info, bool smart, Depth depth) {
-    const bool deep = (info.out_flags & PF_OutFlag_DEEP_COLOR_AWARE) != 0;
-    const bool floating = (info.out_flags2 & PF_OutFlag2_FLOAT_COLOR_AWARE) != 0;
-    if (depth == Depth::Bits16 && !deep) {
-        throw FrameError("the effect does not declare that it draws 16-bit pixels");
-    }
-    if (depth == Depth::Float && !(smart && floating)) {
-        throw FrameError("the effect does not declare that it draws float pixels");
-    }
 }
 
 }  // namespace
@@ -139,9 +130,11 @@ void Session::Impl::prepare_worlds(FrameRun& run, const Rect& area) {
     FrameState& frame = run.frame;
     const RenderOptions& options = run.options;
     const Rect& input = frame.input_area.empty() ? frame.request : frame.input_area;
-    frame.output = World(area.width(), area.height(), options.depth, options.output_padding);
+    frame.output =
+        World(area.width(), area.height(), options.depth, options.output_padding, frame.order);
     frame.output.mark();
-    frame.input = World(input.width(), input.height(), options.depth, options.input_padding);
+    frame.input =
+        World(input.width(), input.height(), options.depth, options.input_padding, frame.order);
     frame.output_record = record_of(frame.output, area, frame.layer, true);
     frame.input_record = record_of(frame.input, input, frame.layer, false);
     frame.rendering = true;
@@ -160,16 +153,13 @@ std::unique_ptr<FrameRun> Session::Impl::begin(InstanceState& instance, const Pr
     if (const auto refusal = refuse_size(run->frame.whole.width(), run->frame.whole.height())) {
         throw FrameError(*refusal);
     }
-    if (!smart(options) && options.depth == Depth::Float) {
-        throw FrameError("float pixels need smart rendering, which this host and effect lack");
-    }
-    if (state.premiere() && options.depth != Depth::Bits8) {
-        throw FrameError("plain rendering is 8-bit only in this host");
-    }
+    const PixelFormat format = asked_format(state, info, smart(options), options.depth);
+    run->frame.order = format.order;
+    run->frame.pixel_format = options.pixel_format.value_or(format.number);
+    run->result.pixel_format = run->frame.pixel_format;
     if (!smart(options) && run->frame.request.empty()) {
         throw FrameError("plain rendering draws at least one pixel");
     }
-    refuse_depth(info, smart(options), options.depth);
     return run;
 }
 

@@ -1,5 +1,4 @@
 // The utility callbacks: fills and pixel access, handles, text.
-#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -102,24 +101,18 @@ PF_Err fill_world(PF_ProgPtr effect_ref, const PF_Pixel* color, const PF_Rect* a
                   PF_EffectWorld* record) {
     return answer_effect_call("fill", effect_ref, "", [&](HostState& state) -> PF_Err {
         World* const world = world_of(state, record);
-        if (world == nullptr || world->depth() != Depth::Bits8) {
-            state.violation("fill: not an 8-bit world of this host");
+        // Premiere Pro fills whatever it has; in After Effects deeper worlds have their own
+        // functions.
+        const bool any_depth = state.premiere();
+        if (world == nullptr || (world->depth() != Depth::Bits8 && !any_depth)) {
+            state.violation(any_depth ? "fill: not a world of this host"
+                                      : "fill: not an 8-bit world of this host");
             return PF_Err_BAD_CALLBACK_PARAM;
         }
-        const PF_Pixel transparent{};
-        const PF_Pixel& pixel = color != nullptr ? *color : transparent;
-        const int left = area != nullptr ? std::max(area->left, 0) : 0;
-        const int top = area != nullptr ? std::max(area->top, 0) : 0;
-        const int right = area != nullptr ? std::min(area->right, world->width()) : world->width();
-        const int bottom =
-            area != nullptr ? std::min(area->bottom, world->height()) : world->height();
-        for (int y = top; y < bottom; ++y) {
-            std::byte* to = world->row(y) + static_cast<std::size_t>(left) * sizeof pixel;
-            for (int x = left; x < right; ++x) {
-                std::memcpy(to, &pixel, sizeof pixel);
-                to += sizeof pixel;
-            }
-        }
+        const PF_Pixel pixel = color != nullptr ? *color : PF_Pixel{};
+        const Rect part = area != nullptr ? Rect{area->left, area->top, area->right, area->bottom}
+                                          : Rect{0, 0, world->width(), world->height()};
+        world->fill(part, {pixel.alpha, pixel.red, pixel.green, pixel.blue});
         return PF_Err_NONE;
     });
 }

@@ -130,6 +130,20 @@ TEST_F(ExplainFrame, NamesAnUnsupportedPixelFormat) {
               "61); render 8-bit, 16-bit or float ARGB");
 }
 
+TEST(ExplainPremiereFrame, BlamesNoFormatThatWasDeclared) {
+    host::SessionOptions options;
+    options.application = host::Application::Premiere;
+    const Session session(TEST_EFFECT, options);
+    Frame frame;
+    frame.rendered = true;
+    frame.request = {0, 0, 64, 36};
+    frame.pixel_format = 0x61726762;
+    EXPECT_EQ(
+        host::explain_frame(session, mischievous(test_effect::kNone), frame),
+        "the plug-in drew nothing: the request of 64 x 36 pixels does not show why; it may have "
+        "run out of memory");
+}
+
 TEST_F(ExplainFrame, SaysWhenNothingShowsWhy) {
     EXPECT_EQ(
         explain(test_effect::kDrawNothing),

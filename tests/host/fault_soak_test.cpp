@@ -1,8 +1,11 @@
 // Ten thousand frames in a host that fails at random.
 #include <gtest/gtest.h>
+#include <host/errors.h>
 #include <host/faults.h>
 #include <host/instance.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -34,6 +37,7 @@ using host::Track;
 
 constexpr int kRenders = 10000;
 constexpr int kLeast = 50;
+constexpr std::int32_t kBgra8 = 0x61726762;  // the 8-bit format of Premiere Pro
 /// What hosts answer, and what none should. Without 516, with which the host refuses what makes no
 /// sense: those refusals must be told from the faults.
 const std::vector<std::int32_t> kStatuses = {1, 4, 13, 512, 513, 517, 518, -1, 0x53214664};
@@ -396,7 +400,13 @@ TEST_F(FaultSoak, ComesThroughFailingSetUpsQuestionsAndPlainRenders) {
                 quietly([&] { session.about(); });
                 quietly([&] { session.dependencies(1); });
                 std::vector<std::string> habits;
-                if (premiere) {
+                // The effect gets no pixels of a format whose declaration failed.
+                const std::vector<std::int32_t>& formats = session.declared_pixel_formats();
+                const bool declared =
+                    formats.empty() || std::count(formats.begin(), formats.end(), kBgra8) != 0;
+                if (premiere && !declared) {
+                    EXPECT_THROW(session.render(scene, {0, 24}, eight), host::FrameError);
+                } else if (premiere) {
                     const Frame frame = session.render(scene, {0, 24}, eight);
                     habits = kept_habits(frame);
                     const bool filled = frame.rendered && failed_calls(frame).count("fill") == 0;

@@ -386,13 +386,26 @@ TEST_F(Lumivar, DrawsItsFillInPremiere) {
     EXPECT_EQ(session.declared_pixel_formats(),
               (std::vector<std::int32_t>{0x61724742, 0x61726742, 0x61726762}));
     EXPECT_EQ(session.about(), "");
-    RenderOptions eight;
-    eight.depth = Depth::Bits8;
-    const Frame frame = session.render(starry_scene(), {0, 24}, eight);
-    using Pixel = std::array<std::uint8_t, 4>;
-    EXPECT_EQ(frame.world.pixel<std::uint8_t>(0, 0), (Pixel{40, 50, 60, 70}));
-    EXPECT_EQ(frame.world.pixel<std::uint8_t>(95, 53), (Pixel{40, 50, 60, 70}));
-    EXPECT_EQ(frame.undrawn_pixels, 0u);
+    const auto draw = [&](Depth depth) {
+        RenderOptions wishes;
+        wishes.depth = depth;
+        Frame frame = session.render(starry_scene(), {0, 24}, wishes);
+        EXPECT_EQ(frame.undrawn_pixels, 0u);
+        return frame;
+    };
+    // Alpha, red, green, blue of 40, 50, 60, 70; at 16 bits times 32768 / 255: 5140.1, 6425.1,
+    // 7710.1, 8995.1.
+    const Frame eight = draw(Depth::Bits8);
+    const Frame sixteen = draw(Depth::Bits16);
+    const Frame floating = draw(Depth::Float);
+    for (const auto& [x, y] : {std::pair(0, 0), std::pair(95, 53)}) {
+        EXPECT_EQ(eight.world.pixel<std::uint8_t>(x, y),
+                  (std::array<std::uint8_t, 4>{40, 50, 60, 70}));
+        EXPECT_EQ(sixteen.world.pixel<std::uint16_t>(x, y),
+                  (std::array<std::uint16_t, 4>{5140, 6425, 7710, 8995}));
+        EXPECT_EQ(floating.world.pixel<float>(x, y),
+                  (std::array<float, 4>{40 / 255.0F, 50 / 255.0F, 60 / 255.0F, 70 / 255.0F}));
+    }
     session.close();
     EXPECT_EQ(joined(session.violations()), "");
 }

@@ -437,8 +437,11 @@ TEST(PremiereSession, OffersItsOwnFewSuitesAndRendersPlainly) {
     EXPECT_EQ(frame.world.pixel<std::uint8_t>(63, 35), (Eight{255, 9, 60, 70}));
     EXPECT_EQ(frame.undrawn_pixels, 0u);
     EXPECT_TRUE(frame.violations.empty()) << frame.violations.front();
-    RenderOptions floating;
-    EXPECT_THROW(session.render(scene, {0, 24}, floating), host::FrameError);
+    for (const Depth undeclared : {Depth::Bits16, Depth::Float}) {
+        RenderOptions other;
+        other.depth = undeclared;
+        EXPECT_THROW(session.render(scene, {0, 24}, other), host::FrameError);
+    }
 }
 
 }  // namespace

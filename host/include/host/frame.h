@@ -20,6 +20,7 @@ struct Message {
 };
 
 struct RenderOptions {
+    /// In Premiere Pro it picks from the formats that the effect declared.
     Depth depth = Depth::Float;
     /// Size in which the layer is rendered; 0 is its own. Another size shows the same view, as a
     /// host's lower resolutions do.
@@ -36,7 +37,8 @@ struct RenderOptions {
     /// Whether the render follows the pre-render; a host may change its mind. For renders in one
     /// go.
     bool render_follows = true;
-    /// The plain commands, as if host or effect knew no smart rendering; 8 and 16 bits only.
+    /// The plain commands, as if host or effect knew no smart rendering; in After Effects 8 and 16
+    /// bits only.
     bool plain = false;
 };
 

@@ -27,8 +27,8 @@ namespace host {
 /// Whom the host pretends to be.
 enum class Application {
     AfterEffects,  ///< smart rendering at three depths, all suites but Premiere's pixel formats
-    Premiere,      ///< plain rendering in 8 bits; no AEGP suites, no fill matte or world suite, no
-                   ///< 16-bit pixel access
+    Premiere,      ///< plain rendering in the pixel formats that the effect declares; no AEGP
+                   ///< suites, no fill matte or world suite, no 16-bit pixel access
 };
 
 struct SessionOptions {

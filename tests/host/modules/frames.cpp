@@ -11,6 +11,7 @@
 
 #include "facts.h"
 #include "mischief.h"
+#include "premiere.h"
 #include "suite.h"
 #include "test_effect.h"
 
@@ -403,12 +404,10 @@ PF_Err plain_render(PF_InData* in, PF_OutData* out, PF_ParamDef** params, PF_Eff
     if (asked_mischief() == kChangeVersion) {
         ++out->my_version;
     }
-    if (asked_mischief() == kLeakInPremiere && in->appl_id == kAppID_Premiere) {
-        lose_memory();
-    }
     PF_Pixel16* deep = nullptr;
     // Premiere has no such access.
-    const bool asks = !kConforming || in->appl_id != kAppID_Premiere;
+    const bool premiere = in->appl_id == kAppID_Premiere;
+    const bool asks = !kConforming || !premiere || asked_mischief() == kAskPixels16InPremiere;
     const PF_Err err = asks ? in->utils->get_pixel_data16(output, nullptr, &deep) : PF_Err_NONE;
     if (kConforming && err != PF_Err_NONE) {
         return err;
@@ -420,7 +419,8 @@ PF_Err plain_render(PF_InData* in, PF_OutData* out, PF_ParamDef** params, PF_Eff
         return PF_Err_BAD_CALLBACK_PARAM;
     }
     const PF_Pixel colour{255, static_cast<A_u_char>(params[kCountId]->u.sd.value), 60, 70};
-    return in->utils->fill(in->effect_ref, &colour, nullptr, output);
+    return premiere ? premiere_render(in, output, colour)
+                    : in->utils->fill(in->effect_ref, &colour, nullptr, output);
 }
 
 }  // namespace test_effect

@@ -14,6 +14,7 @@
 #include "frames.h"
 #include "mischief.h"
 #include "other_commands.h"
+#include "premiere.h"
 #include "suite.h"
 
 namespace {
@@ -140,19 +141,7 @@ PF_Err global_setup(PF_InData* in, PF_OutData* out) {
         out->out_flags2 |= PF_OutFlag2_I_USE_3D_LIGHTS;
     }
     if (in->appl_id == kAppID_Premiere) {
-        const Suite<PF_PixelFormatSuite1> formats(in, kPFPixelFormatSuite, 1);
-        if (!formats) {
-            return PF_Err_NONE;
-        }
-        formats->ClearSupportedPixelFormats(in->effect_ref);
-        formats->AddSupportedPixelFormat(in->effect_ref, PF_PixelFormat_BGRA32);
-        if (asked_mischief() == kPremiereFloat || asked_mischief() == kPremiereFormats) {
-            formats->AddSupportedPixelFormat(in->effect_ref, PF_PixelFormat_BGRA128);
-        }
-        if (asked_mischief() == kPremiereFormats) {
-            formats->AddSupportedPixelFormat(in->effect_ref, PF_PixelFormat_BGRA64);
-            formats->AddSupportedPixelFormat(in->effect_ref, 0x12345678);
-        }
+        declare_premiere_formats(in);
     }
     return PF_Err_NONE;
 }

@@ -94,13 +94,23 @@ enum Mischief {
     kRefuseUserChange,
     kWriteArbitrary,  ///< command's record
     kCrashInGpuSetup,
-    kDeclareInterfaces,  ///< dialogs, events, sound, graphics processor: no mischief
-    kDeclareUpdates,     ///< of its controls: no mischief
-    kRefuseUpdates,      ///< declared too
-    kSupervise,          ///< a control: no mischief
-    kCrashAfterFlatten,  ///< and re-set-up, in smart renders
-    kForgetInFlatten,    ///< draws another picture afterwards
-    kActOnTheTerminal,   ///< by the message of a 16-bit render that fails
+    kDeclareInterfaces,         ///< dialogs, events, sound, graphics processor: no mischief
+    kDeclareUpdates,            ///< of its controls: no mischief
+    kRefuseUpdates,             ///< declared too
+    kSupervise,                 ///< a control: no mischief
+    kCrashAfterFlatten,         ///< and re-set-up, in smart renders
+    kForgetInFlatten,           ///< draws another picture afterwards
+    kActOnTheTerminal,          ///< by the message of a 16-bit render that fails
+    kNoPremiereFormats,         ///< declared: no mischief
+    kPremiereFloatAlone,        ///< likewise
+    kPremiereArgb,              ///< declared before BGRA: no mischief
+    kPremiereUnknown,           ///< format alone: no mischief
+    kWriteInPremiere,           ///< all BGRA formats, by itself: no mischief
+    kAskPixels16InPremiere,     ///< where there is no such access, all BGRA formats declared
+    kLeakInPremiereFloat,       ///< all BGRA formats declared
+    kFailInPremiere16,          ///< likewise
+    kIgnoreFillInPremiere16,    ///< likewise
+    kWritePastRowInPremiere16,  ///< likewise
     kMischiefEnd
 };
 
