@@ -32,6 +32,8 @@ struct Declared {
     std::uint32_t out_flags2 = 0;
     bool supervises = false;            ///< a control, whose changes it is then told of
     bool keeps_arbitrary_data = false;  ///< in a control
+    /// To Premiere Pro, in order of preference.
+    std::vector<std::int32_t> premiere_formats = {};
 
     bool has(std::int32_t flag) const {
         return (out_flags & static_cast<std::uint32_t>(flag)) != 0;
@@ -74,8 +76,6 @@ public:
     /// What a session without frames breaks already; set by the set-up rows.
     const std::vector<std::string>& known_violations(host::Application application) const;
     std::map<host::Application, std::vector<std::string>> violations_of_set_up;
-    /// The pixel formats declared to Premiere Pro; set by the set-up rows.
-    std::vector<std::int32_t> premiere_formats;
     /// What the first set-up was like, from which controls and later rows go on.
     Heard set_up;
     /// Nothing when the bundle has none that can be read.

@@ -1,5 +1,6 @@
 #include "frame_kinds.h"
 
+#include <host/pixel_format.h>
 #include <host_api/effect_interface.h>
 
 #include "examination.h"
@@ -8,6 +9,22 @@ namespace conformance {
 
 using host::Application;
 using host::Depth;
+
+namespace {
+
+struct PremiereKind {
+    const char* name;
+    const char* sent;
+    Depth depth;
+};
+
+constexpr PremiereKind kPremiereKinds[] = {
+    {"premiere", "an 8-bit render in Premiere Pro", Depth::Bits8},
+    {"premiere-16-bit", "a 16-bit render in Premiere Pro", Depth::Bits16},
+    {"premiere-float", "a float render in Premiere Pro", Depth::Float},
+};
+
+}  // namespace
 
 host::RenderOptions FrameKind::options() const {
     host::RenderOptions options;
@@ -38,7 +55,11 @@ std::vector<FrameKind> frame_kinds(const Declared& declared) {
     if (deep) {
         add("plain-16-bit", "a plain 16-bit render", ae, Depth::Bits16, false);
     }
-    add("premiere", "a render in Premiere Pro", Application::Premiere, Depth::Bits8, false);
+    for (const PremiereKind& kind : kPremiereKinds) {
+        if (host::premiere_format(declared.premiere_formats, kind.depth)) {
+            add(kind.name, kind.sent, Application::Premiere, kind.depth, false);
+        }
+    }
     return kinds;
 }
 

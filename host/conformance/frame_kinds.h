@@ -25,7 +25,8 @@ struct FrameKind {
     std::string row() const { return "frames." + name; }
 };
 
-/// Those that the effect declares, smart ones first, from the least depth on. Not empty.
+/// Those that the effect declares, smart ones first, then plain ones, then Premiere Pro's, each
+/// from the least depth on. Not empty, but Premiere Pro may have none.
 std::vector<FrameKind> frame_kinds(const Declared& declared);
 
 /// The deepest of the smart ones; null when there are none. An effect does most there.

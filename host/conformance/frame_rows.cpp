@@ -49,10 +49,12 @@ void examine_frames(Examination& run) {
     for (const Rule& rule : kRules) {
         enter_rule(run, rule, frames);
     }
-    const std::string formats = formats_not_drawn(run.premiere_formats);
+    const std::string formats = formats_not_drawn(run.declared->premiere_formats);
     if (!formats.empty()) {
         run.note_limit("frames.premiere-formats",
-                       "this host draws 8-bit BGRA only, and the effect declares " + formats);
+                       "this host draws one format of a depth, BGRA or 8-bit ARGB, and the effect "
+                       "also declares " +
+                           formats);
     }
 }
 

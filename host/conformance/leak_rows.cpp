@@ -150,7 +150,9 @@ void examine_session_leaks(Examination& run, const Identity& identity,
         return one.application == identity.application;
     });
     const std::string id = "leaks.unload" + suffix;
-    if (run.stands(kind->row())) {
+    if (kind == kinds.end()) {
+        run.leave_out(id, "this host draws in none of the formats that the effect declares");
+    } else if (run.stands(kind->row())) {
         run.enter(
             {id, "unload after a frame" + words, "nothing of the module stays in the process"},
             run.probe(id, [&](Notes& notes) { stay(run, *kind, notes); }));

@@ -1,19 +1,24 @@
 #include "premiere_formats.h"
 
+#include <host/pixel_format.h>
 #include <host_api/effect_interface.h>
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdio>
+#include <iterator>
 #include <utility>
 
 namespace conformance {
 namespace {
 
+using host::Depth;
+
 constexpr std::pair<PF_PixelFormat, const char*> kNames[] = {
-    {PF_PixelFormat_BGRA64, "16-bit BGRA"}, {PF_PixelFormat_BGRA128, "float BGRA"},
-    {PF_PixelFormat_ARGB32, "8-bit ARGB"},  {PF_PixelFormat_ARGB64, "16-bit ARGB"},
+    {PF_PixelFormat_BGRA32, "8-bit BGRA"},
+    {PF_PixelFormat_ARGB32, "8-bit ARGB"},
+    {PF_PixelFormat_ARGB64, "16-bit ARGB"},
     {PF_PixelFormat_ARGB128, "float ARGB"},
 };
 
@@ -28,13 +33,21 @@ std::string name_of(std::int32_t format) {
     return text.data();
 }
 
+bool drawn(const std::vector<std::int32_t>& declared, std::int32_t format) {
+    const Depth depths[] = {Depth::Bits8, Depth::Bits16, Depth::Float};
+    return std::any_of(std::begin(depths), std::end(depths), [&](Depth depth) {
+        const auto chosen = host::premiere_format(declared, depth);
+        return chosen && chosen->number == format;
+    });
+}
+
 }  // namespace
 
 std::string formats_not_drawn(const std::vector<std::int32_t>& declared) {
     std::vector<std::string> names;
     for (const std::int32_t format : declared) {
         const std::string name = name_of(format);
-        if (format != PF_PixelFormat_BGRA32 &&
+        if (!drawn(declared, format) &&
             std::find(names.begin(), names.end(), name) == names.end()) {
             names.push_back(name);
         }

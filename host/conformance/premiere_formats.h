@@ -7,7 +7,7 @@
 
 namespace conformance {
 
-/// "16-bit BGRA and float BGRA": those of the formats that are not drawn here, in their order;
+/// "16-bit ARGB and float ARGB": those of the formats that are not drawn here, in their order;
 /// empty when all are.
 std::string formats_not_drawn(const std::vector<std::int32_t>& declared);
 

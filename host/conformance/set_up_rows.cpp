@@ -170,7 +170,8 @@ void examine_set_up(Examination& run) {
     const Heard premiere = put(run, {"setup.premiere", "set-up in Premiere Pro", "status 0 each"},
                                Application::Premiere, known, ask_nothing);
     run.violations_of_set_up[Application::Premiere] = premiere.kept.value("violations", known);
-    run.premiere_formats = premiere.kept.value(kPixelFormats, run.premiere_formats);
+    run.declared->premiere_formats =
+        premiere.kept.value(kPixelFormats, run.declared->premiere_formats);
     put_questions(run);
     leave_out_commands(run);
 }

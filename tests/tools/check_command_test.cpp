@@ -34,11 +34,7 @@ TEST(Check, FindsThePluginOfTheProgramInOrder) {
     const nlohmann::json report = nlohmann::json::parse(result.out);
     EXPECT_EQ(report["match_name"], "Lumivar Star Field");
     EXPECT_EQ(report["passed"], true);
-    EXPECT_EQ(report["not_examined"],
-              nlohmann::json::array({{{"what", "frames.premiere-formats"},
-                                      {"why",
-                                       "this host draws 8-bit BGRA only, and the effect declares "
-                                       "float BGRA and 16-bit BGRA"}}}));
+    EXPECT_EQ(report["not_examined"], nlohmann::json::array());
     EXPECT_TRUE(holds(report["module"], "plugin/Lumivar.plugin/Contents/MacOS/Lumivar"));
     EXPECT_GT(report["rows"].size(), 100U);
     for (const nlohmann::json& row : report["rows"]) {

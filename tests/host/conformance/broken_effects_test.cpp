@@ -121,6 +121,12 @@ INSTANTIATE_TEST_SUITE_P(
         Broken{kLeakDescriptor, kFrameLeaks, "1 file descriptors lost each time"},
         Broken{kLeakInFloat, {"leaks.float"}, "bytes of heap lost each time"},
         Broken{kLeakInPremiere, {"leaks.premiere"}, "bytes of heap lost each time"},
+        Broken{kLeakInPremiereFloat, {"leaks.premiere-float"}, "bytes of heap lost each time"},
+        Broken{kFailInPremiere16, {"frames.premiere-16-bit"}, "status 516"},
+        Broken{kWritePastRowInPremiere16,
+               {"frames.bounds"},
+               "3 bytes behind its last pixel (once, in frames.premiere-16-bit)"},
+        Broken{kIgnoreFillInPremiere16, {"faults.premiere-16-bit.fill"}, "status 0, no picture"},
         Broken{kLeakAtSetUp,
                {"leaks.sessions", "leaks.sessions-premiere"},
                "bytes of heap lost each time"},
@@ -331,17 +337,61 @@ TEST(EffectWithoutFloat, IsPlayedAtItsDeepest) {
     EXPECT_THROW(row(report, "frames.float"), std::runtime_error);
 }
 
+/// Of the kinds of frame in Premiere Pro, those with a row.
+std::set<std::string> premiere_kinds(const Report& report) {
+    std::set<std::string> kinds;
+    for (const conformance::Row& one : report.rows) {
+        if (one.id.rfind("frames.premiere", 0) == 0) {
+            kinds.insert(one.id);
+        }
+    }
+    return kinds;
+}
+
+TEST(EffectWithFormatsOfPremiere, IsPlayedInEachOfThem) {
+    const Report report = examine_with(kWriteInPremiere);
+    EXPECT_EQ(failing(report), std::set<std::string>{});
+    EXPECT_EQ(premiere_kinds(report),
+              (std::set<std::string>{"frames.premiere", "frames.premiere-16-bit",
+                                     "frames.premiere-float"}));
+    const Report filled = examine_with(kPremiereFormats);
+    EXPECT_EQ(failing(filled), std::set<std::string>{});
+    for (const char* kind : {"premiere", "premiere-16-bit", "premiere-float"}) {
+        EXPECT_EQ(row(filled, "frames." + std::string(kind)).answer,
+                  "status 0, all of 48 x 27 pixels drawn");
+        row(filled, "leaks." + std::string(kind));
+        row(filled, "faults." + std::string(kind) + ".without-faults");
+        row(filled, "faults." + std::string(kind) + ".fill");
+    }
+    EXPECT_EQ(premiere_kinds(examine_with(kPremiereFloatAlone)),
+              std::set<std::string>{"frames.premiere-float"});
+}
+
+TEST(EffectWithFormatsOfPremiere, IsPlayedInEightBitsIfItDeclaresNone) {
+    const Report report = examine_with(kNoPremiereFormats);
+    EXPECT_EQ(failing(report), std::set<std::string>{});
+    EXPECT_EQ(premiere_kinds(report), std::set<std::string>{"frames.premiere"});
+}
+
 TEST(EffectWithFormatsOfPremiere, IsToldWhichOfThemTheHostDoesNotDraw) {
     const std::string note =
-        "frames.premiere-formats: this host draws 8-bit BGRA only, and the effect declares ";
-    const Report one = examine_with(kPremiereFloat);
-    EXPECT_EQ(failing(one), std::set<std::string>{});
-    EXPECT_TRUE(leaves_out(one, note + "float BGRA"));
-    EXPECT_TRUE(leaves_out(examine_with(kPremiereFormats),
-                           note + "float BGRA, 16-bit BGRA and the format 0x12345678"));
-    for (const std::string& other : report_support::unexamined(examine_with(kNone))) {
+        "frames.premiere-formats: this host draws one format of a depth, BGRA or 8-bit ARGB, and "
+        "the effect also declares ";
+    EXPECT_TRUE(leaves_out(examine_with(kPremiereFormats), note + "the format 0x12345678"));
+    EXPECT_TRUE(
+        leaves_out(examine_with(kPremiereArgb), note + "float ARGB, 16-bit ARGB and 8-bit BGRA"));
+    for (const std::string& other : report_support::unexamined(examine_with(kPremiereFloat))) {
         EXPECT_EQ(other.find("frames.premiere-formats"), std::string::npos);
     }
+}
+
+TEST(EffectWithFormatsOfPremiere, IsPlayedInNoneThatTheHostDoesNotKnow) {
+    const Report report = examine_with(kPremiereUnknown);
+    EXPECT_EQ(failing(report), std::set<std::string>{});
+    EXPECT_EQ(premiere_kinds(report), std::set<std::string>{});
+    EXPECT_TRUE(leaves_out(report,
+                           "leaks.unload-premiere: this host draws in none of the formats that the "
+                           "effect declares"));
 }
 
 TEST(BrokenEffectThatCallsWhatTheHostLacks, IsQuotedFromItsLastWords) {
