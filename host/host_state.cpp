@@ -1,6 +1,7 @@
 #include "host_state.h"
 
 #include <cxxabi.h>
+#include <host/watch.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -20,6 +21,24 @@ namespace {
 constexpr unsigned char kOutGuard = 0x5A;
 
 thread_local HostState* current_state = nullptr;
+
+Watch process_watch;
+
+/// Tells the watch that the plug-in is at work.
+class Watched {
+public:
+    explicit Watched(const char* name) { tell(name); }
+    ~Watched() { tell(nullptr); }
+    Watched(const Watched&) = delete;
+    Watched& operator=(const Watched&) = delete;
+
+private:
+    static void tell(const char* name) {
+        if (process_watch.command != nullptr) {
+            process_watch.command(name);
+        }
+    }
+};
 
 /// Makes a session the current one while its command runs; commands may not nest.
 class Running {
@@ -55,7 +74,12 @@ std::string describe_current_exception() {
 
 }  // namespace
 
+void set_watch(const Watch& watch) { process_watch = watch; }
+
 void abort_unprovided(const char* name) {
+    if (process_watch.lacking != nullptr) {
+        process_watch.lacking(name);
+    }
     std::fprintf(stderr, "stand-in host: the plug-in called %s, which this host does not provide\n",
                  name);
     std::abort();
@@ -82,6 +106,7 @@ HostState::HostState(SessionOptions session_options) : options(std::move(session
 
 void HostState::run(const char* name, const std::function<void()>& function) {
     const Running running(*this);
+    const Watched watched(name);
     std::string thrown;
     try {
         function();

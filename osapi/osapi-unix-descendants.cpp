@@ -58,7 +58,7 @@ std::vector<int> children() {
     const int self = getpid();
     std::vector<int> ids;
     for (uword i = 0; i < names.len(); ++i) {
-        const std::string name = names[static_cast<long>(i)].c_str();
+        const std::string name = names[i].c_str();
         const bool number = std::all_of(name.begin(), name.end(),
                                         [](unsigned char c) { return std::isdigit(c) != 0; });
         if (number && parent_of(name) == self) {

@@ -1,6 +1,7 @@
 #include "apart.h"
 
 #include <base/exceptions.h>
+#include <host/watch.h>
 #include <osapi/descriptor_flags.h>
 #include <osapi/files.h>
 #include <osapi/pipes.h>
@@ -61,6 +62,13 @@ void leave_at_exit() {
     OSAPI::exit_now(0);
 }
 
+void tell_running(const char* command) { notes_of_child->running(command); }
+
+void leave_at_lack(const char* function) {
+    notes_of_child->lacking(function);
+    OSAPI::exit_now(0);
+}
+
 /// Never comes back, by an exception neither: the frames above are the parent's.
 [[noreturn]] void live(const Body& body, milliseconds limit, OSAPI::Pipe& lines,
                        OSAPI::Pipe& words) noexcept {
@@ -69,6 +77,7 @@ void leave_at_exit() {
     Notes notes(lines.write_end().fd(), limit);
     notes_of_child = &notes;
     std::atexit(leave_at_exit);
+    host::set_watch({tell_running, leave_at_lack});
     try {
         body(notes);
     } catch (const std::exception& error) {
@@ -144,6 +153,8 @@ void Notes::find(std::string_view rule, std::string_view text, std::string_view 
     send({"find", rule, text, deviation});
 }
 void Notes::say(std::string_view text) { send({"say", text}); }
+void Notes::running(const char* command) { send({"running", command == nullptr ? "" : command}); }
+void Notes::lacking(const char* function) { send({"lacking", function}); }
 void Notes::end() { send({"end"}); }
 void Notes::exited() { send({"exit"}); }
 void Notes::keep(const std::string& name, const json& value) { send({"keep", name, value}); }
@@ -176,7 +187,7 @@ Heard run_apart(const Body& body, milliseconds limit) {
         heard.died = "killed by " + signal_name(WTERMSIG(account.status));
     } else if (listener.has_exited()) {
         heard.died = "the process was ended by a call of exit";
-    } else if (!listener.has_last_word()) {
+    } else if (!listener.has_last_word() && heard.lacking.empty()) {
         heard.died =
             "the process was ended with exit code " + std::to_string(WEXITSTATUS(account.status));
     }

@@ -31,6 +31,10 @@ public:
     void say(std::string_view text);
     /// For later probes.
     void keep(const std::string& name, const nlohmann::json& value);
+    /// Which command, or what else of the plug-in, runs; null: none.
+    void running(const char* command);
+    /// The module called what the host lacks: nobody's fault, but the end.
+    void lacking(const char* function);
     /// The last word: whoever goes without it did not go by himself.
     void end();
     /// The last word of a process that ends by `exit`, whoever called it.
@@ -48,6 +52,8 @@ struct Heard {
     std::vector<Finding> findings;
     std::string said;
     std::string doing;
+    std::string running;  ///< the command in which it ended; empty when none ran
+    std::string lacking;  ///< the function that the host lacks, at which it ended
     nlohmann::json kept = nlohmann::json::object();
     /// How it ended, in words: "killed by SIGSEGV", "no answer within 10 s"; empty when it came to
     /// its end.

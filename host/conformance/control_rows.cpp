@@ -102,7 +102,7 @@ void inspect_controls(const host::Session& session, Notes& notes) {
 
 void examine_controls(Examination& run) {
     if (!run.declared) {
-        run.leave_out("controls", "the effect cannot be set up");
+        run.leave_out("controls", run.why_not_declared);
         return;
     }
     const auto count = run.set_up.kept.at("controls").get<std::size_t>();

@@ -56,6 +56,7 @@ std::vector<Finding> own_findings(const Heard& heard) {
     if (!heard.died.empty()) {
         std::string text = heard.died;
         text += heard.doing.empty() ? "" : " during " + heard.doing;
+        text += heard.running.empty() ? "" : ", in " + heard.running;
         text += heard.last_words.empty() ? "" : ": " + heard.last_words;
         own.push_back({"", text, ""});
     }
@@ -113,7 +114,17 @@ void Examination::enter(const RowText& text, const std::vector<Finding>& finding
 }
 
 void Examination::enter(const RowText& text, const Heard& heard) {
-    enter(text, own_findings(heard), heard.said);
+    if (!lacked(text.id, heard)) {
+        enter(text, own_findings(heard), heard.said);
+    }
+}
+
+bool Examination::lacked(std::string_view id, const Heard& heard) {
+    if (heard.lacking.empty()) {
+        return false;
+    }
+    leave_out(id, "the plug-in calls " + heard.lacking + ", which this host does not provide");
+    return true;
 }
 
 void Examination::leave_out(std::string_view what, std::string_view why) {
@@ -135,6 +146,12 @@ bool Examination::stands(std::string_view id) const {
     });
 }
 
+bool Examination::passes(std::string_view id) const {
+    return std::any_of(report_.rows.begin(), report_.rows.end(), [&](const Row& row) {
+        return row.id == id && row.verdict == Verdict::Pass;
+    });
+}
+
 host::Session Examination::open(host::SessionOptions options) const {
     return host::Session(bundle_, std::move(options));
 }
@@ -148,7 +165,7 @@ Report Examination::finish() {
     // What was not looked at may be where a deviation shows.
     const bool whole = whole_;
     if (!declared && !deviations_of(report_.match_name).empty()) {
-        leave_out("kept", "the effect cannot be set up");
+        leave_out("kept", why_not_declared);
         return std::move(report_);
     }
     for (const Deviation& deviation : deviations_of(report_.match_name)) {

@@ -57,6 +57,9 @@ public:
                const std::string& answer);
     /// Enters the row that a probe is for, from its own findings and how it ended.
     void enter(const RowText& text, const Heard& heard);
+    /// Notes that a row cannot be looked at, since its probe ended at what the host lacks; false
+    /// when it did not.
+    bool lacked(std::string_view id, const Heard& heard);
     /// Those of `heard` that belong in the row of a rule.
     static std::vector<Finding> under(const Heard& heard, std::string_view rule);
     /// Notes what cannot be looked at, instead of passing over it.
@@ -65,14 +68,17 @@ public:
     void note_limit(std::string_view what, std::string_view why);
     /// Whether there is a row of this id that does not fail: others are built on it.
     bool stands(std::string_view id) const;
+    /// Whether nothing at all was found for the row.
+    bool passes(std::string_view id) const;
 
     /// The file is opened under the name that the user gave: effects look round their own folder.
     host::Session open(host::SessionOptions options = {}) const;
 
     const std::filesystem::path& file() const { return report_.file; }
     void set_match_name(std::string_view name);
-    /// Set by the set-up rows; nothing when the effect cannot be set up.
+    /// Set by the set-up rows; nothing when the effect cannot be set up, or not set down again.
     std::optional<Declared> declared;
+    std::string why_not_declared = "the effect cannot be set up";
     /// What a session without frames breaks already; set by the set-up rows.
     const std::vector<std::string>& known_violations(host::Application application) const;
     std::map<host::Application, std::vector<std::string>> violations_of_set_up;

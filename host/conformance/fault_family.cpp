@@ -47,6 +47,9 @@ void examine_family(Examination& run, const FaultFamily& family) {
         const std::string row = id + "." + call.slug();
         const Heard answer = run.probe(
             row, [&](Notes& notes) { notes.keep("faults", family.play(call, good, notes)); });
+        if (run.lacked(row, answer)) {
+            continue;
+        }
         const std::vector<Finding> found = told_with_faults(answer);
         if (found.empty() && answer.kept.at("faults") == 0) {
             run.leave_out(row, "the call was made in the run without faults alone");

@@ -81,7 +81,14 @@ struct Ends {
     }
 };
 
-void judge(const Frame& frame, Debt debt, const Good& good, Ends& ends, Notes& notes) {
+/// What an effect owes under a fault in a kind of frame.
+struct Owed {
+    Debt debt;
+    Drawing drawing;
+    bool cancelled;  ///< by the user, which every caller has to learn
+};
+
+void judge(const Frame& frame, const Owed& owed, const Good& good, Ends& ends, Notes& notes) {
     const std::size_t all = static_cast<std::size_t>(frame.world.width()) *
                             static_cast<std::size_t>(frame.world.height());
     const bool whole = frame.rendered && frame.undrawn_pixels == 0;
@@ -90,10 +97,15 @@ void judge(const Frame& frame, Debt debt, const Good& good, Ends& ends, Notes& n
     ends.whole += frame.status == PF_Err_NONE && whole ? 1 : 0;
     ends.none += frame.status == PF_Err_NONE && !whole ? 1 : 0;
 
-    const bool owed = debt == Debt::Error || (debt == Debt::ErrorOrFallback && !whole);
-    if (frame.status == PF_Err_NONE && owed) {
+    const bool rests = owed.drawing == Drawing::WholeOrNone && frame.undrawn_pixels == all;
+    if (frame.status == PF_Err_NONE && (owed.debt == Debt::Error || !(whole || rests))) {
         notes.find("", whole ? "status 0, a picture without what failed" : "status 0, no picture",
                    kStatusZero);
+    }
+    if (owed.cancelled && owed.debt == Debt::Error && frame.status != PF_Err_NONE &&
+        frame.status != PF_Interrupt_CANCEL) {
+        notes.find("", "status " + std::to_string(frame.status) + " instead of 517, the user's " +
+                           "cancellation");
     }
     if (frame.rendered && frame.undrawn_pixels != 0 && frame.undrawn_pixels != all) {
         notes.find("", "half a picture: " + std::to_string(frame.undrawn_pixels) + " of " +
@@ -167,7 +179,11 @@ private:
         }
         notes_.doing("the frame without faults, afterwards");
         const Frame after = host.draw();
-        if (pixels(after) != good.picture || after.violations != good.violations) {
+        // An effect whose frames differ anyway, or that writes where others' memory lies, is told
+        // so elsewhere.
+        const bool steady =
+            (!kind_.smart || run_.stands("frames.again")) && run_.stands("frames.bounds");
+        if (steady && (pixels(after) != good.picture || after.violations != good.violations)) {
             notes_.find("", "afterwards the frame without faults is another");
         }
         notes_.doing("set-down");
@@ -183,14 +199,16 @@ private:
         if (!delivered) {
             return false;
         }
-        judge(frame, call_.debt(), good, ends_, notes_);
+        const Owed owed = {call_.debt(), due(kind_, *run_.declared),
+                           fault.status == PF_Interrupt_CANCEL && call_.asks_user()};
+        judge(frame, owed, good, ends_, notes_);
         // What a fault leads to can fail too.
         for (const FailingCall& next : failing_calls(calls_beyond(frame, good_run_.calls))) {
             const CallFault second = {next.name, 0, PF_Interrupt_CANCEL};
             notes_.doing(text_of(fault) + " and " + text_of(second));
             const Frame other = draw({fault, second}, delivered);
             if (delivered) {
-                judge(other, call_.debt(), good, ends_, notes_);
+                judge(other, owed, good, ends_, notes_);
             }
         }
         if (good_run_.lossless && !loses_handles(beyond(frame.violations, good.violations))) {
@@ -247,18 +265,17 @@ const char* promise(const FailingCall& call) {
         case Debt::Error:
             return "an error; all is given back";
         case Debt::ErrorOrFallback:
-            return "an error or a whole picture; all is given back";
         case Debt::Nothing:
             break;
     }
-    return "an error, or it goes on; all is given back";
+    return "an error or a whole picture; all is given back";
 }
 
 }  // namespace
 
 void examine_faults(Examination& run) {
     if (!run.declared) {
-        run.leave_out("faults", "the effect cannot be set up");
+        run.leave_out("faults", run.why_not_declared);
         return;
     }
     examine_set_up_faults(run);

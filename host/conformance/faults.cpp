@@ -58,6 +58,9 @@ std::vector<host::CallFault> FailingCall::faults() const {
 }
 
 std::string text_of(const host::CallFault& fault) {
+    if (fault.status == kSPSuiteNotFoundError) {
+        return fault.call + " finding no suite";
+    }
     const std::string which = fault.nth == 0 ? "every call" : "call " + std::to_string(fault.nth);
     return which + " of " + fault.call + " failing with " + std::to_string(fault.status);
 }

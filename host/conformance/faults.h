@@ -24,6 +24,8 @@ struct FailingCall {
 
     bool suite() const;
     Debt debt() const;
+    /// Whether the user's cancellation comes this way: the suites for whole projects know none.
+    bool asks_user() const { return name.rfind("AEGP_", 0) != 0; }
     /// For a row's id: without spaces.
     std::string slug() const;
     /// "checkout_param fails (17 calls)", "PF World Suite is missing".

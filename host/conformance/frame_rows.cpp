@@ -38,7 +38,7 @@ void play(const Examination& run, const FrameRow& row, Notes& notes) {
 
 void examine_frames(Examination& run) {
     if (!run.declared) {
-        run.leave_out("frames", "the effect cannot be set up");
+        run.leave_out("frames", run.why_not_declared);
         return;
     }
     std::vector<Played> frames;

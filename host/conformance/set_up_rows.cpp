@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 
 #include "controls.h"
 #include "examination.h"
@@ -19,6 +20,9 @@ using host::Session;
 
 /// Kept by the probe of Premiere Pro's set-up.
 constexpr char kPixelFormats[] = "pixel formats";
+
+/// What the probe of set-up does last: what goes wrong then has a row of its own.
+constexpr char kSetDown[] = "set-down";
 
 /// The command that the effect refused, then what it broke until then.
 void tell_refusal(Notes& notes, const host::EffectError& error) {
@@ -49,9 +53,14 @@ void play_set_up(const Examination& run, Notes& notes) {
                    }));
         notes.say("status 0 each; version " + info.version_text());
         inspect_controls(session, notes);
-        notes.doing("set-down");
+        notes.doing(kSetDown);
         const std::size_t before = session.violations().size();
-        session.close();
+        try {
+            session.close();
+        } catch (const host::EffectError& error) {
+            notes.find("down", error.what() + (" (status " + std::to_string(error.status())) + ")");
+            notes.keep("refused set-down", true);
+        }
         const std::vector<std::string>& all = session.violations();
         notes.keep("violations", all);
         for (std::size_t i = 0; i < all.size(); ++i) {
@@ -62,6 +71,31 @@ void play_set_up(const Examination& run, Notes& notes) {
     } catch (const host::EffectError& error) {
         tell_refusal(notes, error);
     }
+}
+
+bool died_in_set_down(const Heard& heard) { return !heard.died.empty() && heard.doing == kSetDown; }
+
+/// What was found until set-down, and the rest.
+std::vector<Finding> in_set_up(const Heard& heard) {
+    std::vector<Finding> found = own_findings(heard);
+    std::erase_if(found, [&](const Finding& one) {
+        return one.during == kSetDown || (one.during.empty() && died_in_set_down(heard));
+    });
+    return found;
+}
+std::vector<Finding> in_set_down(const Heard& heard) {
+    std::vector<Finding> found = Examination::under(heard, "down");
+    std::vector<Finding> own = own_findings(heard);
+    std::copy_if(own.begin(), own.end(), std::back_inserter(found), [&](const Finding& one) {
+        return one.during == kSetDown || (one.during.empty() && died_in_set_down(heard));
+    });
+    return found;
+}
+
+/// By an error, an exception or a crash: each session to come would end so.
+bool set_down_failed(const Heard& heard) {
+    return died_in_set_down(heard) || !heard.kept.contains("violations") ||
+           heard.kept.value("refused set-down", false);
 }
 
 using Ask = std::function<void(Session&, Notes&)>;
@@ -142,7 +176,10 @@ void examine_set_up(Examination& run) {
     }
     run.set_up = run.probe("setup.session", [&](Notes& notes) { play_set_up(run, notes); });
     const Heard& heard = run.set_up;
-    run.enter({"setup.session", "global, parameter and sequence set-up", "status 0 each"}, heard);
+    if (!run.lacked("setup.session", heard)) {
+        run.enter({"setup.session", "global, parameter and sequence set-up", "status 0 each"},
+                  in_set_up(heard), heard.said);
+    }
     if (heard.kept.contains("out_flags2")) {
         run.declared = Declared{heard.kept.at("version"), heard.kept.at("out_flags"),
                                 heard.kept.at("out_flags2"), heard.kept.at("supervises"),
@@ -153,7 +190,7 @@ void examine_set_up(Examination& run) {
     }
     if (!run.stands("setup.session")) {
         run.declared.reset();
-        run.leave_out("questions", "the effect cannot be set up");
+        run.leave_out("questions", run.why_not_declared);
         return;
     }
     for (const Rule& rule : kRules) {
@@ -164,7 +201,13 @@ void examine_set_up(Examination& run) {
         }
     }
     run.enter({"setup.down", "sequence and global set-down", "status 0; all is given back"},
-              Examination::under(heard, "down"), "status 0; all is given back");
+              in_set_down(heard), "status 0; all is given back");
+    if (set_down_failed(heard)) {
+        run.declared.reset();
+        run.why_not_declared = "the effect cannot be set down, see setup.down";
+        run.leave_out("questions", run.why_not_declared);
+        return;
+    }
     const std::vector<std::string> known = heard.kept.at("violations");
     run.violations_of_set_up[Application::AfterEffects] = known;
     const Heard premiere = put(run, {"setup.premiere", "set-up in Premiere Pro", "status 0 each"},

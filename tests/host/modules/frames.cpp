@@ -161,6 +161,11 @@ PF_Err pre_render(PF_InData* in, PF_OutData* out, PF_PreRenderExtra* extra) {
         PF_ParamDef none;
         in->inter.checkin_param(in->effect_ref, &none);
     }
+    if (mischief == kKeepThird && frame == 2) {
+        PF_ParamDef kept;
+        in->inter.checkout_param(in->effect_ref, kGainId, in->current_time, in->time_step,
+                                 in->time_scale, &kept);
+    }
     if (mischief == kChangeFlags) {
         out->out_flags |= PF_OutFlag_I_EXPAND_BUFFER;
         out->out_flags2 &= ~PF_OutFlag2_I_USE_3D_CAMERA;
@@ -274,6 +279,13 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
         const Suite<AEGP_LayerSuite5> layers(in, kAEGPLayerSuite, 11);
         layers->AEGP_GetLayerName();
     }
+    if (mischief == kBlankWithoutHandle) {
+        const PF_Handle handle = in->utils->host_new_handle(1);
+        if (handle == nullptr) {
+            return PF_Err_NONE;
+        }
+        in->utils->host_dispose_handle(handle);
+    }
     PF_EffectWorld* input = nullptr;
     PF_EffectWorld* output = nullptr;
     if (mischief == kOutputFirst) {
@@ -288,6 +300,9 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
     if (kConforming && err != PF_Err_NONE) {
         if (mischief == kLeakOnError) {
             lose_memory();
+        }
+        if (mischief == kSwallowCancel && err == PF_Interrupt_CANCEL) {
+            err = PF_Err_INTERNAL_STRUCT_DAMAGED;
         }
         if (mischief == kThrowOnError) {
             throw std::runtime_error("no output");

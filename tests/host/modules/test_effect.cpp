@@ -163,6 +163,11 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
             return PF_Err_NONE;
         case PF_Cmd_GLOBAL_SETUP:
             return global_setup(in, out);
+        case PF_Cmd_GLOBAL_SETDOWN:
+            if (asked_mischief() == kCrashInSetDown) {
+                __builtin_trap();
+            }
+            return asked_mischief() == kRefuseSetDown ? PF_Err_BAD_CALLBACK_PARAM : PF_Err_NONE;
         case PF_Cmd_SEQUENCE_SETDOWN:
             if (asked_mischief() == kCallAtSequenceDown && frames_made()) {
                 PF_ParamDef def;

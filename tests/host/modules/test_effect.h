@@ -80,10 +80,15 @@ enum Mischief {
     kCrashPreRender,
     kLeakInFlatten,
     kLeakInResetup,
-    kChangeFlags,    ///< at pre-render
-    kChangeCount,    ///< of parameters, in smart renders
-    kChangeVersion,  ///< in plain renders
-    kAskForRefresh,  ///< no mischief
+    kRefuseSetDown,
+    kCrashInSetDown,
+    kKeepThird,           ///< frame's parameter
+    kSwallowCancel,       ///< for another error, when the output cannot be had
+    kBlankWithoutHandle,  ///< draws nothing in a smart render that gets none
+    kChangeFlags,         ///< at pre-render
+    kChangeCount,         ///< of parameters, in smart renders
+    kChangeVersion,       ///< in plain renders
+    kAskForRefresh,       ///< no mischief
     kLeakInFlagQuery,
     kLeakInPlain,         ///< renders
     kHandleOnError,       ///< in the callbacks' slot, when the output cannot be had
