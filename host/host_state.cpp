@@ -12,6 +12,7 @@
 #include <typeinfo>
 
 #include "callbacks.h"
+#include "kept_record.h"
 #include "suites.h"
 #include "unprovided.h"
 
@@ -128,8 +129,12 @@ PF_Err HostState::send(PF_Cmd sent, PF_ParamDef** params, PF_EffectWorld* output
     const std::size_t entry = calls.size();
     const char* const name = command_name(sent);
     calls.push_back({name, "", 0});
+    KeptRecord kept(in);
     PF_Err status = PF_Err_NONE;
     run(name, [&] { status = entry_point(sent, &in, &out(), params, output, extra); });
+    if (kept.restore()) {
+        violation(std::string(name) + ": the input record was written to");
+    }
     calls[entry].status = status;
     instance->sequence_data = out().sequence_data;
     check_out_record();

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "host_state.h"
+#include "kept_record.h"
 
 namespace host {
 
@@ -71,6 +72,13 @@ private:
 
     // Frames.
     void tell_time(const FrameRun& run);
+    /// A violation if the record, named in words, was written to.
+    template <class Record>
+    void check_kept(const char* name, KeptRecord<Record>& record) {
+        if (record.restore()) {
+            state.violation(std::string(name) + "'s record was written to");
+        }
+    }
     void prepare_worlds(FrameRun& run, const Rect& area);
     PF_Err ask_dynamic_flags();
     void plain_render(FrameRun& run);

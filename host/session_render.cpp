@@ -13,6 +13,7 @@
 #include "callbacks.h"
 #include "declared_control.h"
 #include "frame_run.h"
+#include "kept_record.h"
 #include "parameter_array.h"
 #include "session_impl.h"
 
@@ -175,7 +176,9 @@ void Session::Impl::pre_render(FrameRun& run) {
     run.input.output_request.channel_mask = PF_ChannelMask_ARGB;
     run.input.bitdepth = static_cast<short>(run.options.depth);
     PF_PreRenderExtra extra{&run.input, &run.output, pre_render_callbacks()};
+    KeptRecord kept(run.input);
     note_status(send(PF_Cmd_SMART_PRE_RENDER, nullptr, nullptr, &extra), result);
+    check_kept("PF_Cmd_SMART_PRE_RENDER: the pre-render input", kept);
 
     if (run.output.pre_render_data != nullptr) {
         run.owns_data = run.output.delete_pre_render_data_func != nullptr;
@@ -203,7 +206,11 @@ void Session::Impl::smart_render(FrameRun& run) {
     PF_SmartRenderCallbacks* const callbacks = smart_render_callbacks();
     PF_SmartRenderExtra extra{&input, callbacks};
     result.rendered = true;
+    KeptRecord kept(input);
+    KeptRecord kept_output(run.frame.output_record);
     note_status(send(PF_Cmd_SMART_RENDER, nullptr, nullptr, &extra), result);
+    check_kept("PF_Cmd_SMART_RENDER: the render input", kept);
+    check_kept("PF_Cmd_SMART_RENDER: the output world", kept_output);
     inspect_worlds(run.frame);
     for (auto& [id, layer] : run.frame.layers) {
         result.open_layer_checkouts += std::exchange(layer.held, false) ? 1 : 0;
@@ -258,7 +265,12 @@ void Session::Impl::plain_render(FrameRun& run) {
     }
     result.rendered = true;
     result.result_rect = result.max_result_rect = frame.request;
+    KeptRecord kept(frame.output_record);
     note_status(send(PF_Cmd_RENDER, params.data(), &frame.output_record), result);
+    check_kept("PF_Cmd_RENDER: the output world", kept);
+    if (params.written()) {
+        state.violation("PF_Cmd_RENDER: a parameter's record was written to");
+    }
     const PF_Err set_down = send(PF_Cmd_FRAME_SETDOWN, params.data(), &frame.output_record);
     if (result.status == PF_Err_NONE && set_down != PF_Err_NONE) {
         note_status(set_down, result);

@@ -23,6 +23,7 @@ constexpr Sign kRuleSigns[] = {
     {"the callbacks' slot holds", "record"},
     {"bytes behind the output record", "record"},
     {"was changed", "record"},
+    {"record was written to", "record"},
     {"return_msg", "messages"},
 };
 

@@ -94,6 +94,10 @@ INSTANTIATE_TEST_SUITE_P(
         Noticed{kChangeFlags,
                 "PF_Cmd_SMART_PRE_RENDER: out_flags was changed\n"
                 "PF_Cmd_SMART_PRE_RENDER: out_flags2 was changed"},
+        Noticed{kWriteInData, "PF_Cmd_SMART_PRE_RENDER: the input record was written to"},
+        Noticed{kWriteRenderInput,
+                "PF_Cmd_SMART_RENDER: the render input's record was written to\n"
+                "PF_Cmd_SMART_RENDER: the output world's record was written to"},
         Noticed{kChangeCount, "PF_Cmd_SMART_RENDER: num_params was changed"},
         Noticed{kZeroTimeScale, "checkout_param: null, a time scale of 0, or no frame being made"},
         Noticed{kUnknownParameter, "checkout_param: no parameter 99"},

@@ -166,6 +166,9 @@ PF_Err pre_render(PF_InData* in, PF_OutData* out, PF_PreRenderExtra* extra) {
         in->inter.checkout_param(in->effect_ref, kGainId, in->current_time, in->time_step,
                                  in->time_scale, &kept);
     }
+    if (mischief == kWriteInData) {
+        in->current_time += 1;
+    }
     if (mischief == kChangeFlags) {
         out->out_flags |= PF_OutFlag_I_EXPAND_BUFFER;
         out->out_flags2 &= ~PF_OutFlag2_I_USE_3D_CAMERA;
@@ -368,6 +371,10 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
     if (mischief == kUnterminatedMessage) {
         std::memset(out->return_msg, 'u', sizeof out->return_msg);
     }
+    if (mischief == kWriteRenderInput) {
+        extra->input->bitdepth = 8;
+        output->height -= 1;
+    }
     if (mischief == kChangeCount) {
         ++out->num_params;
     }
@@ -412,6 +419,9 @@ PF_Err plain_render(PF_InData* in, PF_OutData* out, PF_ParamDef** params, PF_Eff
     if (asked_mischief() == kCrashInSecondPlain && second &&
         (output->world_flags & PF_WorldFlag_DEEP) != 0) {
         __builtin_trap();
+    }
+    if (asked_mischief() == kWriteParameters) {
+        params[kCountId]->u.sd.value += 1;
     }
     if (asked_mischief() == kLeakInPlain) {
         lose_memory();

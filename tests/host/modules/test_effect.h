@@ -81,6 +81,9 @@ enum Mischief {
     kLeakInFlatten,
     kLeakInResetup,
     kRefuseSetDown,
+    kWriteInData,       ///< at pre-render
+    kWriteRenderInput,  ///< and the output world's record
+    kWriteParameters,   ///< in plain renders
     kCrashInSetDown,
     kKeepThird,           ///< frame's parameter
     kSwallowCancel,       ///< for another error, when the output cannot be had
