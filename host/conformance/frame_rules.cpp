@@ -39,9 +39,10 @@ void enter_rule(Examination& run, const Rule& rule, const std::vector<Played>& f
                                    : "no frame that it is for came to its end");
         return;
     }
-    std::string answer = "kept";
+    std::string answer = "nothing found";
     if (ended < all) {
-        answer += " in " + std::to_string(ended) + " of " + std::to_string(all) + " rows";
+        answer += " in the " + std::to_string(ended) + " of " + std::to_string(all) +
+                  " rows that came to their end";
     }
     // Layers need not be checked in: a host takes them back when the render returns.
     if (rule.name == "layers" && layers_left != 0) {

@@ -197,7 +197,7 @@ void examine_set_up(Examination& run) {
         const std::vector<Finding> broken = Examination::under(heard, rule.name);
         if (!broken.empty() || rule.name == "calls") {
             const std::string id = "setup." + std::string(rule.name);
-            run.enter({id, "all of set-up", rule.promise}, broken, "kept");
+            run.enter({id, "all of set-up", rule.promise}, broken, "nothing found");
         }
     }
     run.enter({"setup.down", "sequence and global set-down", "status 0; all is given back"},

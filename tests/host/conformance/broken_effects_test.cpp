@@ -290,7 +290,8 @@ TEST(EffectThatLeavesLayersToItsHost, Passes) {
     // without a camera, of one pixel, of a part, at half resolution, of other pixels, and after the
     // empty request; two each of the same frame twice, with longer rows and round flatten; three
     // with the two layers.
-    EXPECT_EQ(row(report, "frames.layers").answer, "kept; 21 left for the host to take back");
+    EXPECT_EQ(row(report, "frames.layers").answer,
+              "nothing found; 21 left for the host to take back");
 }
 
 TEST(EffectThatAsksForARefresh, Passes) {
@@ -338,7 +339,7 @@ TEST(EffectWithoutSmartRendering, IsPlayedPlainlyAndHasNoRulesOfSmartFrames) {
     const Report report = examine_with(kNoSmart);
     EXPECT_EQ(failing(report), std::set<std::string>{});
     EXPECT_EQ(row(report, "frames.first").verdict, conformance::Verdict::Pass);
-    EXPECT_EQ(row(report, "frames.bounds").answer, "kept");
+    EXPECT_EQ(row(report, "frames.bounds").answer, "nothing found");
     for (const char* rule : {"layers", "deleter", "rectangles"}) {
         const std::string id = std::string("frames.") + rule;
         EXPECT_THROW(row(report, id), std::runtime_error);
@@ -351,11 +352,14 @@ TEST(RulesOfFramesThatDied, AreNotKept) {
     // plain kinds.
     const Report renders = examine_with(kCrashSmart);
     EXPECT_EQ(failing(renders), kRenders);
-    EXPECT_EQ(row(renders, "frames.deleter").answer, "kept in 1 of 17 rows");
-    EXPECT_EQ(row(renders, "frames.bounds").answer, "kept in 4 of 20 rows");
+    EXPECT_EQ(row(renders, "frames.deleter").answer,
+              "nothing found in the 1 of 17 rows that came to their end");
+    EXPECT_EQ(row(renders, "frames.bounds").answer,
+              "nothing found in the 4 of 20 rows that came to their end");
     const Report pre_renders = examine_with(kCrashPreRender);
     EXPECT_EQ(failing(pre_renders).count("frames.no-render"), 1U);
-    EXPECT_EQ(row(pre_renders, "frames.bounds").answer, "kept in 3 of 20 rows");
+    EXPECT_EQ(row(pre_renders, "frames.bounds").answer,
+              "nothing found in the 3 of 20 rows that came to their end");
     for (const char* rule : {"layers", "deleter", "rectangles"}) {
         EXPECT_TRUE(leaves_out(pre_renders, std::string("frames.") + rule +
                                                 ": no frame that it is for came to its end"))
