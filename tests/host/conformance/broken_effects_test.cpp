@@ -212,6 +212,19 @@ INSTANTIATE_TEST_SUITE_P(
                "status 0, a picture without what failed"},
         Broken{kKeepParameter, {"frames.parameters"}, "6 parameters checked out and not in again"},
         Broken{kWrongCount, {"controls.count"}, "num_params is 8, but with the input layer 7"},
+        Broken{kStartOutside,
+               {"controls.ranges"},
+               "\"Gain\" starts at 300.5, outside its valid range, 0 to 10"},
+        Broken{kDefaultOutside,
+               {"controls.ranges"},
+               "\"Count\" has the default -6, outside its valid range, -5 to 20"},
+        Broken{kSliderOutside,
+               {"controls.ranges"},
+               "\"Count\" has a slider from 0 to 21, beyond its valid range, -5 to 20"},
+        Broken{kCheckboxOfFive, {"controls.checkboxes"}, "\"Invert\" starts at 5, with default 1"},
+        Broken{kEmptyChoice, {"controls.texts"}, "choice 2 of \"Mode\" has no text"},
+        Broken{kUnknownControl, {"controls.kinds"}, "\"Strange\" is of the type 77"},
+        Broken{kSameId, {"controls.ids"}, "\"Twin\" has the id 4, as another has"},
         Broken{kKeepThird, kFrameLeaks, "frame 2: 1 parameters checked out and not in again"},
         Broken{kSwallowCancel,
                {"faults.8-bit.checkout_output", "faults.16-bit.checkout_output",
@@ -292,6 +305,10 @@ TEST(EffectThatLeavesLayersToItsHost, Passes) {
     // with the two layers.
     EXPECT_EQ(row(report, "frames.layers").answer,
               "nothing found; 21 left for the host to take back");
+}
+
+TEST(EffectWithGroupsOfControls, MayLeaveTheirEndsWithoutAnId) {
+    EXPECT_EQ(failing(examine_with(kGroups)), std::set<std::string>{});
 }
 
 TEST(EffectThatAsksForARefresh, Passes) {

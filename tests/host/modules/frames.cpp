@@ -440,7 +440,7 @@ PF_Err plain_render(PF_InData* in, PF_OutData* out, PF_ParamDef** params, PF_Eff
     if (deep != nullptr) {
         return PF_Err_NONE;
     }
-    if (params[kParamCount] != nullptr || params[kInput]->u.ld.width != output->width) {
+    if (params[in->num_params] != nullptr || params[kInput]->u.ld.width != output->width) {
         return PF_Err_BAD_CALLBACK_PARAM;
     }
     const PF_Pixel colour{255, static_cast<A_u_char>(params[kCountId]->u.sd.value), 60, 70};

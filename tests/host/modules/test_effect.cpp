@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 
+#include "control_faults.h"
 #include "frames.h"
 #include "mischief.h"
 #include "other_commands.h"
@@ -34,6 +35,7 @@ PF_Err add_params(PF_InData* in, PF_OutData* out) {
         def.flags = asked_mischief() == kSupervise && id == kGainId ? PF_ParamFlag_SUPERVISE : 0;
         in->utils->ansi.strcpy(def.name, name);
         fill(def.u);
+        spoil_control(def);
         const PF_Err added = in->inter.add_param(in->effect_ref, PF_ParamIndex_APPEND, &def);
         pass_on(first, added);
         return added;
@@ -83,6 +85,11 @@ PF_Err add_params(PF_InData* in, PF_OutData* out) {
         u.pd.u.namesptr = mischiefs.c_str();
     });
     out->num_params = kParamCount + (asked_mischief() == kWrongCount ? 1 : 0);
+    for (const PF_ParamDef& further : further_controls()) {
+        PF_ParamDef def = further;
+        pass_on(first, in->inter.add_param(in->effect_ref, PF_ParamIndex_APPEND, &def));
+        ++out->num_params;
+    }
     return first != PF_Err_NONE ? first : err;
 }
 

@@ -119,6 +119,14 @@ enum Mischief {
     kFailInPremiere16,          ///< likewise
     kIgnoreFillInPremiere16,    ///< likewise
     kWritePastRowInPremiere16,  ///< likewise
+    kStartOutside,              ///< the valid range of a slider
+    kDefaultOutside,            ///< likewise
+    kSliderOutside,             ///< likewise, the track's end
+    kCheckboxOfFive,
+    kEmptyChoice,
+    kUnknownControl,
+    kSameId,  ///< of two controls
+    kGroups,  ///< of controls declared, their ends without an id: no mischief
     kMischiefEnd
 };
 
