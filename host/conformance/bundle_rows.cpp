@@ -84,6 +84,21 @@ Entry entry_of(const std::string& list, const std::string& key) {
     return entry;
 }
 
+/// The list with blanks in place of its comments: what they hold is not there, and what is there
+/// keeps its line.
+std::string without_comments(std::string list) {
+    static const std::string end = "-->";
+    for (std::size_t at = list.find("<!--"); at != std::string::npos; at = list.find("<!--", at)) {
+        const std::size_t close = list.find(end, at + 4);
+        const std::size_t behind = close == std::string::npos ? list.size() : close + end.size();
+        std::replace_if(
+            list.begin() + static_cast<std::ptrdiff_t>(at),
+            list.begin() + static_cast<std::ptrdiff_t>(behind), [](char c) { return c != '\n'; },
+            ' ');
+    }
+    return list;
+}
+
 std::string quoted(const std::string& text) {
     constexpr std::size_t kLongest = 40;
     return "\"" + text.substr(0, kLongest) + (text.size() > kLongest ? "..." : "") + "\"";
@@ -101,10 +116,16 @@ std::vector<Finding> wrong_entries(const BundleFile& list, const std::string& ex
                         "CFBundleExecutable " +
                             executable)};
     }
+    if (list.content->rfind("bplist", 0) == 0) {
+        return {fault_of(list,
+                         "is a binary property list, which cannot be read here; turn it into XML "
+                         "with plutil -convert xml1")};
+    }
+    const std::string text = without_comments(*list.content);
     std::vector<Finding> findings;
     for (const auto& [name, value] : expected) {
         const std::string key = name;
-        const Entry entry = entry_of(*list.content, key);
+        const Entry entry = entry_of(text, key);
         const std::string remedy =
             joined({"; write <key>", key, "</key><string>", value, "</string>"});
         if (entry.line == 0) {

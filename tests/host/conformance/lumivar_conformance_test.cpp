@@ -200,6 +200,37 @@ TEST_F(Conformance, NamesEachFileOfABrokenBundleThePlaceAndTheRemedy) {
         << answer;
 }
 
+TEST_F(Conformance, ReadsNoEntriesInCommentsOfAPropertyList) {
+    const std::string list = read_file(bundle() / "Contents/Info.plist");
+    const std::string signature = "<key>CFBundleSignature</key>";
+    ASSERT_NE(list.find(signature), std::string::npos);
+    std::string wrong = list;
+    wrong.replace(wrong.find(signature), signature.size(),
+                  "<!-- none\nyet: " + signature + "\n<string>FXTC</string> --><key>Other</key>");
+    wrong.replace(wrong.find("<string>eFKT<"), 12, "<!-- <string>eFKT</string> --><string>APPL");
+    wrong.replace(wrong.find("<dict>"), 0, "<!-- of two\nlines -->");
+    write_file(bundle() / "Contents/Info.plist", wrong);
+    const std::string name = in_quotes("Contents/Info.plist");
+    EXPECT_EQ(
+        texts(row(examine(bundle()), "bundle.info-list")),
+        (std::vector<std::string>{name + ": line 14: CFBundlePackageType is \"APPL\"; write "
+                                         "<key>CFBundlePackageType</key><string>eFKT</string>",
+                                  name + ": has no CFBundleSignature; write "
+                                         "<key>CFBundleSignature</key><string>FXTC</string>"}));
+    std::string commented = list;
+    commented.replace(commented.find(signature), 0, "<!-- <key>CFBundleSignature</key> -->");
+    write_file(bundle() / "Contents/Info.plist", commented + "<!-- without an end");
+    EXPECT_EQ(failing(examine(bundle())), Ids{});
+}
+
+TEST_F(Conformance, TellsHowToMakeABinaryPropertyListReadable) {
+    write_file(bundle() / "Contents/Info.plist", "bplist00\xD1\1\2");
+    EXPECT_EQ(texts(row(examine(bundle()), "bundle.info-list")),
+              std::vector<std::string>{in_quotes("Contents/Info.plist") +
+                                       ": is a binary property list, which cannot be read here; "
+                                       "turn it into XML with plutil -convert xml1"});
+}
+
 TEST_F(Conformance, NamesEachFileThatABundleLacks) {
     fs::remove(bundle() / "Contents/Info.plist");
     fs::remove(bundle() / "Contents/PkgInfo");
