@@ -9,13 +9,22 @@
 namespace host {
 namespace {
 
-/// Not a multiple of 16: pixels of a host are not aligned for vector loads.
-constexpr std::size_t kGuardBytes = 68;
 constexpr std::byte kGuard{0xC3};
 /// As 16-bit channels above the maximum of 32768, as alpha never full.
 constexpr std::byte kMark{0xA5};
 constexpr int kWhite8 = 255;
 constexpr int kWhite16 = 32768;
+
+/// Bytes before the first row and behind the last: more than a row, so that what lands a row too
+/// high or too low lands in them. Not a multiple of 16: pixels of a host are not aligned for vector
+/// loads.
+std::uint64_t guard_bytes(std::int64_t row_bytes) {
+    constexpr std::uint64_t beyond_a_row = 4096;
+    constexpr std::uint64_t vector = 16;
+    const std::uint64_t whole_vectors =
+        (static_cast<std::uint64_t>(row_bytes) + vector - 1) / vector * vector;
+    return whole_vectors + beyond_a_row + 4;
+}
 
 std::optional<std::size_t> first_overwritten(const std::byte* bytes, std::size_t count) {
     const std::byte* const end = bytes + count;
@@ -67,25 +76,29 @@ World::World(int width, int height, Depth depth, int row_padding, ChannelOrder o
             "a world needs a size of 0 or more and rows padded by whole words");
     }
     const std::int64_t row = std::int64_t{width} * bytes_per_pixel(depth) + row_padding;
-    const std::uint64_t limit = std::numeric_limits<std::ptrdiff_t>::max() - 2 * kGuardBytes;
-    if (row > std::numeric_limits<std::int32_t>::max() ||
-        (height > 0 && static_cast<std::uint64_t>(row) > limit / static_cast<unsigned>(height))) {
+    // A row that a stride can hold leaves these sums far below 2^64.
+    const std::uint64_t guard = guard_bytes(row);
+    const bool strided = row <= std::numeric_limits<std::int32_t>::max();
+    const std::uint64_t size =
+        strided ? static_cast<std::uint64_t>(row) * static_cast<unsigned>(height) + 2 * guard : 0;
+    if (!strided || size > std::uint64_t{std::numeric_limits<std::ptrdiff_t>::max()}) {
         throw HostError("a world of " + std::to_string(width) + " x " + std::to_string(height) +
                         " pixels is beyond what addresses reach");
     }
     row_bytes_ = static_cast<int>(row);
-    size_ = static_cast<std::size_t>(row) * static_cast<std::size_t>(height) + 2 * kGuardBytes;
+    guard_ = static_cast<std::size_t>(guard);
+    size_ = static_cast<std::size_t>(size);
     bytes_ = std::make_unique<std::byte[]>(size_);
 
-    std::fill_n(bytes_.get(), kGuardBytes, kGuard);
+    std::fill_n(bytes_.get(), guard_, kGuard);
     for (int y = 0; y < height_; ++y) {
         std::fill_n(this->row(y) + pixel_bytes(), static_cast<std::size_t>(row_padding), kGuard);
     }
-    std::fill_n(bytes_.get() + size_ - kGuardBytes, kGuardBytes, kGuard);
+    std::fill_n(bytes_.get() + size_ - guard_, guard_, kGuard);
 }
 
 std::size_t World::row_offset(int y) const {
-    return kGuardBytes + static_cast<std::size_t>(y) * static_cast<std::size_t>(row_bytes_);
+    return guard_ + static_cast<std::size_t>(y) * static_cast<std::size_t>(row_bytes_);
 }
 
 std::size_t World::pixel_bytes() const {
@@ -142,8 +155,8 @@ std::size_t World::marked_pixels() const {
 }
 
 std::optional<std::string> World::breach() const {
-    if (const auto at = first_overwritten(bytes_.get(), kGuardBytes)) {
-        return std::to_string(kGuardBytes - *at) + " bytes before the first pixel";
+    if (const auto at = first_overwritten(bytes_.get(), guard_)) {
+        return std::to_string(guard_ - *at) + " bytes before the first pixel";
     }
     const std::size_t pixels = pixel_bytes();
     const std::size_t padding = static_cast<std::size_t>(row_bytes_) - pixels;
@@ -153,7 +166,7 @@ std::optional<std::string> World::breach() const {
                    " bytes behind its last pixel";
         }
     }
-    if (const auto at = first_overwritten(bytes_.get() + size_ - kGuardBytes, kGuardBytes)) {
+    if (const auto at = first_overwritten(bytes_.get() + size_ - guard_, guard_)) {
         return std::to_string(*at) + " bytes behind the last row";
     }
     return std::nullopt;

@@ -69,6 +69,11 @@ INSTANTIATE_TEST_SUITE_P(
                 "the plug-in wrote outside the output's pixels: 2 bytes before the first pixel"},
         Noticed{kWriteBehind,
                 "the plug-in wrote outside the output's pixels: 5 bytes behind the last row"},
+        // Rows of 64 float pixels and 20 bytes.
+        Noticed{kWriteRowAbove,
+                "the plug-in wrote outside the output's pixels: 532 bytes before the first pixel"},
+        Noticed{kWriteRowBelow,
+                "the plug-in wrote outside the output's pixels: 512 bytes behind the last row"},
         Noticed{kWriteInput, "the plug-in wrote to the input layer's pixels"},
         Noticed{kLeakSuite,
                 "suite \"PF World Suite\" version 2 was acquired 1 times more than it was "

@@ -2,9 +2,12 @@
 #include <host/errors.h>
 #include <host/world.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace {
@@ -59,7 +62,8 @@ TEST_P(WorldOfEveryDepth, NoticesEveryByteWrittenOutsideThePixels) {
         *at = before;
         return noticed;
     };
-    for (int i = 1; i <= 68; ++i) {
+    const int guard = world.row_bytes() + 4096;
+    for (int i = 1; i <= guard; ++i) {
         EXPECT_TRUE(breaches(world.row(0) - i)) << i << " before";
     }
     for (int y = 0; y < 3; ++y) {
@@ -69,8 +73,29 @@ TEST_P(WorldOfEveryDepth, NoticesEveryByteWrittenOutsideThePixels) {
         EXPECT_FALSE(breaches(world.row(y))) << "first pixel of row " << y;
         EXPECT_FALSE(breaches(world.row(y) + pixels - 1)) << "last byte of row " << y;
     }
-    for (int i = 0; i < 68; ++i) {
+    for (int i = 0; i < guard; ++i) {
         EXPECT_TRUE(breaches(world.row(0) + 3 * world.row_bytes() + i)) << i << " behind";
+    }
+    EXPECT_FALSE(world.breach());
+}
+
+TEST_P(WorldOfEveryDepth, NoticesAPixelARowTooHighOrTooLow) {
+    // Wider than any guard of a fixed length.
+    World world(3000, 2, GetParam());
+    const int size = host::bytes_per_pixel(GetParam());
+    const auto breach_at = [&](int y, int x) {
+        std::byte* const pixel =
+            world.row(0) + static_cast<std::ptrdiff_t>(y) * world.row_bytes() + x * size;
+        const std::byte before = *pixel;
+        *pixel = std::byte{0};
+        const std::optional<std::string> breach = world.breach();
+        *pixel = before;
+        return breach;
+    };
+    for (const int x : {0, 1500, 2999}) {
+        EXPECT_EQ(breach_at(-1, x),
+                  std::to_string(world.row_bytes() - x * size) + " bytes before the first pixel");
+        EXPECT_EQ(breach_at(2, x), std::to_string(x * size) + " bytes behind the last row");
     }
     EXPECT_FALSE(world.breach());
 }

@@ -2,6 +2,8 @@
 //
 //   guard | row 0 pixels | padding | row 1 pixels | padding | ... | guard
 //
+// A guard is longer than a row: what is drawn a row too high or too low is seen.
+//
 // Pixels are four channels, in memory in the world's own order; readers get them as alpha, red,
 // green, blue. The first pixel is aligned for its channels and, on purpose, for nothing more.
 #pragma once
@@ -120,6 +122,7 @@ private:
     Depth depth_;
     ChannelOrder order_;
     int row_bytes_ = 0;
+    std::size_t guard_ = 0;  ///< bytes on either side
     std::size_t size_ = 0;
     std::unique_ptr<std::byte[]> bytes_;
 };

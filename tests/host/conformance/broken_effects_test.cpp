@@ -84,6 +84,8 @@ INSTANTIATE_TEST_SUITE_P(
         Broken{kWritePastRow, {"frames.bounds"}, "in the padding of row 1, 3 bytes behind"},
         Broken{kWriteBefore, {"frames.bounds"}, "2 bytes before the first pixel"},
         Broken{kWriteBehind, {"frames.bounds"}, "5 bytes behind the last row"},
+        Broken{kWriteRowAbove, {"frames.bounds"}, "bytes before the first pixel"},
+        Broken{kWriteRowBelow, {"frames.bounds"}, "bytes behind the last row"},
         Broken{kWriteInput, {"frames.input"}, "wrote to the input layer's pixels"},
         Broken{kLeakSuite, {"frames.suites"}, "\"PF World Suite\" version 2 was acquired 1 times"},
         Broken{kReleaseUnheldSuite, {"frames.calls"}, "is not held"},

@@ -122,6 +122,13 @@ void draw(const Instance& instance, PF_EffectWorld* output, PF_PixelFormat forma
     if (mischief == kWriteBehind) {
         first[output->rowbytes * output->height + 5] = 1;
     }
+    const int middle = output->width / 2 * size;
+    if (mischief == kWriteRowAbove) {
+        put(first - output->rowbytes + middle, format, 1.0);
+    }
+    if (mischief == kWriteRowBelow) {
+        put(first + output->rowbytes * output->height + middle, format, 1.0);
+    }
 }
 
 /// Where the host put its callbacks.

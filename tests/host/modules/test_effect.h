@@ -63,6 +63,8 @@ enum Mischief {
     kDisposeTwiceWhenTwo,  ///< frames are under way
     kNoFloat,              ///< declared: no mischief
     kExit,                 ///< in 16-bit renders
+    kWriteRowAbove,        ///< the picture: a pixel amid it
+    kWriteRowBelow,        ///< likewise
     kLeaveProcess,         ///< running, in 16-bit renders
     kLeaveSession,         ///< likewise, in a session of its own
     kFailPart,             ///< of a frame
