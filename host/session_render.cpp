@@ -136,6 +136,8 @@ void Session::Impl::prepare_worlds(FrameRun& run, const Rect& area) {
     frame.output.mark();
     frame.input =
         World(input.width(), input.height(), options.depth, options.input_padding, frame.order);
+    // Not blank: an effect that clears or scales its input is to be seen.
+    frame.input.fill_with_pattern();
     frame.output_record = record_of(frame.output, area, frame.layer, true);
     frame.input_record = record_of(frame.input, input, frame.layer, false);
     frame.rendering = true;
@@ -286,7 +288,7 @@ void Session::Impl::inspect_worlds(const FrameState& frame) {
         state.violation("the plug-in wrote outside the input layer's pixels: " + *breach);
     }
     const bool may_write = (info.out_flags & PF_OutFlag_I_WRITE_INPUT_BUFFER) != 0;
-    if (!may_write && !frame.input.blank()) {
+    if (!may_write && !frame.input.shows_pattern()) {
         state.violation("the plug-in wrote to the input layer's pixels");
     }
 }

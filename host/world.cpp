@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <stdexcept>
+#include <vector>
 
 namespace host {
 namespace {
@@ -52,6 +53,57 @@ std::uint16_t channel_of(std::uint8_t value) {
 template <>
 float channel_of(std::uint8_t value) {
     return static_cast<float>(value) / static_cast<float>(kWhite8);
+}
+
+// The pattern: a line of channels with codes from 1 to 32768 that leap about; each row begins a
+// pixel further on in it than the one above, and after some rows anew.
+constexpr int kPatternStart = 23456;
+constexpr int kPatternLeap = 12345;
+constexpr int kPatternRows = 61;
+
+template <class Channel>
+Channel channel_of_code(int code);
+
+template <>
+std::uint8_t channel_of_code(int code) {
+    return static_cast<std::uint8_t>(1 + code % kWhite8);
+}
+
+template <>
+std::uint16_t channel_of_code(int code) {
+    return static_cast<std::uint16_t>(code);
+}
+
+template <>
+float channel_of_code(int code) {
+    // By a prime, so that all bytes of the quotient differ from channel to channel.
+    return static_cast<float>(code) / 32771.0F;
+}
+
+template <class Channel>
+std::vector<std::byte> line_of(std::size_t channels) {
+    std::vector<std::byte> line(channels * sizeof(Channel));
+    int code = kPatternStart;
+    for (std::size_t i = 0; i < channels; ++i) {
+        const Channel channel = channel_of_code<Channel>(code);
+        std::memcpy(line.data() + i * sizeof channel, &channel, sizeof channel);
+        code = 1 + (code + kPatternLeap) % kWhite16;
+    }
+    return line;
+}
+
+/// The pattern's line for a world of `width` pixels a row.
+std::vector<std::byte> pattern_line(Depth depth, int width) {
+    const std::size_t channels = 4 * (static_cast<std::size_t>(width) + kPatternRows);
+    return depth == Depth::Bits8    ? line_of<std::uint8_t>(channels)
+           : depth == Depth::Bits16 ? line_of<std::uint16_t>(channels)
+                                    : line_of<float>(channels);
+}
+
+/// Where a row begins in the line.
+std::size_t pattern_offset(Depth depth, int y) {
+    return static_cast<std::size_t>(y % kPatternRows) *
+           static_cast<std::size_t>(bytes_per_pixel(depth));
 }
 
 /// The bytes of a pixel.
@@ -172,11 +224,17 @@ std::optional<std::string> World::breach() const {
     return std::nullopt;
 }
 
-bool World::blank() const {
+void World::fill_with_pattern() {
+    const std::vector<std::byte> line = pattern_line(depth_, width_);
     for (int y = 0; y < height_; ++y) {
-        const std::byte* const pixels = row(y);
-        if (std::any_of(pixels, pixels + pixel_bytes(),
-                        [](std::byte byte) { return byte != std::byte{0}; })) {
+        std::memcpy(row(y), line.data() + pattern_offset(depth_, y), pixel_bytes());
+    }
+}
+
+bool World::shows_pattern() const {
+    const std::vector<std::byte> line = pattern_line(depth_, width_);
+    for (int y = 0; y < height_; ++y) {
+        if (std::memcmp(row(y), line.data() + pattern_offset(depth_, y), pixel_bytes()) != 0) {
             return false;
         }
     }

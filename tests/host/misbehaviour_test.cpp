@@ -75,6 +75,8 @@ INSTANTIATE_TEST_SUITE_P(
         Noticed{kWriteRowBelow,
                 "the plug-in wrote outside the output's pixels: 512 bytes behind the last row"},
         Noticed{kWriteInput, "the plug-in wrote to the input layer's pixels"},
+        Noticed{kClearInput, "the plug-in wrote to the input layer's pixels"},
+        Noticed{kHalveInput, "the plug-in wrote to the input layer's pixels"},
         Noticed{kLeakSuite,
                 "suite \"PF World Suite\" version 2 was acquired 1 times more than it was "
                 "released"},

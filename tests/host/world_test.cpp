@@ -32,11 +32,44 @@ TEST_P(WorldOfEveryDepth, AlignsPixelsForTheirChannelsAndNothingMore) {
     EXPECT_NE(address % 16, 0u);
 }
 
-TEST_P(WorldOfEveryDepth, BeginsBlankAndIsBlankNoMoreAfterAnyByte) {
-    World world(3, 2, GetParam());
-    EXPECT_TRUE(world.blank());
-    world.row(1)[3 * host::bytes_per_pixel(GetParam()) - 1] = std::byte{1};
-    EXPECT_FALSE(world.blank());
+TEST_P(WorldOfEveryDepth, ShowsItsPatternUntilAnyByteChanges) {
+    World world(3, 70, GetParam());
+    EXPECT_FALSE(world.shows_pattern()) << "blank at first";
+    world.fill_with_pattern();
+    EXPECT_TRUE(world.shows_pattern());
+    EXPECT_FALSE(world.breach());
+    for (int y = 0; y < world.height(); ++y) {
+        for (int i = 0; i < 3 * host::bytes_per_pixel(GetParam()); ++i) {
+            std::byte& byte = world.row(y)[i];
+            byte ^= std::byte{1};
+            EXPECT_FALSE(world.shows_pattern()) << "row " << y << " byte " << i;
+            byte ^= std::byte{1};
+        }
+    }
+    EXPECT_TRUE(world.shows_pattern());
+}
+
+template <class Channel>
+void expect_valid_pattern(Depth depth, Channel full) {
+    World world(200, 100, depth);
+    world.fill_with_pattern();
+    std::vector<Channel> above(800);
+    for (int y = 0; y < world.height(); ++y) {
+        std::vector<Channel> row(800);
+        world.read_row<Channel>(y, row);
+        for (const Channel channel : row) {
+            ASSERT_GT(channel, Channel{0}) << "row " << y;
+            ASSERT_LE(channel, full) << "row " << y;
+        }
+        EXPECT_NE(row, above) << "row " << y;
+        above = row;
+    }
+}
+
+TEST(World, HasAPatternOfValidChannelsWithoutAZero) {
+    expect_valid_pattern<std::uint8_t>(Depth::Bits8, 255);
+    expect_valid_pattern<std::uint16_t>(Depth::Bits16, 32768);
+    expect_valid_pattern<float>(Depth::Float, 1.0F);
 }
 
 TEST_P(WorldOfEveryDepth, CountsPixelsThatStillHoldTheMark) {
@@ -178,7 +211,7 @@ TEST(World, MayHaveNoPixels) {
     const World world;
     EXPECT_EQ(world.marked_pixels(), 0u);
     EXPECT_FALSE(world.breach());
-    EXPECT_TRUE(world.blank());
+    EXPECT_TRUE(world.shows_pattern());
 }
 
 TEST(World, RefusesRowsThatAStrideCannotHold) {

@@ -100,8 +100,11 @@ public:
     /// as they were.
     std::optional<std::string> breach() const;
 
-    /// Whether every byte of every pixel is zero, as at first.
-    bool blank() const;
+    /// Sets every pixel to a pattern of channels that are valid in every depth and never zero:
+    /// codes from 1, floats above 0 and up to 1. No row is like the next.
+    void fill_with_pattern();
+    /// Whether every pixel is as `fill_with_pattern` left it, byte for byte.
+    bool shows_pattern() const;
 
 private:
     std::size_t row_offset(int y) const;

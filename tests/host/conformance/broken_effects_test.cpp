@@ -87,6 +87,8 @@ INSTANTIATE_TEST_SUITE_P(
         Broken{kWriteRowAbove, {"frames.bounds"}, "bytes before the first pixel"},
         Broken{kWriteRowBelow, {"frames.bounds"}, "bytes behind the last row"},
         Broken{kWriteInput, {"frames.input"}, "wrote to the input layer's pixels"},
+        Broken{kClearInput, {"frames.input"}, "wrote to the input layer's pixels"},
+        Broken{kHalveInput, {"frames.input"}, "wrote to the input layer's pixels"},
         Broken{kLeakSuite, {"frames.suites"}, "\"PF World Suite\" version 2 was acquired 1 times"},
         Broken{kReleaseUnheldSuite, {"frames.calls"}, "is not held"},
         Broken{kNoDeleter, {"frames.deleter"}, "without a deleter is lost"},

@@ -131,6 +131,16 @@ void draw(const Instance& instance, PF_EffectWorld* output, PF_PixelFormat forma
     }
 }
 
+/// Works in place on pixels that are not its own.
+void change_input(int mischief, PF_EffectWorld* input, PF_PixelFormat format) {
+    for (int y = 0; y < input->height; ++y) {
+        char* const row = reinterpret_cast<char*>(input->data) + y * input->rowbytes;
+        for (int i = 0; i < input->width * pixel_size(format); ++i) {
+            row[i] = mischief == kClearInput ? char{0} : static_cast<char>(row[i] / 2);
+        }
+    }
+}
+
 /// Where the host put its callbacks.
 void leave_handle(PF_InData* in, PF_SmartRenderExtra* extra) {
     void* const slot = &extra->cb;
@@ -367,6 +377,9 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
     instance.facts[kOriginY] = output->origin_y;
     if (mischief == kWriteInput) {
         reinterpret_cast<char*>(input->data)[1] = 1;
+    }
+    if (mischief == kClearInput || mischief == kHalveInput) {
+        change_input(mischief, input, format);
     }
     if (mischief != kDrawNothing && mischief != kForeignWorld && mischief != kFailWithMessage) {
         draw(instance, output, format);

@@ -65,6 +65,8 @@ enum Mischief {
     kExit,                 ///< in 16-bit renders
     kWriteRowAbove,        ///< the picture: a pixel amid it
     kWriteRowBelow,        ///< likewise
+    kClearInput,           ///< its pixels
+    kHalveInput,           ///< each byte of its pixels
     kLeaveProcess,         ///< running, in 16-bit renders
     kLeaveSession,         ///< likewise, in a session of its own
     kFailPart,             ///< of a frame
