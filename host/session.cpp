@@ -253,7 +253,10 @@ std::optional<std::string> Session::dependencies(int check_type) {
 }
 std::int32_t Session::dynamic_flags(const Scene& scene, Time time,
                                     std::optional<std::int32_t> before) {
-    return impl_->dynamic_flags(scene, time, before);
+    return impl_->dynamic_flags(scene, time, before).second;
+}
+OutputFlags Session::all_dynamic_flags(const Scene& scene, Time time) {
+    return impl_->dynamic_flags(scene, time, std::nullopt);
 }
 Answer Session::command(std::int32_t number) { return impl_->command(number); }
 Frame Session::render(const Scene& scene, Time time, const RenderOptions& options) {

@@ -24,7 +24,7 @@ public:
     void close();
     std::string about();
     std::optional<std::string> dependencies(int check_type);
-    std::int32_t dynamic_flags(const Scene& scene, Time time, std::optional<std::int32_t> before);
+    OutputFlags dynamic_flags(const Scene& scene, Time time, std::optional<std::int32_t> before);
     Answer command(std::int32_t number);
     Frame render(const Scene& scene, Time time, const RenderOptions& options);
 

@@ -107,8 +107,8 @@ PF_Err Session::Impl::ask_dynamic_flags() {
     return send(PF_Cmd_QUERY_DYNAMIC_FLAGS);
 }
 
-std::int32_t Session::Impl::dynamic_flags(const Scene& scene, Time time,
-                                          std::optional<std::int32_t> before) {
+OutputFlags Session::Impl::dynamic_flags(const Scene& scene, Time time,
+                                         std::optional<std::int32_t> before) {
     const Project project(scene);
     FrameRun run(*this, state.session_instance, project, project.layers.front(), time, {});
     const std::int32_t declared = std::exchange(info.out_flags2, before.value_or(info.out_flags2));
@@ -124,7 +124,7 @@ std::int32_t Session::Impl::dynamic_flags(const Scene& scene, Time time,
     }
     state.frame = nullptr;
     info.out_flags2 = declared;
-    return state.out().out_flags2;
+    return {state.out().out_flags, state.out().out_flags2};
 }
 
 void Session::Impl::prepare_worlds(FrameRun& run, const Rect& area) {

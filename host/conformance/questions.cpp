@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 
 #include "played_scene.h"
 
@@ -143,17 +144,36 @@ int parameters_out(const std::vector<host::Call>& calls, std::size_t first) {
     return out;
 }
 
+/// Of the first flags, those that the query may turn on and off. Others are wishes about this one
+/// moment, or changes of what was declared, which the host notes itself.
+constexpr std::uint32_t kDynamicFlags = static_cast<std::uint32_t>(PF_OutFlag_WIDE_TIME_INPUT) |
+                                        static_cast<std::uint32_t>(PF_OutFlag_NON_PARAM_VARY) |
+                                        static_cast<std::uint32_t>(PF_OutFlag_PIX_INDEPENDENT) |
+                                        static_cast<std::uint32_t>(PF_OutFlag_I_USE_SHUTTER_ANGLE);
+
+/// Says so if flags were turned on beyond those declared.
+void look_for_new(std::int32_t answered, std::int32_t declared, std::uint32_t looked_at,
+                  const std::string& word, Reply& reply) {
+    const std::uint32_t added =
+        static_cast<std::uint32_t>(answered) & ~static_cast<std::uint32_t>(declared) & looked_at;
+    if (added != 0) {
+        char text[16];
+        std::snprintf(text, sizeof text, "0x%X", static_cast<unsigned>(added));
+        reply.wrong.push_back("turns on " + (text + (" in " + word)) +
+                              ", which set-up did not declare");
+    }
+}
+
 Reply ask_flags(Session& session) {
     Reply reply;
     const std::size_t first = session.calls().size();
-    const auto declared = static_cast<std::uint32_t>(session.info().out_flags2);
     const host::Scene scene = pan_scene();
     try {
-        const auto flags = static_cast<std::uint32_t>(
-            session.dynamic_flags(scene, scene.composition.frame_time(kFrame)));
-        if ((flags & ~declared) != 0) {
-            reply.wrong.emplace_back("turns on flags that set-up did not declare");
-        }
+        const host::OutputFlags flags =
+            session.all_dynamic_flags(scene, scene.composition.frame_time(kFrame));
+        look_for_new(flags.first, session.info().out_flags, kDynamicFlags, "out_flags", reply);
+        look_for_new(flags.second, session.info().out_flags2, ~std::uint32_t{0}, "out_flags2",
+                     reply);
     } catch (const host::EffectError& error) {
         reply.error = error.what();
     }

@@ -47,6 +47,12 @@ struct EffectInfo {
     std::string version_text() const;
 };
 
+/// Both words of an effect's output flags.
+struct OutputFlags {
+    std::int32_t first = 0;
+    std::int32_t second = 0;
+};
+
 /// How a command that has no function of its own here was answered.
 struct Answer {
     std::int32_t status = 0;
@@ -89,6 +95,8 @@ public:
     /// `EffectError`.
     std::int32_t dynamic_flags(const Scene& scene, Time time,
                                std::optional<std::int32_t> before = std::nullopt);
+    /// Both words likewise, from those that it declared.
+    OutputFlags all_dynamic_flags(const Scene& scene, Time time);
 
     /// Sends a command by its number, with the controls' initial values and without a world. Where
     /// a record of its own is due it is blank: for commands that mean nothing to the plug-in, or

@@ -114,6 +114,12 @@ PF_Err describe_dependencies(PF_InData* in, PF_ExtDependenciesExtra* extra) {
 
 PF_Err query_flags(PF_InData* in, PF_OutData* out) {
     out->out_flags2 |= PF_OutFlag2_I_USE_3D_LIGHTS;
+    if (asked_mischief() == kTurnOnFlag) {
+        out->out_flags |= PF_OutFlag_NON_PARAM_VARY;
+    }
+    if (asked_mischief() == kTurnOnFlag2) {
+        out->out_flags2 |= PF_OutFlag2_REVEALS_ZERO_ALPHA;
+    }
     if (asked_mischief() == kLeakInFlagQuery) {
         lose_memory();
     }

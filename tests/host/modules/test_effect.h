@@ -129,8 +129,10 @@ enum Mischief {
     kCheckboxOfFive,
     kEmptyChoice,
     kUnknownControl,
-    kSameId,  ///< of two controls
-    kGroups,  ///< of controls declared, their ends without an id: no mischief
+    kSameId,       ///< of two controls
+    kGroups,       ///< of controls declared, their ends without an id: no mischief
+    kTurnOnFlag,   ///< that was not declared, in the flag query
+    kTurnOnFlag2,  ///< likewise, of the second flags
     kMischiefEnd
 };
 
