@@ -133,7 +133,7 @@ void Session::Impl::prepare_worlds(FrameRun& run, const Rect& area) {
     const Rect& input = frame.input_area.empty() ? frame.request : frame.input_area;
     frame.output =
         World(area.width(), area.height(), options.depth, options.output_padding, frame.order);
-    frame.output.mark();
+    frame.output.mark(options.mark);
     frame.input =
         World(input.width(), input.height(), options.depth, options.input_padding, frame.order);
     // Not blank: an effect that clears or scales its input is to be seen.

@@ -11,8 +11,6 @@ namespace host {
 namespace {
 
 constexpr std::byte kGuard{0xC3};
-/// As 16-bit channels above the maximum of 32768, as alpha never full.
-constexpr std::byte kMark{0xA5};
 constexpr int kWhite8 = 255;
 constexpr int kWhite16 = 32768;
 
@@ -186,15 +184,16 @@ void World::fill(const Rect& area, const std::array<std::uint8_t, 4>& argb) {
     }
 }
 
-void World::mark() {
+void World::mark(std::byte value) {
+    mark_ = value;
     for (int y = 0; y < height_; ++y) {
-        std::fill_n(row(y), pixel_bytes(), kMark);
+        std::fill_n(row(y), pixel_bytes(), mark_);
     }
 }
 
 std::size_t World::marked_pixels() const {
     std::array<std::byte, 16> mark;
-    mark.fill(kMark);
+    mark.fill(mark_);
     const std::size_t size = static_cast<std::size_t>(bytes_per_pixel(depth_));
     std::size_t marked = 0;
     for (int y = 0; y < height_; ++y) {

@@ -4,6 +4,7 @@
 #include <host/project.h>
 #include <host_api/effect_interface.h>
 
+#include <cstddef>
 #include <cstdint>
 
 #include "examination.h"
@@ -17,6 +18,8 @@ using host::Frame;
 using host::PreRender;
 using host::RenderOptions;
 
+/// As a float far greater than the default mark, and as 16-bit channels above the maximum too.
+constexpr std::byte kOtherMark{0xDA};
 constexpr char kDrawn[] = "status 0, every pixel drawn";
 
 void play_one(Stage& stage) { stage.inspect(stage.draw(stage.options()), stage.row().drawing); }
@@ -102,8 +105,11 @@ void play_twice(Stage& stage, const RenderOptions& options, const char* differen
     stage.say("status 0, the same pixels");
 }
 
+/// Over other pixels, so that a channel left as it was, or added to, is seen.
 void play_again(Stage& stage) {
-    play_twice(stage, stage.options(), "the second picture differs from the first");
+    RenderOptions options = stage.options();
+    options.mark = kOtherMark;
+    play_twice(stage, options, "the second picture differs from the first");
 }
 
 void play_other_rows(Stage& stage) {
@@ -194,7 +200,7 @@ constexpr Play kSmartPlays[] = {
      play_empty_request},
     {{"frames.no-render", "a pre-render without a render", "status 0, no render needed"},
      play_no_render},
-    {{"frames.again", "the same frame twice", "the same pixels"}, play_again},
+    {{"frames.again", "the same frame twice, over other pixels", "the same pixels"}, play_again},
     {{"frames.rows", "a frame with longer rows", "the same pixels"}, play_other_rows},
     {{"frames.interleaved", "two layers, rendered in another order than pre-rendered",
       "the same pixels as alone"},

@@ -3,12 +3,53 @@
 #include <conformance/deviations.h>
 #include <host_api/effect_interface.h>
 
+#include <cmath>
+#include <cstdint>
+
 #include "examination.h"
 #include "frame_kinds.h"
 
 namespace conformance {
 
 using host::Frame;
+
+namespace {
+
+constexpr std::uint16_t kWhite16 = 32768;
+
+/// How many channels are not `fit`, with the place of the first; empty when all are.
+template <class Channel, class Fit>
+std::string unfit_channels(const host::World& world, const char* fault, Fit fit) {
+    std::vector<Channel> row(4 * static_cast<std::size_t>(world.width()));
+    std::size_t count = 0;
+    std::string first;
+    for (int y = 0; y < world.height(); ++y) {
+        world.read_row<Channel>(y, row);
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            if (!fit(row[i]) && count++ == 0) {
+                first = "row " + std::to_string(y) + ", column " + std::to_string(i / 4);
+            }
+        }
+    }
+    return count == 0 ? ""
+                      : std::to_string(count) + " channels are " + fault + ", first in " + first;
+}
+
+/// Of the values that a channel's type holds but no pixel may.
+std::string invalid_channels(const host::World& world) {
+    switch (world.depth()) {
+        case host::Depth::Bits16:
+            return unfit_channels<std::uint16_t>(
+                world, "above 32768", [](std::uint16_t value) { return value <= kWhite16; });
+        case host::Depth::Float:
+            return unfit_channels<float>(world, "not finite",
+                                         [](float value) { return std::isfinite(value); });
+        default:
+            return {};
+    }
+}
+
+}  // namespace
 
 std::vector<std::byte> pixels(const Frame& frame) {
     std::vector<std::byte> all;
@@ -42,6 +83,10 @@ void inspect(const Frame& frame, Drawing drawing, Notes& notes, const std::strin
                (drawing == Drawing::Whole || frame.undrawn_pixels != all)) {
         notes.find("", where + std::to_string(frame.undrawn_pixels) + " of " + std::to_string(all) +
                            " pixels are not drawn");
+    } else if (frame.rendered && frame.undrawn_pixels == 0) {
+        if (const std::string invalid = invalid_channels(frame.world); !invalid.empty()) {
+            notes.find("", where + invalid);
+        }
     }
     if (frame.status == PF_Err_NONE && frame.message.is_error) {
         notes.find("messages", where + "an error message with status 0: " + frame.message.text);

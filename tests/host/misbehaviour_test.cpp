@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <host/session.h>
 
+#include <cstddef>
 #include <cstdlib>
 #include <ostream>
 #include <string>
@@ -151,6 +152,21 @@ TEST(Misbehaviour, AnUndrawnFrameIsSeen) {
     EXPECT_TRUE(frame.rendered);
     EXPECT_FALSE(frame.drawn);
     EXPECT_EQ(frame.undrawn_pixels, 64u * 36u);
+}
+
+TEST(Misbehaviour, WhatIsLeftUndrawnHoldsTheMarkWishedFor) {
+    Session session(TEST_EFFECT);
+    RenderOptions options;
+    options.mark = std::byte{0x11};
+    const Frame blank = session.render(mischievous(kDrawNothing), {0, 24}, options);
+    EXPECT_EQ(blank.undrawn_pixels, 64u * 36u);
+    EXPECT_EQ(blank.world.row(35)[63 * 16 + 15], std::byte{0x11});
+    const Frame drawn = session.render(mischievous(kNone), {0, 24}, options);
+    EXPECT_EQ(drawn.undrawn_pixels, 0u);
+    const Frame partly = session.render(mischievous(kForgetAlpha), {0, 24}, options);
+    EXPECT_EQ(partly.undrawn_pixels, 0u) << "of whole pixels";
+    EXPECT_EQ(partly.world.row(0)[3], std::byte{0x11});
+    EXPECT_NE(partly.world.row(0)[11], std::byte{0x11});
 }
 
 TEST(Misbehaviour, AHalfDrawnFrameIsSeen) {

@@ -83,6 +83,15 @@ TEST_P(WorldOfEveryDepth, CountsPixelsThatStillHoldTheMark) {
     EXPECT_FALSE(world.breach()) << "marking stays within the pixels";
 }
 
+TEST_P(WorldOfEveryDepth, CountsPixelsThatHoldAnotherMark) {
+    World world(5, 4, GetParam());
+    world.mark(std::byte{0x3C});
+    EXPECT_EQ(world.row(3)[0], std::byte{0x3C});
+    EXPECT_EQ(world.marked_pixels(), 20u);
+    world.row(3)[0] = host::kDefaultMark;
+    EXPECT_EQ(world.marked_pixels(), 19u);
+}
+
 TEST_P(WorldOfEveryDepth, NoticesEveryByteWrittenOutsideThePixels) {
     const int padding = 8;
     World world(4, 3, GetParam(), padding);

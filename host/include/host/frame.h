@@ -32,6 +32,9 @@ struct RenderOptions {
     /// Bytes behind each row of the output and of the input layer; multiples of 4.
     int output_padding = kDefaultRowPadding;
     int input_padding = kDefaultRowPadding + 16;
+    /// What every byte of the output holds before the plug-in draws. A picture that depends on it
+    /// is not drawn whole.
+    std::byte mark = kDefaultMark;
     /// Pixel format to tell the plug-in in place of the depth's own, to see what it does with it.
     std::optional<std::int32_t> pixel_format;
     /// Whether the render follows the pre-render; a host may change its mind. For renders in one

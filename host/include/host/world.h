@@ -48,6 +48,9 @@ struct Rect {
 /// Bytes behind each row's pixels that are somebody else's.
 inline constexpr int kDefaultRowPadding = 20;
 
+/// As 16-bit channels above the maximum of 32768, as alpha never full.
+inline constexpr std::byte kDefaultMark{0xA5};
+
 class World {
 public:
     /// A world of `width` x `height` pixels (0 x 0 is one without pixels), all bytes zero, the
@@ -91,8 +94,9 @@ public:
     /// as it is at 8 bits, to the nearest of 0..32768 at 16, divided by 255 as floats.
     void fill(const Rect& area, const std::array<std::uint8_t, 4>& argb);
 
-    /// Sets every pixel to a pattern that no effect draws, so that what is left undrawn is seen.
-    void mark();
+    /// Sets every byte of every pixel to a value that no effect draws, so that what is left undrawn
+    /// is seen.
+    void mark(std::byte value = kDefaultMark);
     /// Pixels that still hold the mark, byte for byte.
     std::size_t marked_pixels() const;
 
@@ -127,6 +131,7 @@ private:
     int row_bytes_ = 0;
     std::size_t guard_ = 0;  ///< bytes on either side
     std::size_t size_ = 0;
+    std::byte mark_ = kDefaultMark;
     std::unique_ptr<std::byte[]> bytes_;
 };
 

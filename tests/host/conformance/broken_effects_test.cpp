@@ -55,6 +55,14 @@ const std::set<std::string> kRenders = {
     "frames.one-pixel", "frames.part",     "frames.downsampled", "frames.aspect",
     "frames.empty",     "frames.again",    "frames.rows",        "frames.interleaved"};
 
+/// Those at the greatest depth, and therefore all but two.
+const std::set<std::string> kFloatRenders = [] {
+    std::set<std::string> ids = kRenders;
+    ids.erase("frames.8-bit");
+    ids.erase("frames.16-bit");
+    return ids;
+}();
+
 const std::set<std::string> kFrameLeaks = {"leaks.8-bit", "leaks.16-bit", "leaks.float"};
 
 std::set<std::string> with(std::set<std::string> ids, const std::set<std::string>& more) {
@@ -89,6 +97,15 @@ INSTANTIATE_TEST_SUITE_P(
         Broken{kWriteInput, {"frames.input"}, "wrote to the input layer's pixels"},
         Broken{kClearInput, {"frames.input"}, "wrote to the input layer's pixels"},
         Broken{kHalveInput, {"frames.input"}, "wrote to the input layer's pixels"},
+        Broken{kForgetAlpha,
+               {"frames.16-bit", "frames.again"},
+               "the second picture differs from the first"},
+        Broken{kAddToOutput, {"frames.again"}, "the second picture differs from the first"},
+        Broken{kExceedWhite,
+               {"frames.16-bit"},
+               "1296 channels are above 32768, first in row 0, column 0"},
+        Broken{kDrawNotANumber, kFloatRenders,
+               "1296 channels are not finite, first in row 0, column 0"},
         Broken{kLeakSuite, {"frames.suites"}, "\"PF World Suite\" version 2 was acquired 1 times"},
         Broken{kReleaseUnheldSuite, {"frames.calls"}, "is not held"},
         Broken{kNoDeleter, {"frames.deleter"}, "without a deleter is lost"},

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -98,6 +99,31 @@ int pixel_size(PF_PixelFormat format) {
     return format == PF_PixelFormat_ARGB32 ? 4 : format == PF_PixelFormat_ARGB64 ? 8 : 16;
 }
 
+float float_at(const char* bytes) {
+    float value = 0.0F;
+    std::memcpy(&value, bytes, sizeof value);
+    return value;
+}
+
+void put_wrongly(int mischief, char* pixel, PF_PixelFormat format, double red) {
+    const bool floating = format == PF_PixelFormat_ARGB128;
+    char before[16];
+    std::memcpy(before, pixel, static_cast<std::size_t>(pixel_size(format)));
+    put(pixel, format, red);
+    if (mischief == kForgetAlpha) {
+        std::memcpy(pixel, before, static_cast<std::size_t>(pixel_size(format)) / 4);
+    }
+    if (floating && (mischief == kAddToOutput || mischief == kDrawNotANumber)) {
+        const float value = mischief == kAddToOutput ? float_at(pixel + 4) + float_at(before + 4)
+                                                     : std::numeric_limits<float>::quiet_NaN();
+        std::memcpy(pixel + 4, &value, sizeof value);
+    }
+    if (mischief == kExceedWhite && format == PF_PixelFormat_ARGB64) {
+        const A_u_short value = 32769;
+        std::memcpy(pixel + 4, &value, sizeof value);
+    }
+}
+
 void draw(const Instance& instance, PF_EffectWorld* output, PF_PixelFormat format) {
     const int mischief = instance.mischief;
     char* const first = reinterpret_cast<char*>(output->data);
@@ -110,7 +136,7 @@ void draw(const Instance& instance, PF_EffectWorld* output, PF_PixelFormat forma
                 !kConforming && y == 0 && x < kFactEnd && format == PF_PixelFormat_ARGB128
                     ? instance.facts[static_cast<std::size_t>(x)]
                     : x + 10.0 * y + (mischief == kForgetInFlatten && reopened ? 1.0 : 0.0);
-            put(first + y * output->rowbytes + x * size, format, red);
+            put_wrongly(mischief, first + y * output->rowbytes + x * size, format, red);
         }
     }
     if (mischief == kWritePastRow) {

@@ -67,6 +67,10 @@ enum Mischief {
     kWriteRowBelow,        ///< likewise
     kClearInput,           ///< its pixels
     kHalveInput,           ///< each byte of its pixels
+    kForgetAlpha,          ///< leaves it as it was
+    kAddToOutput,          ///< to what stood there, in float renders
+    kExceedWhite,          ///< in 16-bit renders
+    kDrawNotANumber,       ///< in float renders
     kLeaveProcess,         ///< running, in 16-bit renders
     kLeaveSession,         ///< likewise, in a session of its own
     kFailPart,             ///< of a frame
