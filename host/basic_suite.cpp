@@ -36,7 +36,7 @@ SPErr acquire_suite(const char* name, int32_t version, const void** suite_out) {
 }
 
 SPErr release_suite(const char* name, int32_t version) {
-    HostState* const state = HostState::current();
+    HostState* const state = HostState::called();
     if (state == nullptr) {
         return A_Err_WRONG_THREAD;
     }

@@ -4,6 +4,7 @@
 #include <host/watch.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -23,6 +24,8 @@ constexpr unsigned char kOutGuard = 0x5A;
 
 thread_local HostState* current_state = nullptr;
 
+/// From threads without a command, since the last command ended. Nobody knows whose they are.
+std::atomic<int> stray_calls = 0;
 Watch process_watch;
 
 /// Tells the watch that the plug-in is at work.
@@ -92,6 +95,19 @@ std::string shown_time(A_long value, A_u_long scale) {
 
 HostState* HostState::current() { return current_state; }
 
+HostState* HostState::called() {
+    if (current_state == nullptr) {
+        ++stray_calls;
+    }
+    return current_state;
+}
+
+void HostState::tell_stray_calls() {
+    if (const int count = stray_calls.exchange(0)) {
+        violation(std::to_string(count) + " calls from a thread without a command");
+    }
+}
+
 HostState::HostState(SessionOptions session_options) : options(std::move(session_options)) {
     std::fill(std::begin(guarded_out_.guard), std::end(guarded_out_.guard), kOutGuard);
     in.inter = interact_callbacks();
@@ -111,13 +127,15 @@ void HostState::run(const char* name, const std::function<void()>& function) {
     std::string thrown;
     try {
         function();
-        return;
     } catch (...) {
         // What was thrown may live in the module: nothing of it may outlast this handler.
         thrown = describe_current_exception();
     }
-    throw ModuleDefect("defect of the plug-in: an exception " + thrown + " left it during " + name +
-                       "; a real host would have crashed");
+    tell_stray_calls();
+    if (!thrown.empty()) {
+        throw ModuleDefect("defect of the plug-in: an exception " + thrown + " left it during " +
+                           name + "; a real host would have crashed");
+    }
 }
 
 PF_Err HostState::send(PF_Cmd sent, PF_ParamDef** params, PF_EffectWorld* output, void* extra) {

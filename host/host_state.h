@@ -119,6 +119,9 @@ public:
 
     /// The session whose command runs on this thread; null outside commands.
     static HostState* current();
+    /// The same, for a call that has come in: one from outside commands is counted, and told as a
+    /// violation of the command that ends next.
+    static HostState* called();
 
     /// Sends a command. What the plug-in leaves in `out.return_msg` is in `message` afterwards, and
     /// the output flags are as it left them. Throws `ModuleDefect` when an exception leaves the
@@ -170,6 +173,7 @@ public:
 
 private:
     void check_out_record();
+    void tell_stray_calls();
 
     /// The record handed to the plug-in, with bytes behind it that nobody may touch.
     struct GuardedOut {
@@ -181,10 +185,10 @@ private:
     std::map<std::string, int, std::less<>> counts_;
 };
 
-/// A callback's body with the current session; a call from outside a command fails.
+/// A callback's body with the current session; a call from outside a command fails and is counted.
 template <class Body>
 std::int32_t answer_call(const char* name, const std::string& arguments, Body&& body) {
-    HostState* const state = HostState::current();
+    HostState* const state = HostState::called();
     if (state == nullptr) {
         return A_Err_WRONG_THREAD;
     }

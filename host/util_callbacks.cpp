@@ -68,7 +68,7 @@ std::size_t message_room(const A_char* to) {
 
 /// Records a text function; true when it is to fail.
 bool note_text(const char* name, const A_char* to) {
-    HostState* const state = HostState::current();
+    HostState* const state = HostState::called();
     return state != nullptr &&
            state->note(name, message_room(to) != 0 ? "to=return_msg" : "").has_value();
 }
@@ -81,7 +81,7 @@ void note_cut(const char* name) {
 
 /// The running session, if the handle is its own and the function may do its work.
 HostState* handle_owner(const char* name, PF_Handle handle, bool can_fail) {
-    HostState* const state = HostState::current();
+    HostState* const state = HostState::called();
     if (state == nullptr) {
         return nullptr;
     }

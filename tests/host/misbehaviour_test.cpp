@@ -95,6 +95,7 @@ INSTANTIATE_TEST_SUITE_P(
         Noticed{kUnterminatedMessage,
                 "PF_Cmd_SMART_RENDER: return_msg has no terminator within its 256 characters"},
         Noticed{kLeakHandle, "1 host handles were not disposed of"},
+        Noticed{kCallFromThread, "3 calls from a thread without a command"},
         Noticed{kDisposeTwice,
                 "host_dispose_handle: not a handle of this host, or disposed of already"},
         Noticed{kRubbishForCallbacks,

@@ -106,6 +106,7 @@ INSTANTIATE_TEST_SUITE_P(
                "1296 channels are above 32768, first in row 0, column 0"},
         Broken{kDrawNotANumber, kFloatRenders,
                "1296 channels are not finite, first in row 0, column 0"},
+        Broken{kCallFromThread, {"frames.calls"}, "3 calls from a thread without a command"},
         Broken{kLeakSuite, {"frames.suites"}, "\"PF World Suite\" version 2 was acquired 1 times"},
         Broken{kReleaseUnheldSuite, {"frames.calls"}, "is not held"},
         Broken{kNoDeleter, {"frames.deleter"}, "without a deleter is lost"},

@@ -8,6 +8,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include "facts.h"
@@ -423,6 +424,13 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
     }
     if (mischief == kChangeCount) {
         ++out->num_params;
+    }
+    if (mischief == kCallFromThread) {
+        std::thread([in] {
+            in->inter.abort(in->effect_ref);
+            in->utils->host_dispose_handle(nullptr);
+            in->pica_basicP->ReleaseSuite(kPFWorldSuite, 2);
+        }).join();
     }
     if (mischief == kLeakHandle) {
         in->utils->host_new_handle(8);

@@ -71,6 +71,7 @@ enum Mischief {
     kAddToOutput,          ///< to what stood there, in float renders
     kExceedWhite,          ///< in 16-bit renders
     kDrawNotANumber,       ///< in float renders
+    kCallFromThread,       ///< of its own, three times
     kLeaveProcess,         ///< running, in 16-bit renders
     kLeaveSession,         ///< likewise, in a session of its own
     kFailPart,             ///< of a frame
