@@ -108,6 +108,7 @@ std::vector<Finding> own_findings(const Heard& heard);
 void examine_bundle(Examination& run);
 /// As soon as `declared` is known.
 void compare_with_registration(Examination& run);
+void examine_flags(Examination& run);
 void examine_set_up(Examination& run);
 void examine_controls(Examination& run);
 void examine_frames(Examination& run);

@@ -184,6 +184,7 @@ void examine_set_up(Examination& run) {
         run.declared = Declared{heard.kept.at("version"), heard.kept.at("out_flags"),
                                 heard.kept.at("out_flags2"), heard.kept.at("supervises"),
                                 heard.kept.at("arbitrary data")};
+        examine_flags(run);
         if (run.registration) {
             compare_with_registration(run);
         }

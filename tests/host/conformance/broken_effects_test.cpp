@@ -203,6 +203,13 @@ INSTANTIATE_TEST_SUITE_P(
         Broken{kKeepFlagParameter,
                {"setup.dynamic-flags", "setup.dynamic-flags-premiere", "frames.parameters"},
                "1 parameters checked out and not in again"},
+        Broken{kFloatWithoutSmart,
+               {"setup.flags"},
+               "PF_OutFlag2_FLOAT_COLOR_AWARE needs PF_OutFlag2_SUPPORTS_SMART_RENDER; declare "
+               "both or neither"},
+        Broken{kOverrideFlags,
+               {"setup.flags"},
+               "PF_OutFlag_PiPL_OVERRIDES_OUTDATA_OUTFLAGS is for the registration alone"},
         Broken{kTurnOnFlag,
                {"setup.dynamic-flags", "setup.dynamic-flags-premiere"},
                "turns on 0x4 in out_flags, which set-up did not declare"},

@@ -144,6 +144,13 @@ PF_Err global_setup(PF_InData* in, PF_OutData* out) {
     if (asked_mischief() == kNoFloat) {
         out->out_flags2 &= ~PF_OutFlag2_FLOAT_COLOR_AWARE;
     }
+    if (asked_mischief() == kOverrideFlags) {
+        out->out_flags |= PF_OutFlag_PiPL_OVERRIDES_OUTDATA_OUTFLAGS;
+    }
+    if (asked_mischief() == kFloatWithoutSmart) {
+        out->out_flags &= ~PF_OutFlag_DEEP_COLOR_AWARE;
+        out->out_flags2 &= ~PF_OutFlag2_SUPPORTS_SMART_RENDER;
+    }
     if (asked_mischief() == kNoSmart) {
         // Nor 16 bits, in which it leaves the plain way blank.
         out->out_flags &= ~PF_OutFlag_DEEP_COLOR_AWARE;

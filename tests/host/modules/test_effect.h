@@ -134,10 +134,12 @@ enum Mischief {
     kCheckboxOfFive,
     kEmptyChoice,
     kUnknownControl,
-    kSameId,       ///< of two controls
-    kGroups,       ///< of controls declared, their ends without an id: no mischief
-    kTurnOnFlag,   ///< that was not declared, in the flag query
-    kTurnOnFlag2,  ///< likewise, of the second flags
+    kSameId,             ///< of two controls
+    kGroups,             ///< of controls declared, their ends without an id: no mischief
+    kTurnOnFlag,         ///< that was not declared, in the flag query
+    kTurnOnFlag2,        ///< likewise, of the second flags
+    kFloatWithoutSmart,  ///< rendering declared
+    kOverrideFlags,      ///< declared, which the registration alone may
     kMischiefEnd
 };
 
