@@ -106,6 +106,17 @@ TEST(Check, LetsNoModuleActOnTheTerminal) {
     }
 }
 
+TEST(Check, NeedsNoStandardStreamsButTheOneThatItWritesTo) {
+    ToolOptions alone;
+    alone.closed = {STDIN_FILENO, STDERR_FILENO};
+    const ToolResult result =
+        run_tool({"check", CONFORMING_EFFECT, "--time-limit", "60", "--json"}, alone);
+    EXPECT_EQ(result.code, 0);
+    for (const nlohmann::json& row : nlohmann::json::parse(result.out)["rows"]) {
+        EXPECT_EQ(row["verdict"], "pass") << row;
+    }
+}
+
 TEST(Check, SaysThatItsReportIsLost) {
     for (const char* mischief : {"MISCHIEF=1", "MISCHIEF=2"}) {  // none, throws
         ToolOptions full;

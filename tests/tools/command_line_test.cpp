@@ -102,6 +102,14 @@ TEST(CommandLine, FailedWorkIsOneLineAndCodeOne) {
     EXPECT_EQ(result.err, "lumivar: cannot read /nonexistent/a.stars: No such file or directory\n");
 }
 
+TEST(CommandLine, ClosedStandardOutputIsAFailure) {
+    ToolOptions options;
+    options.closed = {1};
+    const ToolResult result = run_tool({"--version"}, options);
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.err, "lumivar: cannot write to standard output\n");
+}
+
 TEST(CommandLine, FullStandardOutputIsAFailure) {
     ToolOptions options;
     options.output = "/dev/full";

@@ -66,6 +66,9 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const ToolOp
     redirect(options.input.c_str(), O_RDONLY, STDIN_FILENO);
     redirect(output.c_str(), O_WRONLY, STDOUT_FILENO);
     redirect(error.c_str(), O_WRONLY | O_NOCTTY, STDERR_FILENO);
+    for (const int descriptor : options.closed) {
+        close(descriptor);
+    }
     if (options.file_size_limit) {
         const rlimit limit = {*options.file_size_limit, *options.file_size_limit};
         setrlimit(RLIMIT_FSIZE, &limit);

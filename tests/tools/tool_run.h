@@ -20,6 +20,7 @@ struct ToolOptions {
     std::string input = "/dev/null";  ///< file for standard input
     std::string output;               ///< file for standard output instead of `out`
     std::string error;                ///< file or terminal for standard error instead of `err`
+    std::vector<int> closed;          ///< standard descriptors that are not open
     std::optional<unsigned long> file_size_limit;  ///< bytes, as if the disk were full beyond
     std::optional<unsigned long> memory_limit;     ///< bytes of address space
     std::vector<std::string> environment;          ///< "NAME=VALUE", on top of the tests' own

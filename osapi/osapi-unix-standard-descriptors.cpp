@@ -1,0 +1,27 @@
+// Standard descriptors over POSIX.
+#include <fcntl.h>
+#include <osapi/files.h>
+#include <osapi/standard_descriptors.h>
+#include <unistd.h>
+
+#include <initializer_list>
+
+#include "syscalls.h"
+
+namespace OSAPI {
+
+void hold_standard_descriptors() {
+    for (const fd_t fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (syscalls().fcntl(fd, F_GETFD, 0) != -1) {
+            continue;
+        }
+        // The lowest free number is the one that is missing. Opened the wrong way round, it still
+        // fails where it is used.
+        const fd_t held = open_can_fail("/dev/null", fd == STDIN_FILENO ? kWrite : kRead);
+        if (held == kNoDescriptor) {
+            return;
+        }
+    }
+}
+
+}  // namespace OSAPI
