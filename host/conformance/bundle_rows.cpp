@@ -224,6 +224,7 @@ void compare_with_registration(Examination& run) {
         RowText text;
         const char* key;
         std::uint32_t declared;
+        std::uint32_t of_the_resource = 0;  ///< bits that stand there alone
     };
     const Number numbers[] = {
         {{"setup.registered-version", "global set-up", "my_version is the registration's eVER"},
@@ -231,7 +232,8 @@ void compare_with_registration(Examination& run) {
          run.declared->version},
         {{"setup.registered-flags", "global set-up", "out_flags are the registration's eGLO"},
          "eGLO",
-         run.declared->out_flags},
+         run.declared->out_flags,
+         PF_OutFlag_PiPL_OVERRIDES_OUTDATA_OUTFLAGS},
         {{"setup.registered-flags2", "global set-up", "out_flags2 are the registration's eGL2"},
          "eGL2",
          run.declared->out_flags2},
@@ -239,7 +241,7 @@ void compare_with_registration(Examination& run) {
     for (const Number& number : numbers) {
         const auto registered = run.registration->number(number.key);
         std::vector<Finding> findings;
-        if (registered != number.declared) {
+        if (!registered || (*registered & ~number.of_the_resource) != number.declared) {
             findings.push_back({"",
                                 "declared " + hex(number.declared) + ", registered " +
                                     (registered ? hex(*registered) : "nothing") + " as " +

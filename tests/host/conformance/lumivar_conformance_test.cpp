@@ -150,6 +150,13 @@ TEST_F(Conformance, FailsForTheSameHabitsUnderAnotherName) {
     EXPECT_EQ(report.count(Verdict::Deviation), 0U);
 }
 
+TEST_F(Conformance, TakesTheFlagThatStandsInTheRegistrationAlone) {
+    // That the resource's flags go before those of set-up.
+    using namespace std::string_literals;
+    change_resource("eGLO\0\0\0\0\0\0\0\4\3\x08"s, "eGLO\0\0\0\0\0\0\0\4\3\x88"s);
+    EXPECT_EQ(row(examine(bundle()), "setup.registered-flags").verdict, Verdict::Pass);
+}
+
 TEST_F(Conformance, NoticesARegistrationThatSaysOtherwise) {
     // Version, flags and second flags, as they stand in the resource behind their keys and lengths.
     using namespace std::string_literals;
