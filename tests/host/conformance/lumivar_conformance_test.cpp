@@ -48,6 +48,7 @@ protected:
 
     /// Changes bytes of the registration to others, as many.
     void change_resource(const std::string& from, const std::string& to) {
+        ASSERT_EQ(from.size(), to.size());
         std::string bytes = read_file(resource());
         const std::size_t at = bytes.find(from);
         ASSERT_NE(at, std::string::npos);
