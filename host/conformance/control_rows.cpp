@@ -48,7 +48,7 @@ bool has_value(const DeclaredControl& control) {
 
 /// As a float holds it, where it can: bounds are floats, and a value beside them is none.
 double as_float(double value) {
-    constexpr double kLargest = std::numeric_limits<float>::max();
+    constexpr auto kLargest = static_cast<double>(std::numeric_limits<float>::max());
     return std::fabs(value) <= kLargest ? static_cast<double>(static_cast<float>(value)) : value;
 }
 
