@@ -26,10 +26,11 @@ public:
     ParameterArray& operator=(const ParameterArray&) = delete;
 
     PF_ParamDef** data() { return pointers_.data(); }
-    /// Whether a record is another than it was.
-    bool written() const {
-        return std::memcmp(before_.data(), records_.data(),
-                           records_.size() * sizeof(PF_ParamDef)) != 0;
+    /// Whether a record was written to since; all are then as before again.
+    bool restore() {
+        const bool written = std::memcmp(before_.data(), records_.data(), before_.size()) != 0;
+        std::memcpy(static_cast<void*>(records_.data()), before_.data(), before_.size());
+        return written;
     }
 
 private:

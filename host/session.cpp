@@ -15,8 +15,8 @@ namespace host {
 namespace {
 
 /// What an effect may leave in its first flags with any command: wishes about this one moment.
-constexpr PF_OutFlags kWishes =
-    PF_OutFlag_REFRESH_UI | PF_OutFlag_NOP_RENDER | PF_OutFlag_FORCE_RERENDER;
+constexpr PF_OutFlags kWishes = PF_OutFlag_REFRESH_UI | PF_OutFlag_NOP_RENDER |
+                                PF_OutFlag_FORCE_RERENDER | PF_OutFlag_SEND_DO_DIALOG;
 // What an effect may answer to the query of flags.
 constexpr PF_OutFlags kDynamicFlags = PF_OutFlag_WIDE_TIME_INPUT | PF_OutFlag_NON_PARAM_VARY |
                                       PF_OutFlag_PIX_INDEPENDENT | PF_OutFlag_I_USE_SHUTTER_ANGLE;

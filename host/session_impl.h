@@ -74,9 +74,9 @@ private:
     void tell_time(const FrameRun& run);
     /// A violation if the record, named in words, was written to.
     template <class Record>
-    void check_kept(const char* name, KeptRecord<Record>& record) {
+    void check_kept(const std::string& name, KeptRecord<Record>& record) {
         if (record.restore()) {
-            state.violation(std::string(name) + "'s record was written to");
+            state.violation(name + "'s record was written to");
         }
     }
     void prepare_worlds(FrameRun& run, const Rect& area);

@@ -210,9 +210,11 @@ void Session::Impl::smart_render(FrameRun& run) {
     result.rendered = true;
     KeptRecord kept(input);
     KeptRecord kept_output(run.frame.output_record);
+    KeptRecord kept_input(run.frame.input_record);
     note_status(send(PF_Cmd_SMART_RENDER, nullptr, nullptr, &extra), result);
     check_kept("PF_Cmd_SMART_RENDER: the render input", kept);
     check_kept("PF_Cmd_SMART_RENDER: the output world", kept_output);
+    check_kept("PF_Cmd_SMART_RENDER: the input world", kept_input);
     inspect_worlds(run.frame);
     for (auto& [id, layer] : run.frame.layers) {
         result.open_layer_checkouts += std::exchange(layer.held, false) ? 1 : 0;
@@ -261,19 +263,24 @@ void Session::Impl::plain_render(FrameRun& run) {
     }
     records.front().u.ld = frame.input_record;
     ParameterArray params(std::move(records));
-    note_status(send(PF_Cmd_FRAME_SETUP, params.data(), &frame.output_record), result);
+    KeptRecord kept(frame.output_record);
+    const auto send_kept = [&](PF_Cmd command) {
+        const PF_Err status = send(command, params.data(), &frame.output_record);
+        const std::string name = command_name(command);
+        check_kept(name + ": the output world", kept);
+        if (params.restore()) {
+            state.violation(name + ": a parameter's record was written to");
+        }
+        return status;
+    };
+    note_status(send_kept(PF_Cmd_FRAME_SETUP), result);
     if (result.status != PF_Err_NONE) {
         return;
     }
     result.rendered = true;
     result.result_rect = result.max_result_rect = frame.request;
-    KeptRecord kept(frame.output_record);
-    note_status(send(PF_Cmd_RENDER, params.data(), &frame.output_record), result);
-    check_kept("PF_Cmd_RENDER: the output world", kept);
-    if (params.written()) {
-        state.violation("PF_Cmd_RENDER: a parameter's record was written to");
-    }
-    const PF_Err set_down = send(PF_Cmd_FRAME_SETDOWN, params.data(), &frame.output_record);
+    note_status(send_kept(PF_Cmd_RENDER), result);
+    const PF_Err set_down = send_kept(PF_Cmd_FRAME_SETDOWN);
     if (result.status == PF_Err_NONE && set_down != PF_Err_NONE) {
         note_status(set_down, result);
     }

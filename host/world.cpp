@@ -176,6 +176,9 @@ void World::fill(const Rect& area, const std::array<std::uint8_t, 4>& argb) {
     const int left = std::max(area.left, 0);
     const int right = std::min(area.right, width_);
     const int bottom = std::min(area.bottom, height_);
+    if (left >= right) {
+        return;
+    }
     for (int y = std::max(area.top, 0); y < bottom; ++y) {
         std::byte* to = row(y) + static_cast<std::size_t>(left) * size;
         for (int x = left; x < right; ++x, to += size) {

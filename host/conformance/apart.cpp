@@ -37,9 +37,13 @@ constexpr int kPipeful = 64;
 
 void leave_signals_and_streams(OSAPI::Pipe& words) {
     // The checker's own ways with signals, and its keeper's, are not the module's.
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ, SIGCHLD}) {
+    for (const int signal :
+         {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ, SIGCHLD, SIGALRM}) {
         std::signal(signal, SIG_DFL);
     }
+    sigset_t none_blocked;
+    sigemptyset(&none_blocked);
+    sigprocmask(SIG_SETMASK, &none_blocked, nullptr);
     // Modules that crash are expected here: no dumps.
     const rlimit none = {0, 0};
     setrlimit(RLIMIT_CORE, &none);
@@ -96,7 +100,12 @@ bool listen_to_the_end(Listener& listener, Keeper& keeper, milliseconds limit) {
     while (!listener.has_last_word() && !keeper.has_ended()) {
         const auto left = std::chrono::duration_cast<milliseconds>(deadline - Clock::now());
         if (left.count() <= 0) {
-            return false;
+            // What was said while this process was stopped still counts.
+            if (listener.listen(milliseconds(0)) != Listener::News::Lines) {
+                return false;
+            }
+            deadline = Clock::now() + limit;
+            continue;
         }
         if (listener.listen(std::min(left, kGlance)) == Listener::News::Lines) {
             deadline = Clock::now() + limit;

@@ -43,7 +43,8 @@ BundleFile read(const fs::path& path) {
     std::string content(static_cast<std::size_t>(size), '\0');
     in.read(content.data(), static_cast<std::streamsize>(content.size()));
     if (!in) {
-        file.trouble = unreadable({errno, std::generic_category()});
+        file.trouble = errno != 0 ? unreadable({errno, std::generic_category()})
+                                  : "ends before its " + std::to_string(size) + " bytes";
         return file;
     }
     file.content = std::move(content);

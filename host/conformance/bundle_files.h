@@ -1,6 +1,7 @@
 // The files beside a module in its bundle, which a host reads before it loads the module.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>

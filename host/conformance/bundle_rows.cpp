@@ -241,14 +241,19 @@ void compare_with_registration(Examination& run) {
     for (const Number& number : numbers) {
         const auto registered = run.registration->number(number.key);
         std::vector<Finding> findings;
-        if (!registered || (*registered & ~number.of_the_resource) != number.declared) {
+        const std::uint32_t compared = ~number.of_the_resource;
+        if (!registered || (*registered & compared) != (number.declared & compared)) {
             findings.push_back({"",
                                 "declared " + hex(number.declared) + ", registered " +
                                     (registered ? hex(*registered) : "nothing") + " as " +
                                     number.key + "; write the same into both",
                                 ""});
         }
-        run.enter(number.text, findings, "both " + hex(number.declared));
+        run.enter(number.text, findings,
+                  registered == number.declared
+                      ? "both " + hex(number.declared)
+                      : "declared " + hex(number.declared) + ", registered " +
+                            hex(registered.value_or(0)) + " with a bit that may differ");
     }
 }
 

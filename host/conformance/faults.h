@@ -33,7 +33,7 @@ struct FailingCall {
     std::vector<host::CallFault> faults() const;
 };
 
-/// "call 3 of checkout_param fails with 4".
+/// "call 3 of checkout_param failing with 4", "AcquireSuite PF World Suite finding no suite".
 std::string text_of(const host::CallFault& fault);
 
 /// Those that a good run shows.

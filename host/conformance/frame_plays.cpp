@@ -18,7 +18,8 @@ using host::Frame;
 using host::PreRender;
 using host::RenderOptions;
 
-/// As a float far greater than the default mark, and as 16-bit channels above the maximum too.
+/// As a float of far greater magnitude than the default mark, and as 16-bit channels above the
+/// maximum too.
 constexpr std::byte kOtherMark{0xDA};
 constexpr char kDrawn[] = "status 0, every pixel drawn";
 

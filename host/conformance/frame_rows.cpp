@@ -1,10 +1,12 @@
 // Rows of frames in a host in which nothing fails.
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "examination.h"
 #include "frame_plays.h"
 #include "frame_rules.h"
+#include "identities.h"
 #include "premiere_formats.h"
 #include "rules.h"
 
@@ -43,6 +45,11 @@ void examine_frames(Examination& run) {
     }
     std::vector<Played> frames;
     for (const FrameRow& row : frame_rows(*run.declared)) {
+        const std::string_view set_up_row = identity_of(row.kind.application).set_up_row;
+        if (!run.stands(set_up_row)) {
+            run.leave_out(row.id, "the effect cannot be set up, see " + std::string(set_up_row));
+            continue;
+        }
         frames.push_back({row, run.probe(row.id, [&](Notes& notes) { play(run, row, notes); })});
         run.enter({row.id, row.sent, row.promise}, frames.back().heard);
     }

@@ -28,7 +28,7 @@ inline constexpr Rule kRules[] = {
     {"deleter", "pre-render data comes with a deleter"},
     {"rectangles", "the result lies within the request"},
     {"record", "the host's records stay as it filled them in"},
-    {"messages", "messages fit their 256 characters"},
+    {"messages", "messages fit their 256 characters; none is an error with status 0"},
     {"calls", "callbacks and suites are used as they may be"},
 };
 

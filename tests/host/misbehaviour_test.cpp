@@ -106,7 +106,8 @@ INSTANTIATE_TEST_SUITE_P(
         Noticed{kWriteInData, "PF_Cmd_SMART_PRE_RENDER: the input record was written to"},
         Noticed{kWriteRenderInput,
                 "PF_Cmd_SMART_RENDER: the render input's record was written to\n"
-                "PF_Cmd_SMART_RENDER: the output world's record was written to"},
+                "PF_Cmd_SMART_RENDER: the output world's record was written to\n"
+                "PF_Cmd_SMART_RENDER: the input world's record was written to"},
         Noticed{kChangeCount, "PF_Cmd_SMART_RENDER: num_params was changed"},
         Noticed{kZeroTimeScale, "checkout_param: null, a time scale of 0, or no frame being made"},
         Noticed{kUnknownParameter, "checkout_param: no parameter 99"},

@@ -94,8 +94,8 @@ public:
     /// as it is at 8 bits, to the nearest of 0..32768 at 16, divided by 255 as floats.
     void fill(const Rect& area, const std::array<std::uint8_t, 4>& argb);
 
-    /// Sets every byte of every pixel to a value that no effect draws, so that what is left undrawn
-    /// is seen.
+    /// Sets every byte of every pixel to a value that effects hardly draw, so that what is left
+    /// undrawn is seen.
     void mark(std::byte value = kDefaultMark);
     /// Pixels that still hold the mark, byte for byte.
     std::size_t marked_pixels() const;

@@ -421,6 +421,7 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
     if (mischief == kWriteRenderInput) {
         extra->input->bitdepth = 8;
         output->height -= 1;
+        input->height -= 1;
     }
     if (mischief == kChangeCount) {
         ++out->num_params;

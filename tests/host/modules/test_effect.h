@@ -91,7 +91,7 @@ enum Mischief {
     kLeakInResetup,
     kRefuseSetDown,
     kWriteInData,       ///< at pre-render
-    kWriteRenderInput,  ///< and the output world's record
+    kWriteRenderInput,  ///< and the worlds' records
     kWriteParameters,   ///< in plain renders
     kCrashInSetDown,
     kKeepThird,           ///< frame's parameter
