@@ -1,8 +1,10 @@
 // Whether a plug-in left a record of the host's as it was.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <iterator>
 #include <type_traits>
 
 namespace host {
@@ -18,7 +20,8 @@ public:
     }
     /// Whether it was written to since; it is then as before again.
     bool restore() {
-        const bool written = std::memcmp(bytes_, &record_, sizeof record_) != 0;
+        const auto* const now = reinterpret_cast<const std::byte*>(&record_);
+        const bool written = !std::equal(std::begin(bytes_), std::end(bytes_), now);
         std::memcpy(&record_, bytes_, sizeof record_);
         return written;
     }
