@@ -112,7 +112,9 @@ TEST(Check, NeedsNoStandardStreamsButTheOneThatItWritesTo) {
     const ToolResult result =
         run_tool({"check", CONFORMING_EFFECT, "--time-limit", "60", "--json"}, alone);
     EXPECT_EQ(result.code, 0);
-    for (const nlohmann::json& row : nlohmann::json::parse(result.out)["rows"]) {
+    const nlohmann::json report = nlohmann::json::parse(result.out);
+    ASSERT_FALSE(report["rows"].empty());
+    for (const nlohmann::json& row : report["rows"]) {
         EXPECT_EQ(row["verdict"], "pass") << row;
     }
 }
