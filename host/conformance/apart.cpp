@@ -21,6 +21,7 @@
 
 #include "keeper.h"
 #include "listener.h"
+#include "running_command.h"
 
 namespace conformance {
 namespace {
@@ -74,11 +75,11 @@ void leave_at_lack(const char* function) {
 }
 
 /// Never comes back, by an exception neither: the frames above are the parent's.
-[[noreturn]] void live(const Body& body, milliseconds limit, OSAPI::Pipe& lines,
-                       OSAPI::Pipe& words) noexcept {
+[[noreturn]] void live(const Body& body, milliseconds limit, OSAPI::Pipe& lines, OSAPI::Pipe& words,
+                       RunningCommand& running) noexcept {
     leave_signals_and_streams(words);
     lines.read_end().close();
-    Notes notes(lines.write_end().fd(), limit);
+    Notes notes(lines.write_end().fd(), limit, running);
     notes_of_child = &notes;
     std::atexit(leave_at_exit);
     host::set_watch({tell_running, leave_at_lack});
@@ -94,10 +95,16 @@ void leave_at_lack(const char* function) {
     OSAPI::exit_now(0);
 }
 
-/// False when nothing was heard for as long as the limit.
-bool listen_to_the_end(Listener& listener, Keeper& keeper, milliseconds limit) {
+/// False when there was no sign of life for as long as the limit.
+bool listen_to_the_end(Listener& listener, Keeper& keeper, const RunningCommand& running,
+                       milliseconds limit) {
     Clock::time_point deadline = Clock::now() + limit;
+    unsigned changes = running.changes();
     while (!listener.has_last_word() && !keeper.has_ended()) {
+        if (const unsigned now = running.changes(); now != changes) {
+            changes = now;
+            deadline = Clock::now() + limit;
+        }
         const auto left = std::chrono::duration_cast<milliseconds>(deadline - Clock::now());
         if (left.count() <= 0) {
             // What was said while this process was stopped still counts.
@@ -141,14 +148,17 @@ std::string left_text(const Account& account) {
 
 }  // namespace
 
-Notes::Notes(int descriptor, milliseconds limit)
-    : descriptor_(descriptor), alarm_seconds_(static_cast<unsigned>(limit.count() / 1000) + 2) {
-    alarm(alarm_seconds_);
+Notes::Notes(int descriptor, milliseconds limit, RunningCommand& running)
+    : descriptor_(descriptor),
+      alarm_seconds_(static_cast<unsigned>(limit.count() / 1000) + 2),
+      running_(running) {
+    restart_alarm();
 }
 
+void Notes::restart_alarm() const { alarm(alarm_seconds_); }
+
 void Notes::send(const json& line) {
-    // If checker and keeper should be gone, nobody else would end a module that hangs.
-    alarm(alarm_seconds_);
+    restart_alarm();
     const std::string text = line.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
     try {
         OSAPI::write(descriptor_, text.data(), text.size());
@@ -162,7 +172,10 @@ void Notes::find(std::string_view rule, std::string_view text, std::string_view 
     send({"find", rule, text, deviation});
 }
 void Notes::say(std::string_view text) { send({"say", text}); }
-void Notes::running(const char* command) { send({"running", command == nullptr ? "" : command}); }
+void Notes::running(const char* command) {
+    restart_alarm();
+    running_.set(command == nullptr ? "" : command);
+}
 void Notes::lacking(const char* function) { send({"lacking", function}); }
 void Notes::end() { send({"end"}); }
 void Notes::exited() { send({"exit"}); }
@@ -174,12 +187,13 @@ Heard run_apart(const Body& body, milliseconds limit) {
     lines.open();
     words.open();
     std::fflush(nullptr);
-    Keeper keeper([&] { live(body, limit, lines, words); });
+    RunningCommand running;
+    Keeper keeper([&] { live(body, limit, lines, words, running); });
     lines.write_end().close();
     words.write_end().close();
 
     Listener listener(lines.read_end(), words.read_end());
-    const bool hung = !listen_to_the_end(listener, keeper, limit);
+    const bool hung = !listen_to_the_end(listener, keeper, running, limit);
     if (hung) {
         keeper.end();
     }
@@ -187,6 +201,7 @@ Heard run_apart(const Body& body, milliseconds limit) {
     for (int i = 0; i < kPipeful && listener.listen(milliseconds(0)) != Listener::News::None; ++i) {
     }
     Heard heard = listener.heard();
+    heard.running = running.name();
     if (!account.counted || account.left != 0) {
         heard.findings.push_back({"", left_text(account), ""});
     }

@@ -18,11 +18,13 @@ struct Finding {
     std::string during = {};  ///< what the process was about to do then
 };
 
+class RunningCommand;
+
 /// The way out of the process: what is said here arrives even if the process then dies. Each word
 /// is a sign of life and restarts the clock.
 class Notes {
 public:
-    Notes(int descriptor, std::chrono::milliseconds limit);
+    Notes(int descriptor, std::chrono::milliseconds limit, RunningCommand& running);
 
     /// What the process is about to do, for the report of a crash.
     void doing(std::string_view what);
@@ -43,8 +45,13 @@ public:
 private:
     void send(const nlohmann::json& line);
 
+    /// Ends this process some time after its last sign of life, if checker and keeper should be
+    /// gone: nobody else would end a module that hangs.
+    void restart_alarm() const;
+
     int descriptor_;
     unsigned alarm_seconds_;
+    RunningCommand& running_;
 };
 
 /// What was heard from such a process.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <future>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 namespace conformance {
@@ -42,14 +43,14 @@ Change plus(const Change& one, const Change& other) {
     return {one.heap + other.heap, one.mapped + other.mapped, one.descriptors + other.descriptors};
 }
 
-Change change_by(const std::function<void()>& round) {
+/// `descriptors` are those open before, and then those open after it: to count them takes long.
+Change change_by(const std::function<void()>& round, int& descriptors) {
     const OSAPI::MemoryInUse before = OSAPI::memory_in_use();
-    const int descriptors = OSAPI::open_descriptors();
     do_apart(round);
     const OSAPI::MemoryInUse after = OSAPI::memory_in_use();
+    const int open_before = std::exchange(descriptors, OSAPI::open_descriptors());
     return {static_cast<std::int64_t>(after.heap - before.heap),
-            static_cast<std::int64_t>(after.mapped - before.mapped),
-            OSAPI::open_descriptors() - descriptors};
+            static_cast<std::int64_t>(after.mapped - before.mapped), descriptors - open_before};
 }
 
 Growth measured(const std::function<void()>& round) {
@@ -62,9 +63,10 @@ Growth measured(const std::function<void()>& round) {
         const auto end = changes.end() - before_last;
         return std::accumulate(end - rounds, end, Change{}, plus).growth();
     };
+    int descriptors = OSAPI::open_descriptors();
     Growth least;
     while (changes.size() < kRounds) {
-        const Change change = change_by(round);
+        const Change change = change_by(round, descriptors);
         const Growth now = change.growth();
         least = changes.empty() ? now : lesser(least, now);
         changes.push_back(change);

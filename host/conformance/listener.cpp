@@ -83,8 +83,6 @@ void Listener::hear(const json& line) {
         exited_ = true;
     } else if (kind == "doing") {
         heard_.doing = line.at(1);
-    } else if (kind == "running") {
-        heard_.running = line.at(1);
     } else if (kind == "lacking") {
         heard_.lacking = line.at(1);
     } else if (kind == "say") {

@@ -123,6 +123,39 @@ TEST(Apart, SilenceEndsAtTheLimitAndSignsOfLifeRestartTheClock) {
     EXPECT_EQ(heard.said, "still here");
 }
 
+TEST(Apart, CommandsAreSignsOfLifeToo) {
+    const Heard heard = run_apart(
+        [](Notes& notes) {
+            for (int i = 0; i < 4; ++i) {
+                usleep(400000);
+                notes.running("PF_Cmd_RENDER");
+            }
+            notes.say("came to its end");
+        },
+        std::chrono::milliseconds(1000));
+    EXPECT_EQ(heard.died, "");
+    EXPECT_EQ(heard.said, "came to its end");
+}
+
+TEST(Apart, TheCommandThatRanAtADeathIsTold) {
+    const auto dies = [](const char* last) {
+        return run_apart(
+            [last](Notes& notes) {
+                notes.running("PF_Cmd_PARAMS_SETUP");
+                notes.running(last);
+                std::abort();
+            },
+            kLimit);
+    };
+    EXPECT_EQ(dies("PF_Cmd_ABOUT").running, "PF_Cmd_ABOUT") << "shorter than the one before";
+    EXPECT_EQ(dies(nullptr).running, "") << "none ran";
+    EXPECT_EQ(dies("PF_Cmd_ABOUT").died, "killed by SIGABRT");
+    const std::string longer(1000, 'x');
+    const std::string told = dies(longer.c_str()).running;
+    EXPECT_GE(told.size(), 100U);
+    EXPECT_EQ(told, longer.substr(0, told.size()));
+}
+
 TEST(Apart, StandardOutputGoesNowhere) {
     testing::internal::CaptureStdout();
     run_apart([](Notes&) { (void)!write(STDOUT_FILENO, "noise", 5); }, kLimit);
