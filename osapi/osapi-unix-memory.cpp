@@ -1,4 +1,5 @@
 // What the process holds of memory and descriptors; each system has a way of its own to ask.
+#include <dirent.h>
 #include <fcntl.h>
 #include <osapi/memory.h>
 
@@ -72,6 +73,14 @@ MemoryInUse memory_in_use() {
 
 int open_descriptors() {
     int count = 0;
+    // Each system has this list; to try a thousand numbers takes a hundred times as long.
+    if (DIR* const list = opendir("/dev/fd")) {
+        while (const dirent* const entry = readdir(list)) {
+            count += entry->d_name[0] != '.' ? 1 : 0;
+        }
+        closedir(list);
+        return count - 1;  // without the list's own
+    }
     for (int fd = 0; fd < 1024; ++fd) {
         count += fcntl(fd, F_GETFD) != -1 ? 1 : 0;
     }

@@ -2,11 +2,13 @@
 #include <gtest/gtest.h>
 #include <osapi/memory.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdlib>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -77,6 +79,33 @@ TEST(Descriptors, AreCounted) {
     EXPECT_EQ(OSAPI::open_descriptors(), before + 1);
     close(one);
     EXPECT_EQ(OSAPI::open_descriptors(), before);
+}
+
+TEST(Descriptors, AreThoseThatAnswer) {
+    int answering = 0;
+    for (int fd = 0; fd < 1024; ++fd) {
+        answering += fcntl(fd, F_GETFD) != -1 ? 1 : 0;
+    }
+    EXPECT_EQ(OSAPI::open_descriptors(), answering);
+}
+
+TEST(Descriptors, AreCountedWhereNoneIsLeftForTheirList) {
+    const int before = OSAPI::open_descriptors();
+    std::vector<int> taken;
+    rlimit usual{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const rlimit few = {64, usual.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+    for (int fd = 0; (fd = open("/dev/null", O_RDONLY | O_CLOEXEC)) != -1;) {
+        taken.push_back(fd);
+    }
+    const int all = OSAPI::open_descriptors();
+    for (const int fd : taken) {
+        close(fd);
+    }
+    setrlimit(RLIMIT_NOFILE, &usual);
+    EXPECT_FALSE(taken.empty());
+    EXPECT_EQ(all, before + static_cast<int>(taken.size()));
 }
 
 }  // namespace

@@ -16,7 +16,8 @@ struct MemoryInUse {
 /// but for small blocks that a running thread keeps at hand for the next time.
 MemoryInUse memory_in_use();
 
-/// How many file descriptors the process has open, of the first 1024.
+/// How many file descriptors the process has open; of the first 1024, where no list of them can be
+/// had.
 int open_descriptors();
 
 }  // namespace OSAPI
