@@ -190,7 +190,7 @@ INSTANTIATE_TEST_SUITE_P(
                "checkout_output failing with 4)"},
         Broken{kCrashDeniedResetup,
                {"faults.set-up.host_new_handle", "faults.set-up-premiere.host_new_handle"},
-               "killed by SIGSEGV during sequence re-set-up; call 1 of host_new_handle failing "
+               "killed by SIGILL during sequence re-set-up; call 1 of host_new_handle failing "
                "with 4"},
         Broken{kLeakInPlain,
                {"leaks.plain-8-bit", "leaks.plain-16-bit", "leaks.premiere"},

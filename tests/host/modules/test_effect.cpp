@@ -200,7 +200,9 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
             }
             if (asked_mischief() == kCrashDeniedResetup) {
                 const PF_Handle handle = in->utils->host_new_handle(1);
-                **handle = 0;
+                if (handle == nullptr) {
+                    __builtin_trap();
+                }
                 in->utils->host_dispose_handle(handle);
             }
             set_up_sequence_again();
