@@ -28,6 +28,11 @@ function(add_room_test)
   endif()
   add_executable(${TEST_NAME} ${TEST_SOURCES})
   target_compile_options(${TEST_NAME} PRIVATE ${LUMIVAR_TEST_WARNINGS})
+  if(LUMIVAR_SANITIZE AND NOT TEST_LABELS MATCHES "property|golden|slow")
+    # Twice as fast to compile, for the sanitizers' checks are many. What runs long is the rooms', or is a test's
+    # of those labels.
+    target_compile_options(${TEST_NAME} PRIVATE -O0)
+  endif()
   target_compile_definitions(${TEST_NAME} PRIVATE ${TEST_DEFINITIONS})
   target_link_libraries(${TEST_NAME} PRIVATE ${TEST_DEPENDS} GTest::gtest GTest::gtest_main)
   gtest_discover_tests(${TEST_NAME} TEST_PREFIX ${TEST_NAME}. DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
