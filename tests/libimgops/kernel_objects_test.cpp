@@ -20,9 +20,11 @@ std::map<std::string, std::vector<std::string>> lines_by_object(const std::strin
     std::vector<std::string>* current = nullptr;
     for (std::string line; std::getline(lines, line);) {
         std::smatch match;
-        if (std::regex_match(line, match, header)) {
+        // Few of a hundred thousand lines do, and the expressions take long.
+        const bool names_object = line.find(".cpp.o") != std::string::npos;
+        if (names_object && std::regex_match(line, match, header)) {
             current = &found[match[1]];
-        } else if (std::regex_match(line, other)) {
+        } else if (names_object && std::regex_match(line, other)) {
             current = nullptr;
         } else if (current != nullptr) {
             current->push_back(line);
@@ -63,6 +65,10 @@ TEST(KernelObjects, RoundEveryProduct) {
     std::size_t products = 0;
     for (const auto& [object, lines] : objects) {
         for (const std::string& line : lines) {
+            const auto has = [&](const char* part) { return line.find(part) != std::string::npos; };
+            if (!has("mul") && !has("fm") && !has("fnm")) {
+                continue;  // neither a product nor a fused one
+            }
             products += std::regex_search(line, product) ? 1 : 0;
             EXPECT_FALSE(std::regex_search(line, fused)) << object << ": " << line;
         }

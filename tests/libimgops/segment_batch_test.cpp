@@ -7,6 +7,7 @@
 #include "random_numbers.h"
 
 #include "support/guarded_frame.h"
+#include "support/rounds.h"
 
 #include <gtest/gtest.h>
 #include <libimgops/streak.h>
@@ -23,6 +24,7 @@
 namespace {
 
 using support::GuardedFrame;
+using support::rounds;
 
 constexpr float kSpotW = 1.5F;
 constexpr float kSpotH = 1.25F;
@@ -253,7 +255,7 @@ Alone random_alone(RandomNumbers& random) {
 TEST(SingleSegments, VisitAndLightAsThePlainStreakWhenTheyHardlyMove) {
     RandomNumbers random(11);
     int lit = 0;
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < rounds(20000); ++i) {
         Alone segment = random_alone(random);
         // Near the origin, where single precision tells such places apart.
         segment.a = Vector2(static_cast<float>(random.between(-2, 16)),
@@ -267,7 +269,7 @@ TEST(SingleSegments, VisitAndLightAsThePlainStreakWhenTheyHardlyMove) {
             return;
         }
     }
-    EXPECT_GT(lit, 10000);
+    EXPECT_GT(lit, rounds(10000));
 }
 
 namespace {
@@ -279,7 +281,7 @@ int try_around_the_frame(unsigned seed, double margin, double shortest, double l
                          bool of_own) {
     RandomNumbers random(seed);
     int lit = 0;
-    for (int i = 0; i < 30000 && !testing::Test::HasFailure(); ++i) {
+    for (int i = 0; i < rounds(30000) && !testing::Test::HasFailure(); ++i) {
         Alone segment = random_alone(random);
         segment.a = Vector2(static_cast<float>(random.between(-margin, segment.width + margin)),
                             static_cast<float>(random.between(-margin, segment.height + margin)));
@@ -303,13 +305,13 @@ int try_around_the_frame(unsigned seed, double margin, double shortest, double l
 // Bright ends of segments whose middle lies outside: their light falls off so far towards the frame
 // that the last bits of the error functions show.
 TEST(SingleSegments, KeepTheBoundWhereOnlyTheirEndsAreSeen) {
-    EXPECT_GT(try_around_the_frame(12, 12, 0.3, 40, false), 10000);
+    EXPECT_GT(try_around_the_frame(12, 12, 0.3, 40, false), rounds(10000));
 }
 
 // Ends so far off that single precision no longer tells where between them the frame is: it may
 // show nothing but their tails.
 TEST(SingleSegments, KeepTheBoundWithFarEnds) {
-    EXPECT_GT(try_around_the_frame(13, 40, 1e4, 1e12, true), 3000);
+    EXPECT_GT(try_around_the_frame(13, 40, 1e4, 1e12, true), rounds(3000));
 }
 
 // --- the first light --------------------------------------------------------------------------
@@ -365,7 +367,7 @@ TEST(FarEnds, VisitThePixelsOfThePlainStreak) {
     const Batches batches(kWidth, kHeight);
     RandomNumbers random(7);
     int seen[2] = {0, 0};
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < rounds(20000); ++i) {
         const double exponent = random.chance(0.5) ? random.between(38, 42) : random.between(8, 40);
         const double length = std::exp2(exponent);
         // Steep and flat ones among them, which come near the largest and the smallest slope.
@@ -396,6 +398,6 @@ TEST(FarEnds, VisitThePixelsOfThePlainStreak) {
         }
     }
     // By the plain streak, and by the kernels.
-    EXPECT_GT(seen[0], 300);
-    EXPECT_GT(seen[1], 3000);
+    EXPECT_GT(seen[0], rounds(300));
+    EXPECT_GT(seen[1], rounds(3000));
 }
