@@ -11,6 +11,15 @@ function(add_room)
   target_link_libraries(${ROOM_NAME} PUBLIC ${ROOM_DEPENDS} PRIVATE ${ROOM_DEPENDS_PRIVATE})
 endfunction()
 
+# compile_sanitized_plainly(TARGET)
+#
+# Without optimisation in a sanitizer's build: twice as fast to compile, since its checks are many.
+function(compile_sanitized_plainly target)
+  if(LUMIVAR_SANITIZE)
+    target_compile_options(${target} PRIVATE -O0)
+  endif()
+endfunction()
+
 # add_room_test(NAME string_test SOURCES string_test.cpp DEPENDS base [LABELS unit] [TIMEOUT 60])
 #
 # One GoogleTest program; each of its tests becomes a CTest of its own, named PROGRAM.Suite.Test.
@@ -28,10 +37,9 @@ function(add_room_test)
   endif()
   add_executable(${TEST_NAME} ${TEST_SOURCES})
   target_compile_options(${TEST_NAME} PRIVATE ${LUMIVAR_TEST_WARNINGS})
-  if(LUMIVAR_SANITIZE AND NOT TEST_LABELS MATCHES "property|golden|slow")
-    # Twice as fast to compile, for the sanitizers' checks are many. What runs long is the rooms', or is a test's
-    # of those labels.
-    target_compile_options(${TEST_NAME} PRIVATE -O0)
+  # What runs long is the rooms', or is a test's of these labels.
+  if(NOT TEST_LABELS MATCHES "property|golden|slow")
+    compile_sanitized_plainly(${TEST_NAME})
   endif()
   target_compile_definitions(${TEST_NAME} PRIVATE ${TEST_DEFINITIONS})
   target_link_libraries(${TEST_NAME} PRIVATE ${TEST_DEPENDS} GTest::gtest GTest::gtest_main)
