@@ -34,6 +34,7 @@ function(add_room_test)
   if(CMAKE_CROSSCOMPILING_EMULATOR)
     # An emulator takes about as many times as long.
     math(EXPR TEST_TIMEOUT "10 * ${TEST_TIMEOUT}")
+    list(APPEND TEST_DEFINITIONS LUMIVAR_EMULATED)
   endif()
   add_executable(${TEST_NAME} ${TEST_SOURCES})
   target_compile_options(${TEST_NAME} PRIVATE ${LUMIVAR_TEST_WARNINGS})

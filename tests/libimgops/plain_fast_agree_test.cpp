@@ -2,6 +2,8 @@
 #include "kernels/kernel_sets.h"
 #include "plain_fast_scene.h"
 
+#include "support/rounds.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -118,7 +120,7 @@ TEST(StandingCamera, IsDrawnToTheBitWhateverTheSamples) {
 // One that hardly turns: stars stay for some of the samples.
 TEST(StandingCamera, KeepsTheBoundWhenItHardlyTurns) {
     RandomNumbers random(10);
-    for (int i = 0; i < 150; ++i) {
+    for (int i = 0; i < support::rounds(150); ++i) {
         Scene scene = random_scene(random);
         scene.cams.resize(1);
         pan(scene, random, 100, random.on_scale(1e-8, 1e-2));

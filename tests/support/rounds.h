@@ -3,11 +3,10 @@
 
 namespace support {
 
-/// So many rounds, and a tenth of them under the address sanitizer: it looks for faults that every
-/// round would show, and takes up to a hundred times as long for each large block that a round
-/// allocates.
+/// So many rounds, and a tenth of them under the address sanitizer and on an emulated processor:
+/// those look for faults that every round would show, and take up to a hundred times as long.
 constexpr int rounds(int wanted) {
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__) || defined(LUMIVAR_EMULATED)
     return wanted / 10;
 #else
     return wanted;
