@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <future>
 #include <numeric>
-#include <utility>
 #include <vector>
 
 namespace conformance {
@@ -43,14 +42,15 @@ Change plus(const Change& one, const Change& other) {
     return {one.heap + other.heap, one.mapped + other.mapped, one.descriptors + other.descriptors};
 }
 
-/// `descriptors` are those open before, and then those open after it: to count them takes long.
-Change change_by(const std::function<void()>& round, int& descriptors) {
+Change change_by(const std::function<void()>& round) {
+    // Outside of what is measured: to count them takes memory for a while.
+    const int descriptors = OSAPI::open_descriptors();
     const OSAPI::MemoryInUse before = OSAPI::memory_in_use();
     do_apart(round);
     const OSAPI::MemoryInUse after = OSAPI::memory_in_use();
-    const int open_before = std::exchange(descriptors, OSAPI::open_descriptors());
     return {static_cast<std::int64_t>(after.heap - before.heap),
-            static_cast<std::int64_t>(after.mapped - before.mapped), descriptors - open_before};
+            static_cast<std::int64_t>(after.mapped - before.mapped),
+            OSAPI::open_descriptors() - descriptors};
 }
 
 Growth measured(const std::function<void()>& round) {
@@ -63,10 +63,9 @@ Growth measured(const std::function<void()>& round) {
         const auto end = changes.end() - before_last;
         return std::accumulate(end - rounds, end, Change{}, plus).growth();
     };
-    int descriptors = OSAPI::open_descriptors();
     Growth least;
     while (changes.size() < kRounds) {
-        const Change change = change_by(round, descriptors);
+        const Change change = change_by(round);
         const Growth now = change.growth();
         least = changes.empty() ? now : lesser(least, now);
         changes.push_back(change);

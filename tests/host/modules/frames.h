@@ -20,7 +20,7 @@ enum Parameter {
 void flatten_sequence();
 void set_up_sequence_again();
 
-/// Whether this session drew any; the module is loaded anew for each.
+/// Whether any were drawn since the module was loaded, which every host session does anew.
 bool frames_made();
 
 PF_Err pre_render(PF_InData* in, PF_OutData* out, PF_PreRenderExtra* extra);

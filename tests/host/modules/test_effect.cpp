@@ -22,7 +22,7 @@ namespace {
 
 using namespace test_effect;
 
-/// In this session: the module is loaded anew for each.
+/// Since the module was loaded, which every host session does anew.
 bool about_asked = false;
 
 PF_Err add_params(PF_InData* in, PF_OutData* out) {
