@@ -4,15 +4,16 @@
 #include <base/string.h>
 #include <osapi/descendants.h>
 #include <osapi/directories.h>
+#include <osapi/files.h>
 #include <osapi/processes.h>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string>
 
@@ -22,16 +23,32 @@ namespace OSAPI {
 
 namespace {
 
-/// Of the process with its files in /proc/NAME; 0 when it is gone.
+/// The line that the system keeps of the process called `name`; empty when it is gone, as it may be
+/// from one call to the next.
+std::string stat_line(const std::string& name) {
+    const fd_t fd = open_can_fail(("/proc/" + name + "/stat").c_str(), kRead);
+    if (fd == kNoDescriptor) {
+        return {};
+    }
+    try {
+        const FileDescriptor file(fd);
+        std::array<char, 512> line{};
+        const sword size = read_up_to(fd, line.data(), line.size());
+        return {line.data(), static_cast<std::size_t>(size)};
+    } catch (const Xception&) {
+        return {};
+    }
+}
+
+/// 0 when the process is gone.
 int parent_of(const std::string& name) {
-    std::ifstream file("/proc/" + name + "/stat");
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    const std::string line = stat_line(name);
     // "ID (PROGRAM) STATE PARENT ...", and a program may have any name.
-    const std::size_t behind_program = text.rfind(')');
+    const std::size_t behind_program = line.rfind(')');
     if (behind_program == std::string::npos) {
         return 0;
     }
-    std::istringstream rest(text.substr(behind_program + 1));
+    std::istringstream rest(line.substr(behind_program + 1));
     std::string state;
     int parent = 0;
     rest >> state >> parent;

@@ -14,6 +14,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstddef>
+#include <exception>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -138,6 +139,8 @@ json keep(const std::function<void()>& life, OSAPI::Pipe& leash, OSAPI::Pipe& ac
         answer = keep(life, leash, account);
     } catch (const StrXception& error) {
         answer = {{"failed", error.message().c_str()}};
+    } catch (const std::exception& error) {
+        answer = {{"failed", error.what()}};
     }
     const std::string text = answer.dump();
     try {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <osapi/descendants.h>
+#include <osapi/memory.h>
 #include <osapi/pipes.h>
 #include <osapi/processes.h>
 #include <unistd.h>
@@ -74,6 +75,37 @@ TEST(Children, AreOwnOnesAloneUntilTheyAreWaitedFor) {
     EXPECT_TRUE(holds(one, second));
     OSAPI::kill(second, SIGKILL);
     _wait_until_dead(second, nullptr, false);
+}
+
+TEST(Children, AreFoundThoughOtherProcessesEndMeanwhile) {
+    if (access("/proc/self/stat", R_OK) != 0) {
+        GTEST_SKIP() << "this system does not tell";
+    }
+    const int child = fork_child(wait_for_ever);
+    // What is told of a process that ended between the two calls: process 1, say, which comes
+    // first.
+    {
+        const Fault<&Syscalls::open> gone(ENOENT);
+        EXPECT_TRUE(holds(OSAPI::children(), child));
+        EXPECT_GT(gone.calls(), 1);
+    }
+    {
+        const Fault<&Syscalls::read> gone(ESRCH);
+        EXPECT_TRUE(holds(OSAPI::children(), child));
+        EXPECT_GT(gone.calls(), 1);
+    }
+    OSAPI::kill(child, SIGKILL);
+    _wait_until_dead(child, nullptr, false);
+}
+
+TEST(Children, LeaveNoDescriptorOpen) {
+    const int before = OSAPI::open_descriptors();
+    OSAPI::children();
+    {
+        const Fault<&Syscalls::read> gone(ESRCH, kAlways);
+        OSAPI::children();
+    }
+    EXPECT_EQ(OSAPI::open_descriptors(), before);
 }
 
 TEST(AdoptOrphans, MakesChildrenOfThem) {
