@@ -11,11 +11,11 @@ function(add_room)
   target_link_libraries(${ROOM_NAME} PUBLIC ${ROOM_DEPENDS} PRIVATE ${ROOM_DEPENDS_PRIVATE})
 endfunction()
 
-# compile_sanitized_plainly(TARGET)
+# compile_plainly_for_tests(TARGET)
 #
-# Without optimisation in a sanitizer's build: twice as fast to compile, since its checks are many.
-function(compile_sanitized_plainly target)
-  if(LUMIVAR_SANITIZE)
+# Without optimisation in builds that are for tests alone and take long: up to twice as fast to compile.
+function(compile_plainly_for_tests target)
+  if(LUMIVAR_QUICK_TESTS)
     target_compile_options(${target} PRIVATE -O0)
   endif()
 endfunction()
@@ -40,7 +40,10 @@ function(add_room_test)
   target_compile_options(${TEST_NAME} PRIVATE ${LUMIVAR_TEST_WARNINGS})
   # What runs long is the rooms', or is a test's of these labels.
   if(NOT TEST_LABELS MATCHES "property|golden|slow")
-    compile_sanitized_plainly(${TEST_NAME})
+    compile_plainly_for_tests(${TEST_NAME})
+    if(LUMIVAR_QUICK_TESTS)
+      target_precompile_headers(${TEST_NAME} REUSE_FROM precompiled_googletest)
+    endif()
   endif()
   target_compile_definitions(${TEST_NAME} PRIVATE ${TEST_DEFINITIONS})
   target_link_libraries(${TEST_NAME} PRIVATE ${TEST_DEPENDS} GTest::gtest GTest::gtest_main)
