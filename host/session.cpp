@@ -17,12 +17,6 @@ namespace {
 /// What an effect may leave in its first flags with any command: wishes about this one moment.
 constexpr PF_OutFlags kWishes = PF_OutFlag_REFRESH_UI | PF_OutFlag_NOP_RENDER |
                                 PF_OutFlag_FORCE_RERENDER | PF_OutFlag_SEND_DO_DIALOG;
-// What an effect may answer to the query of flags.
-constexpr PF_OutFlags kDynamicFlags = PF_OutFlag_WIDE_TIME_INPUT | PF_OutFlag_NON_PARAM_VARY |
-                                      PF_OutFlag_PIX_INDEPENDENT | PF_OutFlag_I_USE_SHUTTER_ANGLE;
-constexpr PF_OutFlags2 kDynamicFlags2 = PF_OutFlag2_I_USE_3D_CAMERA | PF_OutFlag2_I_USE_3D_LIGHTS |
-                                        PF_OutFlag2_DOESNT_NEED_EMPTY_PIXELS |
-                                        PF_OutFlag2_REVEALS_ZERO_ALPHA;
 
 /// Commands that come with a record of their own, which effects that do not know it leave alone.
 bool has_record(PF_Cmd command) {
@@ -94,8 +88,8 @@ void Session::Impl::check_declarations(PF_Cmd command) {
             state.violation(std::string(command_name(command)) + ": " + field + " was changed");
         }
     };
-    const PF_OutFlags may = kWishes | (query ? kDynamicFlags : 0);
-    const PF_OutFlags2 may2 = query ? kDynamicFlags2 : 0;
+    const PF_OutFlags may = kWishes | (query ? kDynamicOutFlags : 0);
+    const PF_OutFlags2 may2 = query ? kDynamicOutFlags2 : 0;
     check("my_version", out.my_version != info.version);
     check("out_flags", ((out.out_flags ^ info.out_flags) & ~may) != 0);
     check("out_flags2", ((out.out_flags2 ^ info.out_flags2) & ~may2) != 0);

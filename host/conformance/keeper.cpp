@@ -40,9 +40,9 @@ void sleep(milliseconds time) {
 }
 
 /// The keeper's own doings.
-class Watch {
+class Custody {
 public:
-    explicit Watch(bool adopts) : adopts_(adopts) {}
+    explicit Custody(bool adopts) : adopts_(adopts) {}
 
     /// Until the child has ended, or the leash has: then it is made to.
     void await(int child, int leash) {
@@ -113,7 +113,7 @@ json keep(const std::function<void()>& life, OSAPI::Pipe& leash, OSAPI::Pipe& ac
     OSAPI::lead_group();
     // So that an end cuts a wait short.
     const OSAPI::SignalHandler on_end(SIGCHLD, do_nothing, /*restart=*/false);
-    Watch watch(OSAPI::adopt_orphans());
+    Custody custody(OSAPI::adopt_orphans());
     const int child = OSAPI::fork();
     if (child == 0) {
         leash.read_end().close();
@@ -121,8 +121,8 @@ json keep(const std::function<void()>& life, OSAPI::Pipe& leash, OSAPI::Pipe& ac
         OSAPI::lead_group();
         life();
     }
-    watch.await(child, leash.read_end().fd());
-    const Account& told = watch.account();
+    custody.await(child, leash.read_end().fd());
+    const Account& told = custody.account();
     return {{"status", told.status}, {"left", told.left}, {"counted", told.counted}};
 }
 

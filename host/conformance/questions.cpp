@@ -144,13 +144,6 @@ int parameters_out(const std::vector<host::Call>& calls, std::size_t first) {
     return out;
 }
 
-/// Of the first flags, those that the query may turn on and off. Others are wishes about this one
-/// moment, or changes of what was declared, which the host notes itself.
-constexpr std::uint32_t kDynamicFlags = static_cast<std::uint32_t>(PF_OutFlag_WIDE_TIME_INPUT) |
-                                        static_cast<std::uint32_t>(PF_OutFlag_NON_PARAM_VARY) |
-                                        static_cast<std::uint32_t>(PF_OutFlag_PIX_INDEPENDENT) |
-                                        static_cast<std::uint32_t>(PF_OutFlag_I_USE_SHUTTER_ANGLE);
-
 /// Says so if flags were turned on beyond those declared.
 void look_for_new(std::int32_t answered, std::int32_t declared, std::uint32_t looked_at,
                   const std::string& word, Reply& reply) {
@@ -171,7 +164,10 @@ Reply ask_flags(Session& session) {
     try {
         const host::OutputFlags flags =
             session.all_dynamic_flags(scene, scene.composition.frame_time(kFrame));
-        look_for_new(flags.first, session.info().out_flags, kDynamicFlags, "out_flags", reply);
+        // Others of these are wishes about this one moment, or changes of what was declared, which
+        // the host notes itself.
+        look_for_new(flags.first, session.info().out_flags,
+                     static_cast<std::uint32_t>(kDynamicOutFlags), "out_flags", reply);
         look_for_new(flags.second, session.info().out_flags2, ~std::uint32_t{0}, "out_flags2",
                      reply);
     } catch (const host::EffectError& error) {

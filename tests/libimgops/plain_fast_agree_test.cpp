@@ -47,7 +47,7 @@ TEST_P(RandomFrames, KeepThePromise) {
     EXPECT_GE(crossing, 3);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, RandomFrames, testing::Range(1U, 25U));
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomFrames, testing::Range(1U, 1 + support::seeds(24)));
 
 class RandomStars : public testing::TestWithParam<unsigned> {};
 
@@ -129,4 +129,4 @@ TEST(StandingCamera, KeepsTheBoundWhenItHardlyTurns) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, RandomStars, testing::Range(1U, 9U));
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomStars, testing::Range(1U, 1 + support::seeds(8)));

@@ -13,4 +13,13 @@ constexpr int rounds(int wanted) {
 #endif
 }
 
+/// Likewise so many seeds, and a quarter of them there.
+constexpr unsigned seeds(unsigned wanted) {
+#if defined(__SANITIZE_ADDRESS__) || defined(LUMIVAR_EMULATED)
+    return wanted / 4;
+#else
+    return wanted;
+#endif
+}
+
 }  // namespace support

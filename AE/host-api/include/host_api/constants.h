@@ -101,6 +101,14 @@ inline constexpr PF_OutFlags2 PF_OutFlag2_I_MIX_GUID_DEPENDENCIES = 0x200000;
 inline constexpr PF_OutFlags2 PF_OutFlag2_SUPPORTS_GPU_RENDER_F32 = 0x2000000;
 inline constexpr PF_OutFlags2 PF_OutFlag2_SUPPORTS_THREADED_RENDERING = 0x8000000;
 
+// What an effect may answer to the query of flags, within those that it declared.
+inline constexpr PF_OutFlags kDynamicOutFlags =
+    PF_OutFlag_WIDE_TIME_INPUT | PF_OutFlag_NON_PARAM_VARY | PF_OutFlag_PIX_INDEPENDENT |
+    PF_OutFlag_I_USE_SHUTTER_ANGLE;
+inline constexpr PF_OutFlags2 kDynamicOutFlags2 =
+    PF_OutFlag2_I_USE_3D_CAMERA | PF_OutFlag2_I_USE_3D_LIGHTS |
+    PF_OutFlag2_DOESNT_NEED_EMPTY_PIXELS | PF_OutFlag2_REVEALS_ZERO_ALPHA;
+
 /// Stages of an effect's version.
 inline constexpr A_u_long PF_Stage_DEVELOP = 0;
 inline constexpr A_u_long PF_Stage_ALPHA = 1;
