@@ -3,23 +3,18 @@
 
 namespace support {
 
-/// So many rounds, and a tenth of them under the address sanitizer and on an emulated processor:
-/// those look for faults that every round would show, and take up to a hundred times as long.
-constexpr int rounds(int wanted) {
+/// Under the address sanitizer and on an emulated processor, which look for faults that every round
+/// would show, and take up to a hundred times as long.
 #if defined(__SANITIZE_ADDRESS__) || defined(LUMIVAR_EMULATED)
-    return wanted / 10;
+inline constexpr bool kPlaysLess = true;
 #else
-    return wanted;
+inline constexpr bool kPlaysLess = false;
 #endif
-}
 
-/// Likewise so many seeds, and a quarter of them there.
-constexpr unsigned seeds(unsigned wanted) {
-#if defined(__SANITIZE_ADDRESS__) || defined(LUMIVAR_EMULATED)
-    return wanted / 4;
-#else
-    return wanted;
-#endif
-}
+/// So many rounds, and a tenth of them where less is played.
+constexpr int rounds(int wanted) { return kPlaysLess ? wanted / 10 : wanted; }
+
+/// Likewise so many seeds, and a quarter of them.
+constexpr unsigned seeds(unsigned wanted) { return kPlaysLess ? wanted / 4 : wanted; }
 
 }  // namespace support
