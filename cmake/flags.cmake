@@ -15,8 +15,6 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(i[3-6]86|x86|x86_64|AMD64)$" AND CMAKE_SIZE
   # The old floating-point unit would keep more digits than the pixels are defined with.
   add_compile_options(-msse2 -mfpmath=sse)
 endif()
-# Files over 2 GiB on 32-bit targets too. Everywhere, so that all agree about the system's records.
-add_compile_definitions(_FILE_OFFSET_BITS=64)
 # Messages name sources from the project root, in any build folder.
 add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
