@@ -1,6 +1,5 @@
 #include <base/array.h>
 #include <base/string.h>
-
 #include <gtest/gtest.h>
 
 #include <stdexcept>
@@ -136,6 +135,21 @@ TEST(Array, MovesItsElementsBitwise) {
     fill(traced, 100);
     EXPECT_EQ(Traced::copies, 0);
     EXPECT_TRUE(Traced::destroyed.empty());
+}
+
+TEST(Array, AppendCopiesOnce) {
+    Array<Traced> array;
+    Traced::forget();
+    array.append(Traced(5));
+    EXPECT_EQ(Traced::copies, 1);
+    EXPECT_EQ(Traced::destroyed, (std::vector<int>{5})) << "the argument alone";
+    // 8 elements fit into 32 bytes, so that the last copy here moves the one it is made of.
+    while (array.len() < 9) {
+        array.append(array[0]);
+    }
+    EXPECT_EQ(Traced::copies, 9);
+    EXPECT_EQ(Traced::destroyed.size(), 1U);
+    EXPECT_EQ(array.last()->id, 5);
 }
 
 TEST(Array, AppendsAnElementOfItsOwn) {

@@ -4,6 +4,7 @@
 #include <base/words.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <new>
 #include <type_traits>
 
@@ -87,10 +88,18 @@ public:
     T* append() {
         return append_made([](void* place) { return new (place) T(); });
     }
-    /// A copy of `value` more; `value` may be an element of this array.
+    /// A copy of `value` more, made in its place; `value` may be an element of this array. When the
+    /// copy throws, the array stays as it was.
     T* append(const T& value) {
-        T copy(value);
-        return append_made([&copy](void* place) { return new (place) T(static_cast<T&&>(copy)); });
+        // An element of this array moves with the block when that grows; its offset stays.
+        const auto offset =
+            reinterpret_cast<std::uintptr_t>(&value) - reinterpret_cast<std::uintptr_t>(bytes_[0]);
+        const bool own = offset < bytes_.len();
+        return append_made([&](void* place) {
+            const void* source =
+                own ? bytes_[static_cast<long>(offset)] : static_cast<const void*>(&value);
+            return new (place) T(*static_cast<const T*>(source));
+        });
     }
 
     /// Destroys the last element; there must be one. Memory is kept.
