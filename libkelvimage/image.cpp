@@ -137,8 +137,11 @@ void Image::copy_from(const Image& src) {
         // The line feed is part of the text, which logs are searched for.
         XTHROW("formats don't match\n");
     }
-    // An image may be copied onto itself.
-    std::memmove(block_, src.block_, allocated_size);
+    // Freed images have no address, which the C library wants even for no bytes.
+    if (allocated_size != 0) {
+        // An image may be copied onto itself.
+        std::memmove(block_, src.block_, allocated_size);
+    }
 }
 
 void Image::dump() const {

@@ -271,6 +271,9 @@ TEST(Image, MayBeFreedAndAllocatedAnew) {
     EXPECT_EQ(image.allocated_size, 0U);
     // Harmless: the sanitizers watch.
     image.make_blank();
+    Image also_freed(ImageSpec(3, 2, ImageSpec::BGRA_U8));
+    also_freed.free();
+    image.copy_from(also_freed);
     image.width = 100;
     image.set_natural_stride();
     image.alloc();

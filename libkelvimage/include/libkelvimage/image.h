@@ -122,8 +122,8 @@ public:
     void free();
     /// Sets every byte to zero: black and transparent. Does nothing while there are no pixels.
     void make_blank();
-    /// Copies the pixels of an image with the same width, height, format and stride. Throws
-    /// `StrXception` "formats don't match" (and a line feed).
+    /// Copies the pixels of an image with the same width, height, format and stride, which must
+    /// have pixels if this one has. Throws `StrXception` "formats don't match" (and a line feed).
     void copy_from(const Image& src);
 
     /// First byte of row `y`, counted from the top; no bounds check. The offset is taken modulo
