@@ -1,6 +1,8 @@
 // Pipes over POSIX.
 #include <base/exceptions.h>
 #include <osapi/pipes.h>
+#include <sys/stat.h>
+#include <sys/types.h>
 
 #include <cerrno>
 #include <cstring>
@@ -29,7 +31,13 @@ void Pipe::open() {
     FileDescriptor reader(ends[0]);
     FileDescriptor writer(ends[1]);
     hand_over(reader, read_end_);
-    hand_over(writer, write_end_);
+    try {
+        hand_over(writer, write_end_);
+    } catch (...) {
+        // The writing end was open already: the new reading end goes too.
+        reader.init(read_end_.release());
+        throw;
+    }
 }
 
 void make_named_pipe(const char* path) {

@@ -55,6 +55,18 @@ TEST(Pipe, RefusesToOpenTwiceAndLosesNothing) {
     EXPECT_EQ(pipe.read_end().fd(), reader);
 }
 
+TEST(Pipe, RefusesToOpenWhileEitherEndIsOpenAndKeepsNothingNew) {
+    for (const auto end : {&Pipe::read_end, &Pipe::write_end}) {
+        Pipe pipe;
+        pipe.open();
+        (pipe.*end)().close();
+        const int before = open_descriptors();
+        EXPECT_EQ(failed_assertion([&] { pipe.open(); }), "!is_open()");
+        EXPECT_EQ(open_descriptors(), before);
+        EXPECT_FALSE((pipe.*end)().is_open());
+    }
+}
+
 TEST(Pipe, ReportsEveryFailure) {
     const int before = open_descriptors();
     for (const int error : kErrors) {

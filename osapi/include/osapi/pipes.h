@@ -9,7 +9,8 @@ namespace OSAPI {
 /// executed.
 class Pipe {
 public:
-    /// Asserts that neither end is open. Throws "pipe: ...".
+    /// Asserts that neither end is open. Throws "pipe: ...". Either failure leaves both ends as
+    /// they were.
     void open();
 
     FileDescriptor& read_end() { return read_end_; }
