@@ -3,6 +3,8 @@
 #include <base/release.h>
 #include <osapi/atomic_file_write.h>
 
+#include <memory>
+
 #include "syscalls.h"
 
 namespace OSAPI {
@@ -16,9 +18,8 @@ String temporary_path(const char* path) { return String::fmt("%s.inprogress", pa
 AtomicFileWrite::AtomicFileWrite(const char* path, int mode)
     : path_(path), temporary_(temporary_path(path)), descriptor_(open(temporary_.c_str(), mode)) {}
 
-AtomicFileWrite::AtomicFileWrite(const char* path, const String& temporary,
-                                 FileDescriptor& descriptor)
-    : path_(path), temporary_(temporary), descriptor_(descriptor.release()) {}
+AtomicFileWrite::AtomicFileWrite(const char* path)
+    : path_(path), temporary_(temporary_path(path)), finished_(true) {}
 
 AtomicFileWrite::~AtomicFileWrite() noexcept(false) {
     if (!finished_) {
@@ -27,12 +28,16 @@ AtomicFileWrite::~AtomicFileWrite() noexcept(false) {
 }
 
 AtomicFileWrite* AtomicFileWrite::exclusive(const char* path) {
-    const String temporary = temporary_path(path);
-    FileDescriptor descriptor(open_can_fail(temporary.c_str(), kWrite | kExclusive));
-    if (!descriptor.is_open()) {
+    // The writer is made before its file: a file without a writer would never be removed, and would
+    // keep out everyone who calls this later.
+    std::unique_ptr<AtomicFileWrite> writer(new AtomicFileWrite(path));
+    const fd_t fd = open_can_fail(writer->temporary_.c_str(), kWrite | kExclusive);
+    if (fd == kNoDescriptor) {
         return nullptr;
     }
-    return new AtomicFileWrite(path, temporary, descriptor);
+    writer->descriptor_.init(fd);
+    writer->finished_ = false;
+    return writer.release();
 }
 
 void AtomicFileWrite::complete() {

@@ -5,10 +5,12 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <new>
 #include <string>
 
 #include "support/captured_output.h"
 #include "support/expect_throw.h"
+#include "support/failing_allocator.h"
 #include "support/faults.h"
 #include "support/scratch.h"
 
@@ -209,6 +211,18 @@ TEST_F(Atomic, RefusedExclusiveWriterLeavesTheOthersFileAlone) {
     EXPECT_EQ(read_file(temporary_), "another's");
     const std::string nowhere = folder_ / "none/sky.stars";
     EXPECT_EQ(AtomicFileWrite::exclusive(nowhere.c_str()), nullptr);
+}
+
+TEST_F(Atomic, ExclusiveWriterWithoutMemoryLeavesNothingInTheWayOfTheNext) {
+    {
+        FailingAllocator allocator;
+        allocator.refuse_new_after(0);
+        EXPECT_THROW(AtomicFileWrite::exclusive(path_.c_str()), std::bad_alloc);
+    }
+    EXPECT_FALSE(in_progress());
+    EXPECT_EQ(open_descriptors(), before_);
+    const scoped_ptr<AtomicFileWrite> next(AtomicFileWrite::exclusive(path_.c_str()));
+    EXPECT_NE(next.get(), nullptr);
 }
 
 TEST_F(Atomic, UnfinishedExclusiveWriterCleansUp) {

@@ -19,7 +19,8 @@ public:
     ~AtomicFileWrite() noexcept(false);
 
     /// A new writer, owned by the caller, or null when "PATH.inprogress" cannot be created, as
-    /// while another writer holds it.
+    /// while another writer holds it. Throws `std::bad_alloc` and `StrXception` "out of memory"
+    /// before any file is made.
     static AtomicFileWrite* exclusive(const char* path);
 
     /// Where to write; none once complete or aborted.
@@ -34,7 +35,8 @@ public:
     void abort();
 
 private:
-    AtomicFileWrite(const char* path, const String& temporary, FileDescriptor& descriptor);
+    /// Has nothing open and nothing to remove yet.
+    explicit AtomicFileWrite(const char* path);
 
     String path_;
     String temporary_;
