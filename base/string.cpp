@@ -2,6 +2,7 @@
 #include <base/exceptions.h>
 #include <base/string.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

@@ -3,6 +3,7 @@
 #include <base/growing_text.h>
 #include <libkelvimage/metadata.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

@@ -1,9 +1,11 @@
 // Clock and calendar over POSIX.
 #include <base/exceptions.h>
 #include <osapi/clock.h>
+#include <sys/time.h>
 
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 
 #include "syscalls.h"
 

@@ -2,6 +2,7 @@
 #include <base/exceptions.h>
 #include <base/release.h>
 #include <osapi/files.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstring>

@@ -1,6 +1,8 @@
 // Directories over POSIX.
 #include <base/exceptions.h>
 #include <base/release.h>
+#include <dirent.h>
+#include <glob.h>
 #include <osapi/directories.h>
 
 #include <cerrno>

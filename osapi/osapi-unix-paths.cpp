@@ -3,8 +3,11 @@
 #include <base/release.h>
 #include <osapi/paths.h>
 #include <strings.h>
+#include <sys/stat.h>
+#include <utime.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 
 #include "syscalls.h"

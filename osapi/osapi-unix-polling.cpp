@@ -1,6 +1,7 @@
 // Waiting for descriptors over POSIX.
 #include <base/exceptions.h>
 #include <osapi/polling.h>
+#include <poll.h>
 
 #include <cerrno>
 #include <cstring>

@@ -1,6 +1,7 @@
 // Processes over POSIX.
 #include <base/exceptions.h>
 #include <osapi/processes.h>
+#include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
 

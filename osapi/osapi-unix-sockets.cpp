@@ -1,9 +1,11 @@
 // Stream sockets over POSIX.
 #include <base/exceptions.h>
 #include <base/release.h>
+#include <netdb.h>
 #include <netinet/in.h>
 #include <osapi/descriptor_flags.h>
 #include <osapi/sockets.h>
+#include <sys/socket.h>
 #include <sys/un.h>
 
 #include <cerrno>

@@ -4,6 +4,7 @@
 #include <sched.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
+#include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,6 +13,7 @@
 #endif
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 
 namespace OSAPI {

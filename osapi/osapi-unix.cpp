@@ -2,6 +2,8 @@
 #include <base/exceptions.h>
 #include <fcntl.h>
 #include <osapi/files.h>
+#include <sys/stat.h>
+#include <sys/types.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -43,12 +45,12 @@ int open_flags(int mode) {
 // EAGAIN is retried at once: a non-blocking descriptor is polled.
 bool worth_retrying() { return errno == EINTR || errno == EAGAIN; }
 
-enum class Outcome { kAll, kEnd, kFailed };
+enum class Outcome { All, End, Failed };
 
 // What a transfer of 0 bytes means.
-enum class OnNothing { kEnd, kRetry };
+enum class OnNothing { End, Retry };
 
-// Calls transfer(done, rest) until all `count` bytes are through. kFailed: errno is set.
+// Calls transfer(done, rest) until all `count` bytes are through. `errno` tells why it failed.
 template <class Transfer>
 Outcome transfer_all(uword count, OnNothing on_nothing, Transfer transfer) {
     uword done = 0;
@@ -57,14 +59,14 @@ Outcome transfer_all(uword count, OnNothing on_nothing, Transfer transfer) {
         if (moved > 0) {
             done += static_cast<uword>(moved);
         } else if (moved == 0) {
-            if (on_nothing == OnNothing::kEnd) {
-                return Outcome::kEnd;
+            if (on_nothing == OnNothing::End) {
+                return Outcome::End;
             }
         } else if (!worth_retrying()) {
-            return Outcome::kFailed;
+            return Outcome::Failed;
         }
     }
-    return Outcome::kAll;
+    return Outcome::All;
 }
 
 }  // namespace
@@ -92,13 +94,13 @@ void close(fd_t fd) {
 }
 
 sword read(int fd, char* buffer, uword count) {
-    const Outcome outcome = transfer_all(count, OnNothing::kEnd, [=](uword done, uword rest) {
+    const Outcome outcome = transfer_all(count, OnNothing::End, [=](uword done, uword rest) {
         return syscalls().read(fd, buffer + done, rest);
     });
-    if (outcome == Outcome::kEnd) {
+    if (outcome == Outcome::End) {
         XTHROW("unexpected EOF");
     }
-    if (outcome == Outcome::kFailed) {
+    if (outcome == Outcome::Failed) {
         XTHROW("read: %s", std::strerror(errno));
     }
     return static_cast<sword>(count);
@@ -121,44 +123,44 @@ sword read_short(int fd, char* buffer, uword count) {
 
 sword read_up_to(int fd, char* buffer, uword count) {
     uword got = 0;
-    const Outcome outcome = transfer_all(count, OnNothing::kEnd, [&](uword done, uword rest) {
+    const Outcome outcome = transfer_all(count, OnNothing::End, [&](uword done, uword rest) {
         got = done;
         return syscalls().read(fd, buffer + done, rest);
     });
-    if (outcome == Outcome::kFailed) {
+    if (outcome == Outcome::Failed) {
         XTHROW("read: %s", std::strerror(errno));
     }
-    return static_cast<sword>(outcome == Outcome::kAll ? count : got);
+    return static_cast<sword>(outcome == Outcome::All ? count : got);
 }
 
 sword pread(int fd, char* buffer, uword count, u64 offset) {
-    const Outcome outcome = transfer_all(count, OnNothing::kEnd, [=](uword done, uword rest) {
+    const Outcome outcome = transfer_all(count, OnNothing::End, [=](uword done, uword rest) {
         return syscalls().pread(fd, buffer + done, rest, static_cast<off_t>(offset + done));
     });
-    if (outcome == Outcome::kEnd) {
+    if (outcome == Outcome::End) {
         XTHROW("unexpected EOF");
     }
-    if (outcome == Outcome::kFailed) {
+    if (outcome == Outcome::Failed) {
         XTHROW("read: %s", std::strerror(errno));
     }
     return static_cast<sword>(count);
 }
 
 sword write(int fd, const char* buffer, uword count) {
-    const Outcome outcome = transfer_all(count, OnNothing::kRetry, [=](uword done, uword rest) {
+    const Outcome outcome = transfer_all(count, OnNothing::Retry, [=](uword done, uword rest) {
         return syscalls().write(fd, buffer + done, rest);
     });
-    if (outcome == Outcome::kFailed) {
+    if (outcome == Outcome::Failed) {
         XTHROW("write: %s", std::strerror(errno));
     }
     return static_cast<sword>(count);
 }
 
 sword pwrite(int fd, const char* buffer, uword count, u64 offset) {
-    const Outcome outcome = transfer_all(count, OnNothing::kRetry, [=](uword done, uword rest) {
+    const Outcome outcome = transfer_all(count, OnNothing::Retry, [=](uword done, uword rest) {
         return syscalls().pwrite(fd, buffer + done, rest, static_cast<off_t>(offset + done));
     });
-    if (outcome == Outcome::kFailed) {
+    if (outcome == Outcome::Failed) {
         XTHROW("write: %s", std::strerror(errno));
     }
     return static_cast<sword>(count);

@@ -1,5 +1,6 @@
 #include <osapi/reason.h>
 
+#include <cstddef>
 #include <string_view>
 
 namespace OSAPI {

@@ -68,7 +68,7 @@ BufferedFileInput::BufferedFileInput(const char* path, int mode)
     : file_(path, mode), input_(file_), buffered_(input_, kBufferSize) {}
 
 BufferedFileOutput::LeaveOpen::~LeaveOpen() {
-    if (at_end_ == AtEnd::kLeaveOpen) {
+    if (at_end_ == AtEnd::LeaveOpen) {
         file_.release();
     }
 }

@@ -1,9 +1,8 @@
 #include <base/array.h>
+#include <gtest/gtest.h>
 #include <support/captured_output.h>
 #include <support/expect_throw.h>
 #include <support/failing_allocator.h>
-
-#include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <cstring>

@@ -1,8 +1,7 @@
 #include <base/exceptions.h>
+#include <gtest/gtest.h>
 #include <support/captured_output.h>
 #include <support/failing_allocator.h>
-
-#include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>

@@ -1,7 +1,6 @@
 // Texts that are made piece by piece.
 #include <base/exceptions.h>
 #include <base/growing_text.h>
-
 #include <gtest/gtest.h>
 
 #include <cstddef>

@@ -1,7 +1,6 @@
 #include <base/instring.h>
-#include <support/captured_output.h>
-
 #include <gtest/gtest.h>
+#include <support/captured_output.h>
 
 #include <string>
 

@@ -1,6 +1,5 @@
 #include <base/list.h>
 #include <base/string.h>
-
 #include <gtest/gtest.h>
 
 #include <type_traits>

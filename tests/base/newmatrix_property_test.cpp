@@ -1,6 +1,5 @@
 // Matrices of random numbers, judged by other formulations in higher precision.
 #include <base/newmatrix.h>
-
 #include <gtest/gtest.h>
 
 #include <cmath>

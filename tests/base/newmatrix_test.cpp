@@ -1,8 +1,7 @@
 #include <base/exceptions.h>
 #include <base/newmatrix.h>
-#include <support/captured_output.h>
-
 #include <gtest/gtest.h>
+#include <support/captured_output.h>
 
 #include <cmath>
 #include <limits>

@@ -1,5 +1,4 @@
 #include <base/ptrmap.h>
-
 #include <gtest/gtest.h>
 
 #include <cstdint>

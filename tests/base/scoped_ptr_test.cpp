@@ -1,5 +1,4 @@
 #include <base/scoped_ptr.h>
-
 #include <gtest/gtest.h>
 
 #include <stdexcept>

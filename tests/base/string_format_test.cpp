@@ -1,11 +1,10 @@
 // Formatting: texts of any length, and what happens without memory for them.
 #include <base/exceptions.h>
 #include <base/string.h>
+#include <gtest/gtest.h>
 #include <support/captured_output.h>
 #include <support/expect_throw.h>
 #include <support/failing_allocator.h>
-
-#include <gtest/gtest.h>
 
 #include <cwchar>
 #include <string>

@@ -1,6 +1,5 @@
 #include <base/array.h>
 #include <base/string.h>
-
 #include <gtest/gtest.h>
 
 #include <cstdint>

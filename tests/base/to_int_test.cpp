@@ -1,5 +1,4 @@
 #include <base/to_int.h>
-
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -1,6 +1,5 @@
 // Vectors, intervals, boxes and the scalar functions.
 #include <base/newmatrix.h>
-
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -53,7 +53,7 @@ void fill(MetaData& record) {
 const char kText[] =
     "KELVMETA1 float:a=1 string:b=\"x y\" m44f:c=\"1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1\" float:a=2";
 
-enum class Refuser { kNew, kGrowth };
+enum class Refuser { New, Growth };
 
 /// Does the work on a fresh record with the n-th request refused, for every n until it succeeds.
 /// After each failure `check` sees the record. The number of failures.
@@ -66,7 +66,7 @@ int refuse_each(Refuser refuser, const std::function<void(ImageSpec&)>& prepare,
         bool failed = false;
         {
             FailingAllocator allocator;
-            if (refuser == Refuser::kNew) {
+            if (refuser == Refuser::New) {
                 allocator.refuse_new_after(n);
             } else {
                 allocator.refuse_above(kSmallestGrowth - 1, n);
@@ -75,10 +75,10 @@ int refuse_each(Refuser refuser, const std::function<void(ImageSpec&)>& prepare,
                 work(spec);
             } catch (const std::bad_alloc&) {
                 failed = true;
-                EXPECT_EQ(refuser, Refuser::kNew);
+                EXPECT_EQ(refuser, Refuser::New);
             } catch (const StrXception& failure) {
                 failed = true;
-                EXPECT_EQ(refuser, Refuser::kGrowth);
+                EXPECT_EQ(refuser, Refuser::Growth);
                 // The text itself may want for memory.
                 EXPECT_TRUE(failure.message().len() == 0 ||
                             failure.message().find("out of memory") == 0)
@@ -110,7 +110,7 @@ protected:
     }
     /// Of `new` and of growth: how often each work must at least have failed to have been tested.
     static void expect_failures(int failures, int of_new, int of_growth) {
-        const int least = GetParam() == Refuser::kNew ? of_new : of_growth;
+        const int least = GetParam() == Refuser::New ? of_new : of_growth;
         EXPECT_GE(failures, least);
     }
 };
@@ -230,9 +230,9 @@ TEST_P(MetadataMemory, Comparing) {
               0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, MetadataMemory, testing::Values(Refuser::kNew, Refuser::kGrowth),
+INSTANTIATE_TEST_SUITE_P(Of, MetadataMemory, testing::Values(Refuser::New, Refuser::Growth),
                          [](const auto& of) {
-                             return of.param == Refuser::kNew ? "New" : "Growth";
+                             return of.param == Refuser::New ? "New" : "Growth";
                          });
 
 }  // namespace

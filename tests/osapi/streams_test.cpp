@@ -217,7 +217,7 @@ TEST_F(Streams, BufferedFileOutputFlushesThenCloses) {
 TEST_F(Streams, BufferedFileOutputLeavesTheDescriptorOpenOnRequest) {
     RWFileDescriptor kept;
     {
-        BufferedFileOutput output(path(), OSAPI::kWrite, BufferedFileOutput::AtEnd::kLeaveOpen);
+        BufferedFileOutput output(path(), OSAPI::kWrite, BufferedFileOutput::AtEnd::LeaveOpen);
         write_text(output, "abc");
         kept.init(output.fd());
     }
@@ -231,7 +231,7 @@ TEST_F(Streams, DescriptorIsLeftOpenEvenWhenTheLastFlushFails) {
     const Fault<&Syscalls::write> fault(ENOSPC);
     expect_message(thrown_message([&] {
                        BufferedFileOutput output(path(), OSAPI::kWrite,
-                                                 BufferedFileOutput::AtEnd::kLeaveOpen);
+                                                 BufferedFileOutput::AtEnd::LeaveOpen);
                        write_text(output, "abc");
                        kept.init(output.fd());
                    }),

@@ -4,6 +4,7 @@
 #include <base/array.h>
 #include <base/string.h>
 
+#include <cstddef>
 #include <cstring>
 
 /// A text in the making. Adding a character costs the same however long the text is, and a want of

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <base/io.h>
+#include <base/string.h>
+#include <base/words.h>
 #include <osapi/files.h>
 
 namespace OSAPI {
@@ -92,14 +94,14 @@ private:
 class BufferedFileOutput : public Output {
 public:
     enum class AtEnd {
-        kClose,
+        Close,
         /// Whoever took `fd()` owns the descriptor when this object is gone, even if the last flush
         /// has failed.
-        kLeaveOpen,
+        LeaveOpen,
     };
 
     /// `mode` as for `open`. Throws "opening file "PATH": ...".
-    BufferedFileOutput(const char* path, int mode, AtEnd at_end = AtEnd::kClose);
+    BufferedFileOutput(const char* path, int mode, AtEnd at_end = AtEnd::Close);
 
     s64 curpos() const override { return buffered_.curpos(); }
     int write(const char* bytes, int count) override { return buffered_.write(bytes, count); }
