@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kDeadSize = -666;
 
-// A compiler drops plain stores to a dying object; this one it must keep.
+// Compilers drop plain stores to an object that is being destroyed, but keep volatile ones.
 template <class T>
 void poison(T& member, T value) {
     volatile T& kept = member;

@@ -22,7 +22,7 @@ void FileDescriptor::init(fd_t fd) {
 
 void FileDescriptor::close() {
     if (is_open()) {
-        // Given up first: a descriptor whose close failed is gone all the same.
+        // Released first: when closing fails, the descriptor is gone nevertheless.
         OSAPI::close(release());
     }
 }

@@ -15,7 +15,8 @@ namespace OSAPI {
 
 namespace {
 
-// Closes a directory that is left by an exception; its failure would hide that one.
+// Closes the directory when an exception passes, and ignores a failure of that: it would hide the
+// exception.
 class OpenDirectory {
 public:
     explicit OpenDirectory(DIR* directory) : directory_(directory) {}

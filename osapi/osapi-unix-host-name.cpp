@@ -16,7 +16,7 @@ String gethostname() {
         if (syscalls().gethostname(name, sizeof name) != 0) {
             XTHROW("gethostname: %s", std::strerror(errno));
         }
-        // A name that was cut to size may have come without its end.
+        // A name that was cut to the buffer's size may lack the NUL at its end.
         name[sizeof name - 1] = '\0';
         known = true;
     }

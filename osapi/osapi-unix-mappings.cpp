@@ -45,7 +45,7 @@ MemoryMapping::~MemoryMapping() noexcept(false) {
     if (addr_ == nullptr) {
         return;
     }
-    // Taken here: inside the closure the name would be the closure's.
+    // Inside the lambda the message would name the lambda in place of this destructor.
     const char* function = __PRETTY_FUNCTION__;
     release_in_destructor([this, function] {
         if (syscalls().munmap(addr_, size_) != 0) {

@@ -64,7 +64,7 @@ u64 mapped_bytes() {
 }  // namespace
 
 MemoryInUse memory_in_use() {
-    // The address space first: its file has a buffer of its own for as long as it is read.
+    // The heap last: reading the size of the address space takes a buffer from it for a while.
     MemoryInUse use;
     use.mapped = mapped_bytes();
     use.heap = heap_bytes();

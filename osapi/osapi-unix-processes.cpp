@@ -119,7 +119,7 @@ void ChildProcess::start(int (*run)()) {
 
 void ChildProcess::stop() {
     if (pid_ > 0) {
-        // Given up first: once waited for, the id may be another process's.
+        // The id is forgotten before the wait: after it, another process may have that id.
         wait_until_dead(std::exchange(pid_, kNoChild));
     }
 }

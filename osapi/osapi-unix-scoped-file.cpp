@@ -20,7 +20,7 @@ ScopedFILE::ScopedFILE(fd_t fd, const char* path, const char* mode) {
 }
 
 ScopedFILE::~ScopedFILE() noexcept(false) {
-    // Taken here: inside the closure the name would be the closure's.
+    // Inside the lambda the message would name the lambda in place of this destructor.
     const char* function = __PRETTY_FUNCTION__;
     release_in_destructor([this, function] {
         if (syscalls().fclose(file_) != 0) {

@@ -27,7 +27,7 @@ Signal::~Signal() noexcept(false) {
     if (!installed_) {
         return;
     }
-    // Taken here: inside the closure the name would be the closure's.
+    // Inside the lambda the message would name the lambda in place of this destructor.
     const char* function = __PRETTY_FUNCTION__;
     release_in_destructor([this, function] {
         if (syscalls().sigaction(sig_, &previous_, nullptr) != 0) {

@@ -140,7 +140,7 @@ void UNIXServerSocket::open(const char* mypath) {
     try {
         listen_on(server);
     } catch (...) {
-        // Left behind, it would keep the next server out.
+        // A path that is left behind would keep the next server out.
         syscalls().unlink(mypath);
         throw;
     }
@@ -151,7 +151,7 @@ void UNIXServerSocket::close() {
     if (!is_open()) {
         return;
     }
-    // The path first: after the socket another server may have taken it.
+    // The path goes first: once the socket is closed, another server may have taken the path.
     const String path(std::move(path_));
     try {
         rm_ifexist(path.c_str());

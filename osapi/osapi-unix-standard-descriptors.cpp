@@ -15,8 +15,8 @@ void hold_standard_descriptors() {
         if (syscalls().fcntl(fd, F_GETFD, 0) != -1) {
             continue;
         }
-        // The lowest free number is the one that is missing. Opened the wrong way round, it still
-        // fails where it is used.
+        // The system gives the lowest free number, which is the missing one. It is opened for the
+        // wrong direction, so that using it still fails.
         const fd_t held = open_can_fail("/dev/null", fd == STDIN_FILENO ? kWrite : kRead);
         if (held == kNoDescriptor) {
             return;

@@ -34,8 +34,8 @@ public:
     StrXception(const char* file, const char* function, int line, const char* format, ...)
         __attribute__((format(printf, 5, 6)));
 
-    /// Takes over a complete message, for a raise that has no memory to format one. The null string
-    /// stands for a want of memory even for the message.
+    /// Takes over a complete message, for when there is no memory to format one. The null string
+    /// means that there was none for the message either.
     explicit StrXception(String&& message) noexcept;
 
     /// "Error: MESSAGE" on standard error.

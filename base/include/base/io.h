@@ -1,8 +1,8 @@
 // Byte streams: sources and sinks with a position, and a buffer over any of them.
 //
-// A source gives what it has, a sink takes what it can; the buffered ones ask again. Text files are
-// read line by line with `BufferedInput::readline`, which goes byte by byte and moves the buffer at
-// each: it serves small files. Per-star work reads blocks and splits them in place.
+// Text files are read line by line with `BufferedInput::readline`, which goes byte by byte and
+// moves the buffer at each: it serves small files. Per-star work reads blocks and splits them in
+// place.
 #pragma once
 
 #include <base/scoped_ptr.h>

@@ -19,7 +19,7 @@ struct VoidListElement {
     VoidListElement* prev = nullptr;
 
     VoidListElement() = default;
-    // A node's neighbours know its address.
+    // The neighbours of a node point at it: a copy would be in no list.
     VoidListElement(const VoidListElement&) = delete;
     VoidListElement& operator=(const VoidListElement&) = delete;
 

@@ -120,7 +120,8 @@ public:
                              s64& position) = 0;
 
 protected:
-    // Not virtual, since the three are all there are: visitors are never deleted as such.
+    // Not virtual, since the table holds the three functions alone. Nobody deletes a visitor by a
+    // pointer to this class.
     ~MetaVisitor() = default;
 };
 

@@ -1,7 +1,7 @@
 // Files by descriptor: the calls every other room may treat as infallible.
 //
 // Each function either succeeds or throws `StrXception` with a message that names the system call
-// and carries the system's own error text. The exceptions to that rule say so.
+// and carries the system's own error text. Functions that do otherwise say so.
 #pragma once
 
 #include <base/words.h>

@@ -12,12 +12,12 @@ struct MemoryInUse {
     u64 mapped = 0;
 };
 
-/// As of now. The heap is told to the block: what is asked for and freed again leaves no trace,
-/// but for small blocks that a running thread keeps at hand for the next time.
+/// As of now. The heap is counted block by block: what has been freed does not count, except for
+/// small blocks that a running thread keeps for reuse.
 MemoryInUse memory_in_use();
 
-/// How many file descriptors the process has open; of the first 1024, where no list of them can be
-/// had.
+/// How many file descriptors the process has open. Where the system gives no list of them, only the
+/// first 1024 numbers are tried.
 int open_descriptors();
 
 }  // namespace OSAPI

@@ -19,7 +19,8 @@ int fork();
 /// to an end by SIGTERM. `out`, unless null, takes the id of the child that ended.
 /// Throws "waitpid: ..." and "unexpected return value from waitpid()".
 int _wait_until_dead(int pid, int* out, bool nohang);
-/// The same to the end; a result other than 0 throws "child process returned non-zero exit code".
+/// Waits without `nohang`; a result other than 0 throws "child process returned non-zero exit
+/// code".
 void wait_until_dead(int pid);
 
 /// Sends a signal. Throws "kill(PID,SIG): ...".

@@ -9,7 +9,7 @@ namespace OSAPI {
 /// The absolute path of the program's file, with links followed; empty when the system cannot tell.
 String program_path();
 
-/// Whether a descriptor leads to a terminal. Do not throw; what is not open is none.
+/// Whether a descriptor leads to a terminal; false for one that is not open. Do not throw.
 bool is_console(fd_t fd);
 bool stdin_is_console();
 bool stdout_is_console();
