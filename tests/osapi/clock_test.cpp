@@ -63,13 +63,6 @@ void expect_date(const Date& date, const year_month_day& day) {
     EXPECT_EQ(date.day, static_cast<int>(static_cast<unsigned int>(day.day())));
 }
 
-TEST(Date, HoldsWhatItIsGiven) {
-    const Date date(1999, 12, 31);
-    EXPECT_EQ(date.year, 1999);
-    EXPECT_EQ(date.month, 12);
-    EXPECT_EQ(date.day, 31);
-}
-
 TEST(Date, AgreesWithTheStandardCalendarAtAnyOffset) {
     const struct {
         const char* zone;  // the sign is that of "local time plus this is UTC"
@@ -103,22 +96,9 @@ TEST(Date, FollowsSummerTime) {
     expect_date(date_at(at(2024y / 7 / 10, 22h + 30min)), 2024y / 7 / 11);
 }
 
-TEST(Date, FollowsTheZoneOfTheMoment) {
-    const seconds moment = at(2026y / 6 / 15, 12h);
-    {
-        const TimeZone set("FAR-14");
-        expect_date(date_at(moment), 2026y / 6 / 16);
-    }
-    const TimeZone set("NEAR10");
-    expect_date(date_at(moment), 2026y / 6 / 15);
-}
-
 TEST(Date, ReportsAFailedClock) {
-    for (const int error : kErrors) {
-        const Fault<&Syscalls::time> fault(error);
-        expect_message(thrown_message([] { OSAPI::get_date(); }), with_error("time()", error),
-                       "OSAPI::get_date", kSource);
-    }
+    expect_every_error<&Syscalls::time>([] { OSAPI::get_date(); }, "time()", "OSAPI::get_date",
+                                        kSource);
 }
 
 TEST(Date, RefusesATimeBeyondTheCalendar) {

@@ -50,11 +50,8 @@ TEST(LeadGroup, MakesAGroupThatChildrenJoin) {
 }
 
 TEST(LeadGroup, ReportsEveryFailure) {
-    for (const int error : kErrors) {
-        const Fault<&Syscalls::setpgid> fault(error);
-        expect_message(thrown_message([] { OSAPI::lead_group(); }), with_error("setpgid", error),
-                       "OSAPI::lead_group", kSource);
-    }
+    expect_every_error<&Syscalls::setpgid>([] { OSAPI::lead_group(); }, "setpgid",
+                                           "OSAPI::lead_group", kSource);
 }
 
 TEST(Children, AreOwnOnesAloneUntilTheyAreWaitedFor) {

@@ -12,6 +12,7 @@
 #include "support/expect_throw.h"
 #include "support/faults.h"
 #include "support/scratch.h"
+#include "support/unwinding.h"
 
 namespace {
 
@@ -73,23 +74,13 @@ TEST(FileDescriptor, FailedCloseThrowsAndIsNotRepeated) {
     EXPECT_EQ(closes.calls(), 1);
 }
 
-TEST(FileDescriptor, DestructorThrowsWhenClosingFails) {
-    const Fault<&Syscalls::close> closes(EIO);
-    expect_message(thrown_message([] { const FileDescriptor descriptor(901); }),
-                   with_error("close", EIO), "OSAPI::close", "osapi/osapi-unix.cpp");
-}
-
-TEST(FileDescriptor, FailureWhileUnwindingIsPrintedAndTheFirstExceptionGoesOn) {
-    const Fault<&Syscalls::close> closes(EIO);
-    const std::string printed = output_of(stderr, [&] {
-        EXPECT_THROW(
-            {
-                const FileDescriptor descriptor(901);
-                throw 5;
-            },
-            int);
-    });
-    EXPECT_EQ(printed.find("Error: " + with_error("close", EIO)), 0U) << printed;
+TEST(FileDescriptor, DestructorReportsThatClosingFails) {
+    const Fault<&Syscalls::close> closes(EIO, kAlways);
+    expect_failing_destructor(with_error("close", EIO), "OSAPI::close", "osapi/osapi-unix.cpp",
+                              [](auto end) {
+                                  const FileDescriptor descriptor(901);
+                                  end();
+                              });
 }
 
 TEST(FileDescriptor, AsksTheDevice) {
@@ -119,31 +110,22 @@ TEST(FileDescriptor, ReportsWhatTheDeviceRefuses) {
     expect_message(thrown_message([&] { file.ioctl(TIOCGWINSZ, nothing); }),
                    with_error("ioctl", ENOTTY), "OSAPI::FileDescriptor::ioctl",
                    "osapi/osapi-unix-descriptors.cpp");
-    for (const int error : kErrors) {
-        const Fault<&Syscalls::ioctl> fault(error);
-        expect_message(thrown_message([&] { file.ioctl(FIONREAD, nothing); }),
-                       with_error("ioctl", error), "OSAPI::FileDescriptor::ioctl",
-                       "osapi/osapi-unix-descriptors.cpp");
-        EXPECT_EQ(fault.calls(), 1);
-    }
+    expect_every_error<&Syscalls::ioctl>([&] { file.ioctl(FIONREAD, nothing); }, "ioctl",
+                                         "OSAPI::FileDescriptor::ioctl",
+                                         "osapi/osapi-unix-descriptors.cpp");
 }
 
-TEST(DiskFile, ReadsAndWritesThroughItsDescriptor) {
-    const ScratchFolder folder;
-    DiskFile file((folder / "a").c_str(), OSAPI::kReadWrite);
-    EXPECT_EQ(file.write("abc", 3), 3);
-    file.seek_from_start(1);
-    char buffer[8] = {};
-    EXPECT_EQ(file.read_short(buffer, sizeof buffer), 2);
-    EXPECT_STREQ(buffer, "bc");
-}
-
-TEST(DiskFile, ClosesAtTheEndOfItsLife) {
+TEST(DiskFile, ReadsAndWritesThroughItsDescriptorAndClosesIt) {
     const ScratchFolder folder;
     const int before = open_descriptors();
     {
-        const DiskFile file((folder / "a").c_str(), OSAPI::kWrite);
+        DiskFile file((folder / "a").c_str(), OSAPI::kReadWrite);
         EXPECT_EQ(open_descriptors(), before + 1);
+        EXPECT_EQ(file.write("abc", 3), 3);
+        file.seek_from_start(1);
+        char buffer[8] = {};
+        EXPECT_EQ(file.read_short(buffer, sizeof buffer), 2);
+        EXPECT_STREQ(buffer, "bc");
     }
     EXPECT_EQ(open_descriptors(), before);
 }
@@ -173,27 +155,6 @@ TEST(DiskFile, ReportsAFailedRecord) {
                    "OSAPI::DiskFile::stat", source);
     expect_message(thrown_message([&] { file.getsize(); }), with_error("fstat", EIO),
                    "OSAPI::getsize", "osapi/osapi-unix.cpp");
-}
-
-TEST(DiskFile, WhoseCloseFailsWhileUnwindingLetsTheFirstExceptionGoOn) {
-    const ScratchFolder folder;
-    // The descriptor is closed for real, the failure comes after it.
-    const Intercept<&Syscalls::close> closes([&](int fd) {
-        closes.real(fd);
-        errno = EIO;
-        return -1;
-    });
-    const int before = open_descriptors();
-    const std::string printed = output_of(stderr, [&] {
-        expect_message(thrown_message([&] {
-                           const DiskFile file((folder / "a").c_str(), OSAPI::kReadWrite);
-                           char byte;
-                           OSAPI::read(file.fd(), &byte, 1);
-                       }),
-                       "unexpected EOF", "OSAPI::read", "osapi/osapi-unix.cpp");
-    });
-    EXPECT_EQ(printed.find("Error: " + with_error("close", EIO)), 0U) << printed;
-    EXPECT_EQ(open_descriptors(), before);
 }
 
 }  // namespace

@@ -5,10 +5,10 @@
 #include <filesystem>
 #include <string>
 
-#include "support/captured_output.h"
 #include "support/expect_throw.h"
 #include "support/faults.h"
 #include "support/scratch.h"
+#include "support/unwinding.h"
 
 namespace {
 
@@ -21,62 +21,73 @@ struct PathText {
     const char* expected;
 };
 
-TEST(Basename, IsTheTextAfterTheLastSlash) {
-    const PathText table[] = {
-        {"", ""},     {"name", "name"}, {"/name", "name"}, {"a/b/name.x", "name.x"},
-        {"a/b/", ""}, {"/", ""},        {"//", ""},        {"a//b", "b"},
-    };
-    for (const auto& row : table) {
-        EXPECT_STREQ(OSAPI::basename(row.path).c_str(), row.expected) << row.path;
+template <std::size_t N>
+void expect_texts(String (*function)(const char*), const PathText (&table)[N]) {
+    for (const PathText& row : table) {
+        EXPECT_STREQ(function(row.path).c_str(), row.expected) << row.path;
     }
+}
+
+TEST(Basename, IsTheTextAfterTheLastSlash) {
+    expect_texts(OSAPI::basename, {
+                                      {"", ""},
+                                      {"name", "name"},
+                                      {"/name", "name"},
+                                      {"a/b/name.x", "name.x"},
+                                      {"a/b/", ""},
+                                      {"/", ""},
+                                      {"//", ""},
+                                      {"a//b", "b"},
+                                  });
 }
 
 TEST(Dirname, IsTheTextBeforeTheLastSlash) {
-    const PathText table[] = {
-        {"", ""},        {"name", "."},       {"/name", "/"}, {"/", "/"},
-        {"a/", "a"},     {"a/b/name", "a/b"}, {"/a/b", "/a"}, {"a//b", "a/"},
-        {"//name", "/"}, {".", "."},          {"/a/", "/a"},
-    };
-    for (const auto& row : table) {
-        EXPECT_STREQ(OSAPI::dirname(row.path).c_str(), row.expected) << row.path;
-    }
+    expect_texts(OSAPI::dirname, {
+                                     {"", ""},
+                                     {"name", "."},
+                                     {"/name", "/"},
+                                     {"/", "/"},
+                                     {"a/", "a"},
+                                     {"a/b/name", "a/b"},
+                                     {"/a/b", "/a"},
+                                     {"a//b", "a/"},
+                                     {"//name", "/"},
+                                     {".", "."},
+                                     {"/a/", "/a"},
+                                 });
 }
 
 TEST(Extension, IsTheTextAfterTheLastDot) {
-    const PathText table[] = {
-        {"", ""},
-        {"name", ""},
-        {"name.", ""},
-        {"sky.stars", "stars"},
-        {"a.b.c", "c"},
-        {".hidden", "hidden"},
-        // The last dot of the whole path counts, also one in a folder's name.
-        {"folder.d/name", "d/name"},
-    };
-    for (const auto& row : table) {
-        EXPECT_STREQ(OSAPI::extension(row.path).c_str(), row.expected) << row.path;
-    }
+    expect_texts(OSAPI::extension,
+                 {
+                     {"", ""},
+                     {"name", ""},
+                     {"name.", ""},
+                     {"sky.stars", "stars"},
+                     {"a.b.c", "c"},
+                     {".hidden", "hidden"},
+                     // The last dot of the whole path counts, also one in a folder's name.
+                     {"folder.d/name", "d/name"},
+                 });
 }
 
 TEST(Extension, OfAFileInProgressIsThatOfItsFinalName) {
-    const PathText table[] = {
-        {"sky.stars.inprogress", "stars"},
-        {"sky.stars.INPROGRESS", "stars"},
-        {"sky.stars.InProgress", "stars"},
-        {"/folder/name.inprogress", ""},
-        {"abcd.inprogress", ""},           // 15 characters, no dot before the suffix
-        {"ab.x.inprogress", "x"},          // 15
-        {"a.x.inprogress", "inprogress"},  // 14: too short for the rule
-        {"A.X.INPROGRESS", "INPROGRESS"},  // 14, in its own case
-        {".inprogress", "inprogress"},
-        {"sky.stars.inprogress2", "inprogress2"},
-        {"sky.inprogress.stars", "stars"},
-        // The rule is applied once.
-        {"sky.stars.inprogress.inprogress", "inprogress"},
-    };
-    for (const auto& row : table) {
-        EXPECT_STREQ(OSAPI::extension(row.path).c_str(), row.expected) << row.path;
-    }
+    expect_texts(OSAPI::extension,
+                 {
+                     {"sky.stars.inprogress", "stars"},
+                     {"sky.stars.INPROGRESS", "stars"},
+                     {"sky.stars.InProgress", "stars"},
+                     {"/folder/name.inprogress", ""},
+                     {"abcd.inprogress", ""},           // 15 characters, no dot before the suffix
+                     {"ab.x.inprogress", "x"},          // 15
+                     {"a.x.inprogress", "inprogress"},  // 14: too short for the rule
+                     {"A.X.INPROGRESS", "INPROGRESS"},  // 14, in its own case
+                     {".inprogress", "inprogress"},
+                     {"sky.stars.inprogress2", "inprogress2"},
+                     {"sky.inprogress.stars", "stars"},
+                     // The rule is applied once.
+                     {"sky.stars.inprogress.inprogress", "inprogress"},
+                 });
 }
 
 class PathStatus : public testing::Test {
@@ -161,18 +172,11 @@ TEST_F(PathStatus, RemoverRemovesOnEveryWayOut) {
 
 TEST_F(PathStatus, RemoverReportsWhatItCannotRemove) {
     const Fault<&Syscalls::unlink> fault(EROFS, kAlways);
-    const std::string text = with_error("unlink(" + file_ + ")", EROFS);
-    expect_message(thrown_message([&] { const OSAPI::Remover remover(file_.c_str()); }), text,
-                   "OSAPI::rm_ifexist", "osapi/osapi-unix.cpp");
-    const std::string printed = output_of(stderr, [&] {
-        EXPECT_THROW(
-            {
-                const OSAPI::Remover remover(file_.c_str());
-                throw 5;
-            },
-            int);
-    });
-    EXPECT_EQ(printed.find("Error: " + text), 0U) << printed;
+    expect_failing_destructor(with_error("unlink(" + file_ + ")", EROFS), "OSAPI::rm_ifexist",
+                              "osapi/osapi-unix.cpp", [&](auto end) {
+                                  const OSAPI::Remover remover(file_.c_str());
+                                  end();
+                              });
 }
 
 }  // namespace

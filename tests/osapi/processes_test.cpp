@@ -73,12 +73,7 @@ TEST(Fork, GivesZeroToTheChildAndTheChildsIdToTheParent) {
 }
 
 TEST(Fork, ReportsEveryFailure) {
-    for (const int error : kErrors) {
-        const Fault<&Syscalls::fork> fault(error);
-        expect_message(thrown_message([] { OSAPI::fork(); }), with_error("fork", error),
-                       "OSAPI::fork", kSource);
-        EXPECT_EQ(fault.calls(), 1);
-    }
+    expect_every_error<&Syscalls::fork>([] { OSAPI::fork(); }, "fork", "OSAPI::fork", kSource);
 }
 
 TEST(Exec, RunsAProgramFoundAlongThePathWithItsArguments) {
@@ -99,11 +94,8 @@ TEST(Exec, ReturnsOnlyByThrowing) {
     const std::string missing = folder / "none";
     expect_message(thrown_message([&] { OSAPI::exec(missing.c_str(), nullptr); }),
                    with_error("exec(" + missing + ")", ENOENT), "OSAPI::exec", kSource);
-    for (const int error : kErrors) {
-        const Fault<&Syscalls::execvp> fault(error);
-        expect_message(thrown_message([] { OSAPI::exec("true", nullptr); }),
-                       with_error("exec(true)", error), "OSAPI::exec", kSource);
-    }
+    expect_every_error<&Syscalls::execvp>([] { OSAPI::exec("true", nullptr); }, "exec(true)",
+                                          "OSAPI::exec", kSource);
 }
 
 TEST(Wait, GivesTheExitCodeAndTheIdOfTheChild) {
@@ -245,11 +237,8 @@ TEST(Kill, ReportsProcessAndSignal) {
     expect_message(thrown_message([&] { OSAPI::kill(self, 12345); }),
                    with_error("kill(" + std::to_string(self) + ",12345)", EINVAL), "OSAPI::kill",
                    kSource);
-    for (const int error : kErrors) {
-        const Fault<&Syscalls::kill> fault(error);
-        expect_message(thrown_message([] { OSAPI::kill(-7, 9); }), with_error("kill(-7,9)", error),
-                       "OSAPI::kill", kSource);
-    }
+    expect_every_error<&Syscalls::kill>([] { OSAPI::kill(-7, 9); }, "kill(-7,9)", "OSAPI::kill",
+                                        kSource);
 }
 
 OSAPI::Pipe* cleaned_up = nullptr;

@@ -27,12 +27,6 @@ private:
     Intercept<&Syscalls::gettimeofday> times_;
 };
 
-TEST(Profiler, PrintsItsNameAndThenTheMilliseconds) {
-    const Clock clock({999999, 1000006});
-    EXPECT_EQ(output_of(stdout, [] { const Profiler profiler("work"); }),
-              "PROFILE: work\nwork = 0.0070 ms\n");
-}
-
 TEST(Profiler, NestedOnesAreIndentedByOneTabALevel) {
     const Clock clock({0, 100, 200, 1434, 2000, 2500, 3000, 1234567});
     EXPECT_EQ(output_of(stdout,

@@ -5,10 +5,10 @@
 #include <cstdio>
 #include <string>
 
-#include "support/captured_output.h"
 #include "support/expect_throw.h"
 #include "support/faults.h"
 #include "support/scratch.h"
+#include "support/unwinding.h"
 
 namespace {
 
@@ -49,24 +49,14 @@ TEST(ScopedFile, FailureNamesPathAndModeAndClosesTheDescriptor) {
     EXPECT_EQ(open_descriptors(), before);
 }
 
-TEST(ScopedFile, WhoseLastBytesAreNotTakenThrows) {
-    const auto lose = [] {
-        const ScopedFILE file(OSAPI::open("/dev/full", OSAPI::kWrite), "/dev/full", "w");
-        std::fputs("text", file.file());
-    };
+TEST(ScopedFile, DestructorReportsThatTheLastBytesAreNotTaken) {
     const int before = open_descriptors();
-    expect_message(thrown_message(lose), with_error("fclose", ENOSPC),
-                   "OSAPI::ScopedFILE::~ScopedFILE", kSource);
-    const std::string printed = output_of(stderr, [] {
-        EXPECT_THROW(
-            {
-                const ScopedFILE file(OSAPI::open("/dev/full", OSAPI::kWrite), "/dev/full", "w");
-                std::fputs("text", file.file());
-                throw 5;
-            },
-            int);
-    });
-    EXPECT_EQ(printed.find("Error: " + with_error("fclose", ENOSPC)), 0U) << printed;
+    expect_failing_destructor(
+        with_error("fclose", ENOSPC), "OSAPI::ScopedFILE::~ScopedFILE", kSource, [](auto end) {
+            const ScopedFILE file(OSAPI::open("/dev/full", OSAPI::kWrite), "/dev/full", "w");
+            std::fputs("text", file.file());
+            end();
+        });
     EXPECT_EQ(open_descriptors(), before);
 }
 

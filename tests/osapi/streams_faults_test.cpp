@@ -12,6 +12,7 @@
 #include "support/expect_throw.h"
 #include "support/faults.h"
 #include "support/scratch.h"
+#include "support/stream_text.h"
 
 namespace {
 
@@ -60,26 +61,20 @@ std::string failure_of(Run run) {
     return "";
 }
 
-void read_step(Input& stream, int count, std::vector<std::string>& log) {
-    std::string block(static_cast<std::size_t>(count), '?');
-    block.resize(static_cast<std::size_t>(stream.read(block.data(), count)));
-    log.push_back(block);
-}
-
 /// All that a reader can do, each piece of text that it gets in `log`.
 template <class Stream>
 void read_all_over(Stream& stream, std::vector<std::string>& log) {
     log.emplace_back(stream.readline().c_str());
-    read_step(stream, 3, log);
+    log.push_back(read_text(stream, 3));
     stream.seek_from_start(1);
     stream.unread('X');
-    read_step(stream, 10, log);
+    log.push_back(read_text(stream, 10));
     stream.seek_from_start(20);
     stream.seek_from_curpos(-9);
-    read_step(stream, 5000, log);
+    log.push_back(read_text(stream, 5000));
     stream.seek_from_start(4);
     log.emplace_back(stream.readline().c_str());
-    read_step(stream, 9000, log);
+    log.push_back(read_text(stream, 9000));
 }
 
 TEST_P(StreamFaults, EveryCallOfAReadingStream) {
@@ -146,13 +141,13 @@ TEST_P(Repeat, FailedReadOrSeekGivesWhatItWouldHaveGiven) {
                     step();
                 }
             };
-            insist([&] { read_step(stream, 1, log); });
-            insist([&] { read_step(stream, 5, log); });
+            insist([&] { log.push_back(read_text(stream, 1)); });
+            insist([&] { log.push_back(read_text(stream, 5)); });
             insist([&] { stream.seek_from_start(3); });
-            insist([&] { read_step(stream, 20, log); });
+            insist([&] { log.push_back(read_text(stream, 20)); });
             insist([&] { stream.seek_from_curpos(-13); });
-            insist([&] { read_step(stream, 2, log); });
-            insist([&] { read_step(stream, 50, log); });
+            insist([&] { log.push_back(read_text(stream, 2)); });
+            insist([&] { log.push_back(read_text(stream, 50)); });
             EXPECT_EQ(log, (std::vector<std::string>{"0", "12345", bytes.substr(3, 20), "ab",
                                                      bytes.substr(12)}));
             if (!fault.failed()) {
@@ -184,8 +179,7 @@ private:
 template <class Stream>
 void write_all_over(Stream& stream, PlainFile& plain) {
     const auto write = [&](const std::string& bytes) {
-        ASSERT_EQ(stream.write(bytes.data(), static_cast<int>(bytes.size())),
-                  static_cast<int>(bytes.size()));
+        ASSERT_EQ(write_text(stream, bytes), static_cast<int>(bytes.size()));
         plain.write(bytes);
     };
     write("0123456789");

@@ -41,26 +41,14 @@ unsigned int fail_every_allocation(Attempt attempt) {
     return 0;
 }
 
-class StreamMemory : public testing::Test {
-protected:
-    ScratchFolder folder_;
-    const std::string path_ = folder_ / "a";
-};
-
-TEST_F(StreamMemory, ReadingStreamWithoutMemoryIsNotMade) {
-    write_file(path_, "abcdef");
+/// The stream's buffer is its one allocation: without it there is no stream.
+template <class Life>
+void expect_one_allocation(Life life) {
     int made = 0;
     int refused = 0;
-    char read[3] = {};
-    // The buffer is the one allocation.
     EXPECT_EQ(fail_every_allocation([&] {
                   try {
-                      OSAPI::BufferedFileInput stream(path_.c_str(), OSAPI::kRead);
-                      stream.read(read, 1);
-                      stream.unread('x');
-                      stream.seek_from_start(2);
-                      stream.seek_from_curpos(1);
-                      stream.read(read, 3);
+                      life();
                       ++made;
                   } catch (const std::bad_alloc&) {
                       ++refused;
@@ -69,6 +57,25 @@ TEST_F(StreamMemory, ReadingStreamWithoutMemoryIsNotMade) {
               1U);
     EXPECT_EQ(made, 1);
     EXPECT_EQ(refused, 1);
+}
+
+class StreamMemory : public testing::Test {
+protected:
+    ScratchFolder folder_;
+    const std::string path_ = folder_ / "a";
+};
+
+TEST_F(StreamMemory, ReadingStreamWithoutMemoryIsNotMade) {
+    write_file(path_, "abcdef");
+    char read[3] = {};
+    expect_one_allocation([&] {
+        OSAPI::BufferedFileInput stream(path_.c_str(), OSAPI::kRead);
+        stream.read(read, 1);
+        stream.unread('x');
+        stream.seek_from_start(2);
+        stream.seek_from_curpos(1);
+        stream.read(read, 3);
+    });
     EXPECT_EQ(std::string(read, 3), "def");
 }
 
@@ -92,22 +99,12 @@ TEST_F(StreamMemory, LineWithoutMemoryIsReported) {
 }
 
 TEST_F(StreamMemory, WritingStreamWithoutMemoryIsNotMade) {
-    int made = 0;
-    int refused = 0;
-    EXPECT_EQ(fail_every_allocation([&] {
-                  try {
-                      OSAPI::BufferedFileOutput stream(path_.c_str(), OSAPI::kWrite);
-                      stream.write("abc", 3);
-                      stream.seek_from_start(2);
-                      stream.write("xyz", 3);
-                      ++made;
-                  } catch (const std::bad_alloc&) {
-                      ++refused;
-                  }
-              }),
-              1U);
-    EXPECT_EQ(made, 1);
-    EXPECT_EQ(refused, 1);
+    expect_one_allocation([&] {
+        OSAPI::BufferedFileOutput stream(path_.c_str(), OSAPI::kWrite);
+        stream.write("abc", 3);
+        stream.seek_from_start(2);
+        stream.write("xyz", 3);
+    });
     EXPECT_EQ(read_file(path_), "abxyz");
 }
 

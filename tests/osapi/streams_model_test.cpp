@@ -10,6 +10,7 @@
 
 #include "support/expect_throw.h"
 #include "support/scratch.h"
+#include "support/stream_text.h"
 
 namespace {
 
@@ -126,9 +127,8 @@ private:
 constexpr const char* kNoPlace = "lseek: Invalid argument in <";
 constexpr const char* kNoRoom = "can't unread more than 1 byte in <";
 
-/// One random operation on both; `Stream` is any class with the buffered reader's functions.
-template <class Stream>
-void step_both(Stream& stream, PlainInput& plain, Random& random, s64 file_size) {
+/// One random operation on both.
+void step_both(BufferedInput& stream, PlainInput& plain, Random& random, s64 file_size) {
     switch (random.between(0, 5)) {
         case 0:
         case 1: {
@@ -234,8 +234,7 @@ TEST_P(Model, BufferedOutputIsAPlainWriteToTheFile) {
                 const int operation = random.between(0, 7);
                 if (operation < 5) {
                     const std::string bytes = random.text(random.between(0, 9) == 0 ? 9000 : 12);
-                    ASSERT_EQ(stream.write(bytes.data(), static_cast<int>(bytes.size())),
-                              static_cast<int>(bytes.size()));
+                    ASSERT_EQ(write_text(stream, bytes), static_cast<int>(bytes.size()));
                     const std::size_t from = static_cast<std::size_t>(position);
                     if (!bytes.empty()) {
                         plain.resize(std::max(plain.size(), from + bytes.size()));
@@ -267,22 +266,5 @@ TEST_P(Model, BufferedOutputIsAPlainWriteToTheFile) {
 
 INSTANTIATE_TEST_SUITE_P(BufferSizes, Model, testing::ValuesIn(kBufferSizes),
                          [](const auto& size) { return std::to_string(size.param); });
-
-TEST(FileModel, BufferedFileInputIsAPlainReadOfTheFile) {
-    const ScratchFolder folder;
-    for (int sequence = 0; sequence < kSequences; ++sequence) {
-        SCOPED_TRACE(sequence);
-        Random random(sequence);
-        const std::string bytes = random.text(sequence % 10 == 0 ? 20000 : 120);
-        const SequenceFile place(folder, sequence);
-        write_file(place.path(), bytes);
-        OSAPI::BufferedFileInput stream(place.c_str(), OSAPI::kRead);
-        PlainInput plain(bytes, true);
-        for (int i = 0; i < kOperations; ++i) {
-            ASSERT_NO_FATAL_FAILURE(
-                step_both(stream, plain, random, static_cast<s64>(bytes.size())));
-        }
-    }
-}
 
 }  // namespace

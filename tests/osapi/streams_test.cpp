@@ -1,11 +1,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <osapi/pipes.h>
 #include <osapi/streams.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -13,6 +12,7 @@
 #include "support/expect_throw.h"
 #include "support/faults.h"
 #include "support/scratch.h"
+#include "support/stream_text.h"
 
 namespace {
 
@@ -26,16 +26,6 @@ using OSAPI::RWFileDescriptor;
 using OSAPI::Syscalls;
 
 const char* const kSource = "osapi/osapi-unix.cpp";
-
-std::string read_text(Input& input, int count) {
-    std::string text(static_cast<std::size_t>(count), '?');
-    text.resize(static_cast<std::size_t>(input.read(text.data(), count)));
-    return text;
-}
-
-int write_text(Output& output, const std::string& text) {
-    return output.write(text.data(), static_cast<int>(text.size()));
-}
 
 class Streams : public testing::Test {
 protected:
@@ -90,36 +80,32 @@ TEST_F(Streams, FileInputMovesTheFileOnlyWhereItIsNot) {
 }
 
 TEST_F(Streams, FileOutputWritesAllOfIt) {
-    {
-        DiskFile file(path(), OSAPI::kWrite);
-        FileOutput output(file);
-        const Intercept<&Syscalls::write> writes([&](int fd, const void* bytes, size_t count) {
-            return writes.real(fd, bytes, std::min<size_t>(count, 3));
-        });
-        EXPECT_EQ(write_text(output, "abcdefgh"), 8);
-        EXPECT_EQ(writes.calls(), 3);
-        EXPECT_EQ(output.curpos(), 8);
-    }
+    DiskFile file(path(), OSAPI::kWrite);
+    FileOutput output(file);
+    const Intercept<&Syscalls::write> writes([&](int fd, const void* bytes, size_t count) {
+        return writes.real(fd, bytes, std::min<size_t>(count, 3));
+    });
+    EXPECT_EQ(write_text(output, "abcdefgh"), 8);
+    EXPECT_EQ(writes.calls(), 3);
+    EXPECT_EQ(output.curpos(), 8);
     EXPECT_EQ(read_file(path_), "abcdefgh");
 }
 
 TEST_F(Streams, FileOutputMovesTheFileOnlyWhereItIsNot) {
-    {
-        DiskFile file(path(), OSAPI::kWrite);
-        FileOutput output(file);
-        const Intercept<&Syscalls::lseek> seeks(
-            [&](int fd, off_t offset, int whence) { return seeks.real(fd, offset, whence); });
-        write_text(output, "abc");
-        EXPECT_EQ(output.seek_from_start(3), 3);
-        EXPECT_EQ(output.seek_from_curpos(0), 3);
-        EXPECT_EQ(seeks.calls(), 0);
-        EXPECT_EQ(output.seek_from_start(1), 1);
-        write_text(output, "X");
-        EXPECT_EQ(output.seek_from_curpos(2), 4);
-        write_text(output, "Y");
-        EXPECT_EQ(output.curpos(), 5);
-        EXPECT_EQ(seeks.calls(), 2);
-    }
+    DiskFile file(path(), OSAPI::kWrite);
+    FileOutput output(file);
+    const Intercept<&Syscalls::lseek> seeks(
+        [&](int fd, off_t offset, int whence) { return seeks.real(fd, offset, whence); });
+    write_text(output, "abc");
+    EXPECT_EQ(output.seek_from_start(3), 3);
+    EXPECT_EQ(output.seek_from_curpos(0), 3);
+    EXPECT_EQ(seeks.calls(), 0);
+    EXPECT_EQ(output.seek_from_start(1), 1);
+    write_text(output, "X");
+    EXPECT_EQ(output.seek_from_curpos(2), 4);
+    write_text(output, "Y");
+    EXPECT_EQ(output.curpos(), 5);
+    EXPECT_EQ(seeks.calls(), 2);
     EXPECT_EQ(read_file(path_), std::string("aXc\0Y", 5));
 }
 
@@ -248,16 +234,11 @@ TEST_F(Streams, DestructorThrowsTheFailedFlushAndClosesAllTheSame) {
                    }),
                    with_error("write", ENOSPC), "OSAPI::write", kSource);
     EXPECT_EQ(fault.calls(), 1);
-    EXPECT_EQ(open_descriptors(), before_);
 }
 
 TEST_F(Streams, FailedFlushAndCloseWhileUnwindingArePrinted) {
     const Fault<&Syscalls::write> fault(ENOSPC, kAlways);
-    const Intercept<&Syscalls::close> closes([&](int fd) {
-        closes.real(fd);
-        errno = EIO;
-        return -1;
-    });
+    const CloseFault closes(EIO);
     const std::string printed = output_of(stderr, [&] {
         EXPECT_THROW(
             {
@@ -273,13 +254,12 @@ TEST_F(Streams, FailedFlushAndCloseWhileUnwindingArePrinted) {
 }
 
 // Both ends of a pipe; the writing one is closed by `end`.
-class Pipe {
-public:
+struct Pipe {
     Pipe() {
-        int ends[2];
-        EXPECT_EQ(pipe(ends), 0);
-        reading.init(ends[0]);
-        writing.init(ends[1]);
+        OSAPI::Pipe pipe;
+        pipe.open();
+        reading.init(pipe.read_end().release());
+        writing.init(pipe.write_end().release());
     }
     void end() { writing.close(); }
 

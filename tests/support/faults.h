@@ -13,6 +13,8 @@
 #include <typeinfo>
 #include <utility>
 
+#include "expect_throw.h"
+
 /// Puts a function of the test in the place of one system call while the object lives:
 ///
 ///     Intercept<&OSAPI::Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
@@ -57,6 +59,23 @@ private:
     Replacement replacement_;
     Result (*real_)(Arguments...);
     int calls_ = 0;
+};
+
+/// Lets every descriptor be closed while it lives, and reports `error` nevertheless: a descriptor
+/// whose close fails is gone, as it is with the system.
+class CloseFault {
+public:
+    explicit CloseFault(int error)
+        : intercept_([this, error](int fd) {
+              intercept_.real(fd);
+              errno = error;
+              return -1;
+          }) {}
+
+    int calls() const { return intercept_.calls(); }
+
+private:
+    Intercept<&OSAPI::Syscalls::close> intercept_;
 };
 
 /// What a system call returns when it fails.
@@ -162,3 +181,15 @@ private:
 
 /// The errors that every operation is tried with.
 inline constexpr int kErrors[] = {EINTR, EAGAIN, ENOSPC, EIO, EMFILE};
+
+/// Expects that each error of the call, once, makes `run` throw "TEXT: ERROR" from `function` in
+/// `file` and not call a second time.
+template <auto Call, class Run>
+void expect_every_error(Run run, const std::string& text, const std::string& function,
+                        const std::string& file) {
+    for (const int error : kErrors) {
+        const Fault<Call> fault(error);
+        expect_message(thrown_message(run), with_error(text, error), function, file);
+        EXPECT_EQ(fault.calls(), 1);
+    }
+}
