@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <random>
-#include <utility>
 
 namespace {
 
@@ -37,39 +36,6 @@ private:
     std::mt19937 engine_;
 };
 
-// Gaussian elimination with row exchanges.
-template <class T>
-long double eliminated(const Matrix4<T>& m) {
-    long double a[4][4];
-    for (int i = 0; i < 16; ++i) {
-        a[i / 4][i % 4] = m(i / 4, i % 4);
-    }
-    long double det = 1;
-    for (int k = 0; k < 4; ++k) {
-        int pivot = k;
-        for (int r = k + 1; r < 4; ++r) {
-            if (std::fabs(a[r][k]) > std::fabs(a[pivot][k])) {
-                pivot = r;
-            }
-        }
-        if (a[pivot][k] == 0) {
-            return 0;
-        }
-        if (pivot != k) {
-            std::swap(a[pivot], a[k]);
-            det = -det;
-        }
-        det *= a[k][k];
-        for (int r = k + 1; r < 4; ++r) {
-            const long double factor = a[r][k] / a[k][k];
-            for (int c = k; c < 4; ++c) {
-                a[r][c] -= factor * a[k][c];
-            }
-        }
-    }
-    return det;
-}
-
 // The largest distance of a x b from the identity.
 template <class T>
 long double distance_from_identity(const Matrix4<T>& a, const Matrix4<T>& b) {
@@ -99,18 +65,6 @@ DblMatrix4 turn(int axis, double angle) {
 }
 
 }  // namespace
-
-TEST(MatrixProperty, DeterminantIsThatOfElimination) {
-    // 24 products of factors up to 1, each with at most 8 roundings.
-    Random random(1);
-    for (int run = 0; run < kRuns; ++run) {
-        const DblMatrix4 m = random.matrix<double>();
-        ASSERT_NEAR(m.determinant(), static_cast<double>(eliminated(m)), 24 * 8 * 0x1p-53);
-        const auto single = random.matrix<float>();
-        ASSERT_NEAR(single.determinant(), static_cast<double>(eliminated(single)),
-                    24 * 8 * 0x1p-24);
-    }
-}
 
 TEST(MatrixProperty, TheInverseUndoesTheMatrixFromBothSides) {
     // Cofactors are below 6; with a determinant above 0.1 an element of the inverse is below 60 and

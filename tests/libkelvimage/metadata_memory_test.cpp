@@ -96,134 +96,97 @@ int refuse_each(Refuser refuser, const std::function<void(ImageSpec&)>& prepare,
     return -1;
 }
 
-class MetadataMemory : public testing::TestWithParam<Refuser> {
-protected:
-    static void with_values(ImageSpec& spec) {
-        spec.metadata.reset(new MetaData);
-        fill(*spec.metadata);
-    }
-    static void without(ImageSpec& /*spec*/) {}
-    static void expect_values(const ImageSpec& spec) {
-        MetaData expected;
-        fill(expected);
-        EXPECT_EQ(entries_of(*spec.metadata), entries_of(expected));
-    }
-    /// Of `new` and of growth: how often each work must at least have failed to have been tested.
-    static void expect_failures(int failures, int of_new, int of_growth) {
-        const int least = GetParam() == Refuser::New ? of_new : of_growth;
-        EXPECT_GE(failures, least);
-    }
+void without_record(ImageSpec& /*spec*/) {}
+void with_empty_record(ImageSpec& spec) { spec.metadata.reset(new MetaData); }
+void with_values(ImageSpec& spec) {
+    with_empty_record(spec);
+    fill(*spec.metadata);
+}
+
+void expect_values(const ImageSpec& spec) {
+    MetaData expected;
+    fill(expected);
+    EXPECT_EQ(entries_of(*spec.metadata), entries_of(expected));
+    EXPECT_EQ(spec.width, 4);
+    EXPECT_EQ(spec.format, ImageSpec::BGRA_U8);
+}
+void expect_no_value(const ImageSpec& spec) {
+    EXPECT_TRUE(!spec.has_metadata() || spec.metadata->empty());
+}
+/// The first entries of the text, as far as it got.
+void expect_beginning_of_text(const ImageSpec& spec) {
+    const std::vector<std::string> all = {
+        "a=1@0", "b=\"x y\"@0",
+        "c=\"1.000000000e+00 0.000000000e+00 0.000000000e+00 0.000000000e+00 "
+        "0.000000000e+00 1.000000000e+00 0.000000000e+00 0.000000000e+00 "
+        "0.000000000e+00 0.000000000e+00 1.000000000e+00 0.000000000e+00 "
+        "0.000000000e+00 0.000000000e+00 0.000000000e+00 1.000000000e+00\"@0"};
+    const std::vector<std::string> entries = entries_of(*spec.metadata);
+    ASSERT_LE(entries.size(), all.size());
+    EXPECT_TRUE(std::equal(entries.begin(), entries.end(), all.begin()));
+}
+
+void set_new_name(ImageSpec& spec) {
+    static int round = 0;
+    // A name that was never interned.
+    spec.set_meta("string", ("new " + std::to_string(round++)).c_str(), String("value"));
+}
+void ask_for_nothing(ImageSpec& spec) {
+    float value = 0;
+    EXPECT_EQ(spec.get_meta("float", "there is none", value), 1);
+}
+// Made before any allocator fails.
+const ImageSpec kOther = [] {
+    ImageSpec made(8, 8, ImageSpec::G_FLOAT);
+    made.set_meta("string", "title", String("Lyra"));
+    return made;
+}();
+void assign_another(ImageSpec& spec) { spec = kOther; }
+
+const struct Work {
+    const char* name;
+    void (*prepare)(ImageSpec&);
+    void (*work)(ImageSpec&);
+    void (*check)(const ImageSpec&);
+    // How often the work must at least have failed to have been tested.
+    int of_new;
+    int of_growth;
+} kWorks[] = {
+    // The record and its buckets, then the name and the entry.
+    {"TheFirstValue", without_record, [](ImageSpec& spec) { spec.set_meta("float", "gain", 0.5F); },
+     expect_no_value, 5, 0},
+    {"ANewValue", with_values, set_new_name, expect_values, 3, 0},
+    {"Replacing", with_values,
+     [](ImageSpec& spec) { spec.set_meta("string", "title", String("Orion")); }, expect_values, 0,
+     0},
+    {"Updating", with_values,
+     [](ImageSpec& spec) { spec.metadata->update_meta("m44f", "camera", Matrix(1)); },
+     expect_values, 0, 0},
+    {"AskingForNothing", with_values, ask_for_nothing, expect_values, 1, 0},
+    // The record, its two blocks of buckets, an entry and a value for each of three.
+    {"CopyingASpec", with_values, [](ImageSpec& spec) { const ImageSpec copy(spec); },
+     expect_values, 9, 0},
+    {"AssigningASpec", with_values, assign_another, expect_values, 5, 0},
+    // Each value is formatted, the whole grows and is formatted.
+    {"Stringify", with_values, [](ImageSpec& spec) { spec.metadata->stringify(); }, expect_values,
+     0, 6},
+    {"FromString", with_empty_record, [](ImageSpec& spec) { spec.metadata->from_string(kText); },
+     expect_beginning_of_text, 9, 12},
 };
 
-TEST_P(MetadataMemory, TheFirstValue) {
-    // The record and its buckets, then the name and the entry.
-    const int failures = refuse_each(
-        GetParam(), without, [](ImageSpec& spec) { spec.set_meta("float", "gain", 0.5F); },
-        [](const ImageSpec& spec) {
-            if (spec.has_metadata()) {
-                EXPECT_TRUE(spec.metadata->empty());
-            }
-        });
-    expect_failures(failures, 5, 0);
+class MetadataMemory : public testing::TestWithParam<Refuser> {};
+
+TEST_P(MetadataMemory, IsRefusedToEveryWork) {
+    for (const Work& work : kWorks) {
+        SCOPED_TRACE(work.name);
+        EXPECT_GE(refuse_each(GetParam(), work.prepare, work.work, work.check),
+                  GetParam() == Refuser::New ? work.of_new : work.of_growth);
+    }
 }
 
-TEST_P(MetadataMemory, ANewValue) {
-    int round = 0;
-    const int failures = refuse_each(
-        GetParam(), with_values,
-        [&](ImageSpec& spec) {
-            // A name that was never interned.
-            const std::string name = "new " + std::to_string(round++);
-            spec.set_meta("string", name.c_str(), String("value"));
-        },
-        expect_values);
-    expect_failures(failures, 3, 0);
-}
-
-TEST_P(MetadataMemory, Replacing) {
-    refuse_each(
-        GetParam(), with_values,
-        [](ImageSpec& spec) { spec.set_meta("string", "title", String("Orion")); }, expect_values);
-    refuse_each(
-        GetParam(), with_values,
-        [](ImageSpec& spec) {
-            EXPECT_EQ(spec.metadata->update_meta("m44f", "camera", Matrix(1)), 17);
-        },
-        expect_values);
-}
-
-TEST_P(MetadataMemory, AskingForANameThatIsNotThere) {
-    const int failures = refuse_each(
-        GetParam(), with_values,
-        [](ImageSpec& spec) {
-            float value = 0;
-            EXPECT_EQ(spec.get_meta("float", "there is none", value), 1);
-        },
-        expect_values);
-    expect_failures(failures, 1, 0);
-}
-
-TEST_P(MetadataMemory, CopyingASpec) {
-    const int failures = refuse_each(
-        GetParam(), with_values,
-        [](ImageSpec& spec) {
-            const ImageSpec copy(spec);
-            EXPECT_NE(copy.metadata.get(), spec.metadata.get());
-        },
-        expect_values);
-    // The record, its two blocks of buckets, an entry and a value for each of three.
-    expect_failures(failures, 9, 0);
-}
-
-TEST_P(MetadataMemory, AssigningASpec) {
-    ImageSpec other(8, 8, ImageSpec::G_FLOAT);
-    other.set_meta("string", "title", String("Lyra"));
-    const int failures = refuse_each(
-        GetParam(), with_values, [&](ImageSpec& spec) { spec = other; },
-        [](const ImageSpec& spec) {
-            expect_values(spec);
-            EXPECT_EQ(spec.width, 4);
-            EXPECT_EQ(spec.format, ImageSpec::BGRA_U8);
-        });
-    expect_failures(failures, 5, 0);
-}
-
-TEST_P(MetadataMemory, Stringify) {
-    const int failures = refuse_each(
-        GetParam(), with_values, [](ImageSpec& spec) { spec.metadata->stringify(); },
-        expect_values);
-    // Each value is formatted, the whole grows and is formatted.
-    expect_failures(failures, 0, 6);
-}
-
-TEST_P(MetadataMemory, FromString) {
-    int of_work = 0;
-    const int failures = refuse_each(
-        GetParam(), [](ImageSpec& spec) { spec.metadata.reset(new MetaData); },
-        [&](ImageSpec& spec) {
-            ++of_work;
-            spec.metadata->from_string(kText);
-        },
-        [](const ImageSpec& spec) {
-            // The first entries, as far as it got.
-            const std::vector<std::string> all = {
-                "a=1@0", "b=\"x y\"@0",
-                "c=\"1.000000000e+00 0.000000000e+00 0.000000000e+00 0.000000000e+00 "
-                "0.000000000e+00 1.000000000e+00 0.000000000e+00 0.000000000e+00 "
-                "0.000000000e+00 0.000000000e+00 1.000000000e+00 0.000000000e+00 "
-                "0.000000000e+00 0.000000000e+00 0.000000000e+00 1.000000000e+00\"@0"};
-            const std::vector<std::string> entries = entries_of(*spec.metadata);
-            ASSERT_LE(entries.size(), all.size());
-            EXPECT_TRUE(std::equal(entries.begin(), entries.end(), all.begin()));
-        });
-    expect_failures(failures, 9, 12);
-    EXPECT_GT(of_work, failures);
-}
-
-TEST_P(MetadataMemory, Comparing) {
+TEST_P(MetadataMemory, IsNotNeededToCompare) {
     MetaData other;
     fill(other);
-    // Needs none.
     EXPECT_EQ(refuse_each(
                   GetParam(), with_values,
                   [&](ImageSpec& spec) { EXPECT_TRUE(*spec.metadata == other); }, expect_values),

@@ -1,12 +1,14 @@
-// The record: setting, reading, visiting, comparing and copying its values.
+// The record of values: setting, reading, visiting, comparing and copying it, also with its spec.
 #include "metadata.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <string>
 #include <type_traits>
 #include <vector>
 
@@ -108,14 +110,10 @@ TEST(MetaData, SetsAndGetsEveryType) {
     set_float(record, "gain", 0.5F);
     set_string(record, "title", "Winter sky");
     set_matrix(record, "camera", counting_matrix());
-    float gain = 0;
-    String title;
+    EXPECT_EQ(float_of(record, "gain"), 0.5F);
+    EXPECT_EQ(string_of(record, "title"), "Winter sky");
     Matrix camera(0.0F);
-    EXPECT_EQ(record.get_meta("float", "gain", gain), 0);
-    EXPECT_EQ(record.get_meta("string", "title", title), 0);
     EXPECT_EQ(record.get_meta("m44f", "camera", camera), 0);
-    EXPECT_EQ(gain, 0.5F);
-    EXPECT_STREQ(title.c_str(), "Winter sky");
     for (int i = 0; i < 16; ++i) {
         EXPECT_EQ(camera(i / 4, i % 4), static_cast<float>(i + 1));
     }
@@ -161,7 +159,6 @@ TEST(MetaData, KeepsTheTypeOfAName) {
 }
 
 TEST(MetaData, DoesNotSetWhatWasWritten) {
-    MetaData record;
     for (const s64 position : {s64{1}, s64{1} << 40, s64{-1}}) {
         MetaData written;
         set_float(written, "gain", 0.5F);
@@ -205,21 +202,14 @@ TEST(MetaData, UpdatesNothingElse) {
     EXPECT_EQ(float_of(record, "gain"), 0.5F);
 }
 
-TEST(MetaData, GetsOneForANameThatIsNotThere) {
+TEST(MetaData, GetsOneForANameThatIsNotThereAndDoesNotInternIt) {
     const MetaData record;
     String value("untouched");
     EXPECT_EQ(
-        output_of(stderr, [&] { EXPECT_EQ(record.get_meta("string", "no such name", value), 1); }),
+        output_of(stderr, [&] { EXPECT_EQ(record.get_meta("string", "asked-only", value), 1); }),
         "");
     EXPECT_STREQ(value.c_str(), "untouched");
-}
-
-TEST(MetaData, GettingANameDoesNotIntern) {
-    const MetaData record;
-    float value = 0;
-    EXPECT_EQ(record.get_meta("float", "asked-for-only", value), 1);
-    const TempInString name("asked-for-only");
-    EXPECT_TRUE(name.temporary());
+    EXPECT_TRUE(TempInString("asked-only").temporary());
 }
 
 TEST(MetaData, WarnsAndGetsTwoForAnotherType) {
@@ -271,11 +261,17 @@ TEST(MetaData, ShowsEachValueToAVisitor) {
     EXPECT_EQ(record.update_meta("float", "gain", 0.25F), 1);
 }
 
-TEST(MetaData, ShowsNoValueOfUnknownType) {
-    MetaData record;
-    record.insert(InString::intern("strange"), MetaInfoRef(new OddInfo(1)));
+TEST(MetaData, ShowsNoValueOfUnknownTypeAndComparesItByItsText) {
+    MetaData a;
+    MetaData b;
+    MetaData c;
+    a.insert(InString::intern("strange"), MetaInfoRef(new OddInfo(1)));
+    b.insert(InString::intern("strange"), MetaInfoRef(new OddInfo(1)));
+    c.insert(InString::intern("strange"), MetaInfoRef(new OddInfo(2)));
+    EXPECT_TRUE(a == b);
+    EXPECT_FALSE(a == c);
     Visits visits;
-    expect_failure(thrown_message([&] { record.for_each_meta(visits); }), "unhandled type 'odd'",
+    expect_failure(thrown_message([&] { a.for_each_meta(visits); }), "unhandled type 'odd'",
                    "for_each_meta");
     EXPECT_TRUE(visits.seen.empty());
 }
@@ -283,31 +279,38 @@ TEST(MetaData, ShowsNoValueOfUnknownType) {
 TEST(MetaData, IsEqualByNamesTypesAndValues) {
     MetaData a;
     MetaData b;
-    EXPECT_TRUE(a == b);
+    const auto expect_equal = [&](bool equal) {
+        EXPECT_EQ(a == b, equal);
+        EXPECT_EQ(b == a, equal);
+        EXPECT_EQ(a != b, !equal);
+    };
+    expect_equal(true);
     set_float(a, "gain", 0.5F);
-    EXPECT_FALSE(a == b);
-    EXPECT_FALSE(b == a);
-    EXPECT_TRUE(a != b);
+    expect_equal(false);
     set_float(b, "gain", 0.5F);
-    EXPECT_TRUE(a == b);
-    EXPECT_FALSE(a != b);
+    expect_equal(true);
     set_float(b, "gain", 0.25F);
-    EXPECT_FALSE(a == b);
+    expect_equal(false);
     set_float(b, "gain", 0.5F);
     set_string(b, "title", "Orion");
-    EXPECT_FALSE(a == b);
-    EXPECT_FALSE(b == a);
+    expect_equal(false);
     set_string(a, "title", "orion");
-    EXPECT_FALSE(a == b);
+    expect_equal(false);
     set_string(a, "title", "Orion");
-    EXPECT_TRUE(a == b);
+    expect_equal(true);
+    // Where a value is written in a file does not count.
+    mark_written(a, "gain", 17);
+    expect_equal(true);
     set_matrix(a, "camera", counting_matrix());
     Matrix other = counting_matrix();
     other(2, 1) = 0;
     set_matrix(b, "camera", other);
-    EXPECT_FALSE(a == b);
+    expect_equal(false);
     set_matrix(b, "camera", counting_matrix());
-    EXPECT_TRUE(a == b);
+    expect_equal(true);
+    set_float(a, "value", 1.0F);
+    set_string(b, "value", "1");
+    expect_equal(false);
 }
 
 TEST(MetaData, IsEqualWhateverTheOrder) {
@@ -319,14 +322,6 @@ TEST(MetaData, IsEqualWhateverTheOrder) {
         set_float(b, ("name" + std::to_string(99 - i)).c_str(), static_cast<float>(99 - i));
     }
     EXPECT_TRUE(a == b);
-}
-
-TEST(MetaData, DiffersByTypeUnderOneName) {
-    MetaData a;
-    MetaData b;
-    set_float(a, "value", 1.0F);
-    set_string(b, "value", "1");
-    EXPECT_FALSE(a == b);
 }
 
 TEST(MetaData, ComparesNumbersAsSuchAndNotANumberAsEqualToItsKind) {
@@ -348,25 +343,6 @@ TEST(MetaData, ComparesNumbersAsSuchAndNotANumberAsEqualToItsKind) {
         set_matrix(d, "value", Matrix(row.b));
         EXPECT_EQ(c == d, row.equal) << row.a << " " << row.b;
     }
-}
-
-TEST(MetaData, PositionsDoNotCountInAComparison) {
-    MetaData a;
-    set_float(a, "gain", 0.5F);
-    const MetaData b(a);
-    mark_written(b, "gain", 17);
-    EXPECT_TRUE(a == b);
-}
-
-TEST(MetaData, ComparesValuesOfUnknownTypeByTheirText) {
-    MetaData a;
-    MetaData b;
-    MetaData c;
-    a.insert(InString::intern("strange"), MetaInfoRef(new OddInfo(1)));
-    b.insert(InString::intern("strange"), MetaInfoRef(new OddInfo(1)));
-    c.insert(InString::intern("strange"), MetaInfoRef(new OddInfo(2)));
-    EXPECT_TRUE(a == b);
-    EXPECT_FALSE(a == c);
 }
 
 TEST(MetaData, CopiesAreIndependent) {
@@ -392,6 +368,115 @@ TEST(MetaData, CopiesAreIndependent) {
     source.for_each_meta(of_source);
     another.for_each_meta(of_copy);
     EXPECT_EQ(of_source.seen, of_copy.seen);
+}
+
+const ImageSpec kSpec(30, 2, ImageSpec::BGRA_U8);
+
+TEST(ImageSpecMetadata, IsNoneUntilAValueIsSet) {
+    ImageSpec spec(kSpec);
+    EXPECT_FALSE(spec.has_metadata());
+    float gain = 0.25F;
+    EXPECT_EQ(spec.get_meta("float", "gain", gain), 1);
+    EXPECT_EQ(gain, 0.25F);
+    Visits visits;
+    spec.for_each_meta(visits);
+    EXPECT_TRUE(visits.seen.empty());
+    spec.set_meta("float", "gain", 0.5F);
+    EXPECT_TRUE(spec.has_metadata());
+    EXPECT_EQ(spec.get_meta("float", "gain", gain), 0);
+    EXPECT_EQ(gain, 0.5F);
+    spec.for_each_meta(visits);
+    EXPECT_EQ(visits.seen, std::vector<std::string>{"float gain 0.5 @0"});
+}
+
+TEST(ImageSpecMetadata, ForwardsEveryType) {
+    ImageSpec spec(kSpec);
+    spec.set_meta("string", "title", String("Orion"));
+    spec.set_meta("m44f", "camera", counting_matrix());
+    String title;
+    Matrix camera(0.0F);
+    EXPECT_EQ(spec.get_meta("string", "title", title), 0);
+    EXPECT_EQ(spec.get_meta("m44f", "camera", camera), 0);
+    EXPECT_STREQ(title.c_str(), "Orion");
+    EXPECT_EQ(camera(3, 2), 15.0F);
+}
+
+TEST(ImageSpecMetadata, LiesBehindTheNumbers) {
+    const auto place = [](const void* member) { return static_cast<const char*>(member); };
+    EXPECT_EQ(place(&kSpec.metadata) - place(&kSpec.format),
+              static_cast<std::ptrdiff_t>(sizeof kSpec.format));
+    EXPECT_EQ(sizeof kSpec, 16 + sizeof(void*));
+}
+
+TEST(ImageSpecMetadata, IsCopiedWithTheSpec) {
+    ImageSpec source(kSpec);
+    source.set_meta("string", "title", String("Orion"));
+    ImageSpec copy(source);
+    ImageSpec assigned;
+    assigned = source;
+    const Kelv::Image image(source);
+    const ImageSpec* const copies[] = {&copy, &assigned, &image};
+    for (const ImageSpec* spec : copies) {
+        EXPECT_TRUE(*spec == source);
+    }
+    source.set_meta("string", "title", String("Lyra"));
+    for (const ImageSpec* spec : copies) {
+        EXPECT_FALSE(*spec == source);
+        EXPECT_EQ(string_of(*spec->metadata, "title"), "Orion");
+    }
+    copy = *&copy;
+    EXPECT_EQ(string_of(*copy.metadata, "title"), "Orion");
+    EXPECT_EQ(copy.width, 30);
+    // Nothing replaces something.
+    copy = kSpec;
+    EXPECT_FALSE(copy.has_metadata());
+    EXPECT_TRUE(copy == kSpec);
+}
+
+TEST(ImageSpecMetadata, CountsInTheComparisonOfSpecs) {
+    ImageSpec none(kSpec);
+    ImageSpec empty(kSpec);
+    empty.metadata.reset(new MetaData);
+    EXPECT_FALSE(none == empty);
+    EXPECT_FALSE(empty == none);
+    EXPECT_TRUE(none != empty);
+    ImageSpec other_empty(kSpec);
+    other_empty.metadata.reset(new MetaData);
+    EXPECT_TRUE(empty == other_empty);
+    empty.set_meta("float", "gain", 0.5F);
+    EXPECT_FALSE(empty == other_empty);
+    other_empty.set_meta("float", "gain", 0.5F);
+    EXPECT_TRUE(empty == other_empty);
+    other_empty.width = 31;
+    EXPECT_FALSE(empty == other_empty);
+}
+
+std::string printed(const ImageSpec& spec) {
+    return output_of(stdout, [&] { spec.print(); });
+}
+
+TEST(ImageSpecMetadata, IsPrintedBehindTheSize) {
+    const std::string size = "BGRA_U8        \t30 x 2";
+    ImageSpec spec(kSpec);
+    spec.metadata.reset(new MetaData);
+    EXPECT_EQ(printed(spec), size);
+    spec.set_meta("float", "gain", 0.5F);
+    const std::string gain = " \"float gain\" [0.500000]";
+    EXPECT_EQ(printed(spec), size + gain);
+    // As it is, quotes and backslashes too.
+    spec.set_meta("string", "the title", String("a \"b\" \\c"));
+    const std::string title = " \"string the title\" [\"a \"b\" \\c\"]";
+    const std::string both = printed(spec);
+    EXPECT_TRUE(both == size + gain + title || both == size + title + gain) << both;
+    ImageSpec with_matrix(kSpec);
+    with_matrix.set_meta("m44f", "camera", counting_matrix());
+    EXPECT_EQ(printed(with_matrix),
+              size +
+                  " \"m44f camera\" [1.000000000e+00 2.000000000e+00 3.000000000e+00 "
+                  "4.000000000e+00 5.000000000e+00 6.000000000e+00 7.000000000e+00 "
+                  "8.000000000e+00 9.000000000e+00 1.000000000e+01 1.100000000e+01 "
+                  "1.200000000e+01 1.300000000e+01 1.400000000e+01 1.500000000e+01 "
+                  "1.600000000e+01]");
 }
 
 }  // namespace

@@ -1,14 +1,25 @@
+// Descriptors: their owners, flags and copies, buffered files on them, the three standard ones.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <osapi/descriptor_flags.h>
 #include <osapi/files.h>
 #include <osapi/pipes.h>
+#include <osapi/processes.h>
+#include <osapi/scoped_file.h>
+#include <osapi/standard_descriptors.h>
 #include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <utime.h>
 
 #include <cerrno>
+#include <cstdio>
+#include <functional>
+#include <memory>
 #include <string>
 #include <type_traits>
+#include <vector>
 
-#include "support/captured_output.h"
 #include "support/expect_throw.h"
 #include "support/faults.h"
 #include "support/scratch.h"
@@ -24,17 +35,6 @@ static_assert(!std::is_nothrow_destructible_v<FileDescriptor>);
 static_assert(!std::is_nothrow_destructible_v<DiskFile>);
 static_assert(!std::is_copy_constructible_v<DiskFile>);
 
-TEST(FileDescriptor, StartsWithNone) {
-    const Fault<&Syscalls::close> closes(EIO, kAlways);
-    {
-        FileDescriptor none;
-        EXPECT_EQ(none.fd(), -1);
-        EXPECT_FALSE(none.is_open());
-        none.close();
-    }
-    EXPECT_EQ(closes.calls(), 0);
-}
-
 TEST(FileDescriptor, ClosesOnceHoweverItEnds) {
     std::string closed;
     const Intercept<&Syscalls::close> closes([&](int fd) {
@@ -43,14 +43,15 @@ TEST(FileDescriptor, ClosesOnceHoweverItEnds) {
     });
     { const FileDescriptor destroyed(901); }
     {
+        FileDescriptor none;
+        EXPECT_EQ(none.fd(), -1);
+        none.close();
         FileDescriptor closed_early(902);
         closed_early.close();
         EXPECT_FALSE(closed_early.is_open());
-    }
-    {
         FileDescriptor released(903);
         EXPECT_EQ(released.release(), 903);
-        EXPECT_EQ(released.fd(), -1);
+        EXPECT_FALSE(released.is_open());
     }
     EXPECT_EQ(closed, "901 902 ");
 }
@@ -157,4 +158,208 @@ TEST(DiskFile, ReportsAFailedRecord) {
                    "OSAPI::getsize", "osapi/osapi-unix.cpp");
 }
 
+const char* const kFlagsSource = "osapi/osapi-unix-descriptor-flags.cpp";
+
+class DescriptorFlags : public testing::Test {
+protected:
+    DescriptorFlags() { pipe_->open(); }
+
+    int fd() { return pipe_->read_end().fd(); }
+    bool blocks() { return (fcntl(fd(), F_GETFL) & O_NONBLOCK) == 0; }
+
+    const std::unique_ptr<OSAPI::Pipe> pipe_ = std::make_unique<OSAPI::Pipe>();
+};
+
+TEST_F(DescriptorFlags, NonBlockingIsSetHoweverOften) {
+    EXPECT_TRUE(blocks());
+    for (int i = 0; i < 2; ++i) {
+        OSAPI::set_blocking(fd(), false);
+        EXPECT_FALSE(blocks());
+    }
+    char byte;
+    EXPECT_EQ(OSAPI::read_short(fd(), &byte, 1), 0) << "nothing yet, and no waiting for it";
+}
+
+// The toggle is a contract: what blocks already is made non-blocking.
+TEST_F(DescriptorFlags, BlockingToggles) {
+    OSAPI::set_blocking(fd(), false);
+    OSAPI::set_blocking(fd(), true);
+    EXPECT_TRUE(blocks());
+    OSAPI::set_blocking(fd(), true);
+    EXPECT_FALSE(blocks());
+    OSAPI::set_blocking(fd(), true);
+    EXPECT_TRUE(blocks());
+}
+
+TEST_F(DescriptorFlags, OtherFlagsStay) {
+    const ScratchFolder folder;
+    const FileDescriptor file(open((folder / "a").c_str(), O_CREAT | O_RDWR | O_APPEND, 0600));
+    OSAPI::set_blocking(file.fd(), false);
+    EXPECT_EQ(fcntl(file.fd(), F_GETFL) & (O_APPEND | O_NONBLOCK | O_ACCMODE),
+              O_APPEND | O_NONBLOCK | O_RDWR);
+    OSAPI::set_blocking(file.fd(), true);
+    EXPECT_EQ(fcntl(file.fd(), F_GETFL) & (O_APPEND | O_NONBLOCK | O_ACCMODE), O_APPEND | O_RDWR);
+}
+
+TEST_F(DescriptorFlags, FailureOfEitherCallIsReportedAndChangesNothing) {
+    for (const bool blocking : {false, true}) {
+        for (const int error : kErrors) {
+            for (int n = 0; n < 2; ++n) {
+                const NthCallFault<&Syscalls::fcntl> fault(error, n + 1);
+                expect_message(thrown_message([&] { OSAPI::set_blocking(fd(), blocking); }),
+                               with_error("fcntl", error), "OSAPI::set_blocking", kFlagsSource);
+                EXPECT_EQ(fault.calls(), n + 1);
+                EXPECT_TRUE(blocks());
+            }
+        }
+    }
+    expect_message(thrown_message([] { OSAPI::set_blocking(-1, false); }),
+                   with_error("fcntl", EBADF), "OSAPI::set_blocking", kFlagsSource);
+}
+
+TEST_F(DescriptorFlags, CloseOnExec) {
+    EXPECT_EQ(fcntl(fd(), F_GETFD) & FD_CLOEXEC, 0);
+    OSAPI::close_on_exec(fd());
+    EXPECT_EQ(fcntl(fd(), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+    EXPECT_TRUE(blocks());
+    expect_every_error<&Syscalls::fcntl>([&] { OSAPI::close_on_exec(fd()); }, "fcntl",
+                                         "OSAPI::close_on_exec", kFlagsSource);
+}
+
+TEST_F(DescriptorFlags, CopiesReachTheSameFile) {
+    const int before = open_descriptors();
+    {
+        const FileDescriptor copy(OSAPI::dup(pipe_->write_end().fd()));
+        EXPECT_EQ(open_descriptors(), before + 1);
+        // A second copy takes the place of the first.
+        EXPECT_EQ(OSAPI::dup2(pipe_->write_end().fd(), copy.fd()), copy.fd());
+        EXPECT_EQ(open_descriptors(), before + 1);
+        pipe_->write_end().close();
+        OSAPI::write(copy.fd(), "ab", 2);
+        EXPECT_EQ(fcntl(copy.fd(), F_GETFD) & FD_CLOEXEC, 0);
+    }
+    char text[3] = {};
+    OSAPI::read(fd(), text, 2);
+    EXPECT_STREQ(text, "ab");
+}
+
+TEST_F(DescriptorFlags, FailedCopyIsReportedAndLeavesNone) {
+    const int before = open_descriptors();
+    expect_message(thrown_message([&] { OSAPI::dup2(-1, fd()); }), with_error("dup2", EBADF),
+                   "OSAPI::dup2", kFlagsSource);
+    expect_every_error<&Syscalls::dup>([&] { OSAPI::dup(fd()); }, "dup", "OSAPI::dup",
+                                       kFlagsSource);
+    expect_every_error<&Syscalls::dup2>([&] { OSAPI::dup2(fd(), 900); }, "dup2", "OSAPI::dup2",
+                                        kFlagsSource);
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+using OSAPI::ScopedFILE;
+
+const char* const kScopedFileSource = "osapi/osapi-unix-scoped-file.cpp";
+
+TEST(ScopedFile, WritesWhatIsBufferedAndClosesTheDescriptor) {
+    const ScratchFolder folder;
+    const std::string path = folder / "a";
+    const int before = open_descriptors();
+    {
+        const ScopedFILE file(OSAPI::open(path.c_str(), OSAPI::kWrite), path.c_str(), "w");
+        std::fputs("text", file.file());
+        EXPECT_EQ(read_file(path), "");
+    }
+    EXPECT_EQ(read_file(path), "text");
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST(ScopedFile, FailureNamesPathAndModeAndClosesTheDescriptor) {
+    const ScratchFolder folder;
+    const std::string path = folder / "a";
+    write_file(path, "");
+    const int before = open_descriptors();
+    const auto open_as = [&](const char* mode) {
+        const ScopedFILE file(OSAPI::open(path.c_str(), OSAPI::kRead), path.c_str(), mode);
+    };
+    expect_message(thrown_message([&] { open_as("no mode"); }),
+                   "fdopen(\"" + path + "\", \"no mode\")", "OSAPI::ScopedFILE::ScopedFILE",
+                   kScopedFileSource);
+    for (const int error : kErrors) {
+        const Fault<&Syscalls::fdopen> fault(error);
+        expect_message(thrown_message([&] { open_as("r"); }), "fdopen(\"" + path + "\", \"r\")",
+                       "OSAPI::ScopedFILE::ScopedFILE", kScopedFileSource);
+    }
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST(ScopedFile, DestructorReportsThatTheLastBytesAreNotTaken) {
+    const int before = open_descriptors();
+    expect_failing_destructor(with_error("fclose", ENOSPC), "OSAPI::ScopedFILE::~ScopedFILE",
+                              kScopedFileSource, [](auto end) {
+                                  const ScopedFILE file(OSAPI::open("/dev/full", OSAPI::kWrite),
+                                                        "/dev/full", "w");
+                                  std::fputs("text", file.file());
+                                  end();
+                              });
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+/// Whether something holds in a process of its own in which these descriptors are closed.
+bool holds_without(const std::vector<int>& closed, const std::function<bool()>& something) {
+    const pid_t child = OSAPI::fork();
+    if (child == 0) {
+        for (const int descriptor : closed) {
+            close(descriptor);
+        }
+        OSAPI::exit_now(something() ? 0 : 1);
+    }
+    int status = -1;
+    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+bool is_open(int descriptor) { return fcntl(descriptor, F_GETFD) != -1; }
+
+bool fails_unopened() {
+    char byte = 0;
+    return read(STDIN_FILENO, &byte, 1) == -1 && errno == EBADF &&
+           write(STDOUT_FILENO, "x", 1) == -1 && errno == EBADF &&
+           write(STDERR_FILENO, "x", 1) == -1 && errno == EBADF;
+}
+
 }  // namespace
+
+TEST(StandardDescriptors, AreHeldWhicheverAreMissing) {
+    for (const std::vector<int>& closed :
+         {std::vector<int>{0}, {1}, {2}, {0, 1}, {0, 2}, {1, 2}, {0, 1, 2}}) {
+        EXPECT_TRUE(holds_without(closed,
+                                  [&] {
+                                      OSAPI::hold_standard_descriptors();
+                                      const int next = open("/dev/null", O_RDONLY | O_CLOEXEC);
+                                      return is_open(0) && is_open(1) && is_open(2) && next > 2;
+                                  }))
+            << closed.size() << " closed, from " << closed.front();
+    }
+}
+
+TEST(StandardDescriptors, FailAsIfTheyWereClosed) {
+    EXPECT_TRUE(holds_without({0, 1, 2}, [] {
+        OSAPI::hold_standard_descriptors();
+        return fails_unopened();
+    }));
+}
+
+TEST(StandardDescriptors, StayAsTheyAreIfTheyAreOpen) {
+    EXPECT_TRUE(holds_without({0}, [] {
+        // One that can be read, as a program finds it.
+        const int in = open("/dev/zero", O_RDONLY | O_CLOEXEC);
+        OSAPI::hold_standard_descriptors();
+        char byte = 1;
+        return in == 0 && read(in, &byte, 1) == 1 && byte == 0;
+    }));
+}
+
+TEST(StandardDescriptors, StayClosedWhereNothingCanBeOpened) {
+    EXPECT_TRUE(holds_without({0, 2}, [] {
+        const Fault<&OSAPI::Syscalls::open> fault(ENOENT);
+        OSAPI::hold_standard_descriptors();
+        return !is_open(0) && !is_open(2) && fault.calls() == 1;
+    }));
+}

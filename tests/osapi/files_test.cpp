@@ -1,12 +1,17 @@
+// Files by descriptor, what their failures tell users, and mappings.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <osapi/files.h>
+#include <osapi/mappings.h>
+#include <osapi/reason.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstring>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,11 +19,11 @@
 #include "support/expect_throw.h"
 #include "support/faults.h"
 #include "support/scratch.h"
+#include "support/unwinding.h"
 
 namespace {
 
 using OSAPI::DiskFile;
-using OSAPI::FileDescriptor;
 using OSAPI::Syscalls;
 
 const char* const kSource = "osapi/osapi-unix.cpp";
@@ -324,7 +329,7 @@ TEST(Sync, OfTheWholeSystemCallsTheSystemOnce) {
     EXPECT_EQ(syncs.calls(), 1);
 }
 
-TEST(Rename, MovesOrNamesBothPaths) {
+TEST(Names, AreChangedAndRemovedOrNamedInTheFailure) {
     const ScratchFolder folder;
     const std::string from = folder / "from";
     const std::string to = folder / "to";
@@ -334,28 +339,17 @@ TEST(Rename, MovesOrNamesBothPaths) {
     EXPECT_EQ(read_file(to), "new");
     expect_message(thrown_message([&] { OSAPI::rename(from.c_str(), to.c_str()); }),
                    with_error("rename(" + from + "," + to + ")", ENOENT), "OSAPI::rename", kSource);
-}
-
-TEST(Rm, RemovesOrNamesThePath) {
-    const ScratchFolder folder;
-    const std::string path = folder / "a";
-    write_file(path, "");
-    OSAPI::rm(path.c_str());
-    EXPECT_FALSE(std::filesystem::exists(path));
-    expect_message(thrown_message([&] { OSAPI::rm(path.c_str()); }),
-                   with_error("unlink(" + path + ")", ENOENT), "OSAPI::rm", kSource);
-}
-
-TEST(RmIfexist, IsSilentAboutAMissingFileOnly) {
-    const ScratchFolder folder;
-    const std::string path = folder / "a";
-    write_file(path, "");
-    OSAPI::rm_ifexist(path.c_str());
-    EXPECT_FALSE(std::filesystem::exists(path));
-    OSAPI::rm_ifexist(path.c_str());
+    for (const auto remove : {OSAPI::rm, OSAPI::rm_ifexist}) {
+        write_file(to, "");
+        remove(to.c_str());
+        EXPECT_FALSE(std::filesystem::exists(to));
+    }
+    expect_message(thrown_message([&] { OSAPI::rm(to.c_str()); }),
+                   with_error("unlink(" + to + ")", ENOENT), "OSAPI::rm", kSource);
+    OSAPI::rm_ifexist(to.c_str());  // a missing file alone is no error
     const Fault<&Syscalls::unlink> fault(EROFS);
-    expect_message(thrown_message([&] { OSAPI::rm_ifexist(path.c_str()); }),
-                   with_error("unlink(" + path + ")", EROFS), "OSAPI::rm_ifexist", kSource);
+    expect_message(thrown_message([&] { OSAPI::rm_ifexist(to.c_str()); }),
+                   with_error("unlink(" + to + ")", EROFS), "OSAPI::rm_ifexist", kSource);
 }
 
 TEST(FileExists, TellsWhetherAFileIsThere) {
@@ -380,5 +374,192 @@ TEST(FileExists, AsksForThePermissionsOfTheMode) {
 }
 
 TEST(PageSize, IsTheSystems) { EXPECT_EQ(OSAPI::get_page_size(), sysconf(_SC_PAGESIZE)); }
+
+template <class Run>
+std::string reason_of(Run run) {
+    try {
+        run();
+    } catch (const StrXception& failure) {
+        return OSAPI::reason(failure).c_str();
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return "";
+}
+
+TEST(Reason, IsTheSystemsTextForEveryError) {
+    for (int error = 1; error < 140; ++error) {
+        const Fault<&Syscalls::open> opens(error);
+        const Fault<&Syscalls::close> closes(error);
+        const std::string text = std::strerror(error);
+        EXPECT_EQ(reason_of([] { OSAPI::open("a", OSAPI::kRead); }), text);
+        EXPECT_EQ(reason_of([] { OSAPI::close(-1); }), text);
+    }
+}
+
+TEST(Reason, IsNotMisledByThePath) {
+    const std::string text = std::strerror(ENOENT);
+    const Fault<&Syscalls::open> opens(ENOENT);
+    const Fault<&Syscalls::rename> renames(ENOENT);
+    for (const char* path : {"a: b in <c> (d:1)", "a\": b", "a): b", ": ", "", "\": "}) {
+        EXPECT_EQ(reason_of([path] { OSAPI::open(path, OSAPI::kRead); }), text);
+        EXPECT_EQ(reason_of([path] { OSAPI::rename(path, path); }), text);
+    }
+}
+
+TEST(Reason, OfAMessageWithoutACallIsAllButThePlace) {
+    EXPECT_EQ(reason_of([] { XTHROW("unexpected EOF"); }), "unexpected EOF");
+    EXPECT_EQ(reason_of([] { throw StrXception(String("no place")); }), "no place");
+    EXPECT_EQ(reason_of([] { throw StrXception(String()); }), "");
+}
+
+const char* const kMappingsSource = "osapi/osapi-unix-mappings.cpp";
+
+class FileMapping : public testing::Test {
+protected:
+    FileMapping() { write_file(path_, "0123456789"); }
+    ~FileMapping() override { EXPECT_EQ(open_descriptors(), before_); }
+
+    const ScratchFolder folder_;
+    const std::string path_ = folder_ / "a.stars";
+    const int before_ = open_descriptors();
+};
+
+TEST_F(FileMapping, ShowsTheWholeFileAfterItsDescriptorIsClosed) {
+    const OSAPI::FileMapping mapping(path_.c_str(), OSAPI::kRead);
+    EXPECT_EQ(open_descriptors(), before_);
+    EXPECT_EQ(std::string(mapping.addr(), mapping.size()), "0123456789");
+}
+
+TEST_F(FileMapping, OfAnEmptyFileFailsInTheMappingCall) {
+    write_file(path_, "");
+    expect_message(thrown_message([&] { OSAPI::FileMapping(path_.c_str(), OSAPI::kRead); }),
+                   with_error("mmap(file)", EINVAL), "OSAPI::FileMapping::map", kMappingsSource);
+}
+
+TEST_F(FileMapping, ThatFailsStaysEmpty) {
+    OSAPI::FileMapping mapping;
+    expect_message(thrown_message([&] { mapping.map(OSAPI::kNoDescriptor, 10, OSAPI::kRead); }),
+                   with_error("mmap(file)", EBADF), "OSAPI::FileMapping::map", kMappingsSource);
+    EXPECT_EQ(mapping.addr(), nullptr);
+    EXPECT_EQ(mapping.size(), 0U);
+}
+
+TEST_F(FileMapping, MapsOnce) {
+    const OSAPI::DiskFile file(path_.c_str(), OSAPI::kRead);
+    OSAPI::FileMapping mapping(file.fd(), 4, OSAPI::kRead);
+    EXPECT_EQ(failed_assertion([&] { mapping.map(file.fd(), 4, OSAPI::kRead); }),
+              "addr() == nullptr");
+    EXPECT_EQ(std::string(mapping.addr(), mapping.size()), "0123");
+}
+
+TEST_F(FileMapping, WritesReachTheFile) {
+    const OSAPI::DiskFile file(path_.c_str(), OSAPI::kReadWrite);
+    OSAPI::truncate(file.fd(), 4);
+    std::memcpy(OSAPI::FileMapping(file.fd(), 4, OSAPI::kReadWrite).addr(), "wxyz", 4);
+    EXPECT_EQ(read_file(path_), "wxyz");
+}
+
+TEST_F(FileMapping, ProtectionFollowsTheMode) {
+    std::string asked;
+    const Intercept<&Syscalls::mmap> maps(
+        [&](void*, size_t size, int protection, int flags, int fd, off_t offset) -> void* {
+            asked += std::to_string(protection) + ' ';
+            EXPECT_EQ(size, 10U);
+            EXPECT_EQ(flags, MAP_SHARED);
+            EXPECT_EQ(fd, 77);
+            EXPECT_EQ(offset, 0);
+            errno = EIO;
+            return MAP_FAILED;
+        });
+    for (int mode = 0; mode < 4; ++mode) {
+        thrown_message([&] { OSAPI::FileMapping(77, 10, mode); });
+    }
+    std::string expected;
+    for (const int protection : {PROT_NONE, PROT_READ, PROT_WRITE, PROT_READ | PROT_WRITE}) {
+        expected += std::to_string(protection) + ' ';
+    }
+    EXPECT_EQ(asked, expected);
+}
+
+TEST_F(FileMapping, ReportsAFailedSizeCallAndLeaksNothing) {
+    const Fault<&Syscalls::fstat> fault(EIO);
+    expect_message(thrown_message([&] { OSAPI::FileMapping(path_.c_str(), OSAPI::kRead); }),
+                   with_error("fstat", EIO), "OSAPI::getsize", "osapi/osapi-unix.cpp");
+}
+
+TEST_F(FileMapping, UnmapsWhenClosingItsFileFails) {
+    const Intercept<&Syscalls::munmap> unmaps(
+        [&](void* addr, size_t size) { return unmaps.real(addr, size); });
+    const CloseFault closes(EIO);
+    expect_message(thrown_message([&] { OSAPI::FileMapping(path_.c_str(), OSAPI::kRead); }),
+                   with_error("close", EIO), "OSAPI::close", "osapi/osapi-unix.cpp");
+    EXPECT_EQ(unmaps.calls(), 1);
+    EXPECT_EQ(closes.calls(), 1);
+}
+
+TEST(AnonMapping, IsZeroedWritableAndSharedOrPrivateAsAsked) {
+    for (const bool shared : {false, true}) {
+        int flags = 0;
+        const Intercept<&Syscalls::mmap> maps(
+            [&](void* where, size_t size, int protection, int f, int fd, off_t offset) {
+                flags = f;
+                return maps.real(where, size, protection, f, fd, offset);
+            });
+        const OSAPI::AnonMapping mapping(10000, shared);
+        EXPECT_EQ(flags & (MAP_SHARED | MAP_PRIVATE), shared ? MAP_SHARED : MAP_PRIVATE);
+        EXPECT_EQ(std::string(mapping.addr(), mapping.size()), std::string(10000, '\0'));
+        mapping.addr()[9999] = 'x';
+        EXPECT_EQ(mapping.addr()[9999], 'x');
+    }
+}
+
+TEST(AnonMapping, FailureNamesTheCall) {
+    const Fault<&Syscalls::mmap> fault(ENOMEM);
+    expect_message(thrown_message([] { OSAPI::AnonMapping(100, false); }),
+                   with_error("mmap(anonymous)", ENOMEM), "OSAPI::AnonMapping::AnonMapping",
+                   kMappingsSource);
+}
+
+TEST(MemoryMapping, EmptyUnmapsNothing) {
+    const Fault<&Syscalls::munmap> fault(EINVAL, kAlways);
+    { const OSAPI::MemoryMapping mapping; }
+    EXPECT_EQ(fault.calls(), 0);
+}
+
+TEST(MemoryMapping, DestructorReportsThatUnmappingFails) {
+    const Fault<&Syscalls::munmap> fault(EINVAL, kAlways);
+    expect_failing_destructor(with_error("munmap", EINVAL), "OSAPI::MemoryMapping::~MemoryMapping",
+                              kMappingsSource, [](auto end) {
+                                  const OSAPI::AnonMapping mapping(100, false);
+                                  end();
+                              });
+}
+
+TEST(LockMemory, PinsAndUnpinsTheRange) {
+    char page[64];
+    std::string log;
+    const Intercept<&Syscalls::mlock> locks([&](const void* addr, size_t size) {
+        EXPECT_EQ(addr, page);
+        log += "lock " + std::to_string(size);
+        return 0;
+    });
+    const Intercept<&Syscalls::munlock> unlocks([&](const void* addr, size_t size) {
+        EXPECT_EQ(addr, page);
+        log += " unlock " + std::to_string(size);
+        errno = ENOMEM;
+        return -1;  // ignored
+    });
+    { const OSAPI::LockMemory lock(page, sizeof page); }
+    EXPECT_EQ(log, "lock 64 unlock 64");
+}
+
+TEST(LockMemory, FailureNamesTheCallAndUnlocksNothing) {
+    const Fault<&Syscalls::mlock> fault(EPERM);
+    const Fault<&Syscalls::munlock> unlocks(ENOMEM);
+    char page[64];
+    expect_message(thrown_message([&] { OSAPI::LockMemory(page, sizeof page); }),
+                   with_error("mlock", EPERM), "OSAPI::LockMemory::LockMemory", kMappingsSource);
+    EXPECT_EQ(unlocks.calls(), 0);
+}
 
 }  // namespace

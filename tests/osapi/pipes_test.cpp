@@ -1,13 +1,18 @@
+// Pipes, waiting for them, and signals that arrive meanwhile.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <osapi/pipes.h>
+#include <osapi/polling.h>
+#include <poll.h>
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <memory>
 #include <string>
 
 #include "support/expect_throw.h"
 #include "support/faults.h"
+#include "support/interruptions.h"
 #include "support/scratch.h"
 
 namespace {
@@ -101,6 +106,82 @@ TEST(NamedPipe, ReportsPathAndError) {
                    with_error("mknod(" + path + ")", EEXIST), "OSAPI::make_named_pipe", kSource);
     expect_every_error<&Syscalls::mknod>([&] { OSAPI::make_named_pipe("p"); }, "mknod(p)",
                                          "OSAPI::make_named_pipe", kSource);
+}
+
+const char* const kPollingSource = "osapi/osapi-unix-polling.cpp";
+
+class Polling : public testing::Test {
+protected:
+    Polling() { pipe_->open(); }
+
+    int reader() { return pipe_->read_end().fd(); }
+    int writer() { return pipe_->write_end().fd(); }
+    void make_readable() { OSAPI::write(writer(), "x", 1); }
+
+    const std::unique_ptr<OSAPI::Pipe> pipe_ = std::make_unique<OSAPI::Pipe>();
+};
+
+TEST_F(Polling, CountsTheReadyOnes) {
+    pollfd all[] = {{reader(), POLLIN, 0}, {writer(), POLLOUT, 0}};
+    EXPECT_EQ(OSAPI::poll(all, 2, -1, false), 1);
+    EXPECT_EQ(all[0].revents, 0);
+    EXPECT_EQ(all[1].revents, POLLOUT);
+    make_readable();
+    EXPECT_EQ(OSAPI::poll(all, 2, -1, false), 2);
+    EXPECT_EQ(all[0].revents, POLLIN);
+}
+
+TEST_F(Polling, GivesZeroWhenTheTimeIsUp) {
+    pollfd one = {reader(), POLLIN, 0};
+    EXPECT_EQ(OSAPI::poll(&one, 1, 0, false), 0);
+    EXPECT_EQ(OSAPI::poll(&one, 1, 1, true), 0);
+    EXPECT_EQ(OSAPI::poll(nullptr, 0, 0, false), 0);
+}
+
+TEST_F(Polling, WaitsOnWhenSignalsArrive) {
+    for (const bool restart : {false, true}) {  // this call is never restarted by the system
+        const ThreeInterruptions<&Syscalls::poll> polls([&] { make_readable(); }, restart);
+        pollfd one = {reader(), POLLIN, 0};
+        EXPECT_EQ(OSAPI::poll(&one, 1, -1, false), 1);
+        EXPECT_EQ(polls.calls(), 4);
+        char byte;
+        OSAPI::read(reader(), &byte, 1);
+    }
+}
+
+TEST_F(Polling, ReturnsOnASignalWhenAskedTo) {
+    const Interruptions interruptions;
+    pollfd one = {reader(), POLLIN, 0};
+    EXPECT_EQ(OSAPI::poll(&one, 1, -1, true), -1);
+    EXPECT_EQ(errno, EINTR);
+    EXPECT_GT(interruptions.seen(), 0);
+}
+
+TEST_F(Polling, ReportsAnyOtherFailure) {
+    pollfd one = {writer(), POLLOUT, 0};
+    for (const int error : kErrors) {
+        for (const bool return_on_interrupt : {false, true}) {
+            const Fault<&Syscalls::poll> fault(error);
+            if (error == EINTR) {
+                EXPECT_EQ(OSAPI::poll(&one, 1, -1, return_on_interrupt),
+                          return_on_interrupt ? -1 : 1);
+                continue;
+            }
+            expect_message(thrown_message([&] { OSAPI::poll(&one, 1, -1, return_on_interrupt); }),
+                           with_error("poll", error), "OSAPI::poll", kPollingSource);
+            EXPECT_EQ(fault.calls(), 1);
+        }
+    }
+}
+
+TEST_F(Polling, ReadingWaitsOnTheSameWay) {
+    for (const auto read : {OSAPI::read, OSAPI::read_short}) {
+        const ThreeInterruptions<&Syscalls::read> reads([&] { make_readable(); });
+        char byte = 0;
+        EXPECT_EQ(read(reader(), &byte, 1), 1);
+        EXPECT_EQ(byte, 'x');
+        EXPECT_EQ(reads.calls(), 4);
+    }
 }
 
 }  // namespace

@@ -1,15 +1,20 @@
+// Processes, waiting for them, and what comes of them.
 #include <gtest/gtest.h>
+#include <osapi/descendants.h>
+#include <osapi/memory.h>
 #include <osapi/pipes.h>
 #include <osapi/processes.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "support/captured_output.h"
 #include "support/child.h"
@@ -47,13 +52,6 @@ private:
     OSAPI::Pipe pipe_;
     int pid_ = -1;
 };
-
-/// Until the system reports `pid` as stopped.
-void await_stop(int pid) {
-    int status = 0;
-    ASSERT_EQ(waitpid(pid, &status, WUNTRACED), pid);
-    ASSERT_TRUE(WIFSTOPPED(status));
-}
 
 TEST(Fork, GivesZeroToTheChildAndTheChildsIdToTheParent) {
     OSAPI::Pipe pipe;
@@ -100,18 +98,13 @@ TEST(Exec, ReturnsOnlyByThrowing) {
 
 TEST(Wait, GivesTheExitCodeAndTheIdOfTheChild) {
     for (const int code : {0, 1, 15, 255}) {
-        const int pid = fork_child([code] { return code; });
-        int ended = 0;
-        EXPECT_EQ(_wait_until_dead(pid, &ended, false), code);
-        EXPECT_EQ(ended, pid);
+        for (const bool any : {false, true}) {
+            const int pid = fork_child([code] { return code; });
+            int ended = 0;
+            EXPECT_EQ(_wait_until_dead(any ? -1 : pid, &ended, false), code);
+            EXPECT_EQ(ended, pid);
+        }
     }
-}
-
-TEST(Wait, ForAnyChildTellsWhichOneEnded) {
-    const int pid = fork_child([] { return 3; });
-    int ended = 0;
-    EXPECT_EQ(_wait_until_dead(-1, &ended, false), 3);
-    EXPECT_EQ(ended, pid);
 }
 
 TEST(Wait, GivesTheNumberOfTheSignalThatKilled) {
@@ -122,16 +115,6 @@ TEST(Wait, GivesTheNumberOfTheSignalThatKilled) {
         EXPECT_EQ(_wait_until_dead(child.pid(), &ended, false), sig);
         EXPECT_EQ(ended, child.pid());
     }
-}
-
-TEST(Wait, OutlastsAStop) {
-    WaitingChild child;
-    OSAPI::kill(child.pid(), SIGSTOP);
-    await_stop(child.pid());
-    EXPECT_EQ(_wait_until_dead(child.pid(), nullptr, true), -1);
-    OSAPI::kill(child.pid(), SIGCONT);
-    child.let_go();
-    EXPECT_EQ(_wait_until_dead(child.pid(), nullptr, false), 0);
 }
 
 TEST(Wait, GoesOnWhenTheSystemReportsAStopOrAContinuation) {
@@ -175,25 +158,12 @@ TEST(Wait, ForWhatIsNoChildGives15) {
     EXPECT_EQ(_wait_until_dead(OSAPI::getpid(), &ended, false), 15);
     EXPECT_EQ(_wait_until_dead(OSAPI::getpid(), &ended, true), 15);
     EXPECT_EQ(ended, 77);
-    expect_message(thrown_message([] { OSAPI::wait_until_dead(OSAPI::getpid()); }),
-                   "child process returned non-zero exit code", "OSAPI::wait_until_dead", kSource);
 }
 
 TEST(Wait, IsRepeatedWhenASignalArrives) {
     WaitingChild child;
-    Interruptions interruptions;
-    int interrupted = 0;
-    const Intercept<&Syscalls::waitpid> waits([&](pid_t pid, int* status, int options) {
-        const pid_t result = waits.real(pid, status, options);
-        if (result == -1 && errno == EINTR && ++interrupted == 3) {
-            interruptions.stop();
-            child.let_go();
-            errno = EINTR;
-        }
-        return result;
-    });
+    const ThreeInterruptions<&Syscalls::waitpid> waits([&] { child.let_go(); });
     EXPECT_EQ(_wait_until_dead(child.pid(), nullptr, false), 0);
-    EXPECT_EQ(interrupted, 3);
     EXPECT_EQ(waits.calls(), 4);
 }
 
@@ -223,12 +193,13 @@ TEST(Wait, RefusesAReturnWithoutAnEnd) {
 
 TEST(WaitUntilDead, AcceptsAnExitCodeOfZeroAlone) {
     OSAPI::wait_until_dead(fork_child([] { return 0; }));
-    expect_message(thrown_message([] { OSAPI::wait_until_dead(fork_child([] { return 1; })); }),
-                   "child process returned non-zero exit code", "OSAPI::wait_until_dead", kSource);
     const WaitingChild killed;
     OSAPI::kill(killed.pid(), SIGKILL);
-    expect_message(thrown_message([&] { OSAPI::wait_until_dead(killed.pid()); }),
-                   "child process returned non-zero exit code", "OSAPI::wait_until_dead", kSource);
+    for (const int pid : {fork_child([] { return 1; }), killed.pid(), OSAPI::getpid()}) {
+        expect_message(thrown_message([=] { OSAPI::wait_until_dead(pid); }),
+                       "child process returned non-zero exit code", "OSAPI::wait_until_dead",
+                       kSource);
+    }
 }
 
 TEST(Kill, ReportsProcessAndSignal) {
@@ -286,11 +257,18 @@ TEST(Yield, AsksTheSystem) {
     EXPECT_EQ(yields.calls(), 1);
 }
 
-TEST(ChildProcess, RunsAFunctionAndIsWaitedFor) {
+TEST(ChildProcess, RunsOneFunctionAtATimeAndIsWaitedFor) {
     ChildProcess child;
     EXPECT_EQ(child.pid(), -1);
     child.stop();  // none: nothing to wait for
+    {
+        const Fault<&Syscalls::fork> fault(EAGAIN);
+        expect_message(thrown_message([&] { child.start([] { return 0; }); }),
+                       with_error("fork", EAGAIN), "OSAPI::fork", kSource);
+        EXPECT_EQ(child.pid(), -1);
+    }
     child.start([] { return 0; });
+    EXPECT_EQ(failed_assertion([&] { child.start([] { return 0; }); }), "pid_ == kNoChild");
     const int pid = child.pid();
     EXPECT_GT(pid, 0);
     child.stop();
@@ -306,13 +284,6 @@ TEST(ChildProcess, FailedOneIsGoneAfterStopAllTheSame) {
                    "child process returned non-zero exit code", "OSAPI::wait_until_dead", kSource);
     EXPECT_EQ(child.pid(), -1);
     child.start([] { return 0; });
-    child.stop();
-}
-
-TEST(ChildProcess, KeepsOneChildAtATime) {
-    ChildProcess child;
-    child.start([] { return 0; });
-    EXPECT_EQ(failed_assertion([&] { child.start([] { return 0; }); }), "pid_ == kNoChild");
     child.stop();
 }
 
@@ -338,12 +309,121 @@ TEST(ChildProcess, DoesNotRepeatWhatTheParentHasBuffered) {
     EXPECT_EQ(printed, "parent child ");
 }
 
-TEST(ChildProcess, KeepsNoneWhenThereIsNoProcessToBeHad) {
-    const Fault<&Syscalls::fork> fault(EAGAIN);
-    ChildProcess child;
-    expect_message(thrown_message([&] { child.start([] { return 0; }); }),
-                   with_error("fork", EAGAIN), "OSAPI::fork", kSource);
-    EXPECT_EQ(child.pid(), -1);
+const char* const kDescendantsSource = "osapi/osapi-unix-descendants.cpp";
+
+int wait_for_ever() {
+    alarm(40);
+    for (;;) {
+        OSAPI::pause();
+    }
+}
+
+bool holds(const std::vector<int>& ids, int id) {
+    return std::find(ids.begin(), ids.end(), id) != ids.end();
+}
+
+TEST(LeadGroup, MakesAGroupThatChildrenJoin) {
+    const int before = getpgid(0);
+    EXPECT_EQ(result_in_child([=] {
+                  if (getpgid(0) != before) {
+                      return 1;
+                  }
+                  OSAPI::lead_group();
+                  if (getpgid(0) != OSAPI::getpid()) {
+                      return 2;
+                  }
+                  const int group = getpgid(0);
+                  return result_in_child([=] { return getpgid(0) == group ? 0 : 3; });
+              }),
+              0);
+    EXPECT_EQ(getpgid(0), before);
+}
+
+TEST(LeadGroup, ReportsEveryFailure) {
+    expect_every_error<&Syscalls::setpgid>([] { OSAPI::lead_group(); }, "setpgid",
+                                           "OSAPI::lead_group", kDescendantsSource);
+}
+
+TEST(Children, AreOwnOnesAloneUntilTheyAreWaitedFor) {
+    if (access("/proc/self/stat", R_OK) != 0) {
+        GTEST_SKIP() << "this system does not tell";
+    }
+    const int first = fork_child(wait_for_ever);
+    const int second = fork_child(wait_for_ever);
+    const std::vector<int> both = OSAPI::children();
+    EXPECT_TRUE(holds(both, first));
+    EXPECT_TRUE(holds(both, second));
+    EXPECT_FALSE(holds(both, OSAPI::getpid()));
+    EXPECT_FALSE(holds(both, getppid()));
+    OSAPI::kill(first, SIGKILL);
+    _wait_until_dead(first, nullptr, false);
+    const std::vector<int> one = OSAPI::children();
+    EXPECT_FALSE(holds(one, first));
+    EXPECT_TRUE(holds(one, second));
+    OSAPI::kill(second, SIGKILL);
+    _wait_until_dead(second, nullptr, false);
+}
+
+TEST(Children, AreFoundThoughOtherProcessesEndMeanwhile) {
+    if (access("/proc/self/stat", R_OK) != 0) {
+        GTEST_SKIP() << "this system does not tell";
+    }
+    const int before = OSAPI::open_descriptors();
+    const int child = fork_child(wait_for_ever);
+    // What is told of a process that ended between the two calls: process 1, say, which comes
+    // first.
+    {
+        const Fault<&Syscalls::open> gone(ENOENT);
+        EXPECT_TRUE(holds(OSAPI::children(), child));
+        EXPECT_GT(gone.calls(), 1);
+    }
+    {
+        const Fault<&Syscalls::read> gone(ESRCH);
+        EXPECT_TRUE(holds(OSAPI::children(), child));
+        EXPECT_GT(gone.calls(), 1);
+    }
+    EXPECT_EQ(OSAPI::open_descriptors(), before);
+    OSAPI::kill(child, SIGKILL);
+    _wait_until_dead(child, nullptr, false);
+}
+
+TEST(AdoptOrphans, MakesChildrenOfThem) {
+    const int result = result_in_child([] {
+        if (!OSAPI::adopt_orphans()) {
+            return 50;
+        }
+        OSAPI::Pipe pipe;
+        pipe.open();
+        // Out of the group and the session too.
+        result_in_child([&] {
+            const int orphan = fork_child([] {
+                setsid();
+                return wait_for_ever();
+            });
+            OSAPI::write(pipe.write_end().fd(), reinterpret_cast<const char*>(&orphan),
+                         sizeof orphan);
+            return 0;
+        });
+        int orphan = 0;
+        OSAPI::read(pipe.read_end().fd(), reinterpret_cast<char*>(&orphan), sizeof orphan);
+        if (!holds(OSAPI::children(), orphan)) {
+            return 1;
+        }
+        OSAPI::kill(orphan, SIGKILL);
+        int ended = 0;
+        const int how = _wait_until_dead(-1, &ended, false);
+        return how == SIGKILL && ended == orphan ? 0 : 2;
+    });
+    if (result == 50) {
+        GTEST_SKIP() << "this system has no such thing";
+    }
+    EXPECT_EQ(result, 0);
+}
+
+TEST(AdoptOrphans, SaysWhereThereIsNoSuchThing) {
+    const Fault<&Syscalls::become_reaper> fault(ENOSYS);
+    EXPECT_FALSE(OSAPI::adopt_orphans());
+    EXPECT_EQ(fault.calls(), 1);
 }
 
 }  // namespace

@@ -1,20 +1,84 @@
-// Opening and connecting sockets, and every way in which that fails.
+// Sockets: opening and connecting them, servers at work, and every way in which that fails.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <osapi/files.h>
 #include <osapi/sockets.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 #include <cerrno>
+#include <cstring>
 #include <filesystem>
+#include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "stream_sockets.h"
 #include "support/expect_throw.h"
 #include "support/faults.h"
+#include "support/interruptions.h"
 #include "support/scratch.h"
 #include "support/unwinding.h"
 
 namespace {
+
+template <class Address>
+sockaddr* generic(Address& address) {
+    return reinterpret_cast<sockaddr*>(&address);
+}
+
+/// A free port that the system gives to nobody else while the object lives, but to a server that
+/// asks for it by number.
+class ReservedPort {
+public:
+    ReservedPort() : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
+        const int reuse = 1;
+        setsockopt(socket_.fd(), SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        if (bind(socket_.fd(), generic(address), size) != 0 ||
+            getsockname(socket_.fd(), generic(address), &size) != 0) {
+            throw std::runtime_error("no free port");
+        }
+        number_ = ntohs(address.sin_port);
+    }
+
+    int number() const { return number_; }
+
+private:
+    OSAPI::FileDescriptor socket_;
+    int number_ = 0;
+};
+
+/// Opens `server` on a free port, which is returned.
+int open_on_free_port(OSAPI::TCPServerSocket& server) {
+    const ReservedPort port;
+    server.open(port.number());
+    return port.number();
+}
+
+/// A socket connected to the server at `path`.
+OSAPI::fd_t connect_local(const std::string& path) {
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, path.data(), path.size());
+    OSAPI::FileDescriptor client(socket(AF_UNIX, SOCK_STREAM, 0));
+    if (connect(client.fd(), generic(address), sizeof address) != 0) {
+        throw std::runtime_error("cannot connect to " + path);
+    }
+    return client.release();
+}
+
+/// One byte sent at `from` arrives at `to`.
+void expect_joined(OSAPI::fd_t from, OSAPI::fd_t to) {
+    OSAPI::write(from, "!", 1);
+    char byte = 0;
+    OSAPI::read(to, &byte, 1);
+    EXPECT_EQ(byte, '!');
+}
 
 namespace fs = std::filesystem;
 using OSAPI::connect_tcp;
@@ -52,20 +116,6 @@ void expect_every_failure(const std::vector<std::string>& texts, Operation opera
         }
         EXPECT_EQ(n - 1, static_cast<int>(texts.size()));
     }
-}
-
-TEST(TCPServer, AcceptsAClient) {
-    TCPServerSocket server;
-    EXPECT_FALSE(server.is_open());
-    const int port = open_on_free_port(server);
-    EXPECT_TRUE(server.is_open());
-    EXPECT_TRUE(is_closed_on_exec(server.fd()));
-    const FileDescriptor client(connect_tcp("127.0.0.1", port));
-    const FileDescriptor accepted(server.accept(false));
-    EXPECT_TRUE(is_closed_on_exec(accepted.fd()));
-    EXPECT_FALSE(is_closed_on_exec(client.fd()));
-    expect_joined(client.fd(), accepted.fd());
-    expect_joined(accepted.fd(), client.fd());
 }
 
 TEST(TCPServer, ClosesAndOpensAgainOnTheSamePort) {
@@ -147,15 +197,6 @@ TEST(TCPServer, EveryFailureOfOpeningHasItsTextAndLeavesNothingOpen) {
         [&] { const TCPServerSocket server(port.number()); });
 }
 
-TEST(TCPServer, PortInUseIsReported) {
-    TCPServerSocket first;
-    const int port = open_on_free_port(first);
-    TCPServerSocket second;
-    expect_message(thrown_message([&] { second.open(port); }), with_error("bind", EADDRINUSE),
-                   "OSAPI::TCPServerSocket::open", kSource);
-    EXPECT_FALSE(second.is_open());
-}
-
 TEST(ConnectTCP, RefusesPortsThatAreNoneBeforeItLooksForTheHost) {
     const Fault<&Syscalls::gethostbyname> lookups(EIO, kAlways);
     for (const int port : {0, 65536, -1}) {
@@ -221,16 +262,6 @@ TEST(ConnectTCP, EveryFailureHasItsTextAndLeavesNothingOpen) {
         [&] { const FileDescriptor client(connect_tcp("127.0.0.1", port)); });
 }
 
-TEST(ConnectTCP, ServerThatIsNotThere) {
-    const ReservedPort port;  // bound, but nobody listens
-    const int before = open_descriptors();
-    expect_message(
-        thrown_message([&] { connect_tcp("127.0.0.1", port.number()); }),
-        with_error("connect(\"127.0.0.1:" + std::to_string(port.number()) + "\")", ECONNREFUSED),
-        "OSAPI::connect_tcp", kSource);
-    EXPECT_EQ(open_descriptors(), before);
-}
-
 class LocalServer : public testing::Test {
 protected:
     /// A path of `length` characters in a folder of its own.
@@ -243,15 +274,20 @@ protected:
     const std::string path_ = folder_ / "socket";
 };
 
-TEST_F(LocalServer, AcceptsAClient) {
-    UNIXServerSocket server(path_.c_str());
-    EXPECT_TRUE(is_closed_on_exec(server.fd()));
+TEST_F(LocalServer, AsksForALocalStreamAndABacklogOfFive) {
+    const Intercept<&Syscalls::socket> sockets([&](int family, int type, int protocol) {
+        EXPECT_EQ(family, AF_UNIX);
+        EXPECT_EQ(type, SOCK_STREAM);
+        return sockets.real(family, type, protocol);
+    });
+    const Intercept<&Syscalls::listen> listens([&](int fd, int backlog) {
+        EXPECT_EQ(backlog, 5);
+        return listens.real(fd, backlog);
+    });
+    const UNIXServerSocket server(path_.c_str());
+    EXPECT_EQ(sockets.calls(), 1);
+    EXPECT_EQ(listens.calls(), 1);
     EXPECT_TRUE(fs::is_socket(path_));
-    const FileDescriptor client(connect_local(path_));
-    const FileDescriptor accepted(server.accept(false));
-    EXPECT_TRUE(is_closed_on_exec(accepted.fd()));
-    expect_joined(client.fd(), accepted.fd());
-    expect_joined(accepted.fd(), client.fd());
 }
 
 TEST_F(LocalServer, RemovesItsPathWhenItCloses) {
@@ -265,17 +301,10 @@ TEST_F(LocalServer, RemovesItsPathWhenItCloses) {
         EXPECT_FALSE(fs::exists(path_));
         server.open(path_.c_str());
         EXPECT_EQ(failed_assertion([&] { server.open(path_.c_str()); }), "!is_open()");
-        EXPECT_TRUE(fs::is_socket(path_));
+        EXPECT_TRUE(fs::remove(path_)) << "that it is gone already is no error";
     }
     EXPECT_FALSE(fs::exists(path_));
     EXPECT_EQ(open_descriptors(), before);
-}
-
-TEST_F(LocalServer, DoesNotMindThatItsPathIsGone) {
-    UNIXServerSocket server(path_.c_str());
-    fs::remove(path_);
-    server.close();
-    EXPECT_FALSE(server.is_open());
 }
 
 TEST_F(LocalServer, ClosesEvenWhenItsPathCannotBeRemoved) {
@@ -319,21 +348,6 @@ TEST_F(LocalServer, LeavesAloneWhatStandsAtItsPath) {
     EXPECT_EQ(read_file(path_), "precious");
 }
 
-TEST_F(LocalServer, AsksForALocalStreamAndABacklogOfFive) {
-    const Intercept<&Syscalls::socket> sockets([&](int family, int type, int protocol) {
-        EXPECT_EQ(family, AF_UNIX);
-        EXPECT_EQ(type, SOCK_STREAM);
-        return sockets.real(family, type, protocol);
-    });
-    const Intercept<&Syscalls::listen> listens([&](int fd, int backlog) {
-        EXPECT_EQ(backlog, 5);
-        return listens.real(fd, backlog);
-    });
-    const UNIXServerSocket server(path_.c_str());
-    EXPECT_EQ(sockets.calls(), 1);
-    EXPECT_EQ(listens.calls(), 1);
-}
-
 TEST_F(LocalServer, EveryFailureOfOpeningHasItsTextAndLeavesNothing) {
     expect_every_failure<&Syscalls::socket, &Syscalls::bind, &Syscalls::listen, &Syscalls::fcntl>(
         {"socket", "bind", "listen", "fcntl"}, [&] {
@@ -346,5 +360,106 @@ TEST_F(LocalServer, EveryFailureOfOpeningHasItsTextAndLeavesNothing) {
             }
         });
 }
+
+using OSAPI::ServerSocket;
+
+/// A server of either kind, and how to become its client.
+class Servers : public testing::TestWithParam<bool> {
+protected:
+    Servers() {
+        if (GetParam()) {
+            local_->open(path_.c_str());
+        } else {
+            port_ = open_on_free_port(*tcp_);
+        }
+    }
+
+    ServerSocket& server() {
+        if (GetParam()) {
+            return *local_;
+        }
+        return *tcp_;
+    }
+    int connected() const {
+        return GetParam() ? connect_local(path_) : OSAPI::connect_tcp("127.0.0.1", port_);
+    }
+
+private:
+    const ScratchFolder folder_;
+    const std::string path_ = folder_ / "socket";
+    const std::unique_ptr<UNIXServerSocket> local_ = std::make_unique<UNIXServerSocket>();
+    const std::unique_ptr<TCPServerSocket> tcp_ = std::make_unique<TCPServerSocket>();
+    int port_ = 0;
+};
+
+TEST_P(Servers, TakeSeveralClientsInTurn) {
+    EXPECT_TRUE(server().is_open());
+    EXPECT_TRUE(is_closed_on_exec(server().fd()));
+    const FileDescriptor first(connected());
+    const FileDescriptor second(connected());
+    const FileDescriptor for_first(server().accept(false));
+    const FileDescriptor for_second(server().accept(true));
+    EXPECT_TRUE(is_closed_on_exec(for_first.fd()));
+    EXPECT_FALSE(is_closed_on_exec(first.fd()));
+    expect_joined(first.fd(), for_first.fd());
+    expect_joined(for_first.fd(), first.fd());
+    expect_joined(for_second.fd(), second.fd());
+}
+
+TEST_P(Servers, ReturnOnASignalWhenAskedTo) {
+    const int before = open_descriptors();
+    const Interruptions interruptions;
+    EXPECT_EQ(server().accept(true), -1);
+    EXPECT_GT(interruptions.seen(), 0);
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST_P(Servers, WaitOnWhenSignalsArrive) {
+    FileDescriptor client;
+    const ThreeInterruptions<&Syscalls::accept> accepts([&] { client.init(connected()); });
+    const FileDescriptor accepted(server().accept(false));
+    EXPECT_EQ(accepts.calls(), 4);
+    expect_joined(client.fd(), accepted.fd());
+}
+
+TEST_P(Servers, ReportEveryFailureAndLoseNoDescriptor) {
+    const char* const texts[] = {"accept", "fcntl"};
+    for (const bool return_on_interrupt : {false, true}) {
+        for (const int error : kErrors) {
+            for (int n = 0; n < 2; ++n) {
+                SCOPED_TRACE(std::string(texts[n]) + ' ' + std::strerror(error));
+                const FileDescriptor client(connected());
+                const int before = open_descriptors();
+                const NthCallFault<&Syscalls::accept, &Syscalls::fcntl> fault(error, n + 1);
+                if (n == 0 && error == EINTR) {
+                    if (return_on_interrupt) {
+                        EXPECT_EQ(server().accept(true), -1);
+                        EXPECT_EQ(fault.calls(), 1);
+                    }
+                } else {
+                    expect_message(thrown_message([&] { server().accept(return_on_interrupt); }),
+                                   with_error(texts[n], error),
+                                   n == 0 ? "OSAPI::ServerSocket::accept" : "OSAPI::close_on_exec",
+                                   n == 0 ? kSource : "osapi/osapi-unix-descriptor-flags.cpp");
+                    EXPECT_EQ(fault.calls(), n + 1);
+                }
+                EXPECT_EQ(open_descriptors(), before);
+                if (n == 0) {  // the client is still waiting
+                    const FileDescriptor accepted(server().accept(return_on_interrupt));
+                    expect_joined(client.fd(), accepted.fd());
+                }
+            }
+        }
+    }
+}
+
+TEST_P(Servers, NotOpenOnesAcceptNobody) {
+    TCPServerSocket closed;
+    expect_message(thrown_message([&] { closed.accept(true); }), with_error("accept", EBADF),
+                   "OSAPI::ServerSocket::accept", kSource);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Servers, testing::Bool(),
+                         [](const auto& kind) { return kind.param ? "Local" : "TCP"; });
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <new>
 #include <string>
 
-#include "support/expect_throw.h"
 #include "support/failing_allocator.h"
 #include "support/faults.h"
 #include "support/scratch.h"

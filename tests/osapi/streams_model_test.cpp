@@ -1,5 +1,5 @@
-// The streams against the simplest thing that could do the same: the whole file in one text and an
-// index into it. Random operations, fixed seeds.
+// Reading streams against the simplest thing that could do the same: the whole file in one text and
+// an index into it. Random operations, fixed seeds.
 #include <gtest/gtest.h>
 #include <osapi/streams.h>
 
@@ -10,7 +10,6 @@
 
 #include "support/expect_throw.h"
 #include "support/scratch.h"
-#include "support/stream_text.h"
 
 namespace {
 
@@ -179,23 +178,6 @@ void step_both(BufferedInput& stream, PlainInput& plain, Random& random, s64 fil
     ASSERT_EQ(stream.curpos(), plain.position());
 }
 
-/// A file of its own for each sequence: some file systems write a truncated file to the disk at
-/// once, which would take a minute for all of them.
-class SequenceFile {
-public:
-    SequenceFile(const ScratchFolder& folder, int sequence)
-        : path_(folder / std::to_string(sequence)) {}
-    SequenceFile(const SequenceFile&) = delete;
-    SequenceFile& operator=(const SequenceFile&) = delete;
-    ~SequenceFile() { OSAPI::rm_ifexist(c_str()); }
-
-    const std::string& path() const { return path_; }
-    const char* c_str() const { return path_.c_str(); }
-
-private:
-    std::string path_;
-};
-
 class Model : public testing::TestWithParam<int> {
 protected:
     ScratchFolder folder_;
@@ -206,9 +188,11 @@ TEST_P(Model, BufferedInputIsAPlainReadOfTheFile) {
         SCOPED_TRACE(sequence);
         Random random(sequence);
         const std::string bytes = random.text(sequence % 10 == 0 ? 20000 : 120);
-        const SequenceFile place(folder_, sequence);
-        write_file(place.path(), bytes);
-        OSAPI::DiskFile file(place.c_str(), OSAPI::kRead);
+        // A file of its own for each sequence: some file systems write a truncated file to the disk
+        // at once, which would take a minute for all of them.
+        const std::string path = folder_ / std::to_string(sequence);
+        write_file(path, bytes);
+        OSAPI::DiskFile file(path.c_str(), OSAPI::kRead);
         OSAPI::FileInput source(file);
         BufferedInput stream(source, GetParam());
         PlainInput plain(bytes, GetParam() != 0);
@@ -216,51 +200,6 @@ TEST_P(Model, BufferedInputIsAPlainReadOfTheFile) {
             ASSERT_NO_FATAL_FAILURE(
                 step_both(stream, plain, random, static_cast<s64>(bytes.size())));
         }
-    }
-}
-
-TEST_P(Model, BufferedOutputIsAPlainWriteToTheFile) {
-    for (int sequence = 0; sequence < kSequences; ++sequence) {
-        SCOPED_TRACE(sequence);
-        Random random(sequence);
-        const SequenceFile place(folder_, sequence);
-        std::string plain;
-        s64 position = 0;
-        {
-            OSAPI::DiskFile file(place.c_str(), OSAPI::kWrite);
-            OSAPI::FileOutput sink(file);
-            BufferedOutput stream(sink, GetParam());
-            for (int i = 0; i < kOperations; ++i) {
-                const int operation = random.between(0, 7);
-                if (operation < 5) {
-                    const std::string bytes = random.text(random.between(0, 9) == 0 ? 9000 : 12);
-                    ASSERT_EQ(write_text(stream, bytes), static_cast<int>(bytes.size()));
-                    const std::size_t from = static_cast<std::size_t>(position);
-                    if (!bytes.empty()) {
-                        plain.resize(std::max(plain.size(), from + bytes.size()));
-                        plain.replace(from, bytes.size(), bytes);
-                    }
-                    position += static_cast<s64>(bytes.size());
-                } else if (operation == 5) {
-                    stream.flush();
-                    ASSERT_EQ(read_file(place.path()), plain);
-                } else {
-                    const s64 target = random.between(-2, static_cast<int>(plain.size()) + 20);
-                    const auto seek = [&] {
-                        return operation == 6 ? stream.seek_from_start(target)
-                                              : stream.seek_from_curpos(target - position);
-                    };
-                    if (target >= 0) {
-                        ASSERT_EQ(seek(), target);
-                        position = target;
-                    } else {
-                        ASSERT_EQ(thrown_message(seek).find(kNoPlace), 0U);
-                    }
-                }
-                ASSERT_EQ(stream.curpos(), position);
-            }
-        }
-        ASSERT_EQ(read_file(place.path()), plain);
     }
 }
 
