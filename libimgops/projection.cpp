@@ -1,10 +1,14 @@
 #include <libimgops/projection.h>
 
-#include "stars_source.h"
+#include <base/exceptions.h>
+
+#include "message_source.h"
 
 #include <cmath>
 
 namespace {
+
+constexpr int kUnknownProjectionLine = 290;
 
 /// Sine and cosine of an angle in degrees. The detour through single precision is kept: saved
 /// projects have their stars at these very angles.
@@ -78,7 +82,8 @@ PART_OF_ITS_CALLERS bool map_point(VectorN<double, 4> p, const DblMatrix4& m,
             break;
         }
         default:
-            STARS_THROW_IN(signature, kUnknownProjectionLine, "unknown projection");
+            throw StrXception(kStarsSource, signature, kUnknownProjectionLine,
+                              "unknown projection");
     }
 
     q[0] = (q[0] - x0) / (x1 - x0);

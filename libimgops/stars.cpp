@@ -1,14 +1,18 @@
 // The star renderer: one frame's set-up, and the loop over its stars.
+#include <base/exceptions.h>
 #include <libimgops/projection.h>
 #include <libimgops/renderer.h>
 
 #include "fast/fast_frame.h"
+#include "message_source.h"
 #include "renderer_private.h"
-#include "stars_source.h"
 
 #include <cmath>
 
 namespace {
+
+constexpr int kNoCamerasLine = 464;
+constexpr int kBadHeaderLine = 518;
 
 /// Pixels of a spot size, which is in thousandths of half the frame's width on both axes.
 double spot_pixels(double size, const StarFramebuffer& fb) { return size * 0.0005 * fb.width; }
@@ -33,7 +37,10 @@ void keep_spot_above_a_pixel(float& spot, float& intensity) {
 StarRenderer::StarRenderer(const StarRendererData& data_, const StarFramebuffer& fb,
                            StarInput& input, const Array<camera>& cams)
     : data(data_), priv(new PrivateData{fb, input, cams}) {
-    STARS_ASSERT_AT(kNoCamerasLine, priv->cams.len() > 0);
+    if (cams.empty()) {
+        throw AssertXception("priv->cams.len() > 0", kStarsSource, __PRETTY_FUNCTION__,
+                             kNoCamerasLine);
+    }
     const uword samples = cams.len();
     for (uword i = 0; i < samples; ++i) {
         priv->mats.append(projection_matrix(cams[i], data.projection));
@@ -51,7 +58,8 @@ StarRenderer::StarRenderer(const StarRendererData& data_, const StarFramebuffer&
     keep_spot_above_a_pixel(priv->spot_h, priv->intensity);
 
     if (!input.is_valid()) {
-        STARS_THROW_AT(kBadHeaderLine, "error in star database file");
+        throw StrXception(kStarsSource, __PRETTY_FUNCTION__, kBadHeaderLine,
+                          "error in star database file");
     }
     priv->index = 1;
 }

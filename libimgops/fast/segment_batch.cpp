@@ -3,7 +3,7 @@
 #include <libimgops/streak.h>
 
 #include "closeness.h"
-#include "plain_rows.h"
+#include "stars/streak_rows.h"
 
 #include <cmath>
 #include <cstddef>

@@ -10,9 +10,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <fstream>
 #include <limits>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
+
+#include "stars/streak_rows.h"
 
 namespace {
 
@@ -422,7 +427,7 @@ TEST(Streak, StaysInTheFrameForAnyNumbers) {
                         lit += draw(frame, {ax, ay}, {bx, by}, 1, 1, 1.5F) ? 1 : 0;
                     } catch (const AssertXception& x) {
                         // The guard of the next test.
-                        EXPECT_STREQ(x.file(), "libimgops/stars.cpp");
+                        EXPECT_STREQ(x.expression(), "ix >= 0 && ix < dst.width");
                     }
                     ASSERT_TRUE(frame.guards_intact()) << ax << ' ' << ay << ' ' << bx << ' ' << by;
                     ASSERT_EQ(frame.a(2, 3), 0.5F);
@@ -433,19 +438,51 @@ TEST(Streak, StaysInTheFrameForAnyNumbers) {
     EXPECT_GT(lit, 0);
 }
 
+namespace {
+
+/// Expects that `draw` is refused by the assertion `condition`, in the name of `op_star_streak` and
+/// with the source and the line where that assertion stands.
+template <class Draw>
+void expect_refused(const std::string& condition, Draw draw) {
+    try {
+        draw();
+        ADD_FAILURE() << "drawn";
+    } catch (const AssertXception& x) {
+        EXPECT_EQ(x.expression(), condition);
+        EXPECT_EQ(std::string(x.function()).find("bool op_star_streak(const StarFramebuffer"), 0U);
+        EXPECT_EQ(std::string(x.file()).find("libimgops/stars"), 0U) << x.file();
+        std::ifstream source(std::string(LUMIVAR_SOURCE_DIR "/") + x.file());
+        std::string line;
+        for (int i = 0; i < x.line(); ++i) {
+            std::getline(source, line);
+        }
+        EXPECT_NE(line.find("(" + condition + ")"), std::string::npos) << x.line() << ": " << line;
+    }
+}
+
+}  // namespace
+
 TEST(Streak, GuardsAgainstAColumnOffTheFrame) {
     // A line so far off that its place on the row, rounded, is beyond 32 bits while the row still
     // seems to reach it: the column becomes the most negative integer.
     GuardedFrame frame(64, 48);
-    try {
+    expect_refused("ix >= 0 && ix < dst.width", [&] {
         draw(frame, {95.7740784F, 19.8893127F}, {-3.77907028e+19F, 542380928.0F}, 1, 1.01231F,
              3.90956F);
-        FAIL() << "the column was taken";
-    } catch (const AssertXception& x) {
-        EXPECT_STREQ(x.expression(), "ix >= 0 && ix < dst.width");
-        EXPECT_STREQ(x.file(), "libimgops/stars.cpp");
-        EXPECT_EQ(std::string(x.function()).find("bool op_star_streak(const StarFramebuffer"), 0U);
-        EXPECT_GT(x.line(), 0);
-    }
+    });
     EXPECT_TRUE(frame.guards_intact());
+}
+
+// The box is clipped to the frame, so that only a caller of the rows themselves can get there.
+TEST(Streak, GuardsAgainstARowOffTheFrame) {
+    GuardedFrame frame(64, 48);
+    const Vector2 at(10, 40);
+    const PlainSegment segment{at, at, 1, kWhite, 1, 1, 3, {7, 37, 13, 43}};
+    for (const auto& [first, last] : {std::pair(-1, 3), std::pair(40, 48)}) {
+        float ry = static_cast<float>(first) - at[1];
+        expect_refused("iy >= 0 && iy < dst.height", [&] {
+            draw_rows_plainly(frame.view(), segment, STARS_LINES_ALL, 1, first, last, ry);
+        });
+        EXPECT_TRUE(frame.guards_intact());
+    }
 }

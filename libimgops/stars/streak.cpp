@@ -17,10 +17,10 @@
 // This code defines the pixels: single precision in exactly the order written.
 #include <libimgops/streak.h>
 
-#include "plain_rows.h"
 #include "segment_shape.h"
-#include "stars_source.h"
+#include "streak_rows.h"
 
+#include <base/exceptions.h>
 #include <base/words.h>
 
 #include <cfloat>
@@ -37,6 +37,14 @@ namespace {
 constexpr char kSignature[] =
     "bool op_star_streak(const StarFramebuffer&, const Vector2&, const Vector2&, float, const "
     "Color3&, float, float, op_stars_lines)";
+
+/// `XASSERT` in that name.
+#define STREAK_ASSERT(condition)                                              \
+    do {                                                                      \
+        if (!(condition)) {                                                   \
+            throw AssertXception(#condition, __FILE__, kSignature, __LINE__); \
+        }                                                                     \
+    } while (false)
 
 bool is_skipped(int iy, op_stars_lines lines) {
     if (lines == STARS_LINES_ALL) {
@@ -135,7 +143,7 @@ bool draw_rows(const StarFramebuffer& dst, const PlainSegment& segment, op_stars
     // Offsets from the midpoint are carried from row to row and pixel to pixel by adding 1, and a
     // row ends by the carried offset: its rounding decides about the last column.
     for (int iy = y0; iy <= y1; ++iy, ry += 1.0F) {
-        STARS_ASSERT_IN(kSignature, __LINE__, iy >= 0 && iy < dst.height);
+        STREAK_ASSERT(iy >= 0 && iy < dst.height);
         if (is_skipped(iy, lines)) {
             continue;
         }
@@ -148,7 +156,7 @@ bool draw_rows(const StarFramebuffer& dst, const PlainSegment& segment, op_stars
         // One running place in all four channels.
         s64 at = s64{dst.pixel_stride} * ix + s64{dst.stride} * iy;
         for (; last_rx >= rx && ix < dst.width; ++ix, rx += 1.0F, at += dst.pixel_stride) {
-            STARS_ASSERT_IN(kSignature, __LINE__, ix >= 0 && ix < dst.width);
+            STREAK_ASSERT(ix >= 0 && ix < dst.width);
             const float coverage = dst.a[at];
             if (coverage >= 1.0F) {
                 continue;
