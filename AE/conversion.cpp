@@ -48,7 +48,7 @@ void convert_image(const Kelv::Image& image, PF_PixelFormat format, PF_EffectWor
             convert_rows(image, to_opaque_floats, output);
             break;
         default:
-            throw StrXception(kShellSource, __PRETTY_FUNCTION__, kUnhandledFormatLine,
+            throw StrXception(kShellSource, kRenderFunction, kUnhandledFormatLine,
                               "unhandled PF_Pixelformat %d", format);
     }
 }

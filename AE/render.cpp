@@ -64,7 +64,7 @@ StarFramebuffer framebuffer(Kelv::Image& image) {
 /// The database that the instance asks for, opened unless it is open already.
 StarInput& chosen_database(std::int32_t database_index) {
     if (globals == nullptr || globals->starfiles.empty()) {
-        throw AssertXception("!globals->starfiles.empty()", kShellSource, __PRETTY_FUNCTION__,
+        throw AssertXception("!globals->starfiles.empty()", kShellSource, kRenderFunction,
                              kNoStarFilesLine);
     }
     // Compared before clamping, deliberately: with the choice left alone (-1) the file is opened
@@ -79,7 +79,7 @@ StarInput& chosen_database(std::int32_t database_index) {
         globals->stardb.reset(opened);
     }
     if (!globals->stardb) {
-        throw AssertXception("globals->stardb != 0", kShellSource, __PRETTY_FUNCTION__,
+        throw AssertXception("globals->stardb != 0", kShellSource, kRenderFunction,
                              kNoDatabaseLine);
     }
     return *globals->stardb;

@@ -19,5 +19,8 @@ const char* table_string(TableString index);
 /// Puts `text` into the host's message buffer, cut to its 256 characters, terminator included.
 void set_return_msg(PF_OutData* out_data, const String& text);
 
-/// Where the exceptions that name fixed lines say they were raised: support requests quote them.
+// Where the exceptions that name fixed lines say they were raised, whichever source and function of
+// the room that is: support requests quote them.
 inline constexpr char kShellSource[] = "AE/LumivarAE.cpp";
+inline constexpr char kRenderFunction[] =
+    "void Lumivar_Render(const MyInstance&, int, int, PF_PixelFormat, PF_EffectWorld*)";
