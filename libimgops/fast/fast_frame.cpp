@@ -1,6 +1,5 @@
 #include "fast_frame.h"
 
-#include <base/exceptions.h>
 #include <libimgops/byte_order.h>
 #include <libimgops/projection.h>
 
@@ -82,8 +81,6 @@ FastFrame* FastFrame::of(const StarRendererData& data, StarRenderer::PrivateData
         return new FastFrame(data, priv, *kernels);
     } catch (const std::bad_alloc&) {
         return nullptr;
-    } catch (const Xception&) {
-        return nullptr;  // no memory for an array
     }
 }
 
@@ -93,10 +90,11 @@ FastFrame::FastFrame(const StarRendererData& data, StarRenderer::PrivateData& pr
       priv_(priv),
       kernels_(kernels),
       has_depth_(data.use_depth && priv.input.depth_valid()),
+      planes_(new star_kernels::Plane[star_kernels::kPlanes * priv.mats.len()]),
       batch_(priv.fb, kernels, priv.spot_w, priv.spot_h, colour_tables_, priv.mats.len() == 1) {
     const double reach = longest_reach(data, priv.intensity);
-    append_frustum_planes(data, priv.fb, priv.mats, reach * static_cast<double>(priv.spot_w),
-                          reach * static_cast<double>(priv.spot_h), planes_);
+    find_frustum_planes(data, priv.fb, priv.mats, reach * static_cast<double>(priv.spot_w),
+                        reach * static_cast<double>(priv.spot_h), planes_.get());
     for (int code = 0; code < kCodes; ++code) {
         const auto c = static_cast<unsigned char>(code);
         const Color3 colour = shaped_colour(c, c, c, data);
@@ -164,7 +162,7 @@ void FastFrame::draw_gathered(Gathered& stars, bool& drew) {
                 weight_of_distance(ledouble_to_cpu(&s.distance), data_.parallax_crush));
         }
     }
-    kernels_.outside(stars.lon, stars.lat, stars.weight, stars.count, &planes_[0],
+    kernels_.outside(stars.lon, stars.lat, stars.weight, stars.count, planes_.get(),
                      static_cast<int>(priv_.mats.len()), stars.is_outside);
     for (int i = 0; i < stars.count; ++i) {
         if (stars.is_outside[i] == 0) {

@@ -39,6 +39,6 @@ private:
     bool has_depth_;
     /// Linear light of the 256 codes of red, of green and of blue.
     float colour_tables_[3 * 256];
-    Array<star_kernels::Plane> planes_;
+    scoped_array<star_kernels::Plane> planes_;
     SegmentBatch batch_;
 };

@@ -64,9 +64,9 @@ Plane plane_of(const Matrix4<double>& m, double sign, int c, double limit, int b
 
 }  // namespace
 
-void append_frustum_planes(const StarRendererData& data, const StarFramebuffer& fb,
-                           const Array<Matrix4<double>>& mats, double reach_x, double reach_y,
-                           Array<Plane>& planes) {
+void find_frustum_planes(const StarRendererData& data, const StarFramebuffer& fb,
+                         const Array<Matrix4<double>>& mats, double reach_x, double reach_y,
+                         Plane* planes) {
     const double per_pixel_x = (data.window_x1 - data.window_x0) / fb.width;
     const double per_pixel_y = (data.window_y1 - data.window_y0) / fb.height;
     const double out_x = (reach_x + kMargin) * per_pixel_x;
@@ -77,18 +77,18 @@ void append_frustum_planes(const StarRendererData& data, const StarFramebuffer& 
     const bool has_sides = pinhole && per_pixel_x > 0 && per_pixel_y > 0;
     const int ahead = pinhole ? 3 : 2;
 
-    for (uword i = 0; i < mats.len(); ++i) {
+    for (uword i = 0; i < mats.len(); ++i, planes += star_kernels::kPlanes) {
         const Matrix4<double>& m = mats[i];
         const bool is_known = is_ordinary(m);
-        planes.append(is_known ? plane_of(m, -1, ahead, 0, ahead) : nowhere());
+        planes[0] = is_known ? plane_of(m, -1, ahead, 0, ahead) : nowhere();
         if (is_known && has_sides) {
-            planes.append(plane_of(m, -1, 0, data.window_x0 - out_x, 3));
-            planes.append(plane_of(m, 1, 0, data.window_x1 + out_x, 3));
-            planes.append(plane_of(m, 1, 1, data.window_y1 + out_y, 3));
-            planes.append(plane_of(m, -1, 1, data.window_y0 - out_y, 3));
+            planes[1] = plane_of(m, -1, 0, data.window_x0 - out_x, 3);
+            planes[2] = plane_of(m, 1, 0, data.window_x1 + out_x, 3);
+            planes[3] = plane_of(m, 1, 1, data.window_y1 + out_y, 3);
+            planes[4] = plane_of(m, -1, 1, data.window_y0 - out_y, 3);
         } else {
             for (int side = 1; side < star_kernels::kPlanes; ++side) {
-                planes.append(nowhere());
+                planes[side] = nowhere();
             }
         }
     }

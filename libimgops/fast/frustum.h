@@ -6,8 +6,9 @@
 
 #include "kernels/kernels.h"
 
-/// Appends the planes of each camera sample's frustum, moved outward by the largest spot's light.
-/// `mats` as the renderer has them; `reach_x`, `reach_y`: of the brightest star's light, pixels.
-void append_frustum_planes(const StarRendererData& data, const StarFramebuffer& fb,
-                           const Array<Matrix4<double>>& mats, double reach_x, double reach_y,
-                           Array<star_kernels::Plane>& planes);
+/// Writes the planes of each camera sample's frustum, moved outward by the largest spot's light, to
+/// `planes`: `kPlanes` a sample. `mats` as the renderer has them; `reach_x`, `reach_y`: of the
+/// brightest star's light, pixels.
+void find_frustum_planes(const StarRendererData& data, const StarFramebuffer& fb,
+                         const Array<Matrix4<double>>& mats, double reach_x, double reach_y,
+                         star_kernels::Plane* planes);

@@ -19,9 +19,14 @@ namespace {
 /// Blocks of `operator new` less those given back, while somebody watches.
 bool watching = false;
 int live = 0;
+/// Allocations until one throws an assertion, as a defect would; below 0 for none.
+int until_assertion = -1;
 
 // By way of `malloc`, which the failing allocator sees.
 void* allocated(std::size_t size) {
+    const bool is_broken = until_assertion == 0;
+    until_assertion -= until_assertion >= 0 ? 1 : 0;
+    XASSERT(!is_broken);
     void* const block = std::malloc(size == 0 ? 1 : size);
     if (block == nullptr) {
         throw std::bad_alloc();
@@ -171,4 +176,19 @@ TEST(FrameMemory, IsGivenBackWhereverItRunsOut) {
     EXPECT_GE(failures, 5U);
     EXPECT_GE(drawn_plainly, 3);
     EXPECT_LE(refused, 4) << "only what the plain path needs too";
+}
+
+// An assertion is a defect: it reaches the caller, while the fast path is set up too, and is not
+// covered up by a frame that is drawn plainly.
+TEST(FrameMemory, IsNoExcuseForAFailedAssertion) {
+    const PathInUse fast(DrawPath::fast);
+    const Scene scene = scene_of(700, 160, 90, 2);
+    Frame frame(scene);
+    StarRenderer renderer(scene.data, frame.fb, frame.input, frame.cams);
+    bool drew = true;
+    for (int before = 0; before < 4; ++before) {
+        until_assertion = before;
+        EXPECT_THROW(renderer.render_stars(drew), AssertXception) << before;
+        EXPECT_TRUE(frame.pixels.is_blank()) << before;
+    }
 }
