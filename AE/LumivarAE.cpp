@@ -5,6 +5,7 @@
 #include <AE/registration.h>
 #include <AE/suites.h>
 
+#include <cstddef>
 #include <cstring>
 
 namespace {

@@ -2,6 +2,8 @@
 #include <AE/instance.h>
 #include <base/to_int.h>
 
+#include <cstdint>
+
 namespace {
 
 // The composition as far as the camera needs it.

@@ -48,7 +48,7 @@ public:
         });
     }
 
-    void color(ParamId id, const char* name, const PF_Pixel& value) {
+    void colour(ParamId id, const char* name, const PF_Pixel& value) {
         add(id, name, PF_Param_COLOR, [&](PF_ParamDefUnion& u) {
             u.cd.value = value;
             u.cd.dephault = value;
@@ -123,7 +123,7 @@ PF_Err ParamsSetup(PF_InData* in_data, PF_OutData* out_data, PF_ParamDef* /*para
     add.float_slider(kBrightnessBias, "Brightness Bias", 5.0F, 2.0F, 1.0F, 2);
     add.float_slider(kStarSaturation, "Star Saturation", 2.0F, 2.0F, 0.4F, 2);
     add.float_slider(kTintStrength, "Tint Strength", 1.0F, 1.0F, 0.0F, 2);
-    add.color(kTintColor, "Tint Color", kTintDefault);
+    add.colour(kTintColor, "Tint Color", kTintDefault);
     add.float_slider(kMaximumLuminance, "Maximum Luminance", 10.0F, 10.0F, 0.5F, 2);
     add.float_slider(kLuminanceThreshold, "Luminance Threshold", 1.0F, 1.0F, 0.0001F, 6);
     add.float_slider(kStarSpotSize, "Star Spot Size", 1000.0F, 10.0F, 2.5F, 2);

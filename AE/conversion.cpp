@@ -1,7 +1,7 @@
 // Writes the float image into the host's pixels.
 //
-// The format is decided once a frame; each format has its own conversion of a row. The renderer's
-// room has those to integer codes, which lie in the host's pixels in the order of the image's.
+// The format is decided once a frame; each format has its own conversion of a row. Those to integer
+// codes are in `libimgops/codes.h`: the host's pixels have their channels in the image's order.
 #include <AE/messages.h>
 #include <AE/render.h>
 #include <base/exceptions.h>

@@ -6,9 +6,11 @@
 #include <osapi/directories.h>
 #include <osapi/paths.h>
 
+#include <cstdint>
+
 namespace {
 
-// Between set-up and the first frame no database is open; no index of a file equals this.
+// The index between set-up and the first frame, while no database is open: that of no file.
 constexpr std::int32_t kNoDatabase = -99;
 
 // From the executable's directory to the one that holds the bundle.
@@ -19,7 +21,7 @@ constexpr char kBundleParent[] = "/../../..";
 LumivarGlobals* globals = nullptr;
 
 void drop_globals() {
-    // Out of reach before its database closes, which may throw.
+    // Null before the database closes, which may throw.
     LumivarGlobals* dropped = globals;
     globals = nullptr;
     delete dropped;

@@ -1,6 +1,7 @@
 #include <AE/messages.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <iterator>
 

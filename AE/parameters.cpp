@@ -1,20 +1,21 @@
 // Reads the controls of one frame.
 #include <AE/instance.h>
 
+#include <cstdint>
 #include <cstring>
 
 namespace {
 
 /// How a control's value becomes a field of the instance.
 enum class ParamKind {
-    number = 0,
-    color = 1,
-    integer = 2,
-    checkbox = 3,
+    Number,
+    Colour,
+    Integer,
+    Checkbox,
     // Converted like a checkbox, deliberately: both choices of the popup read as 1.
-    pixel_treatment = 4,
-    projection = 5,
-    database = 6
+    PixelTreatment,
+    Projection,
+    Database
 };
 
 /// An 8-bit channel as 0 to 1, in single precision: renders must not change in their last bits.
@@ -24,19 +25,19 @@ double channel(A_u_char code) { return static_cast<double>(static_cast<float>(co
 template <ParamKind kind, auto field>
 void store(MyInstance& instance, const PF_ParamDefUnion& u) {
     auto& destination = instance.*field;
-    if constexpr (kind == ParamKind::number) {
+    if constexpr (kind == ParamKind::Number) {
         destination = u.fs_d.value;
-    } else if constexpr (kind == ParamKind::color) {
+    } else if constexpr (kind == ParamKind::Colour) {
         destination[0] = channel(u.cd.value.red);
         destination[1] = channel(u.cd.value.green);
         destination[2] = channel(u.cd.value.blue);
-    } else if constexpr (kind == ParamKind::integer) {
+    } else if constexpr (kind == ParamKind::Integer) {
         destination = u.sd.value;
-    } else if constexpr (kind == ParamKind::checkbox) {
+    } else if constexpr (kind == ParamKind::Checkbox) {
         destination = u.bd.value != 0 ? 1 : 0;
-    } else if constexpr (kind == ParamKind::pixel_treatment) {
+    } else if constexpr (kind == ParamKind::PixelTreatment) {
         destination = u.pd.value != 0 ? 1 : 0;
-    } else if constexpr (kind == ParamKind::projection) {
+    } else if constexpr (kind == ParamKind::Projection) {
         switch (u.pd.value) {
             case 1:
                 destination = Persp;
@@ -51,7 +52,7 @@ void store(MyInstance& instance, const PF_ParamDefUnion& u) {
                 break;
         }
     } else {
-        static_assert(kind == ParamKind::database);
+        static_assert(kind == ParamKind::Database);
         // As unsigned, so that the smallest value wraps instead of overflowing.
         destination = static_cast<std::int32_t>(static_cast<u32>(u.pd.value) - 1U);
     }
@@ -64,22 +65,22 @@ struct ParamRow {
 
 // In the order in which the host is asked.
 constexpr ParamRow kRows[] = {
-    {kStarSpotSize, store<ParamKind::number, &MyInstance::spot_size>},
-    {kStarAspectRatio, store<ParamKind::number, &MyInstance::aspect_ratio>},
-    {kLuminanceThreshold, store<ParamKind::number, &MyInstance::lum_threshold>},
-    {kMaximumLuminance, store<ParamKind::number, &MyInstance::max_lum>},
-    {kStarBrightness, store<ParamKind::number, &MyInstance::star_brightness>},
-    {kBrightnessBias, store<ParamKind::number, &MyInstance::brightness_bias>},
-    {kStarSaturation, store<ParamKind::number, &MyInstance::star_saturation>},
-    {kTintStrength, store<ParamKind::number, &MyInstance::tint_strength_param>},
-    {kTintColor, store<ParamKind::color, &MyInstance::tint_rgb>},
-    {kParallaxCrush, store<ParamKind::number, &MyInstance::parallax_crush_param>},
-    {kMotionBlurSegments, store<ParamKind::integer, &MyInstance::mb_segments>},
-    {kTreatPixelsAs, store<ParamKind::pixel_treatment, &MyInstance::treat_srgb>},
-    {kAnamorphicDOF, store<ParamKind::checkbox, &MyInstance::anamorphic_dof>},
-    {k3DStars, store<ParamKind::checkbox, &MyInstance::stars_3d>},
-    {kProjection, store<ParamKind::projection, &MyInstance::projection_mode>},
-    {kStarDatabase, store<ParamKind::database, &MyInstance::database_index>},
+    {kStarSpotSize, store<ParamKind::Number, &MyInstance::spot_size>},
+    {kStarAspectRatio, store<ParamKind::Number, &MyInstance::aspect_ratio>},
+    {kLuminanceThreshold, store<ParamKind::Number, &MyInstance::lum_threshold>},
+    {kMaximumLuminance, store<ParamKind::Number, &MyInstance::max_lum>},
+    {kStarBrightness, store<ParamKind::Number, &MyInstance::star_brightness>},
+    {kBrightnessBias, store<ParamKind::Number, &MyInstance::brightness_bias>},
+    {kStarSaturation, store<ParamKind::Number, &MyInstance::star_saturation>},
+    {kTintStrength, store<ParamKind::Number, &MyInstance::tint_strength_param>},
+    {kTintColor, store<ParamKind::Colour, &MyInstance::tint_rgb>},
+    {kParallaxCrush, store<ParamKind::Number, &MyInstance::parallax_crush_param>},
+    {kMotionBlurSegments, store<ParamKind::Integer, &MyInstance::mb_segments>},
+    {kTreatPixelsAs, store<ParamKind::PixelTreatment, &MyInstance::treat_srgb>},
+    {kAnamorphicDOF, store<ParamKind::Checkbox, &MyInstance::anamorphic_dof>},
+    {k3DStars, store<ParamKind::Checkbox, &MyInstance::stars_3d>},
+    {kProjection, store<ParamKind::Projection, &MyInstance::projection_mode>},
+    {kStarDatabase, store<ParamKind::Database, &MyInstance::database_index>},
 };
 
 /// Reads the controls in order up to the first that the host refuses.

@@ -9,6 +9,7 @@
 #include <libimgops/star_input.h>
 #include <libimgops/starfile.h>
 
+#include <cstdint>
 #include <limits>
 
 namespace {

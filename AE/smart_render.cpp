@@ -15,7 +15,7 @@ constexpr PF_ParamIndex kInputLayer = 0;
 constexpr A_long kInputCheckout = 0;
 
 // What hosts without smart rendering get: no stars, but a sign of life.
-constexpr PF_Pixel kFillColor = {40, 50, 60, 70};
+constexpr PF_Pixel kFillColour = {40, 50, 60, 70};
 
 /// 0..255 to 0..32768, rounded.
 A_u_short widened(A_long code) { return static_cast<A_u_short>((code * 32768 + 128) / 255); }
@@ -85,14 +85,15 @@ PF_Err SmartRender(PF_InData* in_data, PF_OutData* out_data, PF_SmartRenderExtra
     if (err == PF_Err_NONE) {
         err = pixel_format_of(world_suite, input, &format);
     }
-    // Also after a failure above, deliberately: what was left over then decides how it ends.
+    // Also after a failure above, deliberately: the output and the format as they then are decide
+    // how it ends.
     try {
         XASSERT(output != nullptr);
         Lumivar_Render(*instance, output->width, output->height, format, output);
     } catch (const Xception&) {
         err = PF_Err_BAD_CALLBACK_PARAM;
     }
-    // Both whatever failed before; an earlier error stands.
+    // Both are done whatever failed before; an earlier error stands.
     const PF_Err release_err = AEFX_ReleaseSuite(in_data, out_data, kPFWorldSuite,
                                                  kPFWorldSuiteVersion2, "Couldn't release suite.");
     if (err == PF_Err_NONE) {
@@ -116,10 +117,10 @@ PF_Err Render(PF_InData* in_data, PF_OutData* /*out_data*/, PF_ParamDef* /*param
         return err;
     }
     if (in_data->appl_id == kAppID_Premiere) {
-        return in_data->utils->fill(in_data->effect_ref, &kFillColor, nullptr, output);
+        return in_data->utils->fill(in_data->effect_ref, &kFillColour, nullptr, output);
     }
     AEGP_SuiteHandler suites(in_data->pica_basicP);
-    return suites.FillMatteSuite2()->fill(in_data->effect_ref, &kFillColor, nullptr, output);
+    return suites.FillMatteSuite2()->fill(in_data->effect_ref, &kFillColour, nullptr, output);
 }
 
 PF_Err QueryDynamicFlags(PF_InData* in_data, PF_OutData* out_data, PF_ParamDef* /*params*/[],
@@ -128,7 +129,7 @@ PF_Err QueryDynamicFlags(PF_InData* in_data, PF_OutData* out_data, PF_ParamDef* 
     PF_Err err = in_data->inter.checkout_param(in_data->effect_ref, k3DStars, in_data->current_time,
                                                in_data->time_step, in_data->time_scale, &stars_3d);
     if (err == PF_Err_NONE) {
-        // Whatever the checkbox holds: the stars follow the camera either way.
+        // Whether or not the box is checked: the stars follow the camera either way.
         out_data->out_flags2 |= PF_OutFlag2_I_USE_3D_LIGHTS | PF_OutFlag2_I_USE_3D_CAMERA;
     }
     const PF_Err checkin_err = in_data->inter.checkin_param(in_data->effect_ref, &stars_3d);

@@ -1,9 +1,9 @@
 // The frame before and after the stars: clearing, and the host's integer pixels. Per frame.
-#include "host_frame.h"
-#include "pair.h"
-
 #include <algorithm>
 #include <cstdlib>
+
+#include "host_frame.h"
+#include "pair.h"
 
 namespace {
 
@@ -31,7 +31,7 @@ template <class Code>
 bool agree(const Kelv::Image& image) {
     bench::HostFrame<Code> plain(kWidth, kHeight), fast(kWidth, kHeight);
     {
-        const bench::DrawBy by(DrawPath::plain);
+        const bench::DrawBy by(DrawPath::Plain);
         plain.take(image);
     }
     fast.take(image);

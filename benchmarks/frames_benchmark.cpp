@@ -1,7 +1,9 @@
 // Whole frames: clear, draw, convert to 8 bits.
-#include "pair.h"
-
 #include <memory>
+#include <string>
+#include <utility>
+
+#include "pair.h"
 
 namespace {
 
@@ -118,7 +120,7 @@ void frame_still_cold(benchmark::State& state, DrawPath path) {
     // The disk's speed is not known.
     bench::report(state, 1, {});
 }
-BENCHMARK_CAPTURE(frame_still_cold, plain, DrawPath::plain)->UseRealTime();
-BENCHMARK_CAPTURE(frame_still_cold, fast, DrawPath::fast)->UseRealTime();
+BENCHMARK_CAPTURE(frame_still_cold, plain, DrawPath::Plain)->UseRealTime();
+BENCHMARK_CAPTURE(frame_still_cold, fast, DrawPath::Fast)->UseRealTime();
 
 }  // namespace

@@ -1,7 +1,7 @@
 // How the cost of a frame grows, for the plot of docs/performance.md: name/path/argument.
-#include "pair.h"
-
 #include <memory>
+
+#include "pair.h"
 
 namespace {
 
@@ -47,8 +47,8 @@ void growth_segments(benchmark::State& state, DrawPath path) {
 
 /// Both paths over the same arguments.
 #define GROWTH(name, ...)                                                          \
-    BENCHMARK_CAPTURE(name, plain, DrawPath::plain)->ArgsProduct({{__VA_ARGS__}}); \
-    BENCHMARK_CAPTURE(name, fast, DrawPath::fast)->ArgsProduct({{__VA_ARGS__}})
+    BENCHMARK_CAPTURE(name, plain, DrawPath::Plain)->ArgsProduct({{__VA_ARGS__}}); \
+    BENCHMARK_CAPTURE(name, fast, DrawPath::Fast)->ArgsProduct({{__VA_ARGS__}})
 
 GROWTH(growth_stars, 25000, 100000, 400000, 2500000);
 GROWTH(growth_width, 480, 960, 1920, 3840);

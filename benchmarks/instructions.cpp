@@ -2,16 +2,15 @@
 // its own, named count_CASE_PATH. Prints what each did: case, path, units.
 //
 // The fast path runs the kernels for AVX2: the counting machine knows no wider ones.
-#include "host_frame.h"
-#include "places.h"
-#include "scene.h"
-#include "segments.h"
-
-#include "libimgops/fast/kernels/choice.h"
-
 #include <cstdio>
 #include <cstring>
 #include <memory>
+
+#include "host_frame.h"
+#include "libimgops/fast/kernels/choice.h"
+#include "places.h"
+#include "scene.h"
+#include "segments.h"
 
 namespace {
 
@@ -67,11 +66,11 @@ void convert(Frame& to, DrawPath path) {
 // names.
 #define COUNTED(name, done)                                            \
     extern "C" __attribute__((noinline)) void count_##name##_plain() { \
-        constexpr DrawPath path = DrawPath::plain;                     \
+        constexpr DrawPath path = DrawPath::Plain;                     \
         done;                                                          \
     }                                                                  \
     extern "C" __attribute__((noinline)) void count_##name##_fast() {  \
-        constexpr DrawPath path = DrawPath::fast;                      \
+        constexpr DrawPath path = DrawPath::Fast;                      \
         done;                                                          \
     }
 

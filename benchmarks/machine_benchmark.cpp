@@ -1,17 +1,18 @@
 // What this machine can do: its memory, the vector functions, and the C library's scalar functions
 // that the plain path is made of. Per byte, per value and per call.
-#include "libimgops/fast/kernels/choice.h"
-
 #include <base/words.h>
 #include <benchmark/benchmark.h>
-
 #include <sys/mman.h>
 
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <random>
 #include <vector>
+
+#include "libimgops/fast/kernels/choice.h"
 
 namespace {
 
@@ -36,7 +37,7 @@ u64* memory() {
     return words;
 }
 
-/// One word a line: what moves is the line.
+/// One word of each cache line: memory moves whole lines.
 void machine_memory_read(benchmark::State& state) {
     const u64* const words = memory();
     constexpr std::size_t kLine = 64 / sizeof(u64);

@@ -1,18 +1,19 @@
 // Runs the benchmarks that --benchmark_filter names, like any Google Benchmark program. Options of
 // its own:
 //   --kernels=NAME            draws with this set of kernels, not with the widest
-//   --turns=N --report=FILE   goes through all of them N times, so that the plain and the fast run
-//   of
-//                             a case always follow each other; a list of N reports
-#include "libimgops/fast/kernels/choice.h"
-
+//   --turns=N --report=FILE   runs all of them N times, so that the plain and the fast run of a
+//   case
+//                             always follow each other; writes a list of N reports
 #include <benchmark/benchmark.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <string>
+
+#include "libimgops/fast/kernels/choice.h"
 
 namespace {
 

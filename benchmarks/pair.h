@@ -1,16 +1,17 @@
 // A benchmark of something that both paths do, and what the machine could do at best.
 #pragma once
 
-#include "scene.h"
-
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
 #include <string>
+
+#include "scene.h"
 
 /// Two benchmarks, NAME/plain and NAME/fast, of a function that takes the state and the path.
 #define BENCHMARK_PAIR(name)                         \
-    BENCHMARK_CAPTURE(name, plain, DrawPath::plain); \
-    BENCHMARK_CAPTURE(name, fast, DrawPath::fast)
+    BENCHMARK_CAPTURE(name, plain, DrawPath::Plain); \
+    BENCHMARK_CAPTURE(name, fast, DrawPath::Fast)
 
 namespace bench {
 

@@ -1,13 +1,12 @@
 // The frames of frames_benchmark.cpp cut short, for docs/performance.md: part_FRAME_END. What one
 // takes more than another is the part between their ends.
-#include "pair.h"
-
-#include "libimgops/fast/kernels/choice.h"
-
 #include <algorithm>
 #include <limits>
 #include <memory>
 #include <string>
+
+#include "libimgops/fast/kernels/choice.h"
+#include "pair.h"
 
 namespace {
 
@@ -98,7 +97,7 @@ void undrawn(benchmark::State& state, DrawPath path, Scene& scene) {
 using Run = void (*)(benchmark::State&, DrawPath, Scene&);
 
 void add(const std::string& name, Run run, DrawPath path, Scene& (*scene)()) {
-    benchmark::RegisterBenchmark((name + (path == DrawPath::plain ? "/plain" : "/fast")).c_str(),
+    benchmark::RegisterBenchmark((name + (path == DrawPath::Plain ? "/plain" : "/fast")).c_str(),
                                  [=](benchmark::State& state) { run(state, path, scene()); });
 }
 
@@ -108,11 +107,11 @@ const bool parts_are_registered = [] {
         Scene& (*scene)();
     } frames[] = {{"part_still_", still}, {"part_pan16_", pan16}, {"part_dense_", dense}};
     for (const auto& [name, scene] : frames) {
-        add(std::string(name) + "scanned", scanned, DrawPath::plain, scene);
-        add(std::string(name) + "scanned", scanned, DrawPath::fast, scene);
-        add(std::string(name) + "unlit", unlit, DrawPath::plain, scene);
-        add(std::string(name) + "rejected", rejected, DrawPath::fast, scene);
-        add(std::string(name) + "undrawn", undrawn, DrawPath::fast, scene);
+        add(std::string(name) + "scanned", scanned, DrawPath::Plain, scene);
+        add(std::string(name) + "scanned", scanned, DrawPath::Fast, scene);
+        add(std::string(name) + "unlit", unlit, DrawPath::Plain, scene);
+        add(std::string(name) + "rejected", rejected, DrawPath::Fast, scene);
+        add(std::string(name) + "undrawn", undrawn, DrawPath::Fast, scene);
     }
     return true;
 }();

@@ -1,9 +1,12 @@
 // What a visited pixel costs: spots that stay, ordinary streaks, and streaks across the camera's
 // plane, which are so long that their error functions are saturated nearly everywhere.
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "pair.h"
 #include "segments.h"
-
-#include <memory>
 
 namespace {
 

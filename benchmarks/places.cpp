@@ -1,12 +1,12 @@
 #include "places.h"
 
-#include "scene.h"
-
 #include <libimgops/byte_order.h>
 #include <libimgops/projection.h>
 
 #include <array>
 #include <bit>
+
+#include "scene.h"
 
 namespace bench {
 
@@ -48,7 +48,7 @@ bool Places::on_screen(const VectorN<double, 4>& direction, Vector2& place) cons
 void Places::project(DrawPath path) const {
     Vector2 place;
     for (const Star& s : stars_) {
-        if (path == DrawPath::plain) {
+        if (path == DrawPath::Plain) {
             for (int sample = 0; sample < kSamples; ++sample) {
                 seen = plainly(s, place);
                 seen_x = static_cast<double>(place[0]);

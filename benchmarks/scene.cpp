@@ -4,12 +4,12 @@
 #include <libimgops/projection.h>
 #include <libimgops/renderer.h>
 
+#include <cmath>
+#include <cstdio>
+
 #include "libimgops/segment_shape.h"
 #include "libimgops/star_segments.h"
 #include "libimgops/star_shading.h"
-
-#include <cmath>
-#include <cstdio>
 
 namespace bench {
 
@@ -113,9 +113,9 @@ std::string Scene::difference(double peak_share) {
         frame.clear();
         return draw_stars();
     };
-    const bool drew = drawn_by(DrawPath::plain);
+    const bool drew = drawn_by(DrawPath::Plain);
     const std::vector<float> plain(frame.data(), frame.data() + frame.floats());
-    if (drawn_by(DrawPath::fast) != drew) {
+    if (drawn_by(DrawPath::Fast) != drew) {
         return "one path drew, the other did not";
     }
     return bench::difference(plain.data(), frame.data(), plain.size(), peak_share);

@@ -1,9 +1,6 @@
 // What the benchmarks draw: the effect's frame at its default controls, by either path.
 #pragma once
 
-#include "host_frame.h"
-#include "sky.h"
-
 #include <base/array.h>
 #include <libimgops/draw_path.h>
 #include <libimgops/records.h>
@@ -13,6 +10,9 @@
 #include <functional>
 #include <string>
 #include <vector>
+
+#include "host_frame.h"
+#include "sky.h"
 
 namespace bench {
 
@@ -28,7 +28,7 @@ public:
     explicit DrawBy(DrawPath path) { set_draw_path(path); }
     DrawBy(const DrawBy&) = delete;
     DrawBy& operator=(const DrawBy&) = delete;
-    ~DrawBy() { set_draw_path(DrawPath::fast); }
+    ~DrawBy() { set_draw_path(DrawPath::Fast); }
 };
 
 /// The effect's controls at their defaults, as they reach the renderer of a frame of that size.

@@ -2,14 +2,16 @@
 
 #include <libimgops/streak.h>
 
-#include "libimgops/fast/kernels/choice.h"
-#include "libimgops/fast/segment_batch.h"
-
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <random>
 #include <stdexcept>
+#include <utility>
+
+#include "libimgops/fast/kernels/choice.h"
+#include "libimgops/fast/segment_batch.h"
 
 namespace bench {
 
@@ -66,7 +68,7 @@ SegmentScene::SegmentScene(std::vector<DrawnSegment> segments, float spot)
 }
 
 void SegmentScene::draw(DrawPath path) {
-    if (path == DrawPath::plain) {
+    if (path == DrawPath::Plain) {
         for (const DrawnSegment& s : segments_) {
             op_star_streak(frame_.view(), s.a, s.b, s.energy, {0.5F, 0.75F, 1.0F}, spot_, spot_,
                            STARS_LINES_ALL);
@@ -87,10 +89,10 @@ void SegmentScene::draw(DrawPath path) {
 
 std::string SegmentScene::difference(double peak_share) {
     frame_.clear();
-    draw(DrawPath::plain);
+    draw(DrawPath::Plain);
     const std::vector<float> plain(frame_.data(), frame_.data() + frame_.floats());
     frame_.clear();
-    draw(DrawPath::fast);
+    draw(DrawPath::Fast);
     const std::string differs =
         bench::difference(plain.data(), frame_.data(), plain.size(), peak_share);
     return differs.empty() ? miscount() : differs;

@@ -1,10 +1,11 @@
 // Segments for the rasterisers, drawn by either path without the stars around them.
 #pragma once
 
-#include "scene.h"
-
+#include <cstddef>
 #include <string>
 #include <vector>
+
+#include "scene.h"
 
 namespace bench {
 

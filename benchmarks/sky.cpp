@@ -7,7 +7,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -29,7 +31,7 @@ struct Direction {
     double x, y, z;
 };
 
-/// Reading a number of the file is its own inverse.
+/// Turning the bytes of a number round is its own inverse.
 double as_stored(double x) { return ledouble_to_cpu(&x); }
 float as_stored(float x) { return lefloat_to_cpu(&x); }
 
@@ -187,7 +189,7 @@ bool SkyFile::drop_from_page_cache() {
 #if defined(POSIX_FADV_DONTNEED)
     const int file = open(path_.c_str(), O_RDONLY);
     must(file >= 0, path_.c_str());
-    // What is not on the disk yet is not forgotten either.
+    // Nor is a page that is not on the disk yet.
     must(fsync(file) == 0, "fsync");
     const bool asked = posix_fadvise(file, 0, 0, POSIX_FADV_DONTNEED) == 0;
     const double left = resident_share(file, (std::size_t{stars_} + 1) * sizeof(star));

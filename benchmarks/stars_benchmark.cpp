@@ -1,8 +1,9 @@
 // Stars that leave no light: what the scan of the catalogue and the projection cost.
+#include <memory>
+#include <vector>
+
 #include "pair.h"
 #include "places.h"
-
-#include <memory>
 
 namespace {
 

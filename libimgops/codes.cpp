@@ -1,10 +1,11 @@
-// The plain conversion, which defines the codes, and the choice between it and the kernels'.
+// The plain conversion, which defines the codes, and the choice between it and the kernels', which
+// is in `fast/kernels/kernel_codes.h`.
 #include <libimgops/codes.h>
-
-#include "fast/kernels/choice.h"
 
 #include <cstdint>
 #include <cstring>
+
+#include "fast/kernels/choice.h"
 
 namespace {
 

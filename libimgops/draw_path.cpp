@@ -2,7 +2,7 @@
 
 namespace {
 
-DrawPath path_in_use = DrawPath::fast;
+DrawPath path_in_use = DrawPath::Fast;
 
 }  // namespace
 

@@ -1,10 +1,9 @@
+#include <base/exceptions.h>
 #include <libimgops/projection.h>
 
-#include <base/exceptions.h>
+#include <cmath>
 
 #include "message_source.h"
-
-#include <cmath>
 
 namespace {
 
@@ -25,7 +24,7 @@ VectorN<double, 3> unit_direction(const VectorN<double, 4>& p) {
     return q;
 }
 
-// The two steps of the projection are parts of each of its functions: called, they cost a tenth
+// Both steps of the projection are inlined into each function that takes them: calls cost a tenth
 // more.
 #define PART_OF_ITS_CALLERS inline __attribute__((always_inline))
 
@@ -44,7 +43,7 @@ PART_OF_ITS_CALLERS VectorN<double, 4> point_of(double lon, double lat, double d
     return {cos_lat * cos_lon, sin_lat, cos_lat * sin_lon, weight_of(distance, crush)};
 }
 
-/// Maps a point of the world; failures speak in the name of the function `signature`.
+/// Maps a point of the world; a failure names the function `signature`.
 PART_OF_ITS_CALLERS bool map_point(VectorN<double, 4> p, const DblMatrix4& m,
                                    op_stars_projection proj, int width, int height, double x0,
                                    double x1, double y0, double y1, Vector2& out,

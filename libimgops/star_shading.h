@@ -3,9 +3,9 @@
 
 #include <libimgops/records.h>
 
-#include "star_colour.h"
-
 #include <cmath>
+
+#include "star_colour.h"
 
 /// The luminance that is drawn, of a catalogue luminance that has passed the threshold.
 inline float shaped_luminance(float luminance, const StarRendererData& data) {

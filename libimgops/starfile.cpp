@@ -1,5 +1,7 @@
 #include <libimgops/starfile.h>
 
+#include <cstddef>
+
 MMAPStarFile::MMAPStarFile(const char* path) : map(path, OSAPI::kRead) {
     MMAPStarFile::reset();
     n = static_cast<u32>(map.size() / sizeof(star));

@@ -3,11 +3,11 @@
 #include <libimgops/projection.h>
 #include <libimgops/renderer.h>
 
+#include <cmath>
+
 #include "fast/fast_frame.h"
 #include "message_source.h"
 #include "renderer_private.h"
-
-#include <cmath>
 
 namespace {
 

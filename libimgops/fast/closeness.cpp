@@ -5,18 +5,19 @@
 
 namespace {
 
-// The kernels' functions are apart from the plain ones: exponentials by 2^-23 of themselves and of
+// The kernels' functions differ from the plain path's: exponentials by 2^-23 of themselves and of
 // their argument, error functions by 2^-23. That has to be small beside the light in the frame.
 
-/// Shorter ones, in pixels: the two error functions nearly cancel.
+/// The kernels draw no shorter streaks, in pixels: the two error functions nearly cancel there.
 constexpr float kShortestFastStreak = 0.5F;
-/// Those that move less than this many radii of the spot. A longer one's light was 9.2e-7 of its
-/// peak apart at most, over 400000 of 0.25 to 0.3 radii.
+/// The kernels draw no streaks that move by fewer radii of the spot. The light of 400000 streaks of
+/// 0.25 to 0.3 radii differed by 9.2e-7 of its peak at most.
 constexpr float kFewestRadii = 0.25F;
-/// Those of which less than this, in pixels, lies within the frame: its brightest pixel may be far
-/// from their peak. Of more, some pixel is at most half a pixel from the segment's line.
+/// The kernels draw no streaks of which less than this, in pixels, lies within the frame: the
+/// frame's brightest pixel may be far from the streak's peak. With more in it, some pixel is at
+/// most half a pixel from the segment's line.
 constexpr double kLeastInFrame = 1.5;
-/// Still spots that are farther from the frame than this many radii.
+/// The kernels draw no still spots that are farther from the frame, in radii.
 constexpr float kFarthestSpot = 2.0F;
 
 /// Narrows the part from `from` to `to` of a line, in shares of its length, to what lies between 0

@@ -3,16 +3,18 @@
 #include <libimgops/byte_order.h>
 #include <libimgops/projection.h>
 
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <new>
+
 #include "frustum.h"
 #include "kernels/choice.h"
 #include "star_segments.h"
 #include "star_shading.h"
-
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <limits>
-#include <new>
 
 namespace {
 
@@ -24,7 +26,8 @@ constexpr int kCodes = 256;
 /// Rows and columns are kept in 16 bits.
 constexpr int kLargestSize = std::numeric_limits<std::int16_t>::max();
 
-/// Coverage, red, green and blue of a pixel side by side, pixels too, and each row for itself.
+/// Whether coverage, red, green and blue of a pixel lie side by side, as do the pixels of a row,
+/// and rows do not overlap.
 bool is_interleaved(const StarFramebuffer& fb) {
     const bool rows_overlap = fb.height > 1 && std::abs(std::ptrdiff_t{fb.stride}) <
                                                    std::ptrdiff_t{kFloatsPerPixel} * fb.width;
@@ -34,14 +37,15 @@ bool is_interleaved(const StarFramebuffer& fb) {
 
 /// How far the light of the brightest possible star reaches, in spot radii.
 double longest_reach(const StarRendererData& data, float intensity) {
-    // The ceiling bounds the light unless it is no number, or dark stars shine: those below 0, in
-    // an intensity below 0.
+    // The ceiling bounds no light if it is not a number, nor if the intensity is negative: stars of
+    // negative luminance shine then, and the ceiling does not hold them.
     if (std::isnan(data.max_luminance) || intensity < 0.0F) {
         return std::numeric_limits<double>::infinity();
     }
-    // A little more: two roundings of the energy are 1.2e-7, and what is left adds at least 5e-6 to
-    // the reach, 0.0005 / reach^2 with reach^2 = ln(6250 energy) below 98, which is more than the
-    // five roundings of reach, radius and the box's sides.
+    // A thousandth more than the brightest star's. Two roundings of the energy take 1.2e-7 of it.
+    // The rest adds at least 5e-6 of itself to the reach (0.0005 / reach^2, with reach^2 = ln(6250
+    // energy) below 98), which is more than the five roundings of reach, radius and the box's
+    // sides.
     const double energy = 1.001 * static_cast<double>(intensity) * data.max_luminance;
     return static_cast<double>(max(0.0F, reach_of(static_cast<float>(energy))));
 }
@@ -54,7 +58,7 @@ bool is_finite(const Color3& colour) {
 bool can_draw(const StarRendererData& data, const StarFramebuffer& fb) {
     const bool is_known =
         data.projection == Persp || data.projection == HemiSph || data.projection == AzEqu;
-    // Colours between these two lie between them.
+    // The colours of all other codes lie between these two.
     const bool has_colours =
         is_finite(shaped_colour(0, 0, 0, data)) && is_finite(shaped_colour(255, 255, 255, data));
     return is_known && has_colours && data.lines == STARS_LINES_ALL && is_interleaved(fb) &&
@@ -104,7 +108,7 @@ FastFrame::FastFrame(const StarRendererData& data, StarRenderer::PrivateData& pr
     }
 }
 
-void FastFrame::draw(bool& drew) {
+void FastFrame::draw(bool& is_lit) {
     const u32 nstars = priv_.input.nstars();
     // The whole frame is black: nothing is read.
     if (data_.brightness == 0.0) {
@@ -112,7 +116,7 @@ void FastFrame::draw(bool& drew) {
     }
     Gathered stars;
     if (!has_depth_) {
-        // A crush below 0 brings these nearer too.
+        // Stars without distance have a weight all the same if the crush is below 0.
         std::fill_n(stars.weight, kStarsAtOnce,
                     static_cast<float>(weight_of_distance(-1.0, data_.parallax_crush)));
     }
@@ -120,29 +124,29 @@ void FastFrame::draw(bool& drew) {
         const u32 left = nstars - priv_.index;
         const u32 room = static_cast<u32>(kStarsAtOnce - stars.count);
         u32 count = left < room ? left : room;
-        const star* records = next_in_row(count, stars, drew);
+        const star* records = next_in_row(count, stars, is_lit);
         priv_.index += count;
         gather(records, count, stars);
         if (stars.count == kStarsAtOnce) {
-            draw_gathered(stars, drew);
+            draw_gathered(stars, is_lit);
         }
     }
-    draw_gathered(stars, drew);
+    draw_gathered(stars, is_lit);
     batch_.draw();
 }
 
-const star* FastFrame::next_in_row(u32& count, Gathered& stars, bool& drew) {
+const star* FastFrame::next_in_row(u32& count, Gathered& stars, bool& is_lit) {
     try {
         return priv_.input.next_in_row(count);
     } catch (...) {
-        draw_gathered(stars, drew);
+        draw_gathered(stars, is_lit);
         batch_.draw();
         throw;
     }
 }
 
 void FastFrame::gather(const star* records, u32 count, Gathered& stars) const {
-    // Without a branch: whether a star passes cannot be foreseen.
+    // Without a branch: no processor could predict which stars pass.
     int n = stars.count;
     for (u32 i = 0; i < count; ++i) {
         const auto luminance = static_cast<double>(lefloat_to_cpu(&records[i].luminance));
@@ -152,7 +156,7 @@ void FastFrame::gather(const star* records, u32 count, Gathered& stars) const {
     stars.count = n;
 }
 
-void FastFrame::draw_gathered(Gathered& stars, bool& drew) {
+void FastFrame::draw_gathered(Gathered& stars, bool& is_lit) {
     for (int i = 0; i < stars.count; ++i) {
         const star& s = *stars.records[i];
         stars.lon[i] = deg_to_rad(static_cast<float>(ledouble_to_cpu(&s.lon)));
@@ -166,14 +170,15 @@ void FastFrame::draw_gathered(Gathered& stars, bool& drew) {
                      static_cast<int>(priv_.mats.len()), stars.is_outside);
     for (int i = 0; i < stars.count; ++i) {
         if (stars.is_outside[i] == 0) {
-            bool lit = drew;
+            // A star that throws does not count, whatever light it left before.
+            bool is_lit_now = is_lit;
             try {
-                draw_star(*stars.records[i], lit);
+                draw_star(*stars.records[i], is_lit_now);
             } catch (...) {
                 go_back_behind(stars.records[i]);
                 throw;
             }
-            drew = lit;
+            is_lit = is_lit_now;
         }
     }
     stars.count = 0;
@@ -192,7 +197,7 @@ void FastFrame::go_back_behind(const star* s) {
     }
 }
 
-void FastFrame::draw_star(const star& s, bool& drew) {
+void FastFrame::draw_star(const star& s, bool& is_lit) {
     const StarFramebuffer& fb = priv_.fb;
     const double depth = has_depth_ ? ledouble_to_cpu(&s.distance) : -1.0;
     const VectorN<double, 4> point =
@@ -211,8 +216,8 @@ void FastFrame::draw_star(const star& s, bool& drew) {
     const u32 codes = u32{s.r} | u32{s.g} << 8U | u32{s.b} << 16U;
 
     const auto draw = [&](const Vector2& from, const Vector2& to) {
-        batch_.add(from, to, energy, reach, codes, drew);
-        return drew;
+        batch_.add(from, to, energy, reach, codes, is_lit);
+        return is_lit;
     };
     draw_segments(priv_.mats.len(), project, draw);
 }

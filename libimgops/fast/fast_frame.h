@@ -10,13 +10,15 @@
 /// and only what reaches the frame is shaded.
 class FastFrame {
 public:
-    /// For the caller to delete; null if the plain path is in use, or if only that can draw this
-    /// frame: its layout or settings are none of ours, or there is no memory for more.
+    /// Returns an object for the caller to delete. Returns null if the plain path has to draw the
+    /// frame: it is the one in use, the frame's layout or settings are not among those that the
+    /// fast path knows, or there is no memory for its buffers.
     static FastFrame* of(const StarRendererData& data, StarRenderer::PrivateData& priv);
 
-    /// Draws them. Whatever throws, the stars before are drawn, `drew` is as they left it, and the
-    /// input stands where it does on the plain path.
-    void draw(bool& drew);
+    /// Draws all stars that are left and sets `is_lit` when one of them leaves light. If a star or
+    /// the input throws, the stars before it are drawn, `is_lit` is as they left it, and the input
+    /// stands where the plain path leaves it.
+    void draw(bool& is_lit);
 
 private:
     /// Stars above the threshold, side by side.
@@ -25,12 +27,12 @@ private:
     FastFrame(const StarRendererData& data, StarRenderer::PrivateData& priv,
               const star_kernels::Kernels& kernels);
 
-    /// The input's next records; before it throws, what is gathered is drawn.
-    const star* next_in_row(u32& count, Gathered& stars, bool& drew);
+    /// The input's next records. If the input throws, draws what is gathered first.
+    const star* next_in_row(u32& count, Gathered& stars, bool& is_lit);
     void gather(const star* records, u32 count, Gathered& stars) const;
-    void draw_gathered(Gathered& stars, bool& drew);
-    void draw_star(const star& s, bool& drew);
-    /// Puts the input behind a star that it has handed out already.
+    void draw_gathered(Gathered& stars, bool& is_lit);
+    void draw_star(const star& s, bool& is_lit);
+    /// Moves the input back to the record after `s`, which it has handed out already.
     void go_back_behind(const star* s);
 
     const StarRendererData& data_;

@@ -7,10 +7,10 @@ namespace {
 
 using star_kernels::Plane;
 
-/// Pixels that the frame's sides move out beyond the light. A box has a column and a row more than
-/// its light, which is 1. Of the places on the frame, below 2^15, single precision rounds three
-/// (the star's, its light's two sides) by 2^-24 of each: 0.006. The same shares of the light's own
-/// reach are in the reach, which is a little more than the brightest star's; see `longest_reach`.
+/// Pixels that the frame's sides move out beyond the brightest star's light. A star's box has one
+/// column and one row more than its light: 1. Single precision rounds three places on the frame
+/// (the star's own and the two sides of its light), which are below 2^15, by 2^-24 of each: 0.006.
+/// What it rounds of the reach itself is in `longest_reach`.
 constexpr double kMargin = 1.1;
 
 /// Cameras with larger numbers, or planes with smaller ones, reject nothing: the plain projection's
@@ -18,13 +18,13 @@ constexpr double kMargin = 1.1;
 constexpr double kLargestElement = 1e100;
 constexpr double kSmallestPlane = 1e-100;
 
-/// Smaller offsets than this, other than 0, are beyond single precision for near stars, whose
-/// weight may be as large as its largest number.
+/// An offset is multiplied by a star's weight, in single precision. A near star's weight may be as
+/// large as the largest float: smaller offsets, other than 0, would be lost.
 constexpr double kSmallestOffset = 1e-30;
-/// Larger ones are, for far stars, whose weight may be as small as its smallest.
+/// A far star's weight may be as small as the smallest float: larger offsets would not do.
 constexpr double kLargestOffset = 1e30;
 
-/// Nothing is beyond it.
+/// A plane that rejects no star.
 Plane nowhere() { return {0, 0, 0, 0, std::numeric_limits<float>::infinity(), 0}; }
 
 bool is_ordinary(const Matrix4<double>& m) {
@@ -37,8 +37,8 @@ bool is_ordinary(const Matrix4<double>& m) {
     return true;
 }
 
-/// The plane where `sign` x (column `c` of `m` - `limit` x column `by`) is 0. Nothing is beyond one
-/// whose numbers are none.
+/// The plane where `sign` x (column `c` of `m` - `limit` x column `by`) is 0; `nowhere` if single
+/// precision does not hold it.
 Plane plane_of(const Matrix4<double>& m, double sign, int c, double limit, int by) {
     double n[4];
     for (int i = 0; i < 4; ++i) {

@@ -2,11 +2,12 @@
 
 #include <libimgops/streak.h>
 
-#include "closeness.h"
-#include "stars/streak_rows.h"
-
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+
+#include "closeness.h"
+#include "stars/streak_rows.h"
 
 namespace {
 
@@ -21,7 +22,7 @@ constexpr std::ptrdiff_t kBandBytes = std::ptrdiff_t{512} * 1024;
 constexpr u32 kAhead = 6;
 
 /// From this many segments on, it pays to fetch a whole band before they are drawn: their rows are
-/// too short for the processor to foresee.
+/// too short for the processor to fetch them in time by itself.
 constexpr u32 kFewestToFetch = 64;
 
 /// An entry's codes hold a star's colour, and above it how often it repeats.
@@ -29,13 +30,14 @@ constexpr unsigned kRepeatsShift = 24;
 constexpr u32 kColourCodes = 0xffffff;
 constexpr u32 kMostRepeats = 0xff;
 
-/// Ends farther away than this many pixels are the plain streak's: its guards belong to it. Nearer
-/// ones have midpoints whose last bit is 2^16 at most, so that neither the 2^31 where a column's
-/// guard fires nor the 2^21 to which the kernels hold rows beside the frame is lost in it.
+/// Segments with an end farther away than this many pixels are left to the plain streak, whose
+/// assertions they may fail. The midpoints of all others are known to 2^16 pixels or better. That
+/// is little beside the 2^31 where a column fails its assertion, and beside the 2^21 that the
+/// kernels keep rows away which lie beside the frame.
 constexpr float kFarthest = 0x1p40F;
 
-/// The error function surely counts as 1 from here on: a little more than the kernels' own limit,
-/// for what the range of a run of rows is rounded.
+/// From here on the kernels surely take the error function for 1: their own limit, and a little
+/// more because the range of a run of rows is rounded.
 constexpr float kErfIsSurelyOne = 3.76F;
 
 bool is_near(const Vector2& at) {
@@ -53,7 +55,8 @@ int rows_of_band(const StarFramebuffer& fb) {
     return max_of(1, static_cast<int>(kBandBytes / (row_bytes > 0 ? row_bytes : 1)));
 }
 
-/// Whether, for all pixels of a run of rows, the streak begins long before and ends long after.
+/// Whether both error functions are 1 and -1 for all pixels of a run of rows: the streak begins
+/// long before them and ends long after.
 bool is_saturated(const star_kernels::Streak& of, float ry, int rows) {
     // Columns of the rows: those of the first and the last, and all between, since the line is
     // straight.
@@ -99,16 +102,16 @@ Color3 SegmentBatch::colour_of(u32 codes) const {
 }
 
 void SegmentBatch::add(const Vector2& a, const Vector2& b, float energy, float reach, u32 codes,
-                       bool& drew) {
+                       bool& is_lit) {
     const Box box = pixel_box(a, b, Vector2(spot_w_ * reach, spot_h_ * reach));
     if (is_off_frame(box, dst_)) {
         return;
     }
-    if (!drew || !is_near(a) || !is_near(b)) {
+    if (!is_lit || !is_near(a) || !is_near(b)) {
         draw();
-        const bool lit =
+        const bool adds_light =
             op_star_streak(dst_, a, b, energy, colour_of(codes), spot_w_, spot_h_, STARS_LINES_ALL);
-        drew = drew || lit;
+        is_lit = is_lit || adds_light;
         return;
     }
     if (repeats_last(a, b, energy, codes)) {

@@ -5,6 +5,8 @@
 #include <base/words.h>
 #include <libimgops/records.h>
 
+#include <cstdint>
+
 #include "kernels/kernels.h"
 #include "segment_shape.h"
 
@@ -13,22 +15,23 @@
 /// band the segments that touch it, in the order in which they came. Every pixel thus receives its
 /// light in that order.
 ///
-/// Holds less than 4 MiB. Draws what it holds when it is full and when told; whatever it still
-/// holds at its end is lost.
+/// Holds less than 4 MiB. Draws what it holds when it is full and in `draw`. Segments that it still
+/// holds when it is destroyed are lost.
 class SegmentBatch {
 public:
     /// What all segments of a frame share. `colour_tables`: 256 floats for each of red, green and
     /// blue, the linear light of a star's codes. The frame has coverage and colours side by side.
-    /// `is_still`: of one camera sample. Otherwise a star that stays is many equal spots, whose sum
-    /// would round the kernels' small difference the same way each time: those are the plain
-    /// streak's.
+    /// `is_still`: whether the frame has one camera sample. With more of them a star that does not
+    /// move is drawn as many equal spots. The kernels' small error would add up over these, so that
+    /// the plain streak draws them.
     SegmentBatch(const StarFramebuffer& dst, const star_kernels::Kernels& kernels, float spot_w,
                  float spot_h, const float* colour_tables, bool is_still);
 
     /// Adds a segment that `op_star_streak` would draw. `reach`: `reach_of(energy)`, not negative;
-    /// `codes`: the star's colour codes, red lowest. `drew`: whether the frame has any light yet;
-    /// until it has, segments are drawn at once by the plain streak, which decides.
-    void add(const Vector2& a, const Vector2& b, float energy, float reach, u32 codes, bool& drew);
+    /// `codes`: the star's colour codes, red lowest. `is_lit`: whether the frame has any light
+    /// yet. Until it has, the plain streak draws each segment at once and says whether it has now.
+    void add(const Vector2& a, const Vector2& b, float energy, float reach, u32 codes,
+             bool& is_lit);
 
     /// Draws what is gathered.
     void draw();
@@ -48,7 +51,7 @@ private:
         std::int16_t y1;
     };
 
-    /// Whether it stays where it is and is the last entry once more.
+    /// Whether the segment is a still spot equal to the last entry.
     bool repeats_last(const Vector2& a, const Vector2& b, float energy, u32 codes) const;
     /// `begin`, `end`: of those entries in `order_` that begin in the band whose first row is `y`.
     void draw_band(int y, u32 begin, u32 end);

@@ -9,7 +9,8 @@
 
 namespace {
 
-/// Draws a star above the threshold. Apart, so that the others, which are most, pay nothing for it.
+/// Draws a star above the threshold. Not inlined: for the others, which are most, nothing of it
+/// runs.
 __attribute__((noinline)) bool draw_star(const star* s, const StarRendererData& data,
                                          const StarRenderer::PrivateData* priv) {
     const double lon = ledouble_to_cpu(&s->lon);

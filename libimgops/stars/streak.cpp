@@ -14,31 +14,31 @@
 // that is the pixel's average over the exposure. For L near 0 the two error functions cancel, so
 // what hardly moves is drawn as a still spot.
 //
-// This code defines the pixels: single precision in exactly the order written.
-#include <libimgops/streak.h>
-
-#include "segment_shape.h"
-#include "streak_rows.h"
-
+// This code defines the pixels: single precision in exactly the order written. The kernels compute
+// the same with functions of their own: `fast/kernels/kernel_spot.h`, `kernel_streak.h`.
 #include <base/exceptions.h>
 #include <base/words.h>
+#include <libimgops/streak.h>
 
 #include <cfloat>
 #include <cmath>
+
+#include "segment_shape.h"
+#include "streak_rows.h"
 
 static_assert(FLT_EVAL_METHOD == 0, "floats must be rounded at every step");
 
 namespace {
 
-// A pixel's steps are parts of the loop over pixels: called, they cost some instructions more.
+// The steps of a pixel are inlined into the loop over pixels: calls would cost instructions.
 #define PART_OF_ITS_CALLERS inline __attribute__((always_inline))
 
-/// The function in whose name the streak fails, whoever draws its rows.
+/// The function that a failed assertion names, whichever function draws the rows.
 constexpr char kSignature[] =
     "bool op_star_streak(const StarFramebuffer&, const Vector2&, const Vector2&, float, const "
     "Color3&, float, float, op_stars_lines)";
 
-/// `XASSERT` in that name.
+/// `XASSERT` that names it.
 #define STREAK_ASSERT(condition)                                              \
     do {                                                                      \
         if (!(condition)) {                                                   \
@@ -62,8 +62,8 @@ public:
             float spot_h)
         : a_(a), mid_x_(mid_x), line_(a, b, reach_x, spot_w, spot_h) {}
 
-    /// Leftmost and rightmost place on the row at `y`, within x0...x1. NaN for a line that is
-    /// nowhere.
+    /// Leftmost and rightmost place on the row at `y`, within x0...x1; NaN where an end of the
+    /// segment is.
     void at(float y, const Box& box, float* left, float* right) const {
         // One-sided on purpose: a line that leans far to the left takes the formula.
         const float centre =
@@ -117,14 +117,14 @@ private:
     SweptSpot swept_;
 };
 
-/// Adds `weight` of `color`, as far as the pixel at offset `at` is not covered. Returns whether
+/// Adds `weight` of `colour`, as far as the pixel at offset `at` is not covered. Returns whether
 /// that was any light.
-PART_OF_ITS_CALLERS bool add_light(const StarFramebuffer& dst, s64 at, const Color3& color,
+PART_OF_ITS_CALLERS bool add_light(const StarFramebuffer& dst, s64 at, const Color3& colour,
                                    float weight, float coverage) {
     weight = weight * (1.0F - coverage);
-    dst.r[at] += color[0] * weight;
-    dst.g[at] += color[1] * weight;
-    dst.b[at] += color[2] * weight;
+    dst.r[at] += colour[0] * weight;
+    dst.g[at] += colour[1] * weight;
+    dst.b[at] += colour[2] * weight;
     return weight > 0.0F;
 }
 
@@ -132,7 +132,7 @@ PART_OF_ITS_CALLERS bool add_light(const StarFramebuffer& dst, s64 at, const Col
 template <bool kOnce>
 bool draw_rows(const StarFramebuffer& dst, const PlainSegment& segment, op_stars_lines lines,
                int times, int y0, int y1, float& ry) {
-    const auto& [a, b, energy, color, spot_w, spot_h, reach, box] = segment;
+    const auto& [a, b, energy, colour, spot_w, spot_h, reach, box] = segment;
     Vector2 dir = b - a;
     const float length = dir.normalize();
     const Vector2 middle = midpoint(a, b);
@@ -153,7 +153,7 @@ bool draw_rows(const StarFramebuffer& dst, const PlainSegment& segment, op_stars
         const float last_rx = std::ceil(right) - middle[0];
         float rx = std::floor(left) - middle[0];
         int ix = pixel_index(left);
-        // One running place in all four channels.
+        // The pixel's offset, the same in all four channels.
         s64 at = s64{dst.pixel_stride} * ix + s64{dst.stride} * iy;
         for (; last_rx >= rx && ix < dst.width; ++ix, rx += 1.0F, at += dst.pixel_stride) {
             STREAK_ASSERT(ix >= 0 && ix < dst.width);
@@ -162,11 +162,11 @@ bool draw_rows(const StarFramebuffer& dst, const PlainSegment& segment, op_stars
                 continue;
             }
             const float weight = spot.at(rx, ry);
-            const bool lit = add_light(dst, at, color, weight, coverage);
+            const bool lit = add_light(dst, at, colour, weight, coverage);
             drew = drew || lit;
             if constexpr (!kOnce) {
                 for (int more = 1; more < times; ++more) {
-                    add_light(dst, at, color, weight, coverage);
+                    add_light(dst, at, colour, weight, coverage);
                 }
             }
         }

@@ -170,21 +170,21 @@ struct FakeCallbacks {
         return std::strcpy(to, from);
     }
 
-    static PF_Err fill(PF_ProgPtr effect_ref, const char* name, const PF_Pixel* color,
+    static PF_Err fill(PF_ProgPtr effect_ref, const char* name, const PF_Pixel* colour,
                        const PF_Rect* area, PF_EffectWorld* world) {
         check_effect(effect_ref);
         EXPECT_EQ(area, nullptr);
         EXPECT_EQ(world, &host().output_world->world);
-        host().fill_color = *color;
+        host().fill_colour = *colour;
         return host().enter(name);
     }
-    static PF_Err utils_fill(PF_ProgPtr effect_ref, const PF_Pixel* color, const PF_Rect* area,
+    static PF_Err utils_fill(PF_ProgPtr effect_ref, const PF_Pixel* colour, const PF_Rect* area,
                              PF_EffectWorld* world) {
-        return fill(effect_ref, "utils fill", color, area, world);
+        return fill(effect_ref, "utils fill", colour, area, world);
     }
-    static PF_Err suite_fill(PF_ProgPtr effect_ref, const PF_Pixel* color, const PF_Rect* area,
+    static PF_Err suite_fill(PF_ProgPtr effect_ref, const PF_Pixel* colour, const PF_Rect* area,
                              PF_EffectWorld* world) {
-        return fill(effect_ref, "suite fill", color, area, world);
+        return fill(effect_ref, "suite fill", colour, area, world);
     }
     static PF_Err get_pixel_data16(PF_EffectWorld* world, PF_Pixel* pixels, PF_Pixel16** out) {
         EXPECT_EQ(pixels, nullptr);

@@ -113,7 +113,7 @@ public:
     std::vector<Time> camera_times;   ///< asked for the camera
     std::vector<Time> shutter_times;  ///< asked for the shutter
     PF_RenderRequest layer_request = {};
-    PF_Pixel fill_color = {};
+    PF_Pixel fill_colour = {};
     std::map<std::string, int> held_suites;  ///< acquired less released, by name and version
 
     /// Whether every suite that was acquired has been released as often.

@@ -320,11 +320,11 @@ protected:
         host.output_world = &world;
         return send(PF_Cmd_RENDER, nullptr, &world.world);
     }
-    void expect_fill_color() const {
-        EXPECT_EQ(host.fill_color.alpha, 40);
-        EXPECT_EQ(host.fill_color.red, 50);
-        EXPECT_EQ(host.fill_color.green, 60);
-        EXPECT_EQ(host.fill_color.blue, 70);
+    void expect_fill_colour() const {
+        EXPECT_EQ(host.fill_colour.alpha, 40);
+        EXPECT_EQ(host.fill_colour.red, 50);
+        EXPECT_EQ(host.fill_colour.green, 60);
+        EXPECT_EQ(host.fill_colour.blue, 70);
     }
 };
 
@@ -335,7 +335,7 @@ TEST_F(PlainFrames, FillThroughTheSuite) {
     EXPECT_EQ(render(world), 0);
     EXPECT_EQ(host.log, (Log{"acquire PF Fill Matte Suite 2", "suite fill",
                              "release PF Fill Matte Suite 2"}));
-    expect_fill_color();
+    expect_fill_colour();
 }
 
 TEST_F(PlainFrames, FillThroughTheUtilitiesUnderPremiere) {
@@ -343,7 +343,7 @@ TEST_F(PlainFrames, FillThroughTheUtilitiesUnderPremiere) {
     FakeWorld world(4, 3, PF_PixelFormat_ARGB32);
     EXPECT_EQ(render(world), 0);
     EXPECT_EQ(host.log, Log{"utils fill"});
-    expect_fill_color();
+    expect_fill_colour();
 }
 
 TEST_F(PlainFrames, ReportTheFillsStatus) {

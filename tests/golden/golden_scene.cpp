@@ -117,9 +117,9 @@ Camera camera_at(const json& node, double seconds, int width, int height) {
 }
 
 Projection projection(const std::string& name) {
-    static const std::map<std::string, Projection> known = {{"Persp", Projection::perspective},
-                                                            {"HemiSph", Projection::hemisphere},
-                                                            {"AzEqu", Projection::equidistant}};
+    static const std::map<std::string, Projection> known = {{"Persp", Projection::Perspective},
+                                                            {"HemiSph", Projection::Hemisphere},
+                                                            {"AzEqu", Projection::Equidistant}};
     return known.at(name);
 }
 

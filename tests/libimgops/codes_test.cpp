@@ -137,9 +137,9 @@ class Codes : public testing::TestWithParam<std::string> {
 protected:
     void SetUp() override {
         if (GetParam() == kPlain) {
-            path_.emplace(DrawPath::plain);
+            path_.emplace(DrawPath::Plain);
         } else if (const star_kernels::Kernels* set = kernel_sets::to_test(GetParam())) {
-            path_.emplace(DrawPath::fast);
+            path_.emplace(DrawPath::Fast);
             set_.emplace(set);
         }
     }

@@ -87,8 +87,8 @@ TEST(TornSource, LeavesTheLightOfAllStarsBefore) {
                 pan(scene, random, 3, 5);
             }
             scatter_stars(scene, random, 900);
-            const Left plain = draw_torn(scene, torn, DrawPath::plain);
-            const Left fast = draw_torn(scene, torn, DrawPath::fast);
+            const Left plain = draw_torn(scene, torn, DrawPath::Plain);
+            const Left fast = draw_torn(scene, torn, DrawPath::Fast);
             EXPECT_TRUE(plain.threw && fast.threw);
             EXPECT_EQ(fast.place, torn);
             EXPECT_EQ(fast.place, plain.place);
@@ -109,7 +109,7 @@ TEST(RefusedStar, LeavesTheFlagAlone) {
         scene.data.spot_size_x = scene.data.spot_size_y = 50;  // a pixel
         scatter_stars(scene, random, 30);
         add_refusing_sample(scene);
-        const Drawn once = draw(scene, DrawPath::plain);
+        const Drawn once = draw(scene, DrawPath::Plain);
         if (once.failure.empty()) {
             continue;
         }
@@ -118,8 +118,8 @@ TEST(RefusedStar, LeavesTheFlagAlone) {
         scene.stars = {star};
         scene.stars[0].luminance = 2 * star.luminance;
         scene.cams.insert(scene.cams.begin(), scene.cams.front());
-        const Drawn plain = draw(scene, DrawPath::plain);
-        const Drawn fast = draw(scene, DrawPath::fast);
+        const Drawn plain = draw(scene, DrawPath::Plain);
+        const Drawn fast = draw(scene, DrawPath::Fast);
         EXPECT_EQ(plain.failure, fast.failure);
         EXPECT_EQ(plain.place, fast.place);
         EXPECT_EQ(plain.drew, fast.drew);

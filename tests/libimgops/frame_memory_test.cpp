@@ -98,7 +98,7 @@ Scene scene_of(int stars, int width, int height, int segments) {
 
 /// The sizes of all blocks that a frame ever takes.
 std::vector<std::size_t> blocks_of_frame(const Scene& scene) {
-    const PathInUse fast(DrawPath::fast);
+    const PathInUse fast(DrawPath::Fast);
     Frame frame(scene);
     const FailingAllocator allocator;
     const Watch watch;
@@ -135,11 +135,11 @@ TEST(FrameMemory, IsNotTakenPerStar) {
 // Each of the frame's allocations fails in turn. What the fast path wants for itself it can do
 // without: the frame is drawn plainly then.
 TEST(FrameMemory, IsGivenBackWhereverItRunsOut) {
-    const PathInUse fast(DrawPath::fast);
+    const PathInUse fast(DrawPath::Fast);
     const Scene scene = scene_of(700, 160, 90, 2);
     Frame whole(scene);
     whole.draw();
-    const Drawn plain = draw(scene, DrawPath::plain);
+    const Drawn plain = draw(scene, DrawPath::Plain);
     unsigned failures = 0;
     int drawn_plainly = 0;
     int refused = 0;
@@ -181,7 +181,7 @@ TEST(FrameMemory, IsGivenBackWhereverItRunsOut) {
 // An assertion is a defect: it reaches the caller, while the fast path is set up too, and is not
 // covered up by a frame that is drawn plainly.
 TEST(FrameMemory, IsNoExcuseForAFailedAssertion) {
-    const PathInUse fast(DrawPath::fast);
+    const PathInUse fast(DrawPath::Fast);
     const Scene scene = scene_of(700, 160, 90, 2);
     Frame frame(scene);
     StarRenderer renderer(scene.data, frame.fb, frame.input, frame.cams);

@@ -123,7 +123,7 @@ Rendering reference_of(const Scene& scene) {
 Comparison judge(const Scene& drawn, DrawPath path, const Rendering& expected) {
     const kernel_sets::Counted counted;
     const Picture frame = product_frame(drawn.stars, drawn.settings, drawn.cameras, path);
-    EXPECT_EQ(counted.calls().drawing() > 0, path == DrawPath::fast) << "the path is what it says";
+    EXPECT_EQ(counted.calls().drawing() > 0, path == DrawPath::Fast) << "the path is what it says";
     return compare_within(frame, expected.light, expected.allowance);
 }
 
@@ -146,15 +146,15 @@ class Frames : public testing::TestWithParam<Kind> {};
 
 INSTANTIATE_TEST_SUITE_P(
     AllKinds, Frames,
-    testing::Values(Kind{"PerspectiveStill", Projection::perspective, 1},
-                    Kind{"PerspectiveOneSegment", Projection::perspective, 2},
-                    Kind{"PerspectiveManySegments", Projection::perspective, 6},
-                    Kind{"HemisphereStill", Projection::hemisphere, 1},
-                    Kind{"HemisphereOneSegment", Projection::hemisphere, 2},
-                    Kind{"HemisphereManySegments", Projection::hemisphere, 6},
-                    Kind{"EquidistantStill", Projection::equidistant, 1},
-                    Kind{"EquidistantOneSegment", Projection::equidistant, 2},
-                    Kind{"EquidistantManySegments", Projection::equidistant, 6}),
+    testing::Values(Kind{"PerspectiveStill", Projection::Perspective, 1},
+                    Kind{"PerspectiveOneSegment", Projection::Perspective, 2},
+                    Kind{"PerspectiveManySegments", Projection::Perspective, 6},
+                    Kind{"HemisphereStill", Projection::Hemisphere, 1},
+                    Kind{"HemisphereOneSegment", Projection::Hemisphere, 2},
+                    Kind{"HemisphereManySegments", Projection::Hemisphere, 6},
+                    Kind{"EquidistantStill", Projection::Equidistant, 1},
+                    Kind{"EquidistantOneSegment", Projection::Equidistant, 2},
+                    Kind{"EquidistantManySegments", Projection::Equidistant, 6}),
     [](const testing::TestParamInfo<Kind>& kind) { return std::string(kind.param.name); });
 
 TEST_P(Frames, AgreeWithTheReference) {

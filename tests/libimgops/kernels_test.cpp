@@ -60,7 +60,7 @@ void set_common(Segment& segment, RandomNumbers& random, int width) {
     segment.x0 = random.whole(0, width - 1);
     segment.x1 = random.whole(segment.x0, width - 1);
     segment.energy = static_cast<float>(random.on_scale(1e-3, 1e3));
-    for (float& channel : segment.color) {
+    for (float& channel : segment.colour) {
         channel = static_cast<float>(random.between(-0.5, 2));
     }
 }
@@ -262,13 +262,13 @@ TEST_P(EachSet, RejectsStarsAsTheOthers) {
 
 TEST_P(EachSet, DrawsWholeFramesAsTheOthers) {
     const Kernels* set = kernel_sets::to_test(GetParam());
-    const PathInUse fast(DrawPath::fast);
+    const PathInUse fast(DrawPath::Fast);
     RandomNumbers random(5);
     for (int i = 0; set != nullptr && i < 250; ++i) {
         const Scene scene = random_scene(random);
         const auto frame_of = [&](const Kernels& kernels) {
             const kernel_sets::InUse in_use(&kernels);
-            return draw(scene, DrawPath::fast);
+            return draw(scene, DrawPath::Fast);
         };
         const Drawn expected = frame_of(judge());
         const Drawn actual = frame_of(*set);
@@ -302,17 +302,17 @@ TEST(Choice, DecidesWhatDrawsAndConverts) {
     RandomNumbers random(6);
     Scene scene = default_scene(random, 64, 36);
     scatter_stars(scene, random, 100);
-    draw(scene, DrawPath::fast);
+    draw(scene, DrawPath::Fast);
     EXPECT_GT(calls.outside, 0);
     EXPECT_GT(calls.spot, 0);
     EXPECT_EQ(calls.streak, 0);
     pan(scene, random, 3, 20);
-    draw(scene, DrawPath::fast);
+    draw(scene, DrawPath::Fast);
     EXPECT_GT(calls.streak, 0);
 
     const float pixel[4] = {};
     unsigned short codes[4];
-    const PathInUse fast(DrawPath::fast);
+    const PathInUse fast(DrawPath::Fast);
     to_8_bit_codes(pixel, codes, 1);
     EXPECT_EQ(calls.to_8_bits, 1);
     to_16_bit_codes(pixel, codes, 1);
@@ -325,10 +325,10 @@ TEST(Choice, LeavesThePlainPathAlone) {
     Scene scene = default_scene(random, 64, 36);
     scatter_stars(scene, random, 100);
     pan(scene, random, 3, 20);
-    EXPECT_TRUE(draw(scene, DrawPath::plain).drew);
+    EXPECT_TRUE(draw(scene, DrawPath::Plain).drew);
     const float pixel[4] = {};
     unsigned short codes[4];
-    const PathInUse plain(DrawPath::plain);
+    const PathInUse plain(DrawPath::Plain);
     to_8_bit_codes(pixel, codes, 1);
     to_16_bit_codes(pixel, codes, 1);
     EXPECT_EQ(counted.calls().all(), 0);

@@ -28,7 +28,7 @@ TEST_P(RandomFrames, KeepThePromise) {
         lit += expect_promise(scene).peak > 0 ? 1 : 0;
         {
             const kernel_sets::Counted counted;
-            draw(scene, DrawPath::fast);
+            draw(scene, DrawPath::Fast);
             by_kernels += counted.calls().drawing() > 0 ? 1 : 0;
         }
         crossing += std::any_of(scene.stars.begin(), scene.stars.end(),
@@ -63,9 +63,9 @@ TEST_P(RandomStars, VisitTheSamePixelsOneByOne) {
             // One segment a frame.
             scene.cams.resize(2);
         }
-        const std::vector<bool> plain = visited(scene, DrawPath::plain);
+        const std::vector<bool> plain = visited(scene, DrawPath::Plain);
         const kernel_sets::Counted counted;
-        ASSERT_TRUE(plain == visited(scene, DrawPath::fast)) << describe(scene);
+        ASSERT_TRUE(plain == visited(scene, DrawPath::Fast)) << describe(scene);
         by_kernels += counted.calls().drawing() > 0 ? 1 : 0;
         visits += std::find(plain.begin(), plain.end(), true) != plain.end() ? 1 : 0;
     }
@@ -85,9 +85,9 @@ TEST_P(RandomStars, LeaveMinusZeroWhereTheyDoNotPass) {
         scene.data.tint_strength = std::min(scene.data.tint_strength, 1.0);
         scene.coverage.assign(scene.coverage.size(), 0.5F);
         scene.background = -0.0F;
-        Drawn plain = draw(scene, DrawPath::plain);
+        Drawn plain = draw(scene, DrawPath::Plain);
         const kernel_sets::Counted counted;
-        Drawn fast = draw(scene, DrawPath::fast);
+        Drawn fast = draw(scene, DrawPath::Fast);
         by_kernels += counted.calls().drawing() > 0 ? 1 : 0;
         EXPECT_EQ(plain.drew, fast.drew) << describe(scene);
         for (int y = 0; y < scene.height; ++y) {

@@ -255,7 +255,7 @@ TEST(SpecialStars, PassAThresholdThatIsTheirOwn) {
             scene.data.bias_exponent = 0.001;
             scene.data.threshold = static_cast<double>(threshold);
             expect_promise(scene);
-            EXPECT_EQ(draw(scene, DrawPath::fast).drew, threshold == luminance) << luminance;
+            EXPECT_EQ(draw(scene, DrawPath::Fast).drew, threshold == luminance) << luminance;
         }
     }
 }
@@ -290,7 +290,7 @@ TEST(SpecialCoverage, IsNeverWrittenByInfiniteLight) {
         Scene scene = small_scene(Persp, moves);
         scene.drew_before = true;
         scene.coverage.assign(24 * 14, static_cast<float>(-kInf));
-        Drawn fast = draw(scene, DrawPath::fast);
+        Drawn fast = draw(scene, DrawPath::Fast);
         for (int x = 0; x < scene.width; ++x) {
             for (int y = 0; y < scene.height; ++y) {
                 ASSERT_EQ(fast.frame.a(x, y), -kInf);
@@ -325,8 +325,8 @@ TEST(FrameSides, CutTheLightOfStillAndMovingStarsAlike) {
                                            std::pair(0.1, 1 + out), std::pair(-0.7, -1 - out)}) {
                     set_angles(star, direction_of(scene.cams.front(), u, v));
                     scene.stars = {star};
-                    const std::vector<bool> plain = visited(scene, DrawPath::plain);
-                    ASSERT_TRUE(plain == visited(scene, DrawPath::fast)) << describe(scene);
+                    const std::vector<bool> plain = visited(scene, DrawPath::Plain);
+                    ASSERT_TRUE(plain == visited(scene, DrawPath::Fast)) << describe(scene);
                     (plain == std::vector<bool>(plain.size()) ? dark : lit)++;
                 }
             }

@@ -71,10 +71,10 @@ TEST(FastLoop, ReadsEveryRecordOnceWhateverTheRowsAre) {
     // Around the number of stars that are gathered at a time.
     for (const int count : {0, 1, 2, 511, 512, 513, 1024, 3000}) {
         const Scene scene = busy_scene(count);
-        const Drawn whole = draw(scene, DrawPath::fast);
+        const Drawn whole = draw(scene, DrawPath::Fast);
         EXPECT_EQ(whole.place, count + 1);
 
-        const PathInUse fast(DrawPath::fast);
+        const PathInUse fast(DrawPath::Fast);
         PiecewiseStars input(scene.stars);
         Array<camera> cams;
         set_cameras(scene, cams);
@@ -97,7 +97,7 @@ TEST(FastLoop, ReadsNothingWithoutBrightness) {
     for (const double none : {0.0, -0.0}) {
         Scene scene = busy_scene(700);
         scene.data.brightness = none;
-        for (const DrawPath path : {DrawPath::plain, DrawPath::fast}) {
+        for (const DrawPath path : {DrawPath::Plain, DrawPath::Fast}) {
             Drawn drawn = draw(scene, path);
             EXPECT_EQ(drawn.place, 1) << "the header";
             EXPECT_FALSE(drawn.drew);
@@ -136,7 +136,7 @@ TEST(FastLoop, LeavesTheCursorOfAFileWhereThePlainPathDoes) {
         support::write_catalogue(path, scene.magic, scene.stars);
         std::ptrdiff_t places[2];
         int i = 0;
-        for (const DrawPath draw_path : {DrawPath::plain, DrawPath::fast}) {
+        for (const DrawPath draw_path : {DrawPath::Plain, DrawPath::Fast}) {
             const PathInUse in_use(draw_path);
             MMAPStarFile input(path.c_str());
             const star* first = input.next();
@@ -157,9 +157,9 @@ TEST(FastLoop, LeavesTheCursorOfAFileWhereThePlainPathDoes) {
 
 TEST(FastLoop, TakesOverFromSingleStars) {
     const Scene scene = busy_scene(1200);
-    const Drawn whole = draw(scene, DrawPath::fast);
+    const Drawn whole = draw(scene, DrawPath::Fast);
     for (const int singles : {1, 5, 511, 512, 1199, 1200}) {
-        const PathInUse fast(DrawPath::fast);
+        const PathInUse fast(DrawPath::Fast);
         MemoryStars input(scene.magic, scene.stars);
         Array<camera> cams;
         set_cameras(scene, cams);
@@ -184,7 +184,7 @@ TEST(FastLoop, AddsToWhatARendererBeforeItLeft) {
     GuardedFrame frames[2] = {empty_frame(scene), empty_frame(scene)};
     bool drew[2] = {false, false};
     int i = 0;
-    for (const DrawPath path : {DrawPath::plain, DrawPath::fast}) {
+    for (const DrawPath path : {DrawPath::Plain, DrawPath::Fast}) {
         const PathInUse in_use(path);
         MemoryStars input(scene.magic, scene.stars);
         Array<camera> cams;
@@ -204,7 +204,7 @@ TEST(FastLoop, AddsToWhatARendererBeforeItLeft) {
     const Difference off = difference(plain, fast, std::vector<bool>(64 * 36));
     EXPECT_LE(off.ordinary, kOrdinaryBound);
     const double once =
-        difference(draw(scene, DrawPath::plain), fast, std::vector<bool>(64 * 36)).peak;
+        difference(draw(scene, DrawPath::Plain), fast, std::vector<bool>(64 * 36)).peak;
     EXPECT_NEAR(off.peak, 2 * once, 1e-5 * once);
 }
 
@@ -215,7 +215,7 @@ TEST(FastLoop, NeverClearsTheFlag) {
     }
     for (const bool before : {false, true}) {
         scene.drew_before = before;
-        EXPECT_EQ(draw(scene, DrawPath::fast).drew, before);
+        EXPECT_EQ(draw(scene, DrawPath::Fast).drew, before);
     }
 }
 
@@ -237,8 +237,8 @@ void expect_plain_bits(const Scene& scene, Layout layout) {
     layout(plain);
     layout(fast);
     const kernel_sets::Counted counted;
-    const Drawn p = draw_into(scene, DrawPath::plain, plain.fb);
-    const Drawn f = draw_into(scene, DrawPath::fast, fast.fb);
+    const Drawn p = draw_into(scene, DrawPath::Plain, plain.fb);
+    const Drawn f = draw_into(scene, DrawPath::Fast, fast.fb);
     EXPECT_EQ(counted.calls().all(), 0);
     EXPECT_EQ(p.drew, f.drew);
     EXPECT_EQ(p.place, f.place);
@@ -304,9 +304,9 @@ TEST(OtherLayouts, AreDrawnFastWhereOnlyRowsDiffer) {
             const std::ptrdiff_t first = stride < 0 ? -stride * 24 : 0;
             lay_out(*to, first, first + 1, first + 2, first + 3, stride, 4);
         }
-        const Drawn p = draw_into(scene, DrawPath::plain, plain.fb);
+        const Drawn p = draw_into(scene, DrawPath::Plain, plain.fb);
         const kernel_sets::Counted counted;
-        const Drawn f = draw_into(scene, DrawPath::fast, fast.fb);
+        const Drawn f = draw_into(scene, DrawPath::Fast, fast.fb);
         EXPECT_GT(counted.calls().spot, 20) << stride;
         EXPECT_TRUE(p.drew && f.drew);
         for (std::size_t i = 0; i < plain.values.size(); ++i) {
@@ -337,13 +337,13 @@ TEST(OtherProjections, FailAsOnThePlainPath) {
         for (int i = 0; i < 5; ++i) {
             scene.stars[static_cast<std::size_t>(i)].luminance = 0;
         }
-        const Drawn plain = draw(scene, DrawPath::plain);
-        const Drawn fast = draw(scene, DrawPath::fast);
+        const Drawn plain = draw(scene, DrawPath::Plain);
+        const Drawn fast = draw(scene, DrawPath::Fast);
         EXPECT_EQ(plain.failure.find("unknown projection in <"), 0U) << plain.failure;
         EXPECT_EQ(fast.failure, plain.failure);
         EXPECT_TRUE(fast.frame.same_bits(plain.frame));
         scene.data.threshold = std::numeric_limits<double>::infinity();
-        EXPECT_EQ(draw(scene, DrawPath::fast).failure, "") << "no star asks";
+        EXPECT_EQ(draw(scene, DrawPath::Fast).failure, "") << "no star asks";
     }
 }
 
@@ -386,8 +386,8 @@ TEST(Guards, RefuseAsOnThePlainPath) {
                                       random.between(-0.9, -0.5)));
         star.luminance = 0.0005F;
         scene.stars.insert(scene.stars.begin() + 10, star);
-        const Drawn plain = draw(scene, DrawPath::plain);
-        const Drawn fast = draw(scene, DrawPath::fast);
+        const Drawn plain = draw(scene, DrawPath::Plain);
+        const Drawn fast = draw(scene, DrawPath::Fast);
         EXPECT_EQ(plain.failure, fast.failure);
         EXPECT_EQ(plain.drew, fast.drew);
         EXPECT_EQ(plain.place, fast.place) << "behind the refused star";

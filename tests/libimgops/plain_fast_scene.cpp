@@ -221,12 +221,12 @@ void expect_same_coverage(const Scene& scene, Drawn& fast, const std::string& wh
 
 Difference expect_promise(const Scene& scene) {
     const std::string what = describe(scene);
-    Drawn plain = draw(scene, DrawPath::plain);
-    Drawn fast = draw(scene, DrawPath::fast);
-    const std::vector<bool> crossing = visited_by_crossing_stars(scene, DrawPath::plain);
+    Drawn plain = draw(scene, DrawPath::Plain);
+    Drawn fast = draw(scene, DrawPath::Fast);
+    const std::vector<bool> crossing = visited_by_crossing_stars(scene, DrawPath::Plain);
     expect_same_course(plain, fast, what);
     expect_same_coverage(scene, fast, what);
-    EXPECT_TRUE(visited(scene, DrawPath::plain) == visited(scene, DrawPath::fast)) << what;
+    EXPECT_TRUE(visited(scene, DrawPath::Plain) == visited(scene, DrawPath::Fast)) << what;
     const Difference off = difference(plain, fast, crossing);
     EXPECT_LE(off.ordinary, kOrdinaryBound) << what;
     EXPECT_LE(off.crossing, kCrossingBound) << what;
@@ -238,8 +238,8 @@ Difference expect_promise(const Scene& scene) {
 
 void expect_same_bits(const Scene& scene) {
     const std::string what = describe(scene);
-    const Drawn plain = draw(scene, DrawPath::plain);
-    const Drawn fast = draw(scene, DrawPath::fast);
+    const Drawn plain = draw(scene, DrawPath::Plain);
+    const Drawn fast = draw(scene, DrawPath::Fast);
     expect_same_course(plain, fast, what);
     EXPECT_TRUE(plain.frame.same_bits(fast.frame)) << what;
 }

@@ -29,9 +29,9 @@ using support::SkyProjection;
 constexpr double bound = 0.02;
 
 const std::pair<Projection, SkyProjection> kinds[] = {
-    {Projection::perspective, SkyProjection::tan},
-    {Projection::hemisphere, SkyProjection::sin},
-    {Projection::equidistant, SkyProjection::arc}};
+    {Projection::Perspective, SkyProjection::Tan},
+    {Projection::Hemisphere, SkyProjection::Sin},
+    {Projection::Equidistant, SkyProjection::Arc}};
 
 // Directions spread evenly over the sphere, and views that include the awkward ones.
 class Sky {
@@ -88,7 +88,7 @@ TEST(Positions, OfTheProjectionAgreeOnAFullFrame) {
         const ::camera product = product_camera(camera);
         for (const auto& [projection, sky_projection] : kinds) {
             settings.projection = projection;
-            const bool perspective = projection == Projection::perspective;
+            const bool perspective = projection == Projection::Perspective;
             const op_stars_projection kind = product_settings(settings).projection;
             const Matrix4<double> matrix = projection_matrix(product, kind);
             const support::SkyWcs wcs({view.ra, view.dec, view.roll, settings.width,
@@ -132,7 +132,7 @@ TEST(Positions, OfDrawnStarsAgree) {
             reference::Star one;
             one.luminance = 1;
             std::tie(one.lon, one.lat) =
-                sky.near(view, projection == Projection::perspective
+                sky.near(view, projection == Projection::Perspective
                                    ? std::atan(1 / focal) * 180 / std::numbers::pi
                                    : 89);
             const auto expected = wcs.pixel(one.lon, one.lat);

@@ -47,13 +47,13 @@ StarRendererData product_settings(const reference::Settings& from) {
     to.tint_color = {static_cast<float>(from.tint[0]), static_cast<float>(from.tint[1]),
                      static_cast<float>(from.tint[2])};
     switch (from.projection) {
-        case reference::Projection::perspective:
+        case reference::Projection::Perspective:
             to.projection = Persp;
             break;
-        case reference::Projection::hemisphere:
+        case reference::Projection::Hemisphere:
             to.projection = HemiSph;
             break;
-        case reference::Projection::equidistant:
+        case reference::Projection::Equidistant:
             to.projection = AzEqu;
             break;
     }

@@ -50,7 +50,7 @@ const Kernels& recording_set() {
 /// Which of the scene's stars, all above the threshold, are rejected.
 const std::vector<unsigned char>& rejections(const Scene& scene) {
     const kernel_sets::InUse in_use(&recording_set());
-    const PathInUse fast(DrawPath::fast);
+    const PathInUse fast(DrawPath::Fast);
     rejected.clear();
     Array<camera> cams;
     set_cameras(scene, cams);

@@ -101,8 +101,8 @@ TEST(Shades, AreTheSameForEveryCode) {
         star.luminance = static_cast<float>(random.on_scale(1e-4, 1e6));
         scene.stars = {star};
         scene.drew_before = true;
-        Drawn plain = draw(scene, DrawPath::plain);
-        Drawn fast = draw(scene, DrawPath::fast);
+        Drawn plain = draw(scene, DrawPath::Plain);
+        Drawn fast = draw(scene, DrawPath::Fast);
         const int x = star_scene::kCentreX, y = star_scene::kCentreY;
         ASSERT_TRUE(same(plain.frame.r(x, y), fast.frame.r(x, y))) << describe(scene);
         ASSERT_TRUE(same(plain.frame.g(x, y), fast.frame.g(x, y))) << describe(scene);

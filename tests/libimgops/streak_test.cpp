@@ -31,8 +31,8 @@ constexpr float kFaintest = 0.00016F;
 
 bool draw(GuardedFrame& frame, const Vector2& a, const Vector2& b, float energy = 1,
           float spot_w = 1, float spot_h = 1, op_stars_lines lines = STARS_LINES_ALL,
-          const Color3& color = kWhite) {
-    return op_star_streak(frame.view(), a, b, energy, color, spot_w, spot_h, lines);
+          const Color3& colour = kWhite) {
+    return op_star_streak(frame.view(), a, b, energy, colour, spot_w, spot_h, lines);
 }
 
 using Pixels = std::set<std::pair<int, int>>;

@@ -43,18 +43,18 @@ struct Kind {
 };
 
 constexpr Kind kKinds[] = {
-    {"persp-still", Projection::perspective, "Persp", 0},
-    {"persp-1-segment", Projection::perspective, "Persp", 1},
-    {"persp-16-segments", Projection::perspective, "Persp", 16},
-    {"hemisph-still", Projection::hemisphere, "HemiSph", 0},
-    {"hemisph-1-segment", Projection::hemisphere, "HemiSph", 1},
-    {"hemisph-5-segments", Projection::hemisphere, "HemiSph", 5},
-    {"azequ-still", Projection::equidistant, "AzEqu", 0},
-    {"azequ-1-segment", Projection::equidistant, "AzEqu", 1},
-    {"azequ-5-segments", Projection::equidistant, "AzEqu", 5},
+    {"persp-still", Projection::Perspective, "Persp", 0},
+    {"persp-1-segment", Projection::Perspective, "Persp", 1},
+    {"persp-16-segments", Projection::Perspective, "Persp", 16},
+    {"hemisph-still", Projection::Hemisphere, "HemiSph", 0},
+    {"hemisph-1-segment", Projection::Hemisphere, "HemiSph", 1},
+    {"hemisph-5-segments", Projection::Hemisphere, "HemiSph", 5},
+    {"azequ-still", Projection::Equidistant, "AzEqu", 0},
+    {"azequ-1-segment", Projection::Equidistant, "AzEqu", 1},
+    {"azequ-5-segments", Projection::Equidistant, "AzEqu", 5},
     // Around the pivot segments are short.
-    {"persp-pivot", Projection::perspective, "Persp", 16, 2000},
-    {"hemisph-pivot", Projection::hemisphere, "HemiSph", 5, 2000},
+    {"persp-pivot", Projection::Perspective, "Persp", 16, 2000},
+    {"hemisph-pivot", Projection::Hemisphere, "HemiSph", 5, 2000},
 };
 
 /// From `from` at 0 seconds to `to` at 1 second.
@@ -127,7 +127,7 @@ DumpedScene seeded(unsigned seed, const Kind& kind) {
     composition.motion_blur = kind.segments > 0;
     draw_controls(made, random, kind);
 
-    const bool perspective = kind.projection == Projection::perspective;
+    const bool perspective = kind.projection == Projection::Perspective;
     const double lon = random(0, 360);
     const double lat = random(-20, 20);
     const double fov = random(25, 45);
@@ -152,7 +152,7 @@ DumpedScene seeded(unsigned seed, const Kind& kind) {
 
 /// Stars at distances, past which the camera moves sideways without turning.
 DumpedScene passing() {
-    const Kind kind{"passing-near-stars", Projection::perspective, "Persp", 8};
+    const Kind kind{"passing-near-stars", Projection::Perspective, "Persp", 8};
     Random random(100);
     DumpedScene made = seeded(100, kind);
     made.settings.parallax_crush = 0;

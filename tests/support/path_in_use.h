@@ -18,8 +18,8 @@ private:
 };
 
 /// Both, for tests that go through them.
-inline constexpr DrawPath kBothPaths[] = {DrawPath::plain, DrawPath::fast};
+inline constexpr DrawPath kBothPaths[] = {DrawPath::Plain, DrawPath::Fast};
 
-inline const char* name_of(DrawPath path) { return path == DrawPath::plain ? "plain" : "fast"; }
+inline const char* name_of(DrawPath path) { return path == DrawPath::Plain ? "plain" : "fast"; }
 
 }  // namespace support

@@ -77,7 +77,7 @@ Range pixels(double a, double b, double margin, int size) {
     return {static_cast<int>(low), static_cast<int>(high)};
 }
 
-void draw(const Segment& segment, const Triple& color, const Spot& spot, Rendering& out) {
+void draw(const Segment& segment, const Triple& colour, const Spot& spot, Rendering& out) {
     if (!(segment.peak > far_reach)) {
         return;
     }
@@ -112,7 +112,7 @@ void draw(const Segment& segment, const Triple& color, const Spot& spot, Renderi
             const bool beyond_reach = nearest + 2 * wander >= reached;
             const double missing = beyond_reach ? weight : 0.0;
             for (int channel = 0; channel < 3; ++channel) {
-                const double strength = color[static_cast<std::size_t>(channel)];
+                const double strength = colour[static_cast<std::size_t>(channel)];
                 double& light = out.light.at(x, y, channel);
                 light += weight * strength;
                 out.allowance.at(x, y, channel) += std::fabs(strength) * missing +
@@ -176,14 +176,14 @@ Projected project(const Star& star, const Settings& settings, const Camera& came
     result.visible = z >= 0;
     double radius = 0;
     switch (settings.projection) {
-        case Projection::perspective:
+        case Projection::Perspective:
             radius = off_axis * camera.focal / z;
             result.visible = z > 0 && (!near || z >= camera.near_clip);
             break;
-        case Projection::hemisphere:
+        case Projection::Hemisphere:
             radius = std::sin(std::atan2(off_axis, z));
             break;
-        case Projection::equidistant:
+        case Projection::Equidistant:
             radius = std::atan2(off_axis, std::fabs(z)) / (90 * degree);
             break;
     }
@@ -202,7 +202,7 @@ Shade shade(const Star& star, const Settings& settings) {
     for (std::size_t i = 0; i < 3; ++i) {
         const double own = from_srgb(star.srgb[i]);
         const double tinted = own + (settings.tint[i] - own) * settings.tint_strength;
-        result.color[i] = 0.5 + (tinted - 0.5) * settings.saturation;
+        result.colour[i] = 0.5 + (tinted - 0.5) * settings.saturation;
     }
     return result;
 }
@@ -236,7 +236,7 @@ Rendering render(const std::vector<Star>& stars, const Settings& settings,
             }
             const double doubt =
                 std::max(wander(star, a, settings, opening), wander(star, b, settings, closing));
-            draw({a.place, b.place, peak, doubt}, shaded.color, frame.spot, out);
+            draw({a.place, b.place, peak, doubt}, shaded.colour, frame.spot, out);
         }
     }
     // What lies beyond the far reach of all.

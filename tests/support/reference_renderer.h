@@ -35,9 +35,9 @@ struct Star {
 };
 
 enum class Projection {
-    perspective,  ///< image at x / z times the focal length, in half frame heights
-    hemisphere,   ///< orthographic: the sphere in front fills a disk as high as the frame
-    equidistant   ///< radius proportional to the angle, 90 degrees at half the frame height
+    Perspective,  ///< image at x / z times the focal length, in half frame heights
+    Hemisphere,   ///< orthographic: the sphere in front fills a disk as high as the frame
+    Equidistant   ///< radius proportional to the angle, 90 degrees at half the frame height
 };
 
 /// Where the camera stands and how it is turned: the three axes are unit vectors in the world, at
@@ -70,7 +70,7 @@ struct Settings {
     double tint_strength = 0;
     Triple tint{128 / 255.0, 128 / 255.0, 128 / 255.0};  ///< linear
     double parallax_crush = 100;
-    Projection projection = Projection::perspective;
+    Projection projection = Projection::Perspective;
 };
 
 struct Rendering {
@@ -103,7 +103,7 @@ Projected project(const Star& star, const Settings& settings, const Camera& came
 /// and saturation. The luminance is 0 when the threshold (on the catalogue's value) drops it.
 struct Shade {
     double luminance = 0;
-    Triple color{};
+    Triple colour{};
 };
 Shade shade(const Star& star, const Settings& settings);
 

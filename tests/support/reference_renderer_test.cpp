@@ -47,10 +47,10 @@ TEST(ReferenceRenderer, ProjectsByHand) {
     // 30 degrees off towards +x (lon falls): tan is sqrt(1/3), sin a half, the angle a third of 90.
     p = project(star(60, 0), settings, camera);
     EXPECT_NEAR(p.place.x, 100 + 50 * 2 * root_third, 1e-9);
-    settings.projection = Projection::hemisphere;
+    settings.projection = Projection::Hemisphere;
     p = project(star(60, 0), settings, camera);
     EXPECT_NEAR(p.place.x, 100 + 50 * 0.5, 1e-9);
-    settings.projection = Projection::equidistant;
+    settings.projection = Projection::Equidistant;
     p = project(star(60, 0), settings, camera);
     EXPECT_NEAR(p.place.x, 100 + 50 / 3.0, 1e-9);
     // 45 degrees up: rows count downwards.
@@ -69,11 +69,11 @@ TEST(ReferenceRenderer, PlacesStarsBehindWhereStreaksMayBegin) {
     Projected p = project(behind, settings, camera);
     EXPECT_FALSE(p.visible);
     EXPECT_NEAR(p.place.x, 100 - 100 * std::sqrt(1 / 3.0), 1e-9);
-    settings.projection = Projection::hemisphere;
+    settings.projection = Projection::Hemisphere;
     p = project(behind, settings, camera);
     EXPECT_FALSE(p.visible);
     EXPECT_NEAR(p.place.x, 100 + 25, 1e-9);
-    settings.projection = Projection::equidistant;
+    settings.projection = Projection::Equidistant;
     p = project(behind, settings, camera);
     EXPECT_FALSE(p.visible);
     EXPECT_NEAR(p.place.x, 100 + 50 / 3.0, 1e-9);
@@ -100,7 +100,7 @@ TEST(ReferenceRenderer, MovesNearStarsOnlyUnderAMovingCamera) {
     // Nearer than the near plane, in perspective only.
     camera.position = {0, 0, 9.95};
     EXPECT_FALSE(project(star(90, 0, 10), settings, camera).visible);
-    settings.projection = Projection::hemisphere;
+    settings.projection = Projection::Hemisphere;
     EXPECT_TRUE(project(star(90, 0, 10), settings, camera).visible);
 }
 
@@ -122,25 +122,25 @@ TEST(ReferenceRenderer, ShapesColourInTheOrderTintSaturation) {
     Settings settings = plain();
     Star one = star(0, 0);
     one.srgb = {255, 0, 10};
-    auto color = shade(one, settings).color;
-    EXPECT_NEAR(color[0], 1, 1e-15);
-    EXPECT_NEAR(color[1], 0, 1e-15);
-    EXPECT_NEAR(color[2], 10 / 255.0 / 12.92, 1e-15);
+    auto colour = shade(one, settings).colour;
+    EXPECT_NEAR(colour[0], 1, 1e-15);
+    EXPECT_NEAR(colour[1], 0, 1e-15);
+    EXPECT_NEAR(colour[2], 10 / 255.0 / 12.92, 1e-15);
 
     settings.saturation = 2;
-    color = shade(one, settings).color;
-    EXPECT_NEAR(color[0], 1.5, 1e-15);
-    EXPECT_NEAR(color[1], -0.5, 1e-15);
+    colour = shade(one, settings).colour;
+    EXPECT_NEAR(colour[0], 1.5, 1e-15);
+    EXPECT_NEAR(colour[1], -0.5, 1e-15);
 
     settings.tint_strength = 0.25;
     settings.tint = {0, 1, 0};
     settings.saturation = 0.5;
-    color = shade(one, settings).color;  // (0.75, 0.25, ...), half way to grey
-    EXPECT_NEAR(color[0], 0.625, 1e-15);
-    EXPECT_NEAR(color[1], 0.375, 1e-15);
+    colour = shade(one, settings).colour;  // (0.75, 0.25, ...), half way to grey
+    EXPECT_NEAR(colour[0], 0.625, 1e-15);
+    EXPECT_NEAR(colour[1], 0.375, 1e-15);
 
     settings.saturation = 0;
-    EXPECT_EQ(shade(one, settings).color, (reference::Triple{0.5, 0.5, 0.5}));
+    EXPECT_EQ(shade(one, settings).colour, (reference::Triple{0.5, 0.5, 0.5}));
 }
 
 TEST(ReferenceRenderer, DimsSpotsBelowOnePixelInsteadOfShrinkingThem) {
@@ -183,7 +183,7 @@ TEST(ReferenceRenderer, DrawsSegmentsWithOneVisibleEndOnly) {
             cameras.push_back(reference::look_at(lon, 0, 0, 2));
         }
         Settings settings = plain();
-        settings.projection = Projection::hemisphere;
+        settings.projection = Projection::Hemisphere;
         return render({star(0, 0)}, settings, cameras).light.total(0);
     };
     EXPECT_EQ(total({120, 100}), 0);

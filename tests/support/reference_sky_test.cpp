@@ -24,9 +24,9 @@ TEST(ReferenceRenderer, AgreesWithTheSkyProjectionsOfAstronomers) {
     std::uniform_real_distribution<double> height(-1, 1);
     const auto latitude = [&] { return std::asin(height(random)) * 180 / std::numbers::pi; };
     const std::pair<Projection, SkyProjection> kinds[] = {
-        {Projection::perspective, SkyProjection::tan},
-        {Projection::hemisphere, SkyProjection::sin},
-        {Projection::equidistant, SkyProjection::arc}};
+        {Projection::Perspective, SkyProjection::Tan},
+        {Projection::Hemisphere, SkyProjection::Sin},
+        {Projection::Equidistant, SkyProjection::Arc}};
     int seen = 0;
     for (int view = 0; view < 50; ++view) {
         const double ra = turn(random);

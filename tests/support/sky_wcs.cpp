@@ -27,11 +27,11 @@ struct Kind {
 Kind kind_of(const SkyView& view) {
     const double half = view.height / 2.0;
     switch (view.projection) {
-        case SkyProjection::tan:
+        case SkyProjection::Tan:
             return {"TAN", view.focal * half * degree};
-        case SkyProjection::sin:
+        case SkyProjection::Sin:
             return {"SIN", half * degree};
-        case SkyProjection::arc:
+        case SkyProjection::Arc:
             return {"ARC", half / 90};
     }
     throw std::invalid_argument("unknown projection");

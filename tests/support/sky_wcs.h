@@ -8,21 +8,21 @@ namespace support {
 
 /// The projections by their names in the FITS standard.
 enum class SkyProjection {
-    tan,  ///< gnomonic: radius focal x tan(angle)
-    sin,  ///< orthographic: radius sin(angle)
-    arc   ///< azimuthal equidistant: radius angle / 90 degrees
+    Tan,  ///< gnomonic: radius focal x tan(angle)
+    Sin,  ///< orthographic: radius sin(angle)
+    Arc   ///< azimuthal equidistant: radius angle / 90 degrees
 };
 
 /// A frame that looks at (`ra`, `dec`), with the picture's up at position angle `roll` (from north
 /// towards east); degrees. With roll 0 north is up and east to the left. Radii are in half frame
-/// heights; `focal`, in the same unit, matters to `tan` only.
+/// heights; `focal`, in the same unit, matters to `Tan` only.
 struct SkyView {
     double ra = 0;
     double dec = 0;
     double roll = 0;
     int width = 0;
     int height = 0;
-    SkyProjection projection = SkyProjection::tan;
+    SkyProjection projection = SkyProjection::Tan;
     double focal = 1;
 };
 

@@ -24,7 +24,7 @@ SkyView view(SkyProjection projection) {
 }
 
 TEST(SkyWcs, PutsTheLookAtPointAtTheCentre) {
-    for (const auto projection : {SkyProjection::tan, SkyProjection::sin, SkyProjection::arc}) {
+    for (const auto projection : {SkyProjection::Tan, SkyProjection::Sin, SkyProjection::Arc}) {
         const auto pixel = SkyWcs(view(projection)).pixel(83, -1);
         ASSERT_TRUE(pixel);
         EXPECT_NEAR(pixel->x, 960, 1e-9);
@@ -40,13 +40,13 @@ TEST(SkyWcs, NorthIsUpByEachProjectionsRadius) {
         EXPECT_NEAR(pixel->x, 960, 1e-9);
         return 540 - pixel->y;
     };
-    EXPECT_NEAR(up(SkyProjection::tan), 540 * 4.7 * std::tan(10 * degree), 1e-9);
-    EXPECT_NEAR(up(SkyProjection::sin), 540 * std::sin(10 * degree), 1e-9);
-    EXPECT_NEAR(up(SkyProjection::arc), 540 * 10 / 90.0, 1e-9);
+    EXPECT_NEAR(up(SkyProjection::Tan), 540 * 4.7 * std::tan(10 * degree), 1e-9);
+    EXPECT_NEAR(up(SkyProjection::Sin), 540 * std::sin(10 * degree), 1e-9);
+    EXPECT_NEAR(up(SkyProjection::Arc), 540 * 10 / 90.0, 1e-9);
 }
 
 TEST(SkyWcs, EastIsToTheLeft) {
-    SkyView equator = view(SkyProjection::sin);
+    SkyView equator = view(SkyProjection::Sin);
     equator.dec = 0;
     const auto pixel = SkyWcs(equator).pixel(83 + 30, 0);
     ASSERT_TRUE(pixel);
@@ -55,7 +55,7 @@ TEST(SkyWcs, EastIsToTheLeft) {
 }
 
 TEST(SkyWcs, RollTurnsThePicturesUpTowardsEast) {
-    SkyView rolled = view(SkyProjection::arc);
+    SkyView rolled = view(SkyProjection::Arc);
     rolled.dec = 0;
     rolled.roll = 90;
     const SkyWcs sky(rolled);
@@ -70,7 +70,7 @@ TEST(SkyWcs, RollTurnsThePicturesUpTowardsEast) {
 }
 
 TEST(SkyWcs, AtThePoleTheMeridianOfTheViewRunsDown) {
-    SkyView pole = view(SkyProjection::arc);
+    SkyView pole = view(SkyProjection::Arc);
     pole.dec = 90;
     const auto pixel = SkyWcs(pole).pixel(83, 81);
     ASSERT_TRUE(pixel);
@@ -79,7 +79,7 @@ TEST(SkyWcs, AtThePoleTheMeridianOfTheViewRunsDown) {
 }
 
 TEST(SkyWcs, SeesNothingBehind) {
-    for (const auto projection : {SkyProjection::tan, SkyProjection::sin, SkyProjection::arc}) {
+    for (const auto projection : {SkyProjection::Tan, SkyProjection::Sin, SkyProjection::Arc}) {
         const SkyWcs sky(view(projection));
         EXPECT_FALSE(sky.pixel(263, 1));
         EXPECT_FALSE(sky.pixel(83 + 100, -1));

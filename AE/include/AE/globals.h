@@ -8,6 +8,8 @@
 #include <host_api/effect_interface.h>
 #include <libimgops/star_input.h>
 
+#include <cstdint>
+
 /// One instance while the effect is set up. Its destructor may throw: it closes the database.
 struct LumivarGlobals {
     /// Full paths in the order in which the directory lists them.
@@ -22,7 +24,8 @@ struct LumivarGlobals {
 /// thread at a time, so nothing guards it.
 extern LumivarGlobals* globals;
 
-/// Destroys the globals, if there are any, and leaves `globals` null whatever their end throws.
+/// Destroys the globals, if there are any. `globals` is null afterwards, also when closing the
+/// database throws.
 void drop_globals();
 
 /// The directory that holds the bundle which this code was loaded from; empty when the loader

@@ -7,6 +7,8 @@
 #include <host_api/effect_interface.h>
 #include <libimgops/records.h>
 
+#include <cstdint>
+
 /// The effect's controls by their index and id, which saved projects refer to. 0 is the input
 /// layer.
 enum ParamId : A_long {

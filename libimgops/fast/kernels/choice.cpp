@@ -64,7 +64,7 @@ const Kernels* in_use() {
     return chosen != nullptr ? chosen : best;
 }
 
-const Kernels* of_draw_path() { return draw_path() == DrawPath::fast ? in_use() : nullptr; }
+const Kernels* of_draw_path() { return draw_path() == DrawPath::Fast ? in_use() : nullptr; }
 
 void use(const Kernels* kernels) { chosen = kernels; }
 

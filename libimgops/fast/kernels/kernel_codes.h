@@ -2,6 +2,10 @@
 // For `kernel_source.h` alone.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
 #include "kernel_lanes.h"
 
 namespace {

@@ -2,6 +2,9 @@
 // For `kernel_source.h` alone.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "kernel_math.h"
 
 using star_kernels::Pixels;
@@ -16,7 +19,7 @@ constexpr int kCacheLine = 16;
 LANES_INLINE Floats pixel_colour(const Segment& of) {
     float lanes[LANES];
     for (int k = 0; k < LANES; ++k) {
-        lanes[k] = k % kPixel == 0 ? 0.0F : of.color[k % kPixel - 1];
+        lanes[k] = k % kPixel == 0 ? 0.0F : of.colour[k % kPixel - 1];
     }
     return load(lanes);
 }
@@ -97,7 +100,8 @@ bool fetch(const Pixels& to, int y, int rows) {
             for (int k = 0; k < kCacheLine; k += LANES) {
                 uncovered = uncovered & (colours | (absolute(load(row + x + k)) <= splat(0.0F)));
             }
-            // What was only read would have to be asked for once more.
+            // Written as it is: a cache line that was only read has to be fetched again to be
+            // written.
             volatile float* touched = row + x;
             *touched = row[x];
         }

@@ -2,6 +2,8 @@
 // For `kernel_source.h` alone.
 #pragma once
 
+#include <cstdint>
+
 #include "kernel_lanes.h"
 
 namespace {
@@ -19,7 +21,7 @@ LANES_INLINE Floats sign_of(Floats x) {
     return floats_of((bits_of(x) & splat(INT32_MIN)) | splat(kOneBits));
 }
 LANES_INLINE bool any(Ints which) { return mask_of(which) != 0; }
-/// How many of the first lanes; those behind the first one that is not are not either.
+/// How many lanes are set, of which none is set behind one that is not.
 LANES_INLINE int count(Ints which) { return __builtin_ctz(~mask_of(which)); }
 
 /// For magnitudes below 2^22.

@@ -2,6 +2,9 @@
 // KERNELS_LANES, KERNELS_NAME and KERNELS_TABLE and includes this once.
 #pragma once
 
+#include <cstddef>
+#include <cstring>
+
 #include "kernel_codes.h"
 #include "kernel_math.h"
 #include "kernel_rejection.h"

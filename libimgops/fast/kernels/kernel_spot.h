@@ -2,6 +2,8 @@
 // For `kernel_source.h` alone.
 #pragma once
 
+#include <cstddef>
+
 #include "kernel_light.h"
 #include "kernel_math.h"
 #include "kernel_offsets.h"

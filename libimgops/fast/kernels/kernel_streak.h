@@ -2,6 +2,9 @@
 // For `kernel_source.h` alone.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "kernel_light.h"
 #include "kernel_math.h"
 #include "kernel_offsets.h"
@@ -19,7 +22,7 @@ struct Spans {
     float last[LANES];      ///< no pixel farther than this
 };
 
-/// Midpoints of steeper segments are the middle of every row: the plain streak's rule.
+/// From this slope on the middle of every row is the midpoint's column, as in the plain streak.
 constexpr float kSteepestSlope = 100000.0F;
 
 LANES_INLINE void find_spans(const Streak& of, int width, Floats ry, Spans* spans) {
@@ -33,7 +36,7 @@ LANES_INLINE void find_spans(const Streak& of, int width, Floats ry, Spans* span
     Floats right = centre + splat(of.half);
     left = select(x0 >= left, x0, left);
     right = select(right > x1, x1, right);
-    // A row that lies beside the frame stays there, within what can be rounded.
+    // Rows beside the frame stay beside it but come near enough for `floor_of` and `ceil_of`.
     const Floats beyond = splat(static_cast<float>(width));
     const Floats before = splat(-0x1p21F);
     left = floor_of(select(left > beyond, beyond, left));
@@ -44,8 +47,8 @@ LANES_INLINE void find_spans(const Streak& of, int width, Floats ry, Spans* span
     store(spans->last, right - splat(of.mid_x));
 }
 
-/// Pixels of consecutive rows, one after the other: offsets from the midpoint, and where each row's
-/// share lies in the frame.
+/// Pixels of consecutive rows, one after the other: their offsets from the midpoint, and where in
+/// the frame each row's pixels begin and how many there are.
 struct Block {
     float rx[kBlock + LANES];
     float ry[kBlock + LANES];
@@ -56,27 +59,27 @@ struct Block {
     int pieces = 0;
 };
 
-/// How many of a streak's two error functions there are to work out; any other is 1 or -1.
-enum class Ends { none, nearer, both };
+/// Which of a streak's two error functions are worked out; the others are 1 and -1.
+enum class Ends { None, Nearer, Both };
 
 template <Ends kEnds>
 LANES_INLINE void weigh(const Streak& of, Block* block) {
     const float per_q = -1.0F / of.q;
-    // What is read beyond it.
+    // The last register reads beyond what is used.
     store(block->rx + block->used, splat(0.0F));
     store(block->ry + block->used, splat(0.0F));
     store(block->weights + block->used, splat(0.0F));
-    const float light = kEnds == Ends::none ? 2.0F * of.light : of.light;
+    const float light = kEnds == Ends::None ? 2.0F * of.light : of.light;
     for (int i = 0; i < block->used; i += LANES) {
         const Floats rx = load(block->rx + i);
         const Floats ry = load(block->ry + i);
         const Floats u = splat(of.dir_y) * rx - splat(of.dir_x) * ry;
         Floats weight = exp_of_negative((u * u) * splat(per_q));
-        if (kEnds != Ends::none) {
+        if (kEnds != Ends::None) {
             const Floats v = splat(of.along_x) * rx + splat(of.along_y) * ry;
             weight =
                 weight *
-                (kEnds == Ends::nearer
+                (kEnds == Ends::Nearer
                      ? splat(1.0F) + erf_of((splat(of.half_way) - absolute(v)) * splat(of.scale))
                      : erf_of((splat(of.half_way) - v) * splat(of.scale)) -
                            erf_of((splat(-of.half_way) - v) * splat(of.scale)));
@@ -162,13 +165,13 @@ LANES_INLINE float draw_with(const Pixels& to, const Streak& streak, int y, int 
 
 float draw_streak(const Pixels& to, const Streak& streak, int y, int rows, float ry) {
     if (streak.is_saturated) {
-        return draw_with<Ends::none>(to, streak, y, rows, ry);
+        return draw_with<Ends::None>(to, streak, y, rows, ry);
     }
     // From the middle of the streak on, the farther end's error function is 1.
     if (streak.half_way * streak.scale >= kErfIsOne) {
-        return draw_with<Ends::nearer>(to, streak, y, rows, ry);
+        return draw_with<Ends::Nearer>(to, streak, y, rows, ry);
     }
-    return draw_with<Ends::both>(to, streak, y, rows, ry);
+    return draw_with<Ends::Both>(to, streak, y, rows, ry);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 
 namespace star_kernels {
 
-/// Of the images that kernels know: coverage, red, green, blue.
+/// Of a pixel: coverage, red, green, blue.
 inline constexpr int kFloatsPerPixel = 4;
 
 /// Rows of such an image.
@@ -27,7 +27,7 @@ struct Segment {
     float mid_x, mid_y;  ///< midpoint, pixels
     int x0, x1;          ///< first and last column of the clipped box
     float energy;        ///< peak of the still spot
-    float color[3];      ///< linear light, finite
+    float colour[3];     ///< linear light, finite
 };
 
 /// A spot that stays where it is. Rows span the whole box.
@@ -90,10 +90,10 @@ struct Kernels {
     /// coverage. They stay as they are.
     bool (*fetch)(const Pixels& to, int y, int rows);
 
-    /// Which stars surely leave no light: for all `samples` cameras behind, or for all of them
-    /// ahead and beyond the same side of the frame. `lon`, `lat`: radians; `weight`: homogeneous
-    /// weight. One byte a star, 1 for those outside. All four arrays hold kStarsAtOnce values;
-    /// those behind `count` mean nothing.
+    /// Finds the stars that surely leave no light: those behind all `samples` cameras, and those
+    /// ahead of all of them but beyond the same side of the frame. `lon`, `lat`: radians; `weight`:
+    /// homogeneous weight. One byte a star, 1 for those outside. All four arrays hold kStarsAtOnce
+    /// values; those behind `count` mean nothing.
     void (*outside)(const float* lon, const float* lat, const float* weight, int count,
                     const Plane* planes, int samples, unsigned char* is_outside);
 

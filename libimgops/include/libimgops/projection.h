@@ -5,7 +5,7 @@
 #include <libimgops/records.h>
 
 /// World to camera, for `Persp` followed by the perspective: only the pinhole's projection is a
-/// matrix, the others happen star by star. What `m` is below.
+/// matrix, the others happen star by star. The `m` of the functions below.
 Matrix4<double> projection_matrix(const camera& cam, op_stars_projection projection);
 
 /// Maps one star through one camera sample onto the frame.
