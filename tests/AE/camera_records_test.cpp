@@ -1,7 +1,9 @@
 // The records that the built module takes of a moving camera, against values by hand.
 #include <AE/instance.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <string>
 #include <tuple>
 
 #include "built_effect.h"
@@ -154,14 +156,27 @@ TEST_F(CameraRecords, StandAtTheOriginWhereThePlaceIsRefusedAndDoNotAskForTheLen
 }
 
 TEST_F(CameraRecords, AreTheDefaultCameraWhereAnyQuestionIsRefused) {
+    const auto is_the_layer = [](const std::string& call) {
+        return call.rfind("checkout_layer", 0) == 0;
+    };
+    const auto is_no_question = [](const std::string& call) {
+        return call.rfind("AEGP_", 0) != 0 && call.rfind("checkout_param", 0) != 0;
+    };
     for (const char* question :
          {"checkout_param", "AEGP_ConvertEffectToCompTime", "AEGP_GetEffectCamera",
           "AEGP_GetEffectLayer", "AEGP_GetLayerParentComp", "AEGP_GetItemFromComp",
           "AEGP_GetItemDimensions", "AEGP_GetCompShutterFrameRange"}) {
         SCOPED_TRACE(question);
         host.failures = {{question, {3}}};
+        host.log.clear();
         const Array<camera>& cameras = sample(4, 180);
         ASSERT_EQ(cameras.len(), 1U);
+        // It is the last one asked, and the input layer is asked for all the same.
+        EXPECT_EQ(std::count_if(host.log.begin(), host.log.end(), is_the_layer), 1);
+        host.log.erase(std::remove_if(host.log.begin(), host.log.end(), is_no_question),
+                       host.log.end());
+        EXPECT_EQ(host.log.back().rfind(question, 0), 0U) << host.log.back();
+        EXPECT_TRUE(host.suites_balanced());
         EXPECT_EQ(cameras[0].focal, 3.200000047683716);
         EXPECT_EQ(cameras[0].near_clip, 0.10000000149011612);
         EXPECT_EQ(cameras[0].far_clip, -1.0);

@@ -99,6 +99,14 @@ bool FakeWorld::margins_intact() const {
 struct FakeCallbacks {
     static FakeHost& host() { return FakeHost::current(); }
     static FakeHost::Time copy(const A_Time& time) { return {time.value, time.scale}; }
+    /// Writes the answer to a question unless it fails.
+    template <class Value>
+    static PF_Err answer(PF_Err err, Value* out, const Value& value) {
+        if (err == PF_Err_NONE) {
+            *out = value;
+        }
+        return err;
+    }
     static void check_effect(PF_ProgPtr effect_ref) {
         EXPECT_EQ(effect_ref, handle_of<PF_ProgPtr>(effect_tag)) << "not the effect's reference";
     }
@@ -211,12 +219,9 @@ struct FakeCallbacks {
     static A_Err AEGP_ConvertEffectToCompTime(PF_ProgPtr effect_ref, A_long time, A_u_long scale,
                                               A_Time* out) {
         check_effect(effect_ref);
-        const A_Err err = host().enter("AEGP_ConvertEffectToCompTime",
-                                       " " + std::to_string(time) + "/" + std::to_string(scale));
-        if (err == A_Err_NONE) {
-            *out = host().comp_time;
-        }
-        return err;
+        return answer(host().enter("AEGP_ConvertEffectToCompTime",
+                                   " " + std::to_string(time) + "/" + std::to_string(scale)),
+                      out, host().comp_time);
     }
     static A_Err AEGP_GetEffectCamera(PF_ProgPtr effect_ref, const A_Time* time, AEGP_LayerH* out) {
         check_effect(effect_ref);
@@ -229,25 +234,16 @@ struct FakeCallbacks {
     }
     static A_Err AEGP_GetEffectLayer(PF_ProgPtr effect_ref, AEGP_LayerH* out) {
         check_effect(effect_ref);
-        const A_Err err = host().enter("AEGP_GetEffectLayer");
-        if (err == A_Err_NONE) {
-            *out = handle_of<AEGP_LayerH>(effect_layer_tag);
-        }
-        return err;
+        return answer(host().enter("AEGP_GetEffectLayer"), out,
+                      handle_of<AEGP_LayerH>(effect_layer_tag));
     }
     static A_Err AEGP_GetLayerParentComp(AEGP_LayerH layer, AEGP_CompH* out) {
-        const A_Err err = host().enter("AEGP_GetLayerParentComp", detail_of(layer));
-        if (err == A_Err_NONE) {
-            *out = handle_of<AEGP_CompH>(comp_tag);
-        }
-        return err;
+        return answer(host().enter("AEGP_GetLayerParentComp", detail_of(layer)), out,
+                      handle_of<AEGP_CompH>(comp_tag));
     }
     static A_Err AEGP_GetItemFromComp(AEGP_CompH comp, AEGP_ItemH* out) {
-        const A_Err err = host().enter("AEGP_GetItemFromComp", detail_of(comp));
-        if (err == A_Err_NONE) {
-            *out = handle_of<AEGP_ItemH>(item_tag);
-        }
-        return err;
+        return answer(host().enter("AEGP_GetItemFromComp", detail_of(comp)), out,
+                      handle_of<AEGP_ItemH>(item_tag));
     }
     static A_Err AEGP_GetItemDimensions(AEGP_ItemH item, A_long* width, A_long* height) {
         const A_Err err = host().enter("AEGP_GetItemDimensions", detail_of(item));

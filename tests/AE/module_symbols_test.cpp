@@ -1,7 +1,6 @@
 // What the built module shows the host and what it needs.
-#include <support/command_output.h>
-
 #include <gtest/gtest.h>
+#include <support/command_output.h>
 
 #include <set>
 #include <sstream>

@@ -1,7 +1,81 @@
-// From a snapshot to pixels.
+// From a snapshot to pixels, and the status of a smart render, which the dispatcher replaces. Which
+// database is drawn is in chosen_database_test, what the host is asked in frames_test.
+#include <AE/commands.h>
+#include <AE/globals.h>
+#include <AE/render.h>
+#include <base/exceptions.h>
+#include <gtest/gtest.h>
 #include <support/expect_throw.h>
+#include <support/faults.h>
+#include <support/scratch.h>
 
-#include "rendering_fixture.h"
+#include <algorithm>
+#include <cerrno>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "fake_host.h"
+#include "star_ahead.h"
+#include "support/pixels.h"
+
+namespace {
+
+/// Star databases, controls and a snapshot of them.
+class Rendering : public testing::Test {
+protected:
+    Rendering() {
+        globals = new LumivarGlobals;
+        host.set_default_values();
+        host.has_camera = false;
+    }
+    ~Rendering() override { drop_globals(); }
+
+    void add_database(const std::string& name, const std::string& bytes) {
+        write_file(folder / name, bytes);
+        globals->starfiles.append((folder / name).c_str());
+    }
+    /// A snapshot of the host's controls.
+    const MyInstance& snapshot() {
+        AEGP_SuiteHandler suites(&host.basic);
+        instance = std::make_unique<MyInstance>();
+        get_params(&host.in_data, *instance, suites);
+        return *instance;
+    }
+    void draw(FakeWorld& world) {
+        Lumivar_Render(snapshot(), world.world.width, world.world.height, world.format,
+                       &world.world);
+    }
+    /// Red of the pixel in the middle, in float.
+    float middle() {
+        FakeWorld world(kWidth, kHeight, PF_PixelFormat_ARGB128);
+        draw(world);
+        return world.at_float(kWidth / 2, kHeight / 2).red;
+    }
+
+    ScratchFolder folder;
+    FakeHost host;
+    std::unique_ptr<MyInstance> instance;
+};
+
+std::string without_blanks(std::string text) {
+    text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
+    return text;
+}
+
+/// How the compiler spells `Lumivar_Render`, which refuses a null output itself; without blanks.
+std::string rendering_function() {
+    try {
+        Lumivar_Render(MyInstance(), 4, 4, PF_PixelFormat_ARGB32, nullptr);
+    } catch (const AssertXception& failure) {
+        return without_blanks(failure.function());
+    }
+    ADD_FAILURE() << "a null output was taken";
+    return "";
+}
+
+}  // namespace
 
 TEST_F(Rendering, StarAheadLightsTheMiddleOnOpaqueBlack) {
     add_database("a.stars", kHeader + kAhead);
@@ -16,67 +90,20 @@ TEST_F(Rendering, StarAheadLightsTheMiddleOnOpaqueBlack) {
     for (const auto& [x, y] : {std::pair(0, 0), {kWidth - 1, 0}, {0, kHeight - 1}}) {
         EXPECT_EQ(world.at_float(x, y).red, 0.0F);
     }
-    for (int y = 0; y < kHeight; ++y) {
-        for (int x = 0; x < kWidth; ++x) {
-            EXPECT_EQ(world.at_float(x, y).alpha, 1.0F);
-        }
-    }
+    support::for_each_pixel(kWidth, kHeight,
+                            [&](int x, int y) { EXPECT_EQ(world.at_float(x, y).alpha, 1.0F); });
     EXPECT_TRUE(world.margins_intact());
-}
-
-TEST_F(Rendering, FrameIsTheSameInAllDepthsUpToRounding) {
-    // A few stars about the middle, bright enough for clipped, middling and dark pixels.
-    std::string stars;
-    for (int i = 0; i < 40; ++i) {
-        stars += support::catalogue_record(
-            {.lon = 70.0 + i, .lat = i % 7 - 3.0, .luminance = 0.02F * static_cast<float>(i)});
-    }
-    add_database("a.stars", kHeader + stars);
-    host.values[5].u.cd.value = {255, 255, 40, 10};
-    host.values[4].u.fs_d.value = 0.5;
-    host.values[1].u.fs_d.value = 1.0;
-    host.values[8].u.fs_d.value = 60.0;
-    FakeWorld in_float(kWidth, kHeight, PF_PixelFormat_ARGB128);
-    FakeWorld in_16(kWidth, kHeight, PF_PixelFormat_ARGB64);
-    FakeWorld in_8(kWidth, kHeight, PF_PixelFormat_ARGB32);
-    draw(in_float);
-    draw(in_16);
-    draw(in_8);
-    const auto code = [](float f, float scale) {
-        const float sum = 0.5F + f * scale;
-        return static_cast<int>(std::fmin(std::fmax(std::trunc(sum), 0.0F), scale));
-    };
-    int lit = 0;
-    for (int y = 0; y < kHeight; ++y) {
-        for (int x = 0; x < kWidth; ++x) {
-            const PF_PixelFloat f = in_float.at_float(x, y);
-            const PF_Pixel16 p16 = in_16.at16(x, y);
-            const PF_Pixel p8 = in_8.at8(x, y);
-            EXPECT_EQ(p16.alpha, 32768);
-            EXPECT_EQ(p16.red, code(f.red, 32768));
-            EXPECT_EQ(p16.green, code(f.green, 32768));
-            EXPECT_EQ(p16.blue, code(f.blue, 32768));
-            EXPECT_EQ(p8.alpha, 255);
-            EXPECT_EQ(p8.red, code(f.red, 255));
-            EXPECT_EQ(p8.green, code(f.green, 255));
-            EXPECT_EQ(p8.blue, code(f.blue, 255));
-            lit += p8.red > 0 && p8.red != p8.blue ? 1 : 0;
-        }
-    }
-    EXPECT_GT(lit, 20);
 }
 
 TEST_F(Rendering, DatabaseWithoutStarsIsBlackAndOpaque) {
     add_database("a.stars", kHeader);
     FakeWorld world(kWidth, kHeight, PF_PixelFormat_ARGB32);
     draw(world);
-    for (int y = 0; y < kHeight; ++y) {
-        for (int x = 0; x < kWidth; ++x) {
-            const PF_Pixel pixel = world.at8(x, y);
-            EXPECT_EQ(pixel.alpha, 255);
-            EXPECT_EQ(pixel.red + pixel.green + pixel.blue, 0);
-        }
-    }
+    support::for_each_pixel(kWidth, kHeight, [&](int x, int y) {
+        const PF_Pixel pixel = world.at8(x, y);
+        EXPECT_EQ(pixel.alpha, 255);
+        EXPECT_EQ(pixel.red + pixel.green + pixel.blue, 0);
+    });
 }
 
 TEST_F(Rendering, AllStarsOfTheFileAreDrawn) {
@@ -97,60 +124,22 @@ TEST_F(Rendering, AllStarsOfTheFileAreDrawn) {
     EXPECT_GT(right, 0.01F);
 }
 
-TEST_F(Rendering, DefaultChoiceTakesTheFirstFileAndReopensItEveryFrame) {
-    add_database("a.stars", kHeader + kAhead);
-    add_database("b.stars", kHeader);
-    ASSERT_EQ(snapshot().database_index, -1);
-    EXPECT_GT(middle(), 0.0F);
-    EXPECT_EQ(globals->stardb_index, 0);
-    replace_database("a.stars", kHeader);
-    EXPECT_EQ(middle(), 0.0F) << "the new file was read";
-}
-
-TEST_F(Rendering, ChosenFileStaysOpenBetweenFrames) {
-    add_database("a.stars", kHeader);
-    add_database("b.stars", kHeader + kAhead);
-    host.values[16].u.pd.value = 2;
-    EXPECT_GT(middle(), 0.0F);
-    EXPECT_EQ(globals->stardb_index, 1);
-    const StarInput* open = globals->stardb.get();
-    replace_database("b.stars", kHeader);
-    EXPECT_GT(middle(), 0.0F) << "still the old file, from its first star";
-    EXPECT_EQ(globals->stardb.get(), open);
-    host.values[16].u.pd.value = 1;
-    EXPECT_EQ(middle(), 0.0F);
-    EXPECT_EQ(globals->stardb_index, 0);
-}
-
-TEST_F(Rendering, ChoiceBeyondTheListIsTheLastFileReopenedEveryFrame) {
-    add_database("a.stars", kHeader);
-    add_database("b.stars", kHeader + kAhead);
-    host.values[16].u.pd.value = 99;
-    EXPECT_GT(middle(), 0.0F);
-    EXPECT_EQ(globals->stardb_index, 1);
-    replace_database("b.stars", kHeader);
-    EXPECT_EQ(middle(), 0.0F);
-}
-
-namespace {
-
-std::string without_blanks(std::string text) {
-    text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
-    return text;
-}
-
-/// How the compiler spells `Lumivar_Render`, which refuses a null output itself; without blanks.
-std::string rendering_function() {
-    try {
-        Lumivar_Render(MyInstance(), 4, 4, PF_PixelFormat_ARGB32, nullptr);
-    } catch (const AssertXception& failure) {
-        return without_blanks(failure.function());
+TEST_F(Rendering, FileThatCannotBeClosedIsNotTakenForTheNextOne) {
+    add_database("star.stars", kHeader + kAhead);
+    add_database("dark.stars", kHeader);
+    const auto middle_of = [this](int choice) {
+        host.values[16].u.pd.value = choice;
+        return middle();
+    };
+    EXPECT_GT(middle_of(1), 0.0F);
+    {
+        const Fault<&OSAPI::Syscalls::munmap> stuck(EINVAL);
+        const std::string message = thrown_message([&] { middle_of(2); });
+        EXPECT_EQ(message.rfind(with_error("munmap", EINVAL), 0), 0U) << message;
     }
-    ADD_FAILURE() << "a null output was taken";
-    return "";
+    EXPECT_GT(middle_of(1), 0.0F) << "the file with the star again, not the dark one";
+    EXPECT_EQ(middle_of(2), 0.0F);
 }
-
-}  // namespace
 
 TEST_F(Rendering, NoGlobalsOrNoFilesIsAnAssertion) {
     for (int i = 0; i < 2; ++i) {
@@ -169,56 +158,13 @@ TEST_F(Rendering, NoGlobalsOrNoFilesIsAnAssertion) {
     }
 }
 
-TEST_F(Rendering, UnreadableDatabaseIsThrownAndLeavesTheOpenOne) {
-    add_database("a.stars", kHeader + kAhead);
-    add_database("b.stars", "");
-    host.values[16].u.pd.value = 1;
-    EXPECT_GT(middle(), 0.0F);
-    host.values[16].u.pd.value = 2;
-    EXPECT_THROW(middle(), StrXception);
-    EXPECT_EQ(globals->stardb_index, 0);
-    host.values[16].u.pd.value = 1;
-    EXPECT_GT(middle(), 0.0F);
-}
-
-TEST_F(Rendering, ForeignFileIsThrown) {
-    add_database("a.stars", support::catalogue_header("LUMIVAR3") + kAhead);
-    FakeWorld world(kWidth, kHeight, PF_PixelFormat_ARGB32);
-    try {
-        draw(world);
-        ADD_FAILURE() << "nothing thrown";
-    } catch (const StrXception& failure) {
-        EXPECT_EQ(
-            std::string(failure.message().c_str()).rfind("error in star database file in <", 0),
-            0U);
-    }
-    EXPECT_TRUE(world.untouched());
-}
-
-TEST_F(Rendering, UnhandledFormatLeavesTheDatabaseReadyForTheNextFrame) {
-    add_database("a.stars", kHeader + kAhead);
-    host.values[16].u.pd.value = 1;
-    FakeWorld world(kWidth, kHeight, PF_PixelFormat_BGRA32);
-    // The format's code is "bgra", the lowest byte first.
-    EXPECT_EQ(
-        without_blanks(thrown_message([&] { draw(world); })),
-        "unhandledPF_Pixelformat1634887522in<" + rendering_function() + ">(AE/LumivarAE.cpp:821)");
-    EXPECT_TRUE(world.untouched());
-    EXPECT_GT(middle(), 0.0F);
-}
-
 TEST_F(Rendering, FrameThatItsImageCannotHoldIsRefusedBeforeAnythingIsAllocated) {
     add_database("a.stars", kHeader);
     FakeWorld world(1, 1, PF_PixelFormat_ARGB32);
     // 16384 x 16384 x 16 bytes are 2^32: the image's sizes would wrap to 0.
-    try {
-        Lumivar_Render(snapshot(), 16384, 16384, PF_PixelFormat_ARGB32, &world.world);
-        ADD_FAILURE() << "nothing thrown";
-    } catch (const StrXception& failure) {
-        EXPECT_EQ(std::string(failure.message().c_str())
-                      .rfind("a frame of 16384 x 16384 pixels is too large in <", 0),
-                  0U);
-    }
+    const std::string message = thrown_message(
+        [&] { Lumivar_Render(snapshot(), 16384, 16384, PF_PixelFormat_ARGB32, &world.world); });
+    EXPECT_EQ(message.rfind("a frame of 16384 x 16384 pixels is too large in <", 0), 0U);
     EXPECT_FALSE(globals->stardb) << "refused before the database is opened";
     EXPECT_THROW(Lumivar_Render(snapshot(), -1, 4, PF_PixelFormat_ARGB32, &world.world),
                  StrXception);
@@ -226,31 +172,101 @@ TEST_F(Rendering, FrameThatItsImageCannotHoldIsRefusedBeforeAnythingIsAllocated)
 }
 
 TEST(FloatImage, FitsUpToFourGibibytesLessOne) {
-    EXPECT_TRUE(float_image_fits(1920, 1080));
-    EXPECT_TRUE(float_image_fits(16384, 16383));
-    EXPECT_FALSE(float_image_fits(16384, 16384));
-    EXPECT_TRUE(float_image_fits(268435455, 1));
-    EXPECT_FALSE(float_image_fits(268435456, 1));
-    EXPECT_FALSE(float_image_fits(INT32_MAX, INT32_MAX));
-    EXPECT_TRUE(float_image_fits(1, 268435455));
-    EXPECT_FALSE(float_image_fits(1, 268435456));
-    EXPECT_TRUE(float_image_fits(0, 0));
-    EXPECT_TRUE(float_image_fits(5, 0));
-    EXPECT_FALSE(float_image_fits(-1, 5));
-    EXPECT_FALSE(float_image_fits(5, -1));
-    EXPECT_FALSE(float_image_fits(-4, -4));
+    constexpr std::pair<int, int> kFits[] = {{1920, 1080},   {16384, 16383}, {268435455, 1},
+                                             {1, 268435455}, {0, 0},         {5, 0}};
+    for (const auto& [width, height] : kFits) {
+        EXPECT_TRUE(float_image_fits(width, height)) << width << " x " << height;
+    }
+    constexpr std::pair<int, int> kTooLarge[] = {
+        {16384, 16384}, {268435456, 1}, {1, 268435456}, {INT32_MAX, INT32_MAX},
+        {-1, 5},        {5, -1},        {-4, -4}};
+    for (const auto& [width, height] : kTooLarge) {
+        EXPECT_FALSE(float_image_fits(width, height)) << width << " x " << height;
+    }
 }
 
-TEST_F(Rendering, ThreeControlsDoNotReachThePicture) {
-    add_database("a.stars", support::catalogue_header("LUMIVAR2") + kAhead);
-    FakeWorld plain(kWidth, kHeight, PF_PixelFormat_ARGB128, 0);
-    draw(plain);
-    host.values[12].u.bd.value = 0;
-    host.values[14].u.pd.value = 0;
-    host.values[15].u.bd.value = 1;
-    FakeWorld other(kWidth, kHeight, PF_PixelFormat_ARGB128, 0);
-    draw(other);
-    EXPECT_EQ(std::memcmp(plain.world.data, other.world.data,
-                          static_cast<size_t>(plain.world.rowbytes) * kHeight),
-              0);
+// --- the status of a smart render --------------------------------------------------------------
+
+namespace {
+
+/// A pre-rendered frame of 8 bits with a star in its middle.
+class SmartRendering : public Rendering {
+protected:
+    SmartRendering() {
+        host.input_world = &input;
+        host.output_world = &output;
+        add_database("a.stars", kHeader + kAhead);
+        EXPECT_EQ(SmartPreRender(&host.in_data, &host.out_data, &host.pre_extra), 0);
+        host.render_input.pre_render_data = host.pre_output.pre_render_data;
+    }
+    ~SmartRendering() override { delete_MyInstance(host.pre_output.pre_render_data); }
+
+    PF_Err smart_render() { return SmartRender(&host.in_data, &host.out_data, &host.render_extra); }
+    bool drawn() const { return !output.untouched() && output.at8(16, 8).red > 0; }
+
+    // The input has a size of its own: the frame is the output's.
+    FakeWorld input{8, 8, PF_PixelFormat_ARGB32};
+    FakeWorld output{kWidth, kHeight, PF_PixelFormat_ARGB32};
+};
+
+}  // namespace
+
+TEST_F(SmartRendering, OfAGoodFrameIsZero) {
+    EXPECT_EQ(smart_render(), 0);
+    EXPECT_TRUE(drawn());
+}
+
+TEST_F(SmartRendering, ThatFailsIs516AndLeavesTheOutputUntouched) {
+    const std::pair<const char*, std::function<void()>> kinds[] = {
+        {"a format that is not written", [this] { input.format = PF_PixelFormat_BGRA32; }},
+        {"that and a refused check-in",
+         [this] {
+             input.format = PF_PixelFormat_BGRA32;
+             host.failures["checkin_layer_pixels"] = {515};
+         }},
+        {"no input", [this] { host.failures["checkout_layer_pixels"] = {513}; }},
+        // The world left over is drawn into, but there is no format to convert to.
+        {"no output but one left over",
+         [this] {
+             host.failures["checkout_output"] = {513};
+             host.leftover_output = &output.world;
+         }},
+        {"a null output", [this] { host.output_world = nullptr; }},
+        {"no format", [this] { host.failures["PF_GetPixelFormat"] = {512}; }},
+        {"no world suite", [this] { host.missing_suites = {"PF World Suite"}; }},
+    };
+    for (const auto& [name, arrange] : kinds) {
+        SCOPED_TRACE(name);
+        host.failures.clear();
+        host.output_world = &output;
+        host.leftover_output = nullptr;
+        input.format = PF_PixelFormat_ARGB32;
+        arrange();
+        const bool has_output =
+            host.output_world != nullptr && host.failures.count("checkout_layer_pixels") == 0;
+        globals->stardb.reset();
+        globals->stardb_index = -99;
+        EXPECT_EQ(smart_render(), 516);
+        EXPECT_TRUE(output.untouched());
+        EXPECT_EQ(static_cast<bool>(globals->stardb), has_output) << "drawn all the same";
+    }
+}
+
+TEST_F(SmartRendering, ReportsAFailedCheckInAfterAGoodFrame) {
+    host.failures["checkin_layer_pixels"] = {515};
+    EXPECT_EQ(smart_render(), 515);
+    EXPECT_TRUE(drawn());
+}
+
+TEST_F(SmartRendering, WithoutPreRenderDataDoesNothing) {
+    host.render_input.pre_render_data = nullptr;
+    host.log.clear();
+    EXPECT_EQ(smart_render(), 0);
+    EXPECT_EQ(host.log, Log{});
+}
+
+TEST_F(SmartRendering, ReleaseWithoutBasicSuiteHasItsOwnMessage) {
+    host.in_data.pica_basicP = nullptr;
+    EXPECT_EQ(smart_render(), 516);
+    EXPECT_STREQ(host.out_data.return_msg, "Couldn't release suite.");
 }

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
+#include <vector>
 
 #include "fake_host.h"
 
@@ -19,15 +21,6 @@ int thrown_status(Run run) {
 }
 
 using Log = std::vector<std::string>;
-
-PF_LRect rect(A_long left, A_long top, A_long right, A_long bottom) {
-    return {left, top, right, bottom};
-}
-
-void expect_rect(const PF_LRect& actual, const PF_LRect& expected) {
-    EXPECT_EQ(std::memcmp(&actual, &expected, sizeof actual), 0)
-        << actual.left << " " << actual.top << " " << actual.right << " " << actual.bottom;
-}
 
 }  // namespace
 
@@ -117,116 +110,102 @@ TEST(SuiteHandler, TableThatComesWithAnErrorIsAMissingSuite) {
     EXPECT_EQ(host.log, Log{}) << "nothing is given back";
 }
 
-TEST(AcquireSuite, LooksAtTheTableInsteadOfTheHostsStatus) {
+namespace {
+
+/// One suite taken and given back outside the handler.
+class SingleSuite : public testing::Test {
+protected:
+    PF_Err acquire(const char* error_text, A_long version = 2) {
+        return AEFX_AcquireSuite(&host.in_data, &host.out_data, "PF World Suite", version,
+                                 error_text, &table);
+    }
+    PF_Err release(const char* error_text) {
+        return AEFX_ReleaseSuite(&host.in_data, &host.out_data, "PF World Suite", 2, error_text);
+    }
+    void expect_silence() const {
+        EXPECT_EQ(host.out_data.out_flags, 0);
+        EXPECT_STREQ(host.out_data.return_msg, "");
+    }
+
     FakeHost host;
+    const void* table = &host;
+};
+
+}  // namespace
+
+TEST_F(SingleSuite, IsTakenAndGivenBack) {
+    EXPECT_EQ(acquire("text"), 0);
+    EXPECT_NE(table, nullptr);
+    EXPECT_EQ(release("text"), 0);
+    EXPECT_TRUE(host.suites_balanced());
+    expect_silence();
+}
+
+TEST_F(SingleSuite, IsJudgedByItsTableInsteadOfTheHostsStatus) {
     host.basic.AcquireSuite = gives_a_table_and_an_error;
     host.basic.ReleaseSuite = fails;
-    const void* table = nullptr;
-    EXPECT_EQ(AEFX_AcquireSuite(&host.in_data, &host.out_data, "PF World Suite", 2, "text", &table),
-              0);
+    EXPECT_EQ(acquire("text"), 0);
     EXPECT_EQ(table, &some_table);
-    EXPECT_EQ(AEFX_ReleaseSuite(&host.in_data, &host.out_data, "PF World Suite", 2, "text"), 0);
-    EXPECT_EQ(host.out_data.out_flags, 0);
-    EXPECT_STREQ(host.out_data.return_msg, "");
+    EXPECT_EQ(release("text"), 0);
+    expect_silence();
 }
 
-TEST(AcquireSuite, GivesTheTable) {
-    FakeHost host;
-    const void* table = nullptr;
-    EXPECT_EQ(AEFX_AcquireSuite(&host.in_data, &host.out_data, "PF World Suite", 2, "text", &table),
-              0);
-    EXPECT_NE(table, nullptr);
-    EXPECT_EQ(host.out_data.out_flags, 0);
-    EXPECT_STREQ(host.out_data.return_msg, "");
-    EXPECT_EQ(AEFX_ReleaseSuite(&host.in_data, &host.out_data, "PF World Suite", 2, "text"), 0);
-    EXPECT_TRUE(host.suites_balanced());
-}
-
-TEST(AcquireSuite, FailureSetsTheFlagAndTheGivenText) {
-    FakeHost host;
+TEST_F(SingleSuite, ThatIsMissingSetsTheFlagAndTheGivenText) {
     host.out_data.out_flags = 0x2;
-    const void* table = nullptr;
-    EXPECT_EQ(
-        AEFX_AcquireSuite(&host.in_data, &host.out_data, "PF World Suite", 3, "No worlds.", &table),
-        516);
+    EXPECT_EQ(acquire("No worlds.", 3), 516);
     EXPECT_EQ(host.out_data.out_flags, 0x102);
     EXPECT_STREQ(host.out_data.return_msg, "No worlds.");
     EXPECT_EQ(host.log.back(), "sprintf");
 }
 
-TEST(AcquireSuite, FailureWithoutATextSaysSoInGeneral) {
-    FakeHost host;
+TEST_F(SingleSuite, ThatIsMissingWithoutATextIsSaidInGeneral) {
     host.suites_succeed_with_null = true;
-    const void* table = nullptr;
-    EXPECT_EQ(
-        AEFX_AcquireSuite(&host.in_data, &host.out_data, "PF World Suite", 2, nullptr, &table),
-        516);
+    EXPECT_EQ(acquire(nullptr), 516);
     EXPECT_STREQ(host.out_data.return_msg, "Not able to acquire AEFX Suite.");
 }
 
-TEST(AcquireSuite, NullBasicSuiteFails) {
-    FakeHost host;
+TEST_F(SingleSuite, IsNeitherTakenNorGivenBackWithoutABasicSuite) {
     host.in_data.pica_basicP = nullptr;
-    const void* table = &host;
-    EXPECT_EQ(
-        AEFX_AcquireSuite(&host.in_data, &host.out_data, "PF World Suite", 2, nullptr, &table),
-        516);
+    EXPECT_EQ(acquire(nullptr), 516);
     EXPECT_EQ(table, nullptr);
     EXPECT_STREQ(host.out_data.return_msg, "Not able to acquire AEFX Suite.");
     EXPECT_EQ(host.out_data.out_flags, 0x100);
+    host.out_data.out_flags = 0;
+    EXPECT_EQ(release(nullptr), 516);
+    EXPECT_STREQ(host.out_data.return_msg, "Not able to release AEFX Suite.");
+    EXPECT_EQ(host.out_data.out_flags, 0x100);
+    EXPECT_EQ(release("Stuck."), 516);
+    EXPECT_STREQ(host.out_data.return_msg, "Stuck.");
 }
 
-TEST(AcquireSuite, TextsAreCutToTheHostsBuffer) {
-    FakeHost host;
+TEST_F(SingleSuite, HasItsTextCutToTheHostsBuffer) {
     host.missing_suites = {"PF World Suite"};
     host.out_data.start_sampL = 77;
-    const std::string text(300, 'x');
-    const void* table = nullptr;
-    AEFX_AcquireSuite(&host.in_data, &host.out_data, "PF World Suite", 2, text.c_str(), &table);
+    acquire(std::string(300, 'x').c_str());
     EXPECT_EQ(std::string(host.out_data.return_msg), std::string(255, 'x'));
     EXPECT_EQ(host.out_data.start_sampL, 77) << "the field behind the buffer";
 }
 
-TEST(ReleaseSuite, WithoutABasicSuiteSaysSo) {
-    FakeHost host;
-    host.in_data.pica_basicP = nullptr;
-    EXPECT_EQ(AEFX_ReleaseSuite(&host.in_data, &host.out_data, "PF World Suite", 2, nullptr), 516);
-    EXPECT_STREQ(host.out_data.return_msg, "Not able to release AEFX Suite.");
-    EXPECT_EQ(host.out_data.out_flags, 0x100);
-    EXPECT_EQ(AEFX_ReleaseSuite(&host.in_data, &host.out_data, "PF World Suite", 2, "Stuck."), 516);
-    EXPECT_STREQ(host.out_data.return_msg, "Stuck.");
-}
-
 TEST(Rect, IsEmptyWithoutWidthOrHeight) {
-    EXPECT_FALSE(IsEmptyRect(rect(0, 0, 1, 1)));
-    EXPECT_TRUE(IsEmptyRect(rect(1, 0, 1, 1)));
-    EXPECT_TRUE(IsEmptyRect(rect(2, 0, 1, 1)));
-    EXPECT_TRUE(IsEmptyRect(rect(0, 1, 1, 1)));
-    EXPECT_TRUE(IsEmptyRect(rect(0, 2, 1, 1)));
+    EXPECT_FALSE(IsEmptyRect({0, 0, 1, 1}));
+    for (const PF_LRect& empty : {PF_LRect{1, 0, 1, 1}, {2, 0, 1, 1}, {0, 1, 1, 1}, {0, 2, 1, 1}}) {
+        EXPECT_TRUE(IsEmptyRect(empty));
+    }
 }
 
-TEST(Rect, UnionOfEmptyWithEmptyCopiesTheSource) {
-    PF_LRect dst = rect(0, 0, 0, 0);
-    UnionLRect(rect(5, 6, 5, 9), dst);
-    expect_rect(dst, rect(5, 6, 5, 9));
-}
-
-TEST(Rect, UnionIntoEmptyCopiesTheSource) {
-    PF_LRect dst = rect(9, 9, 3, 3);
-    UnionLRect(rect(-1, -2, 3, 4), dst);
-    expect_rect(dst, rect(-1, -2, 3, 4));
-}
-
-TEST(Rect, UnionWithEmptyChangesNothing) {
-    PF_LRect dst = rect(1, 2, 3, 4);
-    UnionLRect(rect(-9, -9, -9, 100), dst);
-    expect_rect(dst, rect(1, 2, 3, 4));
-}
-
-TEST(Rect, UnionIsTheBoxRoundBoth) {
-    PF_LRect dst = rect(0, 10, 20, 30);
-    UnionLRect(rect(5, -5, 25, 15), dst);
-    expect_rect(dst, rect(0, -5, 25, 30));
-    UnionLRect(rect(-1, 0, 2, 31), dst);
-    expect_rect(dst, rect(-1, -5, 25, 31));
+TEST(Rect, UnionIsTheBoxRoundBothOrTheOneThatIsNotEmpty) {
+    const struct {
+        PF_LRect dst, src, expected;
+    } rows[] = {{{0, 10, 20, 30}, {5, -5, 25, 15}, {0, -5, 25, 30}},
+                {{0, -5, 25, 30}, {-1, 0, 2, 31}, {-1, -5, 25, 31}},
+                {{9, 9, 3, 3}, {-1, -2, 3, 4}, {-1, -2, 3, 4}},
+                {{1, 2, 3, 4}, {-9, -9, -9, 100}, {1, 2, 3, 4}},
+                // The source's, if both are empty.
+                {{0, 0, 0, 0}, {5, 6, 5, 9}, {5, 6, 5, 9}}};
+    for (const auto& row : rows) {
+        PF_LRect dst = row.dst;
+        UnionLRect(row.src, dst);
+        EXPECT_EQ(std::memcmp(&dst, &row.expected, sizeof dst), 0)
+            << dst.left << " " << dst.top << " " << dst.right << " " << dst.bottom;
+    }
 }

@@ -1,9 +1,4 @@
 // Both conversions to hosts' codes, the plain one and the kernels', against their definition.
-#include "kernels/kernel_sets.h"
-#include "random_numbers.h"
-
-#include "support/path_in_use.h"
-
 #include <gtest/gtest.h>
 #include <libimgops/codes.h>
 
@@ -14,6 +9,10 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "kernels/kernel_sets.h"
+#include "support/path_in_use.h"
+#include "support/random_numbers.h"
 
 namespace {
 
@@ -30,27 +29,12 @@ int expected_code(float x, int full) {
 
 /// Numbers around every code's lower end, and those that have none.
 std::vector<float> interesting(int full) {
-    std::vector<float> values = {0.0F,
-                                 -0.0F,
-                                 1e-45F,
-                                 -1e-45F,
-                                 1e-38F,
-                                 -1e-38F,
-                                 1e10F,
-                                 -1e10F,
-                                 3e38F,
-                                 -3e38F,
-                                 kInf,
-                                 -kInf,
-                                 std::numeric_limits<float>::quiet_NaN(),
-                                 -std::numeric_limits<float>::quiet_NaN(),
-                                 2147483648.0F / 255,
-                                 1e9F,
-                                 -1e9F,
-                                 std::bit_cast<float>(0x7f800001U),
-                                 1,
-                                 1.5F,
-                                 -1};
+    constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+    const auto signalling = std::bit_cast<float>(0x7f800001U);
+    std::vector<float> values = {
+        0.0F,   -0.0F, 1e-45F, -1e-45F, 1e-38F, -1e-38F,    1e10F,
+        -1e10F, 3e38F, -3e38F, kInf,    -kInf,  kNone,      -kNone,
+        1e9F,   -1e9F, 1,      1.5F,    -1,     signalling, 2147483648.0F / 255};
     for (int code = 0; code <= full; ++code) {
         for (const double middle : {code, code - 1}) {
             for (const double half : {0.0, 0.5}) {

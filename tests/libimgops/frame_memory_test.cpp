@@ -1,9 +1,5 @@
 // What a frame takes of memory, and what happens when there is none. In a program of its own: it
 // replaces the allocation functions.
-#include "plain_fast_scene.h"
-
-#include "support/memory_stars.h"
-
 #include <base/exceptions.h>
 #include <gtest/gtest.h>
 #include <libimgops/renderer.h>
@@ -13,6 +9,9 @@
 #include <new>
 #include <numeric>
 #include <vector>
+
+#include "plain_fast_scene.h"
+#include "support/memory_stars.h"
 
 namespace {
 
@@ -64,26 +63,14 @@ public:
     ~Watch() { watching = false; }
 };
 
-struct Frame {
-    explicit Frame(const Scene& scene_)
-        : scene(scene_),
-          input(scene.magic, scene.stars),
-          pixels(empty_frame(scene)),
-          fb(pixels.view()) {
-        set_cameras(scene, cams);
-    }
-    bool draw() {
-        StarRenderer renderer(scene.data, fb, input, cams);
+struct Frame : Canvas {
+    explicit Frame(const Scene& of) : Canvas(of), input(of.magic, of.stars) {}
+    void draw() {
         bool drew = true;
-        renderer.render_stars(drew);
-        return drew;
+        renderer(input).render_stars(drew);
     }
 
-    const Scene& scene;
     support::MemoryStars input;
-    support::GuardedFrame pixels;
-    StarFramebuffer fb;
-    Array<camera> cams;
 };
 
 Scene scene_of(int stars, int width, int height, int segments) {
@@ -159,18 +146,18 @@ TEST(FrameMemory, IsGivenBackWhereverItRunsOut) {
             }
         }
         EXPECT_EQ(live, 0) << "after " << failures;
-        EXPECT_EQ(frame.pixels.is_blank(), failed);
+        EXPECT_EQ(frame.frame.is_blank(), failed);
         if (failed) {
             ++refused;
             frame.input.reset();
             frame.draw();
-            EXPECT_TRUE(frame.pixels.same_bits(whole.pixels)) << "the next frame is whole";
+            EXPECT_TRUE(frame.frame.same_bits(whole.frame)) << "the next frame is whole";
             continue;
         }
-        is_fast = frame.pixels.same_bits(whole.pixels);
+        is_fast = frame.frame.same_bits(whole.frame);
         if (!is_fast) {
             ++drawn_plainly;
-            EXPECT_TRUE(frame.pixels.same_bits(plain.frame));
+            EXPECT_TRUE(frame.frame.same_bits(plain.frame));
         }
     }
     EXPECT_GE(failures, 5U);
@@ -184,11 +171,11 @@ TEST(FrameMemory, IsNoExcuseForAFailedAssertion) {
     const PathInUse fast(DrawPath::Fast);
     const Scene scene = scene_of(700, 160, 90, 2);
     Frame frame(scene);
-    StarRenderer renderer(scene.data, frame.fb, frame.input, frame.cams);
+    StarRenderer renderer = frame.renderer(frame.input);
     bool drew = true;
     for (int before = 0; before < 4; ++before) {
         until_assertion = before;
         EXPECT_THROW(renderer.render_stars(drew), AssertXception) << before;
-        EXPECT_TRUE(frame.pixels.is_blank()) << before;
+        EXPECT_TRUE(frame.frame.is_blank()) << before;
     }
 }

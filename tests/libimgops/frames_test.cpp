@@ -2,22 +2,27 @@
 // reference says for every value how far single precision and the reach may carry the real one; the
 // bounds are argued in support/reference_renderer.h and .cpp, and the tests here show both that
 // frames stay within them and that faults smaller than anyone would see do not.
+#include <base/array.h>
 #include <gtest/gtest.h>
+#include <libimgops/renderer.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <functional>
 #include <numbers>
 #include <ostream>
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "kernels/kernel_sets.h"
-#include "product_frame.h"
+#include "support/catalogue.h"
 #include "support/compare.h"
+#include "support/guarded_frame.h"
+#include "support/memory_stars.h"
 #include "support/path_in_use.h"
+#include "support/random_numbers.h"
 #include "support/reference_renderer.h"
 
 namespace {
@@ -38,64 +43,131 @@ struct Scene {
     std::vector<Camera> cameras;
 };
 
-// Draws evenly from [low, high), from the generator's own numbers: the standard distributions
-// differ between libraries.
-class Random {
-public:
-    explicit Random(unsigned seed) : numbers_(seed) {}
-    double operator()(double low, double high) {
-        return low + (high - low) * static_cast<double>(numbers_()) * 0x1p-32;
+/// The camera record of the same sample.
+::camera product_camera(const Camera& from) {
+    ::camera to;
+    const reference::Triple* axes[] = {&from.right, &from.up, &from.forward};
+    for (int column = 0; column < 3; ++column) {
+        const reference::Triple& axis = *axes[column];
+        double offset = 0;
+        for (int row = 0; row < 3; ++row) {
+            const auto i = static_cast<std::size_t>(row);
+            to.xform(row, column) = axis[i];
+            offset -= from.position[i] * axis[i];
+        }
+        to.xform(3, column) = offset;
     }
-    std::uint8_t code() { return static_cast<std::uint8_t>(numbers_() >> 24U); }
+    to.focal = from.focal;
+    to.near_clip = from.near_clip;
+    return to;
+}
 
-private:
-    std::mt19937 numbers_;
-};
+/// The settings as a host shell fills them from the same controls.
+StarRendererData product_settings(const Settings& from) {
+    StarRendererData to;
+    const double aspect = static_cast<double>(from.width) / from.height;
+    to.window_x0 = -aspect;
+    to.window_x1 = aspect;
+    to.window_y0 = -1;
+    to.window_y1 = 1;
+    to.spot_size_x = from.spot_size * from.aspect_ratio;
+    to.spot_size_y = from.spot_size;
+    to.threshold = from.threshold;
+    to.max_luminance = from.max_luminance;
+    to.brightness = from.brightness;
+    to.saturation = from.saturation;
+    to.bias_exponent = 1 / (from.bias + 0.000001);
+    to.tint_strength = from.tint_strength;
+    to.parallax_crush = from.parallax_crush;
+    to.tint_color = {static_cast<float>(from.tint[0]), static_cast<float>(from.tint[1]),
+                     static_cast<float>(from.tint[2])};
+    switch (from.projection) {
+        case Projection::Perspective:
+            to.projection = Persp;
+            break;
+        case Projection::Hemisphere:
+            to.projection = HemiSph;
+            break;
+        case Projection::Equidistant:
+            to.projection = AzEqu;
+            break;
+    }
+    to.use_depth = true;
+    return to;
+}
+
+/// The real renderer's float frame by a draw path: linear red, green and blue. The catalogue is one
+/// with distances, held in memory. The frame counts as lit from the start: until it is, the fast
+/// path lets the plain one draw.
+Picture product_frame(const std::vector<Star>& stars, const Settings& settings,
+                      const std::vector<Camera>& cameras, DrawPath path) {
+    const support::PathInUse in_use(path);
+    std::vector<support::CatalogueStar> records;
+    records.reserve(stars.size());
+    for (const Star& one : stars) {
+        records.push_back(
+            {one.lon, one.lat, one.luminance, one.srgb[0], one.srgb[1], one.srgb[2], one.distance});
+    }
+    support::MemoryStars input(support::kVersion2, records);
+    Array<::camera> samples;
+    for (const Camera& sample : cameras) {
+        samples.append(product_camera(sample));
+    }
+    const StarRendererData data = product_settings(settings);
+    support::GuardedFrame frame(settings.width, settings.height);
+    const StarFramebuffer view = frame.view();
+    StarRenderer renderer(data, view, input, samples);
+    bool drew = true;
+    renderer.render_stars(drew);
+    return support::picture_from_argb(view.a, view.width, view.height, view.stride);
+}
 
 // Stars all over the sphere, half of them with a distance, twice as many for half the luminance:
 // few are bright and most are faint, as in the sky.
-std::vector<Star> catalogue(Random& random, int count) {
+std::vector<Star> catalogue(RandomNumbers& random, int count) {
     std::vector<Star> stars;
     for (int i = 0; i < count; ++i) {
         Star one;
-        one.lon = random(0, 360);
-        one.lat = std::asin(random(-1, 1)) * 180 / std::numbers::pi;
-        one.luminance = static_cast<float>(std::min(1e-3 / random(1e-4, 1), 10.0));
+        one.lon = random.between(0, 360);
+        one.lat = std::asin(random.between(-1, 1)) * 180 / std::numbers::pi;
+        one.luminance = static_cast<float>(std::min(1e-3 / random.between(1e-4, 1), 10.0));
         one.srgb = {random.code(), random.code(), random.code()};
-        one.distance = i % 2 == 0 ? random(0.5, 300) : -1;
+        one.distance = i % 2 == 0 ? random.between(0.5, 300) : -1;
         stars.push_back(one);
     }
     return stars;
 }
 
 Scene scene(unsigned seed, Projection projection, int samples) {
-    Random random(seed);
+    RandomNumbers random(seed);
     Scene made;
     made.stars = catalogue(random, 400);
     Settings& settings = made.settings;
     settings.width = 160;
     settings.height = 90;
     settings.projection = projection;
-    settings.spot_size = random(6, 40);  // spots of 0.5 to 3.2 pixels
-    settings.aspect_ratio = random(0.5, 2);
-    settings.threshold = random(0, 1) < 0.5 ? 0 : 0.002;
-    settings.max_luminance = random(0.2, 5);
-    settings.brightness = random(1, 20);
-    settings.bias = random(0.5, 2);
-    settings.saturation = random(0, 2);  // above 1 some channels are negative
-    settings.tint_strength = random(0, 1);
-    settings.tint = {random(0, 1), random(0, 1), random(0, 1)};
-    settings.parallax_crush = random(0, 1) < 0.5 ? 0 : random(0, 3);
+    settings.spot_size = random.between(6, 40);  // spots of 0.5 to 3.2 pixels
+    settings.aspect_ratio = random.between(0.5, 2);
+    settings.threshold = random.between(0, 1) < 0.5 ? 0 : 0.002;
+    settings.max_luminance = random.between(0.2, 5);
+    settings.brightness = random.between(1, 20);
+    settings.bias = random.between(0.5, 2);
+    settings.saturation = random.between(0, 2);  // above 1 some channels are negative
+    settings.tint_strength = random.between(0, 1);
+    settings.tint = {random.between(0, 1), random.between(0, 1), random.between(0, 1)};
+    settings.parallax_crush = random.between(0, 1) < 0.5 ? 0 : random.between(0, 3);
 
-    const double lon = random(0, 360);
-    const double lat = random(-80, 80);
-    const double roll = random(-180, 180);
-    const double focal = random(0.8, 4);
-    const double pan = random(-10, 10);
-    const double tilt = random(-5, 5);
-    const double turn = random(-20, 20);
-    const reference::Triple from{random(-1, 1), random(-1, 1), random(-1, 1)};
-    const reference::Triple way{random(-1, 1), random(-1, 1), random(-1, 1)};
+    const double lon = random.between(0, 360);
+    const double lat = random.between(-80, 80);
+    const double roll = random.between(-180, 180);
+    const double focal = random.between(0.8, 4);
+    const double pan = random.between(-10, 10);
+    const double tilt = random.between(-5, 5);
+    const double turn = random.between(-20, 20);
+    const reference::Triple from{random.between(-1, 1), random.between(-1, 1),
+                                 random.between(-1, 1)};
+    const reference::Triple way{random.between(-1, 1), random.between(-1, 1),
+                                random.between(-1, 1)};
     for (int i = 0; i < samples; ++i) {
         const double t = samples > 1 ? static_cast<double>(i) / (samples - 1) : 0;
         made.cameras.push_back(

@@ -1,8 +1,6 @@
 // How far the kernels' functions are from the correctly rounded values, bit pattern by bit pattern.
 #pragma once
 
-#include "kernels/kernel_sets.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,6 +11,8 @@
 #include <limits>
 #include <string>
 #include <vector>
+
+#include "kernels/kernel_sets.h"
 
 namespace kernel_bounds {
 

@@ -1,7 +1,7 @@
 // The kernels' exponential and error function: their ends, their shape, and their error where it
 // matters; `every_argument_test.cpp` goes through all arguments. And how well they know directions.
 #include "kernel_bounds.h"
-#include "random_numbers.h"
+#include "support/random_numbers.h"
 
 namespace {
 
@@ -32,58 +32,46 @@ TEST(Bounds, HoldAroundLandmarks) {
     }
 }
 
-class EachMathSet : public testing::TestWithParam<std::string> {
+class EachMathSet : public kernel_sets::EachSet {
 protected:
-    static float exp(const Kernels& of, float x) {
-        of.exp(&x, &x, 1);
+    float exp(float x) const {
+        set->exp(&x, &x, 1);
         return x;
     }
-    static float erf(const Kernels& of, float x) {
-        of.erf(&x, &x, 1);
+    float erf(float x) const {
+        set->erf(&x, &x, 1);
         return x;
     }
 };
 
 TEST_P(EachMathSet, KnowsTheEndsOfExp) {
-    const Kernels* of = kernel_sets::to_test(GetParam());
-    if (of == nullptr) {
-        return;
-    }
-    EXPECT_EQ(exp(*of, 0.0F), 1.0F);
-    EXPECT_EQ(exp(*of, -0.0F), 1.0F);
-    EXPECT_EQ(exp(*of, -kInf), 0.0F);
-    EXPECT_FALSE(std::signbit(exp(*of, -kInf)));
+    EXPECT_EQ(exp(0.0F), 1.0F);
+    EXPECT_EQ(exp(-0.0F), 1.0F);
+    EXPECT_EQ(exp(-kInf), 0.0F);
+    EXPECT_FALSE(std::signbit(exp(-kInf)));
     // ln of the smallest number is -103.28; half of it rounds to 0.
-    EXPECT_EQ(exp(*of, -103.0F), 0x1p-149F);
-    EXPECT_EQ(exp(*of, -104.0F), 0.0F);
+    EXPECT_EQ(exp(-103.0F), 0x1p-149F);
+    EXPECT_EQ(exp(-104.0F), 0.0F);
 }
 
 TEST_P(EachMathSet, KnowsTheEndsOfErf) {
-    const Kernels* of = kernel_sets::to_test(GetParam());
-    if (of == nullptr) {
-        return;
-    }
-    EXPECT_EQ(erf(*of, 0.0F), 0.0F);
-    EXPECT_FALSE(std::signbit(erf(*of, 0.0F)));
-    EXPECT_TRUE(std::signbit(erf(*of, -0.0F)));
-    EXPECT_EQ(erf(*of, kInf), 1.0F);
-    EXPECT_EQ(erf(*of, -kInf), -1.0F);
-    EXPECT_EQ(erf(*of, 4.0F), 1.0F);
-    EXPECT_EQ(erf(*of, -1e30F), -1.0F);
-    EXPECT_TRUE(std::isnan(erf(*of, NAN)));
-    EXPECT_TRUE(std::isnan(erf(*of, -NAN)));
+    EXPECT_EQ(erf(0.0F), 0.0F);
+    EXPECT_FALSE(std::signbit(erf(0.0F)));
+    EXPECT_TRUE(std::signbit(erf(-0.0F)));
+    EXPECT_EQ(erf(kInf), 1.0F);
+    EXPECT_EQ(erf(-kInf), -1.0F);
+    EXPECT_EQ(erf(4.0F), 1.0F);
+    EXPECT_EQ(erf(-1e30F), -1.0F);
+    EXPECT_TRUE(std::isnan(erf(NAN)));
+    EXPECT_TRUE(std::isnan(erf(-NAN)));
 }
 
 TEST_P(EachMathSet, HasAnOddErfBetweenMinusOneAndOne) {
-    const Kernels* of = kernel_sets::to_test(GetParam());
-    if (of == nullptr) {
-        return;
-    }
     std::vector<float> negated(kBlock), positive(kBlock), negative(kBlock);
     for_patterns(0, 0x7f800000U, 4001, [&](const float* x, std::size_t count) {
         std::transform(x, x + count, negated.begin(), [](float value) { return -value; });
-        of->erf(x, positive.data(), count);
-        of->erf(negated.data(), negative.data(), count);
+        set->erf(x, positive.data(), count);
+        set->erf(negated.data(), negative.data(), count);
         for (std::size_t i = 0; i < count; ++i) {
             ASSERT_EQ(positive[i], -negative[i]) << x[i];
             ASSERT_GE(positive[i], 0.0F) << x[i];
@@ -95,10 +83,6 @@ TEST_P(EachMathSet, HasAnOddErfBetweenMinusOneAndOne) {
 // Steps back are no larger than the bound allows: two values within `bound` of a function that
 // never falls are at most twice that out of order.
 TEST_P(EachMathSet, NeverFallsByMoreThanItsBound) {
-    const Kernels* of = kernel_sets::to_test(GetParam());
-    if (of == nullptr) {
-        return;
-    }
     for (const Bounded& function : kBounds) {
         std::vector<float> results(kBlock), negated(kBlock);
         float highest = -kInf;
@@ -107,10 +91,10 @@ TEST_P(EachMathSet, NeverFallsByMoreThanItsBound) {
             if (function.takes_up_to_0) {
                 // Backwards: -exp(-x) never falls either.
                 std::transform(x, x + count, negated.begin(), negate);
-                (of->*function.function)(negated.data(), results.data(), count);
+                (set->*function.function)(negated.data(), results.data(), count);
                 std::transform(results.begin(), results.end(), results.begin(), negate);
             } else {
-                (of->*function.function)(x, results.data(), count);
+                (set->*function.function)(x, results.data(), count);
             }
             for (std::size_t i = 0; i < count; ++i) {
                 ASSERT_LE(rank(highest) - rank(results[i]), 2 * function.bound)
@@ -123,21 +107,20 @@ TEST_P(EachMathSet, NeverFallsByMoreThanItsBound) {
 
 // Arrays of every length, of which nothing beyond the end is written.
 TEST_P(EachMathSet, TakesAnyNumberOfValues) {
-    const Kernels* of = kernel_sets::to_test(GetParam());
-    for (std::size_t count = 0; of != nullptr && count < 70; ++count) {
+    for (std::size_t count = 0; count < 70; ++count) {
         std::vector<float> x(count), results(count + 1, 7.0F);
         for (std::size_t i = 0; i < count; ++i) {
             x[i] = static_cast<float>(i) / 16 - 5;
         }
-        of->exp(x.data(), results.data(), count);
+        set->exp(x.data(), results.data(), count);
         EXPECT_EQ(results[count], 7.0F);
         for (std::size_t i = 0; i < count; ++i) {
-            EXPECT_EQ(results[i], exp(*of, x[i]));
+            EXPECT_EQ(results[i], exp(x[i]));
         }
-        of->erf(x.data(), results.data(), count);
+        set->erf(x.data(), results.data(), count);
         EXPECT_EQ(results[count], 7.0F);
         for (std::size_t i = 0; i < count; ++i) {
-            EXPECT_EQ(results[i], erf(*of, x[i]));
+            EXPECT_EQ(results[i], erf(x[i]));
         }
     }
 }
@@ -191,16 +174,12 @@ constexpr float kLargestAngle = 10000;
 
 // One coordinate at a time, the other angle 0: the bound of both functions of both angles.
 TEST_P(EachMathSet, KnowsSinesAndCosinesOfAllAnglesTo5e7) {
-    const Kernels* of = kernel_sets::to_test(GetParam());
-    if (of == nullptr) {
-        return;
-    }
     const auto expect_known = [&](float angle) {
         const Plane x = {1, 0, 0, 0, 0, 0}, y = {0, 1, 0, 0, 0, 0}, z = {0, 0, 1, 0, 0, 0};
-        ASSERT_TRUE(is_known(*of, x, {angle, 0, 0}, 5e-7)) << "cosine of longitude " << angle;
-        ASSERT_TRUE(is_known(*of, z, {angle, 0, 0}, 5e-7)) << "sine of longitude " << angle;
-        ASSERT_TRUE(is_known(*of, x, {0, angle, 0}, 5e-7)) << "cosine of latitude " << angle;
-        ASSERT_TRUE(is_known(*of, y, {0, angle, 0}, 5e-7)) << "sine of latitude " << angle;
+        ASSERT_TRUE(is_known(*set, x, {angle, 0, 0}, 5e-7)) << "cosine of longitude " << angle;
+        ASSERT_TRUE(is_known(*set, z, {angle, 0, 0}, 5e-7)) << "sine of longitude " << angle;
+        ASSERT_TRUE(is_known(*set, x, {0, angle, 0}, 5e-7)) << "cosine of latitude " << angle;
+        ASSERT_TRUE(is_known(*set, y, {0, angle, 0}, 5e-7)) << "sine of latitude " << angle;
     };
     const std::uint32_t last = std::bit_cast<std::uint32_t>(kLargestAngle) - 1;
     for_patterns(0, last, 40009, [&](const float* x, std::size_t count) {
@@ -221,10 +200,9 @@ TEST_P(EachMathSet, KnowsSinesAndCosinesOfAllAnglesTo5e7) {
 
 // The sum of errors that the tolerance is argued with comes to a third of it.
 TEST_P(EachMathSet, KnowsSidesOfPlanesToAThirdOfTheTolerance) {
-    const Kernels* of = kernel_sets::to_test(GetParam());
     constexpr double kBound = static_cast<double>(star_kernels::kDirectionTolerance) / 3;
     RandomNumbers random(1);
-    for (int i = 0; of != nullptr && i < 100000 && !HasFatalFailure(); ++i) {
+    for (int i = 0; i < 100000 && !HasFatalFailure(); ++i) {
         Plane plane{};
         for (float* n : {&plane.nx, &plane.ny, &plane.nz}) {
             *n = static_cast<float>(random.between(-1, 1));
@@ -238,24 +216,20 @@ TEST_P(EachMathSet, KnowsSidesOfPlanesToAThirdOfTheTolerance) {
         }
         const float size = std::fabs(plane.nx) + std::fabs(plane.ny) + std::fabs(plane.nz) +
                            std::fabs(plane.nw) * at.weight;
-        ASSERT_TRUE(is_known(*of, plane, at, static_cast<double>(size) * kBound))
+        ASSERT_TRUE(is_known(*set, plane, at, static_cast<double>(size) * kBound))
             << at.lon << " " << at.lat << " " << at.weight << ", plane " << plane.nx << " "
             << plane.ny << " " << plane.nz << " " << plane.nw;
     }
 }
 
 TEST_P(EachMathSet, LeavesInWhateverHasLargerAngles) {
-    const Kernels* of = kernel_sets::to_test(GetParam());
-    if (of == nullptr) {
-        return;
-    }
     const Plane everything = {0, 0, 0, 0, -1, 0};
-    EXPECT_TRUE(is_beyond(*of, everything, {std::nextafter(kLargestAngle, 0.0F), 0, 0}));
+    EXPECT_TRUE(is_beyond(*set, everything, {std::nextafter(kLargestAngle, 0.0F), 0, 0}));
     for (const float angle : {kLargestAngle, 1e5F, 1e30F, kInf, static_cast<float>(NAN)}) {
-        EXPECT_FALSE(is_beyond(*of, everything, {angle, 0, 0})) << angle;
-        EXPECT_FALSE(is_beyond(*of, everything, {-angle, 0, 0})) << angle;
-        EXPECT_FALSE(is_beyond(*of, everything, {0, angle, 0})) << angle;
-        EXPECT_FALSE(is_beyond(*of, everything, {0, -angle, 0})) << angle;
+        EXPECT_FALSE(is_beyond(*set, everything, {angle, 0, 0})) << angle;
+        EXPECT_FALSE(is_beyond(*set, everything, {-angle, 0, 0})) << angle;
+        EXPECT_FALSE(is_beyond(*set, everything, {0, angle, 0})) << angle;
+        EXPECT_FALSE(is_beyond(*set, everything, {0, -angle, 0})) << angle;
     }
 }
 

@@ -1,6 +1,4 @@
 // What the compiler made of the kernels' sources.
-#include "support/command_output.h"
-
 #include <gtest/gtest.h>
 
 #include <map>
@@ -8,6 +6,8 @@
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "support/command_output.h"
 
 namespace {
 

@@ -1,12 +1,11 @@
 // The fast path against the plain one, which defines the pixels: whole frames at random.
-#include "kernels/kernel_sets.h"
-#include "plain_fast_scene.h"
-
-#include "support/rounds.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
+
+#include "kernels/kernel_sets.h"
+#include "plain_fast_scene.h"
+#include "support/rounds.h"
 
 namespace {
 

@@ -1,9 +1,5 @@
 // The fast path against the plain one where numbers are at the end of their range or beyond it, and
 // stars at the end of the frame.
-#include "plain_fast_scene.h"
-
-#include "star_scene.h"
-
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -13,6 +9,9 @@
 #include <utility>
 #include <vector>
 
+#include "plain_fast_scene.h"
+#include "star_scene.h"
+
 namespace {
 
 using namespace plain_fast;
@@ -20,42 +19,13 @@ using support::CatalogueStar;
 
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
+const double kLargest = std::numeric_limits<double>::max();
 
 /// What no field should hold, and what it hardly should.
-const double kSpecial[] = {kNone,
-                           -kNone,
-                           kInf,
-                           -kInf,
-                           0.0,
-                           -0.0,
-                           5e-324,
-                           -5e-324,
-                           1e-310,
-                           1e-45,
-                           -1e-45,
-                           1e-38,
-                           1e-30,
-                           -1e-30,
-                           1e-5,
-                           -1e-5,
-                           0.3,
-                           -0.3,
-                           1.0,
-                           -1.0,
-                           7.0,
-                           -7.0,
-                           1e5,
-                           -1e5,
-                           1e10,
-                           -1e10,
-                           1e30,
-                           -1e30,
-                           3e38,
-                           -3e38,
-                           1e300,
-                           -1e300,
-                           std::numeric_limits<double>::max(),
-                           std::numeric_limits<double>::lowest()};
+const double kSpecial[] = {kNone, -kNone, kInf,  -kInf, 0.0,    -0.0,     5e-324,   -5e-324, 1e-310,
+                           1e-45, -1e-45, 1e-38, 1e-30, -1e-30, 1e-5,     -1e-5,    0.3,     -0.3,
+                           1.0,   -1.0,   7.0,   -7.0,  1e5,    -1e5,     1e10,     -1e10,   1e30,
+                           -1e30, 3e38,   -3e38, 1e300, -1e300, kLargest, -kLargest};
 
 /// A small frame through a camera along x, a few stars in it and a few around it.
 Scene small_scene(op_stars_projection projection, bool moves) {

@@ -1,12 +1,5 @@
 // How the fast path goes through the source: what it reads and where it leaves the cursor; and
 // which frames it leaves to the plain path.
-#include "kernels/kernel_sets.h"
-#include "plain_fast_scene.h"
-
-#include "star_scene.h"
-#include "support/memory_stars.h"
-#include "support/scratch.h"
-
 #include <base/scoped_ptr.h>
 #include <gtest/gtest.h>
 #include <libimgops/renderer.h>
@@ -14,6 +7,12 @@
 
 #include <cstddef>
 #include <limits>
+
+#include "kernels/kernel_sets.h"
+#include "plain_fast_scene.h"
+#include "star_scene.h"
+#include "support/memory_stars.h"
+#include "support/scratch.h"
 
 namespace {
 
@@ -76,20 +75,17 @@ TEST(FastLoop, ReadsEveryRecordOnceWhateverTheRowsAre) {
 
         const PathInUse fast(DrawPath::Fast);
         PiecewiseStars input(scene.stars);
-        Array<camera> cams;
-        set_cameras(scene, cams);
-        GuardedFrame frame = empty_frame(scene);
-        const StarFramebuffer fb = frame.view();
-        StarRenderer renderer(scene.data, fb, input, cams);
+        const Canvas canvas(scene);
+        StarRenderer renderer = canvas.renderer(input);
         bool drew = false;
         renderer.render_stars(drew);
         EXPECT_EQ(input.taken(), input.nstars());
         EXPECT_EQ(drew, whole.drew);
-        EXPECT_TRUE(frame.same_bits(whole.frame));
+        EXPECT_TRUE(canvas.frame.same_bits(whole.frame));
         EXPECT_FALSE(renderer.render_star(drew)) << "none is left";
         renderer.render_stars(drew);
         EXPECT_EQ(input.taken(), input.nstars()) << "nothing is read again";
-        EXPECT_TRUE(frame.same_bits(whole.frame));
+        EXPECT_TRUE(canvas.frame.same_bits(whole.frame));
     }
 }
 
@@ -103,26 +99,6 @@ TEST(FastLoop, ReadsNothingWithoutBrightness) {
             EXPECT_FALSE(drawn.drew);
             EXPECT_TRUE(drawn.frame.is_blank());
         }
-    }
-}
-
-TEST(FastLoop, DrawsNothingOfALoneHeader) {
-    const ScratchFolder folder;
-    const std::string path = folder / "sky.stars";
-    for (const unsigned size : {8U, 32U, 63U}) {
-        write_file(path,
-                   support::catalogue_bytes(support::kVersion2, {CatalogueStar()}).substr(0, size));
-        const scoped_ptr<StarInput> input(op_stars_file_input(path.c_str()));
-        Array<camera> cams;
-        cams.append(star_scene::facing_x());
-        GuardedFrame frame(100, 50);
-        const StarFramebuffer fb = frame.view();
-        const StarRendererData data = star_scene::plain_settings();
-        StarRenderer renderer(data, fb, *input, cams);
-        bool drew = false;
-        renderer.render_stars(drew);
-        EXPECT_FALSE(drew);
-        EXPECT_TRUE(frame.is_blank());
     }
 }
 
@@ -141,11 +117,8 @@ TEST(FastLoop, LeavesTheCursorOfAFileWhereThePlainPathDoes) {
             MMAPStarFile input(path.c_str());
             const star* first = input.next();
             input.reset();
-            Array<camera> cams;
-            set_cameras(scene, cams);
-            GuardedFrame frame = empty_frame(scene);
-            const StarFramebuffer fb = frame.view();
-            StarRenderer renderer(scene.data, fb, input, cams);
+            const Canvas canvas(scene);
+            StarRenderer renderer = canvas.renderer(input);
             bool drew = false;
             renderer.render_stars(drew);
             places[i++] = input.next() - first;
@@ -161,11 +134,8 @@ TEST(FastLoop, TakesOverFromSingleStars) {
     for (const int singles : {1, 5, 511, 512, 1199, 1200}) {
         const PathInUse fast(DrawPath::Fast);
         MemoryStars input(scene.magic, scene.stars);
-        Array<camera> cams;
-        set_cameras(scene, cams);
-        GuardedFrame frame = empty_frame(scene);
-        const StarFramebuffer fb = frame.view();
-        StarRenderer renderer(scene.data, fb, input, cams);
+        const Canvas canvas(scene);
+        StarRenderer renderer = canvas.renderer(input);
         bool drew = false;
         for (int i = 0; i < singles; ++i) {
             EXPECT_EQ(renderer.render_star(drew), i + 1 < 1200);
@@ -174,37 +144,31 @@ TEST(FastLoop, TakesOverFromSingleStars) {
         EXPECT_EQ(drew, whole.drew);
         EXPECT_EQ(input.place(), 1201);
         Drawn mixed;
-        mixed.frame = frame;
+        mixed.frame = canvas.frame;
         EXPECT_LE(difference(whole, mixed, std::vector<bool>(64 * 36)).ordinary, kOrdinaryBound);
     }
 }
 
 TEST(FastLoop, AddsToWhatARendererBeforeItLeft) {
     const Scene scene = busy_scene(900);
-    GuardedFrame frames[2] = {empty_frame(scene), empty_frame(scene)};
-    bool drew[2] = {false, false};
-    int i = 0;
-    for (const DrawPath path : {DrawPath::Plain, DrawPath::Fast}) {
+    const auto drawn_twice = [&](DrawPath path) {
         const PathInUse in_use(path);
         MemoryStars input(scene.magic, scene.stars);
-        Array<camera> cams;
-        set_cameras(scene, cams);
-        const StarFramebuffer fb = frames[i].view();
+        const Canvas canvas(scene);
+        Drawn drawn;
         for (int round = 0; round < 2; ++round) {
-            StarRenderer renderer(scene.data, fb, input, cams);
-            renderer.render_stars(drew[i]);
+            canvas.renderer(input).render_stars(drawn.drew);
             input.reset();
         }
-        ++i;
-    }
-    EXPECT_TRUE(drew[0] && drew[1]);
-    Drawn plain, fast;
-    plain.frame = frames[0];
-    fast.frame = frames[1];
-    const Difference off = difference(plain, fast, std::vector<bool>(64 * 36));
+        EXPECT_TRUE(drawn.drew);
+        drawn.frame = canvas.frame;
+        return drawn;
+    };
+    const Drawn fast = drawn_twice(DrawPath::Fast);
+    const std::vector<bool> none(64 * 36);
+    const Difference off = difference(drawn_twice(DrawPath::Plain), fast, none);
     EXPECT_LE(off.ordinary, kOrdinaryBound);
-    const double once =
-        difference(draw(scene, DrawPath::Plain), fast, std::vector<bool>(64 * 36)).peak;
+    const double once = difference(draw(scene, DrawPath::Plain), fast, none).peak;
     EXPECT_NEAR(off.peak, 2 * once, 1e-5 * once);
 }
 
@@ -363,36 +327,4 @@ TEST(OtherSizes, AreDrawnByThePlainPathBeyond16Bits) {
             EXPECT_GT(counted.calls().spot, 0);
         }
     }
-}
-
-// A far end to the lower left makes a row's first column overflow, which its guard refuses: with
-// the same words, after the same light. Some 1e10 columns a row, less the spot's reach times as
-// many, come to between 2^31, where columns end, and the 2^32 that is lost in a midpoint 5e16
-// pixels off.
-TEST(Guards, RefuseAsOnThePlainPath) {
-    RandomNumbers random(41);
-    int refused = 0;
-    for (int i = 0; i < 400; ++i) {
-        Scene scene = default_scene(random, 40, 24);
-        scene.data.spot_size_x = scene.data.spot_size_y = 50;  // a pixel
-        scatter_stars(scene, random, 20);
-        scene.cams.push_back(scene.cams.front());
-        for (int row = 0; row < 4; ++row) {
-            scene.cams[1].xform(row, 0) *= 1e16;
-            scene.cams[1].xform(row, 1) *= 1e6;
-        }
-        CatalogueStar star;
-        set_angles(star, direction_of(scene.cams.front(), random.between(-1.2, -0.4),
-                                      random.between(-0.9, -0.5)));
-        star.luminance = 0.0005F;
-        scene.stars.insert(scene.stars.begin() + 10, star);
-        const Drawn plain = draw(scene, DrawPath::Plain);
-        const Drawn fast = draw(scene, DrawPath::Fast);
-        EXPECT_EQ(plain.failure, fast.failure);
-        EXPECT_EQ(plain.drew, fast.drew);
-        EXPECT_EQ(plain.place, fast.place) << "behind the refused star";
-        EXPECT_LE(difference(plain, fast, std::vector<bool>(40 * 24)).ordinary, kOrdinaryBound);
-        refused += plain.failure == "ix >= 0 && ix < dst.width" ? 1 : 0;
-    }
-    EXPECT_GT(refused, 0);
 }

@@ -1,7 +1,5 @@
 #include "plain_fast_scene.h"
 
-#include "support/memory_stars.h"
-
 #include <base/exceptions.h>
 #include <gtest/gtest.h>
 #include <libimgops/projection.h>
@@ -13,6 +11,9 @@
 #include <cmath>
 #include <limits>
 #include <sstream>
+
+#include "support/memory_stars.h"
+#include "support/pixels.h"
 
 namespace plain_fast {
 
@@ -66,18 +67,16 @@ double depth_of(const Scene& scene, const CatalogueStar& star, const camera& cam
 
 GuardedFrame empty_frame(const Scene& scene) {
     GuardedFrame frame(scene.width, scene.height);
-    for (int y = 0; y < scene.height; ++y) {
-        for (int x = 0; x < scene.width; ++x) {
-            if (!scene.coverage.empty()) {
-                frame.a(x, y) = scene.coverage[static_cast<std::size_t>(y * scene.width + x)];
-            }
-            frame.r(x, y) = frame.g(x, y) = frame.b(x, y) = scene.background;
+    support::for_each_pixel(scene.width, scene.height, [&](int x, int y) {
+        if (!scene.coverage.empty()) {
+            frame.a(x, y) = scene.coverage[static_cast<std::size_t>(y * scene.width + x)];
         }
-    }
+        frame.r(x, y) = frame.g(x, y) = frame.b(x, y) = scene.background;
+    });
     return frame;
 }
 
-void set_cameras(const Scene& scene, Array<camera>& cams) {
+Canvas::Canvas(const Scene& scene_) : scene(scene_), frame(empty_frame(scene)), fb(frame.view()) {
     for (const camera& cam : scene.cams) {
         cams.append(cam);
     }
@@ -85,13 +84,12 @@ void set_cameras(const Scene& scene, Array<camera>& cams) {
 
 Drawn draw_into(const Scene& scene, DrawPath path, const StarFramebuffer& fb) {
     const PathInUse in_use(path);
-    Array<camera> cams;
-    set_cameras(scene, cams);
+    const Canvas canvas(scene);
     support::MemoryStars input(scene.magic, scene.stars);
     Drawn drawn;
     drawn.drew = scene.drew_before;
     try {
-        StarRenderer renderer(scene.data, fb, input, cams);
+        StarRenderer renderer(scene.data, fb, input, canvas.cams);
         renderer.render_stars(drawn.drew);
     } catch (const AssertXception& failure) {
         drawn.failure = failure.expression();
@@ -130,11 +128,9 @@ std::vector<bool> visited(Scene scene, DrawPath path) {
     scene.drew_before = true;
     Drawn drawn = draw(scene, path);
     std::vector<bool> found(pixels);
-    for (int y = 0; y < scene.height; ++y) {
-        for (int x = 0; x < scene.width; ++x) {
-            found[static_cast<std::size_t>(y * scene.width + x)] = std::isnan(drawn.frame.r(x, y));
-        }
-    }
+    support::for_each_pixel(scene.width, scene.height, [&](int x, int y) {
+        found[static_cast<std::size_t>(y * scene.width + x)] = std::isnan(drawn.frame.r(x, y));
+    });
     return found;
 }
 
@@ -156,15 +152,13 @@ Difference difference(const Drawn& plain, const Drawn& fast, const std::vector<b
     const int width = p.frame.width();
     const int height = p.frame.height();
     const auto for_each = [&](auto use) {
-        for (int y = 0; y < height; ++y) {
-            for (int x = 0; x < width; ++x) {
-                const auto a = colours(p.frame, x, y);
-                const auto b = colours(f.frame, x, y);
-                for (std::size_t channel = 0; channel < a.size(); ++channel) {
-                    use(a[channel], b[channel], static_cast<std::size_t>(y * width + x));
-                }
+        support::for_each_pixel(width, height, [&](int x, int y) {
+            const auto a = colours(p.frame, x, y);
+            const auto b = colours(f.frame, x, y);
+            for (std::size_t channel = 0; channel < a.size(); ++channel) {
+                use(a[channel], b[channel], static_cast<std::size_t>(y * width + x));
             }
-        }
+        });
     };
     for_each(
         [&](float a, float, std::size_t) { result.peak = std::max(result.peak, magnitude(a)); });
@@ -209,11 +203,9 @@ void expect_same_course(const Drawn& plain, const Drawn& fast, const std::string
 void expect_same_coverage(const Scene& scene, Drawn& fast, const std::string& what) {
     GuardedFrame before = empty_frame(scene);
     int changed = 0;
-    for (int y = 0; y < scene.height; ++y) {
-        for (int x = 0; x < scene.width; ++x) {
-            changed += bits(before.a(x, y)) != bits(fast.frame.a(x, y)) ? 1 : 0;
-        }
-    }
+    support::for_each_pixel(scene.width, scene.height, [&](int x, int y) {
+        changed += bits(before.a(x, y)) != bits(fast.frame.a(x, y)) ? 1 : 0;
+    });
     EXPECT_EQ(changed, 0) << "pixels with another coverage: " << what;
 }
 

@@ -1,18 +1,18 @@
 // Frames drawn on either path, and what there is to compare of them.
 #pragma once
 
-#include "random_numbers.h"
-
-#include "support/catalogue.h"
-#include "support/guarded_frame.h"
-#include "support/path_in_use.h"
-
 #include <base/array.h>
 #include <libimgops/records.h>
+#include <libimgops/renderer.h>
 #include <libimgops/star_input.h>
 
 #include <string>
 #include <vector>
+
+#include "support/catalogue.h"
+#include "support/guarded_frame.h"
+#include "support/path_in_use.h"
+#include "support/random_numbers.h"
 
 namespace plain_fast {
 
@@ -43,7 +43,18 @@ struct Drawn {
 
 /// The scene's frame before any star.
 support::GuardedFrame empty_frame(const Scene& scene);
-void set_cameras(const Scene& scene, Array<camera>& cams);
+/// What the scene's renderers are made of, but for the source.
+struct Canvas {
+    explicit Canvas(const Scene& scene);
+    StarRenderer renderer(StarInput& input) const {
+        return StarRenderer(scene.data, fb, input, cams);
+    }
+
+    const Scene& scene;
+    support::GuardedFrame frame;
+    StarFramebuffer fb;
+    Array<camera> cams;
+};
 /// Draws all stars at once on that path.
 Drawn draw(const Scene& scene, DrawPath path);
 /// The same into any view of pixels, which is `fb`.

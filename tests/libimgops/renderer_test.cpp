@@ -1,64 +1,67 @@
-#include <libimgops/renderer.h>
-
-#include "star_scene.h"
-
-#include "support/expect_throw.h"
-#include "support/scratch.h"
-
-#include <libimgops/starfile.h>
-
 #include <gtest/gtest.h>
+#include <libimgops/renderer.h>
+#include <libimgops/starfile.h>
 
 #include <cmath>
 #include <string>
 #include <tuple>
+#include <utility>
+#include <vector>
+
+#include "star_scene.h"
+#include "support/expect_throw.h"
+#include "support/pixels.h"
+#include "support/scratch.h"
 
 namespace {
 
 using namespace star_scene;
 using support::CatalogueStar;
 using support::GuardedFrame;
-using support::MemoryStars;
 
-/// Draws a white star of luminance 1 at the frame's centre.
-void draw_centred(GuardedFrame& frame, const StarRendererData& data, int samples = 1) {
-    MemoryStars input(support::kVersion1, {CatalogueStar()});
-    Array<camera> cams;
-    for (int i = 0; i < samples; ++i) {
-        cams.append(facing_x());
-    }
-    draw_all(data, frame, input, cams);
-    EXPECT_TRUE(frame.guards_intact());
-}
-
+/// Light at the frame's centre of a white star of luminance 1 there.
 float peak(const StarRendererData& data, int samples = 1) {
-    GuardedFrame frame(kWidth, kHeight);
-    draw_centred(frame, data, samples);
-    return frame.r(kCentreX, kCentreY);
+    StarFrame one(data, {CatalogueStar()});
+    for (int i = 1; i < samples; ++i) {
+        one.cams.append(facing_x());
+    }
+    one.draw();
+    return one.centre();
 }
 
 /// Gaussian radii of a drawn spot, from its centre's neighbours two pixels off.
 std::pair<double, double> radii(const StarRendererData& data) {
-    GuardedFrame frame(kWidth, kHeight);
-    draw_centred(frame, data);
-    const double centre = frame.r(kCentreX, kCentreY);
-    return {2 / std::sqrt(std::log(centre / frame.r(kCentreX + 2, kCentreY))),
-            2 / std::sqrt(std::log(centre / frame.r(kCentreX, kCentreY + 2)))};
+    StarFrame one(data, {CatalogueStar()});
+    one.draw();
+    const double centre = one.centre();
+    return {2 / std::sqrt(std::log(centre / one.frame.r(kCentreX + 2, kCentreY))),
+            2 / std::sqrt(std::log(centre / one.frame.r(kCentreX, kCentreY + 2)))};
 }
 
 /// Where the light of the frame is centred along x.
 double centroid_x(GuardedFrame& frame) {
     double sum = 0, moment = 0;
-    for (int y = 0; y < frame.height(); ++y) {
-        for (int x = 0; x < frame.width(); ++x) {
-            sum += frame.r(x, y);
-            moment += static_cast<double>(frame.r(x, y)) * x;
-        }
-    }
+    support::for_each_pixel(frame.width(), frame.height(), [&](int x, int y) {
+        sum += frame.r(x, y);
+        moment += static_cast<double>(frame.r(x, y)) * x;
+    });
     return moment / sum;
 }
 
 }  // namespace
+
+TEST(Records, HaveTheDefaultsAndValuesOfSavedProjects) {
+    const camera defaults;
+    // The exact decimal values of the nearest single-precision numbers.
+    EXPECT_EQ(defaults.focal, 3.200000047683716);
+    EXPECT_EQ(defaults.near_clip, 0.10000000149011612);
+    EXPECT_EQ(defaults.far_clip, -1.0);
+    EXPECT_EQ((std::vector<int>{Persp, HemiSph, AzEqu}), (std::vector<int>{0, 1, 2}));
+    EXPECT_EQ((std::vector<int>{STARS_LINES_ALL, STARS_LINES_EVEN, STARS_LINES_ODD}),
+              (std::vector<int>{0, 1, 2}));
+    EXPECT_EQ(sizeof(op_stars_projection), 4U);
+    EXPECT_EQ(sizeof(op_stars_lines), 4U);
+}
 
 TEST(Intensity, IsFourTimesTheBrightness) {
     StarRendererData data = plain_settings();
@@ -71,14 +74,10 @@ TEST(Intensity, IsFourTimesTheBrightness) {
 TEST(Intensity, IsSharedByTheSegments) {
     // Three samples, two of them behind the camera: one segment is drawn, with half the light of
     // the same segment alone.
-    const StarRendererData data = plain_settings();
-    const auto light = [&](std::initializer_list<camera> samples) {
-        MemoryStars input(support::kVersion1, {CatalogueStar()});
-        Array<camera> cams;
-        set_cameras(cams, samples);
-        GuardedFrame frame(kWidth, kHeight);
-        draw_all(data, frame, input, cams);
-        return frame.r(kCentreX, kCentreY);
+    const auto light = [](std::initializer_list<camera> samples) {
+        StarFrame one(plain_settings(), {CatalogueStar()}, samples);
+        one.draw();
+        return one.centre();
     };
     const camera front = facing_x(), back = facing_x(178);
     const float alone = light({front, back});
@@ -159,8 +158,9 @@ TEST(Spot, IsDimmedAfterTheAspect) {
 }
 
 TEST(SetUp, SurvivesAFrameWithoutRows) {
-    GuardedFrame frame(kWidth, 0);
-    EXPECT_NO_THROW(draw_centred(frame, plain_settings()));
+    StarFrame one(plain_settings(), {CatalogueStar()});
+    GuardedFrame flat(kWidth, 0);
+    EXPECT_NO_THROW(draw_all(one.data, flat, one.input, one.cams));
 }
 
 TEST(SetUp, BakesThePerspectiveIntoPerspAlone) {
@@ -175,42 +175,31 @@ TEST(SetUp, BakesThePerspectiveIntoPerspAlone) {
         data.projection = row.projection;
         CatalogueStar star;
         star.lon = 30;
-        MemoryStars input(support::kVersion1, {star});
-        Array<camera> cams;
-        cams.append(facing_x());
-        cams[0].focal = 1.5;
-        GuardedFrame frame(kWidth, kHeight);
-        EXPECT_TRUE(draw_all(data, frame, input, cams));
-        EXPECT_NEAR(centroid_x(frame), 50 - 25 * row.radius, 0.001) << row.projection;
+        StarFrame one(data, {star});
+        one.cams[0].focal = 1.5;
+        EXPECT_TRUE(one.draw());
+        EXPECT_NEAR(centroid_x(one.frame), 50 - 25 * row.radius, 0.001) << row.projection;
     }
 }
 
 TEST(SetUp, TurnsTheWorldBeforeThePerspective) {
     // Nearer by 2 along the view: a star 10 away and 45 degrees off is seen 45 degrees off at
     // (7.07, 7.07 - 2).
-    StarRendererData data = plain_settings();
     CatalogueStar star;
     star.lon = -45;
     star.distance = 10;
-    MemoryStars input(support::kVersion2, {star});
-    Array<camera> cams;
-    cams.append(facing_x());
-    cams[0].focal = 1;
-    cams[0].xform(3, 2) = -2;
-    GuardedFrame frame(kWidth, kHeight);
-    EXPECT_TRUE(draw_all(data, frame, input, cams));
+    StarFrame one(plain_settings(), {star}, {facing_x()}, support::kVersion2);
+    one.cams[0].focal = 1;
+    one.cams[0].xform(3, 2) = -2;
+    EXPECT_TRUE(one.draw());
     const double side = 10 * std::sqrt(0.5);
-    EXPECT_NEAR(centroid_x(frame), 50 + 25 * side / (side - 2), 0.001);
+    EXPECT_NEAR(centroid_x(one.frame), 50 + 25 * side / (side - 2), 0.001);
 }
 
 TEST(SetUp, AssertsACamera) {
-    MemoryStars input(support::kVersion1, {});
-    const Array<camera> none;
-    GuardedFrame frame(kWidth, kHeight);
-    const StarFramebuffer fb = frame.view();
-    const StarRendererData data = plain_settings();
+    StarFrame one(plain_settings(), {}, {});
     try {
-        StarRenderer renderer(data, fb, input, none);
+        one.renderer();
         FAIL() << "no camera was taken";
     } catch (const AssertXception& x) {
         EXPECT_STREQ(x.expression(), "priv->cams.len() > 0");
@@ -220,17 +209,13 @@ TEST(SetUp, AssertsACamera) {
             std::string(x.function()).find("StarRenderer::StarRenderer(const StarRendererData"),
             0U);
     }
-    EXPECT_EQ(input.reads(), 0) << "the header is left for the next frame";
+    EXPECT_EQ(one.input.reads(), 0) << "the header is left for the next frame";
 }
 
 TEST(SetUp, RefusesABadHeader) {
     for (const char* magic : {"LUMIVAR3", "lumivar1", "LUMIVAR0"}) {
-        MemoryStars input(magic, {CatalogueStar()});
-        GuardedFrame frame(kWidth, kHeight);
-        Array<camera> cams;
-        cams.append(facing_x());
-        const std::string message =
-            thrown_message([&] { draw_all(plain_settings(), frame, input, cams); });
+        StarFrame one(plain_settings(), {CatalogueStar()}, {facing_x()}, magic);
+        const std::string message = thrown_message([&] { one.renderer(); });
         EXPECT_EQ(message.find("error in star database file in <StarRenderer::StarRenderer("), 0U)
             << message;
         EXPECT_NE(message.find("> (libimgops/stars.cpp:518)"), std::string::npos) << message;
@@ -241,41 +226,31 @@ TEST(StarLoop, ReadsEveryRecordOnceInOrder) {
     CatalogueStar left, middle, right;
     left.lon = 10;
     right.lon = -10;
-    MemoryStars input(support::kVersion1, {left, middle, right});
-    Array<camera> cams;
-    cams.append(facing_x());
-    GuardedFrame frame(kWidth, kHeight);
-    const StarFramebuffer fb = frame.view();
-    const StarRendererData data = plain_settings();
-    StarRenderer renderer(data, fb, input, cams);
-    EXPECT_EQ(input.reads(), 1) << "the header";
+    StarFrame frame(plain_settings(), {left, middle, right});
+    StarRenderer renderer = frame.renderer();
+    EXPECT_EQ(frame.input.reads(), 1) << "the header";
 
     bool drew = false;
     EXPECT_TRUE(renderer.render_star(drew));
     EXPECT_TRUE(drew);
-    EXPECT_EQ(frame.r(kCentreX, kCentreY), 0.0F) << "the first one is on the left";
+    EXPECT_EQ(frame.centre(), 0.0F) << "the first one is on the left";
     EXPECT_TRUE(renderer.render_star(drew));
-    EXPECT_GT(frame.r(kCentreX, kCentreY), 0.9F);
+    EXPECT_GT(frame.centre(), 0.9F);
     EXPECT_FALSE(renderer.render_star(drew)) << "none after the third";
-    EXPECT_EQ(input.reads(), 4);
+    EXPECT_EQ(frame.input.reads(), 4);
 
     drew = false;
     EXPECT_FALSE(renderer.render_star(drew));
     EXPECT_FALSE(drew);
-    EXPECT_EQ(input.reads(), 4) << "nothing beyond the end";
-    EXPECT_EQ(input.resets(), 0) << "rewinding is the caller's";
+    EXPECT_EQ(frame.input.reads(), 4) << "nothing beyond the end";
+    EXPECT_EQ(frame.input.resets(), 0) << "rewinding is the caller's";
 }
 
 TEST(StarLoop, RemembersThatSomethingWasDrawn) {
     CatalogueStar dark;
     dark.luminance = 0;
-    MemoryStars input(support::kVersion1, {dark, CatalogueStar(), dark, CatalogueStar()});
-    Array<camera> cams;
-    cams.append(facing_x());
-    GuardedFrame frame(kWidth, kHeight);
-    const StarFramebuffer fb = frame.view();
-    const StarRendererData data = plain_settings();
-    StarRenderer renderer(data, fb, input, cams);
+    StarFrame frame(plain_settings(), {dark, CatalogueStar(), dark, CatalogueStar()});
+    StarRenderer renderer = frame.renderer();
     bool drew = false;
     renderer.render_star(drew);
     EXPECT_FALSE(drew);
@@ -284,23 +259,18 @@ TEST(StarLoop, RemembersThatSomethingWasDrawn) {
     renderer.render_star(drew);
     EXPECT_TRUE(drew) << "never cleared";
     renderer.render_star(drew);
-    EXPECT_FLOAT_EQ(frame.r(kCentreX, kCentreY), 2.0F) << "drawn though something was drawn before";
+    EXPECT_FLOAT_EQ(frame.centre(), 2.0F) << "drawn though something was drawn before";
 }
 
 TEST(StarLoop, EndsAtOnceWithoutBrightness) {
     for (const double none : {0.0, -0.0}) {
-        StarRendererData data = plain_settings();
-        data.brightness = none;
-        MemoryStars input(support::kVersion1, {CatalogueStar()});
-        Array<camera> cams;
-        cams.append(facing_x());
-        GuardedFrame frame(kWidth, kHeight);
-        const StarFramebuffer fb = frame.view();
-        StarRenderer renderer(data, fb, input, cams);
+        StarFrame frame(plain_settings(), {CatalogueStar()});
+        frame.data.brightness = none;
+        StarRenderer renderer = frame.renderer();
         bool drew = false;
         EXPECT_FALSE(renderer.render_star(drew));
         EXPECT_FALSE(drew);
-        EXPECT_EQ(input.reads(), 1) << "the header only";
+        EXPECT_EQ(frame.input.reads(), 1) << "the header only";
     }
 }
 
@@ -312,11 +282,14 @@ TEST(StarLoop, EndsAtOnceAfterALoneHeader) {
         write_file(path,
                    support::catalogue_bytes(support::kVersion2, {CatalogueStar()}).substr(0, size));
         const scoped_ptr<StarInput> input(op_stars_file_input(path.c_str()));
-        Array<camera> cams;
-        cams.append(facing_x());
-        GuardedFrame frame(kWidth, kHeight);
-        EXPECT_FALSE(draw_all(plain_settings(), frame, *input, cams)) << size;
-        EXPECT_TRUE(frame.is_blank());
+        StarFrame frame(plain_settings(), {});
+        EXPECT_FALSE(draw_all(frame.data, frame.frame, *input, frame.cams)) << size;
+        input->reset();
+        StarRenderer renderer(frame.data, frame.fb, *input, frame.cams);
+        bool drew = false;
+        renderer.render_stars(drew);
+        EXPECT_FALSE(drew) << size;
+        EXPECT_TRUE(frame.frame.is_blank());
     }
 }
 
@@ -352,33 +325,4 @@ TEST(Frames, FollowEachOtherAfterAReset) {
     GuardedFrame third(kWidth, kHeight);
     EXPECT_TRUE(draw_all(data, third, *input, cams));
     EXPECT_TRUE(first.same_bits(third));
-}
-
-TEST(Frames, HaveTheStarsWholeLight) {
-    // pi x w x h x energy a star, still or smeared over eight segments of a pan.
-    const ScratchFolder folder;
-    const std::string path = folder / "sky.stars";
-    CatalogueStar a, b;
-    a.lon = 4;
-    a.lat = -3;
-    a.luminance = 2;
-    b.lon = -6;
-    b.luminance = 0.5F;
-    support::write_catalogue(path, support::kVersion2, {a, b});
-    const scoped_ptr<StarInput> input(op_stars_file_input(path.c_str()));
-    for (const int segments : {0, 8}) {
-        Array<camera> cams;
-        for (int i = 0; i <= segments; ++i) {
-            cams.append(facing_x(0.75 * i - 3));
-        }
-        GuardedFrame frame(kWidth, kHeight);
-        EXPECT_TRUE(draw_all(plain_settings(), frame, *input, cams));
-        input->reset();
-        const double expected = PI * 2 * 2 * (2 + 0.5);
-        // The faintest segment has energy 0.5 / 8; its reach rho keeps erf(rho)^2 of its light.
-        const double kept =
-            std::erf(std::sqrt(std::log(6250 * 0.5 / (segments == 0 ? 1 : segments))));
-        EXPECT_LE(frame.total_red(), 1.001 * expected) << segments;
-        EXPECT_GE(frame.total_red(), (kept * kept - 0.001) * expected) << segments;
-    }
 }

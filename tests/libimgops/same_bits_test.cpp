@@ -1,9 +1,5 @@
 // Where the fast path gives the plain path's very bits: places, shades, and the segments that it
 // leaves to the plain streak.
-#include "plain_fast_scene.h"
-
-#include "star_scene.h"
-
 #include <gtest/gtest.h>
 #include <libimgops/projection.h>
 
@@ -11,6 +7,9 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+
+#include "plain_fast_scene.h"
+#include "star_scene.h"
 
 namespace {
 

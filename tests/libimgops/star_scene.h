@@ -1,13 +1,16 @@
 // One camera, one window and round numbers: what the shading's and the renderer's tests start from.
 #pragma once
 
-#include "support/guarded_frame.h"
-#include "support/memory_stars.h"
-
 #include <base/array.h>
+#include <gtest/gtest.h>
 #include <libimgops/renderer.h>
 
 #include <cmath>
+#include <initializer_list>
+#include <vector>
+
+#include "support/guarded_frame.h"
+#include "support/memory_stars.h"
 
 namespace star_scene {
 
@@ -49,12 +52,6 @@ inline StarRendererData plain_settings() {
     return data;
 }
 
-inline void set_cameras(Array<camera>& cams, std::initializer_list<camera> samples) {
-    for (const camera& sample : samples) {
-        cams.append(sample);
-    }
-}
-
 /// Draws all stars of `input` as a frame does, without rewinding it.
 inline bool draw_all(const StarRendererData& data, support::GuardedFrame& frame, StarInput& input,
                      const Array<camera>& cams) {
@@ -63,7 +60,29 @@ inline bool draw_all(const StarRendererData& data, support::GuardedFrame& frame,
     bool drew = false;
     while (renderer.render_star(drew)) {
     }
+    EXPECT_TRUE(frame.guards_intact());
     return drew;
 }
+
+/// A frame of stars in memory, seen through one camera ahead of them or through others.
+struct StarFrame {
+    StarFrame(const StarRendererData& data_, const std::vector<support::CatalogueStar>& stars,
+              std::initializer_list<camera> samples = {facing_x()},
+              const char* version = support::kVersion1)
+        : data(data_), input(version, stars), frame(kWidth, kHeight), fb(frame.view()) {
+        for (const camera& sample : samples) {
+            cams.append(sample);
+        }
+    }
+    StarRenderer renderer() { return StarRenderer(data, fb, input, cams); }
+    bool draw() { return draw_all(data, frame, input, cams); }
+    float centre() { return frame.r(kCentreX, kCentreY); }
+
+    StarRendererData data;
+    support::MemoryStars input;
+    Array<camera> cams;
+    support::GuardedFrame frame;
+    StarFramebuffer fb;
+};
 
 }  // namespace star_scene

@@ -1,19 +1,17 @@
-#include <libimgops/starfile.h>
-
-#include "support/catalogue.h"
-#include "support/expect_throw.h"
-#include "support/memory_stars.h"
-#include "support/scratch.h"
-
 #include <base/scoped_ptr.h>
-#include <libimgops/byte_order.h>
-
 #include <gtest/gtest.h>
+#include <libimgops/byte_order.h>
+#include <libimgops/starfile.h>
 
 #include <bit>
 #include <cerrno>
 #include <cstring>
 #include <string>
+
+#include "support/catalogue.h"
+#include "support/expect_throw.h"
+#include "support/memory_stars.h"
+#include "support/scratch.h"
 
 namespace {
 

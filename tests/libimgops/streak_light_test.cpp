@@ -1,14 +1,15 @@
 // How much light a streak brings, against what is known on paper and against a numerical integral
 // of the moving spot in double precision.
-#include <libimgops/streak.h>
-
-#include "support/guarded_frame.h"
-
 #include <gtest/gtest.h>
+#include <libimgops/streak.h>
 
 #include <algorithm>
 #include <cmath>
 #include <random>
+#include <vector>
+
+#include "support/guarded_frame.h"
+#include "support/reference_spot.h"
 
 namespace {
 
@@ -23,28 +24,10 @@ bool draw(GuardedFrame& frame, const Vector2& a, const Vector2& b, float energy,
 }
 
 double still_spot(double x, double y, double w, double h) {
-    return std::exp(-(x / w) * (x / w) - (y / h) * (y / h));
+    return reference::still_spot({x, y}, {0, 0}, {w, h});
 }
 
-/// Average at (x, y) of a spot of peak 1 that moves from `a` to `b`: Gauss-Legendre with five
-/// points on panels of half a pixel at most, for radii from 1 on; good to some 1e-11.
-double moving_spot(double x, double y, const Vector2& a, const Vector2& b, double w, double h) {
-    static const double node[5] = {-0.9061798459386640, -0.5384693101056831, 0, 0.5384693101056831,
-                                   0.9061798459386640};
-    static const double share[5] = {0.2369268850561891, 0.4786286704993665, 0.5688888888888889,
-                                    0.4786286704993665, 0.2369268850561891};
-    const double ax = a[0], ay = a[1];
-    const double dx = b[0] - ax, dy = b[1] - ay;
-    const int panels = static_cast<int>(std::hypot(dx, dy) / 0.5) + 1;
-    double sum = 0;
-    for (int panel = 0; panel < panels; ++panel) {
-        for (int i = 0; i < 5; ++i) {
-            const double t = (panel + 0.5 + 0.5 * node[i]) / panels;
-            sum += share[i] * still_spot(x - (ax + t * dx), y - (ay + t * dy), w, h);
-        }
-    }
-    return sum / 2 / panels;
-}
+reference::Point point(const Vector2& at) { return {double{at[0]}, double{at[1]}}; }
 
 double length(const Vector2& a, const Vector2& b) {
     return std::hypot(double{b[0]} - double{a[0]}, double{b[1]} - double{a[1]});
@@ -59,7 +42,9 @@ void expect_integral(GuardedFrame& frame, const Vector2& a, const Vector2& b, do
                      double w, double h) {
     for (int y = 0; y < frame.height(); ++y) {
         for (int x = 0; x < frame.width(); ++x) {
-            const double expected = energy * moving_spot(x, y, a, b, w, h);
+            const double expected =
+                energy * reference::moving_spot_by_quadrature({double(x), double(y)}, point(a),
+                                                              point(b), {w, h});
             const double tolerance = energy * allowance(length(a, b));
             const double actual = static_cast<double>(frame.r(x, y));
             if (actual == 0) {
@@ -97,13 +82,11 @@ TEST(StreakLight, OfAStillSpotIsTheGaussian) {
     GuardedFrame frame(60, 60);
     const Vector2 centre(30.25F, 29.5F);
     draw(frame, centre, centre, 5, 3, 1.5F);
-    for (int y = 0; y < 60; ++y) {
-        for (int x = 0; x < 60; ++x) {
-            const double expected = 5 * still_spot(x - 30.25, y - 29.5, 3, 1.5);
-            const double actual = static_cast<double>(frame.r(x, y));
-            EXPECT_NEAR(actual, expected, actual == 0 ? 1.0 / 6250 : 5e-6) << x << ' ' << y;
-        }
-    }
+    support::for_each_pixel(60, 60, [&](int x, int y) {
+        const double expected = 5 * still_spot(x - 30.25, y - 29.5, 3, 1.5);
+        const double actual = static_cast<double>(frame.r(x, y));
+        EXPECT_NEAR(actual, expected, actual == 0 ? 1.0 / 6250 : 5e-6) << x << ' ' << y;
+    });
 }
 
 TEST(StreakLight, TotalsPiTimesRadiiTimesEnergy) {
@@ -149,24 +132,11 @@ TEST(StreakLight, OfSegmentsAddsUpToOneStar) {
         const double expected = PI * 1.5 * 2 * energy;
         EXPECT_NEAR(frame.total_red(), expected, (0.001 + cut_off_share(part)) * expected)
             << samples;
-        for (int y = 0; y < 100; ++y) {
-            for (int x = 0; x < 160; ++x) {
-                // A segment that ends before a pixel leaves out 1/6250 at most; joints are rounded
-                // to 1e-5 pixel, which shifts light by less than that share of the peak.
-                EXPECT_NEAR(frame.r(x, y), whole.r(x, y), segments / 6250.0 + 1e-5 * energy);
-            }
-        }
-    }
-}
-
-TEST(StreakLight, AgreesWithTheIntegralForEveryDirection) {
-    for (int degrees = 0; degrees < 360; degrees += 15) {
-        const float x = static_cast<float>(9 * std::cos(degrees * PI / 180));
-        const float y = static_cast<float>(9 * std::sin(degrees * PI / 180));
-        const Vector2 a(20.3F - x, 17.8F - y), b(20.3F + x, 17.8F + y);
-        GuardedFrame frame(40, 36);
-        EXPECT_TRUE(draw(frame, a, b, 2, 2, 1.25F));
-        expect_integral(frame, a, b, 2, 2, 1.25);
+        support::for_each_pixel(160, 100, [&](int x, int y) {
+            // A segment that ends before a pixel leaves out 1/6250 at most; joints are rounded
+            // to 1e-5 pixel, which shifts light by less than that share of the peak.
+            EXPECT_NEAR(frame.r(x, y), whole.r(x, y), segments / 6250.0 + 1e-5 * energy);
+        });
     }
 }
 
@@ -211,16 +181,27 @@ TEST(StreakLight, IsTheWrittenFormulaToTheLastBit) {
     EXPECT_GT(differ, 0) << "these directions do not tell the orders apart";
 }
 
-TEST(StreakLight, AgreesWithTheIntegralForEveryLength) {
-    for (const double pixels :
-         {0.00002, 0.0001, 0.001, 0.01, 0.06, 0.1, 1.0, 5.0, 20.0, 60.0, 300.0}) {
+TEST(StreakLight, AgreesWithTheIntegralForEveryDirectionAndLength) {
+    struct Row {
+        Vector2 a, b;
+        float energy, w, h;
+    };
+    std::vector<Row> rows;
+    for (int degrees = 0; degrees < 360; degrees += 15) {
+        const float x = static_cast<float>(9 * std::cos(degrees * PI / 180));
+        const float y = static_cast<float>(9 * std::sin(degrees * PI / 180));
+        rows.push_back({{20.3F - x, 17.8F - y}, {20.3F + x, 17.8F + y}, 2, 2, 1.25F});
+    }
+    for (const float pixels :
+         {0.00002F, 0.0001F, 0.001F, 0.01F, 0.06F, 0.1F, 1.0F, 5.0F, 20.0F, 60.0F, 300.0F}) {
         // Near the origin, where a float still tells such places apart.
         const Vector2 a(0.25F, 0.125F);
-        const Vector2 b(a[0] + static_cast<float>(0.8 * pixels),
-                        a[1] + static_cast<float>(0.6 * pixels));
-        GuardedFrame frame(30, 24);
-        EXPECT_TRUE(draw(frame, a, b, 1, 1.5F, 1));
-        expect_integral(frame, a, b, 1, 1.5, 1);
+        rows.push_back({a, {a[0] + 0.8F * pixels, a[1] + 0.6F * pixels}, 1, 1.5F, 1});
+    }
+    for (const Row& row : rows) {
+        GuardedFrame frame(40, 36);
+        EXPECT_TRUE(draw(frame, row.a, row.b, row.energy, row.w, row.h));
+        expect_integral(frame, row.a, row.b, row.energy, row.w, row.h);
     }
 }
 

@@ -19,8 +19,8 @@ using support::Picture;
 constexpr double kNever = std::numeric_limits<double>::infinity();
 
 Picture filled(double alpha, double colour) {
-    Picture picture(300, 250,
-                    4);  // 225,000 colour codes of each depth, of which four may be others
+    // 225,000 colour codes of each depth, of which four may be others.
+    Picture picture(300, 250, 4);
     for (std::size_t i = 0; i < picture.values.size(); ++i) {
         picture.values[i] = i % 4 == 0 ? alpha : colour;
     }
@@ -40,29 +40,18 @@ bool agree(const FrameFile& actual, const FrameFile& expected) {
 
 TEST(Agreement, OfEqualFrames) { EXPECT_TRUE(agree(grey(kNever), grey(kNever))); }
 
-TEST(Agreement, AllowsLightAMillionthOfThePeak) {
-    FrameFile other = grey(kNever);
-    other.light.at(0, 0, 1) += 1.9e-6;
-    EXPECT_TRUE(agree(other, grey(kNever)));
-    other.light.at(0, 0, 1) += 0.2e-6;
-    EXPECT_FALSE(agree(other, grey(kNever)));
-}
-
-TEST(Agreement, AllowsMoreForShortSegments) {
-    // 6e-7 / 0.1 of the peak 2 is 1.2e-5.
-    FrameFile other = grey(0.1);
-    other.light.at(0, 0, 1) += 1.1e-5;
-    EXPECT_TRUE(agree(other, grey(0.1)));
-    other.light.at(0, 0, 1) += 0.2e-5;
-    EXPECT_FALSE(agree(other, grey(0.1)));
-}
-
-TEST(Agreement, AllowsNoMoreForLongSegments) {
-    FrameFile other = grey(100);
-    other.light.at(0, 0, 1) += 1.9e-6;
-    EXPECT_TRUE(agree(other, grey(100)));
-    other.light.at(0, 0, 1) += 0.2e-6;
-    EXPECT_FALSE(agree(other, grey(100)));
+// Of the peak 2: a millionth, and for the shortest segment 6e-7 / 0.1, which is 1.2e-5.
+TEST(Agreement, AllowsLightAMillionthOfThePeakAndMoreForShortSegments) {
+    const struct {
+        double shortest, within, beyond;
+    } rows[] = {{kNever, 1.9e-6, 2.1e-6}, {100, 1.9e-6, 2.1e-6}, {0.1, 1.1e-5, 1.3e-5}};
+    for (const auto& row : rows) {
+        FrameFile other = grey(row.shortest);
+        other.light.at(0, 0, 1) = 0.5 + row.within;
+        EXPECT_TRUE(agree(other, grey(row.shortest))) << row.shortest;
+        other.light.at(0, 0, 1) = 0.5 + row.beyond;
+        EXPECT_FALSE(agree(other, grey(row.shortest))) << row.shortest;
+    }
 }
 
 TEST(Agreement, RefusesAnotherAlpha) {

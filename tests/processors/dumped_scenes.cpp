@@ -6,8 +6,9 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
-#include <random>
 #include <utility>
+
+#include "support/random_numbers.h"
 
 namespace processors {
 
@@ -18,21 +19,6 @@ using reference::Projection;
 
 constexpr int kWidth = 320;
 constexpr int kHeight = 180;
-
-// Draws evenly from [low, high), from the generator's own numbers: the standard distributions
-// differ between libraries. What is drawn is used as it is, so that no mathematics of the processor
-// enters the scenes themselves.
-class Random {
-public:
-    explicit Random(unsigned seed) : numbers_(seed) {}
-    double operator()(double low, double high) {
-        return low + (high - low) * static_cast<double>(numbers_()) * 0x1p-32;
-    }
-    unsigned char code() { return static_cast<unsigned char>(numbers_() >> 24U); }
-
-private:
-    std::mt19937 numbers_;
-};
 
 struct Kind {
     const char* name;
@@ -65,19 +51,19 @@ void set(host::Scene& scene, const std::string& name, decltype(host::ControlSett
 }
 
 /// Fills in the controls, and the reference's settings alike.
-void draw_controls(DumpedScene& made, Random& random, const Kind& kind) {
+void draw_controls(DumpedScene& made, RandomNumbers& random, const Kind& kind) {
     reference::Settings& settings = made.settings;
     settings.width = kWidth;
     settings.height = kHeight;
     settings.projection = kind.projection;
-    settings.spot_size = random(12, 40);  // spots of 2 to 6.4 pixels
-    settings.aspect_ratio = random(0.5, 2);
+    settings.spot_size = random.between(12, 40);  // spots of 2 to 6.4 pixels
+    settings.aspect_ratio = random.between(0.5, 2);
     settings.threshold = 0.002;
-    settings.max_luminance = random(0.3, 1);
-    settings.brightness = random(0.05, 0.15);
-    settings.bias = random(0.7, 1.4);
-    settings.saturation = random(0.2, 1);
-    settings.tint_strength = random(0, 1);
+    settings.max_luminance = random.between(0.3, 1);
+    settings.brightness = random.between(0.05, 0.15);
+    settings.bias = random.between(0.7, 1.4);
+    settings.saturation = random.between(0.2, 1);
+    settings.tint_strength = random.between(0, 1);
     settings.parallax_crush = 100;
     host::Scene& scene = made.scene;
     set(scene, "Star Spot Size", Track(settings.spot_size));
@@ -99,14 +85,14 @@ void draw_controls(DumpedScene& made, Random& random, const Kind& kind) {
 
 /// Stars within `radius` degrees of the place, a square on the map: the fields are away from the
 /// poles.
-std::vector<support::CatalogueStar> field(Random& random, int count, double lon, double lat,
+std::vector<support::CatalogueStar> field(RandomNumbers& random, int count, double lon, double lat,
                                           double radius) {
     std::vector<support::CatalogueStar> stars;
     for (int i = 0; i < count; ++i) {
         support::CatalogueStar star;
-        star.lon = lon + random(-radius, radius);
-        star.lat = lat + random(-radius, radius);
-        star.luminance = static_cast<float>(std::min(5e-3 / random(1e-3, 1), 1.0));
+        star.lon = lon + random.between(-radius, radius);
+        star.lat = lat + random.between(-radius, radius);
+        star.luminance = static_cast<float>(std::min(5e-3 / random.between(1e-3, 1), 1.0));
         star.r = random.code();
         star.g = random.code();
         star.b = random.code();
@@ -116,7 +102,7 @@ std::vector<support::CatalogueStar> field(Random& random, int count, double lon,
 }
 
 DumpedScene seeded(unsigned seed, const Kind& kind) {
-    Random random(seed);
+    RandomNumbers random(seed);
     DumpedScene made;
     made.name = kind.name;
     made.scene.source = kind.name;
@@ -128,13 +114,13 @@ DumpedScene seeded(unsigned seed, const Kind& kind) {
     draw_controls(made, random, kind);
 
     const bool perspective = kind.projection == Projection::Perspective;
-    const double lon = random(0, 360);
-    const double lat = random(-20, 20);
-    const double fov = random(25, 45);
-    const std::pair<double, double> pan{lon, lon + random(40, 90)};
-    const std::pair<double, double> tilt{lat, lat + random(-15, 15)};
-    const double roll = random(-180, 180);
-    const std::pair<double, double> turn{roll, roll + random(0.5, 1) * kind.turn};
+    const double lon = random.between(0, 360);
+    const double lat = random.between(-20, 20);
+    const double fov = random.between(25, 45);
+    const std::pair<double, double> pan{lon, lon + random.between(40, 90)};
+    const std::pair<double, double> tilt{lat, lat + random.between(-15, 15)};
+    const double roll = random.between(-180, 180);
+    const std::pair<double, double> turn{roll, roll + random.between(0.5, 1) * kind.turn};
     made.stars = field(random, perspective ? 900 : 2500, lon, lat, perspective ? 35 : 50);
     made.scene.camera = host::look_at_camera(
         way(pan.first, pan.second), way(tilt.first, tilt.second), way(turn.first, turn.second),
@@ -153,14 +139,14 @@ DumpedScene seeded(unsigned seed, const Kind& kind) {
 /// Stars at distances, past which the camera moves sideways without turning.
 DumpedScene passing() {
     const Kind kind{"passing-near-stars", Projection::Perspective, "Persp", 8};
-    Random random(100);
+    RandomNumbers random(100);
     DumpedScene made = seeded(100, kind);
     made.settings.parallax_crush = 0;
     set(made.scene, "Parallax Crush", Track(0.0));
     // Unturned, the camera looks towards longitude 90.
     made.stars = field(random, 900, 90, 0, 35);
     for (support::CatalogueStar& star : made.stars) {
-        star.distance = random(4, 20);
+        star.distance = random.between(4, 20);
     }
     const double zoom = 250;
     made.scene.camera = host::placed_camera({way(-12, 12), Track(0.5), Track(0.25)}, {},

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 namespace support {
 
@@ -16,26 +15,20 @@ double light(const Picture& picture, int x, int y) {
     return sum;
 }
 
-struct Parabola {
-    double offset;  // of the vertex from the middle value
-    double radius;
-    double rise;  // of the vertex over the middle value, in the logarithm
-};
-
-// Through the logarithms of three neighbouring values, the middle one the highest.
-std::optional<Parabola> fit(double before, double middle, double after) {
+// Where the parabola through the logarithms of three neighbouring values, the middle one the
+// highest, has its vertex, from the middle.
+std::optional<double> vertex(double before, double middle, double after) {
     if (!(before > 0) || !(after > 0) || !(middle >= before) || !(middle >= after) ||
         !std::isfinite(middle)) {
         return std::nullopt;
     }
     const double left = std::log(before / middle);
     const double right = std::log(after / middle);
-    const double curvature = left + right;  // -2 / radius^2
+    const double curvature = left + right;
     if (!(curvature < 0)) {
         return std::nullopt;
     }
-    const double offset = (left - right) / (2 * curvature);
-    return Parabola{offset, std::sqrt(-2 / curvature), -offset * offset * curvature / 2};
+    return (left - right) / (2 * curvature);
 }
 
 struct Range {
@@ -55,8 +48,6 @@ Range inner(double centre, double radius, int size) {
 }
 
 }  // namespace
-
-double Blob::total() const { return std::numbers::pi * radius_x * radius_y * peak; }
 
 std::optional<Blob> find_blob(const Picture& picture, double x, double y, double radius) {
     // The outermost pixels lack the neighbours that a fit needs.
@@ -79,14 +70,13 @@ std::optional<Blob> find_blob(const Picture& picture, double x, double y, double
         return std::nullopt;
     }
     const auto across =
-        fit(light(picture, peak_x - 1, peak_y), peak, light(picture, peak_x + 1, peak_y));
+        vertex(light(picture, peak_x - 1, peak_y), peak, light(picture, peak_x + 1, peak_y));
     const auto down =
-        fit(light(picture, peak_x, peak_y - 1), peak, light(picture, peak_x, peak_y + 1));
+        vertex(light(picture, peak_x, peak_y - 1), peak, light(picture, peak_x, peak_y + 1));
     if (!across || !down) {
         return std::nullopt;
     }
-    return Blob{peak_x + across->offset, peak_y + down->offset, across->radius, down->radius,
-                peak * std::exp(across->rise + down->rise)};
+    return Blob{peak_x + *across, peak_y + *down};
 }
 
 }  // namespace support

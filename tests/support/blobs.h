@@ -7,22 +7,17 @@
 
 namespace support {
 
-/// A star's image as a Gaussian with axes along the picture's, in the sum of all channels.
+/// The centre of a star's image, a Gaussian with axes along the picture's in the sum of all
+/// channels. Pixels; pixel centres are integers.
 struct Blob {
-    double x = 0;  ///< centre, pixels; pixel centres are integers
+    double x = 0;
     double y = 0;
-    double radius_x = 0;  ///< to where the light falls to 1/e, pixels
-    double radius_y = 0;
-    double peak = 0;
-
-    /// pi x radius_x x radius_y x peak.
-    double total() const;
 };
 
 /// The brightest spot whose highest pixel is within `radius` pixels of (`x`, `y`).
 ///
-/// The logarithm of a Gaussian is a parabola, so three pixels around the highest one give centre
-/// and radius on each axis exactly, as long as neither a neighbour nor a background adds light
+/// The logarithm of a Gaussian is a parabola, so three pixels around the highest one give the
+/// centre on each axis exactly, as long as neither a neighbour nor a background adds light
 /// there. None when there is no such peak: nothing lit, the highest pixel on the picture's edge, a
 /// neighbour dark or brighter (the flank of a spot outside the search).
 std::optional<Blob> find_blob(const Picture& picture, double x, double y, double radius);

@@ -1,5 +1,4 @@
 #include <support/captured_output.h>
-
 #include <unistd.h>
 
 #include <stdexcept>

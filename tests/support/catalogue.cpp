@@ -1,10 +1,10 @@
 #include "support/catalogue.h"
 
-#include "support/scratch.h"
-
 #include <bit>
 #include <cstdint>
 #include <stdexcept>
+
+#include "support/scratch.h"
 
 namespace support {
 

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <limits>
 
+#include "support/pixels.h"
+
 namespace {
 
 using support::Comparison;
@@ -17,13 +19,11 @@ constexpr double inf = std::numeric_limits<double>::infinity();
 
 Picture ramp(int width = 8, int height = 4) {
     Picture picture(width, height, 3);
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            for (int channel = 0; channel < 3; ++channel) {
-                picture.at(x, y, channel) = x + 10.0 * y + 0.1 * channel;
-            }
+    support::for_each_pixel(width, height, [&](int x, int y) {
+        for (int channel = 0; channel < 3; ++channel) {
+            picture.at(x, y, channel) = x + 10.0 * y + 0.1 * channel;
         }
-    }
+    });
     return picture;
 }
 
@@ -75,13 +75,11 @@ TEST(Compare, TellsInfinitiesApart) {
 
 TEST(Compare, RejectsAShiftedPicture) {
     Picture shifted = ramp();
-    for (int y = 0; y < shifted.height; ++y) {
-        for (int x = 0; x < shifted.width; ++x) {
-            for (int channel = 0; channel < 3; ++channel) {
-                shifted.at(x, y, channel) = ramp().at(x < 1 ? 0 : x - 1, y, channel);
-            }
+    support::for_each_pixel(shifted.width, shifted.height, [&](int x, int y) {
+        for (int channel = 0; channel < 3; ++channel) {
+            shifted.at(x, y, channel) = ramp().at(x < 1 ? 0 : x - 1, y, channel);
         }
-    }
+    });
     EXPECT_FALSE(compare(shifted, ramp(), {.per_value = 0.5}).passed);
     EXPECT_FALSE(compare(shifted, ramp(), {.per_value = 0.5, .share = 0.8}).passed)
         << "seven of eight columns are off";

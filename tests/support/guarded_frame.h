@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "support/pixels.h"
+
 namespace support {
 
 class GuardedFrame {
@@ -22,13 +24,11 @@ public:
           floats_(
               2 * kMargin + static_cast<std::size_t>(stride_) * static_cast<std::size_t>(height),
               std::bit_cast<float>(kGuard)) {
-        for (int y = 0; y < height; ++y) {
-            for (int x = 0; x < width; ++x) {
-                for (int channel = 0; channel < 4; ++channel) {
-                    floats_[at(x, y) + static_cast<std::size_t>(channel)] = 0;
-                }
+        for_each_pixel(width, height, [this](int x, int y) {
+            for (std::size_t channel = 0; channel < 4; ++channel) {
+                floats_[at(x, y) + channel] = 0;
             }
-        }
+        });
     }
 
     int width() const { return width_; }
@@ -87,12 +87,13 @@ public:
     /// Sum of the red channel.
     double total_red() const {
         double sum = 0;
-        for (int y = 0; y < height_; ++y) {
-            for (int x = 0; x < width_; ++x) {
-                sum += static_cast<double>(floats_[at(x, y) + 1]);
-            }
-        }
+        for_each_pixel(width_, height_,
+                       [&](int x, int y) { sum += static_cast<double>(floats_[at(x, y) + 1]); });
         return sum;
+    }
+    /// Gives all pixels this coverage.
+    void cover(float coverage) {
+        for_each_pixel(width_, height_, [&](int x, int y) { a(x, y) = coverage; });
     }
 
 private:

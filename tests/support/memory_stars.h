@@ -1,12 +1,12 @@
 // A star source in memory that watches its user: it counts reads and reports one past the end.
 #pragma once
 
-#include "support/catalogue.h"
-
 #include <libimgops/star_input.h>
 
 #include <cstring>
 #include <stdexcept>
+
+#include "support/catalogue.h"
 
 namespace support {
 

@@ -11,13 +11,6 @@ namespace {
 using reference::Point;
 using reference::Spot;
 
-TEST(ReferenceSpot, PeaksAtItsCentreAndFallsToOneEthAtItsRadii) {
-    const Spot spot{2, 3};
-    EXPECT_EQ(still_spot({10, 20}, {10, 20}, spot), 1.0);
-    EXPECT_NEAR(still_spot({12, 20}, {10, 20}, spot), 1 / std::numbers::e, 1e-15);
-    EXPECT_NEAR(still_spot({10, 17}, {10, 20}, spot), 1 / std::numbers::e, 1e-15);
-}
-
 // The sum over the pixel grid of a Gaussian of radius w is sqrt(pi) w (1 + 2 exp(-pi^2 w^2) + ...)
 // an axis (Poisson's summation); at 2 pixels the excess is below 1e-16.
 TEST(ReferenceSpot, GivesPiTimesItsRadiiOfLight) {
@@ -33,15 +26,6 @@ TEST(ReferenceSpot, GivesPiTimesItsRadiiOfLight) {
     }
     EXPECT_NEAR(still, std::numbers::pi * 2 * 2.5, 1e-12);
     EXPECT_NEAR(moving, std::numbers::pi * 2 * 2.5, 1e-12);
-}
-
-// Spot 1 moving along the diagonal: the pixel in the middle sees sqrt(pi) / L of it, since the
-// error functions at 70 radii are 1.
-TEST(ReferenceSpot, AveragesALongWayByHand) {
-    const double length = 100 * std::numbers::sqrt2;
-    EXPECT_NEAR(reference::moving_spot({50, 50}, {0, 0}, {100, 100}, {1, 1}),
-                std::sqrt(std::numbers::pi) / length, 1e-16);
-    EXPECT_NEAR(std::sqrt(std::numbers::pi) / length, 0.0125331, 5e-8);
 }
 
 TEST(ReferenceSpot, ClosedFormAgreesWithQuadrature) {
@@ -72,24 +56,6 @@ TEST(ReferenceSpot, StandsStillWhenBothEndsMeet) {
     EXPECT_EQ(moving_spot(pixel, place, place, spot), still);
     EXPECT_NEAR(moving_spot_by_quadrature(pixel, place, place, spot), still, 1e-14);
     EXPECT_NEAR(moving_spot(pixel, place, {3.25 + 1e-8, 4.5}, spot), still, 2e-7);
-}
-
-TEST(ReferenceSpot, PartsOfAWayAverageToTheWhole) {
-    const Spot spot{1, 3};
-    const Point a{-5, 2};
-    const Point b{9, -4};
-    for (int y = -6; y <= 6; ++y) {
-        const Point pixel{1, static_cast<double>(y)};
-        double sum = 0;
-        for (int part = 0; part < 7; ++part) {
-            const double from = part / 7.0;
-            const double to = (part + 1) / 7.0;
-            sum += moving_spot(pixel, {a.x + from * (b.x - a.x), a.y + from * (b.y - a.y)},
-                               {a.x + to * (b.x - a.x), a.y + to * (b.y - a.y)}, spot) /
-                   7;
-        }
-        EXPECT_NEAR(sum, moving_spot(pixel, a, b, spot), 1e-14);
-    }
 }
 
 TEST(ReferenceSpot, KnowsHowNearItComes) {

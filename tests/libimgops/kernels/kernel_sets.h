@@ -2,10 +2,12 @@
 // arrays, which runs everywhere.
 #pragma once
 
-#include "fast/kernels/choice.h"
+#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
+
+#include "fast/kernels/choice.h"
 
 namespace kernel_sets {
 
@@ -24,6 +26,18 @@ std::string why_not_run(const std::string& name);
 /// As `runnable`, for the test that runs: where it is null, the output and the test's report say so
 /// by name.
 const star_kernels::Kernels* to_test(const std::string& name);
+/// A test of the set that its parameter names; skipped where `to_test` has none.
+class EachSet : public testing::TestWithParam<std::string> {
+protected:
+    void SetUp() override {
+        set = to_test(GetParam());
+        if (set == nullptr) {
+            GTEST_SKIP() << why_not_run(GetParam());
+        }
+    }
+    const star_kernels::Kernels* set = nullptr;
+};
+
 /// Those that run here, those over arrays first.
 std::vector<const star_kernels::Kernels*> all_runnable();
 

@@ -13,6 +13,7 @@ public:
     std::uint32_t bits() { return static_cast<std::uint32_t>(bits_()); }
     /// From `low` up to, not including, `high`.
     double between(double low, double high) { return low + (high - low) * (bits() * 0x1p-32); }
+    std::uint8_t code() { return static_cast<std::uint8_t>(bits_() >> 24U); }
     int whole(int low, int high) {
         return low + static_cast<int>(bits() % static_cast<std::uint32_t>(high - low + 1));
     }
