@@ -1,5 +1,5 @@
 // Frames: the commands of one frame in a host's order, and what is looked at afterwards.
-#include <host/diagnosis.h>
+#include <host/errors.h>
 
 #include <algorithm>
 #include <cmath>
@@ -153,8 +153,11 @@ std::unique_ptr<FrameRun> Session::Impl::begin(InstanceState& instance, const Pr
                                                const RenderOptions& options) {
     auto run =
         std::make_unique<FrameRun>(*this, instance, project, layer, composition_time, options);
-    if (const auto refusal = refuse_size(run->frame.whole.width(), run->frame.whole.height())) {
-        throw FrameError(*refusal);
+    const Rect& whole = run->frame.whole;
+    if (whole.width() < 1 || whole.height() < 1) {
+        throw FrameError("a frame of " + std::to_string(whole.width()) + " x " +
+                         std::to_string(whole.height()) +
+                         " pixels has nothing to draw on; both sides must be at least 1");
     }
     const PixelFormat format = asked_format(state, info, smart(options), options.depth);
     run->frame.order = format.order;

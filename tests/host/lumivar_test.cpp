@@ -1,7 +1,6 @@
 // The plug-in as it ships, in a bundle of the test's own, played by the stand-in host.
 #include <gtest/gtest.h>
 #include <host/camera.h>
-#include <host/diagnosis.h>
 #include <host/session.h>
 #include <support/catalogue.h>
 #include <support/scratch.h>
@@ -253,14 +252,10 @@ TEST_F(Lumivar, UsesTheDatabaseChosenByName) {
         Scene scene = starry_scene();
         set(scene, "Star Saturation", Track(1.0));
         set(scene, "Star Database", name);
-        EXPECT_EQ(host::catalogue_used(session, scene, {0, 24}), fs::canonical(root / name));
         const Frame frame = session.render(scene, {0, 24});
         const auto pixel = frame.world.pixel<float>(48, 27);
         EXPECT_EQ(pixel[1] > pixel[3], name == "red.stars") << name;
     }
-    // Nothing chosen: the first of the list.
-    EXPECT_EQ(host::catalogue_used(session, starry_scene(), {0, 24}),
-              fs::canonical(root / session.controls().back().choices.front()));
 }
 
 TEST_F(Lumivar, DrawsABlackOpaqueFrameFromAHeaderAlone) {
@@ -289,60 +284,33 @@ TEST_F(Lumivar, AnswersTheRestOfAHostsQuestions) {
     EXPECT_EQ(joined(session.violations()), "");
 }
 
-/// Frames that fail come back as status 0 and an untouched output.
-class LumivarFailure : public Lumivar {
-protected:
-    /// The explanation of a frame after something was done to the catalogue behind the session.
-    template <class Change>
-    std::string explanation(Change&& change, const RenderOptions& options = {}) {
-        Session session(bundle());
-        change();
-        const Scene scene = starry_scene();
-        const Frame frame = session.render(scene, {0, 24}, options);
-        EXPECT_EQ(frame.status, 0);
-        EXPECT_FALSE(frame.drawn);
-        EXPECT_EQ(frame.undrawn_pixels, 96u * 54u);
-        EXPECT_EQ(joined(frame.violations), "");
-        return host::explain_frame(session, scene, frame);
-    }
-    std::string catalogue() const { return (fs::canonical(root.path()) / "sky.stars").string(); }
-    static constexpr char kRemedy[] =
-        "; put a star database (.stars) in its place or choose another in \"Star Database\"";
-};
+/// What a host sees of a frame of `bundle` after `change` was made behind the session's back.
+template <class Change>
+void expect_untouched(const fs::path& bundle, Change&& change, const RenderOptions& options = {}) {
+    Session session(bundle);
+    change();
+    const Frame frame = session.render(starry_scene(), {0, 24}, options);
+    EXPECT_EQ(frame.status, 0);
+    EXPECT_FALSE(frame.drawn);
+    EXPECT_EQ(frame.undrawn_pixels, 96u * 54u);
+    EXPECT_EQ(joined(frame.violations), "");
+}
 
-TEST_F(LumivarFailure, OfAForeignFileShowsItsFirstBytes) {
+TEST_F(Lumivar, AnswersAFailedFrameWithStatus0AndAnUntouchedOutput) {
     write_file(root / "sky.stars", "\x89PNG\r\n\x1A\n" + std::string(100, 'x'));
-    EXPECT_EQ(explanation([] {}),
-              "the plug-in drew nothing: " + catalogue() +
-                  " is not a star database: it begins with \".PNG....\" (89 50 4e 47 0d 0a 1a 0a) "
-                  "instead of \"LUMIVAR1\" or \"LUMIVAR2\"" +
-                  kRemedy);
-}
-
-TEST_F(LumivarFailure, OfAVanishedFileNamesIt) {
+    expect_untouched(bundle(), [] {});
     add_stars();
-    EXPECT_EQ(explanation([&] { fs::remove(root / "sky.stars"); }),
-              "the plug-in drew nothing: cannot read " + catalogue() +
-                  ": No such file or directory" + kRemedy);
-}
-
-TEST_F(LumivarFailure, OfAnEmptiedFileNamesIt) {
+    expect_untouched(bundle(), [&] { fs::remove(root / "sky.stars"); });
     add_stars();
-    EXPECT_EQ(explanation([&] { write_file(root / "sky.stars", ""); }),
-              "the plug-in drew nothing: " + catalogue() +
-                  " is empty: a star database begins with \"LUMIVAR1\" or \"LUMIVAR2\"" + kRemedy);
-}
-
-TEST_F(LumivarFailure, OfAnUnsupportedPixelFormatNamesIt) {
+    expect_untouched(bundle(), [&] { write_file(root / "sky.stars", ""); });
     add_stars();
-    RenderOptions options;
-    options.pixel_format = 0x61726762;
-    EXPECT_EQ(explanation([] {}, options),
-              "the plug-in drew nothing: it has no use for pixels of the format \"bgra\" (62 67 72 "
-              "61); render 8-bit, 16-bit or float ARGB");
+    RenderOptions strange;
+    strange.pixel_format = 0x61726762;
+    expect_untouched(
+        bundle(), [] {}, strange);
 }
 
-TEST_F(LumivarFailure, DoesNotSpoilTheNextFrame) {
+TEST_F(Lumivar, AFailedFrameDoesNotSpoilTheNext) {
     add_stars();
     Session session(bundle());
     const Scene scene = starry_scene();
@@ -357,25 +325,22 @@ std::string refusal(const fs::path& bundle) {
         const Session session(bundle);
     } catch (const host::EffectError& error) {
         EXPECT_EQ(error.status(), 512);
-        return host::explain_set_up(bundle, error);
+        return error.what();
     }
     return "accepted";
 }
 
-TEST_F(LumivarFailure, WithoutAnyDatabaseComesAtSetUp) {
+TEST_F(Lumivar, RefusesSetUpWithoutAnyDatabase) {
     EXPECT_EQ(refusal(bundle()),
               "Cannot locate any Lumivar star database files. Please place the .stars file in the "
               "same directory as the Lumivar plugin (" +
                   spelt_folder() + ").");
 }
 
-TEST_F(LumivarFailure, WithAnEmptyDatabaseComesAtSetUp) {
+TEST_F(Lumivar, RefusesSetUpWithAnEmptyDatabase) {
     write_file(root / "sky.stars", "");
-    EXPECT_EQ(refusal(bundle()), "Error reading Lumivar database file " + spelt_folder() +
-                                     "/sky.stars. (" + catalogue() +
-                                     " is empty: a star database begins with \"LUMIVAR1\" or "
-                                     "\"LUMIVAR2\"" +
-                                     kRemedy + ")");
+    EXPECT_EQ(refusal(bundle()),
+              "Error reading Lumivar database file " + spelt_folder() + "/sky.stars.");
 }
 
 TEST_F(Lumivar, DrawsItsFillInPremiere) {

@@ -369,15 +369,32 @@ TEST(Session, RefusesControlsThatDoNotFitBeforeAnyCommand) {
     EXPECT_EQ(session.calls().size(), calls);
 }
 
-TEST(Session, RefusesSizesWithoutPixelsAndBeyondTheEffect) {
+TEST(Session, RefusesFramesWithoutPixelsAndTimesWithoutAScale) {
     Session session(TEST_EFFECT);
     RenderOptions options;
     options.width = -1;
     EXPECT_THROW(session.render(small_scene(), {0, 24}, options), host::FrameError);
-    options.width = 16384;
-    options.height = 16384;
-    EXPECT_THROW(session.render(small_scene(), {0, 24}, options), host::FrameError);
+    try {
+        session.render(small_scene(1, 0), {0, 24});
+        FAIL() << "drawn";
+    } catch (const host::FrameError& error) {
+        EXPECT_STREQ(
+            error.what(),
+            "a frame of 1 x 0 pixels has nothing to draw on; both sides must be at least 1");
+    }
     EXPECT_THROW(session.render(small_scene(), {0, 0}), host::FrameError);
+}
+
+// Of a frame too large for any memory, as only its part is held.
+TEST(Session, DrawsAPartOfAFrameOfAnySize) {
+    Session session(TEST_EFFECT);
+    RenderOptions options;
+    options.width = options.height = 2000000;
+    options.region = host::Rect{1000000, 1000000, 1000008, 1000004};
+    const Frame frame = session.render(small_scene(), {0, 24}, options);
+    EXPECT_EQ(frame.world.width(), 8);
+    EXPECT_EQ(frame.world.height(), 4);
+    EXPECT_EQ(frame.undrawn_pixels, 0U);
 }
 
 TEST(Session, ReportsAHostSideFailureInsteadOfAWrongPicture) {

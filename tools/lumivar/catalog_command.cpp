@@ -6,6 +6,7 @@
 #include "catalog_import.h"
 #include "catalog_info.h"
 #include "command_line.h"
+#include "star_file.h"
 #include "star_light.h"
 
 namespace lumivar {
@@ -28,8 +29,7 @@ void import_command(const ImportArguments& arguments) {
     if (summary.stars == 0) {
         std::fprintf(stderr, "lumivar: warning: %s holds no stars\n", arguments.output.c_str());
     }
-    if (std::filesystem::path(arguments.output).filename().string().find(".stars") ==
-        std::string::npos) {
+    if (!is_star_file_name(std::filesystem::path(arguments.output).filename().string())) {
         std::fprintf(
             stderr,
             "lumivar: warning: the plug-in finds only files with \".stars\" in their name, "

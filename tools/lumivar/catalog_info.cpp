@@ -9,7 +9,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "star_file_check.h"
+#include "star_file.h"
 #include "star_light.h"
 
 namespace lumivar {
@@ -152,7 +152,7 @@ CatalogueInfo examine_catalogue(const std::filesystem::path& path) {
     if (info.stars == 0) {
         info.warnings.emplace_back("there are no stars: every frame stays black");
     }
-    if (path.filename().string().find(".stars") == std::string::npos) {
+    if (!is_star_file_name(path.filename().string())) {
         info.warnings.emplace_back(
             "the plug-in finds only files with \".stars\" in their name: rename it");
     }

@@ -1,15 +1,17 @@
 #include "player.h"
 
-#include <host/diagnosis.h>
+#include <host/errors.h>
 #include <host/module.h>
 #include <libimgops/star_input.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <system_error>
+#include <vector>
 
+#include "diagnosis.h"
 #include "failure.h"
-#include "star_file_check.h"
+#include "star_file.h"
 
 namespace lumivar {
 namespace fs = std::filesystem;
@@ -28,23 +30,8 @@ std::unique_ptr<host::Session> load(const fs::path& bundle) {
     try {
         return std::make_unique<host::Session>(bundle);
     } catch (const host::EffectError& error) {
-        throw Failure(one_line(host::explain_set_up(bundle, error)));
+        throw Failure(one_line(explain_set_up(bundle, error)));
     }
-}
-
-/// The star databases in the folder that the plug-in lists, sorted.
-std::vector<std::string> databases_in(const fs::path& folder) {
-    std::vector<std::string> names;
-    std::error_code error;
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error)) {
-        const std::string name = entry->path().filename().string();
-        if (name.find(".stars") != std::string::npos) {
-            names.push_back(name);
-        }
-    }
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 std::string list_of(const std::vector<std::string>& names) {
@@ -58,7 +45,7 @@ std::string list_of(const std::vector<std::string>& names) {
 /// The plug-in joins the names with "|" to the list of choices: one that holds it makes two choices
 /// of one database, and those after it lead to others than they name.
 void require_countable_choices(const fs::path& folder) {
-    for (const std::string& name : databases_in(folder)) {
+    for (const std::string& name : star_files_in(folder)) {
         if (name.find('|') != std::string::npos) {
             throw Failure("the star database " + (folder / name).string() +
                           " makes the plug-in's list of databases ambiguous, as its name holds "
@@ -75,13 +62,13 @@ Player::Player(const std::string& plugin, const std::string& catalogue) {
         const fs::path folder = host::plugin_folder(bundle);
         const bool is_name = catalogue.find('/') == std::string::npos;
         std::error_code error;
-        if (is_name && catalogue.find(".stars") != std::string::npos &&
+        if (is_name && is_star_file_name(catalogue) &&
             fs::exists(fs::symlink_status(folder / catalogue, error))) {
             star_file_version(folder / catalogue);
             choice_ = catalogue;
         } else if (is_name && !fs::exists(fs::symlink_status(catalogue, error))) {
             throw Failure("there is no catalogue " + catalogue + ", neither beside the plug-in (" +
-                          folder.string() + " has: " + list_of(databases_in(folder)) +
+                          folder.string() + " has: " + list_of(star_files_in(folder)) +
                           ") nor as a file of its own");
         } else {
             star_file_version(catalogue);
@@ -102,21 +89,28 @@ void Player::choose_catalogue(host::Scene& scene) const {
     }
     // The scene's own choice may not even be on the list any more.
     std::erase_if(scene.controls, [](const host::ControlSetting& setting) {
-        return setting.name == host::kCatalogueControl;
+        return setting.name == kCatalogueControl;
     });
-    scene.controls.push_back({host::kCatalogueControl, "--catalogue", choice_});
+    scene.controls.push_back({kCatalogueControl, "--catalogue", choice_});
 }
 
 host::Frame Player::render(const host::Scene& scene, host::Time time,
                            const host::RenderOptions& options) {
+    const int width = options.width != 0 ? options.width : scene.composition.width;
+    const int height = options.height != 0 ? options.height : scene.composition.height;
+    if (const auto refusal = refuse_size(width, height)) {
+        throw Failure(*refusal);
+    }
     host::Frame frame = session_->render(scene, time, options);
-    host::require_drawn(*session_, scene, frame);
+    if (!frame.drawn) {
+        throw Failure(explain_frame(*session_, scene, frame));
+    }
     return frame;
 }
 
 std::optional<CatalogueUsed> Player::catalogue_used(const host::Scene& scene,
                                                     host::Time time) const {
-    const std::optional<fs::path> path = host::catalogue_used(*session_, scene, time);
+    const std::optional<fs::path> path = chosen_catalogue(*session_, scene, time);
     if (!path) {
         return std::nullopt;
     }

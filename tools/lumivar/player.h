@@ -35,7 +35,8 @@ public:
 
     /// Makes the scene choose the wanted catalogue, if one was named.
     void choose_catalogue(host::Scene& scene) const;
-    /// Draws a frame. Throws `host::FrameError` when the plug-in did not, with the cause.
+    /// Draws a frame. Throws `Failure` with the cause when it is too large for the plug-in or the
+    /// plug-in did not draw it, and the host's errors.
     host::Frame render(const host::Scene& scene, host::Time time,
                        const host::RenderOptions& options);
     /// The database that a frame of the scene uses. Throws `Failure` when it cannot be read.

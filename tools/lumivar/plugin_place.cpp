@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "failure.h"
+#include "star_file.h"
 #include "working_folder.h"
 
 namespace lumivar {
@@ -68,8 +69,7 @@ fs::path find_plugin(const std::string& named, const std::string& how) {
 std::string staged_name(const fs::path& catalogue) {
     std::string name = catalogue.filename().string();
     // The plug-in joins the names with "|".
-    const bool listable =
-        name.find(".stars") != std::string::npos && name.find('|') == std::string::npos;
+    const bool listable = is_star_file_name(name) && name.find('|') == std::string::npos;
     return listable ? name : "catalogue.stars";
 }
 

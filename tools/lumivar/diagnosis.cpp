@@ -1,14 +1,17 @@
-#include <host/diagnosis.h>
+#include "diagnosis.h"
+
+#include <host/controls.h>
 #include <host/module.h>
-#include <host/star_file.h>
 #include <host_api/effect_interface.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
-#include <system_error>
+#include <vector>
 
-namespace host {
+#include "star_file.h"
+
+namespace lumivar {
 namespace {
 
 namespace fs = std::filesystem;
@@ -25,7 +28,7 @@ std::string shown_format(std::int32_t format) {
     return shown_bytes(code);
 }
 
-bool drawable(const Session& session, std::int32_t format) {
+bool drawable(const host::Session& session, std::int32_t format) {
     const std::vector<std::int32_t>& declared = session.declared_pixel_formats();
     return format == PF_PixelFormat_ARGB32 || format == PF_PixelFormat_ARGB64 ||
            format == PF_PixelFormat_ARGB128 ||
@@ -38,23 +41,20 @@ constexpr char kRemedy[] =
 }  // namespace
 
 std::optional<std::string> refuse_size(int width, int height) {
-    const std::string size = std::to_string(width) + " x " + std::to_string(height);
     if (width < 1 || height < 1) {
-        return "a frame of " + size +
-               " pixels has nothing to draw on; both sides must be at least 1";
+        return std::nullopt;
     }
     const std::uint64_t bytes = kImageBytesPerPixel * static_cast<std::uint64_t>(width) *
                                 static_cast<std::uint64_t>(height);
     if (bytes > std::numeric_limits<std::uint32_t>::max()) {
-        return "a frame of " + size + " pixels is too large: its float image of " +
-               std::to_string(bytes) +
-               " bytes is beyond the effect's 32-bit limit of 4294967295; " +
-               "render it smaller or in parts";
+        return "a frame of " + std::to_string(width) + " x " + std::to_string(height) +
+               " pixels is too large: its float image of " + std::to_string(bytes) +
+               " bytes is beyond the effect's 32-bit limit of 4294967295; render it smaller";
     }
     return std::nullopt;
 }
 
-std::optional<std::string> examine_catalogue(const fs::path& file) {
+std::optional<std::string> catalogue_fault(const fs::path& file) {
     const StarFile found = look_at_star_file(file);
     if (found.version != 0) {
         return std::nullopt;
@@ -62,22 +62,24 @@ std::optional<std::string> examine_catalogue(const fs::path& file) {
     return found.problem + "; " + kRemedy;
 }
 
-std::optional<fs::path> catalogue_used(const Session& session, const Scene& scene, Time time) {
-    const std::vector<DeclaredControl>& controls = session.controls();
-    const auto control =
-        std::find_if(controls.begin(), controls.end(),
-                     [](const DeclaredControl& one) { return one.name == kCatalogueControl; });
+std::optional<fs::path> chosen_catalogue(const host::Session& session, const host::Scene& scene,
+                                         host::Time time) {
+    const std::vector<host::DeclaredControl>& controls = session.controls();
+    const auto control = std::find_if(
+        controls.begin(), controls.end(),
+        [](const host::DeclaredControl& one) { return one.name == kCatalogueControl; });
     if (control == controls.end() || control->choices.empty()) {
         return std::nullopt;
     }
-    const ControlValues values(controls, scene.controls);
+    const host::ControlValues values(controls, scene.controls);
     const std::size_t place = static_cast<std::size_t>(control - controls.begin());
     const double last = static_cast<double>(control->choices.size()) - 1.0;
     const double choice = std::clamp(values.number(place, time.seconds()) - 1.0, 0.0, last);
     return session.folder() / control->choices[static_cast<std::size_t>(choice)];
 }
 
-std::string explain_frame(const Session& session, const Scene& scene, const Frame& frame) {
+std::string explain_frame(const host::Session& session, const host::Scene& scene,
+                          const host::Frame& frame) {
     if (frame.drawn) {
         return {};
     }
@@ -88,17 +90,14 @@ std::string explain_frame(const Session& session, const Scene& scene, const Fram
     if (!frame.rendered) {
         return "nothing was drawn: the plug-in was not asked to render";
     }
-    std::string reason = "the plug-in drew nothing: ";
-    if (const auto refusal = refuse_size(frame.request.width(), frame.request.height())) {
-        return reason + *refusal;
-    }
+    const std::string reason = "the plug-in drew nothing: ";
     if (!drawable(session, frame.pixel_format)) {
         return reason + "it has no use for pixels of the format " +
                shown_format(frame.pixel_format) + "; render 8-bit, 16-bit or float ARGB";
     }
-    const auto catalogue = catalogue_used(session, scene, frame.time);
+    const auto catalogue = chosen_catalogue(session, scene, frame.time);
     if (catalogue) {
-        if (const auto fault = examine_catalogue(*catalogue)) {
+        if (const auto fault = catalogue_fault(*catalogue)) {
             return reason + *fault;
         }
     }
@@ -111,31 +110,16 @@ std::string explain_frame(const Session& session, const Scene& scene, const Fram
            "; it may have run out of memory";
 }
 
-void require_drawn(const Session& session, const Scene& scene, const Frame& frame) {
-    if (!frame.drawn) {
-        throw FrameError(explain_frame(session, scene, frame));
-    }
-}
-
-std::string explain_set_up(const fs::path& plugin, const EffectError& error) {
+std::string explain_set_up(const fs::path& plugin, const host::EffectError& error) {
     std::string text = error.what();
     fs::path folder;
     try {
-        folder = plugin_folder(plugin);
-    } catch (const ModuleError&) {
+        folder = host::plugin_folder(plugin);
+    } catch (const host::ModuleError&) {
         return text;
     }
-    std::error_code failure;
-    std::vector<fs::path> catalogues;
-    for (fs::directory_iterator entry(folder, failure), end; !failure && entry != end;
-         entry.increment(failure)) {
-        if (entry->path().filename().string().find(".stars") != std::string::npos) {
-            catalogues.push_back(entry->path());
-        }
-    }
-    std::sort(catalogues.begin(), catalogues.end());
-    for (const fs::path& catalogue : catalogues) {
-        if (const auto fault = examine_catalogue(catalogue)) {
+    for (const std::string& name : star_files_in(folder)) {
+        if (const auto fault = catalogue_fault(folder / name)) {
             text += text.empty() || text.back() == '\n' ? "" : " ";
             text += "(" + *fault + ")";
         }
@@ -143,4 +127,4 @@ std::string explain_set_up(const fs::path& plugin, const EffectError& error) {
     return text;
 }
 
-}  // namespace host
+}  // namespace lumivar

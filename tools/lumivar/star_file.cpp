@@ -1,12 +1,17 @@
+#include "star_file.h"
+
 #include <fcntl.h>
-#include <host/star_file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <system_error>
 
-namespace host {
+#include "failure.h"
+
+namespace lumivar {
 namespace {
 
 constexpr std::size_t kMagicBytes = 8;
@@ -37,6 +42,22 @@ std::string read_head(const std::filesystem::path& path, std::string& head) {
 }
 
 }  // namespace
+
+bool is_star_file_name(const std::string& name) { return name.find(".stars") != std::string::npos; }
+
+std::vector<std::string> star_files_in(const std::filesystem::path& folder) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        if (is_star_file_name(name)) {
+            names.push_back(name);
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
 
 std::string shown_bytes(const std::string& bytes) {
     constexpr char kDigits[] = "0123456789abcdef";
@@ -72,4 +93,12 @@ StarFile look_at_star_file(const std::filesystem::path& path) {
                    " instead of \"LUMIVAR1\" or \"LUMIVAR2\""};
 }
 
-}  // namespace host
+int star_file_version(const std::filesystem::path& path) {
+    const StarFile found = look_at_star_file(path);
+    if (found.version == 0) {
+        throw Failure(found.problem);
+    }
+    return found.version;
+}
+
+}  // namespace lumivar

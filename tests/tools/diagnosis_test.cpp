@@ -1,13 +1,17 @@
 // Why a frame was not drawn, found from the request and the catalogue.
+#include "diagnosis.h"
+
 #include <gtest/gtest.h>
-#include <host/diagnosis.h>
+#include <host/session.h>
 #include <support/scratch.h>
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
-#include "modules/test_effect.h"
-#include "session_scene.h"
+#include "host/modules/test_effect.h"
+#include "host/session_scene.h"
+#include "host/starry.h"
 
 namespace {
 
@@ -24,10 +28,10 @@ constexpr char kRemedy[] =
     "; put a star database (.stars) in its place or choose another in \"Star Database\"";
 
 std::string fault_of(const std::string& file) {
-    return host::examine_catalogue(file).value_or("nothing");
+    return lumivar::catalogue_fault(file).value_or("nothing");
 }
 
-TEST(ExamineCatalogue, FindsNothingWrongWithEitherVersion) {
+TEST(CatalogueFault, FindsNothingWrongWithEitherVersion) {
     const ScratchFolder folder;
     write_file(folder / "one.stars", "LUMIVAR1" + std::string(24, '\0'));
     write_file(folder / "two.stars", "LUMIVAR2" + std::string(24 + 33, '\0'));
@@ -36,19 +40,19 @@ TEST(ExamineCatalogue, FindsNothingWrongWithEitherVersion) {
         << "a trailing part of a record is allowed";
 }
 
-TEST(ExamineCatalogue, NamesWhatIsNotThere) {
+TEST(CatalogueFault, NamesWhatIsNotThere) {
     const ScratchFolder folder;
     EXPECT_EQ(fault_of(folder / "gone.stars"),
               "cannot read " + (folder / "gone.stars") + ": No such file or directory" + kRemedy);
 }
 
-TEST(ExamineCatalogue, NamesAFolder) {
+TEST(CatalogueFault, NamesAFolder) {
     const ScratchFolder folder;
     EXPECT_EQ(fault_of(folder.path()),
               "cannot read " + folder.path() + ": it is no regular file but a folder" + kRemedy);
 }
 
-TEST(ExamineCatalogue, NamesAnEmptyFile) {
+TEST(CatalogueFault, NamesAnEmptyFile) {
     const ScratchFolder folder;
     write_file(folder / "empty.stars", "");
     EXPECT_EQ(fault_of(folder / "empty.stars"),
@@ -57,13 +61,13 @@ TEST(ExamineCatalogue, NamesAnEmptyFile) {
 }
 
 // The effect draws it as a black frame, so it is no reason for one that was not drawn.
-TEST(ExamineCatalogue, AllowsAHeaderCutShort) {
+TEST(CatalogueFault, AllowsAHeaderCutShort) {
     const ScratchFolder folder;
     write_file(folder / "short.stars", "LUMIVAR2" + std::string(23, '\0'));
     EXPECT_EQ(fault_of(folder / "short.stars"), "nothing");
 }
 
-TEST(ExamineCatalogue, ShowsTheFirstBytesOfAForeignFile) {
+TEST(CatalogueFault, ShowsTheFirstBytesOfAForeignFile) {
     const ScratchFolder folder;
     write_file(folder / "picture.stars", "\x89PNG\r\n\x1A\n and more");
     EXPECT_EQ(fault_of(folder / "picture.stars"),
@@ -80,20 +84,19 @@ TEST(ExamineCatalogue, ShowsTheFirstBytesOfAForeignFile) {
 }
 
 TEST(RefuseSize, AllowsWhatAFloatImageCanCountIn32Bits) {
-    EXPECT_FALSE(host::refuse_size(1, 1));
-    EXPECT_FALSE(host::refuse_size(16384, 16383));
+    EXPECT_FALSE(lumivar::refuse_size(1, 1));
+    EXPECT_FALSE(lumivar::refuse_size(16384, 16383));
     // 2^28 - 1 pixels of 16 bytes: 2^32 - 16.
-    EXPECT_FALSE(host::refuse_size(268435455, 1));
+    EXPECT_FALSE(lumivar::refuse_size(268435455, 1));
 }
 
 TEST(RefuseSize, NamesWhatIsBeyond) {
     EXPECT_EQ(
-        host::refuse_size(16384, 16384),
+        lumivar::refuse_size(16384, 16384),
         "a frame of 16384 x 16384 pixels is too large: its float image of 4294967296 bytes is "
-        "beyond the effect's 32-bit limit of 4294967295; render it smaller or in parts");
-    EXPECT_TRUE(host::refuse_size(2147483647, 2147483647)) << "no overflow on the way";
-    EXPECT_EQ(host::refuse_size(0, 5),
-              "a frame of 0 x 5 pixels has nothing to draw on; both sides must be at least 1");
+        "beyond the effect's 32-bit limit of 4294967295; render it smaller");
+    EXPECT_TRUE(lumivar::refuse_size(2147483647, 2147483647)) << "no overflow on the way";
+    EXPECT_FALSE(lumivar::refuse_size(-2147483647, 2147483647)) << "that is the host's to refuse";
 }
 
 Scene mischievous(int mischief) {
@@ -102,13 +105,23 @@ Scene mischievous(int mischief) {
     return scene;
 }
 
+/// A format that effects for After Effects know nothing of, and what is said of it.
+RenderOptions strange_format() {
+    RenderOptions options;
+    options.pixel_format = 0x61726762;
+    return options;
+}
+constexpr char kStrangeFormat[] =
+    "the plug-in drew nothing: it has no use for pixels of the format \"bgra\" (62 67 72 61); "
+    "render 8-bit, 16-bit or float ARGB";
+
 /// A session with the test effect, which has no catalogue.
 class ExplainFrame : public testing::Test {
 protected:
     std::string explain(int mischief, const RenderOptions& options = {}) {
         const Scene scene = mischievous(mischief);
         const Frame frame = session_.render(scene, {0, 24}, options);
-        return host::explain_frame(session_, scene, frame);
+        return lumivar::explain_frame(session_, scene, frame);
     }
 
 private:
@@ -123,11 +136,7 @@ TEST_F(ExplainFrame, PassesOnAFailedStatusWithItsMessage) {
 }
 
 TEST_F(ExplainFrame, NamesAnUnsupportedPixelFormat) {
-    RenderOptions options;
-    options.pixel_format = 0x61726762;
-    EXPECT_EQ(explain(test_effect::kDrawNothing, options),
-              "the plug-in drew nothing: it has no use for pixels of the format \"bgra\" (62 67 72 "
-              "61); render 8-bit, 16-bit or float ARGB");
+    EXPECT_EQ(explain(test_effect::kDrawNothing, strange_format()), kStrangeFormat);
 }
 
 TEST(ExplainPremiereFrame, BlamesNoFormatThatWasDeclared) {
@@ -139,7 +148,7 @@ TEST(ExplainPremiereFrame, BlamesNoFormatThatWasDeclared) {
     frame.request = {0, 0, 64, 36};
     frame.pixel_format = 0x61726762;
     EXPECT_EQ(
-        host::explain_frame(session, mischievous(test_effect::kNone), frame),
+        lumivar::explain_frame(session, mischievous(test_effect::kNone), frame),
         "the plug-in drew nothing: the request of 64 x 36 pixels does not show why; it may have "
         "run out of memory");
 }
@@ -156,13 +165,53 @@ TEST_F(ExplainFrame, SaysThatThePlugInWasNotAsked) {
               "nothing was drawn: the plug-in was not asked to render");
 }
 
-TEST(RequireDrawn, ThrowsTheExplanation) {
-    Session session(TEST_EFFECT);
-    const Scene good = small_scene();
-    EXPECT_NO_THROW(host::require_drawn(session, good, session.render(good, {0, 24})));
-    const Scene bad = mischievous(test_effect::kFailWithMessage);
-    const Frame frame = session.render(bad, {0, 24});
-    EXPECT_THROW(host::require_drawn(session, bad, frame), host::FrameError);
+/// The built plug-in, which answers a failed frame with status 0: the cause is found by looking.
+class OfLumivar : public starry::Lumivar {
+protected:
+    std::string catalogue() const { return (fs::canonical(root.path()) / "sky.stars").string(); }
+    /// The explanation of a frame after `change` was made behind the session's back.
+    template <class Change>
+    std::string explanation(Change&& change, const RenderOptions& options = {}) {
+        add_stars();
+        Session session(bundle());
+        change();
+        const Scene scene = starry::starry_scene();
+        return lumivar::explain_frame(session, scene, session.render(scene, {0, 24}, options));
+    }
+};
+
+TEST_F(OfLumivar, ExplainFrameNamesTheCatalogueAndItsFault) {
+    EXPECT_EQ(explanation([] {}), "");
+    EXPECT_EQ(explanation([&] { write_file(root / "sky.stars", "\x89PNG\r\n\x1A\n and more"); }),
+              "the plug-in drew nothing: " + catalogue() +
+                  " is not a star database: it begins with \".PNG....\" (89 50 4e 47 0d 0a 1a 0a) "
+                  "instead of \"LUMIVAR1\" or \"LUMIVAR2\"" +
+                  kRemedy);
+    EXPECT_EQ(explanation([&] { write_file(root / "sky.stars", ""); }),
+              "the plug-in drew nothing: " + catalogue() +
+                  " is empty: a star database begins with \"LUMIVAR1\" or \"LUMIVAR2\"" + kRemedy);
+    EXPECT_EQ(explanation([&] { fs::remove(root / "sky.stars"); }),
+              "the plug-in drew nothing: cannot read " + catalogue() +
+                  ": No such file or directory" + kRemedy);
+    EXPECT_EQ(explanation([] {}, strange_format()), kStrangeFormat);
+}
+
+TEST_F(OfLumivar, ChosenCatalogueIsTheOneNamedOrTheFirstOfTheList) {
+    add_stars("red.stars");
+    add_stars("blue.stars");
+    const Session session(bundle());
+    Scene scene = starry::starry_scene();
+    EXPECT_EQ(lumivar::chosen_catalogue(session, scene, {0, 24}),
+              fs::canonical(root / session.controls().back().choices.front()));
+    for (const std::string name : {"red.stars", "blue.stars"}) {
+        starry::set(scene, lumivar::kCatalogueControl, name);
+        EXPECT_EQ(lumivar::chosen_catalogue(session, scene, {0, 24}), fs::canonical(root / name));
+    }
+}
+
+TEST(ChosenCatalogue, IsNoneForAnEffectWithoutTheControl) {
+    const Session session(TEST_EFFECT);
+    EXPECT_FALSE(lumivar::chosen_catalogue(session, small_scene(), {0, 24}));
 }
 
 TEST(ExplainSetUp, AddsWhatIsWrongWithTheCatalogues) {
@@ -174,11 +223,11 @@ TEST(ExplainSetUp, AddsWhatIsWrongWithTheCatalogues) {
     write_file(folder / "bad.stars.old", "");
     write_file(folder / "unrelated", "");
     const host::EffectError error("Error reading it.", 1, 512, "Error reading it.");
-    EXPECT_EQ(host::explain_set_up(bundle, error),
+    EXPECT_EQ(lumivar::explain_set_up(bundle, error),
               "Error reading it. (" + (fs::canonical(folder.path()) / "bad.stars.old").string() +
                   " is empty: a star database begins with \"LUMIVAR1\" or \"LUMIVAR2\"" + kRemedy +
                   ")");
-    EXPECT_EQ(host::explain_set_up(folder / "Missing.plugin", error), "Error reading it.");
+    EXPECT_EQ(lumivar::explain_set_up(folder / "Missing.plugin", error), "Error reading it.");
 }
 
 }  // namespace
