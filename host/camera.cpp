@@ -2,6 +2,7 @@
 #include <host/camera.h>
 
 #include <cmath>
+#include <cstddef>
 #include <numbers>
 
 namespace host {

@@ -1,10 +1,13 @@
 #include "camera_reader.h"
 
-#include "track_reader.h"
-
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "track_reader.h"
 
 namespace host {
 
@@ -74,7 +77,8 @@ std::shared_ptr<const Camera> read_look_at(const JsonNode& node, Lens lens) {
         key.value.expect_members({"ra", "dec", "roll"});
         std::vector<double>& numbers = values.emplace_back();
         for (const std::string& name : names) {
-            // A member left out of one key alone would swing the camera to 0 unasked.
+            // A member that one key alone leaves out would be taken as 0 there, and the camera
+            // would swing.
             if (key.value.has(name) != keys.front().value.has(name)) {
                 key.value.fail("the same members as in the first key",
                                (key.value.has(name) ? "\"" : "no \"") + name + '"');
@@ -106,7 +110,7 @@ std::shared_ptr<const Camera> read_matrix(const JsonNode& node, Lens lens) {
     }
     const auto elements = read_track_array<16>(node, rules);
     auto camera = matrix_camera(elements, std::move(lens));
-    // The effect needs the inverse, which it takes for unreliable from here down.
+    // The effect inverts the matrix and takes the inverse for unreliable below this determinant.
     constexpr double kSingular = 1e-10;
     for (const Track& element : elements) {
         for (const Track::Key& key : element.keys()) {

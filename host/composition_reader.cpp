@@ -1,10 +1,10 @@
 #include "composition_reader.h"
 
-#include "track_reader.h"
-
 #include <cmath>
 #include <cstdint>
 #include <limits>
+
+#include "track_reader.h"
 
 namespace host {
 

@@ -1,11 +1,13 @@
 #include "control_reader.h"
 
-#include "track_reader.h"
-
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <string>
 #include <utility>
+#include <variant>
+
+#include "track_reader.h"
 
 namespace host {
 

@@ -78,7 +78,7 @@ std::string wanted(const DeclaredControl& control) {
 
 void check_track(const ControlSetting& setting, const DeclaredControl& control, const Track& track,
                  const Range& range, bool whole) {
-    // Between keys the value runs straight, so that the keys alone decide.
+    // Between keys the value is interpolated linearly, so it is in range if the keys are.
     for (const Track::Key& key : track.keys()) {
         if (!(key.value >= range.min && key.value <= range.max) ||
             (whole && key.value != std::floor(key.value))) {

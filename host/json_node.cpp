@@ -1,9 +1,10 @@
-// Places, and the texts of what was found there.
+// Where a value stands in its file, and the texts of messages about it.
 #include "json_node.h"
 
 #include <host/scene.h>
 
 #include <algorithm>
+#include <cstddef>
 
 #include "nearest.h"
 

@@ -1,12 +1,13 @@
-// JSON with places: every value knows where it stands, and says so when it is not what was
-// expected.
+// JSON whose values know where they stand in the file, so that an error can name the place.
 #pragma once
 
 #include <nlohmann/json.hpp>
 
+#include <cstddef>
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace host {
 

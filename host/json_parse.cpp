@@ -1,11 +1,14 @@
-// Strict parsing: broken JSON is told by line and column, repeated members by their place.
+// Strict parsing. An error in the JSON is reported by line and column, a repeated member by its
+// place.
 #include "json_node.h"
 
 #include <host/scene.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <set>
+#include <string>
 #include <vector>
 
 namespace host {

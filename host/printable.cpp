@@ -15,7 +15,7 @@ struct Span {
     bool holds(std::uint32_t character) const { return first <= character && character <= last; }
 };
 
-/// Characters that do something to a terminal instead of standing there.
+/// Characters that control a terminal instead of being shown.
 constexpr std::array<Span, 6> kActing = {{
     {0x00, 0x1F},      // C0
     {0x7F, 0x9F},      // DEL and C1
@@ -101,7 +101,7 @@ std::string printable(std::string_view text) {
     while (!text.empty()) {
         const std::size_t length = harmless_length(text);
         if (length == 0) {
-            // Byte by byte: the rest of a bad character has no lead of its own, and follows.
+            // Byte by byte: the bytes that follow begin no character, so each is escaped in turn.
             clean += escape(text.front());
             text.remove_prefix(1);
         } else {

@@ -38,7 +38,7 @@ Fraction fraction(Wide num, Wide den) {
 }
 
 Fraction times(const Fraction& a, const Fraction& b) {
-    // Crosswise first: what cancels never overflows.
+    // Common factors are taken out across the two fractions first, so that the products stay small.
     const Fraction one = fraction(a.num, b.den);
     const Fraction other = fraction(b.num, a.den);
     return {product(one.num, other.num), product(one.den, other.den)};

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <numeric>
 #include <stdexcept>
@@ -20,7 +21,8 @@ constexpr double kFineTicks = 1000.0;
 /// Angles count in thousandths of a degree.
 constexpr int kAngleUnits = 1000;
 constexpr int kFullTurn = 360 * kAngleUnits;
-/// The widest shutter (two frames) opened at the largest phase (one frame) closes three frames on.
+/// The widest shutter is open for two frames. Opened at the largest phase, one frame after the
+/// frame's time, it closes three frames after it.
 constexpr int kShutterReach = 3;
 
 std::int64_t angle_units(double degrees) { return std::llround(degrees * kAngleUnits); }
@@ -120,7 +122,7 @@ Time Composition::time_at(double seconds) const {
 
 void Composition::shutter_range(Time time, Time& start, Time& duration_out) const {
     const Clock clock(*this);
-    // A time of another making is brought to a scale that holds both, or to the nearest tick of S.
+    // A time on another scale is brought to a scale that holds both, or to the nearest tick of S.
     std::uint64_t scale = std::lcm<std::uint64_t>(time.scale, clock.scale);
     if (scale > clock.limit && scale != time.scale) {
         scale = clock.scale;

@@ -1,5 +1,6 @@
 #include "track_reader.h"
 
+#include <cstddef>
 #include <utility>
 
 namespace host {

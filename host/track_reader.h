@@ -6,6 +6,7 @@
 #include <host/scene.h>
 
 #include <array>
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>

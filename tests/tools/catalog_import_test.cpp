@@ -8,8 +8,12 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <filesystem>
+#include <optional>
+#include <stdexcept>
 #include <thread>
+#include <vector>
 
 #include "catalog_info.h"
 #include "failure.h"

@@ -3,6 +3,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <string>
+
 #include "tool_run.h"
 
 namespace {

@@ -7,6 +7,8 @@
 #include <fstream>
 #include <numbers>
 #include <sstream>
+#include <stdexcept>
+#include <string>
 
 #include "read_back.h"
 #include "support/blobs.h"

@@ -8,6 +8,7 @@
 #include <bit>
 #include <cmath>
 #include <csignal>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 
@@ -18,7 +19,7 @@
 
 namespace {
 
-using lumivar::Depth;
+using host::Depth;
 using lumivar::FrameView;
 using lumivar::PictureInfo;
 using lumivar::write_picture;
@@ -65,7 +66,7 @@ TEST_P(FloatPicture, CarriesEveryBitOfEveryFloat) {
                                       0x00000001, 0x807FFFFF, 0x00000000, 0x80000000, 0x3F800000,
                                       0xBE99999A, 0x7F7FFFFF, 0x00800000, 0x40490FDB};
     constexpr int kCount = std::size(patterns);
-    Frame<float> frame(kCount, 3, Depth::kFloat);
+    Frame<float> frame(kCount, 3, Depth::Float);
     for (int y = 0; y < 3; ++y) {
         for (int x = 0; x < kCount; ++x) {
             const auto value = [&](int shift) {
@@ -97,7 +98,7 @@ TEST_P(FloatPicture, CarriesEveryBitOfEveryFloat) {
 }
 
 TEST_P(FloatPicture, CarriesAlphaUntouchedWithTheColoursBesideIt) {
-    Frame<float> frame(1, 1, Depth::kFloat);
+    Frame<float> frame(1, 1, Depth::Float);
     frame.set(0, 0, 0.5F, 0.25F, 4.0F, -1.0F);
     write_picture(folder / GetParam(), frame.view(), {}, false);
     const ReadBack picture = read_back(folder / GetParam());
@@ -108,7 +109,7 @@ TEST_P(FloatPicture, CarriesAlphaUntouchedWithTheColoursBesideIt) {
 }
 
 TEST_P(FloatPicture, TurnsIntegerCodesIntoLinearLight) {
-    Frame<std::uint8_t> eight(1, 1, Depth::k8);
+    Frame<std::uint8_t> eight(1, 1, Depth::Bits8);
     eight.set(0, 0, 255, 0, 51, 255);
     write_picture(folder / GetParam(), eight.view(), {}, false);
     ReadBack picture = read_back(folder / GetParam());
@@ -117,7 +118,7 @@ TEST_P(FloatPicture, TurnsIntegerCodesIntoLinearLight) {
     EXPECT_EQ(picture.at<float>(0, 0, 1), 0.2F);
     EXPECT_EQ(picture.at<float>(0, 0, 2), 1.0F);
 
-    Frame<std::uint16_t> sixteen(1, 1, Depth::k16);
+    Frame<std::uint16_t> sixteen(1, 1, Depth::Bits16);
     sixteen.set(0, 0, 32768, 1, 8192, 32768);
     write_picture(folder / GetParam(), sixteen.view(), {}, false);
     picture = read_back(folder / GetParam());
@@ -135,7 +136,7 @@ INSTANTIATE_TEST_SUITE_P(Formats, FloatPicture, testing::Values("a.exr", "a.tif"
 
 TEST_F(Picture, PngIsEncodedToSrgbAndClamped) {
     // Codes by hand, see the test of the curve: 0.002 -> 7, 0.01 -> 25, 0.2 -> 124, 0.5 -> 188.
-    Frame<float> frame(3, 2, Depth::kFloat);
+    Frame<float> frame(3, 2, Depth::Float);
     frame.set(0, 0, 1, 0.0F, 0.002F, 0.01F);
     frame.set(1, 0, 1, 0.2F, 0.5F, 1.0F);
     frame.set(2, 0, 1, 1.5F, -0.3F, std::numeric_limits<float>::quiet_NaN());
@@ -159,11 +160,11 @@ TEST_F(Picture, PngIsEncodedToSrgbAndClamped) {
 }
 
 TEST_F(Picture, PngOfIntegerFramesIsEncodedToo) {
-    Frame<std::uint8_t> eight(1, 1, Depth::k8);
+    Frame<std::uint8_t> eight(1, 1, Depth::Bits8);
     eight.set(0, 0, 255, 0, 128, 255);  // 128 / 255: 0.736648 x 255 = 187.85
     write_picture(folder / "a.png", eight.view(), {}, false);
     EXPECT_EQ(read_back(folder / "a.png").at<std::uint8_t>(0, 0, 1), 188);
-    Frame<std::uint16_t> sixteen(1, 1, Depth::k16);
+    Frame<std::uint16_t> sixteen(1, 1, Depth::Bits16);
     sixteen.set(0, 0, 32768, 16384, 32768, 0);
     write_picture(folder / "a.png", sixteen.view(), {}, false);
     const ReadBack picture = read_back(folder / "a.png");
@@ -174,7 +175,7 @@ TEST_F(Picture, PngOfIntegerFramesIsEncodedToo) {
 }
 
 TEST_F(Picture, RawKeepsEightBitCodes) {
-    Frame<std::uint8_t> frame(256, 1, Depth::k8);
+    Frame<std::uint8_t> frame(256, 1, Depth::Bits8);
     for (int x = 0; x < 256; ++x) {
         frame.set(x, 0, 255, static_cast<std::uint8_t>(x), static_cast<std::uint8_t>(255 - x), 7);
     }
@@ -191,7 +192,7 @@ TEST_F(Picture, RawKeepsEightBitCodes) {
 }
 
 TEST_F(Picture, RawKeepsSixteenBitCodesOnTheHostsScale) {
-    Frame<std::uint16_t> frame(3, 1, Depth::k16);
+    Frame<std::uint16_t> frame(3, 1, Depth::Bits16);
     frame.set(0, 0, 32768, 0, 1, 2);
     frame.set(1, 0, 32768, 255, 256, 257);
     frame.set(2, 0, 32768, 16384, 32767, 32768);
@@ -207,7 +208,7 @@ TEST_F(Picture, RawKeepsSixteenBitCodesOnTheHostsScale) {
 }
 
 TEST_F(Picture, JpegIsCloseToTheCodes) {
-    Frame<float> frame(32, 32, Depth::kFloat);
+    Frame<float> frame(32, 32, Depth::Float);
     for (int y = 0; y < 32; ++y) {
         for (int x = 0; x < 32; ++x) {
             frame.set(x, y, 1, 0.5F, 0.2F, 0.01F);
@@ -221,7 +222,7 @@ TEST_F(Picture, JpegIsCloseToTheCodes) {
 }
 
 TEST_F(Picture, SaysHowItWasMade) {
-    Frame<float> frame(2, 2, Depth::kFloat);
+    Frame<float> frame(2, 2, Depth::Float);
     PictureInfo info;
     info.title = "Star field";
     info.details = {{"catalogue", "hipparcos.stars"},
@@ -248,7 +249,7 @@ TEST_F(Picture, SaysHowItWasMade) {
 }
 
 TEST_F(Picture, SameFrameGivesTheSameBytes) {
-    Frame<float> frame(5, 4, Depth::kFloat);
+    Frame<float> frame(5, 4, Depth::Float);
     for (const char* name : {"a.png", "a.jpg"}) {  // the others hold the date of making
         write_picture(folder / name, frame.view(), {}, false);
         const std::string first = read_file(folder / name);
@@ -267,20 +268,20 @@ std::string usage_fault(const std::string& path, Depth depth, bool raw) {
 }
 
 TEST_F(Picture, RefusesWhatDoesNotGoTogether) {
-    EXPECT_EQ(usage_fault("a.gif", Depth::k8, false),
+    EXPECT_EQ(usage_fault("a.gif", Depth::Bits8, false),
               "cannot tell the kind of picture from the name \"a.gif\"; end it with .exr, .tif, "
               ".png or .jpg");
-    EXPECT_EQ(usage_fault("exr", Depth::k8, false),
+    EXPECT_EQ(usage_fault("exr", Depth::Bits8, false),
               "cannot tell the kind of picture from the name \"exr\"; end it with .exr, .tif, .png "
               "or .jpg");
-    EXPECT_EQ(usage_fault("a.png", Depth::kFloat, true),
+    EXPECT_EQ(usage_fault("a.png", Depth::Float, true),
               "--raw writes integer codes, and a float frame has none; add --depth 8 or 16");
-    EXPECT_EQ(usage_fault("a.exr", Depth::k8, true),
+    EXPECT_EQ(usage_fault("a.exr", Depth::Bits8, true),
               "--raw writes integer codes, and .exr has no channels for them; use .png or .tif");
-    EXPECT_EQ(usage_fault("a.jpg", Depth::k16, true),
+    EXPECT_EQ(usage_fault("a.jpg", Depth::Bits16, true),
               "--raw with 16 bits does not fit .jpg; use .png or .tif, or --depth 8");
-    EXPECT_EQ(usage_fault("a.jpg", Depth::k8, true), "fine");
-    EXPECT_EQ(usage_fault("a.PNG", Depth::k16, true), "fine");
+    EXPECT_EQ(usage_fault("a.jpg", Depth::Bits8, true), "fine");
+    EXPECT_EQ(usage_fault("a.PNG", Depth::Bits16, true), "fine");
 }
 
 /// Writes of the process beyond a size fail, as on a full disk.
@@ -301,7 +302,7 @@ private:
 };
 
 TEST_F(Picture, FullDiskIsOneLineAndLeavesNothing) {
-    Frame<float> frame(64, 64, Depth::kFloat);
+    Frame<float> frame(64, 64, Depth::Float);
     for (const char* name : {"a.exr", "a.tif", "a.png", "a.jpg"}) {
         std::string message = "no fault";
         {
@@ -318,7 +319,7 @@ TEST_F(Picture, FullDiskIsOneLineAndLeavesNothing) {
 }
 
 TEST_F(Picture, RefusesAFolderThatIsNotThere) {
-    Frame<float> frame(1, 1, Depth::kFloat);
+    Frame<float> frame(1, 1, Depth::Float);
     try {
         write_picture(folder / "none/a.exr", frame.view(), {}, false);
         FAIL() << "there is no such folder";

@@ -3,6 +3,7 @@
 
 #include <OpenImageIO/imageio.h>
 
+#include <cstddef>
 #include <cstring>
 #include <stdexcept>
 #include <string>

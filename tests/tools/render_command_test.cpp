@@ -11,9 +11,14 @@
 #include <chrono>
 #include <cmath>
 #include <csignal>
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
+#include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "read_back.h"
 #include "star_table.h"

@@ -1,7 +1,9 @@
 // lumivar catalog import, lumivar catalog info
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
+#include <string>
 
 #include "catalog_import.h"
 #include "catalog_info.h"

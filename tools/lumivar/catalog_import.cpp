@@ -1,5 +1,6 @@
 #include "catalog_import.h"
 
+#include <cstddef>
 #include <limits>
 #include <optional>
 #include <system_error>

@@ -60,7 +60,7 @@ static void remove_and_die(int number) {
     }
     const int saved_errno = errno;
     for (const RemoveOnSignal::Entry* entry = first_entry; entry != nullptr; entry = entry->next) {
-        if (entry->kind == RemoveOnSignal::Kind::kFile) {
+        if (entry->kind == RemoveOnSignal::Kind::File) {
             unlink(entry->path.c_str());
         } else {
             rmdir(entry->path.c_str());

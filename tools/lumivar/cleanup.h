@@ -31,7 +31,7 @@ private:
 /// signal could leave it behind; an entry that is not there is passed over.
 class RemoveOnSignal {
 public:
-    enum class Kind { kFile, kFolder };
+    enum class Kind { File, Folder };
     RemoveOnSignal(const std::filesystem::path& path, Kind kind);
     ~RemoveOnSignal();
     RemoveOnSignal(const RemoveOnSignal&) = delete;

@@ -8,6 +8,8 @@
 #include <exception>
 #include <new>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include "cleanup.h"
 #include "exit_codes.h"
@@ -29,7 +31,7 @@ int usage_error(const std::string& text) {
     return complain(text + " (lumivar --help shows the ways)", kExitUsage);
 }
 
-/// What is asked for in vain says more than what is missing: "lumivar paint" names no command.
+/// CLI11 reports "lumivar paint" as a missing subcommand; the message names the unknown word.
 std::string usage_text(const CLI::App& program, const CLI::Error& error) {
     const std::vector<std::string> unknown = program.remaining(true);
     if (unknown.empty()) {
@@ -38,7 +40,7 @@ std::string usage_text(const CLI::App& program, const CLI::Error& error) {
     return "there is no command or option \"" + unknown.front() + "\"";
 }
 
-/// What stands in a buffer is not printed yet: a full disk shows only here.
+/// Output may still be in a buffer; that the disk is full shows only when it is flushed.
 int finish() {
     if (std::fflush(stdout) != 0) {
         return complain("cannot write to standard output", kExitFailure);

@@ -1,6 +1,7 @@
 // lumivar controls
 #include <cstdio>
 #include <memory>
+#include <string>
 
 #include "command_line.h"
 #include "controls_table.h"

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <nlohmann/json.hpp>
+#include <tuple>
 
 #include "picture_info.h"
 

@@ -5,6 +5,7 @@
 #include <host_api/effect_interface.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <vector>

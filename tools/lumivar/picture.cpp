@@ -17,25 +17,28 @@
 #include "srgb.h"
 
 namespace lumivar {
+
+using host::Depth;
+
 namespace {
 
-enum class Format { kExr, kTiff, kPng, kJpeg };
+enum class Format { Exr, Tiff, Png, Jpeg };
 
 std::optional<Format> format_of(const std::filesystem::path& path) {
     std::string ending = path.extension().string();
     std::transform(ending.begin(), ending.end(), ending.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     if (ending == ".exr") {
-        return Format::kExr;
+        return Format::Exr;
     }
     if (ending == ".tif" || ending == ".tiff") {
-        return Format::kTiff;
+        return Format::Tiff;
     }
     if (ending == ".png") {
-        return Format::kPng;
+        return Format::Png;
     }
     if (ending == ".jpg" || ending == ".jpeg") {
-        return Format::kJpeg;
+        return Format::Jpeg;
     }
     return std::nullopt;
 }
@@ -53,11 +56,11 @@ Code code_at(const FrameView& frame, int x, int y, std::size_t channel) {
 
 float linear_at(const FrameView& frame, int x, int y, std::size_t channel) {
     switch (frame.depth) {
-        case Depth::k8:
+        case Depth::Bits8:
             return static_cast<float>(code_at<std::uint8_t>(frame, x, y, channel)) / 255.0F;
-        case Depth::k16:
+        case Depth::Bits16:
             return static_cast<float>(code_at<std::uint16_t>(frame, x, y, channel)) / 32768.0F;
-        case Depth::kFloat:
+        case Depth::Float:
             break;
     }
     // A copy through the same type keeps every bit, of not-a-numbers too.
@@ -96,9 +99,9 @@ struct Encoded {
 };
 
 Encoded encode(const FrameView& frame, Format format, bool raw) {
-    const bool for_looking = format == Format::kPng || format == Format::kJpeg;
+    const bool for_looking = format == Format::Png || format == Format::Jpeg;
     const int channels = for_looking ? 3 : 4;
-    if (raw && frame.depth == Depth::k8) {
+    if (raw && frame.depth == Depth::Bits8) {
         return {OIIO::TypeUInt8, channels,
                 collect<std::uint8_t>(frame, channels,
                                       [&](int x, int y, std::size_t c) {
@@ -145,10 +148,10 @@ OIIO::ImageSpec describe(const FrameView& frame, const Encoded& encoded, Format 
         spec.attribute("lumivar:settings", info.settings);
     }
     spec.attribute("oiio:ColorSpace", encoded.linear ? "Linear" : "sRGB");
-    if (format == Format::kJpeg) {
+    if (format == Format::Jpeg) {
         spec.attribute("Compression", "jpeg:95");
         spec.attribute("jpeg:subsampling", "4:4:4");  // a star's colour is as sharp as its light
-    } else if (format != Format::kPng) {
+    } else if (format != Format::Png) {
         spec.attribute("Compression", "zip");
     }
     return spec;
@@ -165,15 +168,15 @@ void check_picture_request(const std::filesystem::path& path, Depth depth, bool 
     if (!raw) {
         return;
     }
-    if (depth == Depth::kFloat) {
+    if (depth == Depth::Float) {
         throw UsageError(
             "--raw writes integer codes, and a float frame has none; add --depth 8 or 16");
     }
-    if (format == Format::kExr) {
+    if (format == Format::Exr) {
         throw UsageError(
             "--raw writes integer codes, and .exr has no channels for them; use .png or .tif");
     }
-    if (format == Format::kJpeg && depth == Depth::k16) {
+    if (format == Format::Jpeg && depth == Depth::Bits16) {
         throw UsageError("--raw with 16 bits does not fit .jpg; use .png or .tif, or --depth 8");
     }
 }

@@ -10,6 +10,8 @@
 // and its compression changes codes; EXR has no such channels at all.
 #pragma once
 
+#include <host/world.h>
+
 #include <cstddef>
 #include <filesystem>
 #include <string>
@@ -18,9 +20,6 @@
 
 namespace lumivar {
 
-/// Bits a channel. Whites are 255, 32768 and 1.0.
-enum class Depth { k8 = 8, k16 = 16, kFloat = 32 };
-
 /// A finished frame as the host holds it: rows from the top, pixels of alpha, red, green, blue in
 /// the machine's byte order. Not owned.
 struct FrameView {
@@ -28,7 +27,7 @@ struct FrameView {
     std::ptrdiff_t row_bytes = 0;
     int width = 0;
     int height = 0;
-    Depth depth = Depth::kFloat;
+    host::Depth depth = host::Depth::Float;
 };
 
 /// What the file says about itself: each detail goes into an attribute of its own ("lumivar:KEY")
@@ -43,7 +42,7 @@ struct PictureInfo {
 
 /// Throws `UsageError` when `path` has no known ending or depth and `raw` do not go with it. To be
 /// asked before the work of a frame.
-void check_picture_request(const std::filesystem::path& path, Depth depth, bool raw);
+void check_picture_request(const std::filesystem::path& path, host::Depth depth, bool raw);
 
 /// Writes the picture, whole or not at all (see `AtomicFile`). Throws `Failure`.
 void write_picture(const std::filesystem::path& path, const FrameView& frame,

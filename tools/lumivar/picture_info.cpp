@@ -5,6 +5,8 @@
 #include <libkelvimage/metadata.h>
 
 #include <cmath>
+#include <cstddef>
+#include <string>
 
 #include "picture_settings.h"
 

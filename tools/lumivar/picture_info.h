@@ -5,6 +5,7 @@
 #include <host/session.h>
 
 #include <optional>
+#include <string>
 
 #include "picture.h"
 #include "player.h"

@@ -5,6 +5,7 @@
 #include <host/controls.h>
 
 #include <algorithm>
+#include <cstddef>
 
 #include "picture_info.h"
 

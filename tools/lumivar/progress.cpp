@@ -3,6 +3,7 @@
 #include <base/string.h>
 #include <osapi/program.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <utility>
 

@@ -2,9 +2,13 @@
 #include <host/scene.h>
 
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <string>
+#include <tuple>
+#include <vector>
 
 #include "atomic_file.h"
 #include "command_line.h"
@@ -90,17 +94,17 @@ std::vector<Shot> plan_shots(const RenderArguments& arguments,
     return {shot_of_frame(composition, arguments.frame.value_or(0), arguments.picture)};
 }
 
-FrameView view_of(const host::World& world, Depth depth) {
-    return {world.row(0), world.row_bytes(), world.width(), world.height(), depth};
+FrameView view_of(const host::World& world) {
+    return {world.row(0), world.row_bytes(), world.width(), world.height(), world.depth()};
 }
 
-const char* depth_text(Depth depth) {
+const char* depth_text(host::Depth depth) {
     switch (depth) {
-        case Depth::k8:
+        case host::Depth::Bits8:
             return "8 bits";
-        case Depth::k16:
+        case host::Depth::Bits16:
             return "16 bits";
-        case Depth::kFloat:
+        case host::Depth::Float:
             break;
     }
     return "float";
@@ -108,10 +112,10 @@ const char* depth_text(Depth depth) {
 
 void render_command(const RenderArguments& arguments) {
     const auto start = std::chrono::steady_clock::now();
-    const Depth depth{arguments.depth};
+    const host::Depth depth{arguments.depth};
     check_picture_request(arguments.picture, depth, arguments.raw);
     host::RenderOptions options;
-    options.depth = host::Depth{arguments.depth};
+    options.depth = depth;
     if (!arguments.size.empty()) {
         std::tie(options.width, options.height) = parse_size(arguments.size);
     }
@@ -137,7 +141,7 @@ void render_command(const RenderArguments& arguments) {
             catalogue = player.catalogue_used(scene, shot.time);
             width = frame.world.width();
             height = frame.world.height();
-            write_picture(shot.path, view_of(frame.world, depth),
+            write_picture(shot.path, view_of(frame.world),
                           picture_info(player.session(), scene, shot.time, catalogue),
                           arguments.raw);
             progress.update(++done);

@@ -2,9 +2,11 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <optional>
 #include <string_view>
+#include <system_error>
 
 #include "failure.h"
 

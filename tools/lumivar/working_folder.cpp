@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -52,8 +53,9 @@ bool remove_if_orphan(const fs::path& folder) {
         status.st_uid != geteuid()) {
         return false;
     }
-    // A folder without its lock was left between two system calls: the lock is made, then taken.
-    // Its owner, should it live after all, finds the lock gone from under it and starts anew.
+    // A folder without a lock file was left by a run that ended between making the folder and
+    // making the lock. This run makes the lock itself and takes it. Should the owner still be
+    // alive, it finds that its lock file is gone or another one, and makes a new folder.
     const int lock = open_lock(folder);
     if (lock < 0) {
         return false;
@@ -92,7 +94,7 @@ WorkingFolder::WorkingFolder(const fs::path& parent, std::string complaint)
 }
 
 bool WorkingFolder::claim(const fs::path& candidate) {
-    entries_.emplace_back(candidate, RemoveOnSignal::Kind::kFolder);
+    entries_.emplace_back(candidate, RemoveOnSignal::Kind::Folder);
     if (mkdir(candidate.c_str(), 0700) != 0) {
         const int error = errno;
         entries_.clear();
@@ -101,7 +103,7 @@ bool WorkingFolder::claim(const fs::path& candidate) {
         }
         throw system_failure(complaint_, error);
     }
-    entries_.emplace_back(candidate / kLockName, RemoveOnSignal::Kind::kFile);
+    entries_.emplace_back(candidate / kLockName, RemoveOnSignal::Kind::File);
     lock_ = open_lock(candidate);
     // A file system without locks answers with an error: then no other run can lock it either, and
     // the folder is never taken for an orphan.
@@ -131,13 +133,13 @@ WorkingFolder::~WorkingFolder() {
 
 fs::path WorkingFolder::file(const fs::path& relative) {
     fs::path path = path_ / relative;
-    entries_.emplace_back(path, RemoveOnSignal::Kind::kFile);
+    entries_.emplace_back(path, RemoveOnSignal::Kind::File);
     return path;
 }
 
 fs::path WorkingFolder::make_folder(const fs::path& relative) {
     fs::path path = path_ / relative;
-    entries_.emplace_back(path, RemoveOnSignal::Kind::kFolder);
+    entries_.emplace_back(path, RemoveOnSignal::Kind::Folder);
     if (mkdir(path.c_str(), 0700) != 0) {
         throw system_failure(complaint_, errno);
     }

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
 
 namespace {

@@ -2,8 +2,11 @@
 // usage: write_registration CONTENTS-FOLDER
 #include <AE/registration.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
+#include <string>
 
 #include "bundle_files.h"
 #include "resource_file.h"

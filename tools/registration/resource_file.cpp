@@ -2,6 +2,8 @@
 
 #include <AE/registration.h>
 
+#include <cstddef>
+
 namespace {
 
 /// Numbers are written a byte at a time, so that the order is that of the format and not that of
