@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "catalog_info.h"
-#include "failure.h"
+#include "failure_of.h"
 #include "star_table.h"
 #include "support/scratch.h"
 #include "tool_run.h"
@@ -36,14 +36,12 @@ protected:
     /// afterwards.
     std::string fault(const std::string& table) {
         write_file(folder / "t.csv", table);
-        std::string message = "no fault";
-        try {
-            import_catalogue(folder / "t.csv", folder / "t.stars");
-        } catch (const Failure& failure) {
-            message = failure.what();
-        }
+        const std::string message = import_failure(folder / "t.stars");
         EXPECT_EQ(names_in(folder.path()), Names{"t.csv"});
         return message;
+    }
+    std::string import_failure(const std::string& output) {
+        return failure_of([&] { import_catalogue(folder / "t.csv", output); });
     }
     std::string at(int line, const std::string& text) {
         return (folder / "t.csv") + ":" + std::to_string(line) + ": " + text;
@@ -128,20 +126,13 @@ TEST_F(Import, LeavesAnExistingDatabaseAloneWhenItFails) {
 
 TEST_F(Import, RefusesOutputsThatAreNoFiles) {
     write_file(folder / "t.csv", kHeader);
-    const auto message = [&](const std::string& output) -> std::string {
-        try {
-            import_catalogue(folder / "t.csv", output);
-        } catch (const Failure& failure) {
-            return failure.what();
-        }
-        return "no fault";
-    };
-    EXPECT_EQ(message(folder.path()),
+    EXPECT_EQ(import_failure(folder.path()),
               "cannot write " + folder.path() + ": it is a folder, give the name of a file");
-    EXPECT_EQ(message(folder / "none/t.stars"), "cannot write " + (folder / "none/t.stars") +
-                                                    ": there is no folder " + (folder / "none"));
-    EXPECT_EQ(message("/dev/full"), "cannot write /dev/full: it is not a regular file");
-    EXPECT_EQ(message(folder / "t.csv"),
+    EXPECT_EQ(
+        import_failure(folder / "none/t.stars"),
+        "cannot write " + (folder / "none/t.stars") + ": there is no folder " + (folder / "none"));
+    EXPECT_EQ(import_failure("/dev/full"), "cannot write /dev/full: it is not a regular file");
+    EXPECT_EQ(import_failure(folder / "t.csv"),
               "the output would replace its own input " + (folder / "t.csv"));
     EXPECT_EQ(names_in(folder.path()), Names{"t.csv"});
 }

@@ -6,14 +6,17 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
+#include "failure_of.h"
 #include "support/scratch.h"
 
 namespace {
 
 using lumivar::CsvReader;
-using lumivar::Failure;
 using lumivar::LineReader;
 
 std::vector<std::string> split(const std::string& line) {
@@ -52,15 +55,12 @@ protected:
     /// The message of reading the whole file with a number expected in column 0.
     std::string fault(const std::string& bytes) {
         LineReader lines(file(bytes));
-        try {
+        return failure_of([&] {
             CsvReader table(lines, "EXAMPLE");
             while (table.next()) {
                 table.number(0, -1.0, 1.0, "REMEDY");
             }
-        } catch (const Failure& failure) {
-            return failure.what();
-        }
-        return "no fault";
+        });
     }
 
     ScratchFolder folder;
@@ -90,35 +90,34 @@ TEST_F(CsvFile, TakesMarksCarriageReturnsBlankLinesAndAMissingLastLineFeed) {
 }
 
 TEST_F(CsvFile, NamesFileLineColumnAndRemedy) {
-    EXPECT_EQ(fault("x\n0.5\nabc\n"), path + ":3: column 1 (x): \"abc\" is not a number; REMEDY");
-    EXPECT_EQ(fault("x,y\n,1\n"), path + ":2: column 1 (x): is empty; REMEDY");
-    EXPECT_EQ(fault("x\n1.5\n"), path + ":2: column 1 (x): 1.5 is out of range; REMEDY");
-    EXPECT_EQ(fault("x\n1e999\n"), path + ":2: column 1 (x): 1e999 is out of range; REMEDY");
-    EXPECT_EQ(fault("x\nnan\n"), path + ":2: column 1 (x): \"nan\" is not a number; REMEDY");
-    EXPECT_EQ(fault("x\ninf\n"), path + ":2: column 1 (x): \"inf\" is not a number; REMEDY");
-    EXPECT_EQ(fault("x\n0.5deg\n"), path + ":2: column 1 (x): \"0.5deg\" is not a number; REMEDY");
-    EXPECT_EQ(fault("x\n+\n"), path + ":2: column 1 (x): \"+\" is not a number; REMEDY");
-}
-
-TEST_F(CsvFile, RefusesRowsThatDoNotFitTheHeader) {
-    const std::string remedy = "; leave an unknown field empty, but keep its comma";
-    EXPECT_EQ(fault("x,y\n1\n"), path + ":2: has 1 fields where the header names 2" + remedy);
-    EXPECT_EQ(fault("x,y\n1,2,3\n"), path + ":2: has 3 fields where the header names 2" + remedy);
-    EXPECT_EQ(fault("x,y\n\"1,2\n"), path + ":2: a double quote is not closed, or text follows it");
-}
-
-TEST_F(CsvFile, ShowsUnprintableTextHarmlessly) {
-    EXPECT_EQ(fault("x\n\x1b[31m\n"), path + ":2: column 1 (x): \"?[31m\" is not a number; REMEDY");
-    EXPECT_EQ(
-        fault("x\n" + std::string(50, 'y') + "\n"),
-        path + ":2: column 1 (x): \"" + std::string(40, 'y') + "...\" is not a number; REMEDY");
-}
-
-TEST_F(CsvFile, RefusesWhatIsNoTable) {
-    EXPECT_EQ(fault(""),
-              path + ": is empty; it must begin with a line that names the columns: EXAMPLE");
-    EXPECT_EQ(fault("x\n" + std::string((1U << 20) + 1, '0')),
-              path + ":2: a line of more than a megabyte: this is no text file");
+    const auto column = [](int line, const std::string& complaint) {
+        return std::to_string(line) + ": column 1 (x): " + complaint + "; REMEDY";
+    };
+    const std::string keep = "; leave an unknown field empty, but keep its comma";
+    const std::string not_a_number = "\" is not a number";
+    const std::pair<std::string, std::string> cases[] = {
+        {"x\n0.5\nabc\n", column(3, "\"abc" + not_a_number)},
+        {"x,y\n,1\n", column(2, "is empty")},
+        {"x\n1.5\n", column(2, "1.5 is out of range")},
+        {"x\n1e999\n", column(2, "1e999 is out of range")},
+        {"x\nnan\n", column(2, "\"nan" + not_a_number)},
+        {"x\ninf\n", column(2, "\"inf" + not_a_number)},
+        {"x\n0.5deg\n", column(2, "\"0.5deg" + not_a_number)},
+        {"x\n+\n", column(2, "\"+" + not_a_number)},
+        // Text that cannot be printed, or is long, is shown harmlessly.
+        {"x\n\x1b[31m\n", column(2, "\"?[31m" + not_a_number)},
+        {"x\n" + std::string(50, 'y') + "\n",
+         column(2, "\"" + std::string(40, 'y') + "..." + not_a_number)},
+        {"x,y\n1\n", "2: has 1 fields where the header names 2" + keep},
+        {"x,y\n1,2,3\n", "2: has 3 fields where the header names 2" + keep},
+        {"x,y\n\"1,2\n", "2: a double quote is not closed, or text follows it"},
+        {"", " is empty; it must begin with a line that names the columns: EXAMPLE"},
+        {"x\n" + std::string((1U << 20) + 1, '0'),
+         "2: a line of more than a megabyte: this is no text file"},
+    };
+    for (const auto& [bytes, complaint] : cases) {
+        EXPECT_EQ(fault(bytes), path + ":" + complaint);
+    }
 }
 
 TEST_F(CsvFile, ReadsLinesOfAnyLengthBelow) {
@@ -158,21 +157,12 @@ TEST_F(CsvFile, ReadsAPipeToItsEndHoweverSmallThePieces) {
 }
 
 TEST_F(CsvFile, SaysWhyItCannotBeRead) {
-    try {
-        const LineReader none(folder / "none.csv");
-        FAIL() << "there is no such file";
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure.what(),
-                  "cannot read " + (folder / "none.csv") + ": No such file or directory");
-    }
+    EXPECT_EQ(failure_of([&] { const LineReader none(folder / "none.csv"); }),
+              "cannot read " + (folder / "none.csv") + ": No such file or directory");
     LineReader a_folder(folder.path());
     std::string_view line;
-    try {
-        a_folder.next(line);
-        FAIL() << "a folder has no lines";
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure.what(), "cannot read " + folder.path() + ": Is a directory");
-    }
+    EXPECT_EQ(failure_of([&] { a_folder.next(line); }),
+              "cannot read " + folder.path() + ": Is a directory");
 }
 
 }  // namespace

@@ -7,11 +7,13 @@
 
 #include <filesystem>
 #include <string>
-#include <vector>
+#include <utility>
 
+#include "failure_of.h"
 #include "host/modules/test_effect.h"
 #include "host/session_scene.h"
 #include "host/starry.h"
+#include "star_file.h"
 
 namespace {
 
@@ -27,60 +29,44 @@ using session_scene::small_scene;
 constexpr char kRemedy[] =
     "; put a star database (.stars) in its place or choose another in \"Star Database\"";
 
-std::string fault_of(const std::string& file) {
-    return lumivar::catalogue_fault(file).value_or("nothing");
-}
-
-TEST(CatalogueFault, FindsNothingWrongWithEitherVersion) {
+TEST(StarFile, TellsItsVersionOrWhatIsWrongWithIt) {
     const ScratchFolder folder;
-    write_file(folder / "one.stars", "LUMIVAR1" + std::string(24, '\0'));
-    write_file(folder / "two.stars", "LUMIVAR2" + std::string(24 + 33, '\0'));
-    EXPECT_EQ(fault_of(folder / "one.stars"), "nothing");
-    EXPECT_EQ(fault_of(folder / "two.stars"), "nothing")
-        << "a trailing part of a record is allowed";
-}
-
-TEST(CatalogueFault, NamesWhatIsNotThere) {
-    const ScratchFolder folder;
-    EXPECT_EQ(fault_of(folder / "gone.stars"),
-              "cannot read " + (folder / "gone.stars") + ": No such file or directory" + kRemedy);
-}
-
-TEST(CatalogueFault, NamesAFolder) {
-    const ScratchFolder folder;
-    EXPECT_EQ(fault_of(folder.path()),
-              "cannot read " + folder.path() + ": it is no regular file but a folder" + kRemedy);
-}
-
-TEST(CatalogueFault, NamesAnEmptyFile) {
-    const ScratchFolder folder;
-    write_file(folder / "empty.stars", "");
-    EXPECT_EQ(fault_of(folder / "empty.stars"),
-              (folder / "empty.stars") +
-                  " is empty: a star database begins with \"LUMIVAR1\" or \"LUMIVAR2\"" + kRemedy);
-}
-
-// The effect draws it as a black frame, so it is no reason for one that was not drawn.
-TEST(CatalogueFault, AllowsAHeaderCutShort) {
-    const ScratchFolder folder;
-    write_file(folder / "short.stars", "LUMIVAR2" + std::string(23, '\0'));
-    EXPECT_EQ(fault_of(folder / "short.stars"), "nothing");
-}
-
-TEST(CatalogueFault, ShowsTheFirstBytesOfAForeignFile) {
-    const ScratchFolder folder;
-    write_file(folder / "picture.stars", "\x89PNG\r\n\x1A\n and more");
-    EXPECT_EQ(fault_of(folder / "picture.stars"),
-              (folder / "picture.stars") +
-                  " is not a star database: it begins with \".PNG....\" (89 50 4e 47 0d 0a 1a 0a) "
-                  "instead of \"LUMIVAR1\" or \"LUMIVAR2\"" +
-                  kRemedy);
-    // As many as there are.
-    write_file(folder / "tiny.stars", "abc");
-    EXPECT_NE(fault_of(folder / "tiny.stars").find("begins with \"abc\" (61 62 63) instead"),
-              std::string::npos);
-    write_file(folder / "lower.stars", "lumivar1" + std::string(24, '\0'));
-    EXPECT_NE(fault_of(folder / "lower.stars").find("begins with \"lumivar1\""), std::string::npos);
+    const std::string file = folder / "a.stars";
+    const std::string words = "\"LUMIVAR1\" or \"LUMIVAR2\"";
+    const auto foreign = [&](const std::string& shown) {
+        return file + " is not a star database: it begins with " + shown + " instead of " + words;
+    };
+    const struct {
+        std::string bytes;
+        int version;
+        std::string problem;
+    } cases[] = {
+        {"LUMIVAR1" + std::string(24, '\0'), 1, ""},
+        // A trailing part of a record is allowed, and the effect draws a header cut short as black.
+        {"LUMIVAR2" + std::string(24 + 33, '\0'), 2, ""},
+        {"LUMIVAR2" + std::string(23, '\0'), 2, ""},
+        {"", 0, file + " is empty: a star database begins with " + words},
+        // As many bytes as there are, up to eight.
+        {"abc", 0, foreign("\"abc\" (61 62 63)")},
+        {"LUMIVAR", 0, foreign("\"LUMIVAR\" (4c 55 4d 49 56 41 52)")},
+        {"\x89PNG\r\n\x1A\n and more", 0, foreign("\".PNG....\" (89 50 4e 47 0d 0a 1a 0a)")},
+        {"lumivar2", 0, foreign("\"lumivar2\" (6c 75 6d 69 76 61 72 32)")},
+        {"LUMIVAR3" + std::string(56, '\0'), 0, foreign("\"LUMIVAR3\" (4c 55 4d 49 56 41 52 33)")},
+    };
+    for (const auto& one : cases) {
+        write_file(file, one.bytes);
+        const lumivar::StarFile found = lumivar::look_at_star_file(file);
+        EXPECT_EQ(found.version, one.version) << one.problem;
+        EXPECT_EQ(found.problem, one.problem);
+        EXPECT_EQ(lumivar::catalogue_fault(file).value_or(kRemedy), one.problem + kRemedy);
+    }
+    fs::create_symlink("nowhere", folder / "dangling.stars");
+    for (const auto& [name, reason] : {std::pair{"gone.stars", "No such file or directory"},
+                                       {"dangling.stars", "No such file or directory"},
+                                       {"", "it is no regular file but a folder"}}) {
+        EXPECT_EQ(failure_of([&] { lumivar::star_file_version(folder / name); }),
+                  "cannot read " + (folder / name) + ": " + reason);
+    }
 }
 
 TEST(RefuseSize, AllowsWhatAFloatImageCanCountIn32Bits) {
@@ -111,6 +97,9 @@ RenderOptions strange_format() {
     options.pixel_format = 0x61726762;
     return options;
 }
+constexpr char kNoReason[] =
+    "the plug-in drew nothing: the request of 64 x 36 pixels does not show why; it may have run "
+    "out of memory";
 constexpr char kStrangeFormat[] =
     "the plug-in drew nothing: it has no use for pixels of the format \"bgra\" (62 67 72 61); "
     "render 8-bit, 16-bit or float ARGB";
@@ -147,17 +136,11 @@ TEST(ExplainPremiereFrame, BlamesNoFormatThatWasDeclared) {
     frame.rendered = true;
     frame.request = {0, 0, 64, 36};
     frame.pixel_format = 0x61726762;
-    EXPECT_EQ(
-        lumivar::explain_frame(session, mischievous(test_effect::kNone), frame),
-        "the plug-in drew nothing: the request of 64 x 36 pixels does not show why; it may have "
-        "run out of memory");
+    EXPECT_EQ(lumivar::explain_frame(session, mischievous(test_effect::kNone), frame), kNoReason);
 }
 
 TEST_F(ExplainFrame, SaysWhenNothingShowsWhy) {
-    EXPECT_EQ(
-        explain(test_effect::kDrawNothing),
-        "the plug-in drew nothing: the request of 64 x 36 pixels does not show why; it may have "
-        "run out of memory");
+    EXPECT_EQ(explain(test_effect::kDrawNothing), kNoReason);
 }
 
 TEST_F(ExplainFrame, SaysThatThePlugInWasNotAsked) {
@@ -182,11 +165,6 @@ protected:
 
 TEST_F(OfLumivar, ExplainFrameNamesTheCatalogueAndItsFault) {
     EXPECT_EQ(explanation([] {}), "");
-    EXPECT_EQ(explanation([&] { write_file(root / "sky.stars", "\x89PNG\r\n\x1A\n and more"); }),
-              "the plug-in drew nothing: " + catalogue() +
-                  " is not a star database: it begins with \".PNG....\" (89 50 4e 47 0d 0a 1a 0a) "
-                  "instead of \"LUMIVAR1\" or \"LUMIVAR2\"" +
-                  kRemedy);
     EXPECT_EQ(explanation([&] { write_file(root / "sky.stars", ""); }),
               "the plug-in drew nothing: " + catalogue() +
                   " is empty: a star database begins with \"LUMIVAR1\" or \"LUMIVAR2\"" + kRemedy);

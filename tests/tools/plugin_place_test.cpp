@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include "failure.h"
+#include "failure_of.h"
 #include "support/scratch.h"
 #include "tool_run.h"
 
@@ -24,12 +24,8 @@ TEST(FindPlugin, TakesTheNamedOneAndSaysWhereItLooked) {
     const ScratchFolder folder;
     fs::create_directory(folder / "My.plugin");
     EXPECT_EQ(lumivar::find_plugin(folder / "My.plugin"), folder / "My.plugin");
-    try {
-        lumivar::find_plugin(folder / "none");
-        FAIL() << "there is none";
-    } catch (const lumivar::Failure& failure) {
-        EXPECT_EQ(failure.what(), "there is no plug-in " + (folder / "none"));
-    }
+    EXPECT_EQ(failure_of([&] { lumivar::find_plugin(folder / "none"); }),
+              "there is no plug-in " + (folder / "none"));
 }
 
 TEST(FindPlugin, FollowsLinksToWhereThePluginReallyStands) {

@@ -25,6 +25,13 @@ struct ReadBack {
                     sizeof sample);
         return sample;
     }
+    /// All of them, from the first row on; `Sample` must be the file's type.
+    template <class Sample>
+    std::vector<Sample> samples() const {
+        std::vector<Sample> all(bytes.size() / sizeof(Sample));
+        std::memcpy(all.data(), bytes.data(), bytes.size());
+        return all;
+    }
 };
 
 /// The whole file in its own type. Throws when it cannot be read.

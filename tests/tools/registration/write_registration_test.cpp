@@ -24,6 +24,12 @@ protected:
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
     std::string errors() const { return read_file(folder / "errors"); }
+    /// Runs the program, which cannot write a file below Contents.
+    void expect_failure(const std::string& file, const std::string& reason) {
+        EXPECT_EQ(run(argument), 1);
+        EXPECT_EQ(errors(), "write_registration: cannot write " + contents + "/" + file + ": " +
+                                reason + "\n");
+    }
 
     /// Every file below Contents, by its path there.
     std::vector<std::string> files() const {
@@ -63,26 +69,20 @@ TEST_F(WriteRegistration, ReplacesWhatIsThere) {
 
 TEST_F(WriteRegistration, NamesTheFileThatCannotBePutInItsPlace) {
     fs::create_directories(contents + "/Resources/Lumivar.rsrc/in the way");
-    EXPECT_EQ(run(argument), 1);
-    EXPECT_EQ(errors(), "write_registration: cannot write " + contents +
-                            "/Resources/Lumivar.rsrc: Is a directory\n");
+    expect_failure("Resources/Lumivar.rsrc", "Is a directory");
     EXPECT_EQ(files(), (std::vector<std::string>{"Info.plist", "PkgInfo"}));
 }
 
 TEST_F(WriteRegistration, NamesTheFileThatCannotBeWrittenAndKeepsTheOldOne) {
     fs::create_directories(contents + "/Info.plist.inprogress/in the way");
     write_file(contents + "/Info.plist", "old");
-    EXPECT_EQ(run(argument), 1);
-    EXPECT_EQ(errors(),
-              "write_registration: cannot write " + contents + "/Info.plist: Is a directory\n");
+    expect_failure("Info.plist", "Is a directory");
     EXPECT_EQ(read_file(contents + "/Info.plist"), "old");
 }
 
 TEST_F(WriteRegistration, NamesTheFileWhoseFolderCannotBeMade) {
     write_file(folder / "A b.plugin", "a file");
-    EXPECT_EQ(run(argument), 1);
-    EXPECT_EQ(errors(),
-              "write_registration: cannot write " + contents + "/Info.plist: Not a directory\n");
+    expect_failure("Info.plist", "Not a directory");
 }
 
 TEST_F(WriteRegistration, NoticesAFullDisk) {
@@ -91,9 +91,7 @@ TEST_F(WriteRegistration, NoticesAFullDisk) {
     }
     fs::create_directories(contents);
     fs::create_symlink("/dev/full", contents + "/PkgInfo.inprogress");
-    EXPECT_EQ(run(argument), 1);
-    EXPECT_EQ(errors(), "write_registration: cannot write " + contents +
-                            "/PkgInfo: No space left on device\n");
+    expect_failure("PkgInfo", "No space left on device");
     EXPECT_EQ(files(), std::vector<std::string>{"Info.plist"});
 }
 

@@ -1,0 +1,17 @@
+// What a call complains of.
+#pragma once
+
+#include <string>
+
+#include "failure.h"
+
+/// The message of the `lumivar::Failure` that `call` throws; "no failure" when it throws none.
+template <class Call>
+std::string failure_of(Call&& call) {
+    try {
+        call();
+    } catch (const lumivar::Failure& failure) {
+        return failure.what();
+    }
+    return "no failure";
+}
