@@ -1,5 +1,3 @@
-#include "syscalls.h"
-
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/ioctl.h>
@@ -7,6 +5,8 @@
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "syscalls.h"
 
 #ifdef __linux__
 #include <sys/prctl.h>

@@ -1,6 +1,7 @@
 // Pipes, waiting for them, and signals that arrive meanwhile.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <osapi/pipe_readers.h>
 #include <osapi/pipes.h>
 #include <osapi/polling.h>
 #include <poll.h>
@@ -9,6 +10,8 @@
 #include <cerrno>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "support/expect_throw.h"
 #include "support/faults.h"
@@ -182,6 +185,51 @@ TEST_F(Polling, ReadingWaitsOnTheSameWay) {
         EXPECT_EQ(byte, 'x');
         EXPECT_EQ(reads.calls(), 4);
     }
+}
+
+void write_text(Pipe& pipe, std::string_view text) {
+    OSAPI::write(pipe.write_end().fd(), text.data(), text.size());
+}
+
+TEST(LineReader, PassesOnWholeLinesAndClosesItsEndAtTheEnd) {
+    Pipe pipe;
+    pipe.open();
+    std::vector<std::string> lines;
+    const auto take = [&](const std::string& line) { lines.push_back(line); };
+    OSAPI::LineReader reader(pipe.read_end());
+    write_text(pipe, "one\n\ntw");
+    EXPECT_TRUE(reader.read(take));
+    EXPECT_EQ(lines, (std::vector<std::string>{"one", ""}));
+    write_text(pipe, "o\nlost");
+    EXPECT_TRUE(reader.read(take));
+    EXPECT_EQ(lines.back(), "two");
+    pipe.write_end().close();
+    EXPECT_FALSE(reader.read(take));
+    EXPECT_EQ(lines.size(), 3U);
+    EXPECT_FALSE(pipe.read_end().is_open());
+}
+
+TEST(TailReader, KeepsTheEndAlone) {
+    Pipe pipe;
+    pipe.open();
+    OSAPI::TailReader reader(pipe.read_end());
+    EXPECT_EQ(reader.last_line(), "");
+    const std::string longer(4000, 'x');
+    for (int i = 0; i < 10; ++i) {
+        write_text(pipe, longer);
+        reader.read();
+    }
+    const std::string kept = reader.last_line();
+    EXPECT_GE(kept.size(), 4000U);
+    EXPECT_LT(kept.size(), 40000U);
+    EXPECT_EQ(kept, std::string(kept.size(), 'x'));
+    write_text(pipe, "\nbefore\nlast words\r\n\n");
+    reader.read();
+    EXPECT_EQ(reader.last_line(), "last words");
+    pipe.write_end().close();
+    reader.read();
+    EXPECT_FALSE(pipe.read_end().is_open());
+    EXPECT_EQ(reader.last_line(), "last words");
 }
 
 }  // namespace

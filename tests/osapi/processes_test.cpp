@@ -2,8 +2,11 @@
 #include <gtest/gtest.h>
 #include <osapi/descendants.h>
 #include <osapi/memory.h>
+#include <osapi/offspring.h>
 #include <osapi/pipes.h>
 #include <osapi/processes.h>
+#include <osapi/shared_text.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -424,6 +427,67 @@ TEST(AdoptOrphans, SaysWhereThereIsNoSuchThing) {
     const Fault<&Syscalls::become_reaper> fault(ENOSYS);
     EXPECT_FALSE(OSAPI::adopt_orphans());
     EXPECT_EQ(fault.calls(), 1);
+}
+
+TEST(StartApart, LeavesStreamsSignalsAndTheGroupOfTheParent) {
+    OSAPI::Pipe errors;
+    errors.open();
+    const int result = result_in_child([&] {
+        std::signal(SIGINT, SIG_IGN);
+        sigset_t terminate;
+        sigemptyset(&terminate);
+        sigaddset(&terminate, SIGTERM);
+        sigprocmask(SIG_BLOCK, &terminate, nullptr);
+        OSAPI::start_apart(errors.write_end().fd());
+        sigset_t blocked;
+        sigprocmask(SIG_BLOCK, nullptr, &blocked);
+        rlimit cores = {1, 1};
+        getrlimit(RLIMIT_CORE, &cores);
+        char byte = 0;
+        std::fputs("noise", stderr);
+        return (getpgrp() == getpid() ? 0 : 1) | (std::signal(SIGINT, SIG_DFL) == SIG_DFL ? 0 : 2) |
+               (sigismember(&blocked, SIGTERM) == 0 ? 0 : 4) | (cores.rlim_cur == 0 ? 0 : 8) |
+               (read(STDIN_FILENO, &byte, 1) == 0 ? 0 : 16) |
+               (write(STDOUT_FILENO, "x", 1) == 1 && !isatty(STDOUT_FILENO) ? 0 : 32);
+    });
+    EXPECT_EQ(result, 0);
+    errors.write_end().close();
+    char text[8] = {};
+    EXPECT_EQ(OSAPI::read_short(errors.read_end().fd(), text, sizeof text), 5);
+    EXPECT_STREQ(text, "noise");
+}
+
+TEST(StartApart, LetsNothingOfStandardOutputThrough) {
+    CapturedOutput out(stdout);
+    result_in_child([] {
+        OSAPI::start_apart(STDERR_FILENO);
+        return write(STDOUT_FILENO, "noise", 5) == 5 ? 0 : 1;
+    });
+    EXPECT_EQ(out.text(), "");
+}
+
+TEST(SharedText, OutlivesTheWritersCrash) {
+    OSAPI::SharedText shared;
+    EXPECT_EQ(shared.text(), "");
+    const unsigned before = shared.changes();
+    EXPECT_EQ(result_in_child([&]() -> int {
+                  shared.set("a longer one");
+                  shared.set("last");
+                  OSAPI::kill(OSAPI::getpid(), SIGKILL);
+                  OSAPI::pause();
+                  return 0;
+              }),
+              SIGKILL);
+    EXPECT_EQ(shared.text(), "last");
+    EXPECT_EQ(shared.changes() - before, 2U);
+}
+
+TEST(SharedText, TakesWhatHasRoom) {
+    OSAPI::SharedText shared;
+    const std::string longer(1000, 'x');
+    shared.set(longer);
+    EXPECT_GE(shared.text().size(), 100U);
+    EXPECT_EQ(shared.text(), longer.substr(0, shared.text().size()));
 }
 
 }  // namespace
