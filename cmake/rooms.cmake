@@ -13,23 +13,57 @@ endfunction()
 
 # compile_plainly_for_tests(TARGET)
 #
-# Without optimisation in builds that are for tests alone and take long: up to twice as fast to compile.
+# Without optimisation in builds that are for tests alone: twice as fast to compile.
 function(compile_plainly_for_tests target)
   if(LUMIVAR_QUICK_TESTS)
     target_compile_options(${target} PRIVATE -O0)
   endif()
 endfunction()
 
-# add_room_test(NAME string_test SOURCES string_test.cpp DEPENDS base [LABELS unit] [TIMEOUT 60])
+# add_room_test_parts(NAME SHARDS TIMEOUT LABELS COMMAND...)
 #
-# One GoogleTest program; each of its tests becomes a CTest of its own, named PROGRAM.Suite.Test.
+# CTest's tests for a GoogleTest program, or for what its arguments name: one, or SHARDS of them side by side.
+function(add_room_test_parts name shards timeout labels)
+  foreach(shard RANGE 1 ${shards})
+    set(part ${name})
+    if(shards GREATER 1)
+      string(APPEND part .${shard})
+    endif()
+    math(EXPR index "${shard} - 1")
+    add_test(NAME ${part} COMMAND ${ARGN})
+    set_tests_properties(${part} PROPERTIES LABELS "${labels}" TIMEOUT ${timeout}
+                         ENVIRONMENT "GTEST_TOTAL_SHARDS=${shards};GTEST_SHARD_INDEX=${index}")
+  endforeach()
+endfunction()
+
+# add_room_test(NAME base_test SOURCES array_test.cpp string_test.cpp ... DEPENDS base ... [LABELS unit]
+#               [DEFINITIONS NAME=VALUE ...] [TIMEOUT 300] [SHARDS 1] [RELEASE_ONLY Whole/*:Slow.*])
+#
+# A GoogleTest program: all the tests of a room that have a label in common. A new test source goes into the list of its room's
+# program. A source needs a program of its own only where its label differs, or what it is linked with would disturb the others.
+#
+# CTest runs the program as one test of its name. A failing case is named in the output. With SHARDS of more than one, CTest runs
+# as many parts side by side, named base_test.1, base_test.2 and so on; each has its share of the cases.
+# RELEASE_ONLY is a GoogleTest filter. The cases that it names become a CTest test of their own, base_test.whole, with the label
+# release_only beside the others: the test presets of the sanitizers, of clang++ and of the other processors leave it out. A
+# program whose cases are all of this kind has LABELS host release_only instead.
+#
+# Cases share a process: a case that changes what belongs to the process (its folder, its environment, a signal's
+# handler) puts it back, or runs in a child (tests/support/child.h). Sources share names: what is not a test stands in a nameless
+# namespace. tests/support/test_main.cpp refuses two cases of one name.
+#
+# Ordinary tests are compiled without optimisation, in every build, with GoogleTest's header compiled once for all of them. What
+# runs long is optimised: the rooms, the libraries of tests/support, and tests with the label property, golden or slow.
 function(add_room_test)
-  cmake_parse_arguments(TEST "" "NAME;TIMEOUT" "SOURCES;DEPENDS;LABELS;DEFINITIONS" ${ARGN})
+  cmake_parse_arguments(TEST "" "NAME;TIMEOUT;SHARDS;RELEASE_ONLY" "SOURCES;DEPENDS;LABELS;DEFINITIONS" ${ARGN})
   if(NOT TEST_LABELS)
     set(TEST_LABELS unit)
   endif()
   if(NOT TEST_TIMEOUT)
-    set(TEST_TIMEOUT 60)
+    set(TEST_TIMEOUT 300)
+  endif()
+  if(NOT TEST_SHARDS)
+    set(TEST_SHARDS 1)
   endif()
   if(CMAKE_CROSSCOMPILING_EMULATOR)
     # An emulator takes about as many times as long.
@@ -38,15 +72,16 @@ function(add_room_test)
   endif()
   add_executable(${TEST_NAME} ${TEST_SOURCES})
   target_compile_options(${TEST_NAME} PRIVATE ${LUMIVAR_TEST_WARNINGS})
-  # What runs long is the rooms', or is a test's of these labels.
   if(NOT TEST_LABELS MATCHES "property|golden|slow")
-    compile_plainly_for_tests(${TEST_NAME})
-    if(LUMIVAR_QUICK_TESTS)
-      target_precompile_headers(${TEST_NAME} REUSE_FROM precompiled_googletest)
-    endif()
+    target_compile_options(${TEST_NAME} PRIVATE -O0)
+    target_precompile_headers(${TEST_NAME} REUSE_FROM test_main_test)
   endif()
   target_compile_definitions(${TEST_NAME} PRIVATE ${TEST_DEFINITIONS})
-  target_link_libraries(${TEST_NAME} PRIVATE ${TEST_DEPENDS} GTest::gtest GTest::gtest_main)
-  gtest_discover_tests(${TEST_NAME} TEST_PREFIX ${TEST_NAME}. DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
-                       PROPERTIES LABELS "${TEST_LABELS}" TIMEOUT ${TEST_TIMEOUT})
+  target_link_libraries(${TEST_NAME} PRIVATE ${TEST_DEPENDS} test_main)
+  if(TEST_RELEASE_ONLY)
+    add_room_test_parts(${TEST_NAME}.whole ${TEST_SHARDS} ${TEST_TIMEOUT} "${TEST_LABELS};release_only" ${TEST_NAME}
+                        --gtest_filter=${TEST_RELEASE_ONLY})
+    list(APPEND TEST_ARGUMENTS --gtest_filter=-${TEST_RELEASE_ONLY})
+  endif()
+  add_room_test_parts(${TEST_NAME} ${TEST_SHARDS} ${TEST_TIMEOUT} "${TEST_LABELS}" ${TEST_NAME} ${TEST_ARGUMENTS})
 endfunction()
