@@ -19,16 +19,15 @@ template <class Body>
 A_Err answer_query(const char* name, const std::string& arguments, Body&& body) {
     return answer_call(name, arguments, [&](HostState& state) -> A_Err {
         if (state.frame == nullptr) {
-            state.violation(std::string(name) + ": no frame is being made");
-            return A_Err_GENERIC;
+            return state.refuse(name, "no frame is being made", A_Err_GENERIC);
         }
         return body(state, *state.frame);
     });
 }
 
 A_Err refuse(HostState& state, const char* name) {
-    state.violation(std::string(name) + ": null, a time scale of 0, or an object of another kind");
-    return A_Err_PARAMETER;
+    return state.refuse(name, "null, a time scale of 0, or an object of another kind",
+                        A_Err_PARAMETER);
 }
 
 bool usable(const A_Time* time) { return time != nullptr && time->scale != 0; }
@@ -171,158 +170,77 @@ const AEGP_PFInterfaceSuite1 pf_interface_suite = {
 };
 
 const AEGP_LayerSuite5 layer_suite = {
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetCompNumLayers),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetCompLayerByIndex),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetActiveLayer),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerIndex),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerSourceItem),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerSourceItemID),
+    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetCompNumLayers, AEGP_GetCompLayerByIndex,
+               AEGP_GetActiveLayer, AEGP_GetLayerIndex, AEGP_GetLayerSourceItem,
+               AEGP_GetLayerSourceItemID),
     .AEGP_GetLayerParentComp = get_layer_parent_comp,
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerName),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerQuality),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_SetLayerQuality),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerFlags),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_SetLayerFlag),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_IsLayerVideoReallyOn),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_IsLayerAudioReallyOn),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerCurrentTime),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerInPoint),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerDuration),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_SetLayerInPointAndDuration),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerOffset),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_SetLayerOffset),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerStretch),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_SetLayerStretch),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerTransferMode),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_SetLayerTransferMode),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_IsAddLayerValid),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_AddLayer),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_ReorderLayer),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerMaskedBounds),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerObjectType),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_IsLayer3D),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_IsLayer2D),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_IsVideoActive),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_IsLayerUsedAsTrackMatte),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_DoesLayerHaveTrackMatte),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_ConvertCompToLayerTime),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_ConvertLayerToCompTime),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerDancingRandValue),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerID),
+    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerName, AEGP_GetLayerQuality, AEGP_SetLayerQuality,
+               AEGP_GetLayerFlags, AEGP_SetLayerFlag, AEGP_IsLayerVideoReallyOn,
+               AEGP_IsLayerAudioReallyOn, AEGP_GetLayerCurrentTime, AEGP_GetLayerInPoint,
+               AEGP_GetLayerDuration, AEGP_SetLayerInPointAndDuration, AEGP_GetLayerOffset,
+               AEGP_SetLayerOffset, AEGP_GetLayerStretch, AEGP_SetLayerStretch,
+               AEGP_GetLayerTransferMode, AEGP_SetLayerTransferMode, AEGP_IsAddLayerValid,
+               AEGP_AddLayer, AEGP_ReorderLayer, AEGP_GetLayerMaskedBounds, AEGP_GetLayerObjectType,
+               AEGP_IsLayer3D, AEGP_IsLayer2D, AEGP_IsVideoActive, AEGP_IsLayerUsedAsTrackMatte,
+               AEGP_DoesLayerHaveTrackMatte, AEGP_ConvertCompToLayerTime,
+               AEGP_ConvertLayerToCompTime, AEGP_GetLayerDancingRandValue, AEGP_GetLayerID),
     .AEGP_GetLayerToWorldXform = get_layer_to_world,
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerToWorldXformFromView),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_SetLayerName),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerParent),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_SetLayerParent),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_DeleteLayer),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_DuplicateLayer),
-    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerFromLayerID),
+    UNPROVIDED("AEGP Layer Suite 11", AEGP_GetLayerToWorldXformFromView, AEGP_SetLayerName,
+               AEGP_GetLayerParent, AEGP_SetLayerParent, AEGP_DeleteLayer, AEGP_DuplicateLayer,
+               AEGP_GetLayerFromLayerID),
 };
 
 const AEGP_ItemSuite6 item_suite = {
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetFirstProjItem),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetNextProjItem),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetActiveItem),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_IsItemSelected),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_SelectItem),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetItemType),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetTypeName),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetItemName),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_SetItemName),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetItemID),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetItemFlags),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_SetItemUseProxy),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetItemParentFolder),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_SetItemParentFolder),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetItemDuration),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetItemCurrentTime),
+    UNPROVIDED("AEGP Item Suite 10", AEGP_GetFirstProjItem, AEGP_GetNextProjItem,
+               AEGP_GetActiveItem, AEGP_IsItemSelected, AEGP_SelectItem, AEGP_GetItemType,
+               AEGP_GetTypeName, AEGP_GetItemName, AEGP_SetItemName, AEGP_GetItemID,
+               AEGP_GetItemFlags, AEGP_SetItemUseProxy, AEGP_GetItemParentFolder,
+               AEGP_SetItemParentFolder, AEGP_GetItemDuration, AEGP_GetItemCurrentTime),
     .AEGP_GetItemDimensions = get_item_dimensions,
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetItemPixelAspectRatio),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_DeleteItem),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_CreateNewFolder),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_SetItemCurrentTime),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetItemCommentLength),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetItemComment),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_SetItemComment),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_GetItemLabel),
-    UNPROVIDED("AEGP Item Suite 10", AEGP_SetItemLabel),
+    UNPROVIDED("AEGP Item Suite 10", AEGP_GetItemPixelAspectRatio, AEGP_DeleteItem,
+               AEGP_CreateNewFolder, AEGP_SetItemCurrentTime, AEGP_GetItemCommentLength,
+               AEGP_GetItemComment, AEGP_SetItemComment, AEGP_GetItemLabel, AEGP_SetItemLabel),
 };
 
 const AEGP_CompSuite4 comp_suite = {
     UNPROVIDED("AEGP Comp Suite 9", AEGP_GetCompFromItem),
     .AEGP_GetItemFromComp = get_item_from_comp,
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_GetCompDownsampleFactor),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_SetCompDownsampleFactor),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_GetCompBGColor),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_GetCompFlags),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_GetCompFramerate),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_SetCompFrameRate),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_GetCompShutterAnglePhase),
+    UNPROVIDED("AEGP Comp Suite 9", AEGP_GetCompDownsampleFactor, AEGP_SetCompDownsampleFactor,
+               AEGP_GetCompBGColor, AEGP_GetCompFlags, AEGP_GetCompFramerate, AEGP_SetCompFrameRate,
+               AEGP_GetCompShutterAnglePhase),
     .AEGP_GetCompShutterFrameRange = get_shutter_frame_range,
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_GetCompWorkAreaStart),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_GetCompWorkAreaDuration),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_SetCompWorkAreaStartAndDuration),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_CreateSolidInComp),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_CreateCameraInComp),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_CreateLightInComp),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_CreateComp),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_GetNewCollectionFromCompSelection),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_SetSelection),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_GetCompDisplayStartTime),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_SetCompDisplayStartTime),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_SetCompDuration),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_CreateNullInComp),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_SetCompPixelAspectRatio),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_CreateTextLayerInComp),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_SetCompDimensions),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_DuplicateComp),
-    UNPROVIDED("AEGP Comp Suite 9", AEGP_GetCompFrameDuration),
+    UNPROVIDED("AEGP Comp Suite 9", AEGP_GetCompWorkAreaStart, AEGP_GetCompWorkAreaDuration,
+               AEGP_SetCompWorkAreaStartAndDuration, AEGP_CreateSolidInComp,
+               AEGP_CreateCameraInComp, AEGP_CreateLightInComp, AEGP_CreateComp,
+               AEGP_GetNewCollectionFromCompSelection, AEGP_SetSelection,
+               AEGP_GetCompDisplayStartTime, AEGP_SetCompDisplayStartTime, AEGP_SetCompDuration,
+               AEGP_CreateNullInComp, AEGP_SetCompPixelAspectRatio, AEGP_CreateTextLayerInComp,
+               AEGP_SetCompDimensions, AEGP_DuplicateComp, AEGP_GetCompFrameDuration),
 };
 
 const AEGP_StreamSuite2 stream_suite = {
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_IsStreamLegal),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_CanVaryOverTime),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_GetValidInterpolations),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_GetNewLayerStream),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_GetEffectNumParamStreams),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_GetNewEffectStreamByIndex),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_GetNewMaskStream),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_DisposeStream),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_GetStreamName),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_GetStreamUnitsText),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_GetStreamProperties),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_IsStreamTimevarying),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_GetStreamType),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_GetNewStreamValue),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_DisposeStreamValue),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_SetStreamValue),
+    UNPROVIDED("AEGP Stream Suite 7", AEGP_IsStreamLegal, AEGP_CanVaryOverTime,
+               AEGP_GetValidInterpolations, AEGP_GetNewLayerStream, AEGP_GetEffectNumParamStreams,
+               AEGP_GetNewEffectStreamByIndex, AEGP_GetNewMaskStream, AEGP_DisposeStream,
+               AEGP_GetStreamName, AEGP_GetStreamUnitsText, AEGP_GetStreamProperties,
+               AEGP_IsStreamTimevarying, AEGP_GetStreamType, AEGP_GetNewStreamValue,
+               AEGP_DisposeStreamValue, AEGP_SetStreamValue),
     .AEGP_GetLayerStreamValue = get_layer_stream_value,
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_GetExpressionState),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_SetExpressionState),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_GetExpression),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_SetExpression),
-    UNPROVIDED("AEGP Stream Suite 7", AEGP_DuplicateStreamRef),
+    UNPROVIDED("AEGP Stream Suite 7", AEGP_GetExpressionState, AEGP_SetExpressionState,
+               AEGP_GetExpression, AEGP_SetExpression, AEGP_DuplicateStreamRef),
 };
 
 }  // namespace
 
-const void* find_aegp_suite(std::string_view name, int version) {
-    if (name == kAEGPPFInterfaceSuite && version == kAEGPPFInterfaceSuiteVersion1) {
-        return &pf_interface_suite;
-    }
-    if (name == kAEGPLayerSuite && version == kAEGPLayerSuiteVersion5) {
-        return &layer_suite;
-    }
-    if (name == kAEGPItemSuite && version == kAEGPItemSuiteVersion6) {
-        return &item_suite;
-    }
-    if (name == kAEGPCompSuite && version == kAEGPCompSuiteVersion4) {
-        return &comp_suite;
-    }
-    if (name == kAEGPStreamSuite && version == kAEGPStreamSuiteVersion2) {
-        return &stream_suite;
-    }
-    return nullptr;
+std::span<const OfferedSuite> aegp_suites() {
+    static constexpr OfferedSuite kSuites[] = {
+        {kAEGPPFInterfaceSuite, &pf_interface_suite, kAEGPPFInterfaceSuiteVersion1, true, false},
+        {kAEGPLayerSuite, &layer_suite, kAEGPLayerSuiteVersion5, true, false},
+        {kAEGPItemSuite, &item_suite, kAEGPItemSuiteVersion6, true, false},
+        {kAEGPCompSuite, &comp_suite, kAEGPCompSuiteVersion4, true, false},
+        {kAEGPStreamSuite, &stream_suite, kAEGPStreamSuiteVersion2, true, false},
+    };
+    return kSuites;
 }
 
 }  // namespace host

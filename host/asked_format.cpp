@@ -38,7 +38,7 @@ PixelFormat asked_format(const HostState& state, const EffectInfo& info, bool sm
         refuse_depth(info, smart, depth);
         return after_effects_format(depth);
     }
-    // The flags are After Effects': here the formats decide that were declared.
+    // Premiere Pro ignores the depth flags and goes by the formats that the effect declared.
     const std::optional<PixelFormat> format = premiere_format(state.pixel_formats, depth);
     if (!format) {
         throw FrameError(lacking_in_premiere(depth));

@@ -1,4 +1,4 @@
-// In what a frame is drawn.
+// The pixel format of a frame.
 #pragma once
 
 #include <host/pixel_format.h>

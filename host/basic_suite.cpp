@@ -1,6 +1,7 @@
 // Acquiring and releasing suites, with every reference counted.
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "host_state.h"
 #include "suites.h"
@@ -20,9 +21,9 @@ SPErr acquire_suite(const char* name, int32_t version, const void** suite_out) {
     }
     return answer_call("AcquireSuite", shown(name, version), [&](HostState& state) -> SPErr {
         if (name == nullptr || suite_out == nullptr) {
-            state.violation("AcquireSuite: null argument");
-            return kSPSuiteNotFoundError;
+            return state.refuse("AcquireSuite", "null argument", kSPSuiteNotFoundError);
         }
+        state.calls.back().suite = name;
         if (const auto failure = state.consult(acquire_call(name))) {
             return *failure;
         }
@@ -43,10 +44,12 @@ SPErr release_suite(const char* name, int32_t version) {
     const auto failure = state->note("ReleaseSuite", shown(name, version));
     const auto held = name == nullptr ? state->suites.end() : state->suites.find({name, version});
     if (held == state->suites.end() || held->second == 0) {
-        state->violation("ReleaseSuite: " + shown(name, version) + " is not held");
+        state->violation(Rule::SuiteNotHeld,
+                         "ReleaseSuite: " + shown(name, version) + " is not held",
+                         name == nullptr ? "" : name);
         return state->calls.back().status = kSPSuiteNotFoundError;
     }
-    // Also when it fails on demand: the plug-in did its part.
+    // Also when the filter makes it fail: the plug-in has released the suite.
     --held->second;
     return failure.value_or(kSPNoError);
 }
@@ -54,27 +57,23 @@ SPErr release_suite(const char* name, int32_t version) {
 }  // namespace
 
 const void* find_suite(Application application, std::string_view name, int version) {
-    if (application == Application::Premiere) {
-        const bool offered =
-            name == kPFHandleSuite || name == kPFANSISuite || name == kPFPixelFormatSuite;
-        return offered ? find_pf_suite(name, version) : nullptr;
+    for (const auto suites : {pf_suites(), aegp_suites()}) {
+        for (const OfferedSuite& suite : suites) {
+            if (suite.name == name && suite.version == version) {
+                const bool offered = application == Application::Premiere ? suite.in_premiere
+                                                                          : suite.in_after_effects;
+                return offered ? suite.table : nullptr;
+            }
+        }
     }
-    if (name == kPFPixelFormatSuite) {
-        return nullptr;  // Premiere's table; After Effects has another version of it
-    }
-    const void* const table = find_pf_suite(name, version);
-    return table != nullptr ? table : find_aegp_suite(name, version);
+    return nullptr;
 }
 
 SPBasicSuite* basic_suite() {
     static SPBasicSuite suite = {
         .AcquireSuite = acquire_suite,
         .ReleaseSuite = release_suite,
-        UNPROVIDED("basic suite", IsEqual),
-        UNPROVIDED("basic suite", AllocateBlock),
-        UNPROVIDED("basic suite", FreeBlock),
-        UNPROVIDED("basic suite", ReallocateBlock),
-        UNPROVIDED("basic suite", Undefined),
+        UNPROVIDED("basic suite", IsEqual, AllocateBlock, FreeBlock, ReallocateBlock, Undefined),
     };
     return &suite;
 }

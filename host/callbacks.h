@@ -19,7 +19,7 @@ PF_PreRenderCallbacks* pre_render_callbacks();
 PF_SmartRenderCallbacks* smart_render_callbacks();
 
 // Functions that stand in several tables.
-PF_Err fill_world(PF_ProgPtr effect_ref, const PF_Pixel* color, const PF_Rect* area,
+PF_Err fill_world(PF_ProgPtr effect_ref, const PF_Pixel* colour, const PF_Rect* area,
                   PF_EffectWorld* world);
 PF_Handle new_handle(A_HandleSize bytes);
 void* lock_handle(PF_Handle handle);

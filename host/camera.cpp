@@ -1,9 +1,11 @@
 // The cameras' matrices.
 #include <host/camera.h>
 
+#include <algorithm>
 #include <cmath>
-#include <cstddef>
+#include <functional>
 #include <numbers>
+#include <utility>
 
 namespace host {
 
@@ -20,100 +22,53 @@ Vector blend(const Vector& a, double s, const Vector& b, double t) {
     return {a.x * s + b.x * t, a.y * s + b.y * t, a.z * s + b.z * t};
 }
 
-/// A camera whose lens is a `Lens`.
+/// A lens, and a function that gives the matrix at a time.
 class LensCamera : public Camera {
 public:
-    explicit LensCamera(Lens lens) : lens_(std::move(lens)) {}
+    LensCamera(Lens lens, std::function<Matrix(double)> placing)
+        : lens_(std::move(lens)), placing_(std::move(placing)) {}
+    Matrix layer_to_world(double seconds) const override { return placing_(seconds); }
     double zoom(double seconds) const override { return lens_.zoom_at(seconds); }
 
 private:
     Lens lens_;
+    std::function<Matrix(double)> placing_;
 };
 
-class LookAtCamera : public LensCamera {
-public:
-    LookAtCamera(Track ra, Track dec, Track roll, Lens lens)
-        : LensCamera(std::move(lens)),
-          ra_(std::move(ra)),
-          dec_(std::move(dec)),
-          roll_(std::move(roll)) {}
+Matrix look_at(double ra, double dec, double roll) {
+    // In the stars' space, y up.
+    const Vector forward = {std::cos(dec) * std::cos(ra), std::sin(dec),
+                            std::cos(dec) * std::sin(ra)};
+    const Vector north = {-std::sin(dec) * std::cos(ra), std::cos(dec),
+                          -std::sin(dec) * std::sin(ra)};
+    const Vector west = {std::sin(ra), 0.0, -std::cos(ra)};
+    const Vector right = blend(west, std::cos(roll), north, -std::sin(roll));
+    const Vector up = blend(west, std::sin(roll), north, std::cos(roll));
+    // In the host's space: world y and the camera's own y axis both turn over.
+    return {right.x,   -right.y,   right.z,   0.0,  //
+            -up.x,     up.y,       -up.z,     0.0,  //
+            forward.x, -forward.y, forward.z, 0.0,  //
+            0.0,       0.0,        0.0,       1.0};
+}
 
-    Matrix layer_to_world(double seconds) const override {
-        const double ra = radians(ra_.at(seconds));
-        const double dec = radians(dec_.at(seconds));
-        const double roll = radians(roll_.at(seconds));
-        // In the stars' space, y up.
-        const Vector forward = {std::cos(dec) * std::cos(ra), std::sin(dec),
-                                std::cos(dec) * std::sin(ra)};
-        const Vector north = {-std::sin(dec) * std::cos(ra), std::cos(dec),
-                              -std::sin(dec) * std::sin(ra)};
-        const Vector west = {std::sin(ra), 0.0, -std::cos(ra)};
-        const Vector right = blend(west, std::cos(roll), north, -std::sin(roll));
-        const Vector up = blend(west, std::sin(roll), north, std::cos(roll));
-        // To the host's space: world y and the camera's own y axis both turn over.
-        return {right.x,   -right.y,   right.z,   0.0,  //
-                -up.x,     up.y,       -up.z,     0.0,  //
-                forward.x, -forward.y, forward.z, 0.0,  //
-                0.0,       0.0,        0.0,       1.0};
-    }
+/// The numbers of three tracks at a time.
+Vector at(const std::array<Track, 3>& tracks, double seconds) {
+    return {tracks[0].at(seconds), tracks[1].at(seconds), tracks[2].at(seconds)};
+}
 
-private:
-    Track ra_, dec_, roll_;
-};
-
-class PlacedCamera : public LensCamera {
-public:
-    PlacedCamera(std::array<Track, 3> position, std::array<Track, 3> orientation, Lens lens)
-        : LensCamera(std::move(lens)),
-          position_(std::move(position)),
-          orientation_(std::move(orientation)) {}
-
-    Matrix layer_to_world(double seconds) const override {
-        const double x = radians(orientation_[0].at(seconds));
-        const double y = radians(orientation_[1].at(seconds));
-        const double z = radians(orientation_[2].at(seconds));
-        const double sx = std::sin(x), cx = std::cos(x);
-        const double sy = std::sin(y), cy = std::cos(y);
-        const double sz = std::sin(z), cz = std::cos(z);
-        // Rz * Ry * Rx, multiplied out.
-        return {cz * cy,
-                sz * cx + cz * sy * sx,
-                sz * sx - cz * sy * cx,
-                0.0,  //
-                -sz * cy,
-                cz * cx - sz * sy * sx,
-                cz * sx + sz * sy * cx,
-                0.0,  //
-                sy,
-                -cy * sx,
-                cy * cx,
-                0.0,  //
-                position_[0].at(seconds),
-                position_[1].at(seconds),
-                position_[2].at(seconds),
-                1.0};
-    }
-
-private:
-    std::array<Track, 3> position_, orientation_;
-};
-
-class MatrixCamera : public LensCamera {
-public:
-    MatrixCamera(std::array<Track, 16> elements, Lens lens)
-        : LensCamera(std::move(lens)), elements_(std::move(elements)) {}
-
-    Matrix layer_to_world(double seconds) const override {
-        Matrix matrix;
-        for (std::size_t i = 0; i < matrix.size(); ++i) {
-            matrix[i] = elements_[i].at(seconds);
-        }
-        return matrix;
-    }
-
-private:
-    std::array<Track, 16> elements_;
-};
+/// Rz * Ry * Rx * T, multiplied out; `turn` in degrees.
+Matrix placed(const Vector& place, const Vector& turn) {
+    const double sx = std::sin(radians(turn.x)), cx = std::cos(radians(turn.x));
+    const double sy = std::sin(radians(turn.y)), cy = std::cos(radians(turn.y));
+    const double sz = std::sin(radians(turn.z)), cz = std::cos(radians(turn.z));
+    const Vector right = {cz * cy, sz * cx + cz * sy * sx, sz * sx - cz * sy * cx};
+    const Vector down = {-sz * cy, cz * cx - sz * sy * sx, cz * sx + sz * sy * cx};
+    const Vector forward = {sy, -cy * sx, cy * cx};
+    return {right.x,   right.y,   right.z,   0.0,  //
+            down.x,    down.y,    down.z,    0.0,  //
+            forward.x, forward.y, forward.z, 0.0,  //
+            place.x,   place.y,   place.z,   1.0};
+}
 
 }  // namespace
 
@@ -123,18 +78,30 @@ double Lens::zoom_at(double seconds) const {
 }
 
 std::shared_ptr<const Camera> look_at_camera(Track ra, Track dec, Track roll, Lens lens) {
-    return std::make_shared<LookAtCamera>(std::move(ra), std::move(dec), std::move(roll),
-                                          std::move(lens));
+    return std::make_shared<LensCamera>(std::move(lens), [ra = std::move(ra), dec = std::move(dec),
+                                                          roll = std::move(roll)](double seconds) {
+        return look_at(radians(ra.at(seconds)), radians(dec.at(seconds)),
+                       radians(roll.at(seconds)));
+    });
 }
 
 std::shared_ptr<const Camera> placed_camera(std::array<Track, 3> position,
                                             std::array<Track, 3> orientation, Lens lens) {
-    return std::make_shared<PlacedCamera>(std::move(position), std::move(orientation),
-                                          std::move(lens));
+    return std::make_shared<LensCamera>(
+        std::move(lens),
+        [position = std::move(position), orientation = std::move(orientation)](double seconds) {
+            return placed(at(position, seconds), at(orientation, seconds));
+        });
 }
 
 std::shared_ptr<const Camera> matrix_camera(std::array<Track, 16> elements, Lens lens) {
-    return std::make_shared<MatrixCamera>(std::move(elements), std::move(lens));
+    return std::make_shared<LensCamera>(
+        std::move(lens), [elements = std::move(elements)](double seconds) {
+            Matrix matrix;
+            std::transform(elements.begin(), elements.end(), matrix.begin(),
+                           [=](const Track& element) { return element.at(seconds); });
+            return matrix;
+        });
 }
 
 }  // namespace host

@@ -1,5 +1,3 @@
-#include "camera_reader.h"
-
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -7,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "scene_readers.h"
 #include "track_reader.h"
 
 namespace host {
@@ -125,7 +124,7 @@ std::shared_ptr<const Camera> read_matrix(const JsonNode& node, Lens lens) {
 
 std::shared_ptr<const Camera> read_placed(const JsonNode& node, Lens lens,
                                           const Composition& composition) {
-    // A new camera stands so that the composition's plane fills the picture.
+    // A new camera stands where the composition's plane fills the picture.
     std::array<Track, 3> position = {composition.width / 2.0, composition.height / 2.0,
                                      -lens.zoom_at(0.0)};
     std::array<Track, 3> orientation;

@@ -1,7 +1,7 @@
-#include "callbacks.h"
-
 #include <algorithm>
 #include <iterator>
+
+#include "callbacks.h"
 
 namespace host {
 namespace {

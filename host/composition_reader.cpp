@@ -1,9 +1,8 @@
-#include "composition_reader.h"
-
 #include <cmath>
 #include <cstdint>
 #include <limits>
 
+#include "scene_readers.h"
 #include "track_reader.h"
 
 namespace host {

@@ -1,5 +1,3 @@
-#include "control_reader.h"
-
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -7,6 +5,7 @@
 #include <utility>
 #include <variant>
 
+#include "scene_readers.h"
 #include "track_reader.h"
 
 namespace host {

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <iterator>
 #include <limits>
+#include <string>
+#include <vector>
 
 namespace host {
 namespace {
@@ -27,17 +30,17 @@ std::vector<std::string> split(const std::string& text) {
 }
 
 std::string text_or_empty(const char* text, const char* what, const std::string& name,
-                          std::vector<std::string>& violations) {
+                          std::vector<Violation>& violations) {
     if (text == nullptr) {
-        violations.push_back("add_param: the " + std::string(what) + " of \"" + name +
-                             "\" is null");
+        violations.push_back({Rule::ControlTexts, "add_param: the " + std::string(what) + " of \"" +
+                                                      name + "\" is null"});
         return {};
     }
     return text;
 }
 
 void describe_value(const PF_ParamDef& record, DeclaredControl& control,
-                    std::vector<std::string>& violations) {
+                    std::vector<Violation>& violations) {
     switch (record.param_type) {
         case PF_Param_LAYER:
             control.kind = ControlKind::Layer;
@@ -95,17 +98,6 @@ void describe_value(const PF_ParamDef& record, DeclaredControl& control,
     }
 }
 
-/// The record with its texts pointing to the host's copies.
-PF_ParamDef own_texts(const Parameter& parameter) {
-    PF_ParamDef record = parameter.record;
-    if (parameter.declared.kind == ControlKind::Checkbox) {
-        record.u.bd.u.nameptr = parameter.declared.label.c_str();
-    } else if (parameter.declared.kind == ControlKind::Popup) {
-        record.u.pd.u.namesptr = parameter.declared.choice_text.c_str();
-    }
-    return record;
-}
-
 }  // namespace
 
 Parameter input_layer_parameter() {
@@ -117,7 +109,7 @@ Parameter input_layer_parameter() {
 }
 
 Parameter declared_parameter(const PF_ParamDef& record, int index,
-                             std::vector<std::string>& violations) {
+                             std::vector<Violation>& violations) {
     Parameter parameter;
     parameter.record = record;
     DeclaredControl& control = parameter.declared;
@@ -125,7 +117,8 @@ Parameter declared_parameter(const PF_ParamDef& record, int index,
     const A_char* const terminator = std::find(std::begin(record.name), name_end, '\0');
     control.name.assign(std::begin(record.name), terminator);
     if (terminator == name_end) {
-        violations.push_back("add_param: the name \"" + control.name + "\" has no terminator");
+        violations.push_back(
+            {Rule::ControlTexts, "add_param: the name \"" + control.name + "\" has no terminator"});
     }
     control.index = index;
     control.id = record.uu.id_or_change_flags;
@@ -136,11 +129,19 @@ Parameter declared_parameter(const PF_ParamDef& record, int index,
     return parameter;
 }
 
-PF_ParamDef initial_record(const Parameter& parameter) { return own_texts(parameter); }
+PF_ParamDef initial_record(const Parameter& parameter) {
+    PF_ParamDef record = parameter.record;
+    if (parameter.declared.kind == ControlKind::Checkbox) {
+        record.u.bd.u.nameptr = parameter.declared.label.c_str();
+    } else if (parameter.declared.kind == ControlKind::Popup) {
+        record.u.pd.u.namesptr = parameter.declared.choice_text.c_str();
+    }
+    return record;
+}
 
 PF_ParamDef valued_record(const Parameter& parameter, const ControlValues& values, double seconds) {
-    PF_ParamDef record = own_texts(parameter);
-    // The values leave the input layer out.
+    PF_ParamDef record = initial_record(parameter);
+    // The list of values begins after the input layer, which is never looked up in it.
     const std::size_t position = static_cast<std::size_t>(parameter.declared.index) - 1;
     const auto whole = [&] {
         const double number = values.number(position, seconds);

@@ -11,10 +11,10 @@ namespace host {
 /// The input layer: parameter 0, which the host supplies.
 Parameter input_layer_parameter();
 
-/// The parameter that `record` declares, its texts copied. Things out of order are added to
-/// `violations` in words.
+/// The parameter that `record` declares, its texts copied. Broken rules are added to
+/// `violations`.
 Parameter declared_parameter(const PF_ParamDef& record, int index,
-                             std::vector<std::string>& violations);
+                             std::vector<Violation>& violations);
 
 /// The parameter's record with its value at a time; the texts in it belong to `parameter`.
 PF_ParamDef valued_record(const Parameter& parameter, const ControlValues& values, double seconds);

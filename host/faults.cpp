@@ -2,7 +2,6 @@
 #include <host_api/effect_interface.h>
 
 #include <algorithm>
-#include <stdexcept>
 #include <utility>
 
 namespace host {
@@ -11,12 +10,6 @@ namespace {
 bool can_fail(const Call& call) {
     return call.name.rfind("PF_Cmd_", 0) != 0 && call.name != "host_unlock_handle" &&
            call.name != "host_dispose_handle";
-}
-
-/// The suite in the arguments of an acquisition: name="...".
-std::string suite_of(const Call& call) {
-    const std::size_t begin = call.arguments.find('"') + 1;
-    return call.arguments.substr(begin, call.arguments.find('"', begin) - begin);
 }
 
 }  // namespace
@@ -55,33 +48,11 @@ std::map<std::string, int> calls_that_can_fail(const std::vector<Call>& calls) {
         if (can_fail(call)) {
             ++counts[call.name];
         }
-        if (call.name == "AcquireSuite") {
-            ++counts[acquire_call(suite_of(call))];
+        if (!call.suite.empty()) {
+            ++counts[acquire_call(call.suite)];
         }
     }
     return counts;
-}
-
-RandomFaults::RandomFaults(std::uint64_t seed, const std::vector<Call>& calls,
-                           std::vector<std::int32_t> statuses)
-    : engine_(seed), calls_(calls_that_can_fail(calls)), statuses_(std::move(statuses)) {
-    for (const auto& [name, count] : calls_) {
-        names_.push_back(name);
-    }
-    if (names_.empty() || statuses_.empty()) {
-        throw std::invalid_argument("nothing can fail, or in no way");
-    }
-}
-
-std::vector<CallFault> RandomFaults::draw(int most) {
-    std::vector<CallFault> faults(1 + below(static_cast<std::size_t>(most)));
-    for (CallFault& fault : faults) {
-        fault.call = names_[below(names_.size())];
-        const auto count = static_cast<std::size_t>(calls_.at(fault.call));
-        fault.nth = below(8) == 0 ? 0 : static_cast<int>(1 + below(count));
-        fault.status = statuses_[below(statuses_.size())];
-    }
-    return faults;
 }
 
 }  // namespace host

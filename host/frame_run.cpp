@@ -39,7 +39,7 @@ FrameRun::~FrameRun() {
     try {
         session.delete_data(*this);
     } catch (const HostError& error) {
-        session.state.violation(error.what());
+        session.state.violation(Rule::Calls, error.what());
     }
     session.report_balance(ledger);
 }
@@ -49,28 +49,28 @@ bool FrameRun::renderable() const {
            result.data_deletions == 0;
 }
 
+void FrameRun::note_violations(std::size_t first) {
+    const std::vector<Violation>& all = session.state.violations;
+    result.violations.insert(result.violations.end(),
+                             all.begin() + static_cast<std::ptrdiff_t>(first), all.end());
+}
+
 FrameStep::FrameStep(FrameRun& run)
     : run_(run),
       state_(run.session.state),
-      frame_before_(std::exchange(state_.frame, &run.frame)),
-      instance_before_(std::exchange(state_.instance, &run.instance)),
+      frame_(state_.frame, &run.frame),
+      instance_(state_.instance, &run.instance),
       first_call_(state_.calls.size()),
       first_violation_(state_.violations.size()),
       suites_before_(state_.suites),
       handles_before_(state_.handles.live()) {}
 
 FrameStep::~FrameStep() {
-    state_.frame = frame_before_;
-    state_.instance = instance_before_;
-
     Frame& result = run_.result;
     const auto calls = state_.calls.begin() + static_cast<std::ptrdiff_t>(first_call_);
     std::move(calls, state_.calls.end(), std::back_inserter(result.calls));
     state_.calls.erase(calls, state_.calls.end());
-    result.violations.insert(
-        result.violations.end(),
-        state_.violations.begin() + static_cast<std::ptrdiff_t>(first_violation_),
-        state_.violations.end());
+    run_.note_violations(first_violation_);
     result.camera_times = run_.frame.camera_times;
     result.open_param_checkouts = run_.frame.open_param_checkouts;
 

@@ -1,4 +1,4 @@
-// A frame on its way, from the pre-render's beginning to the deletion of its data.
+// A frame being made, from the pre-render to the deletion of its data.
 #pragma once
 
 #include <host/frame.h>
@@ -7,6 +7,7 @@
 #include <cstddef>
 
 #include "host_state.h"
+#include "kept_record.h"
 #include "session_impl.h"
 
 namespace host {
@@ -20,6 +21,8 @@ struct FrameRun {
     ~FrameRun();
 
     bool renderable() const;
+    /// Enters the session's violations from number `first` on in the frame.
+    void note_violations(std::size_t first);
 
     Session::Impl& session;
     InstanceState& instance;
@@ -43,8 +46,8 @@ public:
 private:
     FrameRun& run_;
     HostState& state_;
-    FrameState* frame_before_;
-    InstanceState* instance_before_;
+    Exchanged<FrameState*> frame_;
+    Exchanged<InstanceState*> instance_;
     std::size_t first_call_;
     std::size_t first_violation_;
     SuiteReferences suites_before_;

@@ -24,11 +24,11 @@ constexpr unsigned char kOutGuard = 0x5A;
 
 thread_local HostState* current_state = nullptr;
 
-/// From threads without a command, since the last command ended. Nobody knows whose they are.
+/// Calls from threads without a command, of all sessions, since the last command ended.
 std::atomic<int> stray_calls = 0;
 Watch process_watch;
 
-/// Tells the watch that the plug-in is at work.
+/// Tells the watch when the plug-in starts and stops to work.
 class Watched {
 public:
     explicit Watched(const char* name) { tell(name); }
@@ -44,19 +44,7 @@ private:
     }
 };
 
-/// Makes a session the current one while its command runs; commands may not nest.
-class Running {
-public:
-    explicit Running(HostState& state) : before_(std::exchange(current_state, &state)) {}
-    ~Running() { current_state = before_; }
-    Running(const Running&) = delete;
-    Running& operator=(const Running&) = delete;
-
-private:
-    HostState* before_;
-};
-
-/// Type and text of the exception being handled. Its type may be known to the plug-in alone.
+/// Type and text of the exception being handled. The host may not know its type.
 std::string describe_current_exception() {
     std::string type = "of an unknown type";
     if (const std::type_info* const info = abi::__cxa_current_exception_type()) {
@@ -104,7 +92,7 @@ HostState* HostState::called() {
 
 void HostState::tell_stray_calls() {
     if (const int count = stray_calls.exchange(0)) {
-        violation(std::to_string(count) + " calls from a thread without a command");
+        violation(Rule::Calls, std::to_string(count) + " calls from a thread without a command");
     }
 }
 
@@ -122,13 +110,13 @@ HostState::HostState(SessionOptions session_options) : options(std::move(session
 }
 
 void HostState::run(const char* name, const std::function<void()>& function) {
-    const Running running(*this);
+    const Exchanged<HostState*> running(current_state, this);
     const Watched watched(name);
     std::string thrown;
     try {
         function();
     } catch (...) {
-        // What was thrown may live in the module: nothing of it may outlast this handler.
+        // The exception's code may be the module's, so only its text leaves this handler.
         thrown = describe_current_exception();
     }
     tell_stray_calls();
@@ -151,7 +139,7 @@ PF_Err HostState::send(PF_Cmd sent, PF_ParamDef** params, PF_EffectWorld* output
     PF_Err status = PF_Err_NONE;
     run(name, [&] { status = entry_point(sent, &in, &out(), params, output, extra); });
     if (kept.restore()) {
-        violation(std::string(name) + ": the input record was written to");
+        violation(Rule::Records, std::string(name) + ": the input record was written to");
     }
     calls[entry].status = status;
     instance->sequence_data = out().sequence_data;
@@ -165,19 +153,31 @@ void HostState::check_out_record() {
     const auto guard_end = std::end(guarded_out_.guard);
     if (std::find_if(std::begin(guarded_out_.guard), guard_end,
                      [](unsigned char byte) { return byte != kOutGuard; }) != guard_end) {
-        violation(std::string(name) + ": bytes behind the output record were written to");
+        violation(Rule::Records,
+                  std::string(name) + ": bytes behind the output record were written to");
         std::fill(std::begin(guarded_out_.guard), guard_end, kOutGuard);
     }
     const A_char* const begin = out().return_msg;
     const A_char* const end = begin + sizeof out().return_msg;
     const A_char* const terminator = std::find(begin, end, '\0');
     if (terminator == end) {
-        violation(std::string(name) + ": return_msg has no terminator within its 256 characters");
+        violation(Rule::Messages,
+                  std::string(name) + ": return_msg has no terminator within its 256 characters");
     }
     message.text.assign(begin, terminator);
     message.is_error = (out().out_flags & PF_OutFlag_DISPLAY_ERROR_MESSAGE) != 0;
-    // It is about this command's message, not a property of the effect.
+    // The flag holds for this command's message only and must not reach the next command.
     out().out_flags &= ~PF_OutFlag_DISPLAY_ERROR_MESSAGE;
+}
+
+World* HostState::world_of(const PF_EffectWorld* record) {
+    if (frame == nullptr || !frame->rendering) {
+        return nullptr;
+    }
+    if (record == &frame->output_record) {
+        return &frame->output;
+    }
+    return record == &frame->input_record ? &frame->input : nullptr;
 }
 
 void HostState::rethrow_failure() {

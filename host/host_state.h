@@ -34,6 +34,8 @@ struct Parameter {
     DeclaredControl declared;
 };
 
+inline constexpr char kNotHandedOut[] = "null, or a world that this host did not hand out";
+
 /// References held by the plug-in, by suite name and version.
 using SuiteReferences = std::map<std::pair<std::string, int>, int>;
 
@@ -81,7 +83,7 @@ struct FrameState {
     World input;
     PF_EffectWorld output_record{};
     PF_EffectWorld input_record{};
-    bool rendering = false;  ///< the worlds stand ready
+    bool rendering = false;  ///< the worlds are made
     bool output_out = false;
     std::map<A_long, Checkout> layers;
     int open_param_checkouts = 0;
@@ -119,8 +121,8 @@ public:
 
     /// The session whose command runs on this thread; null outside commands.
     static HostState* current();
-    /// The same, for a call that has come in: one from outside commands is counted, and told as a
-    /// violation of the command that ends next.
+    /// The same, at the beginning of a callback. A call from outside commands is counted and
+    /// becomes a violation when the next command ends.
     static HostState* called();
 
     /// Sends a command. What the plug-in leaves in `out.return_msg` is in `message` afterwards, and
@@ -141,11 +143,24 @@ public:
     /// Records a callback that answers for itself; a status when it is to fail.
     std::optional<std::int32_t> note(const char* name, std::string arguments);
 
-    /// Throws what went wrong in a callback on the host's side since the last time, if anything:
-    /// the plug-in was told a status, but may not pass it on.
+    /// Throws the last failure of the host itself in a callback, if any. The plug-in was given a
+    /// status for it, but may not have passed that on.
     void rethrow_failure();
 
-    void violation(std::string text) { violations.push_back(std::move(text)); }
+    void violation(Rule rule, std::string text, std::string subject = {}) {
+        violations.push_back({rule, std::move(text), std::move(subject)});
+    }
+
+    /// Notes that a callback was used as it may not be; `status` is what the callback answers.
+    std::int32_t refuse(const std::string& call, const std::string& why,
+                        std::int32_t status = PF_Err_BAD_CALLBACK_PARAM) {
+        violation(Rule::Calls, call + ": " + why);
+        return status;
+    }
+
+    /// The running frame's world whose record this is; null for any other record, and before the
+    /// worlds are made.
+    World* world_of(const PF_EffectWorld* record);
 
     /// Of the instance whose command runs.
     PF_ProgPtr effect_ref() const { return reinterpret_cast<PF_ProgPtr>(instance); }
@@ -155,7 +170,7 @@ public:
     SessionOptions options;
     PF_EffectMain entry_point = nullptr;
     std::vector<Call> calls;
-    std::vector<std::string> violations;
+    std::vector<Violation> violations;
     HandlePool handles;
     SuiteReferences suites;
     std::vector<Parameter> parameters;  ///< the input layer first
@@ -201,8 +216,7 @@ std::int32_t answer_effect_call(const char* name, PF_ProgPtr effect_ref,
                                 const std::string& arguments, Body&& body) {
     return answer_call(name, arguments, [&](HostState& state) -> std::int32_t {
         if (effect_ref != state.effect_ref()) {
-            state.violation(std::string(name) + ": the effect reference is not the one handed out");
-            return PF_Err_BAD_CALLBACK_PARAM;
+            return state.refuse(name, "the effect reference is not the one handed out");
         }
         return body(state);
     });

@@ -25,39 +25,17 @@ struct EffectInstance::State {
     const LayerSpec& spec() const { return project.layers.at(layer); }
 };
 
-void Session::Impl::start_sequence(InstanceState& instance) {
-    InstanceState* const before = std::exchange(state.instance, &instance);
-    try {
-        demand(PF_Cmd_SEQUENCE_SETUP);
-    } catch (...) {
-        state.instance = before;
-        throw;
-    }
-    state.instance = before;
-}
-
-void Session::Impl::end_sequence(InstanceState& instance) {
-    InstanceState* const before = std::exchange(state.instance, &instance);
-    try {
-        demand(PF_Cmd_SEQUENCE_SETDOWN);
-    } catch (...) {
-        state.instance = before;
-        throw;
-    }
-    state.instance = before;
-}
-
 EffectInstance::EffectInstance(Session& session, const Project& project, std::size_t layer)
     : state_(std::make_unique<State>(State{*session.impl_, project, layer})) {
     state_->spec();
-    state_->session.start_sequence(state_->instance);
+    state_->session.demand_of(state_->instance, PF_Cmd_SEQUENCE_SETUP);
 }
 
 EffectInstance::~EffectInstance() {
     try {
-        state_->session.end_sequence(state_->instance);
+        state_->session.demand_of(state_->instance, PF_Cmd_SEQUENCE_SETDOWN);
     } catch (const std::exception& error) {
-        state_->session.state.violation(error.what());
+        state_->session.state.violation(Rule::Calls, error.what());
     }
 }
 

@@ -1,4 +1,4 @@
-// Where a value stands in its file, and the texts of messages about it.
+// Places of values in their file, and messages about them.
 #include "json_node.h"
 
 #include <host/scene.h>

@@ -1,10 +1,9 @@
 // JSON whose values know where they stand in the file, so that an error can name the place.
 #pragma once
 
-#include <nlohmann/json.hpp>
-
 #include <cstddef>
 #include <initializer_list>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -21,7 +20,7 @@ Json parse_json(const std::string& text, const std::string& source);
 /// "line L, column C" of a byte of `text`, both from 1, columns in characters.
 std::string line_and_column(const std::string& text, std::size_t offset);
 
-/// "FILE: POINTER", or "FILE" for the whole document; what could break the line is escaped as in
+/// "FILE: POINTER", or "FILE" for the whole document; control characters are escaped as in
 /// JSON.
 std::string json_place(const std::string& source,
                        const nlohmann::json_pointer<std::string>& pointer);

@@ -1,15 +1,16 @@
 // Strict parsing. An error in the JSON is reported by line and column, a repeated member by its
 // place.
-#include "json_node.h"
-
 #include <host/scene.h>
 
 #include <algorithm>
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
 #include <vector>
+
+#include "json_node.h"
 
 namespace host {
 
@@ -17,19 +18,14 @@ namespace {
 
 /// What the parser would have accepted, by the part it was reading.
 std::string expected_in(const std::string& context) {
-    if (context == "object key") {
-        return "a member's name in double quotes";
-    }
-    if (context == "object separator") {
-        return "':'";
-    }
-    if (context == "object") {
-        return "',' or '}'";
-    }
-    if (context == "array") {
-        return "',' or ']'";
-    }
-    return "a value";
+    static const std::map<std::string, std::string> kExpected = {
+        {"object key", "a member's name in double quotes"},
+        {"object separator", "':'"},
+        {"object", "',' or '}'"},
+        {"array", "',' or ']'"},
+    };
+    const auto found = kExpected.find(context);
+    return found == kExpected.end() ? "a value" : found->second;
 }
 
 /// The text between `before` and `after` (or the end), if `before` occurs.
@@ -94,7 +90,7 @@ public:
         std::string found;
         std::size_t length = 0;  // bytes from the error's place to `position`, past the last read
         if (const auto kind = between(what, "unexpected ", "; expected ")) {
-            // A sound token in the wrong place. The parser keeps the text of strings and numbers;
+            // A valid token in the wrong place. The parser keeps the text of strings and numbers;
             // the others are their names: "'}'", "true literal".
             found = *kind;
             if (found == "string literal" || found == "number literal") {
@@ -117,7 +113,7 @@ public:
             found = token;
             length = token.size();
         }
-        // The end of the text counts as read when the parser has met it.
+        // At the end of the text the parser counts one byte more than there are.
         const std::size_t at = std::min(position - std::min(position, length), text_.size());
         error_ = source_ + ": " + line_and_column(text_, at) + ": expected " + expected +
                  ", found " + found;

@@ -19,7 +19,7 @@ std::set<fs::path>& open_modules() {
     return modules;
 }
 
-/// A module file entered in the list of those in use; the real file counts, however it was named.
+/// Enters a module file in the list of those in use, by its real path, and returns that path.
 fs::path enter(const fs::path& file) {
     std::error_code error;
     fs::path real = fs::canonical(file, error);
@@ -86,9 +86,9 @@ Module::Module(const fs::path& bundle_or_file)
     if (symbol == nullptr) {
         dlclose(handle_);
         leave(entered_);
-        throw ModuleError("\"" + file_.string() + "\" exports no entry point " + kEntryPointName);
+        throw NoEntryPoint("\"" + file_.string() + "\" exports no entry point " + kEntryPointName);
     }
-    // POSIX promises that the two kinds of address have one representation.
+    // POSIX promises that pointers to objects and to functions have the same representation.
     static_assert(sizeof symbol == sizeof entry_point_);
     std::memcpy(&entry_point_, &symbol, sizeof symbol);
 }
@@ -99,7 +99,7 @@ Module::~Module() {
 }
 
 fs::path plugin_folder(const fs::path& bundle_or_file) {
-    // Resolved as the file system does it, so that a linked bundle leads to where it really stands.
+    // The file system resolves "..", so that a linked bundle gives the folder of the real one.
     const fs::path climbed = module_file(bundle_or_file).parent_path() / ".." / ".." / "..";
     std::error_code error;
     const fs::path real = fs::canonical(climbed, error);

@@ -1,4 +1,4 @@
-// The likely meaning of a mistyped name.
+// Suggestions for mistyped names.
 #pragma once
 
 #include <optional>

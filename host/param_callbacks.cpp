@@ -1,4 +1,5 @@
 // The interaction callbacks: parameters declared and checked out, progress.
+#include <cstddef>
 #include <string>
 
 #include "callbacks.h"
@@ -13,12 +14,12 @@ PF_Err add_param(PF_ProgPtr effect_ref, PF_ParamIndex index, PF_ParamDef* param)
     return answer_effect_call(
         "add_param", effect_ref, "index=" + std::to_string(index), [&](HostState& state) -> PF_Err {
             if (state.command != PF_Cmd_PARAMS_SETUP || param == nullptr) {
-                state.violation("add_param: null, or outside parameter set-up");
-                return PF_Err_BAD_CALLBACK_PARAM;
+                return state.refuse("add_param", "null, or outside parameter set-up");
             }
             if (index != PF_ParamIndex_APPEND) {
-                state.violation("add_param: a place other than the end, " + std::to_string(index));
-                return PF_Err_INVALID_INDEX;
+                return state.refuse("add_param",
+                                    "a place other than the end, " + std::to_string(index),
+                                    PF_Err_INVALID_INDEX);
             }
             const int place = static_cast<int>(state.parameters.size());
             state.parameters.push_back(declared_parameter(*param, place, state.violations));
@@ -33,17 +34,16 @@ PF_Err checkout_param(PF_ProgPtr effect_ref, PF_ParamIndex index, A_long time, A
         "index=" + std::to_string(index) + " time=" + shown_time(time, time_scale),
         [&](HostState& state) -> PF_Err {
             if (state.frame == nullptr || param_out == nullptr || time_scale == 0) {
-                state.violation("checkout_param: null, a time scale of 0, or no frame being made");
-                return PF_Err_BAD_CALLBACK_PARAM;
+                return state.refuse("checkout_param",
+                                    "null, a time scale of 0, or no frame being made");
             }
             if (index < 0 || static_cast<std::size_t>(index) >= state.parameters.size()) {
-                state.violation("checkout_param: no parameter " + std::to_string(index));
-                return PF_Err_INVALID_INDEX;
+                return state.refuse("checkout_param", "no parameter " + std::to_string(index),
+                                    PF_Err_INVALID_INDEX);
             }
             const Parameter& parameter = state.parameters[static_cast<std::size_t>(index)];
             const Time at{time, time_scale};
-            *param_out = index == 0 ? initial_record(parameter)
-                                    : valued_record(parameter, state.frame->values, at.seconds());
+            *param_out = valued_record(parameter, state.frame->values, at.seconds());
             ++state.frame->open_param_checkouts;
             return PF_Err_NONE;
         });
@@ -56,13 +56,14 @@ PF_Err checkin_param(PF_ProgPtr effect_ref, PF_ParamDef* param) {
             looked_at = true;
             if (state.frame == nullptr || param == nullptr ||
                 state.frame->open_param_checkouts == 0) {
-                state.violation("checkin_param: null, or nothing is checked out");
+                state.violation(Rule::ParameterNotHeld,
+                                "checkin_param: null, or nothing is checked out");
                 return PF_Err_BAD_CALLBACK_PARAM;
             }
             --state.frame->open_param_checkouts;
             return PF_Err_NONE;
         });
-    // When it fails on demand too: the plug-in did its part.
+    // Also when the filter makes it fail: the plug-in has checked the parameter in.
     HostState* const state = HostState::current();
     if (!looked_at && state != nullptr && state->frame != nullptr &&
         state->frame->open_param_checkouts > 0) {
@@ -91,10 +92,7 @@ PF_InteractCallbacks interact_callbacks() {
         .add_param = add_param,
         .abort = abort_requested,
         .progress = progress,
-        UNPROVIDED("inter", register_ui),
-        UNPROVIDED("inter", checkout_layer_audio),
-        UNPROVIDED("inter", checkin_layer_audio),
-        UNPROVIDED("inter", get_audio_data),
+        UNPROVIDED("inter", register_ui, checkout_layer_audio, checkin_layer_audio, get_audio_data),
         .reserved_str = {},
         .reserved = {},
     };

@@ -13,7 +13,7 @@ constexpr PixelFormat kAfterEffects[] = {
     {PF_PixelFormat_ARGB128, Depth::Float, ChannelOrder::Argb},
 };
 
-/// Deeper ARGB is After Effects' alone.
+/// Premiere Pro has no ARGB of more than 8 bits.
 constexpr PixelFormat kPremiere[] = {
     {PF_PixelFormat_ARGB32, Depth::Bits8, ChannelOrder::Argb},
     {PF_PixelFormat_BGRA32, Depth::Bits8, ChannelOrder::Bgra},

@@ -27,9 +27,9 @@ constexpr std::array<Span, 6> kActing = {{
 
 /// What the first byte of a character says of it.
 struct Lead {
-    std::size_t length;   ///< in bytes; 0: no character begins so
+    std::size_t length;   ///< in bytes; 0: no character begins with it
     std::uint32_t bits;   ///< of the character, in this byte
-    std::uint32_t least;  ///< what fits a shorter form is no UTF-8
+    std::uint32_t least;  ///< smaller characters have a shorter form
 };
 
 Lead lead_of(unsigned char byte) {
@@ -48,8 +48,8 @@ Lead lead_of(unsigned char byte) {
     return {0, 0, 0};
 }
 
-/// Bytes of the character at the beginning of `text`, which is not empty; 0 when it must not stand
-/// as it is.
+/// Bytes of the character at the beginning of `text`, which is not empty; 0 when it has to be
+/// escaped.
 std::size_t harmless_length(std::string_view text) {
     constexpr Span kSurrogates = {0xD800, 0xDFFF};
     constexpr std::uint32_t kLast = 0x10FFFF;

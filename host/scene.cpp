@@ -1,10 +1,10 @@
 // Scenes from files and texts.
 #include <host/scene.h>
 
-#include "camera_reader.h"
-#include "composition_reader.h"
-#include "control_reader.h"
+#include <string>
+
 #include "json_node.h"
+#include "scene_readers.h"
 #include "scene_text.h"
 
 namespace host {

@@ -13,19 +13,19 @@ namespace host {
 
 namespace {
 
-// Each byte that is read by itself moves the rest of the buffer: a small one is several times
-// faster here than one of a page.
+// Reading a single byte moves the rest of the buffer, so a small buffer is several times faster
+// here than one of a page.
 constexpr int kStreamBuffer = 256;
 
 bool is_lost_in_lines(char byte) { return byte == '\0' || byte == '\xFF'; }
 
-/// A source up to its first byte that `readline` would lose without a word, or up to `longest`
-/// bytes.
+/// A source that ends before the first byte that `readline` would drop silently, or after
+/// `longest` bytes.
 class TextInput final : public Input {
 public:
     TextInput(Input& source, s64 longest) : source_(source), longest_(longest) {}
 
-    /// The byte that ended the text, if one did; it stands at `curpos()`.
+    /// The byte at `curpos()` that ended the text, if one did.
     std::optional<char> refused() const { return refused_; }
 
     s64 curpos() const override { return position_; }
@@ -62,7 +62,7 @@ std::string read_scene_text(const std::string& path, int most_mebibytes) {
     const s64 longest = s64{most_mebibytes} << 20U;
     try {
         OSAPI::DiskFile file(path.c_str(), OSAPI::kRead);
-        // Also of pipes, which give less than they are asked for.
+        // Pipes give fewer bytes than they are asked for; this reads on.
         OSAPI::DescriptorInput bytes(file);
         TextInput source(bytes, longest + 1);
         BufferedInput input(source, kStreamBuffer);

@@ -5,7 +5,7 @@
 
 namespace host {
 
-/// Far above any scene: a wrong file, or an endless one, is told.
+/// Far more than any scene has; stops the reading of a wrong or endless file.
 inline constexpr int kLargestSceneMebibytes = 64;
 
 /// Reads the file at `path`, which may be a pipe, to its end. Throws `SceneError` when it cannot be

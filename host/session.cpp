@@ -14,11 +14,11 @@
 namespace host {
 namespace {
 
-/// What an effect may leave in its first flags with any command: wishes about this one moment.
+/// First output flags that an effect may set with any command: requests for this one time.
 constexpr PF_OutFlags kWishes = PF_OutFlag_REFRESH_UI | PF_OutFlag_NOP_RENDER |
                                 PF_OutFlag_FORCE_RERENDER | PF_OutFlag_SEND_DO_DIALOG;
 
-/// Commands that come with a record of their own, which effects that do not know it leave alone.
+/// Commands with a record of their own. Effects that do not know the command leave it alone.
 bool has_record(PF_Cmd command) {
     switch (command) {
         case PF_Cmd_USER_CHANGED_PARAM:
@@ -35,7 +35,7 @@ bool has_record(PF_Cmd command) {
     }
 }
 
-/// Larger than any of them.
+/// Zeroes in place of a command's record; larger than any of them.
 struct BlankRecord {
     alignas(std::max_align_t) std::array<unsigned char, 1024> bytes{};
 
@@ -44,6 +44,11 @@ struct BlankRecord {
                            [](unsigned char byte) { return byte == 0; });
     }
 };
+
+std::string answer_text(PF_Cmd command, PF_Err status) {
+    return "the plug-in answered " + std::string(command_name(command)) + " with status " +
+           std::to_string(status);
+}
 
 }  // namespace
 
@@ -64,7 +69,7 @@ Session::Impl::Impl(const std::filesystem::path& plugin, SessionOptions options)
 
 PF_Err Session::Impl::send(PF_Cmd command, PF_ParamDef** params, PF_EffectWorld* output,
                            void* extra) {
-    // The fields start from what the host knows.
+    // Before each command these fields hold what the effect declared.
     PF_OutData& out = state.out();
     out.my_version = info.version;
     out.out_flags = info.out_flags;
@@ -85,7 +90,8 @@ void Session::Impl::check_declarations(PF_Cmd command) {
     const PF_OutData& out = state.out();
     const auto check = [&](const char* field, bool changed) {
         if (changed) {
-            state.violation(std::string(command_name(command)) + ": " + field + " was changed");
+            state.violation(Rule::Records,
+                            std::string(command_name(command)) + ": " + field + " was changed");
         }
     };
     const PF_OutFlags may = kWishes | (query ? kDynamicOutFlags : 0);
@@ -96,24 +102,17 @@ void Session::Impl::check_declarations(PF_Cmd command) {
     check("num_params", command != PF_Cmd_PARAMS_SETUP && out.num_params != info.num_params);
 }
 
-void Session::Impl::keep_message() {
-    if (!state.message.text.empty()) {
-        messages.push_back(state.message);
-    }
-}
-
 void Session::Impl::demand(PF_Cmd command, void* extra) {
     const PF_Err status = send(command, nullptr, nullptr, extra);
     state.rethrow_failure();
     if (status != PF_Err_NONE) {
         const std::string& text = state.message.text;
-        throw EffectError(text.empty()
-                              ? "the plug-in answered " + std::string(command_name(command)) +
-                                    " with status " + std::to_string(status)
-                              : text,
-                          command, status, text);
+        throw EffectError(text.empty() ? answer_text(command, status) : text, command, status,
+                          text);
     }
-    keep_message();
+    if (!state.message.text.empty()) {
+        messages.push_back(state.message);
+    }
 }
 
 void Session::Impl::set_up() {
@@ -125,16 +124,17 @@ void Session::Impl::set_up() {
     info.version = state.out().my_version;
     info.out_flags = state.out().out_flags;
     info.out_flags2 = state.out().out_flags2;
-    // A host tells its version from the end of the first set-up on.
+    // Hosts give no version during global set-up.
     state.in.version = {13, 4};
     try {
         demand(PF_Cmd_PARAMS_SETUP);
         info.num_params = state.out().num_params;
         const int added = static_cast<int>(state.parameters.size());
         if (info.num_params != added) {
-            state.violation("PF_Cmd_PARAMS_SETUP: num_params is " +
-                            std::to_string(info.num_params) + ", but with the input layer " +
-                            std::to_string(added) + " were added");
+            state.violation(Rule::ControlCount, "PF_Cmd_PARAMS_SETUP: num_params is " +
+                                                    std::to_string(info.num_params) +
+                                                    ", but with the input layer " +
+                                                    std::to_string(added) + " were added");
         }
         state.in.num_params = added;
         for (const Parameter& parameter : state.parameters) {
@@ -142,7 +142,7 @@ void Session::Impl::set_up() {
                 controls.push_back(parameter.declared);
             }
         }
-        start_sequence(state.session_instance);
+        demand_of(state.session_instance, PF_Cmd_SEQUENCE_SETUP);
     } catch (const EffectError& error) {
         send(PF_Cmd_GLOBAL_SETDOWN);
         refuse(error);
@@ -150,78 +150,9 @@ void Session::Impl::set_up() {
 }
 
 void Session::Impl::refuse(const EffectError& error) {
-    report_balance({state.suites, static_cast<std::ptrdiff_t>(state.handles.live())});
+    report_balance();
     throw EffectError(error.what(), error.command(), error.status(), error.message(),
                       state.violations);
-}
-
-Answer Session::Impl::command(std::int32_t number) {
-    std::vector<PF_ParamDef> records;
-    records.reserve(state.parameters.size());
-    for (const Parameter& parameter : state.parameters) {
-        records.push_back(initial_record(parameter));
-    }
-    ParameterArray params(std::move(records));
-    BlankRecord record;
-    Answer answer;
-    answer.status = send(number, params.data(), nullptr, has_record(number) ? &record : nullptr);
-    answer.message = state.message;
-    answer.record_written = !record.blank();
-    return answer;
-}
-
-void Session::Impl::close() {
-    if (!module) {
-        return;
-    }
-    const auto unload = [this] {
-        module.reset();
-        state.entry_point = nullptr;
-    };
-    try {
-        end_sequence(state.session_instance);
-        demand(PF_Cmd_GLOBAL_SETDOWN);
-    } catch (...) {
-        unload();
-        throw;
-    }
-    report_balance({state.suites, static_cast<std::ptrdiff_t>(state.handles.live())});
-    unload();
-}
-
-std::string Session::Impl::about() {
-    const PF_Err status = send(PF_Cmd_ABOUT);
-    if (status != PF_Err_NONE) {
-        throw EffectError("the plug-in answered PF_Cmd_ABOUT with status " + std::to_string(status),
-                          PF_Cmd_ABOUT, status, state.message.text);
-    }
-    return state.message.text;
-}
-
-std::optional<std::string> Session::Impl::take_text(PF_Handle handle) {
-    if (handle == nullptr) {
-        return std::nullopt;
-    }
-    if (!state.handles.owns(handle)) {
-        state.violation("PF_Cmd_GET_EXTERNAL_DEPENDENCIES: the result is no handle of this host");
-        return std::nullopt;
-    }
-    const char* const begin = *handle;
-    const char* const end = begin + state.handles.size_of(handle);
-    const char* const terminator = std::find(begin, end, '\0');
-    if (terminator == end) {
-        state.violation("PF_Cmd_GET_EXTERNAL_DEPENDENCIES: the text has no terminator");
-    }
-    std::string text(begin, terminator);
-    state.handles.dispose(handle);
-    return text;
-}
-
-std::optional<std::string> Session::Impl::dependencies(int check_type) {
-    PF_ExtDependenciesExtra extra{};
-    extra.check_type = check_type;
-    demand(PF_Cmd_GET_EXTERNAL_DEPENDENCIES, &extra);
-    return take_text(extra.dependencies_strH);
 }
 
 Session::Session(const std::filesystem::path& plugin, SessionOptions options)
@@ -231,20 +162,79 @@ Session::~Session() {
     try {
         close();
     } catch (const std::exception&) {
-        // A destructor has nobody to tell; those who want to know call close().
+        // A destructor must not throw. Callers that want the error call close() first.
         impl_->module.reset();
     }
 }
 
-void Session::close() { impl_->close(); }
+void Session::close() {
+    if (!impl_->module) {
+        return;
+    }
+    const auto unload = [this] {
+        impl_->module.reset();
+        impl_->state.entry_point = nullptr;
+    };
+    try {
+        impl_->demand_of(impl_->state.session_instance, PF_Cmd_SEQUENCE_SETDOWN);
+        impl_->demand(PF_Cmd_GLOBAL_SETDOWN);
+    } catch (...) {
+        unload();
+        throw;
+    }
+    impl_->report_balance();
+    unload();
+}
+
+std::string Session::about() {
+    const PF_Err status = impl_->send(PF_Cmd_ABOUT);
+    const std::string& text = impl_->state.message.text;
+    if (status != PF_Err_NONE) {
+        throw EffectError(answer_text(PF_Cmd_ABOUT, status), PF_Cmd_ABOUT, status, text);
+    }
+    return text;
+}
+
+std::optional<std::string> Session::dependencies(int check_type) {
+    PF_ExtDependenciesExtra extra{};
+    extra.check_type = check_type;
+    impl_->demand(PF_Cmd_GET_EXTERNAL_DEPENDENCIES, &extra);
+    const PF_Handle handle = extra.dependencies_strH;
+    HostState& state = impl_->state;
+    if (handle == nullptr) {
+        return std::nullopt;
+    }
+    const char* const command = "PF_Cmd_GET_EXTERNAL_DEPENDENCIES";
+    if (!state.handles.owns(handle)) {
+        state.refuse(command, "the result is no handle of this host");
+        return std::nullopt;
+    }
+    const char* const begin = *handle;
+    const char* const end = begin + state.handles.size_of(handle);
+    const char* const terminator = std::find(begin, end, '\0');
+    if (terminator == end) {
+        state.refuse(command, "the text has no terminator");
+    }
+    std::string text(begin, terminator);
+    state.handles.dispose(handle);
+    return text;
+}
+
+Answer Session::command(std::int32_t number) {
+    ParameterArray params(impl_->state.parameters, initial_record);
+    BlankRecord record;
+    Answer answer;
+    answer.status =
+        impl_->send(number, params.data(), nullptr, has_record(number) ? &record : nullptr);
+    answer.message = impl_->state.message;
+    answer.record_written = !record.blank();
+    return answer;
+}
+
 const EffectInfo& Session::info() const { return impl_->info; }
 const std::filesystem::path& Session::file() const { return impl_->file; }
 const std::filesystem::path& Session::folder() const { return impl_->folder; }
 const std::vector<DeclaredControl>& Session::controls() const { return impl_->controls; }
-std::string Session::about() { return impl_->about(); }
-std::optional<std::string> Session::dependencies(int check_type) {
-    return impl_->dependencies(check_type);
-}
 std::int32_t Session::dynamic_flags(const Scene& scene, Time time,
                                     std::optional<std::int32_t> before) {
     return impl_->dynamic_flags(scene, time, before).second;
@@ -252,11 +242,12 @@ std::int32_t Session::dynamic_flags(const Scene& scene, Time time,
 OutputFlags Session::all_dynamic_flags(const Scene& scene, Time time) {
     return impl_->dynamic_flags(scene, time, std::nullopt);
 }
-Answer Session::command(std::int32_t number) { return impl_->command(number); }
 Frame Session::render(const Scene& scene, Time time, const RenderOptions& options) {
-    return impl_->render(scene, time, options);
+    const Project project(scene);
+    return impl_->render(impl_->state.session_instance, project, project.layers.front(), time,
+                         options);
 }
-const std::vector<std::string>& Session::violations() const { return impl_->state.violations; }
+const std::vector<Violation>& Session::violations() const { return impl_->state.violations; }
 const std::vector<Call>& Session::calls() const { return impl_->state.calls; }
 const std::vector<Message>& Session::messages() const { return impl_->messages; }
 const std::vector<std::int32_t>& Session::declared_pixel_formats() const {

@@ -1,9 +1,11 @@
-// One session's insides: life of the plug-in in session.cpp, frames in session_render.cpp,
-// a frame on its way in frame_run.h.
+// The implementation of a session: set-up and set-down are in session.cpp, frames in
+// session_render.cpp.
 #pragma once
 
 #include <host/session.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -21,12 +23,17 @@ class Session::Impl {
 public:
     Impl(const std::filesystem::path& plugin, SessionOptions options);
 
-    void close();
-    std::string about();
-    std::optional<std::string> dependencies(int check_type);
+    /// Sends a command over the output record as the host knows it.
+    PF_Err send(PF_Cmd command, PF_ParamDef** params = nullptr, PF_EffectWorld* output = nullptr,
+                void* extra = nullptr);
+    /// Sends it too; throws `EffectError` for any status but 0.
+    void demand(PF_Cmd command, void* extra = nullptr);
+    /// The same for one instance.
+    void demand_of(InstanceState& instance, PF_Cmd command) {
+        const Exchanged<InstanceState*> running(state.instance, &instance);
+        demand(command);
+    }
     OutputFlags dynamic_flags(const Scene& scene, Time time, std::optional<std::int32_t> before);
-    Answer command(std::int32_t number);
-    Frame render(const Scene& scene, Time time, const RenderOptions& options);
 
     // The steps of a frame, each of which may fail with `ModuleDefect`.
     /// Throws `FrameError` for what cannot be asked for.
@@ -36,19 +43,22 @@ public:
     void pre_render(FrameRun& run);
     void smart_render(FrameRun& run);
     void delete_data(FrameRun& run);
-    /// All of them.
+    /// All steps.
     Frame render(InstanceState& instance, const Project& project, const LayerSpec& layer,
                  Time composition_time, const RenderOptions& options);
-    /// The finished frame, its pixels looked at.
+    /// The finished frame, with its undrawn pixels counted.
     static Frame finish(FrameRun& run);
 
-    void start_sequence(InstanceState& instance);
-    void end_sequence(InstanceState& instance);
-    /// Whether a frame with these wishes goes by smart rendering.
+    /// Whether a frame with these options is made by smart rendering.
     bool smart(const RenderOptions& options = {}) const;
+    /// A violation for each suite, and one for the handles, that were not given back.
     void report_balance(const Ledger& ledger);
+    /// The same for all that the plug-in holds now.
+    void report_balance() {
+        report_balance({state.suites, static_cast<std::ptrdiff_t>(state.handles.live())});
+    }
 
-    // First, so that it is unloaded last: the state may hold what the module made.
+    // First, so that it is unloaded last: the state may hold objects whose code is the module's.
     std::optional<Module> module;
     HostState state;
     EffectInfo info;
@@ -58,17 +68,11 @@ public:
     std::filesystem::path folder;
 
 private:
-    /// Sends a command over the output record as the host knows it.
-    PF_Err send(PF_Cmd command, PF_ParamDef** params = nullptr, PF_EffectWorld* output = nullptr,
-                void* extra = nullptr);
-    /// What the effect declared at global set-up holds until the end.
+    /// A violation for each field that no longer holds what the effect declared at global set-up.
     void check_declarations(PF_Cmd command);
-    /// Sends it too; throws `EffectError` for any status but 0.
-    void demand(PF_Cmd command, void* extra = nullptr);
     void set_up();
-    /// Throws the error on, with what was broken until then.
+    /// Throws the error again, with the violations until then.
     [[noreturn]] void refuse(const EffectError& error);
-    void keep_message();
 
     // Frames.
     void tell_time(const FrameRun& run);
@@ -76,7 +80,7 @@ private:
     template <class Record>
     void check_kept(const std::string& name, KeptRecord<Record>& record) {
         if (record.restore()) {
-            state.violation(name + "'s record was written to");
+            state.violation(Rule::Records, name + "'s record was written to");
         }
     }
     void prepare_worlds(FrameRun& run, const Rect& area);
@@ -84,7 +88,6 @@ private:
     void plain_render(FrameRun& run);
     void note_status(PF_Err status, Frame& result);
     void inspect_worlds(const FrameState& frame);
-    std::optional<std::string> take_text(PF_Handle handle);
 };
 
 }  // namespace host

@@ -1,4 +1,4 @@
-// Frames: the commands of one frame in a host's order, and what is looked at afterwards.
+// Frames: sends the commands of one frame in order and checks the worlds afterwards.
 #include <host/errors.h>
 
 #include <algorithm>
@@ -43,7 +43,7 @@ PF_Fixed to_fixed(double number) { return to_long(number * 65536.0); }
 
 PF_EffectWorld record_of(World& world, const Rect& area, const LayerSpec& layer, bool writeable) {
     PF_EffectWorld record{};
-    // Premiere Pro has no 16-bit rendering in this sense: there the format alone tells.
+    // Premiere Pro never sets the flag: there the pixel format alone tells the depth.
     const bool deep = world.depth() == Depth::Bits16 && world.order() == ChannelOrder::Argb;
     record.world_flags = (deep ? PF_WorldFlag_DEEP : 0) | (writeable ? PF_WorldFlag_WRITEABLE : 0);
     record.data = reinterpret_cast<PF_Pixel*>(world.row(0));
@@ -111,19 +111,11 @@ OutputFlags Session::Impl::dynamic_flags(const Scene& scene, Time time,
                                          std::optional<std::int32_t> before) {
     const Project project(scene);
     FrameRun run(*this, state.session_instance, project, project.layers.front(), time, {});
-    const std::int32_t declared = std::exchange(info.out_flags2, before.value_or(info.out_flags2));
-    try {
-        // Not a step of a frame: its calls stay with the session's.
-        state.frame = &run.frame;
-        tell_time(run);
-        demand(PF_Cmd_QUERY_DYNAMIC_FLAGS);
-    } catch (...) {
-        state.frame = nullptr;
-        info.out_flags2 = declared;
-        throw;
-    }
-    state.frame = nullptr;
-    info.out_flags2 = declared;
+    const Exchanged found(info.out_flags2, before.value_or(info.out_flags2));
+    // Not a `FrameStep`: the calls stay with the session's.
+    const Exchanged<FrameState*> shown(state.frame, &run.frame);
+    tell_time(run);
+    demand(PF_Cmd_QUERY_DYNAMIC_FLAGS);
     return {state.out().out_flags, state.out().out_flags2};
 }
 
@@ -136,7 +128,7 @@ void Session::Impl::prepare_worlds(FrameRun& run, const Rect& area) {
     frame.output.mark(options.mark);
     frame.input =
         World(input.width(), input.height(), options.depth, options.input_padding, frame.order);
-    // Not blank: an effect that clears or scales its input is to be seen.
+    // With a blank input an effect that clears or scales it would not be noticed.
     frame.input.fill_with_pattern();
     frame.output_record = record_of(frame.output, area, frame.layer, true);
     frame.input_record = record_of(frame.input, input, frame.layer, false);
@@ -188,14 +180,16 @@ void Session::Impl::pre_render(FrameRun& run) {
     if (run.output.pre_render_data != nullptr) {
         run.owns_data = run.output.delete_pre_render_data_func != nullptr;
         if (!run.owns_data) {
-            state.violation("PF_Cmd_SMART_PRE_RENDER: pre-render data without a deleter is lost");
+            state.violation(Rule::Deleter,
+                            "PF_Cmd_SMART_PRE_RENDER: pre-render data without a deleter is lost");
         }
     }
     result.result_rect = rect_of(run.output.result_rect);
     result.max_result_rect = rect_of(run.output.max_result_rect);
     const bool extra_pixels = (run.output.flags & PF_RenderOutputFlag_RETURNS_EXTRA_PIXELS) != 0;
     if (!extra_pixels && !inside(result.result_rect, run.frame.request)) {
-        state.violation("PF_Cmd_SMART_PRE_RENDER: the result rectangle reaches beyond the request");
+        state.violation(Rule::Rectangles,
+                        "PF_Cmd_SMART_PRE_RENDER: the result rectangle reaches beyond the request");
     }
 }
 
@@ -232,7 +226,8 @@ void Session::Impl::smart_render(FrameRun& run) {
     }
     result.handle_left = state.handles.dispose(left);
     if (!result.handle_left) {
-        state.violation("PF_Cmd_SMART_RENDER: the callbacks' slot holds neither them nor a handle");
+        state.violation(Rule::Records,
+                        "PF_Cmd_SMART_RENDER: the callbacks' slot holds neither them nor a handle");
     }
 }
 
@@ -257,22 +252,20 @@ void Session::Impl::plain_render(FrameRun& run) {
         return;
     }
     prepare_worlds(run, frame.request);
-    std::vector<PF_ParamDef> records;
-    records.reserve(state.parameters.size());
-    for (const Parameter& parameter : state.parameters) {
-        records.push_back(parameter.declared.index == 0
-                              ? initial_record(parameter)
-                              : valued_record(parameter, frame.values, frame.time.seconds()));
-    }
-    records.front().u.ld = frame.input_record;
-    ParameterArray params(std::move(records));
+    ParameterArray params(state.parameters, [&](const Parameter& parameter) {
+        PF_ParamDef record = valued_record(parameter, frame.values, frame.time.seconds());
+        if (parameter.declared.index == 0) {
+            record.u.ld = frame.input_record;
+        }
+        return record;
+    });
     KeptRecord kept(frame.output_record);
     const auto send_kept = [&](PF_Cmd command) {
         const PF_Err status = send(command, params.data(), &frame.output_record);
         const std::string name = command_name(command);
         check_kept(name + ": the output world", kept);
         if (params.restore()) {
-            state.violation(name + ": a parameter's record was written to");
+            state.violation(Rule::Records, name + ": a parameter's record was written to");
         }
         return status;
     };
@@ -292,27 +285,30 @@ void Session::Impl::plain_render(FrameRun& run) {
 
 void Session::Impl::inspect_worlds(const FrameState& frame) {
     if (const auto breach = frame.output.breach()) {
-        state.violation("the plug-in wrote outside the output's pixels: " + *breach);
+        state.violation(Rule::Bounds, "the plug-in wrote outside the output's pixels: " + *breach);
     }
     if (const auto breach = frame.input.breach()) {
-        state.violation("the plug-in wrote outside the input layer's pixels: " + *breach);
+        state.violation(Rule::Bounds,
+                        "the plug-in wrote outside the input layer's pixels: " + *breach);
     }
     const bool may_write = (info.out_flags & PF_OutFlag_I_WRITE_INPUT_BUFFER) != 0;
     if (!may_write && !frame.input.shows_pattern()) {
-        state.violation("the plug-in wrote to the input layer's pixels");
+        state.violation(Rule::InputPixels, "the plug-in wrote to the input layer's pixels");
     }
 }
 
 void Session::Impl::report_balance(const Ledger& ledger) {
     for (const auto& [suite, held] : ledger.suites) {
         if (held > 0) {
-            state.violation("suite \"" + suite.first + "\" version " +
-                            std::to_string(suite.second) + " was acquired " + std::to_string(held) +
-                            " times more than it was released");
+            state.violation(Rule::Suites, "suite \"" + suite.first + "\" version " +
+                                              std::to_string(suite.second) + " was acquired " +
+                                              std::to_string(held) +
+                                              " times more than it was released");
         }
     }
     if (ledger.handles > 0) {
-        state.violation(std::to_string(ledger.handles) + " host handles were not disposed of");
+        state.violation(Rule::Handles,
+                        std::to_string(ledger.handles) + " host handles were not disposed of");
     }
 }
 
@@ -324,7 +320,7 @@ Frame Session::Impl::finish(FrameRun& run) {
         static_cast<std::size_t>(output.width()) * static_cast<std::size_t>(output.height());
     result.drawn = result.rendered && result.undrawn_pixels < pixels;
     result.world = std::move(run.frame.output);
-    // Numbers and rectangles stay with the run, which goes by them.
+    // The move leaves the numbers and rectangles, which `renderable` still reads.
     return std::move(result);
 }
 
@@ -345,16 +341,8 @@ Frame Session::Impl::render(InstanceState& instance, const Project& project, con
     const std::size_t first_violation = state.violations.size();
     report_balance(run->ledger);
     run->ledger = {};
-    run->result.violations.insert(
-        run->result.violations.end(),
-        state.violations.begin() + static_cast<std::ptrdiff_t>(first_violation),
-        state.violations.end());
+    run->note_violations(first_violation);
     return finish(*run);
-}
-
-Frame Session::Impl::render(const Scene& scene, Time time, const RenderOptions& options) {
-    const Project project(scene);
-    return render(state.session_instance, project, project.layers.front(), time, options);
 }
 
 }  // namespace host

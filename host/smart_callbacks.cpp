@@ -1,5 +1,6 @@
 // The callbacks of smart rendering: layers checked out at pre-render, pixels at render.
 #include <algorithm>
+#include <cstddef>
 #include <string>
 
 #include "callbacks.h"
@@ -11,6 +12,10 @@ namespace {
 
 std::string shown_id(A_long checkout_id) { return "id=" + std::to_string(checkout_id); }
 
+std::string about_id(const std::string& call, A_long checkout_id) {
+    return call + ": the id " + std::to_string(checkout_id);
+}
+
 /// The part of `area` inside a layer; all zeroes when there is none.
 Rect clipped(const PF_LRect& area, const Rect& layer) {
     const Rect part = {std::max(area.left, layer.left), std::max(area.top, layer.top),
@@ -21,32 +26,29 @@ Rect clipped(const PF_LRect& area, const Rect& layer) {
 PF_Err checkout_layer(PF_ProgPtr effect_ref, PF_ParamIndex index, A_long checkout_id,
                       const PF_RenderRequest* request, A_long time, A_long, A_u_long time_scale,
                       PF_CheckoutResult* result_out) {
+    const char* const name = "checkout_layer";
     return answer_effect_call(
-        "checkout_layer", effect_ref,
+        name, effect_ref,
         "index=" + std::to_string(index) + " " + shown_id(checkout_id) +
             " time=" + shown_time(time, time_scale),
         [&](HostState& state) -> PF_Err {
             FrameState* const frame = state.frame;
             if (frame == nullptr || state.command != PF_Cmd_SMART_PRE_RENDER ||
                 request == nullptr || result_out == nullptr || time_scale == 0) {
-                state.violation("checkout_layer: null, a time scale of 0, or outside pre-render");
-                return PF_Err_BAD_CALLBACK_PARAM;
+                return state.refuse(name, "null, a time scale of 0, or outside pre-render");
             }
             if (index < 0 || static_cast<std::size_t>(index) >= state.parameters.size() ||
                 state.parameters[static_cast<std::size_t>(index)].declared.kind !=
                     ControlKind::Layer) {
-                state.violation("checkout_layer: parameter " + std::to_string(index) +
-                                " is no layer");
-                return PF_Err_INVALID_INDEX;
+                return state.refuse(name, "parameter " + std::to_string(index) + " is no layer",
+                                    PF_Err_INVALID_INDEX);
             }
             // Hosts ask for positive ids and accept 0.
             if (checkout_id < 0) {
-                state.violation("checkout_layer: a negative id, " + std::to_string(checkout_id));
+                state.refuse(name, "a negative id, " + std::to_string(checkout_id));
             }
             if (!frame->layers.try_emplace(checkout_id, FrameState::Checkout{index}).second) {
-                state.violation("checkout_layer: the id " + std::to_string(checkout_id) +
-                                " is in use");
-                return PF_Err_BAD_CALLBACK_PARAM;
+                return state.refuse(name, "the id " + std::to_string(checkout_id) + " is in use");
             }
             *result_out = {};
             const Ratio& aspect = frame->layer.pixel_aspect;
@@ -69,7 +71,7 @@ PF_Err checkout_layer(PF_ProgPtr effect_ref, PF_ParamIndex index, A_long checkou
 FrameState* rendering(HostState& state, const char* name) {
     FrameState* const frame = state.frame;
     if (frame == nullptr || state.command != PF_Cmd_SMART_RENDER) {
-        state.violation(std::string(name) + ": outside render");
+        state.refuse(name, "outside render");
         return nullptr;
     }
     return frame;
@@ -86,13 +88,12 @@ PF_Err checkout_layer_pixels(PF_ProgPtr effect_ref, A_long checkout_id,
             }
             const auto checkout = frame->layers.find(checkout_id);
             if (checkout == frame->layers.end()) {
-                state.violation(std::string(name) + ": the id " + std::to_string(checkout_id) +
-                                " was not checked out at pre-render");
+                state.violation(Rule::Layers,
+                                about_id(name, checkout_id) + " was not checked out at pre-render");
                 return PF_Err_INVALID_INDEX;
             }
             if (checkout->second.fetched) {
-                state.violation(std::string(name) + ": the id " + std::to_string(checkout_id) +
-                                " was fetched already");
+                state.violation(Rule::Layers, about_id(name, checkout_id) + " was fetched already");
                 return PF_Err_BAD_CALLBACK_PARAM;
             }
             checkout->second.fetched = true;
@@ -112,8 +113,8 @@ PF_Err checkin_layer_pixels(PF_ProgPtr effect_ref, A_long checkout_id) {
             }
             const auto checkout = frame->layers.find(checkout_id);
             if (checkout == frame->layers.end() || !checkout->second.held) {
-                state.violation(std::string(name) + ": the id " + std::to_string(checkout_id) +
-                                " is not checked out");
+                state.violation(Rule::LayerNotHeld,
+                                about_id(name, checkout_id) + " is not checked out");
                 return PF_Err_BAD_CALLBACK_PARAM;
             }
             checkout->second.held = false;
@@ -132,7 +133,7 @@ PF_Err checkout_output(PF_ProgPtr effect_ref, PF_EffectWorld** output_out) {
             std::any_of(frame->layers.begin(), frame->layers.end(),
                         [](const auto& layer) { return layer.second.fetched; });
         if (!frame->layers.empty() && !any_fetched) {
-            state.violation(std::string(name) + ": the output is asked for before any input");
+            state.refuse(name, "the output is asked for before any input");
         }
         frame->output_out = true;
         *output_out = &frame->output_record;

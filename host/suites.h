@@ -4,18 +4,26 @@
 #include <host/session.h>
 #include <host_api/effect_interface.h>
 
+#include <span>
 #include <string_view>
 
 namespace host {
 
-/// Where the plug-in gets all others.
+/// The suite through which the plug-in gets all others.
 SPBasicSuite* basic_suite();
 
-/// What a host of that name offers: Premiere has none of the AEGP suites and few of the others.
+/// The table of a suite as that application offers it; null when it does not.
 const void* find_suite(Application application, std::string_view name, int version);
 
-// Tables; null when there is none of that name and version.
-const void* find_pf_suite(std::string_view name, int version);
-const void* find_aegp_suite(std::string_view name, int version);
+struct OfferedSuite {
+    std::string_view name;
+    const void* table;
+    int version;
+    bool in_after_effects;
+    bool in_premiere;
+};
+
+std::span<const OfferedSuite> pf_suites();
+std::span<const OfferedSuite> aegp_suites();
 
 }  // namespace host

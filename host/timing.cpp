@@ -37,7 +37,7 @@ Time checked_time(double value, std::uint64_t scale) {
     return {static_cast<std::int32_t>(value), static_cast<std::uint32_t>(scale)};
 }
 
-/// The composition's scale and what follows from it.
+/// The scale of a composition, called S in the header.
 struct Clock {
     std::uint64_t num;  ///< frames a second, lowest terms
     std::uint64_t den;

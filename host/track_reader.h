@@ -1,8 +1,6 @@
 // Numbers over time, as a scene writes them.
 #pragma once
 
-#include "json_node.h"
-
 #include <host/scene.h>
 
 #include <array>
@@ -10,6 +8,8 @@
 #include <functional>
 #include <string>
 #include <vector>
+
+#include "json_node.h"
 
 namespace host {
 
@@ -41,7 +41,7 @@ Track read_track(const JsonNode& node, const NumberRule& rule);
 /// A number, or keys that all have the same value: for what does not change over time.
 double read_constant(const JsonNode& node, const NumberRule& rule);
 
-/// One track an element, of whole values at the keys' times.
+/// One track for each element; `values` has the elements of each key.
 std::vector<Track> split_keys(const std::vector<KeyNode>& keys,
                               const std::vector<std::vector<double>>& values);
 

@@ -1,7 +1,9 @@
 // The utility callbacks: fills and pixel access, handles, text.
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <string>
 
 #include "callbacks.h"
@@ -11,29 +13,15 @@
 namespace host {
 namespace {
 
-/// The frame's own world behind a record; null for any other.
-World* world_of(HostState& state, const PF_EffectWorld* record) {
-    FrameState* const frame = state.frame;
-    if (frame == nullptr || !frame->rendering || record == nullptr) {
-        return nullptr;
-    }
-    if (record == &frame->output_record) {
-        return &frame->output;
-    }
-    return record == &frame->input_record ? &frame->input : nullptr;
-}
-
 /// The first pixel of a world if it has the depth asked for. `interpreted` stands in for the
 /// world's own data when given.
 template <class Pixel>
 PF_Err pixel_data(const char* name, Depth depth, PF_EffectWorld* record, PF_Pixel* interpreted,
                   Pixel** pixels_out) {
     return answer_call(name, "", [&](HostState& state) -> PF_Err {
-        World* const world = world_of(state, record);
+        const World* const world = state.world_of(record);
         if (world == nullptr || pixels_out == nullptr) {
-            state.violation(std::string(name) +
-                            ": null, or a world that this host did not hand out");
-            return PF_Err_BAD_CALLBACK_PARAM;
+            return state.refuse(name, kNotHandedOut);
         }
         void* const first = interpreted != nullptr ? interpreted : record->data;
         *pixels_out = world->depth() == depth ? static_cast<Pixel*>(first) : nullptr;
@@ -75,11 +63,12 @@ bool note_text(const char* name, const A_char* to) {
 
 void note_cut(const char* name) {
     if (HostState* const state = HostState::current()) {
-        state->violation(std::string(name) + ": the text for return_msg is longer than it");
+        state->violation(Rule::Messages,
+                         std::string(name) + ": the text for return_msg is longer than it");
     }
 }
 
-/// The running session, if the handle is its own and the function may do its work.
+/// The running session; null if the handle is not its own or the filter makes the call fail.
 HostState* handle_owner(const char* name, PF_Handle handle, bool can_fail) {
     HostState* const state = HostState::called();
     if (state == nullptr) {
@@ -89,7 +78,7 @@ HostState* handle_owner(const char* name, PF_Handle handle, bool can_fail) {
         return nullptr;
     }
     if (!state->handles.owns(handle)) {
-        state->violation(std::string(name) + ": not a handle of this host, or disposed of already");
+        state->refuse(name, "not a handle of this host, or disposed of already");
         return nullptr;
     }
     return state;
@@ -97,19 +86,18 @@ HostState* handle_owner(const char* name, PF_Handle handle, bool can_fail) {
 
 }  // namespace
 
-PF_Err fill_world(PF_ProgPtr effect_ref, const PF_Pixel* color, const PF_Rect* area,
+PF_Err fill_world(PF_ProgPtr effect_ref, const PF_Pixel* colour, const PF_Rect* area,
                   PF_EffectWorld* record) {
     return answer_effect_call("fill", effect_ref, "", [&](HostState& state) -> PF_Err {
-        World* const world = world_of(state, record);
-        // Premiere Pro fills whatever it has; in After Effects deeper worlds have their own
-        // functions.
+        World* const world = state.world_of(record);
+        // Premiere Pro fills worlds of any depth; After Effects has other functions for deeper
+        // worlds.
         const bool any_depth = state.premiere();
         if (world == nullptr || (world->depth() != Depth::Bits8 && !any_depth)) {
-            state.violation(any_depth ? "fill: not a world of this host"
-                                      : "fill: not an 8-bit world of this host");
-            return PF_Err_BAD_CALLBACK_PARAM;
+            return state.refuse(
+                "fill", any_depth ? "not a world of this host" : "not an 8-bit world of this host");
         }
-        const PF_Pixel pixel = color != nullptr ? *color : PF_Pixel{};
+        const PF_Pixel pixel = colour != nullptr ? *colour : PF_Pixel{};
         const Rect part = area != nullptr ? Rect{area->left, area->top, area->right, area->bottom}
                                           : Rect{0, 0, world->width(), world->height()};
         world->fill(part, {pixel.alpha, pixel.red, pixel.green, pixel.blue});
@@ -145,15 +133,14 @@ A_HandleSize handle_size(PF_Handle handle) {
 }
 
 PF_Err resize_handle(A_HandleSize bytes, PF_Handle* handle) {
-    return answer_call("host_resize_handle", "bytes=" + std::to_string(bytes),
-                       [&](HostState& state) -> PF_Err {
-                           if (handle == nullptr || !state.handles.owns(*handle)) {
-                               state.violation("host_resize_handle: not a handle of this host");
-                               return PF_Err_BAD_CALLBACK_PARAM;
-                           }
-                           state.handles.resize(*handle, bytes);
-                           return PF_Err_NONE;
-                       });
+    return answer_call(
+        "host_resize_handle", "bytes=" + std::to_string(bytes), [&](HostState& state) -> PF_Err {
+            if (handle == nullptr || !state.handles.owns(*handle)) {
+                return state.refuse("host_resize_handle", "not a handle of this host");
+            }
+            state.handles.resize(*handle, bytes);
+            return PF_Err_NONE;
+        });
 }
 
 int format_text(A_char* out, const A_char* format, ...) {
@@ -167,7 +154,7 @@ int format_text(A_char* out, const A_char* format, ...) {
     if (room != 0) {
         length = std::vsnprintf(out, room, format, arguments);
     } else {
-        // Elsewhere than in the message the buffer's size is the plug-in's own affair.
+        // The host does not know the size of other buffers.
         length = std::vsprintf(out, format, arguments);
     }
     va_end(arguments);
@@ -194,78 +181,37 @@ A_char* copy_text(A_char* to, const A_char* from) {
 
 PF_UtilCallbacks util_callbacks() {
     return {
-        UNPROVIDED("utils", begin_sampling),
-        UNPROVIDED("utils", subpixel_sample),
-        UNPROVIDED("utils", area_sample),
+        UNPROVIDED("utils", begin_sampling, subpixel_sample, area_sample),
         .get_batch_func_is_deprecated = nullptr,
-        UNPROVIDED("utils", end_sampling),
-        UNPROVIDED("utils", composite_rect),
-        UNPROVIDED("utils", blend),
-        UNPROVIDED("utils", convolve),
-        UNPROVIDED("utils", copy),
+        UNPROVIDED("utils", end_sampling, composite_rect, blend, convolve, copy),
         .fill = fill_world,
-        UNPROVIDED("utils", gaussian_kernel),
-        UNPROVIDED("utils", iterate),
-        UNPROVIDED("utils", premultiply),
-        UNPROVIDED("utils", premultiply_color),
-        UNPROVIDED("utils", new_world),
-        UNPROVIDED("utils", dispose_world),
-        UNPROVIDED("utils", iterate_origin),
-        UNPROVIDED("utils", iterate_lut),
-        UNPROVIDED("utils", transfer_rect),
-        UNPROVIDED("utils", transform_world),
+        UNPROVIDED("utils", gaussian_kernel, iterate, premultiply, premultiply_color, new_world,
+                   dispose_world, iterate_origin, iterate_lut, transfer_rect, transform_world),
         .host_new_handle = new_handle,
         .host_lock_handle = lock_handle,
         .host_unlock_handle = unlock_handle,
         .host_dispose_handle = dispose_handle,
-        UNPROVIDED("utils", get_callback_addr),
-        UNPROVIDED("utils", app),
+        UNPROVIDED("utils", get_callback_addr, app),
         .ansi =
             {
-                UNPROVIDED("utils ansi", atan),
-                UNPROVIDED("utils ansi", atan2),
-                UNPROVIDED("utils ansi", ceil),
-                UNPROVIDED("utils ansi", cos),
-                UNPROVIDED("utils ansi", exp),
-                UNPROVIDED("utils ansi", fabs),
-                UNPROVIDED("utils ansi", floor),
-                UNPROVIDED("utils ansi", fmod),
-                UNPROVIDED("utils ansi", hypot),
-                UNPROVIDED("utils ansi", log),
-                UNPROVIDED("utils ansi", log10),
-                UNPROVIDED("utils ansi", pow),
-                UNPROVIDED("utils ansi", sin),
-                UNPROVIDED("utils ansi", sqrt),
-                UNPROVIDED("utils ansi", tan),
+                UNPROVIDED("utils ansi", atan, atan2, ceil, cos, exp, fabs, floor, fmod, hypot, log,
+                           log10, pow, sin, sqrt, tan),
                 .sprintf = format_text,
                 .strcpy = copy_text,
-                UNPROVIDED("utils ansi", asin),
-                UNPROVIDED("utils ansi", acos),
+                UNPROVIDED("utils ansi", asin, acos),
                 .unused_longA = {},
             },
         .colorCB =
             {
-                UNPROVIDED("utils colorCB", RGBtoHLS),
-                UNPROVIDED("utils colorCB", HLStoRGB),
-                UNPROVIDED("utils colorCB", RGBtoYIQ),
-                UNPROVIDED("utils colorCB", YIQtoRGB),
-                UNPROVIDED("utils colorCB", Luminance),
-                UNPROVIDED("utils colorCB", Hue),
-                UNPROVIDED("utils colorCB", Lightness),
-                UNPROVIDED("utils colorCB", Saturation),
+                UNPROVIDED("utils colorCB", RGBtoHLS, HLStoRGB, RGBtoYIQ, YIQtoRGB, Luminance, Hue,
+                           Lightness, Saturation),
             },
         UNPROVIDED("utils", get_platform_data),
         .host_get_handle_size = handle_size,
-        UNPROVIDED("utils", iterate_origin_non_clip_src),
-        UNPROVIDED("utils", iterate_generic),
+        UNPROVIDED("utils", iterate_origin_non_clip_src, iterate_generic),
         .host_resize_handle = resize_handle,
-        UNPROVIDED("utils", subpixel_sample16),
-        UNPROVIDED("utils", area_sample16),
-        UNPROVIDED("utils", fill16),
-        UNPROVIDED("utils", premultiply_color16),
-        UNPROVIDED("utils", iterate16),
-        UNPROVIDED("utils", iterate_origin16),
-        UNPROVIDED("utils", iterate_origin_non_clip_src16),
+        UNPROVIDED("utils", subpixel_sample16, area_sample16, fill16, premultiply_color16,
+                   iterate16, iterate_origin16, iterate_origin_non_clip_src16),
         .get_pixel_data8 = get_pixel_data8,
         .get_pixel_data16 = get_pixel_data16,
         .reserved = {},

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <limits>
 #include <stdexcept>
+#include <string>
+#include <type_traits>
 #include <vector>
 
 namespace host {
@@ -14,9 +16,9 @@ constexpr std::byte kGuard{0xC3};
 constexpr int kWhite8 = 255;
 constexpr int kWhite16 = 32768;
 
-/// Bytes before the first row and behind the last: more than a row, so that what lands a row too
-/// high or too low lands in them. Not a multiple of 16: pixels of a host are not aligned for vector
-/// loads.
+/// Bytes before the first row and behind the last: more than a row, so that they catch a row drawn
+/// too high or too low. Not a multiple of 16, since the pixels of real hosts are not aligned for
+/// vector loads.
 std::uint64_t guard_bytes(std::int64_t row_bytes) {
     constexpr std::uint64_t beyond_a_row = 4096;
     constexpr std::uint64_t vector = 16;
@@ -36,46 +38,32 @@ std::optional<std::size_t> first_overwritten(const std::byte* bytes, std::size_t
 }
 
 template <class Channel>
-Channel channel_of(std::uint8_t value);
-
-template <>
-std::uint8_t channel_of(std::uint8_t value) {
-    return value;
+Channel channel_of(std::uint8_t value) {
+    if constexpr (std::is_same_v<Channel, std::uint8_t>) {
+        return value;
+    } else if constexpr (std::is_same_v<Channel, std::uint16_t>) {
+        return static_cast<Channel>((value * kWhite16 + kWhite8 / 2) / kWhite8);
+    } else {
+        return static_cast<Channel>(value) / Channel{kWhite8};
+    }
 }
 
-template <>
-std::uint16_t channel_of(std::uint8_t value) {
-    return static_cast<std::uint16_t>((value * kWhite16 + kWhite8 / 2) / kWhite8);
-}
-
-template <>
-float channel_of(std::uint8_t value) {
-    return static_cast<float>(value) / static_cast<float>(kWhite8);
-}
-
-// The pattern: a line of channels with codes from 1 to 32768 that leap about; each row begins a
-// pixel further on in it than the one above, and after some rows anew.
+// The pattern is taken from a line of channels, codes from 1 to 32768 that differ much from one to
+// the next. Each row begins a pixel further on in the line; after kPatternRows it starts over.
 constexpr int kPatternStart = 23456;
 constexpr int kPatternLeap = 12345;
 constexpr int kPatternRows = 61;
 
 template <class Channel>
-Channel channel_of_code(int code);
-
-template <>
-std::uint8_t channel_of_code(int code) {
-    return static_cast<std::uint8_t>(1 + code % kWhite8);
-}
-
-template <>
-std::uint16_t channel_of_code(int code) {
-    return static_cast<std::uint16_t>(code);
-}
-
-template <>
-float channel_of_code(int code) {
-    // By a prime, so that all bytes of the quotient differ from channel to channel.
-    return static_cast<float>(code) / 32771.0F;
+Channel channel_of_code(int code) {
+    if constexpr (std::is_same_v<Channel, std::uint8_t>) {
+        return static_cast<Channel>(1 + code % kWhite8);
+    } else if constexpr (std::is_same_v<Channel, std::uint16_t>) {
+        return static_cast<Channel>(code);
+    } else {
+        // Divided by a prime, so that every byte of the quotient varies.
+        return static_cast<Channel>(code) / 32771.0F;
+    }
 }
 
 template <class Channel>
@@ -126,7 +114,7 @@ World::World(int width, int height, Depth depth, int row_padding, ChannelOrder o
             "a world needs a size of 0 or more and rows padded by whole words");
     }
     const std::int64_t row = std::int64_t{width} * bytes_per_pixel(depth) + row_padding;
-    // A row that a stride can hold leaves these sums far below 2^64.
+    // If the row fits a stride of 32 bits, these sums stay far below 2^64.
     const std::uint64_t guard = guard_bytes(row);
     const bool strided = row <= std::numeric_limits<std::int32_t>::max();
     const std::uint64_t size =

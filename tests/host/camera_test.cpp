@@ -1,9 +1,7 @@
 // The cameras, by hand where axes are turned by right angles, and against spherical trigonometry.
-#include <host/camera.h>
-
 #include <base/newmatrix.h>
-
 #include <gtest/gtest.h>
+#include <host/camera.h>
 
 #include <array>
 #include <cmath>
@@ -159,19 +157,15 @@ TEST(LookAt, StandsAtTheOrigin) {
     EXPECT_EQ(m[15], 1.0);
 }
 
-TEST(LookAt, RightAscension90IsStraightAhead) {
+TEST(LookAt, TurnsFromStraightAheadAsOrientationsDo) {
     expect_near(look_at(90.0, 0.0)->layer_to_world(0.0),
                 {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
-}
-
-TEST(LookAt, RollIsWhatAZOrientationIs) {
-    const auto placed = host::placed_camera({0.0, 0.0, 0.0}, {0.0, 0.0, 30.0}, Lens::zoom(1.0));
-    expect_near(look_at(90.0, 0.0, 30.0)->layer_to_world(0.0), placed->layer_to_world(0.0));
-}
-
-TEST(LookAt, DeclinationIsWhatAnXOrientationIs) {
-    const auto placed = host::placed_camera({0.0, 0.0, 0.0}, {20.0, 0.0, 0.0}, Lens::zoom(1.0));
-    expect_near(look_at(90.0, 20.0)->layer_to_world(0.0), placed->layer_to_world(0.0));
+    const auto placed = [](double x, double z) {
+        return host::placed_camera({0.0, 0.0, 0.0}, {x, 0.0, z}, Lens::zoom(1.0))
+            ->layer_to_world(0.0);
+    };
+    expect_near(look_at(90.0, 0.0, 30.0)->layer_to_world(0.0), placed(0.0, 30.0));
+    expect_near(look_at(90.0, 20.0)->layer_to_world(0.0), placed(20.0, 0.0));
 }
 
 TEST(LookAt, EveryAngleIsTakenAtItsTime) {
@@ -194,37 +188,27 @@ TEST(Placed, WithoutOrientationItsAxesAreTheWorlds) {
                 {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 10, 20, 30, 1});
 }
 
-TEST(Placed, AQuarterAboutXLooksUp) {
-    // Ahead (z) goes up, which is -y; down (y) goes ahead.
-    const Matrix m = turned(90, 0, 0)->layer_to_world(0.0);
-    expect_near(times({0, 0, 1, 0}, m), {0, -1, 0, 0});
-    expect_near(times({0, 1, 0, 0}, m), {0, 0, 1, 0});
-    expect_near(times({1, 0, 0, 0}, m), {1, 0, 0, 0});
-}
-
-TEST(Placed, AQuarterAboutYLooksRight) {
-    const Matrix m = turned(0, 90, 0)->layer_to_world(0.0);
-    expect_near(times({0, 0, 1, 0}, m), {1, 0, 0, 0});
-    expect_near(times({1, 0, 0, 0}, m), {0, 0, -1, 0});
-    expect_near(times({0, 1, 0, 0}, m), {0, 1, 0, 0});
-}
-
-TEST(Placed, AQuarterAboutZTurnsClockwise) {
-    // The camera's right goes down.
-    const Matrix m = turned(0, 0, 90)->layer_to_world(0.0);
-    expect_near(times({1, 0, 0, 0}, m), {0, 1, 0, 0});
-    expect_near(times({0, 1, 0, 0}, m), {-1, 0, 0, 0});
-    expect_near(times({0, 0, 1, 0}, m), {0, 0, 1, 0});
-}
-
-TEST(Placed, TurnsAboutZThenYThenX) {
-    // x goes by z to y, by y nowhere, by x to z.
-    const Matrix all = turned(90, 90, 90)->layer_to_world(0.0);
-    expect_near(times({1, 0, 0, 0}, all), {0, 0, 1, 0});
-    // z: not by z, by y to x, by x nowhere.
-    expect_near(times({0, 0, 1, 0}, all), {1, 0, 0, 0});
-    // y: by z to -x, by y to z, by x to -y.
-    expect_near(times({0, 1, 0, 0}, all), {0, -1, 0, 0});
+TEST(Placed, TurnsByQuarters) {
+    // Where right (x), down (y) and ahead (z) go.
+    const struct {
+        double about_x, about_y, about_z;
+        std::array<double, 4> right, down, ahead;
+    } cases[] = {
+        // Ahead goes up, which is -y; down goes ahead.
+        {90, 0, 0, {1, 0, 0, 0}, {0, 0, 1, 0}, {0, -1, 0, 0}},
+        {0, 90, 0, {0, 0, -1, 0}, {0, 1, 0, 0}, {1, 0, 0, 0}},
+        // Clockwise: the camera's right goes down.
+        {0, 0, 90, {0, 1, 0, 0}, {-1, 0, 0, 0}, {0, 0, 1, 0}},
+        // About z, then y, then x. Right: by z to y, by y nowhere, by x to z. Down: by z to -x, by
+        // y to z, by x to -y. Ahead: not by z, by y to x, by x nowhere.
+        {90, 90, 90, {0, 0, 1, 0}, {0, -1, 0, 0}, {1, 0, 0, 0}},
+    };
+    for (const auto& each : cases) {
+        const Matrix m = turned(each.about_x, each.about_y, each.about_z)->layer_to_world(0.0);
+        expect_near(times({1, 0, 0, 0}, m), each.right);
+        expect_near(times({0, 1, 0, 0}, m), each.down);
+        expect_near(times({0, 0, 1, 0}, m), each.ahead);
+    }
 }
 
 TEST(Placed, MatchesThreeTurnsOneAfterAnother) {

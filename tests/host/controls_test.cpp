@@ -2,6 +2,7 @@
 #include <host/controls.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -119,63 +120,44 @@ TEST(ControlValues, AcceptTheEndsOfTheValidRange) {
     EXPECT_EQ(refusal(setting("Motion Blur Segments", Track(100.0))), "accepted");
 }
 
-TEST(ControlValues, RefuseAnUnknownControlWithTheLikelyName) {
-    EXPECT_EQ(refusal(setting("Star Brightnes", Track(1.0))),
-              "s.json: /controls/Star Brightnes: the effect has no control \"Star Brightnes\"; "
-              "did you mean \"Star Brightness\"?");
-    EXPECT_EQ(refusal(setting("tint colour", Track(1.0))),
-              "s.json: /controls/tint colour: the effect has no control \"tint colour\"; "
-              "did you mean \"Tint Color\"?");
-    EXPECT_EQ(refusal(setting("Warp", Track(1.0))),
-              "s.json: /controls/Warp: the effect has no control \"Warp\"");
-}
-
-TEST(ControlValues, NeverSetALayer) {
-    EXPECT_EQ(refusal(setting("Mask Layer", Track(1.0))),
-              "s.json: /controls/Mask Layer: the effect has no control \"Mask Layer\"");
-}
-
-TEST(ControlValues, RefuseWhatIsOutOfRange) {
-    EXPECT_EQ(
-        refusal(setting("Star Brightness", Track(1000.5))),
-        "s.json: /controls/Star Brightness: \"Star Brightness\" takes a number from 0 to 1000, "
-        "not 1000.5");
-    EXPECT_EQ(
-        refusal(setting("Star Brightness", Track({{0.0, 1.0}, {1.0, -1.0}}))),
-        "s.json: /controls/Star Brightness: \"Star Brightness\" takes a number from 0 to 1000, "
-        "not -1");
-    EXPECT_EQ(refusal(setting("Projection", Track(0.0))),
-              "s.json: /controls/Projection: \"Projection\" takes one of \"Persp\", \"HemiSph\", "
-              "\"AzEqu\" or its number from 1 to 3, not 0");
-    EXPECT_EQ(refusal(setting("Projection", Track(1.5))),
-              "s.json: /controls/Projection: \"Projection\" takes one of \"Persp\", \"HemiSph\", "
-              "\"AzEqu\" or its number from 1 to 3, not 1.5");
-    EXPECT_EQ(refusal(setting("3D Stars", Track(2.0))),
-              "s.json: /controls/3D Stars: \"3D Stars\" takes true or false, not 2");
-    EXPECT_EQ(refusal(setting("Tint Color", Colour{{Track(0.0), Track(256.0), Track(0.0)}})),
-              "s.json: /controls/Tint Color: \"Tint Color\" takes a colour of red, green and blue "
-              "from 0 to 255, not 256");
-}
-
-TEST(ControlValues, RefuseAValueOfAnotherKind) {
-    EXPECT_EQ(
-        refusal(setting("Star Brightness", std::string("bright"))),
-        "s.json: /controls/Star Brightness: \"Star Brightness\" is a float slider and takes a "
-        "number from 0 to 1000");
-    EXPECT_EQ(refusal(setting("Tint Color", Track(3.0))),
-              "s.json: /controls/Tint Color: \"Tint Color\" is a colour and takes a colour of red, "
-              "green and blue from 0 to 255");
-    EXPECT_EQ(refusal(setting("3D Stars", Colour{})),
-              "s.json: /controls/3D Stars: \"3D Stars\" is a checkbox and takes true or false");
-}
-
-TEST(ControlValues, RefuseAnUnknownChoice) {
-    EXPECT_EQ(refusal(setting("Projection", std::string("persp"))),
-              "s.json: /controls/Projection: \"Projection\" has no choice \"persp\"; did you mean "
-              "\"Persp\"?");
-    EXPECT_EQ(refusal(setting("Projection", std::string("Mercator"))),
-              "s.json: /controls/Projection: \"Projection\" has no choice \"Mercator\"; it has "
-              "\"Persp\", \"HemiSph\", \"AzEqu\"");
+TEST(ControlValues, RefuseWhatDoesNotFitTheirControl) {
+    const std::string range = "takes a number from 0 to 1000";
+    const std::string choices =
+        "\"Projection\" takes one of \"Persp\", \"HemiSph\", \"AzEqu\" or its number from 1 to 3, "
+        "not ";
+    const std::string colour = "takes a colour of red, green and blue from 0 to 255";
+    const std::pair<ControlSetting, std::string> rows[] = {
+        // Unknown controls, with the likely name; layers are never set.
+        {setting("Star Brightnes", Track(1.0)),
+         "the effect has no control \"Star Brightnes\"; did you mean \"Star Brightness\"?"},
+        {setting("tint colour", Track(1.0)),
+         "the effect has no control \"tint colour\"; did you mean \"Tint Color\"?"},
+        {setting("Warp", Track(1.0)), "the effect has no control \"Warp\""},
+        {setting("Mask Layer", Track(1.0)), "the effect has no control \"Mask Layer\""},
+        // Out of range.
+        {setting("Star Brightness", Track(1000.5)),
+         "\"Star Brightness\" " + range + ", not 1000.5"},
+        {setting("Star Brightness", Track({{0.0, 1.0}, {1.0, -1.0}})),
+         "\"Star Brightness\" " + range + ", not -1"},
+        {setting("Projection", Track(0.0)), choices + "0"},
+        {setting("Projection", Track(1.5)), choices + "1.5"},
+        {setting("3D Stars", Track(2.0)), "\"3D Stars\" takes true or false, not 2"},
+        {setting("Tint Color", Colour{{Track(0.0), Track(256.0), Track(0.0)}}),
+         "\"Tint Color\" " + colour + ", not 256"},
+        // Of another kind.
+        {setting("Star Brightness", std::string("bright")),
+         "\"Star Brightness\" is a float slider and " + range},
+        {setting("Tint Color", Track(3.0)), "\"Tint Color\" is a colour and " + colour},
+        {setting("3D Stars", Colour{}), "\"3D Stars\" is a checkbox and takes true or false"},
+        // Unknown choices.
+        {setting("Projection", std::string("persp")),
+         "\"Projection\" has no choice \"persp\"; did you mean \"Persp\"?"},
+        {setting("Projection", std::string("Mercator")),
+         "\"Projection\" has no choice \"Mercator\"; it has \"Persp\", \"HemiSph\", \"AzEqu\""},
+    };
+    for (const auto& [set, error] : rows) {
+        EXPECT_EQ(refusal(set), "s.json: /controls/" + set.name + ": " + error);
+    }
 }
 
 }  // namespace

@@ -10,22 +10,18 @@
 #include <string>
 #include <vector>
 
-#include "modules/test_effect.h"
-#include "session_scene.h"
+#include "effect_frames.h"
+#include "random_faults.h"
 
 namespace {
 
+using namespace effect_frames;
 using namespace test_effect;
 using host::CallFault;
 using host::FaultPlan;
 using host::Frame;
-using host::RandomFaults;
 using host::Session;
 using session_scene::small_scene;
-
-double fact(const Frame& frame, int which) {
-    return static_cast<double>(frame.world.pixel<float>(which, 0)[1]);
-}
 
 class Faults : public testing::Test {
 protected:

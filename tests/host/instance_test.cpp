@@ -9,11 +9,11 @@
 #include <utility>
 #include <vector>
 
-#include "modules/test_effect.h"
-#include "session_scene.h"
+#include "effect_frames.h"
 
 namespace {
 
+using namespace effect_frames;
 using namespace test_effect;
 using host::EffectInstance;
 using host::Frame;
@@ -27,28 +27,7 @@ using host::Track;
 using session_scene::set;
 using session_scene::small_scene;
 
-double fact(const Frame& frame, int which) {
-    return static_cast<double>(frame.world.pixel<float>(which, 0)[1]);
-}
-
-std::vector<std::string> commands(const std::vector<host::Call>& calls) {
-    std::vector<std::string> found;
-    for (const host::Call& call : calls) {
-        if (call.name.rfind("PF_Cmd", 0) == 0) {
-            found.push_back(call.name);
-        }
-    }
-    return found;
-}
-
-auto calls_of(const std::vector<host::Call>& calls, const std::string& name) {
-    return std::count_if(calls.begin(), calls.end(),
-                         [&](const host::Call& call) { return call.name == name; });
-}
-
-void expect_no_violation(const Session& session) {
-    EXPECT_EQ(session.violations(), std::vector<std::string>{});
-}
+void expect_no_violation(const Session& session) { EXPECT_EQ(joined(session.violations()), ""); }
 
 class Instances : public testing::Test {
 protected:
@@ -66,7 +45,7 @@ TEST_F(Instances, BeginAndEndTheirOwnSequences) {
         const EffectInstance two(session, project);
     }
     session.close();
-    EXPECT_EQ(commands(session.calls()),
+    EXPECT_EQ(names(session.calls(), "PF_Cmd"),
               (std::vector<std::string>{
                   "PF_Cmd_GLOBAL_SETUP", "PF_Cmd_PARAMS_SETUP", "PF_Cmd_SEQUENCE_SETUP",
                   "PF_Cmd_SEQUENCE_SETUP", "PF_Cmd_SEQUENCE_SETUP", "PF_Cmd_SEQUENCE_SETDOWN",
@@ -153,30 +132,19 @@ TEST_F(Instances, AreAskedForAPartOfTheLayer) {
     EXPECT_EQ(frame.world.width(), 56);
     EXPECT_EQ(frame.world.height(), 20);
     EXPECT_EQ(frame.undrawn_pixels, 0u);
-    EXPECT_EQ(fact(frame, kOriginX), 4.0);
-    EXPECT_EQ(fact(frame, kOriginY), 10.0);
-    EXPECT_EQ(fact(frame, kReferenceWidth), 64.0);
-    EXPECT_EQ(fact(frame, kReferenceHeight), 36.0);
-    expect_no_violation(session);
-}
-
-TEST_F(Instances, GetOnlyThePartInsideTheLayer) {
-    RenderOptions options;
+    expect_facts(frame,
+                 {{kOriginX, 4}, {kOriginY, 10}, {kReferenceWidth, 64}, {kReferenceHeight, 36}});
+    // Only the part inside the layer.
     options.region = Rect{-8, 20, 200, 60};
-    EffectInstance effect(session, project);
-    const Frame frame = effect.render(frame_time(0), options);
-    EXPECT_EQ(frame.result_rect, (Rect{0, 20, 64, 36}));
-    EXPECT_EQ(frame.undrawn_pixels, 0u);
-}
-
-TEST_F(Instances, AreNotRenderedForAnEmptyRequest) {
-    RenderOptions options;
+    const Frame beyond = effect.render(frame_time(0), options);
+    EXPECT_EQ(beyond.result_rect, (Rect{0, 20, 64, 36}));
+    EXPECT_EQ(beyond.undrawn_pixels, 0u);
+    // Nothing asked for, nothing rendered.
     options.region = Rect{};
-    EffectInstance effect(session, project);
-    const Frame frame = effect.render(frame_time(0), options);
-    EXPECT_FALSE(frame.rendered);
-    EXPECT_EQ(frame.max_result_rect, (Rect{0, 0, 64, 36}));
-    EXPECT_EQ(frame.data_deletions, 1);
+    const Frame none = effect.render(frame_time(0), options);
+    EXPECT_FALSE(none.rendered);
+    EXPECT_EQ(none.max_result_rect, (Rect{0, 0, 64, 36}));
+    EXPECT_EQ(none.data_deletions, 1);
     expect_no_violation(session);
 }
 
@@ -189,15 +157,16 @@ TEST_F(Instances, HearOfSizePreviewAndPixelAspect) {
     options.height = 20;
     EffectInstance effect(session, project);
     const Frame frame = effect.render(frame_time(0), options);
-    EXPECT_EQ(fact(frame, kInWidth), 128.0);
-    EXPECT_EQ(fact(frame, kInHeight), 80.0);
-    EXPECT_EQ(fact(frame, kItemWidth), 64.0) << "the composition's";
+    // The item is the composition.
+    expect_facts(frame, {{kInWidth, 128},
+                         {kInHeight, 80},
+                         {kItemWidth, 64},
+                         {kReferenceWidth, 64},
+                         {kAspectNum, 10},
+                         {kAspectDen, 11},
+                         {kInputAspectNum, 10},
+                         {kInputAspectDen, 11}});
     EXPECT_EQ(fact(frame, kDownsampleNum) / fact(frame, kDownsampleDen), 0.5);
-    EXPECT_EQ(fact(frame, kReferenceWidth), 64.0);
-    EXPECT_EQ(fact(frame, kAspectNum), 10.0);
-    EXPECT_EQ(fact(frame, kAspectDen), 11.0);
-    EXPECT_EQ(fact(frame, kInputAspectNum), 10.0);
-    EXPECT_EQ(fact(frame, kInputAspectDen), 11.0);
     EXPECT_EQ(frame.world.height(), 20);
 }
 
@@ -250,7 +219,7 @@ TEST_F(Instances, LoseTheirDataOnceHoweverThePreRenderEnds) {
         EXPECT_THROW(effect.render(discarded), std::logic_error);
         discarded.discard();
         // The effect's deleter disposes of its handle.
-        EXPECT_EQ(calls_of(discarded.frame().calls, "host_dispose_handle"), 1);
+        EXPECT_EQ(count(discarded.frame().calls, "host_dispose_handle"), 1);
 
         PreRender forgotten = effect.pre_render(frame_time(1));
         PreRender rendered = effect.pre_render(frame_time(2));
@@ -279,8 +248,7 @@ TEST_F(Instances, AreBlamedForWhatAFrameNeverGivesBack) {
         effect.render(pre);
         expect_no_violation(session);
     }
-    EXPECT_EQ(session.violations(),
-              std::vector<std::string>{"1 host handles were not disposed of"});
+    EXPECT_EQ(joined(session.violations()), "1 host handles were not disposed of");
 }
 
 TEST_F(Instances, ThrowInADeleterIsAViolationWhenNobodyCanBeTold) {
@@ -288,24 +256,19 @@ TEST_F(Instances, ThrowInADeleterIsAViolationWhenNobodyCanBeTold) {
     EffectInstance effect(session, project);
     { const PreRender pre = effect.pre_render(frame_time(0)); }
     ASSERT_EQ(session.violations().size(), 1u);
-    EXPECT_NE(session.violations()[0].find("deleter trouble"), std::string::npos);
+    EXPECT_NE(session.violations()[0].text.find("deleter trouble"), std::string::npos);
     PreRender told = effect.pre_render(frame_time(0));
     EXPECT_THROW(told.discard(), host::ModuleDefect);
 }
 
 TEST(PremiereInstances, HaveNoPreRenders) {
-    host::SessionOptions options;
-    options.application = host::Application::Premiere;
-    Session session(TEST_EFFECT, options);
+    Session session(TEST_EFFECT, in_premiere());
     const Project project(small_scene());
     EffectInstance effect(session, project);
-    RenderOptions eight;
-    eight.depth = host::Depth::Bits8;
+    const RenderOptions eight = at_depth(host::Depth::Bits8);
     EXPECT_THROW(effect.pre_render({0, 24}, eight), host::FrameError);
     const Frame frame = effect.render({0, 24}, eight);
-    EXPECT_EQ(commands(frame.calls),
-              (std::vector<std::string>{"PF_Cmd_QUERY_DYNAMIC_FLAGS", "PF_Cmd_FRAME_SETUP",
-                                        "PF_Cmd_RENDER", "PF_Cmd_FRAME_SETDOWN"}));
+    EXPECT_EQ(names(frame.calls, "PF_Cmd"), kPlainCommands);
     // The effect asks for 16-bit pixels first.
     const auto deep = std::find_if(frame.calls.begin(), frame.calls.end(), [](const auto& call) {
         return call.name == "get_pixel_data16";

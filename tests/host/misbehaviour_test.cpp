@@ -4,11 +4,13 @@
 
 #include <cstddef>
 #include <cstdlib>
-#include <ostream>
 #include <string>
+#include <utility>
 
+#include "modules/noticed.h"
 #include "modules/test_effect.h"
 #include "session_scene.h"
+#include "violations.h"
 
 namespace {
 
@@ -32,111 +34,39 @@ Frame render(Mischief mischief) {
     return session.render(mischievous(mischief), {0, 24});
 }
 
-std::string joined(const std::vector<std::string>& lines) {
-    std::string text;
-    for (const std::string& line : lines) {
-        text += (text.empty() ? "" : "\n") + line;
-    }
-    return text;
-}
-
-struct Noticed {
-    Mischief mischief;
-    const char* violation;
-};
-
-std::ostream& operator<<(std::ostream& out, const Noticed& noticed) {
-    return out << noticed.violation;
-}
-
 class Violation : public testing::TestWithParam<Noticed> {};
+INSTANTIATE_TEST_SUITE_P(Rules, Violation, testing::ValuesIn(kNoticed));
 
 TEST_P(Violation, IsNoticedInThatFrameAndInNoOther) {
     Session session(TEST_EFFECT);
     const Frame bad = session.render(mischievous(GetParam().mischief), {0, 24});
-    EXPECT_EQ(joined(bad.violations), GetParam().violation);
+    EXPECT_EQ(joined(bad.violations), GetParam().text);
+    for (const host::Violation& violation : bad.violations) {
+        EXPECT_EQ(violation.rule, GetParam().rule);
+    }
     const Frame good = session.render(mischievous(kNone), {0, 24});
     EXPECT_EQ(joined(good.violations), "");
-    EXPECT_EQ(joined(session.violations()), GetParam().violation);
+    EXPECT_EQ(joined(session.violations()), GetParam().text);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rules, Violation,
-    testing::Values(
-        Noticed{kWritePastRow,
-                "the plug-in wrote outside the output's pixels: in the padding of row "
-                "1, 3 bytes behind its last pixel"},
-        Noticed{kWriteBefore,
-                "the plug-in wrote outside the output's pixels: 2 bytes before the first pixel"},
-        Noticed{kWriteBehind,
-                "the plug-in wrote outside the output's pixels: 5 bytes behind the last row"},
-        // Rows of 64 float pixels and 20 bytes.
-        Noticed{kWriteRowAbove,
-                "the plug-in wrote outside the output's pixels: 532 bytes before the first pixel"},
-        Noticed{kWriteRowBelow,
-                "the plug-in wrote outside the output's pixels: 512 bytes behind the last row"},
-        Noticed{kWriteInput, "the plug-in wrote to the input layer's pixels"},
-        Noticed{kClearInput, "the plug-in wrote to the input layer's pixels"},
-        Noticed{kHalveInput, "the plug-in wrote to the input layer's pixels"},
-        Noticed{kLeakSuite,
-                "suite \"PF World Suite\" version 2 was acquired 1 times more than it was "
-                "released"},
-        Noticed{kReleaseUnheldSuite, "ReleaseSuite: name=\"PF World Suite\" version=2 is not held"},
-        Noticed{kNoDeleter, "PF_Cmd_SMART_PRE_RENDER: pre-render data without a deleter is lost"},
-        Noticed{kUnknownCheckout,
-                "checkout_layer_pixels: the id 99 was not checked out at pre-render"},
-        Noticed{kFetchTwice, "checkout_layer_pixels: the id 0 was fetched already"},
-        Noticed{kDuplicateCheckout, "checkout_layer: the id 0 is in use"},
-        Noticed{kNegativeCheckout, "checkout_layer: a negative id, -7"},
-        Noticed{kOutputFirst, "checkout_output: the output is asked for before any input"},
-        Noticed{kLargeResult,
-                "PF_Cmd_SMART_PRE_RENDER: the result rectangle reaches beyond the request"},
-        Noticed{kOverlongMessage, "sprintf: the text for return_msg is longer than it"},
-        Noticed{kUnterminatedMessage,
-                "PF_Cmd_SMART_RENDER: return_msg has no terminator within its 256 characters"},
-        Noticed{kLeakHandle, "1 host handles were not disposed of"},
-        Noticed{kCallFromThread, "3 calls from a thread without a command"},
-        Noticed{kDisposeTwice,
-                "host_dispose_handle: not a handle of this host, or disposed of already"},
-        Noticed{kRubbishForCallbacks,
-                "PF_Cmd_SMART_RENDER: the callbacks' slot holds neither them nor a handle"},
-        Noticed{kChangeFlags,
-                "PF_Cmd_SMART_PRE_RENDER: out_flags was changed\n"
-                "PF_Cmd_SMART_PRE_RENDER: out_flags2 was changed"},
-        Noticed{kWriteInData, "PF_Cmd_SMART_PRE_RENDER: the input record was written to"},
-        Noticed{kWriteRenderInput,
-                "PF_Cmd_SMART_RENDER: the render input's record was written to\n"
-                "PF_Cmd_SMART_RENDER: the output world's record was written to\n"
-                "PF_Cmd_SMART_RENDER: the input world's record was written to"},
-        Noticed{kChangeCount, "PF_Cmd_SMART_RENDER: num_params was changed"},
-        Noticed{kZeroTimeScale, "checkout_param: null, a time scale of 0, or no frame being made"},
-        Noticed{kUnknownParameter, "checkout_param: no parameter 99"},
-        Noticed{kForeignWorld,
-                "PF_GetPixelFormat: null, or a world that this host did not hand out"}));
-
 TEST(Misbehaviour, AnExceptionOutOfTheEntryPointIsADefectOfTheModule) {
+    const std::pair<Mischief, const char*> defects[] = {
+        {kThrowStandard, "std::runtime_error (\"boom\") left it during PF_Cmd_SMART_RENDER"},
+        {kThrowForeign, "(anonymous namespace)::ForeignTrouble left it during PF_Cmd_SMART_RENDER"},
+        {kThrowNumber, "int (516) left it during PF_Cmd_SMART_RENDER"},
+        {kThrowInDeleter,
+         "std::runtime_error (\"deleter trouble\") left it during the deletion of its pre-render "
+         "data"}};
     Session session(TEST_EFFECT);
-    const auto defect = [&](Mischief mischief) -> std::string {
+    for (const auto& [mischief, what] : defects) {
         try {
             session.render(mischievous(mischief), {0, 24});
+            ADD_FAILURE() << what;
         } catch (const host::ModuleDefect& error) {
-            return error.what();
+            EXPECT_EQ(error.what(), "defect of the plug-in: an exception of type " +
+                                        std::string(what) + "; a real host would have crashed");
         }
-        return "none";
-    };
-    EXPECT_EQ(defect(kThrowStandard),
-              "defect of the plug-in: an exception of type std::runtime_error (\"boom\") left it "
-              "during PF_Cmd_SMART_RENDER; a real host would have crashed");
-    EXPECT_EQ(defect(kThrowForeign),
-              "defect of the plug-in: an exception of type (anonymous namespace)::ForeignTrouble "
-              "left it during PF_Cmd_SMART_RENDER; a real host would have crashed");
-    EXPECT_EQ(defect(kThrowNumber),
-              "defect of the plug-in: an exception of type int (516) left it during "
-              "PF_Cmd_SMART_RENDER; a real host would have crashed");
-    EXPECT_EQ(
-        defect(kThrowInDeleter),
-        "defect of the plug-in: an exception of type std::runtime_error (\"deleter trouble\") "
-        "left it during the deletion of its pre-render data; a real host would have crashed");
+    }
     EXPECT_EQ(session.live_handles(), 0u) << "the pre-render data was deleted all the same";
     EXPECT_TRUE(session.render(mischievous(kNone), {0, 24}).drawn) << "the session goes on";
 }
@@ -148,19 +78,14 @@ TEST(Misbehaviour, WishesOfTheMomentAndDynamicFlagsAreNone) {
     EXPECT_EQ(joined(session.violations()), "");
 }
 
-TEST(Misbehaviour, AnUndrawnFrameIsSeen) {
-    const Frame frame = render(kDrawNothing);
-    EXPECT_EQ(frame.status, 0);
-    EXPECT_TRUE(frame.rendered);
-    EXPECT_FALSE(frame.drawn);
-    EXPECT_EQ(frame.undrawn_pixels, 64u * 36u);
-}
-
 TEST(Misbehaviour, WhatIsLeftUndrawnHoldsTheMarkWishedFor) {
     Session session(TEST_EFFECT);
     RenderOptions options;
     options.mark = std::byte{0x11};
     const Frame blank = session.render(mischievous(kDrawNothing), {0, 24}, options);
+    EXPECT_EQ(blank.status, 0);
+    EXPECT_TRUE(blank.rendered);
+    EXPECT_FALSE(blank.drawn);
     EXPECT_EQ(blank.undrawn_pixels, 64u * 36u);
     EXPECT_EQ(blank.world.row(35)[63 * 16 + 15], std::byte{0x11});
     const Frame drawn = session.render(mischievous(kNone), {0, 24}, options);
@@ -229,18 +154,15 @@ TEST(MisbehaviourDeathTest, ASlotThatIsNotProvidedAbortsWithItsName) {
                  "this host does not provide");
 }
 
+constexpr char kHeldSuite[] =
+    "suite \"PF Handle Suite\" version 2 was acquired 1 times more than it was released";
+
 /// A set-up fault for the length of a test.
 class SetUpFault : public testing::Test {
 protected:
     static void choose(const char* fault) { setenv("SET_UP_FAULT", fault, 1); }
     ~SetUpFault() override { unsetenv("SET_UP_FAULT"); }
 
-    static std::string violations_with(const char* fault) {
-        choose(fault);
-        Session session(SET_UP_FAULTS);
-        session.close();
-        return joined(session.violations());
-    }
     static std::string refusal_with(const char* fault) {
         choose(fault);
         try {
@@ -253,7 +175,11 @@ protected:
     }
 };
 
-TEST_F(SetUpFault, NoneIsNoViolation) { EXPECT_EQ(violations_with(""), ""); }
+TEST_F(SetUpFault, NoneIsNoViolation) {
+    Session session(SET_UP_FAULTS);
+    session.close();
+    EXPECT_EQ(joined(session.violations()), "");
+}
 
 TEST_F(SetUpFault, ARefusalCarriesTheEffectsMessage) {
     EXPECT_EQ(refusal_with("refuse"), "not today 1 512 [not today]");
@@ -261,6 +187,9 @@ TEST_F(SetUpFault, ARefusalCarriesTheEffectsMessage) {
               "the plug-in answered PF_Cmd_GLOBAL_SETUP with status 4 1 4 []");
     EXPECT_EQ(refusal_with("parameters refused"),
               "the plug-in answered PF_Cmd_PARAMS_SETUP with status 512 4 512 []");
+    // A parameter in another place.
+    EXPECT_EQ(refusal_with("inserted"),
+              "the plug-in answered PF_Cmd_PARAMS_SETUP with status 513 4 513 []");
 }
 
 TEST_F(SetUpFault, ARefusalTellsWhatIsStillHeld) {
@@ -269,9 +198,7 @@ TEST_F(SetUpFault, ARefusalTellsWhatIsStillHeld) {
         const Session session(SET_UP_FAULTS);
         FAIL() << "accepted";
     } catch (const host::EffectError& error) {
-        EXPECT_EQ(joined(error.violations()),
-                  "suite \"PF Handle Suite\" version 2 was acquired 1 times more than it was "
-                  "released");
+        EXPECT_EQ(joined(error.violations()), kHeldSuite);
     }
 }
 
@@ -300,35 +227,30 @@ TEST_F(SetUpFault, AMessageWithoutFailureIsKept) {
     EXPECT_EQ(session.info().out_flags, 0) << "the display flag is no property of the effect";
 }
 
-TEST_F(SetUpFault, AWrongCountOfParametersIsNoticed) {
-    EXPECT_EQ(violations_with("wrong count"),
-              "PF_Cmd_PARAMS_SETUP: num_params is 5, but with the input layer 2 were added");
-}
-
-TEST_F(SetUpFault, AParameterInAnotherPlaceIsNoticedAndRefused) {
-    EXPECT_EQ(refusal_with("inserted"),
-              "the plug-in answered PF_Cmd_PARAMS_SETUP with status 513 4 513 []");
-}
-
-TEST_F(SetUpFault, AParameterOutsideParameterSetUpIsNoticed) {
-    EXPECT_EQ(violations_with("parameter too early"),
-              "add_param: null, or outside parameter set-up");
-}
-
-TEST_F(SetUpFault, TextsOutOfOrderAreNoticed) {
-    EXPECT_EQ(violations_with("null label"), "add_param: the label of \"Box\" is null");
-    EXPECT_EQ(violations_with("long name"),
-              "add_param: the name \"A name of more than thirty-one l\" has no terminator");
-}
-
-TEST_F(SetUpFault, WritingBehindTheOutputRecordIsNoticed) {
-    EXPECT_EQ(violations_with("overrun"),
-              "PF_Cmd_GLOBAL_SETUP: bytes behind the output record were written to");
-}
-
-TEST_F(SetUpFault, ASuiteHeldToTheEndIsNoticed) {
-    EXPECT_EQ(violations_with("sequence suite"),
-              "suite \"PF Handle Suite\" version 2 was acquired 1 times more than it was released");
+TEST_F(SetUpFault, IsNoticed) {
+    struct Row {
+        const char* fault;
+        host::Rule rule;
+        const char* text;
+    };
+    const Row rows[] = {
+        {"wrong count", host::Rule::ControlCount,
+         "PF_Cmd_PARAMS_SETUP: num_params is 5, but with the input layer 2 were added"},
+        {"parameter too early", host::Rule::Calls, "add_param: null, or outside parameter set-up"},
+        {"null label", host::Rule::ControlTexts, "add_param: the label of \"Box\" is null"},
+        {"long name", host::Rule::ControlTexts,
+         "add_param: the name \"A name of more than thirty-one l\" has no terminator"},
+        {"overrun", host::Rule::Records,
+         "PF_Cmd_GLOBAL_SETUP: bytes behind the output record were written to"},
+        {"sequence suite", host::Rule::Suites, kHeldSuite}};
+    for (const Row& row : rows) {
+        choose(row.fault);
+        Session session(SET_UP_FAULTS);
+        session.close();
+        ASSERT_EQ(session.violations().size(), 1u) << row.fault;
+        EXPECT_EQ(session.violations()[0].text, row.text);
+        EXPECT_EQ(session.violations()[0].rule, row.rule) << row.fault;
+    }
 }
 
 TEST_F(SetUpFault, AnEffectWithoutSmartRenderingDrawsNoFloats) {

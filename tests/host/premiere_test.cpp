@@ -12,6 +12,7 @@
 
 #include "modules/test_effect.h"
 #include "session_scene.h"
+#include "violations.h"
 
 namespace {
 
@@ -80,38 +81,25 @@ Pixel<Channel> in_memory(const Frame& frame, int x, int y) {
     return channels;
 }
 
-TEST_F(Premiere, FillsEightBitsAsTheyAre) {
-    const Frame frame = draw(kPremiereFormats, Depth::Bits8);
-    EXPECT_EQ(frame.pixel_format, kBgra8);
+/// Both ways of looking at a filled frame, in two corners.
+template <class Channel>
+void expect_filled(const Frame& frame, std::int32_t format, Channel alpha, Channel red,
+                   Channel green, Channel blue) {
+    EXPECT_EQ(frame.pixel_format, format);
     EXPECT_EQ(frame.world.order(), ChannelOrder::Bgra);
     for (const auto& [x, y] : {std::pair(0, 0), std::pair(63, 35)}) {
-        EXPECT_EQ(in_memory<std::uint8_t>(frame, x, y), (Pixel<std::uint8_t>{70, 60, 9, 255}));
-        EXPECT_EQ(frame.world.pixel<std::uint8_t>(x, y), (Pixel<std::uint8_t>{255, 9, 60, 70}));
+        EXPECT_EQ(in_memory<Channel>(frame, x, y), (Pixel<Channel>{blue, green, red, alpha}));
+        EXPECT_EQ(frame.world.pixel<Channel>(x, y), (Pixel<Channel>{alpha, red, green, blue}));
     }
 }
 
-TEST_F(Premiere, FillsSixteenBitsUpTo32768) {
-    const Frame frame = draw(kPremiereFormats, Depth::Bits16);
-    EXPECT_EQ(frame.pixel_format, kBgra16);
+TEST_F(Premiere, FillsEveryDepthUpToItsFullScale) {
+    expect_filled<std::uint8_t>(draw(kPremiereFormats, Depth::Bits8), kBgra8, 255, 9, 60, 70);
     // 32768 / 255 times 70 is 8995.1, times 60 is 7710.1, times 9 is 1156.5 and a bit.
-    for (const auto& [x, y] : {std::pair(0, 0), std::pair(63, 35)}) {
-        EXPECT_EQ(in_memory<std::uint16_t>(frame, x, y),
-                  (Pixel<std::uint16_t>{8995, 7710, 1157, 32768}));
-        EXPECT_EQ(frame.world.pixel<std::uint16_t>(x, y),
-                  (Pixel<std::uint16_t>{32768, 1157, 7710, 8995}));
-    }
-}
-
-TEST_F(Premiere, FillsFloatsUpToOne) {
-    const Frame frame = draw(kPremiereFormats, Depth::Float);
-    EXPECT_EQ(frame.pixel_format, kBgraFloat);
-    const float red = 9.0F / 255.0F;
-    const float green = 60.0F / 255.0F;
-    const float blue = 70.0F / 255.0F;
-    for (const auto& [x, y] : {std::pair(0, 0), std::pair(63, 35)}) {
-        EXPECT_EQ(in_memory<float>(frame, x, y), (Pixel<float>{blue, green, red, 1.0F}));
-        EXPECT_EQ(frame.world.pixel<float>(x, y), (Pixel<float>{1.0F, red, green, blue}));
-    }
+    expect_filled<std::uint16_t>(draw(kPremiereFormats, Depth::Bits16), kBgra16, 32768, 1157, 7710,
+                                 8995);
+    expect_filled<float>(draw(kPremiereFormats, Depth::Float), kBgraFloat, 1.0F, 9.0F / 255.0F,
+                         60.0F / 255.0F, 70.0F / 255.0F);
 }
 
 TEST_F(Premiere, GivesEightBitArgbToAnEffectThatDeclaresNothing) {
@@ -172,9 +160,9 @@ TEST_F(Premiere, HasNoSixteenBitPixelAccess) {
 TEST_F(Premiere, GuardsTheBytesAroundEveryFormat) {
     Session session = open(kWritePastRowInPremiere16);
     EXPECT_TRUE(draw(session, Depth::Float).violations.empty());
-    EXPECT_EQ(draw(session, Depth::Bits16).violations,
-              std::vector<std::string>{"the plug-in wrote outside the output's pixels: in the "
-                                       "padding of row 0, 3 bytes behind its last pixel"});
+    EXPECT_EQ(joined(draw(session, Depth::Bits16).violations),
+              "the plug-in wrote outside the output's pixels: in the padding of row 0, 3 bytes "
+              "behind its last pixel");
 }
 
 }  // namespace

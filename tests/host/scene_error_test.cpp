@@ -1,19 +1,16 @@
 // Every way a scene can be wrong, with the whole text that the user gets.
-#include <host/scene.h>
-
 #include <gtest/gtest.h>
+#include <host/scene.h>
 #include <scene_text.h>
-
+#include <support/scratch.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -31,44 +28,28 @@ std::string error_of(const std::string& text) {
     return error_of_run([&text] { host::parse_scene(text, "s.json"); });
 }
 
-std::string composition_error(const std::string& members) {
-    return error_of("{\"composition\": {" + members + "}}");
-}
-std::string camera_error(const std::string& members) {
-    return error_of("{\"camera\": {" + members + "}}");
-}
-std::string control_error(const std::string& value) {
-    return error_of("{\"controls\": {\"A\": " + value + "}}");
-}
-
-/// A folder that goes away with the test.
 class LoadErrors : public testing::Test {
 protected:
-    LoadErrors() {
-        std::string name = testing::TempDir() + "scene_XXXXXX";
-        folder_ = ::mkdtemp(name.data());
-    }
-    ~LoadErrors() override { std::filesystem::remove_all(folder_); }
-
     std::string write(const std::string& text) const {
-        std::string path = folder_ + "/scene.json";
-        std::ofstream(path, std::ios::binary) << text;
+        const std::string path = folder_ / "scene.json";
+        write_file(path, text);
         return path;
     }
     static std::string error_of_file(const std::string& path) {
         return error_of_run([&path] { host::load_scene(path); });
     }
 
-    std::string folder_;
+    ScratchFolder folder_;
 };
 
 TEST_F(LoadErrors, AMissingFileIsTold) {
-    const std::string path = folder_ + "/none.json";
+    const std::string path = folder_ / "none.json";
     EXPECT_EQ(error_of_file(path), path + ": cannot read the scene: No such file or directory");
 }
 
 TEST_F(LoadErrors, AFolderIsTold) {
-    EXPECT_EQ(error_of_file(folder_), folder_ + ": cannot read the scene: Is a directory");
+    EXPECT_EQ(error_of_file(folder_.path()),
+              folder_.path() + ": cannot read the scene: Is a directory");
 }
 
 TEST_F(LoadErrors, APathThroughAFileIsTold) {
@@ -130,7 +111,7 @@ TEST_F(LoadErrors, ErrorsInTheSceneNameTheFile) {
 }
 
 TEST_F(LoadErrors, ASceneThroughAPipeIsReadToItsEnd) {
-    const std::string path = folder_ + "/pipe";
+    const std::string path = folder_ / "pipe";
     ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
     std::thread writer([&path] {
         std::ofstream pipe(path);
@@ -167,369 +148,287 @@ TEST_F(LoadErrors, ASceneOfOneLongLineIsReadWhole) {
                                        ": expected a value, found invalid literal");
 }
 
-TEST(SyntaxErrors, TellLineAndColumnOfTheWrongToken) {
-    EXPECT_EQ(error_of("{\"camera\": {},}"),
-              "s.json: line 1, column 15: expected a member's name in double quotes, found '}'");
-    EXPECT_EQ(error_of("{\n  \"camera\": {}\n  \"controls\": {}\n}"),
-              "s.json: line 3, column 3: expected ',' or '}', found \"controls\"");
-    EXPECT_EQ(error_of("{\"camera\" {}}"), "s.json: line 1, column 11: expected ':', found '{'");
-    EXPECT_EQ(error_of("{\"camera\": }"), "s.json: line 1, column 12: expected a value, found '}'");
-    EXPECT_EQ(error_of("{\"a\": [1 -2.5]}"),
-              "s.json: line 1, column 10: expected ',' or ']', found -2.5");
-    EXPECT_EQ(error_of("{\"a\": [\"b\" false]}"),
-              "s.json: line 1, column 12: expected ',' or ']', found false");
-    EXPECT_EQ(error_of("{\"a\", 1}"), "s.json: line 1, column 5: expected ':', found ','");
-    EXPECT_EQ(error_of("{camera: 1}"),
-              "s.json: line 1, column 2: expected a member's name in double quotes, found invalid "
-              "literal");
-}
+struct Wrong {
+    std::string value;
+    std::string error;  ///< behind the file's name and the place that all have in common
+};
 
-TEST(SyntaxErrors, TellWhereTheTextEnds) {
-    EXPECT_EQ(error_of("{\"camera\": {"),
-              "s.json: line 1, column 13: expected a member's name in double quotes, found end of "
-              "input");
-    EXPECT_EQ(error_of("{\n"),
-              "s.json: line 2, column 1: expected a member's name in double quotes, found end of "
-              "input");
-    EXPECT_EQ(error_of(" "), "s.json: line 1, column 2: expected a value, found end of input");
-    EXPECT_EQ(error_of("// nothing\n"),
-              "s.json: line 2, column 1: expected a value, found end of input");
-}
-
-TEST(SyntaxErrors, TellWhatFollowsTheScene) {
-    EXPECT_EQ(error_of("{} {}"),
-              "s.json: line 1, column 4: expected the end of the scene, found '{'");
-}
-
-TEST(SyntaxErrors, CountColumnsInCharacters) {
-    EXPECT_EQ(error_of("{\"\xC3\xA9toile\" 5}"),
-              "s.json: line 1, column 11: expected ':', found 5");
-}
-
-TEST(SyntaxErrors, TellBrokenTokensAtTheBreak) {
-    EXPECT_EQ(error_of("{\"a\": tru}"),
-              "s.json: line 1, column 10: expected a value, found invalid literal");
-    EXPECT_EQ(error_of("{\"a\": NaN}"),
-              "s.json: line 1, column 7: expected a value, found invalid literal");
-    EXPECT_EQ(error_of("{\"a\": \"\xFF\"}"),
-              "s.json: line 1, column 8: expected a value, found invalid string: ill-formed UTF-8 "
-              "byte");
-    EXPECT_EQ(error_of("{} /* open"),
-              "s.json: line 1, column 11: expected a value, found invalid comment; missing closing "
-              "'*/'");
-}
-
-TEST(SyntaxErrors, LongTokensAreNotRepeated) {
-    EXPECT_EQ(error_of("{\"a\" \"" + std::string(59, 'x') + "\"}"),
-              "s.json: line 1, column 6: expected ':', found a long string literal");
-}
-
-TEST(SyntaxErrors, AStringWithoutItsEndIsTold) {
-    EXPECT_EQ(error_of("{\"a"),
-              "s.json: line 1, column 4: expected a member's name in double quotes, found invalid "
-              "string: missing closing quote");
-}
-
-TEST(SyntaxErrors, ANumberBeyondDoubleIsTold) {
-    EXPECT_EQ(error_of("{\"a\": 1e999}"),
-              "s.json: line 1, column 7: expected a finite number, found 1e999");
-}
-
-TEST(RepeatedMembers, AreTold) {
-    EXPECT_EQ(error_of(R"({"camera": {}, "camera": {}})"),
-              "s.json: /camera: expected each member once, found \"camera\" twice");
-    EXPECT_EQ(composition_error(R"("width": 1, "height": 2, "width": 3)"),
-              "s.json: /composition/width: expected each member once, found \"width\" twice");
-    EXPECT_EQ(control_error(R"([1, {"keys": [{"time": 0, "value": 1}, {"time": 1, "time": 2}]}])"),
-              "s.json: /controls/A/1/keys/1/time: expected each member once, found \"time\" twice");
-    EXPECT_EQ(error_of(R"({"controls": {"a/b": 1, "a/b": 2}})"),
-              "s.json: /controls/a~1b: expected each member once, found \"a/b\" twice");
-}
-
-TEST(UnknownMembers, AreToldWithTheNearestName) {
-    EXPECT_EQ(
-        error_of(R"({"compositon": {}})"),
-        "s.json: /compositon: expected one of \"composition\", \"camera\", \"controls\", found "
-        "\"compositon\"; did you mean \"composition\"?");
-    EXPECT_EQ(error_of(R"({"Camera": {}})"),
-              "s.json: /Camera: expected one of \"composition\", \"camera\", \"controls\", found "
-              "\"Camera\"; did you mean \"camera\"?");
-    EXPECT_EQ(composition_error(R"("fps": 24)"),
-              "s.json: /composition/fps: expected one of \"width\", \"height\", \"frame_rate\", "
-              "\"duration\", \"motion_blur\", \"shutter_angle\", \"shutter_phase\", found \"fps\"");
-    EXPECT_EQ(camera_error(R"("fov": 24)"),
-              "s.json: /camera/fov: expected one of \"look_at\", \"position\", \"orientation\", "
-              "\"matrix\", \"zoom\", \"vertical_fov\", found \"fov\"");
-    EXPECT_EQ(camera_error(R"("look_at": {"rol": 24})"),
-              "s.json: /camera/look_at/rol: expected one of \"ra\", \"dec\", \"roll\", found "
-              "\"rol\"; did you mean \"roll\"?");
-    EXPECT_EQ(
-        control_error(R"({"kyes": []})"),
-        "s.json: /controls/A/kyes: expected \"keys\", found \"kyes\"; did you mean \"keys\"?");
-    EXPECT_EQ(control_error(R"({"keys": [{"tme": 0, "value": 1}]})"),
-              "s.json: /controls/A/keys/0/tme: expected one of \"time\", \"value\", found \"tme\"; "
-              "did you mean \"time\"?");
-    EXPECT_EQ(control_error(R"({"keys": [{"time": 0, "value": 1}], "ease": 1})"),
-              "s.json: /controls/A/ease: expected \"keys\", found \"ease\"");
-}
-
-TEST(WrongTypes, OfThePartsAreTold) {
-    EXPECT_EQ(error_of("[]"), "s.json: expected an object, found an empty array");
-    EXPECT_EQ(error_of("[1, 2]"), "s.json: expected an object, found an array of 2");
-    EXPECT_EQ(error_of("null"), "s.json: expected an object, found null");
-    EXPECT_EQ(error_of(R"({"composition": "big"})"),
-              "s.json: /composition: expected an object, found \"big\"");
-    EXPECT_EQ(error_of(R"({"camera": null})"), "s.json: /camera: expected an object, found null");
-    EXPECT_EQ(error_of(R"({"controls": [1]})"),
-              "s.json: /controls: expected an object, found an array of 1");
-}
-
-TEST(WrongTypes, NamesThatWouldBreakTheLineAreEscaped) {
-    EXPECT_EQ(
-        error_of(R"({"controls": {"a\u0000\nb": []}})"),
-        "s.json: /controls/a\\u0000\\nb: expected a colour ([red, green, blue] from 0 to 255, or "
-        "\"#rrggbb\"), found an empty array");
-    EXPECT_EQ(error_of(R"({"a\nb": 1})"),
-              "s.json: /a\\nb: expected one of \"composition\", \"camera\", \"controls\", found "
-              "\"a\\nb\"");
-    EXPECT_EQ(error_of(R"({"a\nb": 1, "a\nb": 1})"),
-              "s.json: /a\\nb: expected each member once, found \"a\\nb\" twice");
-}
-
-TEST(WrongTypes, LongTextsAreNotRepeated) {
-    EXPECT_EQ(error_of("\"" + std::string(60, 'x') + "\""),
-              "s.json: expected an object, found \"" + std::string(60, 'x') + "\"");
-    EXPECT_EQ(error_of("\"" + std::string(61, 'x') + "\""),
-              "s.json: expected an object, found a long string");
-}
-
-TEST(CompositionErrors, SizesAreWholeNumbersInRange) {
-    EXPECT_EQ(composition_error(R"("width": 0)"),
-              "s.json: /composition/width: expected a whole number from 1 to 30000, found 0");
-    EXPECT_EQ(composition_error(R"("height": 30001)"),
-              "s.json: /composition/height: expected a whole number from 1 to 30000, found 30001");
-    EXPECT_EQ(composition_error(R"("width": 1920.5)"),
-              "s.json: /composition/width: expected a whole number from 1 to 30000, found 1920.5");
-    EXPECT_EQ(
-        composition_error(R"("width": "1920")"),
-        "s.json: /composition/width: expected a whole number from 1 to 30000, found \"1920\"");
-    EXPECT_EQ(composition_error(R"("width": true)"),
-              "s.json: /composition/width: expected a whole number from 1 to 30000, found true");
-}
-
-TEST(CompositionErrors, RatesAndDurationsHaveRanges) {
-    EXPECT_EQ(composition_error(R"("frame_rate": 0)"),
-              "s.json: /composition/frame_rate: expected a number from 0.001 to 999, found 0");
-    EXPECT_EQ(composition_error(R"("frame_rate": 999.5)"),
-              "s.json: /composition/frame_rate: expected a number from 0.001 to 999, found 999.5");
-    EXPECT_EQ(composition_error(R"("duration": 0)"),
-              "s.json: /composition/duration: expected a number above 0, found 0");
-    EXPECT_EQ(composition_error(R"("duration": -2)"),
-              "s.json: /composition/duration: expected a number above 0, found -2");
-}
-
-TEST(CompositionErrors, ADurationMustFitTheHostsTimes) {
-    // (2147483647 - 3) / 24 = 89478485.17; at 23.976 (2147483647 - 3003) / 24000 = 89478.36.
-    EXPECT_EQ(composition_error(R"("duration": 89478485)"), "no error");
-    EXPECT_EQ(composition_error(R"("duration": 89478486)"),
-              "s.json: /composition/duration: expected at most 89478485.0 seconds at this frame "
-              "rate, found 89478486");
-    EXPECT_EQ(composition_error(R"("frame_rate": 23.976, "duration": 1e5)"),
-              "s.json: /composition/duration: expected at most 89478.0 seconds at this frame rate, "
-              "found 100000.0");
-}
-
-TEST(CompositionErrors, TheShutterHasRanges) {
-    EXPECT_EQ(composition_error(R"("shutter_angle": -1)"),
-              "s.json: /composition/shutter_angle: expected a number from 0 to 720, found -1");
-    EXPECT_EQ(composition_error(R"("shutter_angle": {"keys": [{"time": 0, "value": 721}]})"),
-              "s.json: /composition/shutter_angle/keys/0/value: expected a number from 0 to 720, "
-              "found 721");
-    EXPECT_EQ(
-        composition_error(R"("shutter_phase": 360.5)"),
-        "s.json: /composition/shutter_phase: expected a number from -360 to 360, found 360.5");
-    EXPECT_EQ(
-        composition_error(R"("shutter_phase": "0")"),
-        "s.json: /composition/shutter_phase: expected a number from -360 to 360 or {\"keys\": "
-        "[...]}, found \"0\"");
-}
-
-TEST(CompositionErrors, MotionBlurIsASwitch) {
-    EXPECT_EQ(composition_error(R"("motion_blur": 1)"),
-              "s.json: /composition/motion_blur: expected true or false, found 1");
-}
-
-TEST(CompositionErrors, SizeRateAndDurationDoNotChange) {
-    EXPECT_EQ(composition_error(
-                  R"("width": {"keys": [{"time": 0, "value": 640}, {"time": 1, "value": 800}]})"),
-              "s.json: /composition/width/keys/1/value: expected the first key's value, 640, since "
-              "this does not change over time, found 800");
-    EXPECT_EQ(
-        composition_error(
-            R"("duration": {"keys": [{"time": 0, "value": 1}, {"time": 1, "value": 2}]})"),
-        "s.json: /composition/duration/keys/1/value: expected the first key's value, 1, since "
-        "this does not change over time, found 2");
-    EXPECT_EQ(composition_error(R"("frame_rate": {"keys": [{"time": 0, "value": 0}]})"),
-              "s.json: /composition/frame_rate/keys/0/value: expected a number from 0.001 to 999, "
-              "found 0");
-}
-
-TEST(KeyErrors, AreToldWithTheirPlace) {
-    const std::string list =
-        "expected a list of keys, each {\"time\": seconds, \"value\": ...}, found ";
-    EXPECT_EQ(control_error("{}"), "s.json: /controls/A: expected \"keys\", found an empty object");
-    EXPECT_EQ(control_error(R"({"keys": []})"),
-              "s.json: /controls/A/keys: " + list + "an empty array");
-    EXPECT_EQ(control_error(R"({"keys": 3})"), "s.json: /controls/A/keys: " + list + "3");
-    EXPECT_EQ(control_error(R"({"keys": [3]})"),
-              "s.json: /controls/A/keys/0: expected an object, found 3");
-    EXPECT_EQ(control_error(R"({"keys": [{"value": 3}]})"),
-              "s.json: /controls/A/keys/0: expected \"time\" and \"value\", found no \"time\"");
-    EXPECT_EQ(control_error(R"({"keys": [{"time": 3}]})"),
-              "s.json: /controls/A/keys/0: expected \"time\" and \"value\", found no \"value\"");
-    EXPECT_EQ(control_error(R"({"keys": [{"time": "1s", "value": 3}]})"),
-              "s.json: /controls/A/keys/0/time: expected a time in seconds, found \"1s\"");
-}
-
-TEST(KeyErrors, TimesMustIncrease) {
-    EXPECT_EQ(control_error(R"({"keys": [{"time": 2, "value": 0}, {"time": 1.5, "value": 0}]})"),
-              "s.json: /controls/A/keys/1/time: expected a time after that of the key before, 2, "
-              "found 1.5");
-    EXPECT_EQ(control_error(R"({"keys": [{"time": 2, "value": 0}, {"time": 2, "value": 0}]})"),
-              "s.json: /controls/A/keys/1/time: expected a time after that of the key before, 2, "
-              "found 2");
-}
-
-TEST(ControlErrors, OtherValuesAreTold) {
-    EXPECT_EQ(
-        control_error("null"),
-        "s.json: /controls/A: expected a number, true or false, the name of a choice, a colour "
-        "([red, green, blue] from 0 to 255, or \"#rrggbb\"), or {\"keys\": [...]}, found null");
-    EXPECT_EQ(control_error("\"\""),
-              "s.json: /controls/A: expected the name of a choice, found \"\"");
-    EXPECT_EQ(control_error(R"({"keys": [{"time": 0, "value": "Persp"}]})"),
-              "s.json: /controls/A/keys/0/value: expected a number, or true or false, found "
-              "\"Persp\"");
-    EXPECT_EQ(
-        control_error(R"({"keys": [{"time": 0, "value": 1}, {"time": 1, "value": [1, 2, 3]}]})"),
-        "s.json: /controls/A/keys/1/value: expected a number, or true or false, found an array "
-        "of 3");
-}
-
-TEST(ControlErrors, ColoursHaveThreeNumbersFrom0To255) {
-    const std::string colour =
-        "expected a colour ([red, green, blue] from 0 to 255, or \"#rrggbb\"), found ";
-    EXPECT_EQ(control_error("[1, 2]"), "s.json: /controls/A: " + colour + "an array of 2");
-    EXPECT_EQ(control_error("[]"), "s.json: /controls/A: " + colour + "an empty array");
-    for (const char* broken : {"\"#12345\"", "\"#1234567\"", "\"#12345g\"", "\"#\""}) {
-        EXPECT_EQ(control_error(broken), "s.json: /controls/A: " + colour + broken);
+void expect_errors(const std::string& before, const std::string& behind, const std::string& place,
+                   const std::vector<Wrong>& rows) {
+    for (const Wrong& row : rows) {
+        EXPECT_EQ(error_of(before + row.value + behind), "s.json: " + place + row.error)
+            << row.value;
     }
-    EXPECT_EQ(control_error("[1, 2, 256]"),
-              "s.json: /controls/A/2: expected a number from 0 to 255, found 256");
-    EXPECT_EQ(control_error("[1, \"2\", 3]"),
-              "s.json: /controls/A/1: expected a number from 0 to 255 or {\"keys\": [...]}, found "
-              "\"2\"");
-    EXPECT_EQ(control_error(R"({"keys": [{"time": 0, "value": [1, -1, 2]}]})"),
-              "s.json: /controls/A/keys/0/value/1: expected a number from 0 to 255, found -1");
-    EXPECT_EQ(
-        control_error(R"({"keys": [{"time": 0, "value": "#000000"}, {"time": 1, "value": 7}]})"),
-        "s.json: /controls/A/keys/1/value: " + colour + "7");
 }
 
-TEST(CameraErrors, OneWayToPlaceTheCameraAtATime) {
-    const std::string one = "s.json: /camera: expected one way to place the camera, found ";
-    EXPECT_EQ(camera_error(R"("look_at": {}, "position": [0, 0, 0])"),
-              one + "\"look_at\" and \"position\"; remove one of them");
-    EXPECT_EQ(camera_error(R"("look_at": {}, "orientation": [0, 0, 0])"),
-              one + "\"look_at\" and \"orientation\"; remove one of them");
-    EXPECT_EQ(camera_error(R"("matrix": [], "orientation": [0, 0, 0], "position": [0, 0, 0])"),
-              one + "\"position\" with \"orientation\" and \"matrix\"; remove one of them");
-    EXPECT_EQ(camera_error(R"("look_at": {}, "matrix": [], "position": [0, 0, 0])"),
-              one + "\"look_at\", \"position\" and \"matrix\"; remove two of them");
+TEST(SceneErrors, OfTheWholeAreTold) {
+    expect_errors(
+        "", "", "",
+        {
+            // A wrong token, with line and column.
+            {"{\"camera\": {},}",
+             "line 1, column 15: expected a member's name in double quotes, found '}'"},
+            {"{\n  \"camera\": {}\n  \"controls\": {}\n}",
+             "line 3, column 3: expected ',' or '}', found \"controls\""},
+            {"{\"camera\" {}}", "line 1, column 11: expected ':', found '{'"},
+            {"{\"camera\": }", "line 1, column 12: expected a value, found '}'"},
+            {"{\"a\": [1 -2.5]}", "line 1, column 10: expected ',' or ']', found -2.5"},
+            {"{\"a\": [\"b\" false]}", "line 1, column 12: expected ',' or ']', found false"},
+            {"{\"a\", 1}", "line 1, column 5: expected ':', found ','"},
+            {"{camera: 1}",
+             "line 1, column 2: expected a member's name in double quotes, found invalid literal"},
+            // Where the text ends.
+            {"{\"camera\": {",
+             "line 1, column 13: expected a member's name in double quotes, found end of input"},
+            {"{\n",
+             "line 2, column 1: expected a member's name in double quotes, found end of input"},
+            {" ", "line 1, column 2: expected a value, found end of input"},
+            {"// nothing\n", "line 2, column 1: expected a value, found end of input"},
+            // What follows the scene.
+            {"{} {}", "line 1, column 4: expected the end of the scene, found '{'"},
+            // Columns are counted in characters.
+            {"{\"\xC3\xA9toile\" 5}", "line 1, column 11: expected ':', found 5"},
+            // Broken tokens, at the break.
+            {"{\"a\": tru}", "line 1, column 10: expected a value, found invalid literal"},
+            {"{\"a\": NaN}", "line 1, column 7: expected a value, found invalid literal"},
+            {"{\"a\": \"\xFF\"}",
+             "line 1, column 8: expected a value, found invalid string: ill-formed UTF-8 byte"},
+            {"{} /* open",
+             "line 1, column 11: expected a value, found invalid comment; missing closing '*/'"},
+            // Long tokens are not repeated.
+            {"{\"a\" \"" + std::string(59, 'x') + "\"}",
+             "line 1, column 6: expected ':', found a long string literal"},
+            {"{\"a",
+             "line 1, column 4: expected a member's name in double quotes, found invalid string: "
+             "missing closing quote"},
+            {"{\"a\": 1e999}", "line 1, column 7: expected a finite number, found 1e999"},
+            // Members twice.
+            {R"({"camera": {}, "camera": {}})",
+             "/camera: expected each member once, found \"camera\" twice"},
+            {R"({"controls": {"a/b": 1, "a/b": 2}})",
+             "/controls/a~1b: expected each member once, found \"a/b\" twice"},
+            // Unknown members, with the nearest name.
+            {R"({"compositon": {}})",
+             "/compositon: expected one of \"composition\", \"camera\", \"controls\", found "
+             "\"compositon\"; did you mean \"composition\"?"},
+            {R"({"Camera": {}})",
+             "/Camera: expected one of \"composition\", \"camera\", \"controls\", found "
+             "\"Camera\"; did you mean \"camera\"?"},
+            // Parts of the wrong type.
+            {"[]", "expected an object, found an empty array"},
+            {"[1, 2]", "expected an object, found an array of 2"},
+            {"null", "expected an object, found null"},
+            {R"({"composition": "big"})", "/composition: expected an object, found \"big\""},
+            {R"({"camera": null})", "/camera: expected an object, found null"},
+            {R"({"controls": [1]})", "/controls: expected an object, found an array of 1"},
+            // Names that would break the line are escaped.
+            {R"({"controls": {"a\u0000\nb": []}})",
+             "/controls/a\\u0000\\nb: expected a colour ([red, green, blue] from 0 to 255, or "
+             "\"#rrggbb\"), found an empty array"},
+            {R"({"a\nb": 1})",
+             "/a\\nb: expected one of \"composition\", \"camera\", \"controls\", found \"a\\nb\""},
+            {R"({"a\nb": 1, "a\nb": 1})",
+             "/a\\nb: expected each member once, found \"a\\nb\" twice"},
+            // Long texts are not repeated.
+            {"\"" + std::string(60, 'x') + "\"",
+             "expected an object, found \"" + std::string(60, 'x') + "\""},
+            {"\"" + std::string(61, 'x') + "\"", "expected an object, found a long string"},
+        });
 }
 
-TEST(CameraErrors, OneWayToSayHowMuchIsSeen) {
-    EXPECT_EQ(
-        camera_error(R"("look_at": {}, "zoom": 100, "vertical_fov": 24)"),
-        "s.json: /camera: expected one way to say how much the camera sees, found \"zoom\" and "
-        "\"vertical_fov\"; remove one of them");
+TEST(SceneErrors, OfTheCompositionAreTold) {
+    expect_errors(
+        R"({"composition": {)", "}}", "/composition",
+        {
+            // Members twice.
+            {R"("width": 1, "height": 2, "width": 3)",
+             "/width: expected each member once, found \"width\" twice"},
+            // Unknown members, with the nearest name.
+            {R"("fps": 24)",
+             "/fps: expected one of \"width\", \"height\", \"frame_rate\", \"duration\", "
+             "\"motion_blur\", \"shutter_angle\", \"shutter_phase\", found \"fps\""},
+            // Sizes are whole numbers.
+            {R"("width": 0)", "/width: expected a whole number from 1 to 30000, found 0"},
+            {R"("height": 30001)", "/height: expected a whole number from 1 to 30000, found 30001"},
+            {R"("width": 1920.5)", "/width: expected a whole number from 1 to 30000, found 1920.5"},
+            {R"("width": "1920")",
+             "/width: expected a whole number from 1 to 30000, found \"1920\""},
+            {R"("width": true)", "/width: expected a whole number from 1 to 30000, found true"},
+            {R"("frame_rate": 0)", "/frame_rate: expected a number from 0.001 to 999, found 0"},
+            {R"("frame_rate": 999.5)",
+             "/frame_rate: expected a number from 0.001 to 999, found 999.5"},
+            {R"("duration": 0)", "/duration: expected a number above 0, found 0"},
+            {R"("duration": -2)", "/duration: expected a number above 0, found -2"},
+            // A duration must fit the host's times.
+            // (2147483647 - 3) / 24 = 89478485.17; at 23.976 (2147483647 - 3003) / 24000 =
+            // 89478.36.
+            {R"("duration": 89478486)",
+             "/duration: expected at most 89478485.0 seconds at this frame rate, found 89478486"},
+            {R"("frame_rate": 23.976, "duration": 1e5)",
+             "/duration: expected at most 89478.0 seconds at this frame rate, found 100000.0"},
+            {R"("shutter_angle": -1)", "/shutter_angle: expected a number from 0 to 720, found -1"},
+            {R"("shutter_angle": {"keys": [{"time": 0, "value": 721}]})",
+             "/shutter_angle/keys/0/value: expected a number from 0 to 720, found 721"},
+            {R"("shutter_phase": 360.5)",
+             "/shutter_phase: expected a number from -360 to 360, found 360.5"},
+            {R"("shutter_phase": "0")",
+             "/shutter_phase: expected a number from -360 to 360 or {\"keys\": [...]}, found "
+             "\"0\""},
+            {R"("motion_blur": 1)", "/motion_blur: expected true or false, found 1"},
+            // Size, rate and duration do not change.
+            {R"("width": {"keys": [{"time": 0, "value": 640}, {"time": 1, "value": 800}]})",
+             "/width/keys/1/value: expected the first key's value, 640, since this does not change "
+             "over time, found 800"},
+            {R"("duration": {"keys": [{"time": 0, "value": 1}, {"time": 1, "value": 2}]})",
+             "/duration/keys/1/value: expected the first key's value, 1, since this does not "
+             "change over time, found 2"},
+            {R"("frame_rate": {"keys": [{"time": 0, "value": 0}]})",
+             "/frame_rate/keys/0/value: expected a number from 0.001 to 999, found 0"},
+        });
+    EXPECT_EQ(error_of(R"({"composition": {"duration": 89478485}})"), "no error");
 }
 
-TEST(CameraErrors, ZoomAndAngleOfViewHaveRanges) {
-    EXPECT_EQ(camera_error(R"("zoom": 0)"),
-              "s.json: /camera/zoom: expected a number above 0, found 0");
-    EXPECT_EQ(camera_error(R"("vertical_fov": 0)"),
-              "s.json: /camera/vertical_fov: expected a number above 0 and below 180, found 0");
-    EXPECT_EQ(camera_error(R"("vertical_fov": {"keys": [{"time": 0, "value": 180}]})"),
-              "s.json: /camera/vertical_fov/keys/0/value: expected a number above 0 and below 180, "
-              "found 180");
+TEST(SceneErrors, OfControlsAreTold) {
+    const std::string kList =
+        ": expected a list of keys, each {\"time\": seconds, \"value\": ...}, found ";
+    const std::string kColour =
+        ": expected a colour ([red, green, blue] from 0 to 255, or \"#rrggbb\"), found ";
+    expect_errors(
+        R"({"controls": {"A": )", "}}", "/controls/A",
+        {
+            // Members twice.
+            {R"([1, {"keys": [{"time": 0, "value": 1}, {"time": 1, "time": 2}]}])",
+             "/1/keys/1/time: expected each member once, found \"time\" twice"},
+            // Unknown members, with the nearest name.
+            {R"({"kyes": []})", "/kyes: expected \"keys\", found \"kyes\"; did you mean \"keys\"?"},
+            {R"({"keys": [{"tme": 0, "value": 1}]})",
+             "/keys/0/tme: expected one of \"time\", \"value\", found \"tme\"; did you mean "
+             "\"time\"?"},
+            {R"({"keys": [{"time": 0, "value": 1}], "ease": 1})",
+             "/ease: expected \"keys\", found \"ease\""},
+            // Keys.
+            {"{}", ": expected \"keys\", found an empty object"},
+            {R"({"keys": []})", "/keys" + kList + "an empty array"},
+            {R"({"keys": 3})", "/keys" + kList + "3"},
+            {R"({"keys": [3]})", "/keys/0: expected an object, found 3"},
+            {R"({"keys": [{"value": 3}]})",
+             "/keys/0: expected \"time\" and \"value\", found no \"time\""},
+            {R"({"keys": [{"time": 3}]})",
+             "/keys/0: expected \"time\" and \"value\", found no \"value\""},
+            {R"({"keys": [{"time": "1s", "value": 3}]})",
+             "/keys/0/time: expected a time in seconds, found \"1s\""},
+            // Times must increase.
+            {R"({"keys": [{"time": 2, "value": 0}, {"time": 1.5, "value": 0}]})",
+             "/keys/1/time: expected a time after that of the key before, 2, found 1.5"},
+            {R"({"keys": [{"time": 2, "value": 0}, {"time": 2, "value": 0}]})",
+             "/keys/1/time: expected a time after that of the key before, 2, found 2"},
+            // Values of no kind.
+            {"null",
+             ": expected a number, true or false, the name of a choice, a colour ([red, green, "
+             "blue] from 0 to 255, or \"#rrggbb\"), or {\"keys\": [...]}, found null"},
+            {"\"\"", ": expected the name of a choice, found \"\""},
+            {R"({"keys": [{"time": 0, "value": "Persp"}]})",
+             "/keys/0/value: expected a number, or true or false, found \"Persp\""},
+            {R"({"keys": [{"time": 0, "value": 1}, {"time": 1, "value": [1, 2, 3]}]})",
+             "/keys/1/value: expected a number, or true or false, found an array of 3"},
+            // Colours.
+            {"[1, 2]", kColour + "an array of 2"},
+            {"[]", kColour + "an empty array"},
+            {"\"#12345\"", kColour + "\"#12345\""},
+            {"\"#1234567\"", kColour + "\"#1234567\""},
+            {"\"#12345g\"", kColour + "\"#12345g\""},
+            {"\"#\"", kColour + "\"#\""},
+            {"[1, 2, 256]", "/2: expected a number from 0 to 255, found 256"},
+            {"[1, \"2\", 3]",
+             "/1: expected a number from 0 to 255 or {\"keys\": [...]}, found \"2\""},
+            {R"({"keys": [{"time": 0, "value": [1, -1, 2]}]})",
+             "/keys/0/value/1: expected a number from 0 to 255, found -1"},
+            {R"({"keys": [{"time": 0, "value": "#000000"}, {"time": 1, "value": 7}]})",
+             "/keys/1/value" + kColour + "7"},
+        });
 }
 
-TEST(CameraErrors, LookAtIsAnObjectOfAngles) {
-    EXPECT_EQ(camera_error(R"("look_at": [83, -1])"),
-              "s.json: /camera/look_at: expected an object, found an array of 2");
-    EXPECT_EQ(
-        camera_error(R"("look_at": {"ra": "5h35m"})"),
-        "s.json: /camera/look_at/ra: expected a number or {\"keys\": [...]}, found \"5h35m\"");
-    EXPECT_EQ(camera_error(R"("look_at": {"dec": 90.5})"),
-              "s.json: /camera/look_at/dec: expected a number from -90 to 90, found 90.5");
-    EXPECT_EQ(camera_error(R"("look_at": {"keys": [], "ra": 1})"),
-              "s.json: /camera/look_at/ra: expected \"keys\", found \"ra\"");
-    EXPECT_EQ(camera_error(R"("look_at": {"keys": [{"time": 0, "value": 5}]})"),
-              "s.json: /camera/look_at/keys/0/value: expected an object, found 5");
-}
-
-TEST(CameraErrors, KeysOfLookAtGiveTheSameMembers) {
-    EXPECT_EQ(
-        camera_error(R"("look_at": {"keys": [{"time": 0, "value": {"ra": 1, "dec": 5}},
-                                                   {"time": 1, "value": {"ra": 1}}]})"),
-        "s.json: /camera/look_at/keys/1/value: expected the same members as in the first key, "
-        "found no \"dec\"");
-    EXPECT_EQ(
-        camera_error(R"("look_at": {"keys": [{"time": 0, "value": {"ra": 1}},
-                                                   {"time": 1, "value": {"ra": 1, "roll": 2}}]})"),
-        "s.json: /camera/look_at/keys/1/value: expected the same members as in the first key, "
-        "found \"roll\"");
-}
-
-TEST(CameraErrors, ArraysHaveTheirNumberOfNumbers) {
-    EXPECT_EQ(camera_error(R"("position": [1, 2])"),
-              "s.json: /camera/position: expected an array of 3 numbers, found an array of 2");
-    EXPECT_EQ(
-        camera_error(R"("position": 5)"),
-        "s.json: /camera/position: expected an array of 3 numbers or {\"keys\": [...]}, found 5");
-    EXPECT_EQ(camera_error(R"("orientation": {"keys": [{"time": 0, "value": [1, 2, 3, 4]}]})"),
-              "s.json: /camera/orientation/keys/0/value: expected an array of 3 numbers, found an "
-              "array of 4");
-    EXPECT_EQ(camera_error(R"("orientation": [1, null, 3])"),
-              "s.json: /camera/orientation/1: expected a number or {\"keys\": [...]}, found null");
-    EXPECT_EQ(camera_error(R"("orientation": {"keys": [{"time": 0, "value": [1, "2", 3]}]})"),
-              "s.json: /camera/orientation/keys/0/value/1: expected a number, found \"2\"");
-    EXPECT_EQ(camera_error(R"("matrix": [1, 0, 0])"),
-              "s.json: /camera/matrix: expected an array of 16 numbers, found an array of 3");
-}
-
-TEST(CameraErrors, AMatrixWrittenForColumnVectorsIsTold) {
-    EXPECT_EQ(
-        camera_error(R"("matrix": [1,0,0,5, 0,1,0,6, 0,0,1,7, 0,0,0,1])"),
-        "s.json: /camera/matrix/3: expected 0 (the matrix's rows end in 0, 0, 0 and 1, and the "
-        "translation is its last row), found 5");
-    EXPECT_EQ(
-        camera_error(
-            R"("matrix": {"keys": [{"time": 0, "value": [1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,2]}]})"),
-        "s.json: /camera/matrix/keys/0/value/15: expected 1 (the matrix's rows end in 0, 0, 0 "
-        "and 1, and the translation is its last row), found 2");
-}
-
-TEST(CameraErrors, AMatrixMustHaveAnInverse) {
-    EXPECT_EQ(camera_error(R"("matrix": [1,0,0,0, 0,1,0,0, 0,0,0,0, 1,2,3,1])"),
-              "s.json: /camera/matrix: expected a matrix that can be inverted, found one that "
-              "flattens space at 0.0 s");
-    // Scaled by z: 1 at 0 s, 0 at 1.5 s.
-    EXPECT_EQ(camera_error(R"("matrix": [1,0,0,0, 0,1,0,0, 0,0,{"keys": [{"time": 0, "value": 1},
-                              {"time": 1.5, "value": 0}]},0, 1,2,3,1])"),
-              "s.json: /camera/matrix: expected a matrix that can be inverted, found one that "
-              "flattens space at 1.5 s");
+TEST(SceneErrors, OfTheCameraAreTold) {
+    expect_errors(
+        R"({"camera": {)", "}}", "/camera",
+        {
+            // Unknown members, with the nearest name.
+            {R"("fov": 24)",
+             "/fov: expected one of \"look_at\", \"position\", \"orientation\", \"matrix\", "
+             "\"zoom\", \"vertical_fov\", found \"fov\""},
+            {R"("look_at": {"rol": 24})",
+             "/look_at/rol: expected one of \"ra\", \"dec\", \"roll\", found \"rol\"; did you mean "
+             "\"roll\"?"},
+            // One way to place the camera.
+            {R"("look_at": {}, "position": [0, 0, 0])",
+             ": expected one way to place the camera, found \"look_at\" and \"position\"; remove "
+             "one of them"},
+            {R"("look_at": {}, "orientation": [0, 0, 0])",
+             ": expected one way to place the camera, found \"look_at\" and \"orientation\"; "
+             "remove one of them"},
+            {R"("matrix": [], "orientation": [0, 0, 0], "position": [0, 0, 0])",
+             ": expected one way to place the camera, found \"position\" with \"orientation\" and "
+             "\"matrix\"; remove one of them"},
+            {R"("look_at": {}, "matrix": [], "position": [0, 0, 0])",
+             ": expected one way to place the camera, found \"look_at\", \"position\" and "
+             "\"matrix\"; remove two of them"},
+            // One way to say how much it sees.
+            {R"("look_at": {}, "zoom": 100, "vertical_fov": 24)",
+             ": expected one way to say how much the camera sees, found \"zoom\" and "
+             "\"vertical_fov\"; remove one of them"},
+            {R"("zoom": 0)", "/zoom: expected a number above 0, found 0"},
+            {R"("vertical_fov": 0)",
+             "/vertical_fov: expected a number above 0 and below 180, found 0"},
+            {R"("vertical_fov": {"keys": [{"time": 0, "value": 180}]})",
+             "/vertical_fov/keys/0/value: expected a number above 0 and below 180, found 180"},
+            // An object of angles.
+            {R"("look_at": [83, -1])", "/look_at: expected an object, found an array of 2"},
+            {R"("look_at": {"ra": "5h35m"})",
+             "/look_at/ra: expected a number or {\"keys\": [...]}, found \"5h35m\""},
+            {R"("look_at": {"dec": 90.5})",
+             "/look_at/dec: expected a number from -90 to 90, found 90.5"},
+            {R"("look_at": {"keys": [], "ra": 1})", "/look_at/ra: expected \"keys\", found \"ra\""},
+            {R"("look_at": {"keys": [{"time": 0, "value": 5}]})",
+             "/look_at/keys/0/value: expected an object, found 5"},
+            // Keys that give the same members.
+            {R"("look_at": {"keys": [{"time": 0, "value": {"ra": 1, "dec": 5}},
+                                                   {"time": 1, "value": {"ra": 1}}]})",
+             "/look_at/keys/1/value: expected the same members as in the first key, found no "
+             "\"dec\""},
+            {R"("look_at": {"keys": [{"time": 0, "value": {"ra": 1}},
+                                                   {"time": 1, "value": {"ra": 1, "roll": 2}}]})",
+             "/look_at/keys/1/value: expected the same members as in the first key, found "
+             "\"roll\""},
+            // Arrays of so many numbers.
+            {R"("position": [1, 2])",
+             "/position: expected an array of 3 numbers, found an array of 2"},
+            {R"("position": 5)",
+             "/position: expected an array of 3 numbers or {\"keys\": [...]}, found 5"},
+            {R"("orientation": {"keys": [{"time": 0, "value": [1, 2, 3, 4]}]})",
+             "/orientation/keys/0/value: expected an array of 3 numbers, found an array of 4"},
+            {R"("orientation": [1, null, 3])",
+             "/orientation/1: expected a number or {\"keys\": [...]}, found null"},
+            {R"("orientation": {"keys": [{"time": 0, "value": [1, "2", 3]}]})",
+             "/orientation/keys/0/value/1: expected a number, found \"2\""},
+            {R"("matrix": [1, 0, 0])",
+             "/matrix: expected an array of 16 numbers, found an array of 3"},
+            // A matrix written for column vectors.
+            {R"("matrix": [1,0,0,5, 0,1,0,6, 0,0,1,7, 0,0,0,1])",
+             "/matrix/3: expected 0 (the matrix's rows end in 0, 0, 0 and 1, and the translation "
+             "is its last row), found 5"},
+            {R"("matrix": {"keys": [{"time": 0, "value": [1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,2]}]})",
+             "/matrix/keys/0/value/15: expected 1 (the matrix's rows end in 0, 0, 0 and 1, and the "
+             "translation is its last row), found 2"},
+            // A matrix without an inverse.
+            {R"("matrix": [1,0,0,0, 0,1,0,0, 0,0,0,0, 1,2,3,1])",
+             "/matrix: expected a matrix that can be inverted, found one that flattens space at "
+             "0.0 s"},
+            // Scaled by z: 1 at 0 s, 0 at 1.5 s.
+            {R"("matrix": [1,0,0,0, 0,1,0,0, 0,0,{"keys": [{"time": 0, "value": 1},
+                              {"time": 1.5, "value": 0}]},0, 1,2,3,1])",
+             "/matrix: expected a matrix that can be inverted, found one that flattens space at "
+             "1.5 s"},
+        });
 }
 
 }  // namespace

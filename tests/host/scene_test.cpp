@@ -1,9 +1,10 @@
 // What a scene says and what it leaves to the defaults.
+#include <gtest/gtest.h>
 #include <host/scene.h>
 
-#include <gtest/gtest.h>
-
+#include <array>
 #include <cmath>
+#include <cstdint>
 #include <fstream>
 #include <iterator>
 #include <numbers>
@@ -29,7 +30,6 @@ ControlSetting control(const std::string& value) {
 }
 
 Track number(const std::string& value) { return std::get<Track>(control(value).value); }
-Colour colour(const std::string& value) { return std::get<Colour>(control(value).value); }
 
 host::FrameRate rate(const std::string& value) {
     return parse("{\"composition\": {\"frame_rate\": " + value + "}}").composition.frame_rate;
@@ -77,25 +77,20 @@ TEST(Track, RefusesKeysOutOfOrderAndNoKeys) {
 }
 
 TEST(Scene, AnEmptyObjectIsANewCompositionWithoutCameraAndSettings) {
-    const Scene scene = parse("{}");
-    EXPECT_EQ(scene.source, "s.json");
-    EXPECT_EQ(scene.composition.width, 1920);
-    EXPECT_EQ(scene.composition.height, 1080);
-    EXPECT_EQ(scene.composition.frame_rate.num, 24U);
-    EXPECT_EQ(scene.composition.frame_rate.den, 1U);
-    EXPECT_EQ(scene.composition.duration, 10.0);
-    EXPECT_FALSE(scene.composition.motion_blur);
-    EXPECT_EQ(scene.composition.shutter_angle.at(0.0), 180.0);
-    EXPECT_EQ(scene.composition.shutter_phase.at(0.0), -90.0);
-    EXPECT_EQ(scene.camera, nullptr);
-    EXPECT_TRUE(scene.controls.empty());
-}
-
-TEST(Scene, EmptyPartsAreDefaultsToo) {
-    const Scene scene = parse(R"({"composition": {}, "controls": {}})");
-    EXPECT_EQ(scene.composition.width, 1920);
-    EXPECT_EQ(scene.camera, nullptr);
-    EXPECT_TRUE(scene.controls.empty());
+    for (const char* text : {"{}", R"({"composition": {}, "controls": {}})"}) {
+        const Scene scene = parse(text);
+        EXPECT_EQ(scene.source, "s.json");
+        EXPECT_EQ(scene.composition.width, 1920);
+        EXPECT_EQ(scene.composition.height, 1080);
+        EXPECT_EQ(scene.composition.frame_rate.num, 24U);
+        EXPECT_EQ(scene.composition.frame_rate.den, 1U);
+        EXPECT_EQ(scene.composition.duration, 10.0);
+        EXPECT_FALSE(scene.composition.motion_blur);
+        EXPECT_EQ(scene.composition.shutter_angle.at(0.0), 180.0);
+        EXPECT_EQ(scene.composition.shutter_phase.at(0.0), -90.0);
+        EXPECT_EQ(scene.camera, nullptr);
+        EXPECT_TRUE(scene.controls.empty());
+    }
 }
 
 TEST(Scene, CommentsAreSkipped) {
@@ -140,25 +135,26 @@ TEST(Composition, WhatDoesNotChangeMayHaveKeysOfOneValue) {
     EXPECT_EQ(made.duration, 4.0);
 }
 
-TEST(Composition, BroadcastRatesAreFractionsOf1001) {
-    const struct {
-        const char* written;
-        std::uint32_t num;
-    } cases[] = {{"23.976", 24000},  {"29.97", 30000},    {"59.94", 60000},   {"47.952", 48000},
-                 {"119.88", 120000}, {"23.97602", 24000}, {"23.9765", 24000}, {"29.9705", 30000}};
-    for (const auto& each : cases) {
-        EXPECT_EQ(rate(each.written).num, each.num) << each.written;
-        EXPECT_EQ(rate(each.written).den, 1001U) << each.written;
-    }
-}
-
-TEST(Composition, OtherRatesAreExactFractionsInLowestTerms) {
+TEST(Composition, RatesAreExactFractionsAndThoseOfBroadcastsFractionsOf1001) {
     const struct {
         const char* written;
         std::uint32_t num, den;
-    } cases[] = {{"24", 24, 1},       {"24.0", 24, 1},      {"12.5", 25, 2},
-                 {"23.98", 1199, 50}, {"0.001", 1, 1000},   {"33.333333333333336", 100, 3},
-                 {"999", 999, 1},     {"15.015", 3003, 200}};
+    } cases[] = {{"23.976", 24000, 1001},
+                 {"29.97", 30000, 1001},
+                 {"59.94", 60000, 1001},
+                 {"47.952", 48000, 1001},
+                 {"119.88", 120000, 1001},
+                 {"23.97602", 24000, 1001},
+                 {"23.9765", 24000, 1001},
+                 {"29.9705", 30000, 1001},
+                 {"24", 24, 1},
+                 {"24.0", 24, 1},
+                 {"12.5", 25, 2},
+                 {"23.98", 1199, 50},
+                 {"0.001", 1, 1000},
+                 {"33.333333333333336", 100, 3},
+                 {"999", 999, 1},
+                 {"15.015", 3003, 200}};
     for (const auto& each : cases) {
         EXPECT_EQ(rate(each.written).num, each.num) << each.written;
         EXPECT_EQ(rate(each.written).den, each.den) << each.written;
@@ -194,34 +190,27 @@ TEST(Controls, TakeChoicesByName) {
     EXPECT_EQ(std::get<std::string>(control(R"("HemiSph")").value), "HemiSph");
 }
 
-TEST(Controls, TakeColoursAsNumbers) {
-    const Colour made = colour("[255, 0, 12.5]");
-    EXPECT_EQ(made.channels[0].at(0.0), 255.0);
-    EXPECT_EQ(made.channels[1].at(0.0), 0.0);
-    EXPECT_EQ(made.channels[2].at(0.0), 12.5);
-}
-
-TEST(Controls, TakeColoursInHexadecimal) {
-    const Colour made = colour(R"("#Ff8009")");
-    EXPECT_EQ(made.channels[0].at(0.0), 255.0);
-    EXPECT_EQ(made.channels[1].at(0.0), 128.0);
-    EXPECT_EQ(made.channels[2].at(0.0), 9.0);
-}
-
-TEST(Controls, TakeAColoursKeysNumberByNumber) {
-    const Colour made =
-        colour(R"([10, {"keys": [{"time": 0, "value": 0}, {"time": 1, "value": 200}]}, 30])");
-    EXPECT_EQ(made.channels[0].at(0.5), 10.0);
-    EXPECT_EQ(made.channels[1].at(0.5), 100.0);
-    EXPECT_EQ(made.channels[2].at(0.5), 30.0);
-}
-
-TEST(Controls, TakeKeysOfWholeColoursInEitherForm) {
-    const Colour made = colour(
-        R"({"keys": [{"time": 0, "value": "#000a14"}, {"time": 1, "value": [100, 20, 20]}]})");
-    EXPECT_EQ(made.channels[0].at(0.5), 50.0);
-    EXPECT_EQ(made.channels[1].at(0.5), 15.0);
-    EXPECT_EQ(made.channels[2].at(0.5), 20.0);
+TEST(Controls, TakeColours) {
+    const struct {
+        const char* written;
+        std::array<double, 3> at_half_a_second;
+    } cases[] = {
+        {"[255, 0, 12.5]", {255.0, 0.0, 12.5}},
+        {R"("#Ff8009")", {255.0, 128.0, 9.0}},
+        // Keys number by number.
+        {R"([10, {"keys": [{"time": 0, "value": 0}, {"time": 1, "value": 200}]}, 30])",
+         {10.0, 100.0, 30.0}},
+        // Keys of whole colours in either form.
+        {R"({"keys": [{"time": 0, "value": "#000a14"}, {"time": 1, "value": [100, 20, 20]}]})",
+         {50.0, 15.0, 20.0}},
+    };
+    for (const auto& each : cases) {
+        const Colour made = std::get<Colour>(control(each.written).value);
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+            EXPECT_EQ(made.channels[channel].at(0.5), each.at_half_a_second[channel])
+                << each.written;
+        }
+    }
 }
 
 TEST(CameraObject, EmptyIsANewCameraBeforeTheMiddleOfThePicture) {

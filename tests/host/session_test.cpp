@@ -3,15 +3,19 @@
 #include <host/session.h>
 
 #include <algorithm>
-#include <cmath>
+#include <array>
+#include <cstdint>
+#include <iterator>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "modules/test_effect.h"
-#include "session_scene.h"
+#include "effect_frames.h"
 
 namespace {
 
+using namespace effect_frames;
 using namespace test_effect;
 using host::Depth;
 using host::Frame;
@@ -23,28 +27,9 @@ using host::Track;
 using session_scene::set;
 using session_scene::small_scene;
 
-double fact(const Frame& frame, int which) {
-    return static_cast<double>(frame.world.pixel<float>(which, 0)[1]);
-}
-
 Frame first_frame(const Scene& scene, const RenderOptions& options = {}) {
     Session session(TEST_EFFECT);
     return session.render(scene, scene.composition.frame_time(0), options);
-}
-
-std::vector<std::string> names(const std::vector<host::Call>& calls, const std::string& prefix) {
-    std::vector<std::string> found;
-    for (const host::Call& call : calls) {
-        if (call.name.rfind(prefix, 0) == 0) {
-            found.push_back(call.name);
-        }
-    }
-    return found;
-}
-
-int count(const std::vector<host::Call>& calls, const std::string& name) {
-    return static_cast<int>(std::count_if(
-        calls.begin(), calls.end(), [&](const host::Call& call) { return call.name == name; }));
 }
 
 TEST(Session, SendsCommandsInAHostsOrder) {
@@ -71,42 +56,38 @@ TEST(Session, TellsWhatTheEffectDeclaredOfItself) {
 }
 
 TEST(Session, DeliversControlsExactlyAsDeclared) {
+    using host::ControlKind;
     const Session session(TEST_EFFECT);
     const auto& controls = session.controls();
     ASSERT_EQ(controls.size(), 6u);
-
+    const struct {
+        ControlKind kind;
+        double valid_min, valid_max, slider_max, value, default_value;
+    } kRows[] = {{ControlKind::FloatSlider, 0, 10, 4, 1.5, 1.5},
+                 {ControlKind::Slider, -5, 20, 10, 3, 3},
+                 {ControlKind::Checkbox, 0, 0, 0, 1, 1},
+                 {ControlKind::Colour, 0, 0, 0, 0, 0},
+                 {ControlKind::Popup, 0, 0, 0, 0, 0}};
+    for (std::size_t i = 0; i < std::size(kRows); ++i) {
+        EXPECT_EQ(controls[i].kind, kRows[i].kind) << i;
+        EXPECT_EQ(controls[i].valid.min, kRows[i].valid_min) << i;
+        EXPECT_EQ(controls[i].valid.max, kRows[i].valid_max) << i;
+        EXPECT_EQ(controls[i].slider.max, kRows[i].slider_max) << i;
+        EXPECT_EQ(controls[i].value, kRows[i].value) << i;
+        EXPECT_EQ(controls[i].default_value, kRows[i].default_value) << i;
+    }
     EXPECT_EQ(controls[0].index, 1);
     EXPECT_EQ(controls[0].id, 1);
     EXPECT_EQ(controls[0].name, "Gain");
-    EXPECT_EQ(controls[0].kind, host::ControlKind::FloatSlider);
     EXPECT_EQ(controls[0].type, 10);
-    EXPECT_EQ(controls[0].valid.min, 0.0);
-    EXPECT_EQ(controls[0].valid.max, 10.0);
-    EXPECT_EQ(controls[0].slider.max, 4.0);
-    EXPECT_EQ(controls[0].value, 1.5);
-    EXPECT_EQ(controls[0].default_value, 1.5);
     EXPECT_EQ(controls[0].precision, 3);
     EXPECT_EQ(controls[0].slider_flags, 1u);
     EXPECT_EQ(controls[0].curve_tolerance, 0.25);
-
-    EXPECT_EQ(controls[1].kind, host::ControlKind::Slider);
-    EXPECT_EQ(controls[1].valid.min, -5.0);
-    EXPECT_EQ(controls[1].valid.max, 20.0);
-    EXPECT_EQ(controls[1].slider.max, 10.0);
-    EXPECT_EQ(controls[1].value, 3.0);
-
-    EXPECT_EQ(controls[2].kind, host::ControlKind::Checkbox);
     EXPECT_EQ(controls[2].label, "flip it");
-    EXPECT_EQ(controls[2].default_value, 1.0);
-
-    EXPECT_EQ(controls[3].kind, host::ControlKind::Colour);
     EXPECT_EQ(controls[3].colour, (host::Argb{255, 10, 20, 30}));
-
-    EXPECT_EQ(controls[4].kind, host::ControlKind::Popup);
     EXPECT_EQ(controls[4].choice_text, "Ramp|Flat|Full Range") << "copied while it was declared";
     EXPECT_EQ(controls[4].choices, (std::vector<std::string>{"Ramp", "Flat", "Full Range"}));
     EXPECT_EQ(controls[4].declared_choices, 20);
-    EXPECT_EQ(controls[4].value, 0.0);
 }
 
 TEST(Session, GivesTheControlsValuesAtTheFramesTime) {
@@ -117,35 +98,25 @@ TEST(Session, GivesTheControlsValuesAtTheFramesTime) {
                       set("Mode", std::string("Full Range"))};
     Session session(TEST_EFFECT);
     // Frame 6 of 24 a second: 0.25 s.
-    const Frame frame = session.render(scene, scene.composition.frame_time(6));
-    EXPECT_EQ(fact(frame, kGain), 2.5);
-    EXPECT_EQ(fact(frame, kCount), 7.0);
-    EXPECT_EQ(fact(frame, kInvert), 0.0);
-    EXPECT_EQ(fact(frame, kShadeRed), 1.0);
-    EXPECT_EQ(fact(frame, kShadeGreen), 3.0);
-    EXPECT_EQ(fact(frame, kShadeBlue), 255.0);
-    EXPECT_EQ(fact(frame, kMode), 3.0);
-}
-
-TEST(Session, GivesDeclaredValuesWhereTheSceneSaysNothing) {
-    const Frame frame = first_frame(small_scene());
-    EXPECT_EQ(fact(frame, kGain), 1.5);
-    EXPECT_EQ(fact(frame, kCount), 3.0);
-    EXPECT_EQ(fact(frame, kInvert), 1.0);
-    EXPECT_EQ(fact(frame, kShadeGreen), 20.0);
-    EXPECT_EQ(fact(frame, kMode), 0.0);
-}
-
-TEST(Session, TellsTheTime) {
-    const Scene scene = small_scene();
-    Session session(TEST_EFFECT);
     const Time time = scene.composition.frame_time(6);
     const Frame frame = session.render(scene, time);
-    EXPECT_EQ(fact(frame, kCurrentTime), time.value);
-    EXPECT_EQ(fact(frame, kTimeScale), time.scale);
+    expect_facts(frame, {{kGain, 2.5},
+                         {kCount, 7},
+                         {kInvert, 0},
+                         {kShadeRed, 1},
+                         {kShadeGreen, 3},
+                         {kShadeBlue, 255},
+                         {kMode, 3},
+                         {kCurrentTime, time.value},
+                         {kTimeScale, time.scale}});
     EXPECT_EQ(fact(frame, kCurrentTime) / fact(frame, kTimeScale), 0.25);
     EXPECT_EQ(fact(frame, kTimeStep) / fact(frame, kTimeScale), 1.0 / 24.0);
     EXPECT_EQ(fact(frame, kTotalTime) / fact(frame, kTimeScale), 2.0);
+}
+
+TEST(Session, GivesDeclaredValuesWhereTheSceneSaysNothing) {
+    expect_facts(first_frame(small_scene()),
+                 {{kGain, 1.5}, {kCount, 3}, {kInvert, 1}, {kShadeGreen, 20}, {kMode, 0}});
 }
 
 TEST(Session, TellsTheShutterAngleOnlyWithMotionBlur) {
@@ -157,14 +128,11 @@ TEST(Session, TellsTheShutterAngleOnlyWithMotionBlur) {
 }
 
 TEST(Session, ServesTheCompositionsSizeAndShutter) {
-    Scene scene = small_scene();
-    scene.composition.shutter_angle = 180.0;
-    scene.composition.shutter_phase = -90.0;
+    const Scene scene = small_scene();
     Session session(TEST_EFFECT);
     const Frame frame = session.render(scene, scene.composition.frame_time(3));
-    EXPECT_EQ(fact(frame, kItemWidth), 64.0);
-    EXPECT_EQ(fact(frame, kItemHeight), 36.0);
-    // A quarter of a frame before frame 3, for half a frame.
+    expect_facts(frame, {{kItemWidth, 64}, {kItemHeight, 36}});
+    // 180 degrees from -90 on: a quarter of a frame before frame 3, for half a frame.
     EXPECT_EQ(fact(frame, kShutterStart) / fact(frame, kShutterScale), 2.75 / 24.0);
     EXPECT_EQ(fact(frame, kShutterDuration) / fact(frame, kShutterScale), 0.5 / 24.0);
 }
@@ -191,8 +159,8 @@ TEST(Session, HasNoCameraWhereTheSceneHasNone) {
     Scene scene = small_scene();
     scene.camera = nullptr;
     const Frame frame = first_frame(scene);
-    EXPECT_EQ(fact(frame, kHasCamera), 0.0);
-    EXPECT_EQ(fact(frame, kItemWidth), 64.0) << "the queries themselves succeed";
+    // The queries themselves succeed.
+    expect_facts(frame, {{kHasCamera, 0}, {kItemWidth, 64}});
     EXPECT_TRUE(frame.camera_times.empty());
 }
 
@@ -203,46 +171,39 @@ TEST(Session, ShowsTheSameViewAtAnotherSize) {
     const Frame frame = first_frame(small_scene(), options);
     EXPECT_EQ(frame.world.width(), 96);
     EXPECT_EQ(frame.world.height(), 54);
-    EXPECT_EQ(fact(frame, kInWidth), 64.0) << "the layer's full size";
-    EXPECT_EQ(fact(frame, kItemWidth), 64.0);
-    EXPECT_EQ(fact(frame, kDownsampleNum), 3.0);
-    EXPECT_EQ(fact(frame, kDownsampleDen), 2.0);
+    // The layer keeps its full size.
+    expect_facts(frame,
+                 {{kInWidth, 64}, {kItemWidth, 64}, {kDownsampleNum, 3}, {kDownsampleDen, 2}});
     EXPECT_EQ(frame.result_rect, (host::Rect{0, 0, 96, 54}));
     EXPECT_EQ(frame.max_result_rect, (host::Rect{0, 0, 96, 54}));
 }
 
 TEST(Session, RendersEveryDepth) {
     Session session(TEST_EFFECT);
-    const Scene scene = small_scene();
-    RenderOptions options;
-    options.depth = Depth::Bits8;
-    const Frame eight = session.render(scene, {0, 24}, options);
-    options.depth = Depth::Bits16;
-    const Frame sixteen = session.render(scene, {0, 24}, options);
-    options.depth = Depth::Float;
-    const Frame floating = session.render(scene, {0, 24}, options);
-    using Eight = std::array<std::uint8_t, 4>;
-    using Sixteen = std::array<std::uint16_t, 4>;
-    using Floating = std::array<float, 4>;
-    EXPECT_EQ(eight.world.pixel<std::uint8_t>(5, 3), (Eight{255, 35, 2, 3}));
-    EXPECT_EQ(sixteen.world.pixel<std::uint16_t>(63, 35), (Sixteen{32768, 413, 2, 3}));
-    EXPECT_EQ(floating.world.pixel<float>(63, 35), (Floating{1.0F, 413.0F, 2.0F, 3.0F}));
+    const auto draw = [&](Depth depth) {
+        Frame frame = session.render(small_scene(), {0, 24}, at_depth(depth));
+        EXPECT_TRUE(frame.drawn);
+        EXPECT_EQ(frame.undrawn_pixels, 0u);
+        EXPECT_EQ(frame.status, 0);
+        EXPECT_EQ(joined(frame.violations), "");
+        return frame;
+    };
+    EXPECT_EQ(draw(Depth::Bits8).world.pixel<std::uint8_t>(5, 3),
+              (std::array<std::uint8_t, 4>{255, 35, 2, 3}));
+    EXPECT_EQ(draw(Depth::Bits16).world.pixel<std::uint16_t>(63, 35),
+              (std::array<std::uint16_t, 4>{32768, 413, 2, 3}));
+    const Frame floating = draw(Depth::Float);
+    EXPECT_EQ(floating.world.pixel<float>(63, 35),
+              (std::array<float, 4>{1.0F, 413.0F, 2.0F, 3.0F}));
     EXPECT_EQ(fact(floating, kBitDepth), 32.0);
-    for (const Frame* frame : {&eight, &sixteen, &floating}) {
-        EXPECT_TRUE(frame->drawn);
-        EXPECT_EQ(frame->undrawn_pixels, 0u);
-        EXPECT_EQ(frame->status, 0);
-        EXPECT_TRUE(frame->violations.empty()) << frame->violations.front();
-    }
 }
 
 TEST(Session, GivesInputAndOutputDifferentStrides) {
     RenderOptions options;
     options.output_padding = 4;
     options.input_padding = 100;
-    const Frame frame = first_frame(small_scene(), options);
-    EXPECT_EQ(fact(frame, kOutputRowBytes), 64 * 16 + 4);
-    EXPECT_EQ(fact(frame, kInputRowBytes), 64 * 16 + 100);
+    expect_facts(first_frame(small_scene(), options),
+                 {{kOutputRowBytes, 64 * 16 + 4}, {kInputRowBytes, 64 * 16 + 100}});
 }
 
 TEST(Session, HandsOutTablesOfFullLength) {
@@ -257,17 +218,12 @@ TEST(Session, CountsParametersLeftCheckedOutWithoutMindingThem) {
     EXPECT_TRUE(frame.violations.empty());
 }
 
-TEST(Session, BalancesSuitesAndHandles) {
+TEST(Session, BalancesSuitesAndHandlesAndDeletesPreRenderDataOnceAfterTheRender) {
     Session session(TEST_EFFECT);
     const Frame frame = session.render(small_scene(), {0, 24});
     EXPECT_EQ(count(frame.calls, "AcquireSuite"), count(frame.calls, "ReleaseSuite"));
     EXPECT_GT(count(frame.calls, "AcquireSuite"), 0);
     EXPECT_EQ(session.live_handles(), 0u);
-}
-
-TEST(Session, DeletesPreRenderDataOnceAfterTheRender) {
-    Session session(TEST_EFFECT);
-    const Frame frame = session.render(small_scene(), {0, 24});
     EXPECT_EQ(frame.data_deletions, 1);
     // The effect's data holds a handle, which its deleter disposes of: once, as the last call.
     EXPECT_EQ(count(frame.calls, "host_dispose_handle"), 1);
@@ -287,14 +243,10 @@ TEST(Session, DeletesPreRenderDataAlsoWithoutARender) {
     EXPECT_TRUE(frame.violations.empty());
 }
 
-TEST(Session, ShowsTheAboutText) {
+TEST(Session, AsksForAboutAndDependenciesAndDisposesOfTheHandle) {
     Session session(TEST_EFFECT);
     EXPECT_EQ(session.about(), "Test effect v9");
     EXPECT_TRUE(session.messages().empty());
-}
-
-TEST(Session, ReadsDependenciesAndDisposesOfTheHandle) {
-    Session session(TEST_EFFECT);
     EXPECT_EQ(session.dependencies(1), "one font");
     EXPECT_EQ(session.dependencies(2), std::nullopt);
     EXPECT_EQ(session.live_handles(), 0u);
@@ -329,13 +281,10 @@ TEST(Session, ForgetsWhatPassed) {
 }
 
 TEST(Session, RendersPlainlyWhenAskedTo) {
-    RenderOptions options;
+    RenderOptions options = at_depth(Depth::Bits8);
     options.plain = true;
-    options.depth = Depth::Bits8;
     const Frame frame = first_frame(small_scene(), options);
-    EXPECT_EQ(names(frame.calls, "PF_Cmd"),
-              (std::vector<std::string>{"PF_Cmd_QUERY_DYNAMIC_FLAGS", "PF_Cmd_FRAME_SETUP",
-                                        "PF_Cmd_RENDER", "PF_Cmd_FRAME_SETDOWN"}));
+    EXPECT_EQ(names(frame.calls, "PF_Cmd"), kPlainCommands);
     EXPECT_EQ(frame.undrawn_pixels, 0U);
     options.depth = Depth::Float;
     EXPECT_THROW(first_frame(small_scene(), options), host::FrameError);
@@ -438,26 +387,18 @@ TEST(Session, MakesCallsFailByNameAndCount) {
 }
 
 TEST(PremiereSession, OffersItsOwnFewSuitesAndRendersPlainly) {
-    host::SessionOptions options;
-    options.application = host::Application::Premiere;
-    Session session(TEST_EFFECT, options);
+    Session session(TEST_EFFECT, in_premiere());
     EXPECT_EQ(session.declared_pixel_formats(), (std::vector<std::int32_t>{0x61726762}));
     Scene scene = small_scene();
     scene.controls = {set("Count", Track(9.0))};
-    RenderOptions eight;
-    eight.depth = Depth::Bits8;
-    const Frame frame = session.render(scene, {0, 24}, eight);
-    EXPECT_EQ(names(frame.calls, "PF_Cmd"),
-              (std::vector<std::string>{"PF_Cmd_QUERY_DYNAMIC_FLAGS", "PF_Cmd_FRAME_SETUP",
-                                        "PF_Cmd_RENDER", "PF_Cmd_FRAME_SETDOWN"}));
-    using Eight = std::array<std::uint8_t, 4>;
-    EXPECT_EQ(frame.world.pixel<std::uint8_t>(63, 35), (Eight{255, 9, 60, 70}));
+    const Frame frame = session.render(scene, {0, 24}, at_depth(Depth::Bits8));
+    EXPECT_EQ(names(frame.calls, "PF_Cmd"), kPlainCommands);
+    EXPECT_EQ(frame.world.pixel<std::uint8_t>(63, 35),
+              (std::array<std::uint8_t, 4>{255, 9, 60, 70}));
     EXPECT_EQ(frame.undrawn_pixels, 0u);
     EXPECT_TRUE(frame.violations.empty()) << frame.violations.front();
     for (const Depth undeclared : {Depth::Bits16, Depth::Float}) {
-        RenderOptions other;
-        other.depth = undeclared;
-        EXPECT_THROW(session.render(scene, {0, 24}, other), host::FrameError);
+        EXPECT_THROW(session.render(scene, {0, 24}, at_depth(undeclared)), host::FrameError);
     }
 }
 

@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include "violations.h"
+
 namespace starry {
 
 inline constexpr double kRa = 83.0;
@@ -57,14 +59,6 @@ inline void set(host::Scene& scene, const std::string& name,
     scene.controls.push_back(std::move(setting));
 }
 
-inline std::string joined(const std::vector<std::string>& lines) {
-    std::string text;
-    for (const std::string& line : lines) {
-        text += line + "\n";
-    }
-    return text;
-}
-
 class Lumivar : public testing::Test {
 protected:
     Lumivar() {
@@ -80,8 +74,6 @@ protected:
     std::filesystem::path executable() const {
         return root / "Lumivar.plugin/Contents/MacOS/Lumivar";
     }
-    /// As the plug-in spells the folder of its databases.
-    std::string spelt_folder() const { return root / "Lumivar.plugin/Contents/MacOS/../../.."; }
 
     /// Frame 0 of a scene.
     host::Frame render(const host::Scene& scene, const host::RenderOptions& options = {}) {

@@ -1,8 +1,7 @@
 // Times by hand: a frame lasts den/num seconds, the shutter opens phase/360 of it after the frame's
 // time and stays open for angle/360 of it.
-#include <host/scene.h>
-
 #include <gtest/gtest.h>
+#include <host/scene.h>
 
 #include <cstdint>
 #include <limits>
@@ -48,88 +47,60 @@ Time open_for(const Composition& of, Time time) {
     return duration;
 }
 
-TEST(Timing, At24FramesAQuarterOfAFrameIsOneTick) {
-    // 1/24 = 4/96; -90 degrees is -1/96, 180 degrees 2/96.
-    const Composition made = composition({24, 1});
-    EXPECT_EQ(made.frame_duration(), (Time{4, 96}));
-    EXPECT_EQ(made.frame_time(0), (Time{0, 96}));
-    EXPECT_EQ(made.frame_time(1), (Time{4, 96}));
-    EXPECT_EQ(made.frame_time(239), (Time{956, 96}));
-    EXPECT_EQ(opening(made, made.frame_time(1)), (Time{3, 96}));
-    EXPECT_EQ(open_for(made, made.frame_time(1)), (Time{2, 96}));
-}
-
-TEST(Timing, TheShutterOfFrame0OpensBeforeTheComposition) {
-    const Composition made = composition({24, 1});
-    EXPECT_EQ(opening(made, made.frame_time(0)), (Time{-1, 96}));
-}
-
-TEST(Timing, FramesBeforeTheCompositionHaveNegativeTimes) {
-    EXPECT_EQ(composition({24, 1}).frame_time(-2), (Time{-8, 96}));
-}
-
-TEST(Timing, TheScaleIsNoFinerThanNeeded) {
-    // 1/24 and half of it; nothing to wait for.
-    const Composition half = composition({24, 1}, 180.0, 0.0);
-    EXPECT_EQ(half.frame_time(1), (Time{2, 48}));
-    EXPECT_EQ(opening(half, half.frame_time(1)), (Time{2, 48}));
-    EXPECT_EQ(open_for(half, half.frame_time(1)), (Time{1, 48}));
-    // A whole frame opened on the frame; and a shutter that stays shut.
-    EXPECT_EQ(composition({24, 1}, 360.0, -360.0).frame_time(1), (Time{1, 24}));
-    EXPECT_EQ(composition({24, 1}, 0.0, 0.0).frame_time(1), (Time{1, 24}));
-    EXPECT_EQ(open_for(composition({24, 1}, 0.0, 0.0), {1, 24}), (Time{0, 24}));
-}
-
-TEST(Timing, At23976FramesTimesAreMultiplesOf1001) {
-    // 1001/24000 = 4004/96000, a quarter 1001/96000, a half 2002/96000.
-    const Composition made = composition({24000, 1001});
-    EXPECT_EQ(made.frame_time(1), (Time{4004, 96000}));
-    EXPECT_EQ(made.frame_time(24), (Time{96096, 96000}));
-    EXPECT_EQ(opening(made, made.frame_time(24)), (Time{95095, 96000}));
-    EXPECT_EQ(open_for(made, made.frame_time(24)), (Time{2002, 96000}));
-}
-
-TEST(Timing, At25FramesTheScaleIs100) {
-    const Composition made = composition({25, 1});
-    EXPECT_EQ(made.frame_time(3), (Time{12, 100}));
-    EXPECT_EQ(opening(made, made.frame_time(3)), (Time{11, 100}));
-    EXPECT_EQ(open_for(made, made.frame_time(3)), (Time{2, 100}));
-}
-
-TEST(Timing, At2997FramesTheScaleIs120000) {
-    const Composition made = composition({30000, 1001});
-    EXPECT_EQ(made.frame_time(1), (Time{4004, 120000}));
-    EXPECT_EQ(opening(made, made.frame_time(1)), (Time{3003, 120000}));
-    EXPECT_EQ(open_for(made, made.frame_time(1)), (Time{2002, 120000}));
-}
-
-TEST(Timing, TheDenominatorOfTheRateTakesPartInTheScale) {
-    // Two seconds a frame: a quarter is 1/2 s, a half 1 s; on the scale 2 a frame is 4.
-    const Composition made = composition({1, 2});
-    EXPECT_EQ(made.frame_time(1), (Time{4, 2}));
-    EXPECT_EQ(opening(made, made.frame_time(1)), (Time{3, 2}));
-    EXPECT_EQ(open_for(made, made.frame_time(1)), (Time{2, 2}));
-}
-
-TEST(Timing, ARateInHigherTermsIsTheSameRate) {
-    EXPECT_EQ(composition({48, 2}).frame_time(1), (Time{4, 96}));
-}
-
-TEST(Timing, AnglesCountInThousandthsOfADegree) {
-    // 0.001 degree of 1/25 s is 1/9000000 s; 90 degrees are 90000 of them, a frame 360000.
-    // Duration and scale are small enough to leave room for 100 segments.
-    const Composition made = composition({25, 1}, 0.001, -90.0, 1.0);
-    EXPECT_EQ(made.frame_time(1), (Time{360000, 9000000}));
-    EXPECT_EQ(opening(made, made.frame_time(1)), (Time{270000, 9000000}));
-    EXPECT_EQ(open_for(made, made.frame_time(1)), (Time{1, 9000000}));
-    // Less than half of that is nothing.
-    EXPECT_EQ(open_for(composition({25, 1}, 0.0004, -90.0, 1.0), {4, 100}), (Time{0, 100}));
-}
-
-TEST(Timing, TheWidestShutterAtTheLargestPhaseIsExact) {
-    const Composition made = composition({24, 1}, 720.0, 360.0);
-    EXPECT_EQ(opening(made, made.frame_time(5)), (Time{6, 24}));
-    EXPECT_EQ(open_for(made, made.frame_time(5)), (Time{2, 24}));
+TEST(Timing, FramesAndShutterStandOnOneScaleNoFinerThanNeeded) {
+    struct Row {
+        Composition made;
+        int frame;
+        Time time, opening, open_for;
+    };
+    const Row rows[] = {
+        // 1/24 = 4/96; -90 degrees is -1/96, 180 degrees 2/96.
+        {composition({24, 1}), 1, {4, 96}, {3, 96}, {2, 96}},
+        {composition({24, 1}), 239, {956, 96}, {955, 96}, {2, 96}},
+        // The shutter of frame 0 opens before the composition; frames before it are negative.
+        {composition({24, 1}), 0, {0, 96}, {-1, 96}, {2, 96}},
+        {composition({24, 1}), -2, {-8, 96}, {-9, 96}, {2, 96}},
+        // 1/24 and half of it; nothing to wait for.
+        {composition({24, 1}, 180.0, 0.0), 1, {2, 48}, {2, 48}, {1, 48}},
+        // A whole frame opened on the frame; and a shutter that stays shut.
+        {composition({24, 1}, 360.0, -360.0), 1, {1, 24}, {0, 24}, {1, 24}},
+        {composition({24, 1}, 0.0, 0.0), 1, {1, 24}, {1, 24}, {0, 24}},
+        // 1001/24000 = 4004/96000, a quarter 1001/96000, a half 2002/96000.
+        {composition({24000, 1001}), 1, {4004, 96000}, {3003, 96000}, {2002, 96000}},
+        {composition({24000, 1001}), 24, {96096, 96000}, {95095, 96000}, {2002, 96000}},
+        {composition({25, 1}), 3, {12, 100}, {11, 100}, {2, 100}},
+        {composition({30000, 1001}), 1, {4004, 120000}, {3003, 120000}, {2002, 120000}},
+        // Two seconds a frame: a quarter is 1/2 s, a half 1 s; on the scale 2 a frame is 4.
+        {composition({1, 2}), 1, {4, 2}, {3, 2}, {2, 2}},
+        // A rate in higher terms is the same rate.
+        {composition({48, 2}), 1, {4, 96}, {3, 96}, {2, 96}},
+        // 0.001 degree of 1/25 s is 1/9000000 s; 90 degrees are 90000 of them, a frame 360000.
+        // Duration and scale are small enough to leave room for 100 segments.
+        {composition({25, 1}, 0.001, -90.0, 1.0),
+         1,
+         {360000, 9000000},
+         {270000, 9000000},
+         {1, 9000000}},
+        // Less than half of that is nothing.
+        {composition({25, 1}, 0.0004, -90.0, 1.0), 1, {4, 100}, {3, 100}, {0, 100}},
+        // The widest shutter at the largest phase.
+        {composition({24, 1}, 720.0, 360.0), 5, {5, 24}, {6, 24}, {2, 24}},
+        // Too fine for the duration: rounded to a tick. Exact would be 120000, with 120000 * 100 *
+        // 600 beyond 2^31; the frames need 30000, and room is left for 21474836.47 / (600 + 3 *
+        // 1001/30000) = 35785: one multiple of 30000. 2002 - 250.25; 500.5, away from zero.
+        {composition({30000, 1001}, 180.0, -90.0, 600.0),
+         2,
+         {2002, 30000},
+         {1752, 30000},
+         {501, 30000}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.time);
+        EXPECT_EQ(row.made.frame_time(row.frame), row.time);
+        EXPECT_EQ(opening(row.made, row.time), row.opening);
+        EXPECT_EQ(open_for(row.made, row.time), row.open_for);
+    }
+    EXPECT_EQ(composition({24, 1}).frame_duration(), (Time{4, 96}));
 }
 
 TEST(Timing, AScaleLeavesRoomForAHundredSegments) {
@@ -147,15 +118,6 @@ TEST(Timing, AScaleLeavesRoomForAHundredSegments) {
                       std::int64_t{made.frames() - 1} * rate.den * last.scale);
         }
     }
-}
-
-TEST(Timing, AShutterTooFineForTheDurationIsRoundedToATick) {
-    // Exact would be 120000, with 120000 * 100 * 600 beyond 2^31; the frames need 30000, and room
-    // is left for 21474836.47 / (600 + 3 * 1001/30000) = 35785: one multiple of 30000.
-    const Composition made = composition({30000, 1001}, 180.0, -90.0, 600.0);
-    EXPECT_EQ(made.frame_time(2), (Time{2002, 30000}));
-    EXPECT_EQ(opening(made, made.frame_time(2)), (Time{1752, 30000}));  // 2002 - 250.25
-    EXPECT_EQ(open_for(made, made.frame_time(2)), (Time{501, 30000}));  // 500.5, away from zero
 }
 
 TEST(Timing, FramesStayExactWhereNoScaleLeavesRoomForAllSegments) {

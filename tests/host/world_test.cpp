@@ -81,10 +81,6 @@ TEST_P(WorldOfEveryDepth, CountsPixelsThatStillHoldTheMark) {
     world.row(2)[host::bytes_per_pixel(GetParam())] = std::byte{0};
     EXPECT_EQ(world.marked_pixels(), 19u);
     EXPECT_FALSE(world.breach()) << "marking stays within the pixels";
-}
-
-TEST_P(WorldOfEveryDepth, CountsPixelsThatHoldAnotherMark) {
-    World world(5, 4, GetParam());
     world.mark(std::byte{0x3C});
     EXPECT_EQ(world.row(3)[0], std::byte{0x3C});
     EXPECT_EQ(world.marked_pixels(), 20u);

@@ -37,7 +37,7 @@ foreach(target IN LISTS targets)
     list(APPEND alone ${target})
   endif()
 endforeach()
-if(NOT session_test IN_LIST alone OR NOT test_effect IN_LIST alone)
+if(NOT host_test IN_LIST alone OR NOT test_effect IN_LIST alone)
   message(FATAL_ERROR "the tests of the host alone were not found among: ${targets}")
 endif()
 

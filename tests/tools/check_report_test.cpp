@@ -1,4 +1,4 @@
-// A conformance report as people and programs read it.
+// A report of a check as people and programs read it.
 #include "check_report.h"
 
 #include <gtest/gtest.h>
@@ -13,9 +13,9 @@
 
 namespace {
 
-using conformance::Report;
-using conformance::Row;
-using conformance::Verdict;
+using check::Report;
+using check::Row;
+using check::Verdict;
 
 bool holds(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
@@ -39,7 +39,7 @@ TEST(ReportText, WrapsCellsAndSetsFamiliesApart) {
         row("bundle.one", "an answer", Verdict::Pass),
         row("frames.one", "a long answer that goes on for more than just the sixty-six characters",
             Verdict::Fail),
-        row("frames.two", "a habit", Verdict::Deviation)};
+        row("frames.two", "a habit", Verdict::Kept)};
     report.rows[2].deviations = {"this one", "that one"};
     report.unexamined = {{"leaks", "why"}};
     EXPECT_EQ(lumivar::report_as_text(report),
@@ -116,17 +116,17 @@ TEST(ReportJson, HasWhatProgramsGoBy) {
     report.file = "/some/Module";
     report.match_name = "A Name";
     report.rows = {row("bundle.one", "an answer", Verdict::Pass),
-                   row("frames.one", "1; 2", Verdict::Fail),
-                   row("frames.two", "3", Verdict::Deviation)};
+                   row("frames.one", "1; 2", Verdict::Fail), row("frames.two", "3", Verdict::Kept)};
     report.rows[1].findings = {{"1", "", false}, {"2", "a habit", true}};
     report.rows[1].deviations = {"a habit"};
     report.unexamined = {{"leaks", "why"}, {"faults", "because"}};
+    report.defects = {{"leaks.float", "a slip"}};
     nlohmann::json expected = nlohmann::json::parse(R"({
-        "format": 1,
+        "format": 2,
         "module": "/some/Module",
         "match_name": "A Name",
         "passed": false,
-        "counts": {"rows": 3, "pass": 1, "fail": 1, "kept": 1, "not_examined": 2},
+        "counts": {"rows": 3, "pass": 1, "fail": 1, "kept": 1, "not_examined": 2, "defects": 1},
         "rows": [
             {"id": "bundle.one", "sent": "something sent", "promised": "a promise",
              "came_back": "an answer", "verdict": "pass", "findings": [], "deviations": []},
@@ -138,10 +138,23 @@ TEST(ReportJson, HasWhatProgramsGoBy) {
             {"id": "frames.two", "sent": "something sent", "promised": "a promise",
              "came_back": "3", "verdict": "kept", "findings": [], "deviations": []}
         ],
-        "not_examined": [{"what": "leaks", "why": "why"}, {"what": "faults", "why": "because"}]
+        "not_examined": [{"what": "leaks", "why": "why"}, {"what": "faults", "why": "because"}],
+        "defects": [{"what": "leaks.float", "why": "a slip"}]
     })");
     expected["program"] = lumivar::kProgramVersion;
     EXPECT_EQ(nlohmann::json::parse(lumivar::report_as_json(report)), expected);
+}
+
+TEST(DefectOfTheCheck, IsToldAsItsOwn) {
+    Report report;
+    report.rows = {row("frames.a", "fine", Verdict::Pass)};
+    report.defects = {{"leaks.float", "a slip"}};
+    EXPECT_FALSE(report.passed());
+    EXPECT_TRUE(holds(lumivar::report_as_text(report),
+                      "\nThe check itself failed, which says nothing about the plug-in\n\n"
+                      "      leaks.float: a slip\n"));
+    EXPECT_EQ(lumivar::failure_text(report),
+              "the check itself failed, not the plug-in, at leaks.float: a slip");
 }
 
 TEST(FailureText, IsTheOneRowOrTheFirstIds) {

@@ -1,5 +1,5 @@
 // lumivar check
-#include <conformance/examine.h>
+#include <check/check.h>
 #include <host/errors.h>
 
 #include <cstdio>
@@ -14,43 +14,52 @@
 namespace lumivar {
 namespace {
 
-conformance::Report examined(const std::string& bundle, double seconds) {
+struct Arguments {
+    std::string bundle;
+    std::string rows;
+    double seconds = 10.0;
+    bool json = false;
+};
+
+check::Report report_of(const Arguments& arguments) {
     static const std::string remedy =
         "name a bundle, NAME.plugin with its module in Contents/MacOS/NAME";
     std::filesystem::path plugin;
     try {
-        plugin = find_plugin(bundle, remedy);
+        plugin = find_plugin(arguments.bundle, remedy);
     } catch (const Failure& failure) {
         // Of a bundle that was named, only that it is not there is told.
-        throw bundle.empty() ? failure : Failure(failure.what() + ("; " + remedy));
+        throw arguments.bundle.empty() ? failure : Failure(failure.what() + ("; " + remedy));
     }
     Progress progress(0, "probes");
-    conformance::Options options;
-    options.time_limit = std::chrono::milliseconds(static_cast<int>(seconds * 1000.0));
+    check::Options options;
+    options.time_limit = std::chrono::milliseconds(static_cast<int>(arguments.seconds * 1000.0));
+    options.rows = arguments.rows;
     options.progress = [&](std::size_t probes, const std::string& row) {
         progress.update(probes, row);
     };
     try {
-        return conformance::examine(plugin, options);
+        return check::run(plugin, options);
     } catch (const host::ModuleError& error) {
         throw Failure(error.what() + ("; " + remedy));
+    } catch (const check::Defect& error) {
+        throw Failure(error.what());
     }
 }
 
 }  // namespace
 
 void add_check_command(CLI::App& program) {
-    struct Arguments {
-        std::string bundle;
-        double seconds = 10.0;
-        bool json = false;
-    };
     auto arguments = std::make_shared<Arguments>();
     CLI::App* command =
         program.add_subcommand("check", "Check a plug-in against all that its host may ask and do");
     command
         ->add_option("BUNDLE", arguments->bundle,
                      "The plug-in's bundle; if not given, the one that goes with this program")
+        ->check(not_empty());
+    command
+        ->add_option("--rows", arguments->rows,
+                     "Only rows whose ids begin so: frames., faults.checkout_param")
         ->check(not_empty());
     command->add_flag("--json", arguments->json, "As JSON, for other programs");
     command
@@ -70,17 +79,23 @@ void add_check_command(CLI::App& program) {
         "id that stays the same. A row passes, fails, or is a kept deviation: behaviour that this\n"
         "effect's contract with saved projects keeps although the interface's guide says\n"
         "otherwise. These belong to the effect by its match name; in any other effect the same\n"
-        "behaviour fails. The exit code is 1 if a row fails.\n\n"
+        "behaviour fails. The exit code is 1 if a row fails, or if the check itself does, which\n"
+        "is told as its own fault and not as the plug-in's.\n\n"
         "The table tells the first findings of a row, --json tells all of them. Control\n"
         "characters in what the plug-in says stand as escapes, \\x1B, in both.\n\n"
         "Examples:\n"
         "  lumivar check\n"
         "  lumivar check build/asan-ubsan/plugin/Lumivar.plugin --time-limit 60\n"
+        "  lumivar check My.plugin --rows frames.\n"
         "  lumivar check My.plugin | grep ^FAIL\n"
         "  lumivar check My.plugin --json |\n"
         "    jq -r '.rows[] | select(.verdict == \"fail\") | .id, .findings[].text'\n");
     command->callback([arguments] {
-        const conformance::Report report = examined(arguments->bundle, arguments->seconds);
+        const check::Report report = report_of(*arguments);
+        if (report.rows.empty() && report.unexamined.empty() && report.defects.empty()) {
+            throw Failure("no row of this check begins with \"" + arguments->rows +
+                          "\"; without --rows it tells them all");
+        }
         const std::string text = arguments->json ? report_as_json(report) : report_as_text(report);
         // At once: the failure comes after it wherever both go.
         if (std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0) {

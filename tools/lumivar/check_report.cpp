@@ -14,10 +14,10 @@
 namespace lumivar {
 namespace {
 
-using conformance::Report;
-using conformance::Row;
-using conformance::Unexamined;
-using conformance::Verdict;
+using check::Report;
+using check::Row;
+using check::Unexamined;
+using check::Verdict;
 using Json = nlohmann::ordered_json;
 
 /// Of a line of the table.
@@ -92,7 +92,7 @@ std::string heading(const std::string& family) {
 /// Verdict, id and what was sent; below them promise and answer, with the names of what is kept.
 std::string row_text(const Row& row) {
     std::string answer = row.answer;
-    if (row.verdict == Verdict::Deviation && row.family() != "kept") {
+    if (row.verdict == Verdict::Kept && row.family() != "kept") {
         for (const std::string& name : row.deviations) {
             answer += (&name == &row.deviations.front() ? " [" : ", ") + name;
         }
@@ -116,7 +116,7 @@ std::vector<std::string> failing_ids(const Report& report) {
 std::string counts_text(const Report& report) {
     std::string text = std::to_string(report.rows.size()) +
                        " rows: " + std::to_string(report.count(Verdict::Pass)) + " pass, " +
-                       std::to_string(report.count(Verdict::Deviation)) + " kept deviations, " +
+                       std::to_string(report.count(Verdict::Kept)) + " kept deviations, " +
                        std::to_string(report.count(Verdict::Fail)) + " fail";
     if (!report.unexamined.empty()) {
         text += ", " + std::to_string(report.unexamined.size()) + " not examined";
@@ -132,12 +132,20 @@ Json json_of(const Row& row) {
     one["came_back"] = row.answer;
     one["verdict"] = name_of(row.verdict);
     one["findings"] = Json::array();
-    for (const conformance::RowFinding& finding : row.findings) {
+    for (const check::RowFinding& finding : row.findings) {
         one["findings"].push_back(
             {{"text", finding.text}, {"deviation", finding.deviation}, {"kept", finding.kept}});
     }
     one["deviations"] = row.deviations;
     return one;
+}
+
+Json json_of(const std::vector<Unexamined>& notes) {
+    Json all = Json::array();
+    for (const Unexamined& one : notes) {
+        all.push_back({{"what", one.what}, {"why", one.why}});
+    }
+    return all;
 }
 
 }  // namespace
@@ -159,6 +167,12 @@ std::string report_as_text(const Report& report) {
         text += &one == &report.unexamined.front() ? "\nNot examined\n\n" : "";
         text += marked("", one.what + ": " + one.why);
     }
+    for (const Unexamined& one : report.defects) {
+        text += &one == &report.defects.front()
+                    ? "\nThe check itself failed, which says nothing about the plug-in\n\n"
+                    : "";
+        text += marked("", one.what + ": " + one.why);
+    }
     const std::vector<std::string> failing = failing_ids(report);
     for (const std::string& id : failing) {
         text += (&id == &failing.front() ? "\nRows that fail\n\n" : "") + marked("", id);
@@ -175,24 +189,27 @@ std::string report_as_json(const Report& report) {
     json["passed"] = report.passed();
     Json& counts = json["counts"];
     counts["rows"] = report.rows.size();
-    for (const Verdict verdict : {Verdict::Pass, Verdict::Fail, Verdict::Deviation}) {
+    for (const Verdict verdict : {Verdict::Pass, Verdict::Fail, Verdict::Kept}) {
         counts[name_of(verdict)] = report.count(verdict);
     }
     counts["not_examined"] = report.unexamined.size();
+    counts["defects"] = report.defects.size();
     json["rows"] = Json::array();
     for (const Row& row : report.rows) {
         json["rows"].push_back(json_of(row));
     }
-    json["not_examined"] = Json::array();
-    for (const Unexamined& one : report.unexamined) {
-        json["not_examined"].push_back({{"what", one.what}, {"why", one.why}});
-    }
+    json["not_examined"] = json_of(report.unexamined);
+    json["defects"] = json_of(report.defects);
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 std::string failure_text(const Report& report) {
     constexpr std::size_t kNamed = 3;
     const std::vector<std::string> failing = failing_ids(report);
+    if (failing.empty()) {
+        const Unexamined& first = report.defects.front();
+        return "the check itself failed, not the plug-in, at " + first.what + ": " + first.why;
+    }
     if (failing.size() == 1) {
         const auto row = std::find_if(report.rows.begin(), report.rows.end(),
                                       [&](const Row& one) { return one.id == failing.front(); });

@@ -1,7 +1,7 @@
-// A conformance report as the user sees it.
+// The report of a check as the user sees it.
 #pragma once
 
-#include <conformance/report.h>
+#include <check/report.h>
 
 #include <string>
 
@@ -9,15 +9,15 @@ namespace lumivar {
 
 /// A table of 120 columns under a heading for each family of rows, then what was not examined, the
 /// ids of the rows that fail, and the counts.
-std::string report_as_text(const conformance::Report& report);
+std::string report_as_text(const check::Report& report);
 
 /// Of the JSON. Greater when something in it is named or meant otherwise; members may be added.
-inline constexpr int kReportFormat = 1;
+inline constexpr int kReportFormat = 2;
 
 /// The same for other programs, with all findings of each row.
-std::string report_as_json(const conformance::Report& report);
+std::string report_as_json(const check::Report& report);
 
 /// What went wrong, in one line: the failing row itself if it is the only one.
-std::string failure_text(const conformance::Report& report);
+std::string failure_text(const check::Report& report);
 
 }  // namespace lumivar

@@ -126,9 +126,9 @@ std::optional<CatalogueUsed> Player::catalogue_used(const host::Scene& scene,
 
 void Player::close() {
     session_->close();
-    for (const std::string& violation : session_->violations()) {
+    for (const host::Violation& violation : session_->violations()) {
         std::fprintf(stderr, "lumivar: warning: the plug-in broke a rule of its host: %s\n",
-                     violation.c_str());
+                     violation.text.c_str());
     }
 }
 

@@ -13,8 +13,9 @@ namespace host {
 /// in which they began.
 struct Call {
     std::string name;       ///< as in the effect interface: "PF_Cmd_SMART_RENDER", "checkout_param"
-    std::string arguments;  ///< those of interest, "name=value" apart by spaces
+    std::string arguments;  ///< those of interest as "name=value", joined by spaces
     std::int32_t status = 0;  ///< the answer; functions with another result have 0
+    std::string suite = {};   ///< of `AcquireSuite`: the suite's name; else empty
 };
 
 /// Consulted before each callback and suite function with its name and how many calls of that name

@@ -13,7 +13,8 @@
 
 namespace host {
 
-/// How much the camera sees: the distance to the image plane, given itself or by the angle of view.
+/// How much the camera sees: the distance to the image plane, given directly or as an angle of
+/// view.
 class Lens {
 public:
     /// `pixels` is the distance to the image plane, above 0.

@@ -55,7 +55,7 @@ struct DeclaredControl {
 
     std::string label;                 ///< checkboxes: the text beside the box
     std::string choice_text;           ///< popups: the choices as delivered, joined by "|"
-    std::vector<std::string> choices;  ///< popups: the same, apart
+    std::vector<std::string> choices;  ///< popups: the same, split
     int declared_choices = 0;          ///< popups: the count delivered, which may be another
 };
 

@@ -1,6 +1,8 @@
 // What the stand-in host throws.
 #pragma once
 
+#include <host/violation.h>
+
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -22,6 +24,11 @@ public:
     using HostError::HostError;
 };
 
+class NoEntryPoint : public ModuleError {
+public:
+    using ModuleError::ModuleError;
+};
+
 /// The plug-in did what would bring a real host down: an exception left its entry point.
 class ModuleDefect : public HostError {
 public:
@@ -32,7 +39,7 @@ public:
 class EffectError : public HostError {
 public:
     EffectError(const std::string& what, std::int32_t command, std::int32_t status,
-                std::string message, std::vector<std::string> violations = {})
+                std::string message, std::vector<Violation> violations = {})
         : HostError(what),
           command_(command),
           status_(status),
@@ -44,13 +51,13 @@ public:
     /// What the plug-in left for the user; may be empty.
     const std::string& message() const { return message_; }
     /// Rules that it broke on the way, where no session is left to ask: after a refused set-up.
-    const std::vector<std::string>& violations() const { return violations_; }
+    const std::vector<Violation>& violations() const { return violations_; }
 
 private:
     std::int32_t command_;
     std::int32_t status_;
     std::string message_;
-    std::vector<std::string> violations_;
+    std::vector<Violation> violations_;
 };
 
 /// A frame that is refused, or that came back undrawn: the message names the cause and the remedy.

@@ -4,16 +4,14 @@
 //     host::Session session(plugin, {.filter = plan.filter()});
 //     plan.arm({{"checkout_param", 3, 513}, host::missing_suite("PF World Suite")});
 //
-// Of the three ways to make what the plug-in stands on fail this is the host's; system calls fail
-// by tests/support/faults.h, allocations by tests/support/failing_allocator.h.
+// System calls are made to fail by tests/support/faults.h, allocations by
+// tests/support/failing_allocator.h.
 #pragma once
 
 #include <host/calls.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <map>
-#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,9 +27,8 @@ struct CallFault {
 /// A suite that cannot be acquired in any version, with the host's own status for that.
 CallFault missing_suite(std::string_view suite);
 
-/// What of these calls can fail, with the number of calls: commands, being the host's, and
-/// functions that cannot fail are left out, and each acquired suite stands there as `acquire_call`
-/// names it.
+/// Names of the calls that can fail, each with the number of calls. Commands and functions without
+/// a failure are left out; each acquired suite is also counted as `acquire_call` names it.
 std::map<std::string, int> calls_that_can_fail(const std::vector<Call>& calls);
 
 class FaultPlan {
@@ -58,30 +55,6 @@ private:
     std::map<std::string, int, std::less<>> counts_;
     std::map<std::string, int, std::less<>> delivered_;
     std::map<std::string, int, std::less<>> now_;
-};
-
-/// Draws faults at random, the same ones for the same seed on every machine. What can fail and how
-/// often it is called is learned from the calls of a good run, so that nothing the plug-in uses is
-/// left out.
-class RandomFaults {
-public:
-    /// Throws `std::invalid_argument` without calls or statuses.
-    RandomFaults(std::uint64_t seed, const std::vector<Call>& calls,
-                 std::vector<std::int32_t> statuses);
-
-    /// What can fail, with the number of calls in the good run.
-    const std::map<std::string, int>& calls() const { return calls_; }
-    /// One to `most` faults: every name is as likely as any other, and of its calls each as well,
-    /// or, one time in eight, all.
-    std::vector<CallFault> draw(int most = 3);
-
-private:
-    std::size_t below(std::size_t bound) { return static_cast<std::size_t>(engine_() % bound); }
-
-    std::mt19937_64 engine_;
-    std::map<std::string, int> calls_;
-    std::vector<std::string> names_;
-    std::vector<std::int32_t> statuses_;
 };
 
 }  // namespace host

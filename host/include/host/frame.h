@@ -3,6 +3,7 @@
 
 #include <host/calls.h>
 #include <host/scene.h>
+#include <host/violation.h>
 #include <host/world.h>
 
 #include <cstddef>
@@ -32,13 +33,13 @@ struct RenderOptions {
     /// Bytes behind each row of the output and of the input layer; multiples of 4.
     int output_padding = kDefaultRowPadding;
     int input_padding = kDefaultRowPadding + 16;
-    /// What every byte of the output holds before the plug-in draws. A picture that depends on it
-    /// is not drawn whole.
+    /// What every byte of the output holds before the plug-in draws. A picture that changes with
+    /// it has pixels that the plug-in left undrawn.
     std::byte mark = kDefaultMark;
     /// Pixel format to tell the plug-in in place of the depth's own, to see what it does with it.
     std::optional<std::int32_t> pixel_format;
-    /// Whether the render follows the pre-render; a host may change its mind. For renders in one
-    /// go.
+    /// False: after the pre-render the host does not ask for pixels. Has no effect on the single
+    /// steps of an `EffectInstance`.
     bool render_follows = true;
     /// The plain commands, as if host or effect knew no smart rendering; in After Effects 8 and 16
     /// bits only.
@@ -58,7 +59,7 @@ struct Frame {
     Rect max_result_rect;
     std::int32_t pixel_format = 0;  ///< as told to the plug-in
     std::size_t undrawn_pixels = 0;
-    /// Whether any pixel was drawn. A failed frame may come with status 0: this tells.
+    /// Whether any pixel was drawn. A failed frame may have status 0, so look here.
     bool drawn = false;
 
     std::vector<Call> calls;  ///< of this frame's commands
@@ -70,8 +71,8 @@ struct Frame {
     int open_layer_checkouts = 0;
     /// The slot of the render record's callbacks held a handle of the host's after the render.
     bool handle_left = false;
-    int data_deletions = 0;               ///< calls of the deleter of the pre-render data so far
-    std::vector<std::string> violations;  ///< rules that the plug-in broke, in words
+    int data_deletions = 0;  ///< calls of the deleter of the pre-render data so far
+    std::vector<Violation> violations;
 };
 
 }  // namespace host

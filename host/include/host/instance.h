@@ -29,7 +29,8 @@ public:
     /// Discards; what goes wrong then is a violation in the session.
     ~PreRender();
 
-    /// The frame so far; a render hands it on, and what follows is entered anew.
+    /// The frame so far. A render moves its calls, violations and pixels into the frame that it
+    /// returns; what happens later is entered here again.
     const Frame& frame() const;
     /// Whether a render may follow: the pre-render succeeded, its result is not empty and has not
     /// been rendered.

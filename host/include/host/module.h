@@ -11,7 +11,7 @@ inline constexpr char kEntryPointName[] = "EntryPointFunc";
 /// The folder where a bundle, named as for `Module`, stands. Throws `ModuleError`.
 std::filesystem::path plugin_folder(const std::filesystem::path& bundle_or_file);
 
-/// The file that holds the module of a bundle, absolute; for a module file itself that one. Throws
+/// The file that holds the module of a bundle, absolute; a module file is its own. Throws
 /// `ModuleError` when there is none.
 std::filesystem::path module_file(const std::filesystem::path& bundle_or_file);
 

@@ -9,7 +9,7 @@
 
 namespace host {
 
-/// One in which this host makes worlds.
+/// A format in which this host makes worlds.
 struct PixelFormat {
     std::int32_t number;  ///< as the interface has it
     Depth depth;

@@ -1,5 +1,4 @@
-// What several layers with effects stand in: one composition, its cameras, and the layers' own
-// time.
+// One composition with its cameras and the layers that carry the effect.
 #pragma once
 
 #include <host/scene.h>
@@ -31,7 +30,7 @@ struct CameraLayer {
 /// A layer that carries the effect.
 ///
 /// Its own time runs within the composition's: composition time = `start` + layer time * `stretch`.
-/// A stretch below 0 plays the layer backwards; 0 is none.
+/// A stretch below 0 plays the layer backwards; 0 is not allowed.
 struct LayerSpec {
     std::vector<ControlSetting> controls;  ///< over layer time
     int width = 0;                         ///< pixels; 0: the composition's

@@ -67,7 +67,7 @@ public:
     /// `ModuleError`, `ModuleDefect`, and `EffectError` with the plug-in's own message and what it
     /// broke on the way.
     explicit Session(const std::filesystem::path& plugin, SessionOptions options = {});
-    /// Closes; what goes wrong then is lost.
+    /// Closes; errors are dropped. Call `close` to get them.
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -110,8 +110,8 @@ public:
     /// served, `ModuleDefect`. A status of the plug-in is no exception but stands in the frame.
     Frame render(const Scene& scene, Time time, const RenderOptions& options = {});
 
-    /// Rules that the plug-in broke since the session began, in words.
-    const std::vector<std::string>& violations() const;
+    /// Rules that the plug-in broke since the session began.
+    const std::vector<Violation>& violations() const;
     /// What passed outside frames since the session began; a frame carries its own.
     const std::vector<Call>& calls() const;
     /// Texts that the plug-in left for the user with successful commands.

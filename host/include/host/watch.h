@@ -1,14 +1,14 @@
-// Looking on while sessions of this process run, for those who have to tell how it ended.
+// For a caller that has to tell which command a plug-in was running when the process ended.
 #pragma once
 
 namespace host {
 
 struct Watch {
-    /// The plug-in is about to answer the command of this name, or to run its deleter; null: it
-    /// came back, by an exception too.
+    /// Called before the plug-in runs a command or its deleter, with the name; and with null when
+    /// it has returned or thrown.
     void (*command)(const char* name) = nullptr;
-    /// The plug-in called this function, which the host lacks. It must not come back; without it
-    /// the process is aborted.
+    /// Called when the plug-in calls a function that the host lacks. It must not return. If it is
+    /// null, the process is aborted.
     void (*lacking)(const char* function) = nullptr;
 };
 

@@ -1,8 +1,9 @@
-// A frame of pixels as a host holds it: padded rows, with guards that show a plug-in's missteps.
+// A frame of pixels as a host holds it: padded rows, with guards that show writes outside the
+// pixels.
 //
 //   guard | row 0 pixels | padding | row 1 pixels | padding | ... | guard
 //
-// A guard is longer than a row: what is drawn a row too high or too low is seen.
+// A guard is longer than a row, so a row drawn above the first or below the last is found.
 //
 // Pixels are four channels, in memory in the world's own order; readers get them as alpha, red,
 // green, blue. The first pixel is aligned for its channels and, on purpose, for nothing more.
@@ -45,10 +46,11 @@ struct Rect {
     bool operator==(const Rect&) const = default;
 };
 
-/// Bytes behind each row's pixels that are somebody else's.
+/// Bytes behind each row's pixels that a plug-in must not write to.
 inline constexpr int kDefaultRowPadding = 20;
 
-/// As 16-bit channels above the maximum of 32768, as alpha never full.
+/// Effects hardly draw it: as a 16-bit channel it is above the maximum of 32768, and as an alpha it
+/// is never full.
 inline constexpr std::byte kDefaultMark{0xA5};
 
 class World {
@@ -94,8 +96,8 @@ public:
     /// as it is at 8 bits, to the nearest of 0..32768 at 16, divided by 255 as floats.
     void fill(const Rect& area, const std::array<std::uint8_t, 4>& argb);
 
-    /// Sets every byte of every pixel to a value that effects hardly draw, so that what is left
-    /// undrawn is seen.
+    /// Sets every byte of every pixel to `value`, so that `marked_pixels` counts what was not
+    /// drawn.
     void mark(std::byte value = kDefaultMark);
     /// Pixels that still hold the mark, byte for byte.
     std::size_t marked_pixels() const;

@@ -1,10 +1,6 @@
-#include "control_faults.h"
-
 #include <cstring>
 
-#include "frames.h"
-#include "mischief.h"
-#include "test_effect.h"
+#include "effect.h"
 
 namespace test_effect {
 namespace {
@@ -27,35 +23,21 @@ PF_ParamDef checkbox(int id, const char* name) {
 }  // namespace
 
 void spoil_control(PF_ParamDef& control) {
-    const int id = control.uu.id;
-    switch (asked_mischief()) {
-        case kStartOutside:
-            if (id == kGainId) {
-                control.u.fs_d.value = 300.5;
-            }
-            break;
-        case kDefaultOutside:
-            if (id == kCountId) {
-                control.u.sd.dephault = -6;
-            }
-            break;
-        case kSliderOutside:
-            if (id == kCountId) {
-                control.u.sd.slider_max = 21;
-            }
-            break;
-        case kCheckboxOfFive:
-            if (id == kInvertId) {
-                control.u.bd.value = 5;
-            }
-            break;
-        case kEmptyChoice:
-            if (id == kModeId) {
-                control.u.pd.u.namesptr = "Ramp||Full Range";
-            }
-            break;
-        default:
-            break;
+    struct Spoiled {
+        Mischief mischief;
+        int id;
+        void (*spoil)(PF_ParamDefUnion&);
+    };
+    constexpr Spoiled kSpoiled[] = {
+        {kStartOutside, kGainId, [](PF_ParamDefUnion& u) { u.fs_d.value = 300.5; }},
+        {kDefaultOutside, kCountId, [](PF_ParamDefUnion& u) { u.sd.dephault = -6; }},
+        {kSliderOutside, kCountId, [](PF_ParamDefUnion& u) { u.sd.slider_max = 21; }},
+        {kCheckboxOfFive, kInvertId, [](PF_ParamDefUnion& u) { u.bd.value = 5; }},
+        {kEmptyChoice, kModeId, [](PF_ParamDefUnion& u) { u.pd.u.namesptr = "Ramp||Full Range"; }}};
+    for (const Spoiled& one : kSpoiled) {
+        if (one.mischief == asked_mischief() && one.id == control.uu.id) {
+            one.spoil(control.u);
+        }
     }
 }
 

@@ -1,9 +1,7 @@
-#include "facts.h"
-
 #include <cstddef>
 #include <cstring>
 
-#include "suite.h"
+#include "effect.h"
 
 namespace test_effect {
 namespace {

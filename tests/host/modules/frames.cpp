@@ -1,7 +1,6 @@
-#include "frames.h"
-
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -11,11 +10,7 @@
 #include <thread>
 #include <utility>
 
-#include "facts.h"
-#include "mischief.h"
-#include "premiere.h"
-#include "suite.h"
-#include "test_effect.h"
+#include "effect.h"
 
 namespace {
 struct ForeignTrouble {};
@@ -106,7 +101,8 @@ float float_at(const char* bytes) {
     return value;
 }
 
-void put_wrongly(int mischief, char* pixel, PF_PixelFormat format, double red) {
+/// Draws one pixel as the mischief has it.
+void draw_pixel(int mischief, char* pixel, PF_PixelFormat format, double red) {
     const bool floating = format == PF_PixelFormat_ARGB128;
     char before[16];
     std::memcpy(before, pixel, static_cast<std::size_t>(pixel_size(format)));
@@ -125,56 +121,258 @@ void put_wrongly(int mischief, char* pixel, PF_PixelFormat format, double red) {
     }
 }
 
-void draw(const Instance& instance, PF_EffectWorld* output, PF_PixelFormat format) {
+bool is_half(const PF_RationalScale& scale) { return scale.num == 1 && scale.den == 2; }
+
+/// What a pre-render has at hand.
+struct PreRender {
+    PF_InData* in;
+    PF_OutData* out;
+    PF_PreRenderExtra* extra;
+    A_long frame;
+    A_long id;
+    PF_CheckoutResult result{};
+
+    PF_Err checkout_layer() {
+        PF_RenderRequest request = extra->input->output_request;
+        return extra->cb->checkout_layer(in->effect_ref, 0, id, &request, in->current_time,
+                                         in->time_step, in->time_scale, &result);
+    }
+    void checkout_param(int parameter, A_long time, A_long step, A_u_long scale) const {
+        PF_ParamDef def;
+        in->inter.checkout_param(in->effect_ref, parameter, time, step, scale, &def);
+    }
+};
+
+const Deed<PreRender> kBeforeCheckout[] = {
+    {kCallInThird,
+     [](PreRender& at) {
+         PF_ParamDef none;
+         if (at.frame == 2) {
+             at.in->inter.checkin_param(at.in->effect_ref, &none);
+         }
+     }},
+    {kKeepThird,
+     [](PreRender& at) {
+         if (at.frame == 2) {
+             at.checkout_param(kGainId, at.in->current_time, at.in->time_step, at.in->time_scale);
+         }
+     }},
+    {kWriteInData, [](PreRender& at) { at.in->current_time += 1; }},
+    {kChangeFlags,
+     [](PreRender& at) {
+         at.out->out_flags |= PF_OutFlag_I_EXPAND_BUFFER;
+         at.out->out_flags2 &= ~PF_OutFlag2_I_USE_3D_CAMERA;
+     }},
+    {kAskForRefresh, [](PreRender& at) { at.out->out_flags |= PF_OutFlag_REFRESH_UI; }},
+    {kCrashPreRender, [](PreRender&) { __builtin_trap(); }},
+    {kIgnoreOnce,
+     [](PreRender& at) {
+         if (!made_frames) {
+             at.in->inter.abort(at.in->effect_ref);
+         }
+     }},
+};
+
+const Deed<PreRender> kAfterCheckout[] = {
+    {kDuplicateCheckout, [](PreRender& at) { at.checkout_layer(); }},
+    {kZeroTimeScale, [](PreRender& at) { at.checkout_param(kGainId, 0, 1, 0); }},
+    {kUnknownParameter, [](PreRender& at) { at.checkout_param(99, 0, 1, 1); }},
+    {kLargeResult, [](PreRender& at) { at.extra->output->result_rect.right += 1; }},
+    {kEmptyResult, [](PreRender& at) { at.extra->output->result_rect = {}; }},
+};
+
+/// What a smart render has at hand.
+struct Render {
+    PF_InData* in;
+    PF_OutData* out;
+    PF_SmartRenderExtra* extra;
+    A_long id;
+    PF_EffectWorld* input = nullptr;
+    PF_EffectWorld* output = nullptr;
+    PF_PixelFormat format = PF_PixelFormat_INVALID;
+    PF_Err err = PF_Err_NONE;
+
+    /// The renders in which the worst happens, so that those of other depths go on.
+    bool deep() const { return extra->input->bitdepth == 16; }
+    bool floating() const { return extra->input->bitdepth == 32; }
+
+    PF_Err fetch(A_long checkout_id) {
+        return extra->cb->checkout_layer_pixels(in->effect_ref, checkout_id, &input);
+    }
+    PF_Err return_layer() const { return extra->cb->checkin_layer_pixels(in->effect_ref, id); }
+    PF_Err fetch_output() { return extra->cb->checkout_output(in->effect_ref, &output); }
+
+    /// Where the host put its callbacks.
+    void leave_for_callbacks(const void* pointer) const {
+        std::memcpy(static_cast<void*>(&extra->cb), &pointer, sizeof pointer);
+    }
+    void leave_handle() const { leave_for_callbacks(in->utils->host_new_handle(1)); }
+
+    char* output_byte(int offset) const { return reinterpret_cast<char*>(output->data) + offset; }
+    int output_end() const { return output->rowbytes * output->height; }
+    int middle_of_row() const { return output->width / 2 * pixel_size(format); }
+
+    void fail_with(const char* message) {
+        out->out_flags |= PF_OutFlag_DISPLAY_ERROR_MESSAGE;
+        in->utils->ansi.strcpy(out->return_msg, message);
+        err = PF_Err_BAD_CALLBACK_PARAM;
+    }
+
+    /// Works in place on pixels that are not its own.
+    template <class Change>
+    void change_input(Change change) const {
+        for (int y = 0; y < input->height; ++y) {
+            char* const row = reinterpret_cast<char*>(input->data) + y * input->rowbytes;
+            std::transform(row, row + input->width * pixel_size(format), row, change);
+        }
+    }
+};
+
+const Deed<Render> kAtOnce[] = {
+    {kThrowStandard, [](Render&) { throw std::runtime_error("boom"); }},
+    {kThrowForeign, [](Render&) { throw ForeignTrouble(); }},
+    {kThrowNumber, [](Render&) { throw 516; }},
+    {kCrash, [](Render& at) { at.deep() ? __builtin_trap() : void(); }},
+    {kHang,
+     [](Render& at) {
+         while (at.deep()) {
+             pause();
+         }
+     }},
+    {kLeakMemory, [](Render&) { lose_memory(); }},
+    {kLeakInFloat, [](Render& at) { at.floating() ? lose_memory() : void(); }},
+    {kLeakEverySecond, [](Render&) { renders++ % 2 == 0 ? lose_memory() : void(); }},
+    {kLeakDescriptor, [](Render&) { lose_descriptor(); }},
+    {kLeakMapping, [](Render&) { lose_mapping(); }},
+    {kEndProcess, [](Render& at) { at.deep() ? _exit(0) : void(); }},
+    {kExit, [](Render& at) { at.deep() ? std::exit(0) : void(); }},
+    {kLeaveProcess, [](Render& at) { at.deep() ? leave_process(false) : void(); }},
+    {kLeaveSession, [](Render& at) { at.deep() ? leave_process(true) : void(); }},
+    {kCrashSmart, [](Render&) { __builtin_trap(); }},
+    {kCrashAfterFlatten, [](Render&) { reopened ? __builtin_trap() : void(); }},
+    {kStayLoaded, [](Render&) { stay_loaded(); }},
+    {kCallUnprovided,
+     [](Render& at) {
+         const Suite<AEGP_LayerSuite5> layers(at.in, kAEGPLayerSuite, 11);
+         layers->AEGP_GetLayerName();
+     }},
+    {kOutputFirst, [](Render& at) { at.fetch_output(); }},
+};
+
+/// Of an effect that conforms: before it gives the layer back.
+const Deed<Render> kWithoutOutput[] = {
+    {kLeakOnError, [](Render&) { lose_memory(); }},
+    {kSwallowCancel,
+     [](Render& at) {
+         at.err = at.err == PF_Interrupt_CANCEL ? PF_Err{PF_Err_INTERNAL_STRUCT_DAMAGED} : at.err;
+     }},
+    {kThrowOnError, [](Render&) { throw std::runtime_error("no output"); }},
+    {kSlowLeakOnError,
+     [](Render& at) {
+         if (at.floating() && at.err == PF_Err_OUT_OF_MEMORY) {
+             usleep(100000);
+             lose_memory();
+         }
+     }},
+};
+
+const Deed<Render> kBeforeDrawing[] = {
+    {kUnknownCheckout,
+     [](Render& at) {
+         PF_EffectWorld* const input = at.input;
+         at.fetch(99);
+         at.input = input;
+     }},
+    {kFetchTwice, [](Render& at) { at.fetch(at.id); }},
+    {kLeakSuite,
+     [](Render& at) {
+         const void* table = nullptr;
+         at.in->pica_basicP->AcquireSuite(kPFWorldSuite, 2, &table);
+     }},
+    {kReleaseUnheldSuite, [](Render& at) { at.in->pica_basicP->ReleaseSuite(kPFWorldSuite, 2); }},
+    {kUnknownSuite,
+     [](Render& at) {
+         const void* table = at.in;
+         const SPErr found = at.in->pica_basicP->AcquireSuite(kAEGPLayerSuite, 14, &table);
+         at.err = found == 0 || table != nullptr ? 1 : 0;
+     }},
+    {kWriteInput, [](Render& at) { reinterpret_cast<char*>(at.input->data)[1] = 1; }},
+    {kClearInput, [](Render& at) { at.change_input([](char) { return char{0}; }); }},
+    {kHalveInput,
+     [](Render& at) { at.change_input([](char byte) { return static_cast<char>(byte / 2); }); }},
+};
+
+/// After the drawing, and after the layer was given back.
+const Deed<Render> kAtTheEnd[] = {
+    {kWritePastRow,
+     [](Render& at) {
+         *at.output_byte(at.output->rowbytes + at.output->width * pixel_size(at.format) + 3) = 1;
+     }},
+    {kWriteBefore, [](Render& at) { *at.output_byte(-2) = 1; }},
+    {kWriteBehind, [](Render& at) { *at.output_byte(at.output_end() + 5) = 1; }},
+    {kWriteRowAbove,
+     [](Render& at) {
+         put(at.output_byte(at.middle_of_row() - at.output->rowbytes), at.format, 1.0);
+     }},
+    {kWriteRowBelow,
+     [](Render& at) { put(at.output_byte(at.middle_of_row() + at.output_end()), at.format, 1.0); }},
+    {kOverlongMessage,
+     [](Render& at) {
+         at.in->utils->ansi.sprintf(at.out->return_msg, "%s", std::string(300, 'm').c_str());
+     }},
+    {kUnterminatedMessage,
+     [](Render& at) { std::memset(at.out->return_msg, 'u', sizeof at.out->return_msg); }},
+    {kWriteRenderInput,
+     [](Render& at) {
+         at.extra->input->bitdepth = 8;
+         at.output->height -= 1;
+         at.input->height -= 1;
+     }},
+    {kChangeCount, [](Render& at) { ++at.out->num_params; }},
+    {kCallFromThread,
+     [](Render& at) {
+         std::thread([in = at.in] {
+             in->inter.abort(in->effect_ref);
+             in->utils->host_dispose_handle(nullptr);
+             in->pica_basicP->ReleaseSuite(kPFWorldSuite, 2);
+         }).join();
+     }},
+    {kLeakHandle, [](Render& at) { at.in->utils->host_new_handle(8); }},
+    {kDisposeTwice,
+     [](Render& at) {
+         const PF_Handle handle = at.in->utils->host_new_handle(8);
+         at.in->utils->host_dispose_handle(handle);
+         at.in->utils->host_dispose_handle(handle);
+     }},
+    {kReturnLayerTwice, [](Render& at) { at.return_layer(); }},
+    {kHandleForCallbacks, [](Render& at) { at.leave_handle(); }},
+    {kRubbishForCallbacks, [](Render& at) { at.leave_for_callbacks(at.in->utils); }},
+    {kFailWithMessage, [](Render& at) { at.fail_with("no can do"); }},
+    {kActOnTheTerminal,
+     [](Render& at) {
+         if (at.deep()) {
+             at.fail_with(
+                 "\x1B[2Jnone\n\xC2\x9B"
+                 "2J");
+         }
+     }},
+};
+
+void draw(const Instance& instance, const Render& at) {
     const int mischief = instance.mischief;
-    char* const first = reinterpret_cast<char*>(output->data);
-    const int size = pixel_size(format);
-    const int rows = mischief == kDrawHalf ? output->height / 2 : output->height;
+    const PF_EffectWorld& output = *at.output;
+    const int rows = mischief == kDrawHalf ? output.height / 2 : output.height;
     for (int y = 0; y < rows; ++y) {
-        const int columns = output->width;
-        for (int x = 0; x < columns; ++x) {
+        for (int x = 0; x < output.width; ++x) {
             const double red =
-                !kConforming && y == 0 && x < kFactEnd && format == PF_PixelFormat_ARGB128
+                !kConforming && y == 0 && x < kFactEnd && at.format == PF_PixelFormat_ARGB128
                     ? instance.facts[static_cast<std::size_t>(x)]
                     : x + 10.0 * y + (mischief == kForgetInFlatten && reopened ? 1.0 : 0.0);
-            put_wrongly(mischief, first + y * output->rowbytes + x * size, format, red);
-        }
-    }
-    if (mischief == kWritePastRow) {
-        first[output->rowbytes + output->width * size + 3] = 1;
-    }
-    if (mischief == kWriteBefore) {
-        first[-2] = 1;
-    }
-    if (mischief == kWriteBehind) {
-        first[output->rowbytes * output->height + 5] = 1;
-    }
-    const int middle = output->width / 2 * size;
-    if (mischief == kWriteRowAbove) {
-        put(first - output->rowbytes + middle, format, 1.0);
-    }
-    if (mischief == kWriteRowBelow) {
-        put(first + output->rowbytes * output->height + middle, format, 1.0);
-    }
-}
-
-/// Works in place on pixels that are not its own.
-void change_input(int mischief, PF_EffectWorld* input, PF_PixelFormat format) {
-    for (int y = 0; y < input->height; ++y) {
-        char* const row = reinterpret_cast<char*>(input->data) + y * input->rowbytes;
-        for (int i = 0; i < input->width * pixel_size(format); ++i) {
-            row[i] = mischief == kClearInput ? char{0} : static_cast<char>(row[i] / 2);
+            draw_pixel(mischief, at.output_byte(y * output.rowbytes + x * pixel_size(at.format)),
+                       at.format, red);
         }
     }
 }
-
-/// Where the host put its callbacks.
-void leave_handle(PF_InData* in, PF_SmartRenderExtra* extra) {
-    void* const slot = &extra->cb;
-    const PF_Handle handle = in->utils->host_new_handle(1);
-    std::memcpy(slot, &handle, sizeof handle);
-}
-bool is_half(const PF_RationalScale& scale) { return scale.num == 1 && scale.den == 2; }
 
 }  // namespace
 
@@ -201,130 +399,45 @@ PF_Err pre_render(PF_InData* in, PF_OutData* out, PF_PreRenderExtra* extra) {
         (mischief == kFailPart && extra->input->output_request.rect.left > 0) ||
         (mischief == kFailDownsampled && is_half(in->downsample_x) && is_half(in->downsample_y)) ||
         (mischief == kFailAspect && static_cast<A_u_long>(aspect.num) != aspect.den);
-    if (mischief == kCallInThird && frame == 2) {
-        PF_ParamDef none;
-        in->inter.checkin_param(in->effect_ref, &none);
-    }
-    if (mischief == kKeepThird && frame == 2) {
-        PF_ParamDef kept;
-        in->inter.checkout_param(in->effect_ref, kGainId, in->current_time, in->time_step,
-                                 in->time_scale, &kept);
-    }
-    if (mischief == kWriteInData) {
-        in->current_time += 1;
-    }
-    if (mischief == kChangeFlags) {
-        out->out_flags |= PF_OutFlag_I_EXPAND_BUFFER;
-        out->out_flags2 &= ~PF_OutFlag2_I_USE_3D_CAMERA;
-    }
-    if (mischief == kAskForRefresh) {
-        out->out_flags |= PF_OutFlag_REFRESH_UI;
-    }
-    if (mischief == kCrashPreRender) {
-        __builtin_trap();
-    }
-    if (mischief == kIgnoreOnce && !made_frames) {
-        in->inter.abort(in->effect_ref);
-    }
-    PF_PreRenderOutput& output = *extra->output;
-    PF_RenderRequest request = extra->input->output_request;
-    const A_long id = mischief == kNegativeCheckout ? -7 : 0;
-    PF_CheckoutResult result{};
-    const auto checkout = [&](A_u_long scale) {
-        return extra->cb->checkout_layer(in->effect_ref, 0, id, &request, in->current_time,
-                                         in->time_step, scale, &result);
-    };
-    PF_Err err = checkout(in->time_scale);
-    if (mischief == kDuplicateCheckout) {
-        checkout(in->time_scale);
-    }
-    PF_ParamDef def;
-    if (mischief == kZeroTimeScale) {
-        in->inter.checkout_param(in->effect_ref, kGainId, 0, 1, 0, &def);
-    }
-    if (mischief == kUnknownParameter) {
-        in->inter.checkout_param(in->effect_ref, 99, 0, 1, 1, &def);
-    }
+    PreRender at{in, out, extra, frame, mischief == kNegativeCheckout ? -7 : 0};
+    act(kBeforeCheckout, mischief, at);
+    const PF_Err err = at.checkout_layer();
+    const PF_CheckoutResult result = at.result;
     instance->facts[kInputAspectNum] = result.par.num;
     instance->facts[kInputAspectDen] = result.par.den;
     instance->facts[kReferenceWidth] = result.ref_width;
     instance->facts[kReferenceHeight] = result.ref_height;
+    PF_PreRenderOutput& output = *extra->output;
     output.result_rect = result.result_rect;
     output.max_result_rect = result.max_result_rect;
-    if (mischief == kLargeResult) {
-        output.result_rect.right += 1;
-    }
-    if (mischief == kEmptyResult) {
-        output.result_rect = {};
-    }
-    if (first != PF_Err_NONE) {
-        err = first;
+    act(kAfterCheckout, mischief, at);
+    if (first == PF_Err_NONE) {
+        first = err;
     }
     if (mischief == kNoDeleter) {
         static Instance forever;
         forever = *instance;
         output.pre_render_data = &forever;
-        return err;
+        return first;
     }
     ++living_instances;
     instance->handle = in->utils->host_new_handle(1);
+    if (mischief == kCrashWithoutHandle && instance->handle == nullptr) {
+        __builtin_trap();
+    }
     output.pre_render_data = instance.release();
     output.delete_pre_render_data_func = delete_instance;
-    return err;
+    return first;
 }
 
 PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) {
     Instance& instance = *static_cast<Instance*>(extra->input->pre_render_data);
     const int mischief = instance.mischief;
     made_frames = true;
-    if (mischief == kThrowStandard) {
-        throw std::runtime_error("boom");
-    }
-    if (mischief == kThrowForeign) {
-        throw ForeignTrouble();
-    }
-    if (mischief == kThrowNumber) {
-        throw 516;
-    }
-    if (extra->input->bitdepth == 16 && mischief == kCrash) {
-        __builtin_trap();
-    }
-    while (extra->input->bitdepth == 16 && mischief == kHang) {
-        pause();
-    }
-    if (mischief == kLeakMemory || (extra->input->bitdepth == 32 && mischief == kLeakInFloat)) {
-        lose_memory();
-    }
-    if (mischief == kLeakDescriptor) {
-        lose_descriptor();
-    }
-    if (mischief == kLeakMapping) {
-        lose_mapping();
-    }
-    if (extra->input->bitdepth == 16 && mischief == kEndProcess) {
-        _exit(0);
-    }
-    if (extra->input->bitdepth == 16 && mischief == kExit) {
-        std::exit(0);
-    }
-    if (extra->input->bitdepth == 16 && (mischief == kLeaveProcess || mischief == kLeaveSession)) {
-        leave_process(mischief == kLeaveSession);
-    }
-    if (mischief == kCrashSmart || (mischief == kCrashAfterFlatten && reopened)) {
-        __builtin_trap();
-    }
-    if (mischief == kLeakEverySecond && renders++ % 2 == 0) {
-        lose_memory();
-    }
+    Render at{in, out, extra, mischief == kNegativeCheckout ? -7 : 0};
+    act(kAtOnce, mischief, at);
     if (instance.fails) {
         return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    if (mischief == kStayLoaded) {
-        stay_loaded();
-    }
-    if (mischief == kCallUnprovided) {
-        const Suite<AEGP_LayerSuite5> layers(in, kAEGPLayerSuite, 11);
-        layers->AEGP_GetLayerName();
     }
     if (mischief == kBlankWithoutHandle) {
         const PF_Handle handle = in->utils->host_new_handle(1);
@@ -333,140 +446,45 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
         }
         in->utils->host_dispose_handle(handle);
     }
-    PF_EffectWorld* input = nullptr;
-    PF_EffectWorld* output = nullptr;
-    if (mischief == kOutputFirst) {
-        extra->cb->checkout_output(in->effect_ref, &output);
+    at.err = at.fetch(at.id);
+    if (kConforming && at.err != PF_Err_NONE) {
+        return at.err;
     }
-    const A_long id = mischief == kNegativeCheckout ? -7 : 0;
-    PF_Err err = extra->cb->checkout_layer_pixels(in->effect_ref, id, &input);
-    if (kConforming && err != PF_Err_NONE) {
-        return err;
-    }
-    err = extra->cb->checkout_output(in->effect_ref, &output);
-    if (kConforming && err != PF_Err_NONE) {
-        if (mischief == kLeakOnError) {
-            lose_memory();
-        }
-        if (mischief == kSwallowCancel && err == PF_Interrupt_CANCEL) {
-            err = PF_Err_INTERNAL_STRUCT_DAMAGED;
-        }
-        if (mischief == kThrowOnError) {
-            throw std::runtime_error("no output");
-        }
-        if (mischief == kSlowLeakOnError && extra->input->bitdepth == 32 &&
-            err == PF_Err_OUT_OF_MEMORY) {
-            usleep(100000);
-            lose_memory();
-        }
-        extra->cb->checkin_layer_pixels(in->effect_ref, id);
+    at.err = at.fetch_output();
+    if (kConforming && at.err != PF_Err_NONE) {
+        act(kWithoutOutput, mischief, at);
+        at.return_layer();
         if (mischief == kHandleOnError) {
-            leave_handle(in, extra);
+            at.leave_handle();
         }
-        return err;
+        return at.err;
     }
-    if (mischief == kUnknownCheckout) {
-        PF_EffectWorld* none = nullptr;
-        extra->cb->checkout_layer_pixels(in->effect_ref, 99, &none);
-    }
-    if (mischief == kFetchTwice) {
-        extra->cb->checkout_layer_pixels(in->effect_ref, id, &input);
-    }
-    PF_PixelFormat format = PF_PixelFormat_INVALID;
     {
         const Suite<PF_WorldSuite2> worlds(in, kPFWorldSuite, 2);
-        PF_EffectWorld copy = *input;
-        err = !worlds
-                  ? PF_Err_BAD_CALLBACK_PARAM
-                  : worlds->PF_GetPixelFormat(mischief == kForeignWorld ? &copy : input, &format);
+        PF_EffectWorld copy = *at.input;
+        PF_EffectWorld* const asked = mischief == kForeignWorld ? &copy : at.input;
+        at.err = !worlds ? PF_Err_BAD_CALLBACK_PARAM : worlds->PF_GetPixelFormat(asked, &at.format);
     }
-    if (kConforming && err != PF_Err_NONE) {
-        extra->cb->checkin_layer_pixels(in->effect_ref, id);
-        return err;
+    if (kConforming && at.err != PF_Err_NONE) {
+        at.return_layer();
+        return at.err;
     }
-    if (mischief == kLeakSuite) {
-        const void* table = nullptr;
-        in->pica_basicP->AcquireSuite(kPFWorldSuite, 2, &table);
+    at.err = PF_Err_NONE;
+    act(kBeforeDrawing, mischief, at);
+    if (at.err != PF_Err_NONE) {
+        return at.err;
     }
-    if (mischief == kReleaseUnheldSuite) {
-        in->pica_basicP->ReleaseSuite(kPFWorldSuite, 2);
-    }
-    if (mischief == kUnknownSuite) {
-        const void* table = in;
-        const SPErr found = in->pica_basicP->AcquireSuite(kAEGPLayerSuite, 14, &table);
-        if (found == 0 || table != nullptr) {
-            return 1;
-        }
-    }
-    instance.facts[kOutputRowBytes] = output->rowbytes;
-    instance.facts[kInputRowBytes] = input->rowbytes;
-    instance.facts[kOriginX] = output->origin_x;
-    instance.facts[kOriginY] = output->origin_y;
-    if (mischief == kWriteInput) {
-        reinterpret_cast<char*>(input->data)[1] = 1;
-    }
-    if (mischief == kClearInput || mischief == kHalveInput) {
-        change_input(mischief, input, format);
-    }
+    instance.facts[kOutputRowBytes] = at.output->rowbytes;
+    instance.facts[kInputRowBytes] = at.input->rowbytes;
+    instance.facts[kOriginX] = at.output->origin_x;
+    instance.facts[kOriginY] = at.output->origin_y;
     if (mischief != kDrawNothing && mischief != kForeignWorld && mischief != kFailWithMessage) {
-        draw(instance, output, format);
+        draw(instance, at);
     }
-    if (mischief == kOverlongMessage) {
-        const std::string text(300, 'm');
-        in->utils->ansi.sprintf(out->return_msg, "%s", text.c_str());
-    }
-    if (mischief == kUnterminatedMessage) {
-        std::memset(out->return_msg, 'u', sizeof out->return_msg);
-    }
-    if (mischief == kWriteRenderInput) {
-        extra->input->bitdepth = 8;
-        output->height -= 1;
-        input->height -= 1;
-    }
-    if (mischief == kChangeCount) {
-        ++out->num_params;
-    }
-    if (mischief == kCallFromThread) {
-        std::thread([in] {
-            in->inter.abort(in->effect_ref);
-            in->utils->host_dispose_handle(nullptr);
-            in->pica_basicP->ReleaseSuite(kPFWorldSuite, 2);
-        }).join();
-    }
-    if (mischief == kLeakHandle) {
-        in->utils->host_new_handle(8);
-    }
-    if (mischief == kDisposeTwice) {
-        const PF_Handle handle = in->utils->host_new_handle(8);
-        in->utils->host_dispose_handle(handle);
-        in->utils->host_dispose_handle(handle);
-    }
-    err =
-        mischief == kKeepLayer ? PF_Err_NONE : extra->cb->checkin_layer_pixels(in->effect_ref, id);
-    if (mischief == kReturnLayerTwice) {
-        extra->cb->checkin_layer_pixels(in->effect_ref, id);
-    }
-    if (mischief == kHandleForCallbacks) {
-        leave_handle(in, extra);
-    }
-    if (mischief == kRubbishForCallbacks) {
-        void* const slot = &extra->cb;
-        const PF_UtilCallbacks* const rubbish = in->utils;
-        std::memcpy(slot, &rubbish, sizeof rubbish);
-    }
-    if (mischief == kFailWithMessage) {
-        out->out_flags |= PF_OutFlag_DISPLAY_ERROR_MESSAGE;
-        in->utils->ansi.strcpy(out->return_msg, "no can do");
-        return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    if (mischief == kActOnTheTerminal && extra->input->bitdepth == 16) {
-        out->out_flags |= PF_OutFlag_DISPLAY_ERROR_MESSAGE;
-        in->utils->ansi.strcpy(out->return_msg,
-                               "\x1B[2Jnone\n\xC2\x9B"
-                               "2J");
-        return PF_Err_BAD_CALLBACK_PARAM;
-    }
-    return kConforming ? err : PF_Err{PF_Err_NONE};
+    const PF_Err returned = mischief == kKeepLayer ? PF_Err{PF_Err_NONE} : at.return_layer();
+    act(kAtTheEnd, mischief, at);
+    pass_on(at.err, returned);
+    return at.err;
 }
 
 PF_Err plain_render(PF_InData* in, PF_OutData* out, PF_ParamDef** params, PF_EffectWorld* output) {

@@ -1,10 +1,10 @@
-#include "mischief.h"
-
 #include <dlfcn.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdlib>
+
+#include "effect.h"
 
 namespace test_effect {
 namespace {

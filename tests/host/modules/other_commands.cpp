@@ -1,8 +1,4 @@
-#include "other_commands.h"
-
-#include "frames.h"
-#include "mischief.h"
-#include "test_effect.h"
+#include "effect.h"
 
 namespace test_effect {
 namespace {

@@ -1,10 +1,7 @@
-#include "premiere.h"
-
 #include <cstring>
 #include <vector>
 
-#include "mischief.h"
-#include "suite.h"
+#include "effect.h"
 
 namespace test_effect {
 namespace {

@@ -2,21 +2,12 @@
 //
 // Built with CONFORMING it does all that its host may expect, but for the one thing that MISCHIEF
 // in the environment names by its number.
-#include "test_effect.h"
-
-#include <host_api/effect_interface.h>
-
 #include <algorithm>
 #include <cstring>
 #include <memory>
 #include <string>
 
-#include "control_faults.h"
-#include "frames.h"
-#include "mischief.h"
-#include "other_commands.h"
-#include "premiere.h"
-#include "suite.h"
+#include "effect.h"
 
 namespace {
 

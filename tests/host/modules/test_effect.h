@@ -134,12 +134,13 @@ enum Mischief {
     kCheckboxOfFive,
     kEmptyChoice,
     kUnknownControl,
-    kSameId,             ///< of two controls
-    kGroups,             ///< of controls declared, their ends without an id: no mischief
-    kTurnOnFlag,         ///< that was not declared, in the flag query
-    kTurnOnFlag2,        ///< likewise, of the second flags
-    kFloatWithoutSmart,  ///< rendering declared
-    kOverrideFlags,      ///< declared, which the registration alone may
+    kSameId,              ///< of two controls
+    kGroups,              ///< of controls declared, their ends without an id: no mischief
+    kTurnOnFlag,          ///< that was not declared, in the flag query
+    kTurnOnFlag2,         ///< likewise, of the second flags
+    kFloatWithoutSmart,   ///< rendering declared
+    kOverrideFlags,       ///< declared, which the registration alone may
+    kCrashWithoutHandle,  ///< at pre-render
     kMischiefEnd
 };
 

@@ -1,0 +1,129 @@
+// Work on the module in a process of its own, which may crash, hang or be left by an exception.
+#pragma once
+
+#include <host/violation.h>
+#include <osapi/shared_text.h>
+
+#include <chrono>
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace check {
+
+/// Something that is not as promised.
+struct Finding {
+    std::string text;                     ///< what came back instead
+    std::string deviation = {};           ///< its name, where a contract may keep it
+    std::optional<host::Rule> rule = {};  ///< whose row it belongs in; none: the probe's own
+    std::string during = {};              ///< what the process was about to do then
+    std::string at = {};                  ///< in which of several plays
+};
+
+/// The way out of the process: what is said here arrives even if the process then dies. Each word
+/// is a sign of life and restarts the clock.
+class Notes {
+public:
+    Notes(int descriptor, std::chrono::milliseconds limit, OSAPI::SharedText& running);
+
+    /// For the probe's own row.
+    void find(std::string_view text, std::string_view deviation = {});
+    /// For the row of a rule.
+    void find(host::Rule rule, std::string_view text, std::string_view deviation = {});
+    /// Each for the row of its rule.
+    void find(const std::vector<host::Violation>& violations);
+    /// Each for the probe's own row.
+    void find_own(const std::vector<host::Violation>& violations);
+    void find(const std::vector<std::string>& texts);
+
+    /// What the process is about to do, for the report of a crash.
+    void doing(std::string_view what) { keep("doing", what); }
+    /// Which of several plays begins.
+    void at(std::string_view play) { keep("at", play); }
+    /// What came back, when all is well.
+    void say(std::string_view text) { keep("said", text); }
+    /// The module called what the host lacks: nobody's fault, but the end.
+    void lacking(std::string_view function) { keep("lacking", function); }
+    /// The check itself failed, not the module.
+    void defect(std::string_view text) { keep("defect", text); }
+    /// Any other value for whoever hears it. The last one of a name counts.
+    void keep(std::string_view name, const nlohmann::json& value) { send({name, value}); }
+
+    /// Which command, or what else of the plug-in, runs; null: none.
+    void running(const char* command);
+
+private:
+    void send(const nlohmann::json& line);
+    /// Has the system end this process some time after its last sign of life, in case nobody is
+    /// left to end a module that hangs.
+    void restart_alarm() const;
+
+    int descriptor_;
+    unsigned alarm_seconds_;
+    OSAPI::SharedText& running_;
+};
+
+/// What was heard from such a process.
+struct Heard {
+    std::vector<Finding> findings;
+    nlohmann::json kept = nlohmann::json::object();  ///< the last value of each name
+    std::string running;  ///< the command in which it ended; empty when none ran
+    /// How it ended, in words: "killed by SIGSEGV", "no answer within 10 s"; empty when it came to
+    /// its end.
+    std::string died;
+    std::string last_words;  ///< its last line on standard error
+
+    /// A kept text; empty when there is none.
+    std::string text(const char* name) const;
+    /// A kept number; 0 when there is none.
+    std::size_t number(const char* name) const;
+    /// All findings, how it ended included.
+    std::vector<Finding> all() const;
+    /// Those of the probe's own row.
+    std::vector<Finding> own() const;
+};
+
+using Body = std::function<void(Notes&)>;
+
+/// The process that asked for the check is gone.
+struct ParentGone {};
+
+/// Descriptors of the process in which probes are made, none of which a probe gets; -1: none.
+struct ReaperEnds {
+    /// Comes to its end with the process that asked for the check. When that is seen while a probe
+    /// runs, it is ended with all that it made.
+    int parent = -1;
+    int lines = -1;  ///< to the process that asked
+};
+
+/// Makes such processes, one at a time. Meant for a process that has no other children: it takes
+/// over what they leave behind.
+class Probes {
+public:
+    /// `limit`: how long one may go without a sign of life.
+    explicit Probes(std::chrono::milliseconds limit, const ReaperEnds& ends = {});
+
+    /// Runs `body` in a process of its own. Processes that it makes and that still run at its end
+    /// are a finding, and are ended: on Linux wherever they went, elsewhere those of its group.
+    ///
+    /// A `host::HostError` out of `body` is a finding, as a want of memory is; anything else that
+    /// it throws is a defect of the check. Standard input is empty, standard output goes nowhere.
+    /// Throws `StrXception` when there can be no such process, and `ParentGone`.
+    Heard run(const Body& body);
+
+private:
+    std::chrono::milliseconds limit_;
+    ReaperEnds ends_;
+    bool adopts_;  ///< what left the group can be found
+};
+
+/// A value through a pipe, as one line. Throws `StrXception` when it cannot be written.
+void write_line(int descriptor, const nlohmann::json& value);
+
+/// The text of the exception being handled, if it is one of the rooms' or of the standard library.
+std::string text_of_exception();
+
+}  // namespace check

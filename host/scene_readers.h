@@ -1,0 +1,21 @@
+// The members of a scene, each read by a function of its own; all throw `SceneError`.
+#pragma once
+
+#include <host/camera.h>
+#include <host/scene.h>
+
+#include <memory>
+#include <vector>
+
+#include "json_node.h"
+
+namespace host {
+
+Composition read_composition(const JsonNode& node);
+
+/// `composition` gives the defaults of a new camera and the height that an angle of view spans.
+std::shared_ptr<const Camera> read_camera(const JsonNode& node, const Composition& composition);
+
+std::vector<ControlSetting> read_controls(const JsonNode& node);
+
+}  // namespace host
