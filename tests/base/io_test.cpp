@@ -82,11 +82,16 @@ public:
     s64 seek_from_start(s64 position) override {
         seeks.push_back(position);
         written_at_seek = written;
+        if (fail_next_seek) {
+            fail_next_seek = false;
+            throw 5;
+        }
         return position_ = position;
     }
     s64 seek_from_curpos(s64 offset) override { return seek_from_start(position_ + offset); }
 
     bool fail_next = false;
+    bool fail_next_seek = false;
     std::vector<int> answers;
     std::vector<int> asked;
     std::vector<s64> seeks;
@@ -497,6 +502,19 @@ TEST(OutputSeek, FlushesThenMovesTheSink) {
     EXPECT_EQ(sink.written_at_seek, "abc");
     EXPECT_EQ(sink.seeks, (std::vector<s64>{7, 5}));
     EXPECT_EQ(output.curpos(), 5);
+}
+
+TEST(OutputSeek, ThatFailsLeavesThePositionAndWhatIsWrittenNext) {
+    MemoryOutput sink;
+    BufferedOutput output(sink, 4);
+    write_text(output, "ab");
+    sink.fail_next_seek = true;
+    EXPECT_THROW(output.seek_from_start(7), int);
+    EXPECT_EQ(output.curpos(), 2);
+    write_text(output, "c");
+    output.flush();
+    EXPECT_EQ(sink.written, "abc");
+    EXPECT_EQ(output.curpos(), 3);
 }
 
 TEST(OutputDestructor, FlushesAndReportsAFailure) {

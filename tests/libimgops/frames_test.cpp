@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "kernels/kernel_sets.h"
+#include "product_camera.h"
 #include "support/catalogue.h"
 #include "support/compare.h"
 #include "support/guarded_frame.h"
@@ -42,25 +43,6 @@ struct Scene {
     Settings settings;
     std::vector<Camera> cameras;
 };
-
-/// The camera record of the same sample.
-::camera product_camera(const Camera& from) {
-    ::camera to;
-    const reference::Triple* axes[] = {&from.right, &from.up, &from.forward};
-    for (int column = 0; column < 3; ++column) {
-        const reference::Triple& axis = *axes[column];
-        double offset = 0;
-        for (int row = 0; row < 3; ++row) {
-            const auto i = static_cast<std::size_t>(row);
-            to.xform(row, column) = axis[i];
-            offset -= from.position[i] * axis[i];
-        }
-        to.xform(3, column) = offset;
-    }
-    to.focal = from.focal;
-    to.near_clip = from.near_clip;
-    return to;
-}
 
 /// The settings as a host shell fills them from the same controls.
 StarRendererData product_settings(const Settings& from) {
