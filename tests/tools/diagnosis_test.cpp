@@ -64,8 +64,9 @@ TEST(StarFile, TellsItsVersionOrWhatIsWrongWithIt) {
     for (const auto& [name, reason] : {std::pair{"gone.stars", "No such file or directory"},
                                        {"dangling.stars", "No such file or directory"},
                                        {"", "it is no regular file but a folder"}}) {
-        EXPECT_EQ(failure_of([&] { lumivar::star_file_version(folder / name); }),
-                  "cannot read " + (folder / name) + ": " + reason);
+        EXPECT_EQ(
+            failure_of([&, file_name = name] { lumivar::star_file_version(folder / file_name); }),
+            "cannot read " + (folder / name) + ": " + reason);
     }
 }
 
