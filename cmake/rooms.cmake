@@ -37,7 +37,7 @@ function(add_room_test_parts name shards timeout labels)
 endfunction()
 
 # add_room_test(NAME base_test SOURCES array_test.cpp string_test.cpp ... DEPENDS base ... [LABELS unit]
-#               [DEFINITIONS NAME=VALUE ...] [TIMEOUT 300] [SHARDS 1] [RELEASE_ONLY Whole/*:Slow.*])
+#               [DEFINITIONS NAME=VALUE ...] [TIMEOUT 900] [SHARDS 1] [RELEASE_ONLY Whole/*:Slow.*])
 #
 # A GoogleTest program: all the tests of a room that have a label in common. A new test source goes into the list of its room's
 # program. A source needs a program of its own only where its label differs, or what it is linked with would disturb the others.
@@ -60,7 +60,7 @@ function(add_room_test)
     set(TEST_LABELS unit)
   endif()
   if(NOT TEST_TIMEOUT)
-    set(TEST_TIMEOUT 300)
+    set(TEST_TIMEOUT 900)
   endif()
   if(NOT TEST_SHARDS)
     set(TEST_SHARDS 1)
