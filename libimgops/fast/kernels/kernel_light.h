@@ -36,13 +36,13 @@ LANES_INLINE Ints coverage_lanes() {
 /// `kCovered`: whether any pixel may have coverage.
 template <bool kCovered>
 LANES_INLINE Floats lit(Floats pixels, Floats weights, Floats colour) {
+    // Coverage keeps every bit, even where the light is infinite.
     if (!kCovered) {
-        return select(coverage_lanes(), pixels, pixels + colour * weights);
+        return with_coverage_of(pixels, pixels + colour * weights);
     }
     const Floats coverage = coverage_of(pixels);
     const Floats more = pixels + colour * (weights * (splat(1.0F) - coverage));
-    // Coverage keeps every bit, even where the light is infinite.
-    return select((coverage >= splat(1.0F)) | coverage_lanes(), pixels, more);
+    return with_coverage_of(pixels, select(coverage >= splat(1.0F), pixels, more));
 }
 
 /// Weights of pixels side by side, from an array with one a pixel.

@@ -106,6 +106,19 @@ LANES_INLINE Floats coverage_of(Floats pixels) {
     return __builtin_shufflevector(pixels, pixels, LANES_OF_PIXELS(0, 4, 8, 12));
 }
 
+/// `lit` with the coverage of `pixels`, bit for bit. A shuffle, because of a selection between
+/// numbers a compiler may make arithmetic, which changes the bits of a signalling NaN.
+LANES_INLINE Floats with_coverage_of(Floats pixels, Floats lit) {
+#if LANES == 16
+    return __builtin_shufflevector(pixels, lit, 0, 17, 18, 19, 4, 21, 22, 23, 8, 25, 26, 27, 12, 29,
+                                   30, 31);
+#elif LANES == 8
+    return __builtin_shufflevector(pixels, lit, 0, 9, 10, 11, 4, 13, 14, 15);
+#else
+    return __builtin_shufflevector(pixels, lit, 0, 5, 6, 7);
+#endif
+}
+
 /// Adds `weight` of the colour on the first four lanes of `colour` to a pixel.
 LANES_INLINE void add_to_pixel(float* pixel, float weight, Floats colour) {
     typedef float Pixel __attribute__((vector_size(16)));

@@ -124,6 +124,14 @@ inline Floats load_for_pixels(const float* weights) {
 inline Floats coverage_of(const Floats& pixels) {
     return each<Floats>([&](int k) { return pixels[k / 4 * 4]; });
 }
+/// `lit` with the coverage of `pixels`, bit for bit.
+inline Floats with_coverage_of(const Floats& pixels, const Floats& lit) {
+    Floats result = lit;
+    for (int k = 0; k < LANES; k += 4) {
+        std::memcpy(&result.lane[k], &pixels.lane[k], sizeof(float));
+    }
+    return result;
+}
 
 /// Adds `weight` of the colour on the first four lanes of `colour` to a pixel.
 inline void add_to_pixel(float* pixel, float weight, const Floats& colour) {
