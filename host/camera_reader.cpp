@@ -115,7 +115,7 @@ std::shared_ptr<const Camera> read_matrix(const JsonNode& node, Lens lens) {
         for (const Track::Key& key : element.keys()) {
             if (std::fabs(linear_determinant(camera->layer_to_world(key.time))) < kSingular) {
                 node.fail("a matrix that can be inverted",
-                          "one that flattens space at " + Json(key.time).dump() + " s");
+                          "one that flattens space at " + json_text(key.time) + " s");
             }
         }
     }

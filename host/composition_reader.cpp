@@ -66,15 +66,15 @@ Composition read_composition(const JsonNode& node) {
             (static_cast<double>(std::numeric_limits<std::int32_t>::max()) - 3.0 * frames.den) /
             frames.num;
         if (composition.duration > longest) {
-            duration.fail("at most " + Json(std::floor(longest)).dump() +
+            duration.fail("at most " + json_text(std::floor(longest)) +
                           " seconds at this frame rate");
         }
     }
     if (node.has("motion_blur")) {
-        if (!node["motion_blur"]->is_boolean()) {
+        if (!node["motion_blur"].is_boolean()) {
             node["motion_blur"].fail("true or false");
         }
-        composition.motion_blur = node["motion_blur"]->get<bool>();
+        composition.motion_blur = node["motion_blur"].boolean();
     }
     if (node.has("shutter_angle")) {
         composition.shutter_angle = read_track(node["shutter_angle"], number_from(0, 720));

@@ -17,8 +17,7 @@ const std::string kColour = "a colour ([red, green, blue] from 0 to 255, or \"#r
 NumberRule channel() { return number_from(0, 255); }
 
 bool is_colour(const JsonNode& node) {
-    return node->is_array() ||
-           (node->is_string() && node->get_ref<const std::string&>().starts_with('#'));
+    return node.is_array() || (node.is_string() && node.string().starts_with('#'));
 }
 
 int hex_digit(char c) {
@@ -29,7 +28,7 @@ int hex_digit(char c) {
 
 /// "#rrggbb".
 std::vector<double> read_hex_colour(const JsonNode& node) {
-    const std::string& text = node->get_ref<const std::string&>();
+    const std::string& text = node.string();
     if (text.size() != 7 ||
         !std::all_of(text.begin() + 1, text.end(), [](char c) { return hex_digit(c) >= 0; })) {
         node.fail(kColour);
@@ -43,10 +42,10 @@ std::vector<double> read_hex_colour(const JsonNode& node) {
 
 /// A colour without keys.
 std::vector<double> read_plain_colour(const JsonNode& node) {
-    if (node->is_string() && is_colour(node)) {
+    if (node.is_string() && is_colour(node)) {
         return read_hex_colour(node);
     }
-    if (!node->is_array() || node->size() != 3) {
+    if (!node.is_array() || node.size() != 3) {
         node.fail(kColour);
     }
     std::vector<double> channels;
@@ -70,33 +69,33 @@ Colour read_keyed_colour(const std::vector<KeyNode>& keys) {
 
 /// A number, or true and false as 1 and 0.
 double read_switch_or_number(const JsonNode& node) {
-    if (node->is_boolean()) {
-        return node->get<bool>() ? 1.0 : 0.0;
+    if (node.is_boolean()) {
+        return node.boolean() ? 1.0 : 0.0;
     }
     return read_number(node, {"a number, or true or false", any_number().holds});
 }
 
 std::variant<Track, std::string, Colour> read_value(const JsonNode& node) {
-    if (node->is_number() || node->is_boolean()) {
+    if (node.is_number() || node.is_boolean()) {
         return Track(read_switch_or_number(node));
     }
-    if (node->is_string() && !is_colour(node)) {
-        if (node->get_ref<const std::string&>().empty()) {
+    if (node.is_string() && !is_colour(node)) {
+        if (node.string().empty()) {
             node.fail("the name of a choice");
         }
-        return node->get<std::string>();
+        return node.string();
     }
-    if (node->is_string()) {
+    if (node.is_string()) {
         const std::vector<double> channels = read_hex_colour(node);
         return Colour{{channels[0], channels[1], channels[2]}};
     }
-    if (node->is_array()) {
-        if (node->size() != 3) {
+    if (node.is_array()) {
+        if (node.size() != 3) {
             node.fail(kColour);
         }
         return Colour{read_track_array<3>(node, {channel()})};
     }
-    if (!node->is_object()) {
+    if (!node.is_object()) {
         node.fail("a number, true or false, the name of a choice, " + kColour +
                   ", or {\"keys\": [...]}");
     }
@@ -117,9 +116,9 @@ std::variant<Track, std::string, Colour> read_value(const JsonNode& node) {
 std::vector<ControlSetting> read_controls(const JsonNode& node) {
     node.expect_object();
     std::vector<ControlSetting> controls;
-    for (const auto& item : node->items()) {
-        const JsonNode control = node[item.key()];
-        controls.push_back({item.key(), control.place(), read_value(control)});
+    for (const std::string& name : node.members()) {
+        const JsonNode control = node[name];
+        controls.push_back({name, control.place(), read_value(control)});
     }
     return controls;
 }

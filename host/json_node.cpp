@@ -5,12 +5,15 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <nlohmann/json.hpp>
 
 #include "nearest.h"
 
 namespace host {
 
 namespace {
+
+using Pointer = nlohmann::json_pointer<std::string>;
 
 /// As a JSON string.
 std::string in_quotes(std::string_view text) { return Json(text).dump(); }
@@ -33,21 +36,44 @@ std::string describe(const Json& value) {
 
 }  // namespace
 
-std::string json_place(const std::string& source,
-                       const nlohmann::json_pointer<std::string>& pointer) {
+std::string json_place(const std::string& source, const std::string& pointer) {
     if (pointer.empty()) {
         return source;
     }
-    const std::string quoted = in_quotes(pointer.to_string());
+    const std::string quoted = in_quotes(pointer);
     return source + ": " + quoted.substr(1, quoted.size() - 2);
 }
 
+std::string json_text(double number) { return Json(number).dump(); }
+
+bool JsonNode::is_object() const { return value_->is_object(); }
+bool JsonNode::is_array() const { return value_->is_array(); }
+bool JsonNode::is_number() const { return value_->is_number(); }
+bool JsonNode::is_boolean() const { return value_->is_boolean(); }
+bool JsonNode::is_string() const { return value_->is_string(); }
+
+double JsonNode::number() const { return value_->get<double>(); }
+bool JsonNode::boolean() const { return value_->get<bool>(); }
+const std::string& JsonNode::string() const { return value_->get_ref<const std::string&>(); }
+std::vector<std::string> JsonNode::members() const {
+    std::vector<std::string> names;
+    for (const auto& item : value_->items()) {
+        names.push_back(item.key());
+    }
+    return names;
+}
+
+std::size_t JsonNode::size() const { return value_->size(); }
+std::string JsonNode::text() const { return value_->dump(); }
+
+bool JsonNode::has(const std::string& member) const { return value_->contains(member); }
+
 JsonNode JsonNode::operator[](const std::string& member) const {
-    return {value_->at(member), *source_, pointer_ / member};
+    return {value_->at(member), *source_, (Pointer(pointer_) / member).to_string()};
 }
 
 JsonNode JsonNode::operator[](std::size_t index) const {
-    return {value_->at(index), *source_, pointer_ / index};
+    return {value_->at(index), *source_, (Pointer(pointer_) / index).to_string()};
 }
 
 void JsonNode::fail(const std::string& expected) const { fail(expected, describe(*value_)); }
@@ -57,14 +83,14 @@ void JsonNode::fail(const std::string& expected, const std::string& found) const
 }
 
 void JsonNode::expect_object() const {
-    if (!value_->is_object()) {
+    if (!is_object()) {
         fail("an object");
     }
 }
 
 void JsonNode::expect_members(std::initializer_list<std::string_view> known) const {
     expect_object();
-    for (const auto& [name, value] : value_->items()) {
+    for (const std::string& name : members()) {
         if (std::find(known.begin(), known.end(), name) != known.end()) {
             continue;
         }

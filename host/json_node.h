@@ -1,12 +1,16 @@
-// JSON whose values know where they stand in the file, so that an error can name the place.
+// JSON whose values know where they stand in the file, so that an error can name the place. The
+// library's own header, which takes longer to compile than all that reads scenes, is known to the
+// sources `json_node.cpp` and `json_parse.cpp` alone.
 #pragma once
 
 #include <cstddef>
 #include <initializer_list>
-#include <nlohmann/json.hpp>
+#include <memory>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace host {
 
@@ -15,15 +19,17 @@ using Json = nlohmann::ordered_json;
 
 /// Parses `text` strictly, but for comments; members that stand twice in an object are an error.
 /// Throws `SceneError`.
-Json parse_json(const std::string& text, const std::string& source);
+std::shared_ptr<const Json> parse_json(const std::string& text, const std::string& source);
 
 /// "line L, column C" of a byte of `text`, both from 1, columns in characters.
 std::string line_and_column(const std::string& text, std::size_t offset);
 
 /// "FILE: POINTER", or "FILE" for the whole document; control characters are escaped as in
 /// JSON.
-std::string json_place(const std::string& source,
-                       const nlohmann::json_pointer<std::string>& pointer);
+std::string json_place(const std::string& source, const std::string& pointer);
+
+/// The shortest text that reads back as this number.
+std::string json_text(double number);
 
 /// Values whose text is longer are described rather than repeated: messages stay on one line.
 inline constexpr std::size_t kLongestText = 60;
@@ -34,10 +40,24 @@ class JsonNode {
 public:
     JsonNode(const Json& value, const std::string& source) : value_(&value), source_(&source) {}
 
-    const Json& value() const { return *value_; }
-    const Json* operator->() const { return value_; }
+    bool is_object() const;
+    bool is_array() const;
+    bool is_number() const;
+    bool is_boolean() const;
+    bool is_string() const;
 
-    bool has(const std::string& member) const { return value_->contains(member); }
+    // Of a value of that kind.
+    double number() const;
+    bool boolean() const;
+    const std::string& string() const;
+    std::vector<std::string> members() const;
+
+    /// Elements or members.
+    std::size_t size() const;
+    /// As JSON, in one line.
+    std::string text() const;
+
+    bool has(const std::string& member) const;
     /// The member or element, which must be there.
     JsonNode operator[](const std::string& member) const;
     JsonNode operator[](std::size_t index) const;
@@ -53,12 +73,12 @@ public:
     void expect_members(std::initializer_list<std::string_view> known) const;
 
 private:
-    JsonNode(const Json& value, const std::string& source, nlohmann::json_pointer<std::string> at)
-        : value_(&value), source_(&source), pointer_(std::move(at)) {}
+    JsonNode(const Json& value, const std::string& source, std::string pointer)
+        : value_(&value), source_(&source), pointer_(std::move(pointer)) {}
 
     const Json* value_;
     const std::string* source_;
-    nlohmann::json_pointer<std::string> pointer_;
+    std::string pointer_;  ///< empty: the whole document
 };
 
 }  // namespace host

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <map>
+#include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
 #include <string>
@@ -70,7 +72,7 @@ public:
         for (const Level& each : open_) {
             place /= each.is_array ? std::to_string(each.index - 1) : each.step;
         }
-        error_ = json_place(source_, place) + ": expected each member once, found " +
+        error_ = json_place(source_, place.to_string()) + ": expected each member once, found " +
                  Json(name).dump() + " twice";
         return false;
     }
@@ -160,14 +162,14 @@ std::string line_and_column(const std::string& text, std::size_t offset) {
     return "line " + std::to_string(lines + 1) + ", column " + std::to_string(columns + 1);
 }
 
-Json parse_json(const std::string& text, const std::string& source) {
+std::shared_ptr<const Json> parse_json(const std::string& text, const std::string& source) {
     constexpr bool kStrict = true;
     constexpr bool kComments = true;
     Checker checker(text, source);
     if (!Json::sax_parse(text, &checker, Json::input_format_t::json, kStrict, kComments)) {
         throw SceneError(checker.error());
     }
-    return Json::parse(text, nullptr, kStrict, kComments);
+    return std::make_shared<const Json>(Json::parse(text, nullptr, kStrict, kComments));
 }
 
 }  // namespace host

@@ -15,8 +15,8 @@ Scene parse_scene(const std::string& text, const std::string& source) {
     if (text.empty()) {
         throw SceneError(source + ": expected a scene (a JSON object), found an empty file");
     }
-    const Json document = parse_json(text, source);
-    const JsonNode root(document, source);
+    const auto document = parse_json(text, source);
+    const JsonNode root(*document, source);
     root.expect_members({"composition", "camera", "controls"});
     Scene scene;
     scene.source = source;

@@ -30,11 +30,11 @@ std::vector<KeyNode> read_keys(const JsonNode& node) {
         node.fail("\"keys\"");
     }
     const JsonNode list = node["keys"];
-    if (!list->is_array() || list->empty()) {
+    if (!list.is_array() || list.size() == 0) {
         list.fail("a list of keys, each {\"time\": seconds, \"value\": ...}");
     }
     std::vector<KeyNode> keys;
-    for (std::size_t i = 0; i < list->size(); ++i) {
+    for (std::size_t i = 0; i < list.size(); ++i) {
         const JsonNode key = list[i];
         key.expect_members({"time", "value"});
         for (const char* member : {"time", "value"}) {
@@ -44,7 +44,7 @@ std::vector<KeyNode> read_keys(const JsonNode& node) {
         }
         const double time = read_number(key["time"], {"a time in seconds", any_number().holds});
         if (!keys.empty() && !(time > keys.back().time)) {
-            key["time"].fail("a time after that of the key before, " + list[i - 1]["time"]->dump());
+            key["time"].fail("a time after that of the key before, " + list[i - 1]["time"].text());
         }
         keys.push_back({time, key["value"]});
     }
@@ -52,16 +52,16 @@ std::vector<KeyNode> read_keys(const JsonNode& node) {
 }
 
 double read_number(const JsonNode& node, const NumberRule& rule) {
-    if (!node->is_number() || !rule.holds(node->get<double>())) {
+    if (!node.is_number() || !rule.holds(node.number())) {
         node.fail(rule.expected);
     }
-    return node->get<double>();
+    return node.number();
 }
 
 Track read_track(const JsonNode& node, const NumberRule& rule) {
-    if (!node->is_object()) {
+    if (!node.is_object()) {
         return read_number(
-            node, {node->is_number() ? rule.expected : rule.expected + kOrKeys, rule.holds});
+            node, {node.is_number() ? rule.expected : rule.expected + kOrKeys, rule.holds});
     }
     std::vector<Track::Key> keys;
     for (const KeyNode& key : read_keys(node)) {
@@ -71,14 +71,14 @@ Track read_track(const JsonNode& node, const NumberRule& rule) {
 }
 
 double read_constant(const JsonNode& node, const NumberRule& rule) {
-    if (!node->is_object()) {
+    if (!node.is_object()) {
         return read_number(node, rule);
     }
     const std::vector<KeyNode> keys = read_keys(node);
     const double first = read_number(keys.front().value, rule);
     for (const KeyNode& key : keys) {
         if (read_number(key.value, rule) != first) {
-            key.value.fail("the first key's value, " + keys.front().value->dump() +
+            key.value.fail("the first key's value, " + keys.front().value.text() +
                            ", since this does not change over time");
         }
     }
@@ -104,9 +104,9 @@ void read_tracks(const JsonNode& node, const std::vector<NumberRule>& rules, Tra
         return rules.size() == 1 ? rules.front() : rules[i];
     };
     const std::string expected = "an array of " + std::to_string(count) + " numbers";
-    if (!node->is_object()) {
-        if (!node->is_array() || node->size() != count) {
-            node.fail(node->is_array() ? expected : expected + kOrKeys);
+    if (!node.is_object()) {
+        if (!node.is_array() || node.size() != count) {
+            node.fail(node.is_array() ? expected : expected + kOrKeys);
         }
         for (std::size_t i = 0; i < count; ++i) {
             out[i] = read_track(node[i], rule(i));
@@ -116,7 +116,7 @@ void read_tracks(const JsonNode& node, const std::vector<NumberRule>& rules, Tra
     const std::vector<KeyNode> keys = read_keys(node);
     std::vector<std::vector<double>> values;
     for (const KeyNode& key : keys) {
-        if (!key.value->is_array() || key.value->size() != count) {
+        if (!key.value.is_array() || key.value.size() != count) {
             key.value.fail(expected);
         }
         std::vector<double>& numbers = values.emplace_back();

@@ -40,19 +40,15 @@ void import_command(const ImportArguments& arguments) {
     }
 }
 
-void add_import(CLI::App& catalog) {
+void add_import(Command& catalog) {
     auto arguments = std::make_shared<ImportArguments>();
-    CLI::App* command =
-        catalog.add_subcommand("import", "Make a star database from a table of stars");
+    Command command = catalog.add_command("import", "Make a star database from a table of stars");
     command
-        ->add_option("TABLE", arguments->input,
-                     "Comma-separated text whose first line names the columns; - is standard input")
-        ->required()
-        ->check(not_empty());
-    command->add_option("-o,--output", arguments->output, "The database to write, NAME.stars")
-        ->required()
-        ->check(not_empty());
-    command->footer(
+        .add("TABLE", arguments->input,
+             "Comma-separated text whose first line names the columns; - is standard input")
+        .required();
+    command.add("-o,--output", arguments->output, "The database to write, NAME.stars").required();
+    command.footer(
         "Columns, in any order (others are passed over):\n"
         "  ra_deg       right ascension, degrees 0..360                becomes lon\n"
         "  dec_deg      declination, degrees -90..90                   becomes lat\n"
@@ -65,22 +61,22 @@ void add_import(CLI::App& catalog) {
         "Examples:\n"
         "  lumivar catalog import data/hip.csv -o hipparcos.stars\n"
         "  grep -v ',e$' data/hip.csv | lumivar catalog import - -o measured.stars\n");
-    command->callback([arguments] { import_command(*arguments); });
+    command.run([arguments] { import_command(*arguments); });
 }
 
-void add_info(CLI::App& catalog) {
+void add_info(Command& catalog) {
     auto path = std::make_shared<std::string>();
     auto json = std::make_shared<bool>(false);
-    CLI::App* command = catalog.add_subcommand("info", "Say what a star database holds");
-    command->add_option("DATABASE", *path, "The .stars file")->required()->check(not_empty());
-    command->add_flag("--json", *json, "As JSON, for other programs");
-    command->footer(
+    Command command = catalog.add_command("info", "Say what a star database holds");
+    command.add("DATABASE", *path, "The .stars file").required();
+    command.add_flag("--json", *json, "As JSON, for other programs");
+    command.footer(
         "Shows version, number of stars, the range of every field, stars by magnitude, and\n"
         "warns of values that are not numbers or out of range and of trailing bytes.\n\n"
         "Examples:\n"
         "  lumivar catalog info hipparcos.stars\n"
         "  lumivar catalog info hipparcos.stars --json\n");
-    command->callback([path, json] {
+    command.run([path, json] {
         const CatalogueInfo info = examine_catalogue(*path);
         std::fputs((*json ? info_as_json(info) : info_as_text(info)).c_str(), stdout);
     });
@@ -88,11 +84,10 @@ void add_info(CLI::App& catalog) {
 
 }  // namespace
 
-void add_catalog_command(CLI::App& program) {
-    CLI::App* catalog = program.add_subcommand("catalog", "Make and examine star databases");
-    catalog->require_subcommand(1);
-    add_import(*catalog);
-    add_info(*catalog);
+void add_catalog_command(Command& program) {
+    Command catalog = program.add_command("catalog", "Make and examine star databases");
+    add_import(catalog);
+    add_info(catalog);
 }
 
 }  // namespace lumivar

@@ -49,24 +49,20 @@ check::Report report_of(const Arguments& arguments) {
 
 }  // namespace
 
-void add_check_command(CLI::App& program) {
+void add_check_command(Command& program) {
     auto arguments = std::make_shared<Arguments>();
-    CLI::App* command =
-        program.add_subcommand("check", "Check a plug-in against all that its host may ask and do");
+    Command command =
+        program.add_command("check", "Check a plug-in against all that its host may ask and do");
+    command.add("BUNDLE", arguments->bundle,
+                "The plug-in's bundle; if not given, the one that goes with this program");
+    command.add("--rows", arguments->rows,
+                "Only rows whose ids begin so: frames., faults.checkout_param");
+    command.add_flag("--json", arguments->json, "As JSON, for other programs");
     command
-        ->add_option("BUNDLE", arguments->bundle,
-                     "The plug-in's bundle; if not given, the one that goes with this program")
-        ->check(not_empty());
-    command
-        ->add_option("--rows", arguments->rows,
-                     "Only rows whose ids begin so: frames., faults.checkout_param")
-        ->check(not_empty());
-    command->add_flag("--json", arguments->json, "As JSON, for other programs");
-    command
-        ->add_option("--time-limit", arguments->seconds,
-                     "Seconds that one command or frame may take before it counts as hung (10)")
-        ->check(CLI::Range(0.1, 3600.0));
-    command->footer(
+        .add("--time-limit", arguments->seconds,
+             "Seconds that one command or frame may take before it counts as hung (10)")
+        .between(0.1, 3600.0);
+    command.footer(
         "Sends the plug-in every command, as After Effects and as Premiere Pro do, and asks for\n"
         "every kind of frame that it declares; makes every call that it makes to the host fail\n"
         "in turn and every suite be missing; and looks for writes outside the pixels, for suites,\n"
@@ -90,7 +86,7 @@ void add_check_command(CLI::App& program) {
         "  lumivar check My.plugin | grep ^FAIL\n"
         "  lumivar check My.plugin --json |\n"
         "    jq -r '.rows[] | select(.verdict == \"fail\") | .id, .findings[].text'\n");
-    command->callback([arguments] {
+    command.run([arguments] {
         const check::Report report = report_of(*arguments);
         if (report.rows.empty() && report.unexamined.empty() && report.defects.empty()) {
             throw Failure("no row of this check begins with \"" + arguments->rows +

@@ -3,6 +3,7 @@
 #include <base/exceptions.h>
 #include <host/printable.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <exception>
@@ -48,8 +49,6 @@ int finish() {
     return kExitOk;
 }
 
-}  // namespace
-
 CLI::Validator not_empty() {
     return {[](const std::string& text) {
                 return std::string(text.empty() ? "give a value, not an empty text" : "");
@@ -57,12 +56,64 @@ CLI::Validator not_empty() {
             ""};
 }
 
+}  // namespace
+
+Argument Argument::required() {
+    option_->required();
+    return *this;
+}
+Argument Argument::excludes(Argument other) {
+    option_->excludes(other.option_);
+    return *this;
+}
+Argument Argument::one_of(const std::vector<int>& values) {
+    option_->check(CLI::IsMember(values))->capture_default_str();
+    return *this;
+}
+Argument Argument::between(double lowest, double highest) {
+    option_->check(CLI::Range(lowest, highest));
+    return *this;
+}
+
+Command Command::add_command(const std::string& name, const std::string& description) {
+    app_->require_subcommand(1);
+    return Command(app_->add_subcommand(name, description));
+}
+Argument Command::add(const std::string& names, std::string& value,
+                      const std::string& description) {
+    return Argument(app_->add_option(names, value, description)->check(not_empty()));
+}
+Argument Command::add(const std::string& names, int& value, const std::string& description) {
+    return Argument(app_->add_option(names, value, description));
+}
+Argument Command::add(const std::string& names, double& value, const std::string& description) {
+    return Argument(app_->add_option(names, value, description));
+}
+Argument Command::add(const std::string& names, std::optional<int>& value,
+                      const std::string& description) {
+    return Argument(app_->add_option(names, value, description));
+}
+Argument Command::add(const std::string& names, std::optional<double>& value,
+                      const std::string& description) {
+    return Argument(app_->add_option(names, value, description));
+}
+Argument Command::add(const std::string& names, std::vector<std::string>& values,
+                      const std::string& description) {
+    return Argument(app_->add_option(names, values, description)
+                        ->allow_extra_args(false)
+                        ->trigger_on_parse(false));
+}
+void Command::add_flag(const std::string& names, bool& value, const std::string& description) {
+    app_->add_flag(names, value, description);
+}
+void Command::footer(const std::string& text) { app_->footer(text); }
+void Command::run(const std::function<void()>& work) { app_->callback(work); }
+
 int run_command_line(int argc, const char* const* argv) {
     const SignalCleanup cleanup;
     CLI::App program("Renders photographic star fields and makes the star databases for them.",
                      "lumivar");
     program.set_version_flag("--version", kProgramVersion);
-    program.require_subcommand(1);
     program.footer(std::string("Examples:\n"
                                "  lumivar render scenes/orion.json -o orion.png\n"
                                "  lumivar controls\n"
@@ -71,10 +122,11 @@ int run_command_line(int argc, const char* const* argv) {
                                "  lumivar check\n"
                                "Each command has a --help of its own, with more of them.\n\n") +
                    kExitCodesHelp);
-    add_render_command(program);
-    add_controls_command(program);
-    add_catalog_command(program);
-    add_check_command(program);
+    Command commands(&program);
+    add_render_command(commands);
+    add_controls_command(commands);
+    add_catalog_command(commands);
+    add_check_command(commands);
     try {
         program.parse(argc, argv);
         return finish();

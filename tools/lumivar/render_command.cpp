@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "atomic_file.h"
@@ -124,7 +125,9 @@ void render_command(const RenderArguments& arguments) {
         settings.push_back(parse_setting(text));
     }
     host::Scene scene = host::load_scene(arguments.scene);
-    scene.controls.insert(scene.controls.end(), settings.begin(), settings.end());
+    for (host::ControlSetting& setting : settings) {
+        scene.controls.push_back(std::move(setting));
+    }
     const std::vector<Shot> shots = plan_shots(arguments, scene.composition);
     check_output_path(shots.front().path);
 
@@ -162,51 +165,36 @@ void render_command(const RenderArguments& arguments) {
 
 }  // namespace
 
-void add_render_command(CLI::App& program) {
+void add_render_command(Command& program) {
     auto arguments = std::make_shared<RenderArguments>();
-    CLI::App* command = program.add_subcommand("render", "Render a scene through the plug-in");
-    command->add_option("SCENE", arguments->scene, "The scene, a JSON file (see scenes/README.md)")
-        ->required()
-        ->check(not_empty());
+    Command command = program.add_command("render", "Render a scene through the plug-in");
+    command.add("SCENE", arguments->scene, "The scene, a JSON file (see scenes/README.md)")
+        .required();
     command
-        ->add_option(
-            "-o,--output", arguments->picture,
-            "The picture: .exr and .tif hold linear light, .png and .jpg are for looking at")
-        ->required()
-        ->check(not_empty());
-    CLI::Option* time =
-        command->add_option("--time", arguments->time, "The moment to render, in seconds");
-    CLI::Option* frame = command->add_option("--frame", arguments->frame,
-                                             "The frame to render; 0 if nothing is said");
-    CLI::Option* frames = command->add_option(
-        "--frames", arguments->frames, "A-B: frames A to B, with #### in the picture's name");
-    time->excludes(frame)->excludes(frames);
-    frame->excludes(frames);
-    frames->check(not_empty());
-    command->add_option("--depth", arguments->depth, "Bits a channel that the plug-in renders in")
-        ->check(CLI::IsMember({8, 16, 32}))
-        ->capture_default_str();
-    command
-        ->add_option("--size", arguments->size,
-                     "WIDTHxHEIGHT instead of the composition's; what is in the picture from top "
-                     "to bottom stays")
-        ->check(not_empty());
-    command
-        ->add_option("--set", arguments->settings,
-                     "NAME=VALUE: a control, in place of the scene's; may be repeated")
-        ->allow_extra_args(false)
-        ->trigger_on_parse(false);
-    command
-        ->add_option("--plugin", arguments->plugin,
-                     "The plug-in's bundle; if not given, the one that goes with this program")
-        ->check(not_empty());
-    command
-        ->add_option("--catalogue", arguments->catalogue,
-                     "A database beside the bundle by name, or the path of any .stars file")
-        ->check(not_empty());
-    command->add_flag("--raw", arguments->raw,
-                      "Write the integer codes of --depth 8 or 16 as they are");
-    command->footer(
+        .add("-o,--output", arguments->picture,
+             "The picture: .exr and .tif hold linear light, .png and .jpg are for looking at")
+        .required();
+    Argument time = command.add("--time", arguments->time, "The moment to render, in seconds");
+    Argument frame =
+        command.add("--frame", arguments->frame, "The frame to render; 0 if nothing is said");
+    const Argument frames = command.add("--frames", arguments->frames,
+                                        "A-B: frames A to B, with #### in the picture's name");
+    time.excludes(frame).excludes(frames);
+    frame.excludes(frames);
+    command.add("--depth", arguments->depth, "Bits a channel that the plug-in renders in")
+        .one_of({8, 16, 32});
+    command.add("--size", arguments->size,
+                "WIDTHxHEIGHT instead of the composition's; what is in the picture from top "
+                "to bottom stays");
+    command.add("--set", arguments->settings,
+                "NAME=VALUE: a control, in place of the scene's; may be repeated");
+    command.add("--plugin", arguments->plugin,
+                "The plug-in's bundle; if not given, the one that goes with this program");
+    command.add("--catalogue", arguments->catalogue,
+                "A database beside the bundle by name, or the path of any .stars file");
+    command.add_flag("--raw", arguments->raw,
+                     "Write the integer codes of --depth 8 or 16 as they are");
+    command.footer(
         "Of an 8- or 16-bit frame .exr and .tif hold the codes divided by 255 or 32768.\n"
         ".png and .jpg are clamped and encoded to sRGB in 8 bits; with --raw they and .tif\n"
         "hold the codes themselves (16-bit white is 32768).\n"
@@ -221,7 +209,7 @@ void add_render_command(CLI::App& program) {
         "  lumivar render scenes/orion-pan.json -o pan.####.png --frames 0-23\n"
         "  lumivar render scenes/orion.json -o codes.png --depth 16 --raw\n"
         "  lumivar render scenes/orion.json -o mine.exr --catalogue ~/stars/mine.stars\n");
-    command->callback([arguments] { render_command(*arguments); });
+    command.run([arguments] { render_command(*arguments); });
 }
 
 }  // namespace lumivar
