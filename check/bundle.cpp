@@ -1,4 +1,5 @@
 // Rows of the bundle: its module, and what it tells a host before that is loaded.
+#include <base/string.h>
 #include <host/module.h>
 #include <host_api/effect_interface.h>
 #include <read_property_list.h>
@@ -6,16 +7,8 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <cstdint>
-#include <cstdio>
-#include <filesystem>
 #include <fstream>
-#include <initializer_list>
-#include <string>
-#include <string_view>
 #include <system_error>
-#include <utility>
-#include <vector>
 
 #include "run.h"
 
@@ -24,13 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A file beside the module, which a host reads before it loads the module.
-struct BundleFile {
-    fs::path path;
-    std::string content;
-    std::string trouble;  ///< why there is no content: "is missing", "cannot be read: ..."
-};
-
 /// More than such a file ever has; larger ones are not read.
 constexpr std::size_t kLargestBundleFile = std::size_t{16} << 20U;
 
@@ -38,7 +24,7 @@ std::string unreadable(const std::error_code& error) {
     return "cannot be read: " + error.message();
 }
 
-/// Why the file cannot be read into `content`; empty when it was.
+/// Why the file cannot be read into `content`, "is missing"; empty when it was.
 std::string trouble_in_reading(const fs::path& path, std::string& content) {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
@@ -67,18 +53,6 @@ std::string trouble_in_reading(const fs::path& path, std::string& content) {
                       : "ends before its " + std::to_string(size) + " bytes";
 }
 
-BundleFile read(const fs::path& path) {
-    BundleFile file{path, "", ""};
-    file.trouble = trouble_in_reading(path, file.content);
-    return file;
-}
-
-std::string hex(std::uint32_t number) {
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(number));
-    return text;
-}
-
 void look_at_module(Run& run) {
     const RowText row = {"bundle.module", "load the module", "it opens and exports EntryPointFunc"};
     run.enter(row, [&](Notes& notes) {
@@ -98,31 +72,27 @@ void look_at_module(Run& run) {
 
 using Texts = std::vector<std::string>;
 
-/// Enters the row of a file: `wrong` is what is wrong with its content.
-void enter(Run& run, const RowText& row, const BundleFile& file, const Texts& wrong,
-           const std::string& answer) {
+/// Of the content of a file beside the module.
+std::vector<Finding> findings_of(const fs::path& path, const Texts& wrong) {
     std::vector<Finding> findings;
     for (const std::string& text : wrong) {
-        findings.push_back({"\"" + file.path.string() + "\": " + text});
+        findings.push_back({"\"" + path.string() + "\": " + text});
     }
-    run.enter(row, findings, answer);
+    return findings;
 }
 
-/// Enters the row of a file that is not there to be read; false when it is.
-bool enter_trouble(Run& run, const RowText& row, const BundleFile& file,
-                   const std::string& remedy) {
-    if (!file.trouble.empty()) {
-        run.enter(row, {{"\"" + file.path.string() + "\" " + file.trouble + "; " + remedy}}, "");
-    }
-    return !file.trouble.empty();
+/// The same, or why the file cannot be read and what to do then.
+std::vector<Finding> findings_in(const fs::path& path, const std::string& remedy,
+                                 const std::function<Texts(const std::string& content)>& wrong_in) {
+    std::string content;
+    const std::string trouble = trouble_in_reading(path, content);
+    return trouble.empty()
+               ? findings_of(path, wrong_in(content))
+               : std::vector<Finding>{{"\"" + path.string() + "\" " + trouble + "; " + remedy}};
 }
 
-std::string text_of(std::initializer_list<std::string_view> parts) {
-    std::string text;
-    for (const std::string_view part : parts) {
-        text += part;
-    }
-    return text;
+std::string hex(std::uint32_t number) {
+    return String::fmt("0x%08X", static_cast<unsigned>(number)).c_str();
 }
 
 std::string quoted(const std::string& text) {
@@ -131,55 +101,28 @@ std::string quoted(const std::string& text) {
 }
 
 Texts wrong_entries(const std::string& list, const std::string& executable) {
-    if (list.rfind("bplist", 0) == 0) {
+    if (list.starts_with("bplist")) {
         return {
             "is a binary property list, which cannot be read here; turn it into XML with plutil "
             "-convert xml1"};
     }
-    const std::pair<std::string, std::string> expected[] = {
-        {"CFBundlePackageType", "eFKT"},
-        {"CFBundleSignature", "FXTC"},
-        {"CFBundleExecutable", executable},
-    };
     const bundle::PropertyList text(list);
     Texts wrong;
-    for (const auto& [key, value] : expected) {
+    const auto look_at = [&](const std::string& key, const std::string& value) {
         const bundle::Entry entry = text.entry(key);
         const std::string found = entry.value ? quoted(*entry.value) : "no text";
-        const std::string remedy =
-            text_of({"; write <key>", key, "</key><string>", value, "</string>"});
+        const std::string remedy = "; write <key>" + key + "</key><string>" + value + "</string>";
         if (entry.line == 0) {
-            wrong.push_back(text_of({"has no ", key, remedy}));
+            wrong.push_back("has no " + key + remedy);
         } else if (entry.value != value) {
-            wrong.push_back(
-                text_of({"line ", std::to_string(entry.line), ": ", key, " is ", found, remedy}));
+            wrong.push_back("line " + std::to_string(entry.line) + ": " + key + " is " + found +
+                            remedy);
         }
-    }
+    };
+    look_at("CFBundlePackageType", "eFKT");
+    look_at("CFBundleSignature", "FXTC");
+    look_at("CFBundleExecutable", executable);
     return wrong;
-}
-
-void look_at_info_list(Run& run, const BundleFile& file, const std::string& executable) {
-    const RowText row = {"bundle.info-list", "read Info.plist",
-                         "the bundle is an effect's (eFKT, FXTC)"};
-    if (!enter_trouble(run, row, file,
-                       "write one with CFBundlePackageType eFKT, CFBundleSignature FXTC and "
-                       "CFBundleExecutable " +
-                           executable)) {
-        enter(run, row, file, wrong_entries(file.content, executable), "eFKT, FXTC, " + executable);
-    }
-}
-
-void look_at_package_info(Run& run, const BundleFile& file) {
-    const RowText row = {"bundle.package-info", "read PkgInfo", "eight bytes, eFKTFXTC"};
-    const std::string remedy = "write the eight bytes eFKTFXTC, without a line feed";
-    if (!enter_trouble(run, row, file, remedy)) {
-        const std::string size = std::to_string(file.content.size());
-        const bool right = file.content == "eFKTFXTC";
-        enter(run, row, file,
-              right ? Texts()
-                    : Texts{"holds " + size + " bytes, " + quoted(file.content) + "; " + remedy},
-              "eFKTFXTC");
-    }
 }
 
 Texts wrong_names(const bundle::Registration& resource) {
@@ -211,34 +154,39 @@ Texts wrong_code(const bundle::Registration& resource) {
         wrong.push_back("no entry point is named for any processor; register " + entry_point +
                         " as mi64, mi32 or ma64");
     }
-    for (const std::string key : {"mi64", "mi32", "ma64"}) {
+    const auto look_at = [&](const std::string& key) {
         if (resource.has(key) && resource.text(key) != entry_point) {
             const std::string named = quoted(resource.text(key).value_or(resource.bytes(key)));
-            wrong.push_back(text_of(
-                {key, " names ", named, "; register ", entry_point, ", which the module exports"}));
+            wrong.push_back(key + " names " + named + "; register " + entry_point +
+                            ", which the module exports");
         }
-    }
+    };
+    look_at("mi64");
+    look_at("mi32");
+    look_at("ma64");
     return wrong;
 }
 
-void look_at_resource(Run& run, const BundleFile& file) {
+void look_at_resource(Run& run, const fs::path& path) {
     const RowText row = {"bundle.resource", "read the registration resource",
                          "kind eFKT, and the entry point's name"};
     const std::string remedy = "build it from the effect's property list (PiPL)";
-    if (enter_trouble(run, row, file, remedy)) {
-        return;
-    }
-    try {
-        const bundle::Registration resource(file.content);
-        enter(run, row, file, wrong_code(resource), "eFKT, " + std::string(host::kEntryPointName));
-        const auto text = [&](const char* key) { return resource.text(key).value_or(""); };
-        enter(
-            run, {"bundle.names", row.sent, "name, category and match name of 1 to 31 characters"},
-            file, wrong_names(resource), text("name") + ", " + text("catg") + ", " + text("eMNA"));
+    const auto wrong_in = [&](const std::string& content) -> Texts {
+        try {
+            run.registration = bundle::Registration(content);
+            return wrong_code(*run.registration);
+        } catch (const bundle::ResourceError& error) {
+            return {error.what() + ("; " + remedy)};
+        }
+    };
+    run.enter(row, findings_in(path, remedy, wrong_in),
+              "eFKT, " + std::string(host::kEntryPointName));
+    if (run.registration) {
+        const auto text = [&](const char* key) { return run.registration->text(key).value_or(""); };
+        run.enter({"bundle.names", row.sent, "name, category and match name of 1 to 31 characters"},
+                  findings_of(path, wrong_names(*run.registration)),
+                  text("name") + ", " + text("catg") + ", " + text("eMNA"));
         run.set_match_name(text("eMNA"));
-        run.registration = resource;
-    } catch (const bundle::ResourceError& error) {
-        enter(run, row, file, {error.what() + ("; " + remedy)}, "");
     }
 }
 
@@ -246,37 +194,30 @@ void look_at_resource(Run& run, const BundleFile& file) {
 
 void compare_with_registration(Run& run) {
     struct Number {
-        RowText text;
+        const char* name;
+        const char* promise;
         const char* key;
         std::uint32_t declared;
-        std::uint32_t of_the_resource = 0;  ///< bits that stand there alone
+        std::uint32_t of_the_resource;  ///< bits that stand there alone
     };
+    const Declared& effect = *run.declared;
     const Number numbers[] = {
-        {{"setup.registered-version", "global set-up", "my_version is the registration's eVER"},
-         "eVER",
-         run.declared->version},
-        {{"setup.registered-flags", "global set-up", "out_flags are the registration's eGLO"},
-         "eGLO",
-         run.declared->out_flags,
+        {"version", "my_version is the registration's eVER", "eVER", effect.version, 0},
+        {"flags", "out_flags are the registration's eGLO", "eGLO", effect.out_flags,
          PF_OutFlag_PiPL_OVERRIDES_OUTDATA_OUTFLAGS},
-        {{"setup.registered-flags2", "global set-up", "out_flags2 are the registration's eGL2"},
-         "eGL2",
-         run.declared->out_flags2},
+        {"flags2", "out_flags2 are the registration's eGL2", "eGL2", effect.out_flags2, 0},
     };
-    for (const Number& number : numbers) {
-        const auto registered = run.registration->number(number.key);
+    for (const auto& [name, promise, key, declared, of_the_resource] : numbers) {
+        const auto registered = run.registration->number(key);
+        const std::string both = "declared " + hex(declared) + ", registered " +
+                                 (registered ? hex(*registered) : "nothing");
         std::vector<Finding> findings;
-        const std::uint32_t compared = ~number.of_the_resource;
-        if (!registered || (*registered & compared) != (number.declared & compared)) {
-            findings.push_back({"declared " + hex(number.declared) + ", registered " +
-                                (registered ? hex(*registered) : "nothing") + " as " + number.key +
-                                "; write the same into both"});
+        if (!registered || ((*registered ^ declared) & ~of_the_resource) != 0) {
+            findings.push_back({both + " as " + key + "; write the same into both"});
         }
-        run.enter(number.text, findings,
-                  registered == number.declared
-                      ? "both " + hex(number.declared)
-                      : "declared " + hex(number.declared) + ", registered " +
-                            hex(registered.value_or(0)) + " with a bit that may differ");
+        run.enter({std::string("setup.registered-") + name, "global set-up", promise}, findings,
+                  registered == declared ? "both " + hex(declared)
+                                         : both + " with a bit that may differ");
     }
 }
 
@@ -291,9 +232,22 @@ void check_bundle(Run& run) {
                                                  executable + ".rsrc beside the module");
         return;
     }
-    look_at_info_list(run, read(contents / "Info.plist"), executable);
-    look_at_package_info(run, read(contents / "PkgInfo"));
-    look_at_resource(run, read(contents / "Resources" / (executable + ".rsrc")));
+    run.enter({"bundle.info-list", "read Info.plist", "the bundle is an effect's (eFKT, FXTC)"},
+              findings_in(contents / "Info.plist",
+                          "write one with CFBundlePackageType eFKT, CFBundleSignature FXTC and "
+                          "CFBundleExecutable " +
+                              executable,
+                          [&](const std::string& list) { return wrong_entries(list, executable); }),
+              "eFKT, FXTC, " + executable);
+    const std::string remedy = "write the eight bytes eFKTFXTC, without a line feed";
+    const auto wrong_bytes = [&](const std::string& text) {
+        return text == "eFKTFXTC" ? Texts()
+                                  : Texts{"holds " + std::to_string(text.size()) + " bytes, " +
+                                          quoted(text) + "; " + remedy};
+    };
+    run.enter({"bundle.package-info", "read PkgInfo", "eight bytes, eFKTFXTC"},
+              findings_in(contents / "PkgInfo", remedy, wrong_bytes), "eFKTFXTC");
+    look_at_resource(run, contents / "Resources" / (executable + ".rsrc"));
 }
 
 }  // namespace check

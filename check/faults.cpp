@@ -5,27 +5,18 @@
 #include <host_api/effect_interface.h>
 #include <osapi/growth.h>
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
-#include <functional>
 #include <iterator>
-#include <map>
 #include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "frames.h"
-#include "questions.h"
 #include "run.h"
 
 namespace check {
 namespace {
 
 using host::CallFault;
-using host::FaultPlan;
 using host::Frame;
 using host::Session;
 
@@ -43,24 +34,22 @@ struct FailingCall {
 
     explicit FailingCall(const std::string& call) : name(call) {
         const std::string acquiring = host::acquire_call("");
-        suite = call.rfind(acquiring, 0) == 0 ? call.substr(acquiring.size()) : "";
+        suite = call.starts_with(acquiring) ? call.substr(acquiring.size()) : "";
     }
     Debt debt() const {
-        if (!suite.empty() || name == "AcquireSuite") {
-            return Debt::ErrorOrFallback;
-        }
-        const auto* const end = std::end(kSilent);
-        return std::find(std::begin(kSilent), end, name) != end ? Debt::Anything : Debt::Error;
+        const bool silent = std::ranges::find(kSilent, name) != std::end(kSilent);
+        return !suite.empty() || name == "AcquireSuite" ? Debt::ErrorOrFallback
+               : silent                                 ? Debt::Anything
+                                                        : Debt::Error;
     }
     /// Whether the user's cancellation comes this way: the suites for whole projects know none.
-    bool asks_user() const { return name.rfind("AEGP_", 0) != 0; }
+    bool asks_user() const { return !name.starts_with("AEGP_"); }
     /// For a row's id: without spaces.
     std::string slug() const {
         std::string text = suite.empty() ? name : "missing-" + suite;
-        std::replace(text.begin(), text.end(), ' ', '-');
+        std::ranges::replace(text, ' ', '-');
         return text;
     }
-    std::string sent() const { return suite.empty() ? name + " fails" : suite + " is missing"; }
     std::vector<CallFault> faults(int count) const {
         if (!suite.empty()) {
             return {{name, 0, kSPSuiteNotFoundError}};
@@ -87,10 +76,6 @@ std::string text_of(const CallFault& fault) {
 using Ends = std::array<int, 4>;
 enum End { kFaults, kErrors, kPictures, kNeither };
 
-void add(const Ends& more, Ends& ends) {
-    std::transform(ends.begin(), ends.end(), more.begin(), ends.begin(), std::plus<>());
-}
-
 /// What came of playing something once.
 struct Outcome {
     bool delivered = true;            ///< all faults were
@@ -101,120 +86,117 @@ struct Outcome {
     std::optional<Frame> frame;  ///< of frames
 };
 
-/// Something that the host plays again and again, in one session or in one for each time.
-struct Play {
-    /// Once, with these faults and no others; `what` tells about them.
-    std::function<Outcome(const std::vector<CallFault>& faults, const std::string& what)> once;
-    /// What the end broke, with all before that `once` did not tell.
-    std::function<Violations()> close;
-};
-
 /// What is played under faults, and what it is like when nothing fails.
 struct Kind {
+    const Identity* identity;
+    const FrameKind* frame;                ///< null: set-up, all questions and set-down
     std::string name;                      ///< "float", "After Effects"
     std::string sent;                      ///< "a float frame"
     std::string stands_on;                 ///< the row of the same without faults
     std::vector<std::string> lossless_by;  ///< the rows that tell whether it loses memory
-    std::function<Play(Notes&)> begin;
-    Drawing drawing = Drawing::Whole;  ///< of frames
-    bool steady = true;                ///< two pictures without faults are the same
+    bool steady = true;                    ///< two pictures without faults are the same
 
     Calls calls = {};            ///< of the play without faults
     Violations violations = {};  ///< of its end
     bool lossless = true;        ///< else what faults lose cannot be told from what is lost anyway
 };
 
-/// Set-up, all questions and set-down, in a session for each time.
-Outcome set_up_once(const Run& run, const Identity& identity, const host::CallFilter& filter,
-                    const std::string& what, Notes& notes) {
-    Outcome outcome;
-    Violations wrong;
-    const auto step = [&](std::string_view name) { notes.doing(std::string(name) + "; " + what); };
-    try {
-        step("set-up");
-        Session session = run.open(identity.application, filter);
-        for (const Question& question : standing_questions(run, identity)) {
-            step(question.text.sent);
-            const Reply reply = question.ask(session);
-            if (!reply.error.empty()) {
-                outcome.errors.push_back(reply.error);
-            }
-            for (const std::string& text : reply.wrong) {
-                wrong.push_back({host::Rule::Calls, text});
-            }
+/// A kind that the host plays again and again: frames in one session, set-up in one for each time.
+class Play {
+public:
+    Play(const Run& run, const Kind& kind, Notes& notes) : run_(run), kind_(kind), notes_(notes) {
+        if (kind.frame != nullptr) {
+            notes.doing("set-up");
+            // A session cannot be moved: it is made in its place.
+            session_.reset(new Session(run.open(kind.identity->application, plan_.filter())));
         }
-        step("set-down");
-        try {
-            session.close();
-        } catch (const host::EffectError& error) {
-            outcome.errors.emplace_back(error.what());
-        }
-        outcome.calls = host::calls_that_can_fail(session.calls());
-        outcome.violations = session.violations();
-        outcome.violations.insert(outcome.violations.end(), wrong.begin(), wrong.end());
-    } catch (const host::EffectError& error) {
-        outcome.refused = true;
-        outcome.errors.emplace_back(error.what());
-        outcome.violations = error.violations();
     }
-    return outcome;
-}
+    /// Once, with these faults and no others; `what` tells about them.
+    Outcome once(const std::vector<CallFault>& faults, const std::string& what) {
+        plan_.arm(faults);
+        Outcome outcome = session_ ? frame(what) : set_up(what);
+        outcome.delivered = plan_.delivered_now().size() == faults.size();
+        plan_.disarm();
+        return outcome;
+    }
+    /// What the end broke, with all before that `once` did not tell.
+    Violations close() {
+        if (!session_) {
+            return {};
+        }
+        notes_.doing("set-down");
+        session_->close();
+        return session_->violations();
+    }
 
-Play set_up_play(const Run& run, const Identity& identity, Notes& notes) {
-    const auto plan = std::make_shared<FaultPlan>();
-    return {[&run, &identity, &notes, plan](const std::vector<CallFault>& faults,
-                                            const std::string& what) {
-                plan->arm(faults);
-                Outcome outcome = set_up_once(run, identity, plan->filter(), what, notes);
-                outcome.delivered = plan->delivered_now().size() == faults.size();
-                return outcome;
-            },
-            [] { return Violations(); }};
-}
-
-/// Frames of one kind, in one session.
-Play frame_play(const Run& run, const FrameKind& kind, Notes& notes) {
-    struct Host {
-        FaultPlan plan;
-        Session session;
-        Host(const Run& of, const FrameKind& shown)
-            : session(of.open(shown.application, plan.filter())) {}
-    };
-    notes.doing("set-up");
-    const auto host = std::make_shared<Host>(run, kind);
-    return {[&kind, &notes, host](const std::vector<CallFault>& faults, const std::string& what) {
-                notes.doing(what);
-                host->plan.arm(faults);
-                const host::Scene scene = pan_scene();
-                Outcome outcome;
-                outcome.frame = host->session.render(scene, scene.composition.frame_time(kFrame),
-                                                     kind.options());
-                outcome.delivered = host->plan.delivered_now().size() == faults.size();
-                host->plan.disarm();
-                // The host's own record grows with what passes.
-                host->session.forget();
-                if (outcome.frame->status != PF_Err_NONE) {
-                    outcome.errors.push_back(status_text(*outcome.frame));
+private:
+    Outcome set_up(const std::string& what) {
+        Outcome outcome;
+        Violations wrong;
+        const auto step = [&](const std::string& name) { notes_.doing(name + "; " + what); };
+        try {
+            step("set-up");
+            Session session = run_.open(kind_.identity->application, plan_.filter());
+            for (const Question& question : standing_questions(run_, *kind_.identity)) {
+                step(question.text.sent);
+                const Reply reply = question.ask(session);
+                if (!reply.error.empty()) {
+                    outcome.errors.push_back(reply.error);
                 }
-                outcome.calls = host::calls_that_can_fail(outcome.frame->calls);
-                outcome.violations = outcome.frame->violations;
-                return outcome;
-            },
-            [&notes, host] {
-                notes.doing("set-down");
-                host->session.close();
-                return host->session.violations();
-            }};
-}
+                for (const std::string& text : reply.wrong) {
+                    wrong.push_back({host::Rule::Calls, text});
+                }
+            }
+            step("set-down");
+            try {
+                session.close();
+            } catch (const host::EffectError& error) {
+                outcome.errors.emplace_back(error.what());
+            }
+            outcome.calls = host::calls_that_can_fail(session.calls());
+            outcome.violations = session.violations();
+            outcome.violations.insert(outcome.violations.end(), wrong.begin(), wrong.end());
+        } catch (const host::EffectError& error) {
+            outcome.refused = true;
+            outcome.errors.emplace_back(error.what());
+            outcome.violations = error.violations();
+        }
+        return outcome;
+    }
+
+    Outcome frame(const std::string& what) {
+        notes_.doing(what);
+        const host::Scene scene = pan_scene();
+        Frame frame =
+            session_->render(scene, scene.composition.frame_time(kFrame), kind_.frame->options());
+        // The host's own record grows with what passes.
+        session_->forget();
+        Outcome outcome;
+        if (frame.status != PF_Err_NONE) {
+            outcome.errors.push_back(status_text(frame));
+        }
+        outcome.calls = host::calls_that_can_fail(frame.calls);
+        outcome.violations = frame.violations;
+        outcome.frame = std::move(frame);
+        return outcome;
+    }
+
+    const Run& run_;
+    const Kind& kind_;
+    Notes& notes_;
+    host::FaultPlan plan_;
+    std::unique_ptr<Session> session_;  ///< of frames
+};
 
 /// The faults of one call in one kind.
 class FaultyPlay {
 public:
-    FaultyPlay(const Kind& kind, const FailingCall& call, Notes& notes)
-        : kind_(kind), call_(call), notes_(notes) {}
+    /// Counts in `ends`.
+    FaultyPlay(const Run& run, const Kind& kind, const FailingCall& call, Notes& notes, Ends& ends)
+        : run_(run), kind_(kind), call_(call), notes_(notes), ends_(ends) {}
 
-    Ends play() {
-        const Play play = kind_.begin(notes_);
+    void play() {
+        Play play(run_, kind_, notes_);
         const Outcome good = play.once({}, "nothing fails");
         std::vector<CallFault> played;
         std::vector<CallFault> late;
@@ -230,46 +212,45 @@ public:
             look_for_losses(play, played);
         }
         const Outcome after = play.once({}, "nothing fails any more");
-        const bool same = (!good.frame || pixels(*after.frame) == pixels(*good.frame)) &&
-                          after.errors == good.errors && after.violations == good.violations;
+        const bool same =
+            (!good.frame || after.frame->world.packed() == good.frame->world.packed()) &&
+            after.errors == good.errors && after.violations == good.violations;
         if (kind_.steady && !same) {
             notes_.find("afterwards it is another without faults");
         }
         tell(beyond_at_set_down(play.close(), kind_.violations));
         // What an effect does but once in a session only fails at the first time in one.
         for (const CallFault& fault : late) {
-            const Play fresh = kind_.begin(notes_);
+            Play fresh(run_, kind_, notes_);
             if (play_fault(fresh, good, fault)) {
                 tell(beyond_at_set_down(fresh.close(), kind_.violations));
             }
         }
-        return ends_;
     }
 
 private:
     /// Nothing when the fault could not be delivered.
-    std::optional<Outcome> play_fault(const Play& play, const Outcome& good,
-                                      const CallFault& fault) {
+    std::optional<Outcome> play_fault(Play& play, const Outcome& good, const CallFault& fault) {
         Outcome outcome = play.once({fault}, text_of(fault));
         if (!outcome.delivered) {
             return std::nullopt;
         }
-        judge(outcome, good, fault, text_of(fault));
+        note(outcome, good, fault, text_of(fault));
         // What a fault leads to can fail too.
         for (const auto& [name, count] : outcome.calls) {
             if (kind_.calls.count(name) == 0) {
                 const CallFault second = {name, 0, PF_Interrupt_CANCEL};
                 const std::string both = text_of(fault) + " and " + text_of(second);
                 if (const Outcome other = play.once({fault, second}, both); other.delivered) {
-                    judge(other, good, fault, both);
+                    note(other, good, fault, both);
                 }
             }
         }
         return outcome;
     }
 
-    void judge(const Outcome& outcome, const Outcome& good, const CallFault& fault,
-               const std::string& what) {
+    void note(const Outcome& outcome, const Outcome& good, const CallFault& fault,
+              const std::string& what) {
         const bool picture =
             outcome.frame && outcome.frame->rendered && outcome.frame->undrawn_pixels == 0;
         ++ends_[kFaults];
@@ -277,10 +258,10 @@ private:
         notes_.doing(what);
         if (outcome.frame) {
             const bool cancelled = fault.status == PF_Interrupt_CANCEL && call_.asks_user();
-            check::judge(*outcome.frame,
-                         {kind_.drawing, call_.debt(), cancelled, good.frame->open_param_checkouts,
-                          good.frame->handle_left},
-                         notes_);
+            judge(*outcome.frame,
+                  {kind_.frame->drawing, call_.debt(), cancelled, good.frame->open_param_checkouts,
+                   good.frame->handle_left},
+                  notes_);
         } else if (call_.name == "add_param" && !outcome.refused) {
             // A control that is not there moves all that follow.
             notes_.find("set-up goes on with status 0");
@@ -289,7 +270,7 @@ private:
     }
 
     /// All together first, since most effects lose nothing; then each, to name the one that does.
-    void look_for_losses(const Play& play, const std::vector<CallFault>& faults) {
+    void look_for_losses(Play& play, const std::vector<CallFault>& faults) {
         const auto again = [&](const CallFault& fault) {
             play.once({fault}, text_of(fault) + ", again and again");
         };
@@ -316,28 +297,28 @@ private:
         }
     }
 
+    const Run& run_;
     const Kind& kind_;
     const FailingCall& call_;
     Notes& notes_;
-    Ends ends_ = {};
+    Ends& ends_;
 };
 
 struct Family {
     std::string id;
     std::string what;  ///< "set-up and questions", "frames"
     bool frames;
-    std::vector<Kind> kinds = {};
+    std::vector<Kind> kinds;
 };
 
 // What the probes keep.
 constexpr char kCalls[] = "calls";
 constexpr char kViolations[] = "violations";
 constexpr char kEnds[] = "ends";
-constexpr char kKind[] = "kind";
 
 /// Twice: an effect may do things but once, or from the second time on.
-void play_well(const Kind& kind, Notes& notes) {
-    const Play play = kind.begin(notes);
+void play_well(const Run& run, const Kind& kind, Notes& notes) {
+    Play play(run, kind, notes);
     Calls calls;
     for (int i = 0; i < 2; ++i) {
         const Outcome outcome = play.once({}, kind.sent);
@@ -350,16 +331,14 @@ void play_well(const Kind& kind, Notes& notes) {
     notes.keep(kViolations, play.close());
 }
 
-/// What was found, told with the kinds and the first fault: "text (3 times in 8-bit and float,
-/// first with call 1 of abort failing with 4)".
-std::vector<Finding> told_with_places(const std::vector<Finding>& found) {
-    return told_once(found, &Finding::at, [](const Counted& one) {
-        const bool once = one.times == 1;
-        const std::string& fault = one.finding.during;
-        return (once ? " (once in " : " (" + std::to_string(one.times) + " times in ") +
-               joined(one.places) +
-               (fault.empty() ? "" : (once ? ", with " : ", first with ") + fault) + ")";
-    });
+/// The kinds and the first fault: " (3 times in 8-bit and float, first with call 1 of abort failing
+/// with 4)".
+std::string with_places(const Counted& one) {
+    const bool once = one.times == 1;
+    const std::string& fault = one.finding.during;
+    return (once ? " (once in " : " (" + std::to_string(one.times) + " times in ") +
+           joined(one.plays) + (fault.empty() ? "" : (once ? ", with " : ", first with ") + fault) +
+           ")";
 }
 
 /// Without faults; kinds that do not come back so are taken from the family. All calls of the rest.
@@ -376,7 +355,7 @@ Calls check_without_faults(Run& run, Family& family) {
         }
         const Heard heard = run.probe(id, [&](Notes& notes) {
             notes.at(kind.name);
-            play_well(kind, notes);
+            play_well(run, kind, notes);
         });
         if (run.missed(here, heard)) {
             continue;
@@ -400,7 +379,7 @@ Calls check_without_faults(Run& run, Family& family) {
     }
     if (!good.empty() || !found.empty()) {
         run.enter({id, family.what + ", again; nothing fails", "it comes back each time"},
-                  told_with_places(found),
+                  told_once(found, with_places),
                   "status 0; calls that can fail: " + std::to_string(all_calls.size()));
     }
     family.kinds = good;
@@ -428,27 +407,27 @@ void check_call(Run& run, const Family& family, const FailingCall& call) {
     std::vector<Finding> found;
     Ends ends = {};
     bool missed = false;
-    for (std::size_t next = 0; next < kinds.size();) {
+    for (auto next = kinds.begin(); next != kinds.end();) {
         const Heard heard = run.probe(id, [&](Notes& notes) {
             Ends here = {};
-            for (std::size_t i = next; i < kinds.size(); ++i) {
-                notes.keep(kKind, i);
-                notes.at(kinds[i]->name);
+            for (auto kind = next; kind != kinds.end(); ++kind) {
+                notes.at((*kind)->name);
                 try {
-                    add(FaultyPlay(*kinds[i], call, notes).play(), here);
+                    FaultyPlay(run, **kind, call, notes, here).play();
                 } catch (const host::HostError& error) {
                     notes.find(error.what());
                 }
                 notes.keep(kEnds, here);
             }
         });
-        // Within bounds whatever a module wrote to the pipe.
-        const std::size_t at = std::clamp(heard.number(kKind), next, kinds.size() - 1);
-        missed = run.missed(id + ", " + names[at], heard) || missed;
+        // The kind that it came to; the first, if a module wrote something else to the pipe.
+        const auto came_to = std::ranges::find(next, kinds.end(), heard.text("at"), &Kind::name);
+        next = came_to == kinds.end() ? next : came_to;
+        missed = run.missed(id + ", " + (*next)->name, heard) || missed;
+        ++next;
         const std::vector<Finding> all = heard.all();
         found.insert(found.end(), all.begin(), all.end());
-        add(heard.kept.value(kEnds, Ends{}), ends);
-        next = at + 1;
+        std::ranges::transform(ends, heard.kept.value(kEnds, Ends{}), ends.begin(), std::plus<>());
     }
     if (found.empty() && ends[kFaults] == 0) {
         if (!missed) {
@@ -463,8 +442,10 @@ void check_call(Run& run, const Family& family, const FailingCall& call) {
         answer += ", " + std::to_string(ends[kPictures]) + " with a picture, " +
                   std::to_string(ends[kNeither]) + " with none";
     }
-    run.enter({id, family.what + " (" + joined(names) + "); " + call.sent(), promise(family, call)},
-              told_with_places(found), answer);
+    const std::string fails =
+        call.suite.empty() ? call.name + " fails" : call.suite + " is missing";
+    run.enter({id, family.what + " (" + joined(names) + "); " + fails, promise(family, call)},
+              told_once(found, with_places), answer);
 }
 
 void check_family(Run& run, Family family) {
@@ -482,35 +463,26 @@ void check_family(Run& run, Family family) {
 }  // namespace
 
 void check_faults(Run& run) {
-    if (!run.declared) {
-        run.leave_out("faults", run.why_not_declared);
-        return;
-    }
-    Family set_up = {"faults.set-up", "set-up and questions", false};
+    Family set_up = {"faults.set-up", "set-up and questions", false, {}};
     for (const Identity& identity : kIdentities) {
+        const std::vector<std::string> lossless_by = {"leaks.sessions" + identity.suffix,
+                                                      "leaks.questions" + identity.suffix};
         set_up.kinds.push_back(
-            {identity.name,
-             set_up.what,
-             identity.set_up_row,
-             {"leaks.sessions" + identity.suffix, "leaks.questions" + identity.suffix},
-             [&](Notes& notes) { return set_up_play(run, identity, notes); }});
+            {&identity, nullptr, identity.name, set_up.what, identity.set_up_row, lossless_by});
     }
     check_family(run, set_up);
 
+    Family frames = {"faults", "frames", true, {}};
     const std::vector<FrameKind> kinds = frame_kinds(*run.declared);
-    Family frames = {"faults", "frames", true};
     for (const FrameKind& kind : kinds) {
-        const std::string& suffix = identity_of(kind.application).suffix;
+        const Identity& identity = identity_of(kind.application);
+        const std::vector<std::string> lossless_by = {"leaks." + kind.name,
+                                                      "leaks.sessions" + identity.suffix};
         // What differs anyway, or writes where others' memory lies, is told so elsewhere.
         const bool steady =
             (!kind.smart || run.stands("frames.again")) && run.stands("frames.bounds");
-        frames.kinds.push_back({kind.name,
-                                kind.sent,
-                                kind.row(),
-                                {"leaks." + kind.name, "leaks.sessions" + suffix},
-                                [&](Notes& notes) { return frame_play(run, kind, notes); },
-                                kind.drawing,
-                                steady});
+        frames.kinds.push_back(
+            {&identity, &kind, kind.name, kind.sent, kind.row(), lossless_by, steady});
     }
     check_family(run, frames);
 }

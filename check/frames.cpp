@@ -1,16 +1,12 @@
 #include "frames.h"
 
+#include <base/string.h>
 #include <check/report.h>
 #include <host/camera.h>
 #include <host/pixel_format.h>
 #include <host_api/effect_interface.h>
 
-#include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdint>
-#include <cstdio>
-#include <iterator>
 #include <utility>
 
 namespace check {
@@ -57,16 +53,7 @@ std::string format_name(std::int32_t format) {
             return name;
         }
     }
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "the format 0x%08X", static_cast<unsigned>(format));
-    return text.data();
-}
-
-bool drawn(const std::vector<std::int32_t>& declared, std::int32_t format) {
-    return std::any_of(std::begin(kKinds), std::end(kKinds), [&](const FrameKind& kind) {
-        const auto chosen = host::premiere_format(declared, kind.depth);
-        return chosen && chosen->number == format;
-    });
+    return String::fmt("the format 0x%08X", static_cast<unsigned>(format)).c_str();
 }
 
 bool is_valid(std::uint16_t channel) { return channel <= 32768; }
@@ -185,33 +172,18 @@ std::vector<FrameKind> frame_kinds(const Declared& declared) {
     return kinds;
 }
 
-const FrameKind& deepest(const std::vector<FrameKind>& kinds) {
-    const FrameKind* last = &kinds.front();
-    for (const FrameKind& kind : kinds) {
-        last = kind.smart ? &kind : last;
-    }
-    return *last;
-}
-
 std::string formats_not_drawn(const std::vector<std::int32_t>& declared) {
     std::vector<std::string> names;
     for (const std::int32_t format : declared) {
-        const std::string name = format_name(format);
-        if (!drawn(declared, format)) {
-            note_once(names, name);
+        const bool drawn = std::ranges::any_of(kKinds, [&](const FrameKind& kind) {
+            const auto chosen = host::premiere_format(declared, kind.depth);
+            return chosen && chosen->number == format;
+        });
+        if (!drawn) {
+            note_once(names, format_name(format));
         }
     }
     return joined(names);
-}
-
-std::vector<std::byte> pixels(const Frame& frame) {
-    std::vector<std::byte> all;
-    const std::size_t row = static_cast<std::size_t>(frame.world.width()) *
-                            static_cast<std::size_t>(bytes_per_pixel(frame.world.depth()));
-    for (int y = 0; y < frame.world.height(); ++y) {
-        all.insert(all.end(), frame.world.row(y), frame.world.row(y) + row);
-    }
-    return all;
 }
 
 std::string status_text(const Frame& frame) {

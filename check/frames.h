@@ -2,15 +2,6 @@
 // effect owes for each.
 #pragma once
 
-#include <host/frame.h>
-#include <host/scene.h>
-#include <host/session.h>
-
-#include <cstddef>
-#include <string>
-#include <vector>
-
-#include "probe.h"
 #include "run.h"
 
 namespace check {
@@ -43,9 +34,6 @@ struct FrameKind {
 /// from the least depth on. Not empty, but Premiere Pro may have none.
 std::vector<FrameKind> frame_kinds(const Declared& declared);
 
-/// The deepest of the smart ones, in which an effect does most; the first kind when there are none.
-const FrameKind& deepest(const std::vector<FrameKind>& kinds);
-
 /// "16-bit ARGB and float ARGB": those of the formats declared to Premiere Pro that are not drawn
 /// here, in their order; empty when all are.
 std::string formats_not_drawn(const std::vector<std::int32_t>& declared);
@@ -70,9 +58,6 @@ struct Owed {
 /// Finds what is wrong with a frame, told behind `where`, and says how it came back. Rules that it
 /// broke stand in `frame.violations`, and are not told here.
 void judge(const host::Frame& frame, const Owed& owed, Notes& notes, const std::string& where = {});
-
-/// The bytes of all pixels, row by row, without padding.
-std::vector<std::byte> pixels(const host::Frame& frame);
 
 /// "status 516: its message".
 std::string status_text(const host::Frame& frame);

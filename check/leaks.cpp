@@ -3,18 +3,12 @@
 #include <host_api/effect_interface.h>
 #include <osapi/growth.h>
 
-#include <algorithm>
-#include <functional>
-#include <iterator>
-
 #include "frames.h"
-#include "questions.h"
 #include "run.h"
 
 namespace check {
 namespace {
 
-using host::Application;
 using host::Session;
 
 /// Kept by the probe of an unloaded module.
@@ -28,22 +22,10 @@ void look_for_losses(Notes& notes, const std::function<void()>& round) {
     notes.say("nothing lost");
 }
 
-/// What the frames' own rows cannot tell, since it is another frame.
-void tell_broken(const Run& run, const FrameKind& kind, Session& session, const std::string& where,
-                 Notes& notes) {
-    for (const host::Violation& violation :
-         beyond(session.violations(), run.violations_of_set_up.at(kind.application))) {
-        if (run.stands("frames." + std::string(row_of(violation.rule)))) {
-            notes.find(where + violation.text);
-        }
-    }
-    // The host's own record grows with what passes.
-    session.forget();
-}
-
 void lose_frames(const Run& run, const FrameKind& kind, Notes& notes) {
     Session session = run.open(kind.application);
     const host::Scene scene = pan_scene();
+    const Violations& known = run.violations_of_set_up.at(kind.application);
     int frame = 0;
     look_for_losses(notes, [&] {
         const std::string where = "frame " + std::to_string(frame) + ": ";
@@ -56,13 +38,20 @@ void lose_frames(const Run& run, const FrameKind& kind, Notes& notes) {
             notes.doing(kind.sent + " without its render");
             judge(session.render(scene, time, options), {Drawing::NotAsked}, notes, where);
         }
-        tell_broken(run, kind, session, where, notes);
+        // What the frames' own rows cannot tell, since it is another frame.
+        for (const host::Violation& one : beyond(session.violations(), known)) {
+            if (run.stands("frames." + std::string(row_of(one.rule)))) {
+                notes.find(where + one.text);
+            }
+        }
+        // The host's own record grows with what passes.
+        session.forget();
     });
 }
 
-void lose_questions(const Run& run, Application application, Notes& notes) {
-    Session session = run.open(application);
-    const std::vector<Question> all = standing_questions(run, identity_of(application));
+void lose_questions(const Run& run, const Identity& identity, Notes& notes) {
+    Session session = run.open(identity.application);
+    const std::vector<Question> all = standing_questions(run, identity);
     look_for_losses(notes, [&] {
         for (const Question& question : all) {
             notes.doing(question.text.sent);
@@ -79,10 +68,10 @@ void lose_questions(const Run& run, Application application, Notes& notes) {
     });
 }
 
-void lose_sessions(const Run& run, Application application, Notes& notes) {
+void lose_sessions(const Run& run, const Identity& identity, Notes& notes) {
     look_for_losses(notes, [&] {
         notes.doing("loading and set-up");
-        Session session = run.open(application);
+        Session session = run.open(identity.application);
         notes.doing("set-down and unloading");
         session.close();
     });
@@ -100,59 +89,38 @@ void stay(const Run& run, const FrameKind& kind, Notes& notes) {
     notes.say("nothing of it is there");
 }
 
-/// The probe's own findings, and those of rules that the frames' rows found nothing against.
-std::vector<Finding> with_rules_kept_else(const Run& run, const Heard& heard) {
-    std::vector<Finding> found = heard.own();
-    std::copy_if(heard.findings.begin(), heard.findings.end(), std::back_inserter(found),
-                 [&](const Finding& finding) {
-                     return finding.rule &&
-                            run.stands_clean("frames." + std::string(row_of(*finding.rule)));
-                 });
-    return found;
+/// Why nothing is to be learnt from frames of a kind; empty when there is.
+std::string why_no_frames(const Run& run, const FrameKind& kind) {
+    return run.stands(kind.row()) ? "" : "a frame fails, see " + kind.row();
 }
 
-constexpr char kNothingLost[] = "no memory or descriptor is lost every time";
-constexpr char kAgain[] = ", again and again";
-
-void check_frame_leaks(Run& run, const FrameKind& kind) {
-    const std::string id = "leaks." + kind.name;
-    if (!run.needs(id)) {
-        return;
-    }
-    if (!run.stands(kind.row())) {
-        run.leave_out(id, "a frame fails, see " + kind.row());
-    } else if (!run.stands("frames.handles")) {
-        run.leave_out(id, "the handles lost would count as memory, see frames.handles");
-    } else {
-        const Heard heard = run.probe(id, [&](Notes& notes) { lose_frames(run, kind, notes); });
-        if (!run.missed(id, heard)) {
-            run.enter({id, kind.sent + kAgain + (kind.smart ? ", with and without a render" : ""),
-                       kNothingLost},
-                      with_rules_kept_else(run, heard), heard.text("said"));
-        }
-    }
-}
-
-using Lose = void (*)(const Run& run, Application application, Notes& notes);
-
-void check_session_leaks(Run& run, const Identity& identity, const std::string& family,
-                         const std::string& sent, Lose lose) {
-    const RowText text = {family + identity.suffix, sent + kAgain + identity.words, kNothingLost};
+/// Enters a row of what is done again and again, or `why_not`.
+void check_again(Run& run, const RowText& text, const std::string& why_not, const Body& lose) {
     if (!run.needs(text.id)) {
         return;
     }
-    if (run.stands(identity.set_up_row)) {
-        run.enter(text, [&](Notes& notes) { lose(run, identity.application, notes); });
-    } else {
-        run.leave_out(text.id, "the effect cannot be set up");
+    if (!why_not.empty()) {
+        run.leave_out(text.id, why_not);
+        return;
     }
+    const Heard heard = run.probe(text.id, lose);
+    if (run.missed(text.id, heard)) {
+        return;
+    }
+    // Of the rules those that the frames' rows found nothing against, not even what is kept.
+    std::vector<Finding> found = heard.own();
+    for (const Finding& one : heard.findings) {
+        if (one.rule &&
+            run.verdict_of("frames." + std::string(row_of(*one.rule))) == Verdict::Pass) {
+            found.push_back(one);
+        }
+    }
+    run.enter(text, found, heard.text("said"));
 }
 
 /// Of the module, after a frame.
 void check_unload(Run& run, const Identity& identity, const std::vector<FrameKind>& kinds) {
-    const auto kind = std::find_if(kinds.begin(), kinds.end(), [&](const FrameKind& one) {
-        return one.application == identity.application;
-    });
+    const auto kind = std::ranges::find(kinds, identity.application, &FrameKind::application);
     const std::string id = "leaks.unload" + identity.suffix;
     if (!run.needs(id)) {
         return;
@@ -161,8 +129,8 @@ void check_unload(Run& run, const Identity& identity, const std::vector<FrameKin
         run.note_limit(id, "this host draws in none of the formats that the effect declares");
         return;
     }
-    if (!run.stands(kind->row())) {
-        run.leave_out(id, "a frame fails, see " + kind->row());
+    if (const std::string why_not = why_no_frames(run, *kind); !why_not.empty()) {
+        run.leave_out(id, why_not);
         return;
     }
     const Heard heard = run.probe(id, [&](Notes& notes) { stay(run, *kind, notes); });
@@ -181,19 +149,32 @@ void check_unload(Run& run, const Identity& identity, const std::vector<FrameKin
 }  // namespace
 
 void check_leaks(Run& run) {
-    if (!run.declared) {
-        run.leave_out("leaks", run.why_not_declared);
-        return;
-    }
+    const std::string nothing_lost = "no memory or descriptor is lost every time";
+    const std::string again = ", again and again";
     const std::vector<FrameKind> kinds = frame_kinds(*run.declared);
     for (const FrameKind& kind : kinds) {
-        check_frame_leaks(run, kind);
+        std::string why_not = why_no_frames(run, kind);
+        if (why_not.empty() && !run.stands("frames.handles")) {
+            why_not = "the handles lost would count as memory, see frames.handles";
+        }
+        check_again(
+            run,
+            {"leaks." + kind.name,
+             kind.sent + again + (kind.smart ? ", with and without a render" : ""), nothing_lost},
+            why_not, [&](Notes& notes) { lose_frames(run, kind, notes); });
     }
     for (const Identity& identity : kIdentities) {
-        check_session_leaks(run, identity, "leaks.questions", "questions and sequences",
-                            lose_questions);
-        check_session_leaks(run, identity, "leaks.sessions", "load, set-up, set-down, unload",
-                            lose_sessions);
+        const char* const why_not =
+            run.stands(identity.set_up_row) ? "" : "the effect cannot be set up";
+        const std::string sent = again + identity.words;
+        check_again(
+            run,
+            {"leaks.questions" + identity.suffix, "questions and sequences" + sent, nothing_lost},
+            why_not, [&](Notes& notes) { lose_questions(run, identity, notes); });
+        check_again(run,
+                    {"leaks.sessions" + identity.suffix, "load, set-up, set-down, unload" + sent,
+                     nothing_lost},
+                    why_not, [&](Notes& notes) { lose_sessions(run, identity, notes); });
         check_unload(run, identity, kinds);
     }
 }

@@ -1,6 +1,8 @@
 #include "probe.h"
 
 #include <base/exceptions.h>
+#include <base/string.h>
+#include <check/check.h>
 #include <host/errors.h>
 #include <host/watch.h>
 #include <osapi/descendants.h>
@@ -16,7 +18,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstddef>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -53,9 +55,32 @@ void leave_at_exit() {
 
 void tell_running(const char* command) { own_notes->running(command); }
 
+/// The module called what the host lacks: nobody's fault, but the end.
 void leave_at_lack(const char* function) {
-    own_notes->lacking(function);
+    own_notes->keep("lacking", function);
     OSAPI::exit_now(0);
+}
+
+/// A value as one line. Throws `StrXception` when it cannot be written.
+void write_line(int descriptor, const json& value) {
+    const std::string text = value.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
+    OSAPI::write(descriptor, text.data(), text.size());
+}
+
+/// The text of the exception being handled, if it is one of the rooms' or of the standard library.
+std::string text_of_exception() {
+    try {
+        throw;
+    } catch (const std::exception& error) {
+        return error.what();
+    } catch (const StrXception& error) {
+        return error.message().c_str();
+    } catch (const AssertXception& error) {
+        return std::string("the assertion ") + error.expression() + " does not hold in " +
+               error.function();
+    } catch (...) {
+        return "an exception of an unknown type";
+    }
 }
 
 /// Never comes back, by an exception neither: the frames above belong to the process that forked.
@@ -81,12 +106,15 @@ void leave_at_lack(const char* function) {
     } catch (const std::bad_alloc&) {
         notes.find("memory ran out");
     } catch (...) {
-        notes.defect(text_of_exception());
+        notes.keep("defect", text_of_exception());
     }
     notes.keep(kEnd, true);
     // Without what the program registered for its end: that belongs to the process that forked.
     OSAPI::exit_now(0);
 }
+
+/// The process that asked for the check is gone.
+struct ParentGone {};
 
 /// What comes through the pipes of such a process.
 class Listener {
@@ -171,33 +199,41 @@ bool listen_to_the_end(Listener& listener, OSAPI::Offspring& child,
     return true;
 }
 
-std::string seconds_text(milliseconds time) {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.3g s", static_cast<double>(time.count()) / 1000.0);
-    return text.data();
+// What stands first in a line of the reaper's.
+constexpr char kTold[] = "told";
+constexpr char kDone[] = "done";  ///< with what went wrong, or null
+
+/// Never comes back either.
+[[noreturn]] void reap(const Work& work, OSAPI::Pipe& parent, OSAPI::Pipe& lines) noexcept {
+    // Neither a terminal's keys nor a signal to its group end this process before its work is done.
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE}) {
+        std::signal(signal, SIG_IGN);
+    }
+    // Whoever ignores it learns nothing of how children end.
+    std::signal(SIGCHLD, SIG_DFL);
+    const auto say = [&](const char* what, const json& value) {
+        write_line(lines.write_end().fd(), {what, value});
+    };
+    try {
+        OSAPI::lead_group();
+        parent.write_end().close();
+        lines.read_end().close();
+        try {
+            work([&](const json& value) { say(kTold, value); },
+                 {parent.read_end().fd(), lines.write_end().fd()});
+            say(kDone, nullptr);
+        } catch (const ParentGone&) {
+            OSAPI::exit_now(0);
+        } catch (...) {
+            say(kDone, text_of_exception());
+        }
+    } catch (...) {
+        // Nobody is there to be told.
+    }
+    OSAPI::exit_now(0);
 }
 
 }  // namespace
-
-void write_line(int descriptor, const json& value) {
-    const std::string text = value.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
-    OSAPI::write(descriptor, text.data(), text.size());
-}
-
-std::string text_of_exception() {
-    try {
-        throw;
-    } catch (const std::exception& error) {
-        return error.what();
-    } catch (const StrXception& error) {
-        return error.message().c_str();
-    } catch (const AssertXception& error) {
-        return std::string("the assertion ") + error.expression() + " does not hold in " +
-               error.function();
-    } catch (...) {
-        return "an exception of an unknown type";
-    }
-}
 
 Notes::Notes(int descriptor, milliseconds limit, OSAPI::SharedText& running)
     : descriptor_(descriptor),
@@ -206,6 +242,7 @@ Notes::Notes(int descriptor, milliseconds limit, OSAPI::SharedText& running)
     restart_alarm();
 }
 
+// In case nobody is left to end a module that hangs.
 void Notes::restart_alarm() const { alarm(alarm_seconds_); }
 
 void Notes::send(const json& line) {
@@ -251,11 +288,6 @@ void Notes::running(const char* command) {
 std::string Heard::text(const char* name) const {
     const auto found = kept.find(name);
     return found != kept.end() && found->is_string() ? found->get<std::string>() : "";
-}
-
-std::size_t Heard::number(const char* name) const {
-    const auto found = kept.find(name);
-    return found != kept.end() && found->is_number_unsigned() ? found->get<std::size_t>() : 0;
 }
 
 std::vector<Finding> Heard::all() const {
@@ -308,7 +340,9 @@ Heard Probes::run(const Body& body) {
         heard.findings.push_back({left, {}, {}, {}, heard.text("at")});
     }
     if (hung) {
-        heard.died = "no answer within " + seconds_text(limit_);
+        heard.died =
+            String::fmt("no answer within %.3g s", static_cast<double>(limit_.count()) / 1000.0)
+                .c_str();
     } else if (WIFSIGNALED(child.status())) {
         heard.died = OSAPI::how_ended(child.status());
     } else if (heard.kept.contains(kExit)) {
@@ -317,6 +351,50 @@ Heard Probes::run(const Body& body) {
         heard.died = "the process was " + OSAPI::how_ended(child.status());
     }
     return heard;
+}
+
+void run_reaped(const Work& work, const Tell& hear) {
+    OSAPI::Pipe parent;
+    OSAPI::Pipe lines;
+    parent.open();
+    lines.open();
+    std::fflush(nullptr);
+    const int id = OSAPI::fork();
+    if (id == 0) {
+        reap(work, parent, lines);
+    }
+    parent.read_end().close();
+    lines.write_end().close();
+    std::optional<json> done;
+    const auto take = [&](const std::string& text) {
+        const json line = json::parse(text, nullptr, /*allow_exceptions=*/false);
+        // A module that finds this pipe may write anything to it.
+        if (!line.is_array() || line.size() != 2) {
+            return;
+        }
+        if (line[0] == kTold) {
+            hear(line[1]);
+        } else if (line[0] == kDone) {
+            done = line[1];
+        }
+    };
+    OSAPI::LineReader reader(lines.read_end());
+    int status = 0;
+    try {
+        // Not to the pipe's end: a process that a module left may hold it open.
+        while (!done && reader.read(take)) {
+        }
+        status = OSAPI::wait_for(id);
+    } catch (...) {
+        parent.write_end().close();
+        OSAPI::wait_for(id);
+        throw;
+    }
+    if (!done || done->is_string()) {
+        throw Defect(
+            "the check itself failed: " +
+            (done ? done->get<std::string>() : "its process was " + OSAPI::how_ended(status)));
+    }
 }
 
 }  // namespace check

@@ -1,4 +1,8 @@
-// Work on the module in a process of its own, which may crash, hang or be left by an exception.
+// Work on the module in a process of its own, which may crash, hang or be left by an exception; and
+// one process for a whole check, the reaper, in which these are made.
+//
+// The reaper outlives the process that asked for the check: when that is gone, even by SIGKILL,
+// which no handler sees, it ends the probe that runs with all that the module left, and itself.
 #pragma once
 
 #include <host/violation.h>
@@ -31,13 +35,11 @@ public:
 
     /// For the probe's own row.
     void find(std::string_view text, std::string_view deviation = {});
+    void find(const std::vector<std::string>& texts);
+    void find_own(const std::vector<host::Violation>& violations);
     /// For the row of a rule.
     void find(host::Rule rule, std::string_view text, std::string_view deviation = {});
-    /// Each for the row of its rule.
     void find(const std::vector<host::Violation>& violations);
-    /// Each for the probe's own row.
-    void find_own(const std::vector<host::Violation>& violations);
-    void find(const std::vector<std::string>& texts);
 
     /// What the process is about to do, for the report of a crash.
     void doing(std::string_view what) { keep("doing", what); }
@@ -45,10 +47,6 @@ public:
     void at(std::string_view play) { keep("at", play); }
     /// What came back, when all is well.
     void say(std::string_view text) { keep("said", text); }
-    /// The module called what the host lacks: nobody's fault, but the end.
-    void lacking(std::string_view function) { keep("lacking", function); }
-    /// The check itself failed, not the module.
-    void defect(std::string_view text) { keep("defect", text); }
     /// Any other value for whoever hears it. The last one of a name counts.
     void keep(std::string_view name, const nlohmann::json& value) { send({name, value}); }
 
@@ -57,8 +55,6 @@ public:
 
 private:
     void send(const nlohmann::json& line);
-    /// Has the system end this process some time after its last sign of life, in case nobody is
-    /// left to end a module that hangs.
     void restart_alarm() const;
 
     int descriptor_;
@@ -78,8 +74,6 @@ struct Heard {
 
     /// A kept text; empty when there is none.
     std::string text(const char* name) const;
-    /// A kept number; 0 when there is none.
-    std::size_t number(const char* name) const;
     /// All findings, how it ended included.
     std::vector<Finding> all() const;
     /// Those of the probe's own row.
@@ -87,9 +81,6 @@ struct Heard {
 };
 
 using Body = std::function<void(Notes&)>;
-
-/// The process that asked for the check is gone.
-struct ParentGone {};
 
 /// Descriptors of the process in which probes are made, none of which a probe gets; -1: none.
 struct ReaperEnds {
@@ -111,7 +102,7 @@ public:
     ///
     /// A `host::HostError` out of `body` is a finding, as a want of memory is; anything else that
     /// it throws is a defect of the check. Standard input is empty, standard output goes nowhere.
-    /// Throws `StrXception` when there can be no such process, and `ParentGone`.
+    /// Throws `StrXception` when there can be no such process.
     Heard run(const Body& body);
 
 private:
@@ -120,10 +111,16 @@ private:
     bool adopts_;  ///< what left the group can be found
 };
 
-/// A value through a pipe, as one line. Throws `StrXception` when it cannot be written.
-void write_line(int descriptor, const nlohmann::json& value);
+/// Sends a value to the process that asked.
+using Tell = std::function<void(const nlohmann::json&)>;
+using Work = std::function<void(const Tell& tell, const ReaperEnds& ends)>;
 
-/// The text of the exception being handled, if it is one of the rooms' or of the standard library.
-std::string text_of_exception();
+/// Runs `work` in a process of its own, which leads a group of its own and takes over the orphans
+/// of its children where the system lets it; `hear` gets in this process what it tells. `ends` are
+/// for its `Probes`.
+///
+/// Throws `Defect` with what `work` threw, or how its process ended before it was done; throws
+/// `StrXception` when there can be no process, and what `hear` throws. The process is gone then.
+void run_reaped(const Work& work, const Tell& hear);
 
 }  // namespace check

@@ -1,17 +1,14 @@
-#include "questions.h"
-
+// What a host asks of an effect that is set up, outside frames.
+#include <base/string.h>
 #include <host/errors.h>
 #include <host_api/effect_interface.h>
 
-#include <array>
 #include <cstddef>
-#include <cstdint>
-#include <cstdio>
 #include <iterator>
-#include <optional>
-#include <tuple>
+#include <utility>
 
 #include "frames.h"
+#include "run.h"
 
 namespace check {
 namespace {
@@ -23,12 +20,12 @@ constexpr char kQuiet[] = "status 0, records untouched";
 /// What an effect declares so that a host sends it a command.
 struct Wish {
     std::int32_t command;
-    /// Null: nothing that this host knows of declares it.
     bool (*declared)(const Declared& effect);
     /// Why this host cannot send it to effects that declare it; null: it can.
     const char* why_not;
 };
 
+bool undeclared(const Declared& /*effect*/) { return false; }
 template <PF_OutFlags flag>
 bool wishes(const Declared& effect) {
     return effect.has(flag);
@@ -51,15 +48,15 @@ constexpr Wish kWishes[] = {
     {PF_Cmd_EVENT, wishes<PF_OutFlag_CUSTOM_UI>,
      "the effect declares a user interface of its own, and this host has no windows"},
     {PF_Cmd_GET_EXTERNAL_DEPENDENCIES, wishes<PF_OutFlag_I_HAVE_EXTERNAL_DEPENDENCIES>, nullptr},
-    {PF_Cmd_COMPLETELY_GENERAL, nullptr, nullptr},
+    {PF_Cmd_COMPLETELY_GENERAL, undeclared, nullptr},
     {PF_Cmd_QUERY_DYNAMIC_FLAGS, wishes2<PF_OutFlag2_SUPPORTS_QUERY_DYNAMIC_FLAGS>, nullptr},
     {PF_Cmd_AUDIO_RENDER, wishes<PF_OutFlag_I_USE_AUDIO>, kNoSound},
     {PF_Cmd_AUDIO_SETUP, wishes<PF_OutFlag_I_USE_AUDIO>, kNoSound},
     {PF_Cmd_AUDIO_SETDOWN, wishes<PF_OutFlag_I_USE_AUDIO>, kNoSound},
     {PF_Cmd_ARBITRARY_CALLBACK, [](const Declared& effect) { return effect.keeps_arbitrary_data; },
      "the effect declares a control with data of its own kind, and this host keeps none"},
-    {PF_Cmd_GET_FLATTENED_SEQUENCE_DATA, nullptr, nullptr},
-    {PF_Cmd_TRANSLATE_PARAMS_TO_PREFS, nullptr, nullptr},
+    {PF_Cmd_GET_FLATTENED_SEQUENCE_DATA, undeclared, nullptr},
+    {PF_Cmd_TRANSLATE_PARAMS_TO_PREFS, undeclared, nullptr},
     {PF_Cmd_SMART_RENDER_GPU, wishes2<PF_OutFlag2_SUPPORTS_GPU_RENDER_F32>, kNoGpu},
     {PF_Cmd_GPU_DEVICE_SETUP, wishes2<PF_OutFlag2_SUPPORTS_GPU_RENDER_F32>, kNoGpu},
     {PF_Cmd_GPU_DEVICE_SETDOWN, wishes2<PF_OutFlag2_SUPPORTS_GPU_RENDER_F32>, kNoGpu},
@@ -67,30 +64,20 @@ constexpr Wish kWishes[] = {
 /// Numbers that no command has.
 constexpr std::int32_t kUnknown[] = {2, 25, 26, 27, 30, 34, 99, 1000, -1};
 
-bool declares(const Declared& effect, const Wish& wish) {
-    return wish.declared != nullptr && wish.declared(effect);
-}
-
-std::string numbered(std::int32_t command) { return "command " + std::to_string(command); }
-
-/// Adds to a reply how one more command was answered.
-void send_quietly(Session& session, std::int32_t command, Reply& reply) {
-    const host::Answer answer = session.command(command);
-    if (answer.status != PF_Err_NONE) {
-        reply.error += (reply.error.empty() ? "" : "; ") + numbered(command) + ": status " +
-                       std::to_string(answer.status);
-    }
-    if (answer.record_written) {
-        reply.wrong.push_back(numbered(command) + ": its record was written to");
-    }
-}
-
 /// Commands by their numbers, all of which an effect answers with 0 and nothing else.
 std::function<Reply(Session&)> quietly(std::vector<std::int32_t> commands) {
     return [commands = std::move(commands)](Session& session) {
         Reply reply;
         for (const std::int32_t command : commands) {
-            send_quietly(session, command, reply);
+            const std::string name = "command " + std::to_string(command);
+            const host::Answer answer = session.command(command);
+            if (answer.status != PF_Err_NONE) {
+                reply.error += (reply.error.empty() ? "" : "; ") + name + ": status " +
+                               std::to_string(answer.status);
+            }
+            if (answer.record_written) {
+                reply.wrong.push_back(name + ": its record was written to");
+            }
         }
         reply.said = commands.size() == 1 ? kQuiet
                                           : "status 0 to all " + std::to_string(commands.size()) +
@@ -99,27 +86,17 @@ std::function<Reply(Session&)> quietly(std::vector<std::int32_t> commands) {
     };
 }
 
-std::vector<std::int32_t> unasked_commands(const Declared& effect) {
-    std::vector<std::int32_t> commands;
-    for (const Wish& wish : kWishes) {
-        if (!declares(effect, wish)) {
-            commands.push_back(wish.command);
-        }
-    }
-    return commands;
-}
-
 /// What a text asked for came back as; `ask` throws when the effect refuses.
 Reply reply_of(const std::function<std::optional<std::string>()>& ask) {
-    Reply reply;
     try {
         const std::optional<std::string> text = ask();
-        reply.said = text ? "status 0, a text of " + std::to_string(text->size()) + " characters"
-                          : "status 0, no text";
+        return {"",
+                {},
+                text ? "status 0, a text of " + std::to_string(text->size()) + " characters"
+                     : "status 0, no text"};
     } catch (const host::EffectError& error) {
-        reply.error = error.what();
+        return {error.what(), {}, ""};
     }
-    return reply;
 }
 
 Reply ask_about(Session& session) {
@@ -127,12 +104,6 @@ Reply ask_about(Session& session) {
         const std::string text = session.about();
         return text.empty() ? std::nullopt : std::optional(text);
     });
-}
-
-std::function<Reply(Session&)> dependencies(int check_type) {
-    return [check_type](Session& session) {
-        return reply_of([&] { return session.dependencies(check_type); });
-    };
 }
 
 /// Parameters that these calls took and did not give back. What the host refuses to take back was
@@ -146,49 +117,49 @@ int parameters_out(const std::vector<host::Call>& calls, std::size_t first) {
     return out;
 }
 
-/// Says so if flags were turned on beyond those declared.
-void look_for_new(std::int32_t answered, std::int32_t declared, std::int32_t looked_at,
-                  const char* word, Reply& reply) {
-    if (const std::int32_t added = answered & ~declared & looked_at; added != 0) {
-        std::array<char, 64> text{};
-        std::snprintf(text.data(), text.size(), "turns on 0x%X in %s, which set-up did not declare",
-                      static_cast<unsigned>(added), word);
-        reply.wrong.emplace_back(text.data());
-    }
-}
-
 Reply ask_flags(Session& session) {
-    Reply reply;
     const std::size_t first = session.calls().size();
     const host::Scene scene = pan_scene();
+    Reply reply = {"", {}, "status 0, no flag beyond those declared"};
+    const auto look_for_new = [&](std::int32_t answered, std::int32_t declared, const char* word) {
+        if (const std::int32_t added = answered & ~declared; added != 0) {
+            reply.wrong.emplace_back(
+                String::fmt("turns on 0x%X in %s, which set-up did not declare",
+                            static_cast<unsigned>(added), word)
+                    .c_str());
+        }
+    };
     try {
         const host::OutputFlags flags =
-            session.all_dynamic_flags(scene, scene.composition.frame_time(kFrame));
+            session.dynamic_flags(scene, scene.composition.frame_time(kFrame));
         // Others of these are wishes about this one moment, or changes of what was declared, which
         // the host notes itself.
-        look_for_new(flags.first, session.info().out_flags, kDynamicOutFlags, "out_flags", reply);
-        look_for_new(flags.second, session.info().out_flags2, -1, "out_flags2", reply);
+        look_for_new(flags.first & kDynamicOutFlags, session.info().out_flags, "out_flags");
+        look_for_new(flags.second, session.info().out_flags2, "out_flags2");
     } catch (const host::EffectError& error) {
         reply.error = error.what();
     }
-    const int out = parameters_out(session.calls(), first);
-    if (out > 0) {
+    if (const int out = parameters_out(session.calls(), first); out > 0) {
         reply.wrong.push_back(std::to_string(out) + " parameters checked out and not in again");
     }
-    reply.said = "status 0, no flag beyond those declared";
     return reply;
 }
 
 }  // namespace
 
 std::vector<Question> questions(const Declared& declared) {
+    std::vector<std::int32_t> unasked;
+    for (const Wish& wish : kWishes) {
+        if (!wish.declared(declared)) {
+            unasked.push_back(wish.command);
+        }
+    }
     std::vector<Question> all = {
         {{"setup.about", "about", "status 0; a text, if any, of 256 characters at most"},
          ask_about},
         {{"setup.flatten", "sequence flatten", kQuiet}, quietly({PF_Cmd_SEQUENCE_FLATTEN})},
         {{"setup.resetup", "sequence re-set-up", kQuiet}, quietly({PF_Cmd_SEQUENCE_RESETUP})},
-        {{"setup.unasked", "commands that it did not ask for", kQuiet},
-         quietly(unasked_commands(declared))},
+        {{"setup.unasked", "commands that it did not ask for", kQuiet}, quietly(unasked)},
         {{"setup.unknown", "commands that do not exist", kQuiet},
          quietly({std::begin(kUnknown), std::end(kUnknown)})},
     };
@@ -197,18 +168,17 @@ std::vector<Question> questions(const Declared& declared) {
                        quietly({PF_Cmd_UPDATE_PARAMS_UI})});
     }
     if (declared.has(PF_OutFlag_I_HAVE_EXTERNAL_DEPENDENCIES)) {
-        constexpr std::tuple<const char*, const char*, int> kKinds[] = {
-            {"all", "all", PF_DepCheckType_ALL_DEPENDENCIES},
-            {"missing", "missing ones", PF_DepCheckType_MISSING_DEPENDENCIES},
-            {"none", "none", PF_DepCheckType_NONE},
-            {"other", "an unknown kind", 77},
+        const auto add = [&](const std::string& name, const std::string& words, int kind) {
+            all.push_back({{"setup.dependencies-" + name, "dependencies, " + words,
+                            "status 0; a handle with a text, or none"},
+                           [=](Session& session) {
+                               return reply_of([&] { return session.dependencies(kind); });
+                           }});
         };
-        for (const auto& [name, words, kind] : kKinds) {
-            all.push_back(
-                {{std::string("setup.dependencies-") + name, std::string("dependencies, ") + words,
-                  "status 0; a handle with a text, or none"},
-                 dependencies(kind)});
-        }
+        add("all", "all", PF_DepCheckType_ALL_DEPENDENCIES);
+        add("missing", "missing ones", PF_DepCheckType_MISSING_DEPENDENCIES);
+        add("none", "none", PF_DepCheckType_NONE);
+        add("other", "an unknown kind", 77);
     }
     if (declared.has2(PF_OutFlag2_SUPPORTS_QUERY_DYNAMIC_FLAGS)) {
         all.push_back(
@@ -228,7 +198,7 @@ std::vector<Question> standing_questions(const Run& run, const Identity& identit
 
 void leave_out_commands(Run& run) {
     for (const Wish& wish : kWishes) {
-        if (wish.why_not != nullptr && declares(*run.declared, wish)) {
+        if (wish.why_not != nullptr && wish.declared(*run.declared)) {
             run.note_limit("setup.command-" + std::to_string(wish.command), wish.why_not);
         }
     }

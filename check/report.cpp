@@ -1,8 +1,13 @@
+// What rows tell: deviations that a contract keeps, and the rules of the interface.
 #include <check/report.h>
 
-#include <algorithm>
+#include "run.h"
 
 namespace check {
+
+using host::Rule;
+using host::Violation;
+
 namespace {
 
 constexpr Deviation kStarField[] = {
@@ -24,39 +29,73 @@ constexpr Deviation kStarField[] = {
      "the flag query gives back its parameter in the end; hosts refuse it unharmed"},
 };
 
-struct Contract {
-    std::string_view match_name;
-    std::span<const Deviation> deviations;
-};
-
-constexpr Contract kContracts[] = {{"Lumivar Star Field", kStarField}};
-
 }  // namespace
 
 const char* name_of(Verdict verdict) {
-    switch (verdict) {
-        case Verdict::Pass:
-            return "pass";
-        case Verdict::Kept:
-            return "kept";
-        case Verdict::Fail:
-            break;
-    }
-    return "fail";
+    return verdict == Verdict::Pass ? "pass" : verdict == Verdict::Kept ? "kept" : "fail";
 }
 
 std::size_t Report::count(Verdict verdict) const {
-    return static_cast<std::size_t>(std::count_if(
-        rows.begin(), rows.end(), [=](const Row& row) { return row.verdict == verdict; }));
+    return static_cast<std::size_t>(std::ranges::count(rows, verdict, &Row::verdict));
 }
 
 std::span<const Deviation> deviations_of(std::string_view match_name) {
-    for (const Contract& contract : kContracts) {
-        if (contract.match_name == match_name) {
-            return contract.deviations;
-        }
+    return match_name == "Lumivar Star Field" ? std::span(kStarField)
+                                              : std::span<const Deviation>();
+}
+
+const std::vector<RuleRow> kRuleRows = {
+    {Rule::Bounds, "bounds", "writes stay inside the pixels of the output"},
+    {Rule::InputPixels, "input", "the input layer's pixels stay as they are"},
+    {Rule::Layers, "layers", "layers are fetched once, and checked in once at most", true},
+    {Rule::Suites, "suites", "each suite acquired is released"},
+    {Rule::Handles, "handles", "each handle made is disposed of"},
+    {Rule::Parameters, "parameters", "each parameter checked out is checked in"},
+    {Rule::Deleter, "deleter", "pre-render data comes with a deleter", true},
+    {Rule::Rectangles, "rectangles", "the result lies within the request", true},
+    {Rule::Records, "record", "the host's records stay as it filled them in"},
+    {Rule::Messages, "messages",
+     "messages fit their 256 characters; none is an error with status 0"},
+    {Rule::Calls, "calls", "callbacks and suites are used as they may be"},
+};
+
+std::string_view row_of(Rule rule) {
+    rule = rule == Rule::LayerNotHeld ? Rule::Layers : rule;
+    const auto row = std::ranges::find(kRuleRows, rule, &RuleRow::rule);
+    return row == kRuleRows.end() ? kRuleRows.back().name : row->name;
+}
+
+std::string_view deviation_under_faults(const Violation& violation) {
+    switch (violation.rule) {
+        case Rule::SuiteNotHeld:
+            return violation.subject == "PF World Suite" ? kWorldSuiteReleased : "";
+        case Rule::LayerNotHeld:
+            return kLayerCheckedIn;
+        case Rule::ParameterNotHeld:
+            return kParameterCheckedIn;
+        default:
+            return {};
     }
-    return {};
+}
+
+bool breaks(const Violations& violations, Rule rule) {
+    return std::ranges::find(violations, rule, &Violation::rule) != violations.end();
+}
+
+Violations beyond(const Violations& violations, const Violations& known) {
+    Violations rest = violations;
+    std::erase_if(
+        rest, [&](const Violation& one) { return std::ranges::find(known, one) != known.end(); });
+    return rest;
+}
+
+Violations beyond_at_set_down(const Violations& violations, const Violations& known) {
+    Violations rest = beyond(violations, known);
+    std::erase_if(rest, [&](const Violation& one) {
+        const bool held = one.rule == Rule::Suites || one.rule == Rule::Handles;
+        return held && breaks(known, one.rule);
+    });
+    return rest;
 }
 
 }  // namespace check

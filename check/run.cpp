@@ -4,10 +4,7 @@
 #include <host/module.h>
 #include <host/printable.h>
 
-#include <algorithm>
 #include <utility>
-
-#include "reaper.h"
 
 namespace check {
 
@@ -20,12 +17,6 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Report, match_name, rows, unexamined, defects
 namespace {
 
 constexpr std::size_t kFindingsTold = 3;
-
-bool kept_by(std::string_view match_name, std::string_view deviation) {
-    const auto kept = deviations_of(match_name);
-    return std::any_of(kept.begin(), kept.end(),
-                       [&](const Deviation& one) { return one.name == deviation; });
-}
 
 /// In one line.
 std::string in_short(const std::vector<RowFinding>& findings) {
@@ -43,8 +34,6 @@ std::string in_short(const std::vector<RowFinding>& findings) {
     return text;
 }
 
-bool begins(std::string_view text, std::string_view with) { return text.rfind(with, 0) == 0; }
-
 }  // namespace
 
 std::string joined(const std::vector<std::string>& names) {
@@ -55,18 +44,18 @@ std::string joined(const std::vector<std::string>& names) {
     return text;
 }
 
-std::vector<Finding> told_once(const std::vector<Finding>& found, std::string Finding::*place,
-                               const std::function<std::string(const Counted&)>& words) {
+std::vector<Finding> told_once(const std::vector<Finding>& found,
+                               std::string (*words)(const Counted& counted)) {
     std::vector<Counted> all;
     for (const Finding& one : found) {
-        auto known = std::find_if(all.begin(), all.end(), [&](const Counted& other) {
+        auto known = std::ranges::find_if(all, [&](const Counted& other) {
             return other.finding.text == one.text && other.finding.deviation == one.deviation;
         });
         if (known == all.end()) {
             known = all.insert(all.end(), Counted{one, {}, 0});
         }
         ++known->times;
-        note_once(known->places, one.*place);
+        note_once(known->plays, one.at);
     }
     std::vector<Finding> told;
     for (const Counted& one : all) {
@@ -82,14 +71,14 @@ Run::Run(const std::filesystem::path& bundle, const Options& options, const Reap
 }
 
 bool Run::asks_for(std::string_view group) const {
-    return begins(group, options_.rows) || begins(options_.rows, group);
+    return group.starts_with(options_.rows) || options_.rows.starts_with(group);
 }
 
 bool Run::needs(std::string_view group) const {
-    const bool frames = begins(group, "frames");
+    const bool frames = group.starts_with("frames");
     // The list of what is kept stands on all rows, leaks on frames, and faults on both.
     return asks_for(group) || asks_for("kept") || (frames && asks_for("leaks")) ||
-           ((frames || begins(group, "leaks")) && asks_for("faults"));
+           ((frames || group.starts_with("leaks")) && asks_for("faults"));
 }
 
 Heard Run::probe(std::string_view row, const Body& body) {
@@ -100,30 +89,26 @@ Heard Run::probe(std::string_view row, const Body& body) {
     return prober_.run(body);
 }
 
-void Run::judge(Row& row, const std::vector<Finding>& findings) const {
-    if (findings.empty()) {
-        return;
-    }
-    row.verdict = Verdict::Kept;
+void Run::enter(const RowText& text, const std::vector<Finding>& findings,
+                const std::string& answer) {
+    const auto listed = deviations_of(report_.match_name);
+    Row row = {host::printable(text.id), host::printable(text.sent), host::printable(text.promise),
+               host::printable(answer)};
     // What fails is told before what is kept.
     for (const bool kept : {false, true}) {
         for (const Finding& finding : findings) {
-            if (kept_by(report_.match_name, finding.deviation) == kept) {
+            const auto known = std::ranges::find(listed, finding.deviation, &Deviation::name);
+            if ((known != listed.end()) == kept) {
                 note_once<RowFinding>(row.findings,
                                       {host::printable(finding.text), finding.deviation, kept});
                 note_once(row.deviations, finding.deviation);
-                row.verdict = kept ? row.verdict : Verdict::Fail;
+                row.verdict = kept && row.verdict != Verdict::Fail ? Verdict::Kept : Verdict::Fail;
             }
         }
     }
-    row.answer = in_short(row.findings);
-}
-
-void Run::enter(const RowText& text, const std::vector<Finding>& findings,
-                const std::string& answer) {
-    Row row = {host::printable(text.id), host::printable(text.sent), host::printable(text.promise),
-               host::printable(answer)};
-    judge(row, findings);
+    if (row.verdict != Verdict::Pass) {
+        row.answer = in_short(row.findings);
+    }
     report_.rows.push_back(std::move(row));
 }
 
@@ -164,13 +149,11 @@ void Run::note_limit(std::string_view what, std::string_view why) {
 void Run::set_match_name(std::string_view name) { report_.match_name = host::printable(name); }
 
 Verdict Run::verdict_of(std::string_view id) const {
-    const auto row = std::find_if(report_.rows.begin(), report_.rows.end(),
-                                  [&](const Row& one) { return one.id == id; });
+    const auto row = std::ranges::find(report_.rows, id, &Row::id);
     if (row != report_.rows.end()) {
         return row->verdict;
     }
-    const bool missing =
-        needs(id) || std::find(missing_.begin(), missing_.end(), id) != missing_.end();
+    const bool missing = needs(id) || std::ranges::find(missing_, id) != missing_.end();
     return missing ? Verdict::Fail : Verdict::Pass;
 }
 
@@ -178,34 +161,31 @@ host::Session Run::open(host::Application application, host::CallFilter filter) 
     return host::Session(bundle_, {application, std::move(filter)});
 }
 
-Report Run::finish() {
-    const std::vector<Row> looked_at = report_.rows;
+void Run::enter_kept() {
+    const std::span<const Deviation> listed = deviations_of(report_.match_name);
+    if (!asks_for("kept") || listed.empty()) {
+        return;
+    }
+    if (!declared) {
+        leave_out("kept", why_not_declared);
+        return;
+    }
     // What was not looked at may be where a deviation shows.
     const bool whole = whole_ && report_.defects.empty();
-    std::span<const Deviation> listed = deviations_of(report_.match_name);
-    if (!asks_for("kept") || listed.empty()) {
-        listed = {};
-    } else if (!declared) {
-        leave_out("kept", why_not_declared);
-        listed = {};
-    }
     for (const Deviation& deviation : listed) {
         const std::string name(deviation.name);
-        const auto shown = std::count_if(looked_at.begin(), looked_at.end(), [&](const Row& row) {
-            return std::find(row.deviations.begin(), row.deviations.end(), name) !=
-                   row.deviations.end();
+        const auto shown = std::ranges::count_if(report_.rows, [&](const Row& row) {
+            return std::ranges::find(row.deviations, name) != row.deviations.end();
         });
         if (shown == 0 && !whole) {
             leave_out("kept." + name, "it shows in none of the rows that could be looked at");
             continue;
         }
-        Row row = {"kept." + name, "all of these rows", std::string(deviation.guide), ""};
-        if (shown == 0) {
-            row.verdict = Verdict::Fail;
-            row.answer =
-                "it shows in no row, though it is on this effect's list; take it off the "
-                "list if the contract no longer keeps it";
-        } else {
+        Row row = {"kept." + name, "all of these rows", std::string(deviation.guide),
+                   "it shows in no row, though it is on this effect's list; take it off the list "
+                   "if the contract no longer keeps it",
+                   Verdict::Fail};
+        if (shown != 0) {
             row.verdict = Verdict::Kept;
             row.answer = "shows in " + std::to_string(shown) + (shown == 1 ? " row" : " rows") +
                          "; kept: " + std::string(deviation.reason);
@@ -214,6 +194,10 @@ Report Run::finish() {
         row.findings = {{row.answer, name, shown != 0}};
         report_.rows.push_back(std::move(row));
     }
+}
+
+Report Run::finish() {
+    enter_kept();
     // Rows that were looked at for the sake of others go, unless one may be why another is missing.
     std::erase_if(report_.rows, [this](const Row& row) {
         return !wants(row.id) && !(asked_left_ && row.verdict == Verdict::Fail);
@@ -232,11 +216,19 @@ Report run(const std::filesystem::path& bundle, const Options& options) {
         Run under_way(bundle, inside, ends);
         check_bundle(under_way);
         check_set_up(under_way);
-        check_controls(under_way);
-        check_frames(under_way);
-        // Faults come last: what is lost without them is no fault's.
-        check_leaks(under_way);
-        check_faults(under_way);
+        constexpr std::pair<const char*, void (*)(Run&)> kFamilies[] = {
+            {"controls", check_controls},
+            {"frames", check_frames},
+            {"leaks", check_leaks},
+            {"faults", check_faults},
+        };
+        for (const auto& [family, check] : kFamilies) {
+            if (under_way.declared) {
+                check(under_way);
+            } else {
+                under_way.leave_out(family, under_way.why_not_declared);
+            }
+        }
         tell(under_way.finish());
     };
     try {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <check/check.h>
-#include <check/report.h>
 #include <host/session.h>
 #include <read_registration.h>
 
@@ -17,7 +16,13 @@
 #include <vector>
 
 #include "probe.h"
-#include "rules.h"
+
+namespace host {
+
+// Between processes.
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Violation, rule, text, subject)
+
+}  // namespace host
 
 namespace check {
 
@@ -66,28 +71,59 @@ struct Declared {
     }
 };
 
-/// The same finding of several places, told once.
+/// The same finding, found several times.
 struct Counted {
-    Finding finding;
-    std::vector<std::string> places;  ///< each once, in order
+    Finding finding;                 ///< the first
+    std::vector<std::string> plays;  ///< each `Finding::at` once, in order
     int times = 0;
 };
 
-/// `found`, each once and in the order of the first ones, with what `words` says behind its text;
-/// `place` is what of a finding names the place.
-std::vector<Finding> told_once(const std::vector<Finding>& found, std::string Finding::*place,
-                               const std::function<std::string(const Counted&)>& words);
+/// `found`, each once and in the order of the first ones, with what `words` says behind its text.
+std::vector<Finding> told_once(const std::vector<Finding>& found,
+                               std::string (*words)(const Counted& counted));
 
 /// Appends what is neither blank nor there already.
 template <class Value>
 void note_once(std::vector<Value>& known, const Value& value) {
-    if (value != Value() && std::find(known.begin(), known.end(), value) == known.end()) {
+    if (value != Value() && std::ranges::find(known, value) == known.end()) {
         known.push_back(value);
     }
 }
 
 /// "a, b and c".
 std::string joined(const std::vector<std::string>& names);
+
+// The rules of the interface as rows: each has one in a family, in which all that broke it is told.
+
+struct RuleRow {
+    host::Rule rule;
+    std::string_view name;  ///< the last part of a row's id
+    std::string_view promise;
+    bool smart_alone = false;  ///< only smart frames can break it
+};
+
+/// Rows of the rules of frames, in their order; in the last is told what has no row of its own.
+extern const std::vector<RuleRow> kRuleRows;
+
+/// The row in which a broken rule of frames is told.
+std::string_view row_of(host::Rule rule);
+/// Whether it is a rule of controls, which has a row among theirs.
+inline bool of_controls(host::Rule rule) { return rule >= host::Rule::ControlCount; }
+
+/// For a violation that an effect may be known for in a failing host: the deviation's name, else
+/// empty.
+std::string_view deviation_under_faults(const host::Violation& violation);
+
+using Violations = std::vector<host::Violation>;
+
+bool breaks(const Violations& violations, host::Rule rule);
+
+/// Of `violations` those that are not in `known`.
+Violations beyond(const Violations& violations, const Violations& known);
+
+/// The same for those of a set-down, where what is still held is told with its number: without what
+/// was told as not given back, whatever the number.
+Violations beyond_at_set_down(const Violations& violations, const Violations& known);
 
 class Run {
 public:
@@ -96,7 +132,7 @@ public:
     Run(const std::filesystem::path& bundle, const Options& options, const ReaperEnds& ends = {});
 
     /// Whether the row is asked for.
-    bool wants(std::string_view id) const { return id.rfind(options_.rows, 0) == 0; }
+    bool wants(std::string_view id) const { return id.starts_with(options_.rows); }
     /// Whether rows are asked for whose ids begin so.
     bool asks_for(std::string_view group) const;
     /// The same, or whether rows are that stand on them.
@@ -122,14 +158,13 @@ public:
     void leave_out(std::string_view what, std::string_view why);
     /// Notes what this host never looks at. Nothing that is looked at is hidden by it.
     void note_limit(std::string_view what, std::string_view why);
-    /// Whether others may be built on the row: it does not fail, or was not asked for.
+    /// Of a row that was asked for and is missing: a failure. Of one that nobody asked for: a pass.
+    Verdict verdict_of(std::string_view id) const;
+    /// Whether others may be built on the row.
     bool stands(std::string_view id) const { return verdict_of(id) != Verdict::Fail; }
-    /// Whether nothing was found for the row, not even what is kept, as far as it was looked at.
-    bool stands_clean(std::string_view id) const { return verdict_of(id) == Verdict::Pass; }
 
     /// The file is opened under the name that the user gave: effects look round their own folder.
-    host::Session open(host::Application application = host::Application::AfterEffects,
-                       host::CallFilter filter = nullptr) const;
+    host::Session open(host::Application application, host::CallFilter filter = nullptr) const;
 
     const std::filesystem::path& file() const { return report_.file; }
     void set_match_name(std::string_view name);
@@ -147,10 +182,7 @@ public:
     Report finish();
 
 private:
-    /// Findings, deviations, verdict and, where something was found, the answer.
-    void judge(Row& row, const std::vector<Finding>& findings) const;
-    /// Of a row that was asked for and is missing: a failure. Of one that nobody asked for: a pass.
-    Verdict verdict_of(std::string_view id) const;
+    void enter_kept();
 
     std::filesystem::path bundle_;
     Options options_;
@@ -162,14 +194,35 @@ private:
     Report report_;
 };
 
+/// How a question was answered.
+struct Reply {
+    std::string error;               ///< in words; empty for status 0
+    std::vector<std::string> wrong;  ///< whatever the status
+    std::string said;                ///< when all is well
+};
+
+/// What a host asks of an effect that is set up, outside frames: commands that effects without a
+/// user interface of their own meet there, and those that they need not know.
+struct Question {
+    RowText text;
+    std::function<Reply(host::Session&)> ask;
+};
+
+/// Those that the effect's declarations bring about, in a host's order.
+std::vector<Question> questions(const Declared& declared);
+/// Those of them whose rows do not fail, as an application puts them.
+std::vector<Question> standing_questions(const Run& run, const Identity& identity);
+/// Notes the commands that the effect's declarations bring about and that this host cannot send.
+void leave_out_commands(Run& run);
+
 // The families of rows, in their order; each stands on what those before found out.
 void check_bundle(Run& run);
 /// As soon as `declared` is known.
 void compare_with_registration(Run& run);
 void check_set_up(Run& run);
-/// Finds what is wrong with the declared controls, for `check_controls`, and keeps what is
-/// declared.
+/// Finds what is wrong with the declared controls, for `check_controls`.
 void inspect_controls(const host::Session& session, Notes& notes);
+// Of an effect that is declared; faults come last, since what is lost without them is no fault's.
 void check_controls(Run& run);
 void check_frames(Run& run);
 void check_leaks(Run& run);

@@ -3,13 +3,6 @@
 #include <host/errors.h>
 #include <host_api/effect_interface.h>
 
-#include <algorithm>
-#include <functional>
-#include <iterator>
-#include <string>
-#include <vector>
-
-#include "questions.h"
 #include "run.h"
 
 namespace check {
@@ -21,14 +14,12 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Declared, version, out_flags, out_flags2, con
 namespace {
 
 using host::Application;
-using host::DeclaredControl;
 using host::Session;
 
 // What probes keep for later rows.
 constexpr char kEffect[] = "effect";
 constexpr char kViolations[] = "violations";
 constexpr char kPixelFormats[] = "pixel formats";
-constexpr char kRefusedSetDown[] = "refused set-down";
 
 /// What the probe of set-up does last: what goes wrong then has a row of its own.
 constexpr char kSetDown[] = "set-down";
@@ -43,44 +34,34 @@ void tell_refusal(Notes& notes, const host::EffectError& error) {
     notes.find_own(error.violations());
 }
 
-template <class Is>
-bool any_control(const Session& session, Is is) {
-    return std::any_of(session.controls().begin(), session.controls().end(), is);
-}
-
 Declared declared_by(const Session& session) {
     const host::EffectInfo& info = session.info();
-    return {info.version,
-            static_cast<std::uint32_t>(info.out_flags),
-            static_cast<std::uint32_t>(info.out_flags2),
-            session.controls().size(),
-            any_control(session,
-                        [](const DeclaredControl& control) {
-                            return (control.flags & PF_ParamFlag_SUPERVISE) != 0;
-                        }),
-            any_control(session, [](const DeclaredControl& control) {
-                return control.type == PF_Param_ARBITRARY_DATA;
-            })};
+    Declared declared = {info.version, static_cast<std::uint32_t>(info.out_flags),
+                         static_cast<std::uint32_t>(info.out_flags2), session.controls().size()};
+    for (const host::DeclaredControl& control : session.controls()) {
+        declared.supervises |= (control.flags & PF_ParamFlag_SUPERVISE) != 0;
+        declared.keeps_arbitrary_data |= control.type == PF_Param_ARBITRARY_DATA;
+    }
+    return declared;
 }
 
 void play_set_up(const Run& run, Notes& notes) {
     notes.doing("set-up");
     try {
-        Session session = run.open();
+        Session session = run.open(Application::AfterEffects);
         notes.keep(kEffect, declared_by(session));
         notes.say("status 0 each; version " + session.info().version_text());
         inspect_controls(session, notes);
         const Violations told = session.violations();
         notes.find(told);
         notes.doing(kSetDown);
+        const Violations& all = session.violations();
         try {
             session.close();
+            notes.keep(kViolations, all);
         } catch (const host::EffectError& error) {
             notes.find(refusal(error));
-            notes.keep(kRefusedSetDown, true);
         }
-        const Violations& all = session.violations();
-        notes.keep(kViolations, all);
         notes.find_own({all.begin() + static_cast<std::ptrdiff_t>(told.size()), all.end()});
     } catch (const host::EffectError& error) {
         tell_refusal(notes, error);
@@ -101,42 +82,23 @@ std::vector<Finding> own_in(const Heard& heard, bool set_down) {
     return found;
 }
 
-/// By an error, an exception or a crash: each session to come would end so.
-bool set_down_failed(const Heard& heard) {
-    return !heard.kept.contains(kViolations) || heard.kept.contains(kRefusedSetDown) ||
-           died_in_set_down(heard);
-}
-
 /// Whether the flags that the effect declares may stand there, and together.
 void check_flags(Run& run) {
     std::vector<Finding> findings;
-    if (run.declared->has2(PF_OutFlag2_FLOAT_COLOR_AWARE) &&
-        !run.declared->has2(PF_OutFlag2_SUPPORTS_SMART_RENDER)) {
+    const Declared& effect = *run.declared;
+    if (effect.has2(PF_OutFlag2_FLOAT_COLOR_AWARE) &&
+        !effect.has2(PF_OutFlag2_SUPPORTS_SMART_RENDER)) {
         findings.push_back(
             {"PF_OutFlag2_FLOAT_COLOR_AWARE needs "
              "PF_OutFlag2_SUPPORTS_SMART_RENDER; declare both or neither"});
     }
-    if (run.declared->has(PF_OutFlag_PiPL_OVERRIDES_OUTDATA_OUTFLAGS)) {
+    if (effect.has(PF_OutFlag_PiPL_OVERRIDES_OUTDATA_OUTFLAGS)) {
         findings.push_back(
             {"PF_OutFlag_PiPL_OVERRIDES_OUTDATA_OUTFLAGS is for the registration "
              "alone; leave it out of out_flags"});
     }
     run.enter({"setup.flags", "global set-up", "flags have what they need, none is out of place"},
               findings, "nothing found");
-}
-
-using Ask = std::function<void(Session&, Notes&)>;
-
-/// Puts a question and finds what is wrong with its answer.
-Ask asking(const Question& question) {
-    return [&question](Session& session, Notes& notes) {
-        const Reply reply = question.ask(session);
-        if (!reply.error.empty()) {
-            notes.find(reply.error);
-        }
-        notes.find(reply.wrong);
-        notes.say(reply.said);
-    };
 }
 
 void ask_nothing(Session& session, Notes& notes) {
@@ -151,8 +113,9 @@ void ask_nothing(Session& session, Notes& notes) {
 }
 
 /// Asks in a session of its own. The row tells nothing that is known.
-Heard put(Run& run, const RowText& text, Application application, const Violations& known,
-          const Ask& ask) {
+Heard put(Run& run, const RowText& text, Application application,
+          const std::function<void(Session&, Notes&)>& ask) {
+    const Violations& known = run.violations_of_set_up.at(application);
     return run.enter(text, [&](Notes& notes) {
         notes.doing("set-up");
         try {
@@ -183,7 +146,14 @@ void put_questions(Run& run) {
                 continue;
             }
             put(run, {id, sent, question.text.promise}, identity.application,
-                run.violations_of_set_up[identity.application], asking(question));
+                [&](Session& session, Notes& notes) {
+                    const Reply reply = question.ask(session);
+                    if (!reply.error.empty()) {
+                        notes.find(reply.error);
+                    }
+                    notes.find(reply.wrong);
+                    notes.say(reply.said);
+                });
             if (!run.stands(id)) {
                 run.leave_out(id + ", again and again and in a host that fails", "it fails once");
             }
@@ -217,12 +187,10 @@ void check_set_up(Run& run) {
         return;
     }
     for (const RuleRow& rule : kRuleRows) {
-        std::vector<Finding> broken;
-        std::copy_if(heard.findings.begin(), heard.findings.end(), std::back_inserter(broken),
-                     [&](const Finding& one) {
-                         return one.rule && !of_controls(*one.rule) &&
-                                row_of(*one.rule) == rule.name;
-                     });
+        std::vector<Finding> broken = heard.findings;
+        std::erase_if(broken, [&](const Finding& one) {
+            return !one.rule || of_controls(*one.rule) || row_of(*one.rule) != rule.name;
+        });
         if (!broken.empty() || rule.name == "calls") {
             const std::string id = "setup." + std::string(rule.name);
             run.enter({id, "all of set-up", std::string(rule.promise)}, broken, "nothing found");
@@ -230,16 +198,17 @@ void check_set_up(Run& run) {
     }
     run.enter({"setup.down", "sequence and global set-down", "status 0; all is given back"},
               own_in(heard, true), "status 0; all is given back");
-    if (set_down_failed(heard)) {
+    // By an error, an exception or a crash: each session to come would end so.
+    if (!heard.kept.contains(kViolations) || died_in_set_down(heard)) {
         run.declared.reset();
         run.why_not_declared = "the effect cannot be set down, see setup.down";
         run.leave_out("setup.questions", run.why_not_declared);
         return;
     }
     const Violations known = heard.kept.at(kViolations);
-    run.violations_of_set_up[Application::AfterEffects] = known;
+    run.violations_of_set_up = {{Application::AfterEffects, known}, {Application::Premiere, known}};
     const Heard premiere = put(run, {"setup.premiere", "set-up in Premiere Pro", "status 0 each"},
-                               Application::Premiere, known, ask_nothing);
+                               Application::Premiere, ask_nothing);
     run.violations_of_set_up[Application::Premiere] = premiere.kept.value(kViolations, known);
     run.declared->premiere_formats =
         premiere.kept.value(kPixelFormats, run.declared->premiere_formats);

@@ -60,7 +60,6 @@ std::string EffectInfo::version_text() const {
 
 Session::Impl::Impl(const std::filesystem::path& plugin, SessionOptions options)
     : module(std::in_place, plugin), state(std::move(options)) {
-    file = module->file();
     folder = module->folder();
     state.entry_point = reinterpret_cast<PF_EffectMain>(module->entry_point());
     state.parameters.push_back(input_layer_parameter());
@@ -232,15 +231,11 @@ Answer Session::command(std::int32_t number) {
 }
 
 const EffectInfo& Session::info() const { return impl_->info; }
-const std::filesystem::path& Session::file() const { return impl_->file; }
 const std::filesystem::path& Session::folder() const { return impl_->folder; }
 const std::vector<DeclaredControl>& Session::controls() const { return impl_->controls; }
-std::int32_t Session::dynamic_flags(const Scene& scene, Time time,
-                                    std::optional<std::int32_t> before) {
-    return impl_->dynamic_flags(scene, time, before).second;
-}
-OutputFlags Session::all_dynamic_flags(const Scene& scene, Time time) {
-    return impl_->dynamic_flags(scene, time, std::nullopt);
+OutputFlags Session::dynamic_flags(const Scene& scene, Time time,
+                                   std::optional<std::int32_t> before) {
+    return impl_->dynamic_flags(scene, time, before);
 }
 Frame Session::render(const Scene& scene, Time time, const RenderOptions& options) {
     const Project project(scene);

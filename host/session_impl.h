@@ -64,7 +64,6 @@ public:
     EffectInfo info;
     std::vector<DeclaredControl> controls;
     std::vector<Message> messages;
-    std::filesystem::path file;
     std::filesystem::path folder;
 
 private:

@@ -7,7 +7,6 @@
 #include <stdexcept>
 #include <string>
 #include <type_traits>
-#include <vector>
 
 namespace host {
 namespace {
@@ -141,6 +140,14 @@ std::size_t World::row_offset(int y) const {
 
 std::size_t World::pixel_bytes() const {
     return static_cast<std::size_t>(width_) * static_cast<std::size_t>(bytes_per_pixel(depth_));
+}
+
+std::vector<std::byte> World::packed() const {
+    std::vector<std::byte> all;
+    for (int y = 0; y < height_; ++y) {
+        all.insert(all.end(), row(y), row(y) + pixel_bytes());
+    }
+    return all;
 }
 
 void World::copy_pixels(int x, int y, std::size_t count, Depth depth, void* to) const {

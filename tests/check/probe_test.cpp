@@ -26,7 +26,6 @@
 #include <string>
 #include <vector>
 
-#include "reaper.h"
 #include "support/expect_throw.h"
 #include "support/faults.h"
 

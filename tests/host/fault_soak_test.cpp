@@ -46,19 +46,9 @@ bool is_kept_habit(const host::Violation& violation) {
            violation.rule == Rule::LayerNotHeld;
 }
 
-std::vector<std::byte> bytes(const Frame& frame) {
-    std::vector<std::byte> all;
-    const std::size_t row = static_cast<std::size_t>(frame.world.width()) *
-                            static_cast<std::size_t>(bytes_per_pixel(frame.world.depth()));
-    for (int y = 0; y < frame.world.height(); ++y) {
-        all.insert(all.end(), frame.world.row(y), frame.world.row(y) + row);
-    }
-    return all;
-}
-
 /// Whether any pixel differs from another: stars on black.
 bool shows_stars(const Frame& frame) {
-    const std::vector<std::byte> all = bytes(frame);
+    const std::vector<std::byte> all = frame.world.packed();
     const auto pixel = static_cast<std::size_t>(bytes_per_pixel(frame.world.depth()));
     for (std::size_t at = pixel; at + pixel <= all.size(); at += pixel) {
         if (std::memcmp(&all[0], &all[at], pixel) != 0) {
@@ -126,7 +116,7 @@ TEST_F(Lumivar, LeavesEveryFrameWholeOrUntouchedAndLosesNothingHoweverTheHostFai
                 twins.push_back({effect.get(), project.composition.frame_time(index), options, {}});
                 const Frame frame = twins.back().render();
                 ASSERT_TRUE(shows_stars(frame));
-                twins.back().good = bytes(frame);
+                twins.back().good = frame.world.packed();
                 calls = frame.calls;
             }
         }
@@ -169,7 +159,7 @@ TEST_F(Lumivar, LeavesEveryFrameWholeOrUntouchedAndLosesNothingHoweverTheHostFai
             PreRender pre = twin.effect->pre_render(twin.time, twin.options);
             plan.disarm();
             const Twin& other = twins[static_cast<std::size_t>(i + 6) % twins.size()];
-            EXPECT_EQ(bytes(other.render()) == other.good, !gone);
+            EXPECT_EQ(other.render().world.packed() == other.good, !gone);
             plan.arm(drawn);
             const bool asked = sent(pre.frame(), "PF_Cmd_SMART_PRE_RENDER");
             if (pre.renderable() && i % 20 == 9) {
@@ -205,7 +195,7 @@ TEST_F(Lumivar, LeavesEveryFrameWholeOrUntouchedAndLosesNothingHoweverTheHostFai
             ASSERT_EQ(frame.undrawn_pixels, kPixels);
             ASSERT_TRUE(gone || any_call_failed(frame));
             ++ends["world untouched"];
-        } else if (bytes(frame) == twin.good) {
+        } else if (frame.world.packed() == twin.good) {
             ++ends["the good picture"];
         } else {
             ASSERT_TRUE(any_call_failed(frame));
@@ -229,7 +219,7 @@ TEST_F(Lumivar, LeavesEveryFrameWholeOrUntouchedAndLosesNothingHoweverTheHostFai
 
     // It is as good as new.
     for (const Twin& twin : twins) {
-        EXPECT_TRUE(bytes(twin.render()) == twin.good);
+        EXPECT_TRUE(twin.render().world.packed() == twin.good);
     }
     effects.clear();
     session.close();

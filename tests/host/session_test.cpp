@@ -254,8 +254,8 @@ TEST(Session, AsksForAboutAndDependenciesAndDisposesOfTheHandle) {
 
 TEST(Session, TellsDynamicFlagsOverWhatStoodThere) {
     Session session(TEST_EFFECT);
-    EXPECT_EQ(session.dynamic_flags(small_scene(), {0, 24}), 0x1407);
-    EXPECT_EQ(session.dynamic_flags(small_scene(), {0, 24}, 0), 0x4);
+    EXPECT_EQ(session.dynamic_flags(small_scene(), {0, 24}).second, 0x1407);
+    EXPECT_EQ(session.dynamic_flags(small_scene(), {0, 24}, 0).second, 0x4);
     EXPECT_EQ(session.info().out_flags2, 0x1403) << "the declared flags stay";
 }
 

@@ -78,8 +78,6 @@ public:
     void close();
 
     const EffectInfo& info() const;
-    /// The module file.
-    const std::filesystem::path& file() const;
     /// The folder where the bundle stands.
     const std::filesystem::path& folder() const;
     /// The controls in the order of declaration, the input layer (index 0) left out.
@@ -90,13 +88,11 @@ public:
     /// The plug-in's dependencies: 0 none, 1 all, 2 the missing ones. Nothing when it gives no
     /// text.
     std::optional<std::string> dependencies(int check_type);
-    /// The second word of output flags for a scene at a time, as the plug-in leaves it when it
-    /// finds `before` there (null: what it declared). Throws `SceneError`, `ModuleDefect` and
+    /// The output flags for a scene at a time, as the plug-in leaves them when it finds those that
+    /// it declared, or `before` as the second word. Throws `SceneError`, `ModuleDefect` and
     /// `EffectError`.
-    std::int32_t dynamic_flags(const Scene& scene, Time time,
-                               std::optional<std::int32_t> before = std::nullopt);
-    /// Both words likewise, from those that it declared.
-    OutputFlags all_dynamic_flags(const Scene& scene, Time time);
+    OutputFlags dynamic_flags(const Scene& scene, Time time,
+                              std::optional<std::int32_t> before = std::nullopt);
 
     /// Sends a command by its number, with the controls' initial values and without a world. Where
     /// a record of its own is due it is blank: for commands that mean nothing to the plug-in, or

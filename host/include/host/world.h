@@ -18,6 +18,7 @@
 #include <span>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 namespace host {
 
@@ -72,6 +73,9 @@ public:
     /// First byte of a row's pixels.
     std::byte* row(int y) { return bytes_.get() + row_offset(y); }
     const std::byte* row(int y) const { return bytes_.get() + row_offset(y); }
+
+    /// The pixels' bytes, row by row, without padding.
+    std::vector<std::byte> packed() const;
 
     /// One pixel: alpha, red, green, blue, whatever the order in memory. `Channel` is
     /// `std::uint8_t`, `std::uint16_t` or `float` and must be the world's.
