@@ -7,18 +7,14 @@
 #include <new>
 #include <string>
 
-#include "support/expect_throw.h"
+#include "failures.h"
 #include "support/failing_allocator.h"
-#include "support/faults.h"
 #include "support/scratch.h"
-#include "support/unwinding.h"
 
 namespace {
 
 using OSAPI::AtomicFileWrite;
 using OSAPI::Syscalls;
-
-const char* const kSource = "osapi/osapi-unix.cpp";
 
 class Atomic : public testing::Test {
 protected:
@@ -92,51 +88,45 @@ TEST_F(Atomic, CompleteSyncsThenClosesThenRenames) {
     EXPECT_EQ(log, "close rename ");
 }
 
-TEST_F(Atomic, UnwritablePlaceNamesTheTemporaryFile) {
-    const std::string path = folder_ / "none/sky.stars";
-    expect_message(thrown_message([&] { AtomicFileWrite(path.c_str(), OSAPI::kWrite); }),
-                   with_error("opening file \"" + path + ".inprogress\"", ENOENT), "OSAPI::open",
-                   kSource);
-}
-
 TEST_F(Atomic, FailureAtAnyStepLeavesTheOldFileAndNoRest) {
     write_file(path_, "old");
-    const auto expect_failure = [&](const std::string& text, const std::string& function) {
-        expect_message(thrown_message([&] {
-                           AtomicFileWrite file(path_.c_str(), OSAPI::kWrite);
-                           write_text(file, "half");
-                           write_text(file, "whole");
-                           file.complete();
-                       }),
-                       text, function, kSource);
+    const auto expect_failure = [&](const std::string& call, int error, const char* function) {
+        kFiles.expect(call, error, function, [&] {
+            AtomicFileWrite file(path_.c_str(), OSAPI::kWrite);
+            write_text(file, "half");
+            write_text(file, "whole");
+            file.complete();
+        });
         EXPECT_EQ(read_file(path_), "old");
         EXPECT_FALSE(in_progress());
         EXPECT_EQ(open_descriptors(), before_);
     };
     {
         const Fault<&Syscalls::write> full(ENOSPC, {.after = 1});
-        expect_failure(with_error("write", ENOSPC), "OSAPI::write");
+        expect_failure("write", ENOSPC, "write");
     }
     {
         const Fault<&Syscalls::fsync> fault(ENOSPC);
-        expect_failure(with_error("fsync", ENOSPC), "OSAPI::sync");
+        expect_failure("fsync", ENOSPC, "sync");
     }
     {
         const CloseFault closes(EIO);
-        expect_failure(with_error("close", EIO), "OSAPI::close");
+        expect_failure("close", EIO, "close");
         EXPECT_EQ(closes.calls(), 1);
     }
     const Fault<&Syscalls::rename> fault(EIO);
-    expect_failure(with_error("rename(" + temporary_ + "," + path_ + ")", EIO), "OSAPI::rename");
+    expect_failure("rename(" + temporary_ + "," + path_ + ")", EIO, "rename");
 }
 
-TEST_F(Atomic, DestructorReportsWhatItCannotRemove) {
+TEST_F(Atomic, ReportsWhatItCannotOpenOrRemove) {
+    const std::string path = folder_ / "none/sky.stars";
+    kFiles.expect("opening file \"" + path + ".inprogress\"", ENOENT, "open",
+                  [&] { AtomicFileWrite(path.c_str(), OSAPI::kWrite); });
     const Fault<&Syscalls::unlink> fault(EROFS, kAlways);
-    expect_failing_destructor(with_error("unlink(" + temporary_ + ")", EROFS), "OSAPI::rm_ifexist",
-                              kSource, [&](auto end) {
-                                  const AtomicFileWrite file(path_.c_str(), OSAPI::kWrite);
-                                  end();
-                              });
+    kFiles.expect_from_destructor("unlink(" + temporary_ + ")", EROFS, "rm_ifexist", [&](auto end) {
+        const AtomicFileWrite file(path_.c_str(), OSAPI::kWrite);
+        end();
+    });
 }
 
 TEST_F(Atomic, ExclusiveWriterIsAlone) {
@@ -158,8 +148,7 @@ TEST_F(Atomic, RefusedExclusiveWriterLeavesTheOthersFileAlone) {
     write_file(temporary_, "another's");
     EXPECT_EQ(AtomicFileWrite::exclusive(path_.c_str()), nullptr);
     EXPECT_EQ(read_file(temporary_), "another's");
-    const std::string nowhere = folder_ / "none/sky.stars";
-    EXPECT_EQ(AtomicFileWrite::exclusive(nowhere.c_str()), nullptr);
+    EXPECT_EQ(AtomicFileWrite::exclusive((folder_ / "none/sky.stars").c_str()), nullptr);
 }
 
 TEST_F(Atomic, ExclusiveWriterWithoutMemoryLeavesNothingInTheWayOfTheNext) {

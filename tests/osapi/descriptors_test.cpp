@@ -4,11 +4,9 @@
 #include <osapi/descriptor_flags.h>
 #include <osapi/files.h>
 #include <osapi/pipes.h>
-#include <osapi/processes.h>
 #include <osapi/scoped_file.h>
 #include <osapi/standard_descriptors.h>
 #include <sys/ioctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <utime.h>
 
@@ -20,16 +18,19 @@
 #include <type_traits>
 #include <vector>
 
-#include "support/expect_throw.h"
-#include "support/faults.h"
+#include "failures.h"
+#include "support/child.h"
 #include "support/scratch.h"
-#include "support/unwinding.h"
 
 namespace {
 
 using OSAPI::DiskFile;
 using OSAPI::FileDescriptor;
 using OSAPI::Syscalls;
+
+const FailuresOf kDescriptors("osapi/osapi-unix-descriptors.cpp");
+const FailuresOf kFlags("osapi/osapi-unix-descriptor-flags.cpp");
+const FailuresOf kScopedFiles("osapi/osapi-unix-scoped-file.cpp");
 
 static_assert(!std::is_nothrow_destructible_v<FileDescriptor>);
 static_assert(!std::is_nothrow_destructible_v<DiskFile>);
@@ -68,52 +69,36 @@ TEST(FileDescriptor, FailedCloseThrowsAndIsNotRepeated) {
     const Fault<&Syscalls::close> closes(EIO, kAlways);
     {
         FileDescriptor descriptor(901);
-        expect_message(thrown_message([&] { descriptor.close(); }), with_error("close", EIO),
-                       "OSAPI::close", "osapi/osapi-unix.cpp");
+        kFiles.expect("close", EIO, "close", [&] { descriptor.close(); });
         EXPECT_FALSE(descriptor.is_open());
     }
     EXPECT_EQ(closes.calls(), 1);
+    kFiles.expect_from_destructor("close", EIO, "close", [](auto end) {
+        const FileDescriptor descriptor(901);
+        end();
+    });
 }
 
-TEST(FileDescriptor, DestructorReportsThatClosingFails) {
-    const Fault<&Syscalls::close> closes(EIO, kAlways);
-    expect_failing_destructor(with_error("close", EIO), "OSAPI::close", "osapi/osapi-unix.cpp",
-                              [](auto end) {
-                                  const FileDescriptor descriptor(901);
-                                  end();
-                              });
-}
-
-TEST(FileDescriptor, AsksTheDevice) {
+TEST(FileDescriptor, AsksTheDeviceAndReportsWhatItRefuses) {
     OSAPI::Pipe pipe;
     pipe.open();
     OSAPI::write(pipe.write_end().fd(), "12345", 5);
     int waiting = 0;
-    pipe.read_end().ioctl(FIONREAD, reinterpret_cast<char*>(&waiting));
+    const auto ask = [&](int request) {
+        pipe.read_end().ioctl(request, reinterpret_cast<char*>(&waiting));
+    };
+    ask(FIONREAD);
     EXPECT_EQ(waiting, 5);
-}
-
-TEST(FileDescriptor, PassesTheBitsOfARequestOn) {
+    kDescriptors.expect("ioctl", ENOTTY, "FileDescriptor::ioctl", [&] { ask(TIOCGWINSZ); });
+    kDescriptors.expect_every<&Syscalls::ioctl>("ioctl", "FileDescriptor::ioctl",
+                                                [&] { ask(FIONREAD); });
     unsigned long asked = 0;
     const Intercept<&Syscalls::ioctl> asks([&](int, unsigned long request, char*) {
         asked = request;
         return 3;
     });
-    FileDescriptor none;
-    none.ioctl(static_cast<int>(0x80045430U), nullptr);
-    EXPECT_EQ(asked, 0x80045430UL);
-}
-
-TEST(FileDescriptor, ReportsWhatTheDeviceRefuses) {
-    const ScratchFolder folder;
-    DiskFile file((folder / "a").c_str(), OSAPI::kWrite);
-    char nothing[64];
-    expect_message(thrown_message([&] { file.ioctl(TIOCGWINSZ, nothing); }),
-                   with_error("ioctl", ENOTTY), "OSAPI::FileDescriptor::ioctl",
-                   "osapi/osapi-unix-descriptors.cpp");
-    expect_every_error<&Syscalls::ioctl>([&] { file.ioctl(FIONREAD, nothing); }, "ioctl",
-                                         "OSAPI::FileDescriptor::ioctl",
-                                         "osapi/osapi-unix-descriptors.cpp");
+    ask(static_cast<int>(0x80045430U));
+    EXPECT_EQ(asked, 0x80045430UL) << "its bits, no sign";
 }
 
 TEST(DiskFile, ReadsAndWritesThroughItsDescriptorAndClosesIt) {
@@ -142,23 +127,11 @@ TEST(DiskFile, TellsTheSystemsRecordAndTheTime) {
     EXPECT_EQ(info.st_size, 5);
     EXPECT_TRUE(S_ISREG(info.st_mode));
     EXPECT_EQ(file.get_mtime(), 1234567890);
-}
-
-TEST(DiskFile, ReportsAFailedRecord) {
-    const ScratchFolder folder;
-    const DiskFile file((folder / "a").c_str(), OSAPI::kWrite);
     const Fault<&Syscalls::fstat> fault(EIO, kAlways);
-    struct stat info;
-    const char* const source = "osapi/osapi-unix-descriptors.cpp";
-    expect_message(thrown_message([&] { file.stat(&info); }), with_error("fstat", EIO),
-                   "OSAPI::DiskFile::stat", source);
-    expect_message(thrown_message([&] { file.get_mtime(); }), with_error("fstat", EIO),
-                   "OSAPI::DiskFile::stat", source);
-    expect_message(thrown_message([&] { file.getsize(); }), with_error("fstat", EIO),
-                   "OSAPI::getsize", "osapi/osapi-unix.cpp");
+    kDescriptors.expect("fstat", EIO, "DiskFile::stat", [&] { file.stat(&info); });
+    kDescriptors.expect("fstat", EIO, "DiskFile::stat", [&] { file.get_mtime(); });
+    kFiles.expect("fstat", EIO, "getsize", [&] { file.getsize(); });
 }
-
-const char* const kFlagsSource = "osapi/osapi-unix-descriptor-flags.cpp";
 
 class DescriptorFlags : public testing::Test {
 protected:
@@ -170,7 +143,8 @@ protected:
     const std::unique_ptr<OSAPI::Pipe> pipe_ = std::make_unique<OSAPI::Pipe>();
 };
 
-TEST_F(DescriptorFlags, NonBlockingIsSetHoweverOften) {
+// The toggle is a contract: what blocks already is made non-blocking.
+TEST_F(DescriptorFlags, NonBlockingIsSetHoweverOftenAndBlockingToggles) {
     EXPECT_TRUE(blocks());
     for (int i = 0; i < 2; ++i) {
         OSAPI::set_blocking(fd(), false);
@@ -178,17 +152,10 @@ TEST_F(DescriptorFlags, NonBlockingIsSetHoweverOften) {
     }
     char byte;
     EXPECT_EQ(OSAPI::read_short(fd(), &byte, 1), 0) << "nothing yet, and no waiting for it";
-}
-
-// The toggle is a contract: what blocks already is made non-blocking.
-TEST_F(DescriptorFlags, BlockingToggles) {
-    OSAPI::set_blocking(fd(), false);
-    OSAPI::set_blocking(fd(), true);
-    EXPECT_TRUE(blocks());
-    OSAPI::set_blocking(fd(), true);
-    EXPECT_FALSE(blocks());
-    OSAPI::set_blocking(fd(), true);
-    EXPECT_TRUE(blocks());
+    for (const bool expected : {true, false, true}) {
+        OSAPI::set_blocking(fd(), true);
+        EXPECT_EQ(blocks(), expected);
+    }
 }
 
 TEST_F(DescriptorFlags, OtherFlagsStay) {
@@ -206,15 +173,14 @@ TEST_F(DescriptorFlags, FailureOfEitherCallIsReportedAndChangesNothing) {
         for (const int error : kErrors) {
             for (int n = 0; n < 2; ++n) {
                 const NthCallFault<&Syscalls::fcntl> fault(error, n + 1);
-                expect_message(thrown_message([&] { OSAPI::set_blocking(fd(), blocking); }),
-                               with_error("fcntl", error), "OSAPI::set_blocking", kFlagsSource);
+                kFlags.expect("fcntl", error, "set_blocking",
+                              [&] { OSAPI::set_blocking(fd(), blocking); });
                 EXPECT_EQ(fault.calls(), n + 1);
                 EXPECT_TRUE(blocks());
             }
         }
     }
-    expect_message(thrown_message([] { OSAPI::set_blocking(-1, false); }),
-                   with_error("fcntl", EBADF), "OSAPI::set_blocking", kFlagsSource);
+    kFlags.expect("fcntl", EBADF, "set_blocking", [] { OSAPI::set_blocking(-1, false); });
 }
 
 TEST_F(DescriptorFlags, CloseOnExec) {
@@ -222,8 +188,8 @@ TEST_F(DescriptorFlags, CloseOnExec) {
     OSAPI::close_on_exec(fd());
     EXPECT_EQ(fcntl(fd(), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
     EXPECT_TRUE(blocks());
-    expect_every_error<&Syscalls::fcntl>([&] { OSAPI::close_on_exec(fd()); }, "fcntl",
-                                         "OSAPI::close_on_exec", kFlagsSource);
+    kFlags.expect_every<&Syscalls::fcntl>("fcntl", "close_on_exec",
+                                          [&] { OSAPI::close_on_exec(fd()); });
 }
 
 TEST_F(DescriptorFlags, CopiesReachTheSameFile) {
@@ -245,18 +211,13 @@ TEST_F(DescriptorFlags, CopiesReachTheSameFile) {
 
 TEST_F(DescriptorFlags, FailedCopyIsReportedAndLeavesNone) {
     const int before = open_descriptors();
-    expect_message(thrown_message([&] { OSAPI::dup2(-1, fd()); }), with_error("dup2", EBADF),
-                   "OSAPI::dup2", kFlagsSource);
-    expect_every_error<&Syscalls::dup>([&] { OSAPI::dup(fd()); }, "dup", "OSAPI::dup",
-                                       kFlagsSource);
-    expect_every_error<&Syscalls::dup2>([&] { OSAPI::dup2(fd(), 900); }, "dup2", "OSAPI::dup2",
-                                        kFlagsSource);
+    kFlags.expect("dup2", EBADF, "dup2", [&] { OSAPI::dup2(-1, fd()); });
+    kFlags.expect_every<&Syscalls::dup>("dup", "dup", [&] { OSAPI::dup(fd()); });
+    kFlags.expect_every<&Syscalls::dup2>("dup2", "dup2", [&] { OSAPI::dup2(fd(), 900); });
     EXPECT_EQ(open_descriptors(), before);
 }
 
 using OSAPI::ScopedFILE;
-
-const char* const kScopedFileSource = "osapi/osapi-unix-scoped-file.cpp";
 
 TEST(ScopedFile, WritesWhatIsBufferedAndClosesTheDescriptor) {
     const ScratchFolder folder;
@@ -279,40 +240,34 @@ TEST(ScopedFile, FailureNamesPathAndModeAndClosesTheDescriptor) {
     const auto open_as = [&](const char* mode) {
         const ScopedFILE file(OSAPI::open(path.c_str(), OSAPI::kRead), path.c_str(), mode);
     };
-    expect_message(thrown_message([&] { open_as("no mode"); }),
-                   "fdopen(\"" + path + "\", \"no mode\")", "OSAPI::ScopedFILE::ScopedFILE",
-                   kScopedFileSource);
+    kScopedFiles.expect_text("fdopen(\"" + path + "\", \"no mode\")", "ScopedFILE::ScopedFILE",
+                             [&] { open_as("no mode"); });
     for (const int error : kErrors) {
         const Fault<&Syscalls::fdopen> fault(error);
-        expect_message(thrown_message([&] { open_as("r"); }), "fdopen(\"" + path + "\", \"r\")",
-                       "OSAPI::ScopedFILE::ScopedFILE", kScopedFileSource);
+        kScopedFiles.expect_text("fdopen(\"" + path + "\", \"r\")", "ScopedFILE::ScopedFILE",
+                                 [&] { open_as("r"); });
     }
     EXPECT_EQ(open_descriptors(), before);
 }
 
 TEST(ScopedFile, DestructorReportsThatTheLastBytesAreNotTaken) {
     const int before = open_descriptors();
-    expect_failing_destructor(with_error("fclose", ENOSPC), "OSAPI::ScopedFILE::~ScopedFILE",
-                              kScopedFileSource, [](auto end) {
-                                  const ScopedFILE file(OSAPI::open("/dev/full", OSAPI::kWrite),
-                                                        "/dev/full", "w");
-                                  std::fputs("text", file.file());
-                                  end();
-                              });
+    kScopedFiles.expect_from_destructor("fclose", ENOSPC, "ScopedFILE::~ScopedFILE", [](auto end) {
+        const ScopedFILE file(OSAPI::open("/dev/full", OSAPI::kWrite), "/dev/full", "w");
+        std::fputs("text", file.file());
+        end();
+    });
     EXPECT_EQ(open_descriptors(), before);
 }
 
 /// Whether something holds in a process of its own in which these descriptors are closed.
 bool holds_without(const std::vector<int>& closed, const std::function<bool()>& something) {
-    const pid_t child = OSAPI::fork();
-    if (child == 0) {
-        for (const int descriptor : closed) {
-            close(descriptor);
-        }
-        OSAPI::exit_now(something() ? 0 : 1);
-    }
-    int status = -1;
-    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return result_in_child([&] {
+               for (const int descriptor : closed) {
+                   close(descriptor);
+               }
+               return something() ? 0 : 1;
+           }) == 0;
 }
 
 bool is_open(int descriptor) { return fcntl(descriptor, F_GETFD) != -1; }

@@ -16,17 +16,13 @@
 #include <string>
 #include <vector>
 
-#include "support/expect_throw.h"
-#include "support/faults.h"
+#include "failures.h"
 #include "support/scratch.h"
-#include "support/unwinding.h"
 
 namespace {
 
 using OSAPI::DiskFile;
 using OSAPI::Syscalls;
-
-const char* const kSource = "osapi/osapi-unix.cpp";
 
 TEST(Open, GivesTheSystemTheFlagsOfTheMode) {
     // The mode's bits by their values: saved calls depend on these numbers.
@@ -80,37 +76,28 @@ TEST(Open, UnsupportedModeFailsWithoutACallAndLeavesTheErrorAlone) {
         errno = ENOSPC;
         EXPECT_EQ(OSAPI::open_can_fail("/", mode), -1);
         EXPECT_EQ(errno, ENOSPC);
-        expect_message(thrown_message([&] { OSAPI::open("/", mode); }),
-                       with_error("opening file \"/\"", ENOSPC), "OSAPI::open", kSource);
+        kFiles.expect("opening file \"/\"", ENOSPC, "open", [&] { OSAPI::open("/", mode); });
     }
     EXPECT_EQ(opens.calls(), 0);
 }
 
-TEST(Open, ExclusiveRefusesAFileThatIsThere) {
+TEST(Open, FailureNamesThePathAndLeavesNoDescriptor) {
     const ScratchFolder folder;
     const std::string path = folder / "a";
-    const int mode = OSAPI::kWrite | OSAPI::kExclusive;
-    { const DiskFile first(path.c_str(), mode); }
+    const std::string call = "opening file \"" + path + "\"";
     const int before = open_descriptors();
-    expect_message(thrown_message([&] { DiskFile(path.c_str(), mode); }),
-                   with_error("opening file \"" + path + "\"", EEXIST), "OSAPI::open", kSource);
+    EXPECT_EQ(OSAPI::open_can_fail(path.c_str(), OSAPI::kRead), -1);
+    EXPECT_EQ(errno, ENOENT);
+    kFiles.expect(call, ENOENT, "open", [&] { OSAPI::open(path.c_str(), OSAPI::kRead); });
+    const int exclusive = OSAPI::kWrite | OSAPI::kExclusive;
+    { const DiskFile first(path.c_str(), exclusive); }
+    kFiles.expect(call, EEXIST, "open", [&] { DiskFile(path.c_str(), exclusive); });
     EXPECT_EQ(open_descriptors(), before);
 }
 
-TEST(Open, MissingFile) {
-    const ScratchFolder folder;
-    const std::string path = folder / "none";
-    EXPECT_EQ(OSAPI::open_can_fail(path.c_str(), OSAPI::kRead), -1);
-    EXPECT_EQ(errno, ENOENT);
-    expect_message(thrown_message([&] { OSAPI::open(path.c_str(), OSAPI::kRead); }),
-                   with_error("opening file \"" + path + "\"", ENOENT), "OSAPI::open", kSource);
-}
-
 TEST(Close, ReportsAFailureAndIsNeverRetried) {
-    expect_message(thrown_message([] { OSAPI::close(-1); }), with_error("close", EBADF),
-                   "OSAPI::close", kSource);
-    expect_every_error<&Syscalls::close>([] { OSAPI::close(1000); }, "close", "OSAPI::close",
-                                         kSource);
+    kFiles.expect("close", EBADF, "close", [] { OSAPI::close(-1); });
+    kFiles.expect_every<&Syscalls::close>("close", "close", [] { OSAPI::close(1000); });
 }
 
 // Ten bytes in a file that is open for reading and writing.
@@ -130,36 +117,76 @@ protected:
     char buffer_[16] = {};
 };
 
-TEST_F(TenBytes, ReadGivesExactlyWhatIsAskedFor) {
+/// Interrupts a kind of transfer, then calls it not ready, then lets three bytes pass; and so on.
+template <auto Call>
+class Hesitant {
+public:
+    int calls() const { return intercept_.calls(); }
+
+private:
+    Intercept<Call> intercept_{[this](int fd, auto* buffer, size_t count, auto... offset) {
+        if (calls() % 3 != 0) {
+            errno = calls() % 3 == 1 ? EINTR : EAGAIN;
+            return ssize_t{-1};
+        }
+        return intercept_.real(fd, buffer, std::min<size_t>(count, 3), offset...);
+    }};
+};
+
+TEST_F(TenBytes, ReadGivesExactlyWhatIsAskedForHoweverItComes) {
+    const Hesitant<&Syscalls::read> reads;
     EXPECT_EQ(OSAPI::read(fd(), buffer_, 4), 4);
+    EXPECT_STREQ(buffer_, "0123");
+    EXPECT_EQ(reads.calls(), 3 * 2);
     EXPECT_EQ(OSAPI::read(fd(), buffer_ + 4, 6), 6);
     EXPECT_STREQ(buffer_, "0123456789");
     EXPECT_EQ(OSAPI::read(fd(), buffer_, 0), 0);
+    EXPECT_EQ(reads.calls(), 3 * 4);
+}
+
+TEST_F(TenBytes, ReadUpToStopsAtTheEndOnly) {
+    const Hesitant<&Syscalls::read> reads;
+    EXPECT_EQ(OSAPI::read_up_to(fd(), buffer_, 4), 4);
+    EXPECT_STREQ(buffer_, "0123");
+    EXPECT_EQ(reads.calls(), 3 * 2);
+    EXPECT_EQ(OSAPI::read_up_to(fd(), buffer_, 11), 6);
+    EXPECT_STREQ(buffer_, "456789");
+    EXPECT_EQ(OSAPI::read_up_to(fd(), buffer_, 11), 0);
+    EXPECT_EQ(OSAPI::read_up_to(fd(), buffer_, 0), 0);
+}
+
+TEST_F(TenBytes, TransfersAtAnOffsetAdvanceItAndKeepThePosition) {
+    const Hesitant<&Syscalls::pread> reads;
+    const Hesitant<&Syscalls::pwrite> writes;
+    EXPECT_EQ(OSAPI::pread(fd(), buffer_, 8, 2), 8);
+    EXPECT_STREQ(buffer_, "23456789");
+    EXPECT_EQ(reads.calls(), 3 * 3);
+    EXPECT_EQ(OSAPI::pwrite(fd(), "abcd", 4, 3), 4);
+    EXPECT_EQ(content(), "012abcd789");
+    EXPECT_EQ(writes.calls(), 3 * 2);
+    EXPECT_EQ(OSAPI::seek_from_curpos(fd(), 0), 0);
+}
+
+TEST_F(TenBytes, WriteSendsAllInAsManyChunksAsItTakes) {
+    {
+        const Hesitant<&Syscalls::write> writes;
+        EXPECT_EQ(OSAPI::write(fd(), "abcdefghij", 10), 10);
+        EXPECT_EQ(writes.calls(), 3 * 4);
+        EXPECT_EQ(content(), "abcdefghij");
+    }
+    // Nothing written and no failure: tried again.
+    const Intercept<&Syscalls::write> writes([&](int fd, const void* buffer, size_t count) {
+        return writes.calls() == 1 ? ssize_t{0} : writes.real(fd, buffer, count);
+    });
+    EXPECT_EQ(OSAPI::write(fd(), "kl", 2), 2);
+    EXPECT_EQ(content(), "abcdefghijkl");
 }
 
 TEST_F(TenBytes, ReadBeyondTheEndThrowsAfterTakingWhatThereIs) {
-    expect_message(thrown_message([&] { OSAPI::read(fd(), buffer_, 11); }), "unexpected EOF",
-                   "OSAPI::read", kSource);
+    kFiles.expect_text("unexpected EOF", "read", [&] { OSAPI::read(fd(), buffer_, 11); });
     EXPECT_STREQ(buffer_, "0123456789");
     EXPECT_EQ(OSAPI::seek_from_curpos(fd(), 0), 10);
-    expect_message(thrown_message([&] { OSAPI::pread(fd(), buffer_, 9, 2); }), "unexpected EOF",
-                   "OSAPI::pread", kSource);
-}
-
-TEST_F(TenBytes, ReadGathersShortChunksAndRetriesWhatWasNotReady) {
-    for (const int error : {EINTR, EAGAIN}) {
-        file_->seek_from_start(0);
-        const Intercept<&Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
-            if (reads.calls() <= 3) {
-                errno = error;
-                return ssize_t{-1};
-            }
-            return reads.real(fd, buffer, std::min<size_t>(count, 3));
-        });
-        EXPECT_EQ(OSAPI::read(fd(), buffer_, 10), 10);
-        EXPECT_STREQ(buffer_, "0123456789");
-        EXPECT_EQ(reads.calls(), 3 + 4);
-    }
+    kFiles.expect_text("unexpected EOF", "pread", [&] { OSAPI::pread(fd(), buffer_, 9, 2); });
 }
 
 TEST_F(TenBytes, EveryTransferReportsAnyOtherFailureAtOnce) {
@@ -167,17 +194,12 @@ TEST_F(TenBytes, EveryTransferReportsAnyOtherFailureAtOnce) {
     const Fault<&Syscalls::pread> preads(EIO, kAlways);
     const Fault<&Syscalls::write> writes(ENOSPC, kAlways);
     const Fault<&Syscalls::pwrite> pwrites(ENOSPC, kAlways);
-    const auto expect_failure = [](const std::string& text, const char* function, auto run) {
-        expect_message(thrown_message(run), text, function, kSource);
-    };
-    const std::string read = with_error("read", EIO);
-    expect_failure(read, "OSAPI::read", [&] { OSAPI::read(fd(), buffer_, 10); });
-    expect_failure(read, "OSAPI::read_short", [&] { OSAPI::read_short(fd(), buffer_, 4); });
-    expect_failure(read, "OSAPI::read_up_to", [&] { OSAPI::read_up_to(fd(), buffer_, 3); });
-    expect_failure(read, "OSAPI::pread", [&] { OSAPI::pread(fd(), buffer_, 1, 0); });
-    const std::string write = with_error("write", ENOSPC);
-    expect_failure(write, "OSAPI::write", [&] { OSAPI::write(fd(), "x", 1); });
-    expect_failure(write, "OSAPI::pwrite", [&] { OSAPI::pwrite(fd(), "x", 1, 0); });
+    kFiles.expect("read", EIO, "read", [&] { OSAPI::read(fd(), buffer_, 10); });
+    kFiles.expect("read", EIO, "read_short", [&] { OSAPI::read_short(fd(), buffer_, 4); });
+    kFiles.expect("read", EIO, "read_up_to", [&] { OSAPI::read_up_to(fd(), buffer_, 3); });
+    kFiles.expect("read", EIO, "pread", [&] { OSAPI::pread(fd(), buffer_, 1, 0); });
+    kFiles.expect("write", ENOSPC, "write", [&] { OSAPI::write(fd(), "x", 1); });
+    kFiles.expect("write", ENOSPC, "pwrite", [&] { OSAPI::pwrite(fd(), "x", 1, 0); });
     EXPECT_EQ(reads.calls(), 3);
     EXPECT_EQ(preads.calls() + writes.calls() + pwrites.calls(), 3);
 }
@@ -193,73 +215,6 @@ TEST_F(TenBytes, ReadShortGivesWhatThereIsAndRetriesInterruptionsOnly) {
     const Fault<&Syscalls::read> fault(EAGAIN, kAlways);
     EXPECT_EQ(OSAPI::read_short(fd(), buffer_, 4), 0);
     EXPECT_EQ(fault.calls(), 1);
-}
-
-TEST_F(TenBytes, PreadKeepsThePositionAndAdvancesItsOffset) {
-    const Intercept<&Syscalls::pread> reads([&](int fd, void* buffer, size_t count, off_t offset) {
-        if (reads.calls() % 2 == 0) {
-            errno = reads.calls() % 4 == 0 ? EINTR : EAGAIN;
-            return ssize_t{-1};
-        }
-        return reads.real(fd, buffer, std::min<size_t>(count, 3), offset);
-    });
-    EXPECT_EQ(OSAPI::pread(fd(), buffer_, 8, 2), 8);
-    EXPECT_STREQ(buffer_, "23456789");
-    EXPECT_EQ(reads.calls(), 5);
-    EXPECT_EQ(OSAPI::seek_from_curpos(fd(), 0), 0);
-}
-
-TEST_F(TenBytes, WriteSendsAllInAsManyChunksAsItTakes) {
-    const Intercept<&Syscalls::write> writes([&](int fd, const void* buffer, size_t count) {
-        switch (writes.calls()) {
-            case 1:
-                errno = EINTR;
-                return ssize_t{-1};
-            case 2:
-                errno = EAGAIN;
-                return ssize_t{-1};
-            case 3:
-                return ssize_t{0};  // nothing written and no failure: tried again
-            default:
-                return writes.real(fd, buffer, std::min<size_t>(count, 4));
-        }
-    });
-    EXPECT_EQ(OSAPI::write(fd(), "abcdefghij", 10), 10);
-    EXPECT_EQ(writes.calls(), 6);
-    EXPECT_EQ(content(), "abcdefghij");
-}
-
-TEST_F(TenBytes, ReadUpToStopsAtTheEndOnly) {
-    const Intercept<&Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
-        if (reads.calls() == 2 || reads.calls() == 3) {
-            errno = reads.calls() == 2 ? EINTR : EAGAIN;
-            return ssize_t{-1};
-        }
-        return reads.real(fd, buffer, std::min<size_t>(count, 3));
-    });
-    char block[12] = {};
-    EXPECT_EQ(OSAPI::read_up_to(fd(), block, 4), 4);
-    EXPECT_STREQ(block, "0123");
-    EXPECT_EQ(reads.calls(), 4);
-    EXPECT_EQ(OSAPI::read_up_to(fd(), block, 11), 6);
-    EXPECT_STREQ(block, "456789");
-    EXPECT_EQ(OSAPI::read_up_to(fd(), block, 11), 0);
-    EXPECT_EQ(OSAPI::read_up_to(fd(), block, 0), 0);
-}
-
-TEST_F(TenBytes, PwriteKeepsThePositionAndAdvancesItsOffset) {
-    const Intercept<&Syscalls::pwrite> writes(
-        [&](int fd, const void* buffer, size_t count, off_t offset) {
-            if (writes.calls() == 2) {
-                errno = EINTR;
-                return ssize_t{-1};
-            }
-            return writes.real(fd, buffer, std::min<size_t>(count, 2), offset);
-        });
-    EXPECT_EQ(OSAPI::pwrite(fd(), "abcd", 4, 3), 4);
-    EXPECT_EQ(writes.calls(), 3);
-    EXPECT_EQ(content(), "012abcd789");
-    EXPECT_EQ(OSAPI::seek_from_curpos(fd(), 0), 0);
 }
 
 TEST(Transfer, AsksForNoMoreThanAnIntCounts) {
@@ -282,10 +237,8 @@ TEST_F(TenBytes, Sizes) {
     EXPECT_EQ(OSAPI::getsize(fd()), 10U);
     EXPECT_EQ(file_->getsize(), 10U);
     EXPECT_EQ(OSAPI::getsize(path.c_str()), 10U);
-    expect_message(thrown_message([] { OSAPI::getsize(-1); }), with_error("fstat", EBADF),
-                   "OSAPI::getsize", kSource);
-    expect_message(thrown_message([&] { OSAPI::getsize((path + "x").c_str()); }),
-                   with_error("stat", ENOENT), "OSAPI::getsize", kSource);
+    kFiles.expect("fstat", EBADF, "getsize", [] { OSAPI::getsize(-1); });
+    kFiles.expect("stat", ENOENT, "getsize", [&] { OSAPI::getsize((path + "x").c_str()); });
 }
 
 TEST_F(TenBytes, TruncateAndSizesBeyondFourGigabytes) {
@@ -296,8 +249,7 @@ TEST_F(TenBytes, TruncateAndSizesBeyondFourGigabytes) {
     EXPECT_EQ(OSAPI::lseek(fd(), -1, SEEK_END), size - 1);
     OSAPI::truncate(fd(), 3);
     EXPECT_EQ(content(), "012");
-    expect_message(thrown_message([&] { OSAPI::truncate(fd(), -1); }),
-                   with_error("ftruncate", EINVAL), "OSAPI::truncate", kSource);
+    kFiles.expect("ftruncate", EINVAL, "truncate", [&] { OSAPI::truncate(fd(), -1); });
 }
 
 TEST_F(TenBytes, Seeking) {
@@ -308,22 +260,16 @@ TEST_F(TenBytes, Seeking) {
     EXPECT_EQ(OSAPI::read(fd(), buffer_, 1), 1);
     EXPECT_STREQ(buffer_, "1");
     for (const auto seek : {OSAPI::seek_from_start, OSAPI::seek_from_curpos}) {
-        expect_message(thrown_message([&] { seek(fd(), -100); }), with_error("lseek", EINVAL),
-                       "OSAPI::lseek", kSource);
+        kFiles.expect("lseek", EINVAL, "lseek", [&] { seek(fd(), -100); });
     }
 }
 
-TEST_F(TenBytes, SyncAndItsFailure) {
+TEST_F(TenBytes, SyncOfAFileReportsFailuresThatOfTheSystemHasNone) {
     OSAPI::sync(fd());
     OSAPI::datasync(fd());
     const Fault<&Syscalls::fsync> fault(EIO, kAlways);
-    expect_message(thrown_message([&] { OSAPI::sync(fd()); }), with_error("fsync", EIO),
-                   "OSAPI::sync", kSource);
-    expect_message(thrown_message([&] { OSAPI::datasync(fd()); }), with_error("fsync", EIO),
-                   "OSAPI::sync", kSource);
-}
-
-TEST(Sync, OfTheWholeSystemCallsTheSystemOnce) {
+    kFiles.expect("fsync", EIO, "sync", [&] { OSAPI::sync(fd()); });
+    kFiles.expect("fsync", EIO, "sync", [&] { OSAPI::datasync(fd()); });
     const Intercept<&Syscalls::sync> syncs([] {});
     OSAPI::sync();
     EXPECT_EQ(syncs.calls(), 1);
@@ -337,40 +283,35 @@ TEST(Names, AreChangedAndRemovedOrNamedInTheFailure) {
     write_file(to, "old");
     OSAPI::rename(from.c_str(), to.c_str());
     EXPECT_EQ(read_file(to), "new");
-    expect_message(thrown_message([&] { OSAPI::rename(from.c_str(), to.c_str()); }),
-                   with_error("rename(" + from + "," + to + ")", ENOENT), "OSAPI::rename", kSource);
+    kFiles.expect("rename(" + from + "," + to + ")", ENOENT, "rename",
+                  [&] { OSAPI::rename(from.c_str(), to.c_str()); });
     for (const auto remove : {OSAPI::rm, OSAPI::rm_ifexist}) {
         write_file(to, "");
         remove(to.c_str());
         EXPECT_FALSE(std::filesystem::exists(to));
     }
-    expect_message(thrown_message([&] { OSAPI::rm(to.c_str()); }),
-                   with_error("unlink(" + to + ")", ENOENT), "OSAPI::rm", kSource);
+    kFiles.expect("unlink(" + to + ")", ENOENT, "rm", [&] { OSAPI::rm(to.c_str()); });
     OSAPI::rm_ifexist(to.c_str());  // a missing file alone is no error
     const Fault<&Syscalls::unlink> fault(EROFS);
-    expect_message(thrown_message([&] { OSAPI::rm_ifexist(to.c_str()); }),
-                   with_error("unlink(" + to + ")", EROFS), "OSAPI::rm_ifexist", kSource);
+    kFiles.expect("unlink(" + to + ")", EROFS, "rm_ifexist",
+                  [&] { OSAPI::rm_ifexist(to.c_str()); });
 }
 
-TEST(FileExists, TellsWhetherAFileIsThere) {
+TEST(FileExists, AsksForThePermissionsOfTheMode) {
     const ScratchFolder folder;
     const std::string path = folder / "a";
     EXPECT_FALSE(OSAPI::file_exists(path.c_str(), 0));
     write_file(path, "");
     EXPECT_TRUE(OSAPI::file_exists(path.c_str(), 0));
-}
-
-TEST(FileExists, AsksForThePermissionsOfTheMode) {
-    const int expected[] = {F_OK, R_OK, W_OK, R_OK | W_OK};
+    std::vector<int> asked;
+    const Intercept<&Syscalls::access> checks([&](const char*, int what) {
+        asked.push_back(what);
+        return 0;
+    });
     for (int mode = 0; mode < 4; ++mode) {
-        int asked = -1;
-        const Intercept<&Syscalls::access> checks([&](const char*, int what) {
-            asked = what;
-            return 0;
-        });
         EXPECT_TRUE(OSAPI::file_exists("x", mode));
-        EXPECT_EQ(asked, expected[mode]);
     }
+    EXPECT_EQ(asked, (std::vector<int>{F_OK, R_OK, W_OK, R_OK | W_OK}));
 }
 
 TEST(PageSize, IsTheSystems) { EXPECT_EQ(OSAPI::get_page_size(), sysconf(_SC_PAGESIZE)); }
@@ -412,7 +353,7 @@ TEST(Reason, OfAMessageWithoutACallIsAllButThePlace) {
     EXPECT_EQ(reason_of([] { throw StrXception(String()); }), "");
 }
 
-const char* const kMappingsSource = "osapi/osapi-unix-mappings.cpp";
+const FailuresOf kMappings("osapi/osapi-unix-mappings.cpp");
 
 class FileMapping : public testing::Test {
 protected:
@@ -430,18 +371,27 @@ TEST_F(FileMapping, ShowsTheWholeFileAfterItsDescriptorIsClosed) {
     EXPECT_EQ(std::string(mapping.addr(), mapping.size()), "0123456789");
 }
 
-TEST_F(FileMapping, OfAnEmptyFileFailsInTheMappingCall) {
-    write_file(path_, "");
-    expect_message(thrown_message([&] { OSAPI::FileMapping(path_.c_str(), OSAPI::kRead); }),
-                   with_error("mmap(file)", EINVAL), "OSAPI::FileMapping::map", kMappingsSource);
-}
-
-TEST_F(FileMapping, ThatFailsStaysEmpty) {
+TEST_F(FileMapping, FailureNamesTheCallAndLeavesNothing) {
+    const auto map = [&] { OSAPI::FileMapping(path_.c_str(), OSAPI::kRead); };
+    {
+        const Fault<&Syscalls::fstat> fault(EIO);
+        kFiles.expect("fstat", EIO, "getsize", map);
+    }
+    {
+        const Intercept<&Syscalls::munmap> unmaps(
+            [&](void* addr, size_t size) { return unmaps.real(addr, size); });
+        const CloseFault closes(EIO);
+        kFiles.expect("close", EIO, "close", map);
+        EXPECT_EQ(unmaps.calls(), 1);
+        EXPECT_EQ(closes.calls(), 1);
+    }
     OSAPI::FileMapping mapping;
-    expect_message(thrown_message([&] { mapping.map(OSAPI::kNoDescriptor, 10, OSAPI::kRead); }),
-                   with_error("mmap(file)", EBADF), "OSAPI::FileMapping::map", kMappingsSource);
+    kMappings.expect("mmap(file)", EBADF, "FileMapping::map",
+                     [&] { mapping.map(OSAPI::kNoDescriptor, 10, OSAPI::kRead); });
     EXPECT_EQ(mapping.addr(), nullptr);
     EXPECT_EQ(mapping.size(), 0U);
+    write_file(path_, "");
+    kMappings.expect("mmap(file)", EINVAL, "FileMapping::map", map);
 }
 
 TEST_F(FileMapping, MapsOnce) {
@@ -460,41 +410,20 @@ TEST_F(FileMapping, WritesReachTheFile) {
 }
 
 TEST_F(FileMapping, ProtectionFollowsTheMode) {
-    std::string asked;
+    std::vector<int> asked;
     const Intercept<&Syscalls::mmap> maps(
-        [&](void*, size_t size, int protection, int flags, int fd, off_t offset) -> void* {
-            asked += std::to_string(protection) + ' ';
+        [&](void*, size_t size, int protection, int flags, int fd, off_t offset) {
+            asked.push_back(protection);
             EXPECT_EQ(size, 10U);
             EXPECT_EQ(flags, MAP_SHARED);
             EXPECT_EQ(fd, 77);
             EXPECT_EQ(offset, 0);
-            errno = EIO;
             return MAP_FAILED;
         });
     for (int mode = 0; mode < 4; ++mode) {
         thrown_message([&] { OSAPI::FileMapping(77, 10, mode); });
     }
-    std::string expected;
-    for (const int protection : {PROT_NONE, PROT_READ, PROT_WRITE, PROT_READ | PROT_WRITE}) {
-        expected += std::to_string(protection) + ' ';
-    }
-    EXPECT_EQ(asked, expected);
-}
-
-TEST_F(FileMapping, ReportsAFailedSizeCallAndLeaksNothing) {
-    const Fault<&Syscalls::fstat> fault(EIO);
-    expect_message(thrown_message([&] { OSAPI::FileMapping(path_.c_str(), OSAPI::kRead); }),
-                   with_error("fstat", EIO), "OSAPI::getsize", "osapi/osapi-unix.cpp");
-}
-
-TEST_F(FileMapping, UnmapsWhenClosingItsFileFails) {
-    const Intercept<&Syscalls::munmap> unmaps(
-        [&](void* addr, size_t size) { return unmaps.real(addr, size); });
-    const CloseFault closes(EIO);
-    expect_message(thrown_message([&] { OSAPI::FileMapping(path_.c_str(), OSAPI::kRead); }),
-                   with_error("close", EIO), "OSAPI::close", "osapi/osapi-unix.cpp");
-    EXPECT_EQ(unmaps.calls(), 1);
-    EXPECT_EQ(closes.calls(), 1);
+    EXPECT_EQ(asked, (std::vector<int>{PROT_NONE, PROT_READ, PROT_WRITE, PROT_READ | PROT_WRITE}));
 }
 
 TEST(AnonMapping, IsZeroedWritableAndSharedOrPrivateAsAsked) {
@@ -515,24 +444,19 @@ TEST(AnonMapping, IsZeroedWritableAndSharedOrPrivateAsAsked) {
 
 TEST(AnonMapping, FailureNamesTheCall) {
     const Fault<&Syscalls::mmap> fault(ENOMEM);
-    expect_message(thrown_message([] { OSAPI::AnonMapping(100, false); }),
-                   with_error("mmap(anonymous)", ENOMEM), "OSAPI::AnonMapping::AnonMapping",
-                   kMappingsSource);
+    kMappings.expect("mmap(anonymous)", ENOMEM, "AnonMapping::AnonMapping",
+                     [] { OSAPI::AnonMapping(100, false); });
 }
 
-TEST(MemoryMapping, EmptyUnmapsNothing) {
+TEST(MemoryMapping, UnmapsWhatItHasAndReportsThatItCannot) {
     const Fault<&Syscalls::munmap> fault(EINVAL, kAlways);
-    { const OSAPI::MemoryMapping mapping; }
+    { const OSAPI::MemoryMapping empty; }
     EXPECT_EQ(fault.calls(), 0);
-}
-
-TEST(MemoryMapping, DestructorReportsThatUnmappingFails) {
-    const Fault<&Syscalls::munmap> fault(EINVAL, kAlways);
-    expect_failing_destructor(with_error("munmap", EINVAL), "OSAPI::MemoryMapping::~MemoryMapping",
-                              kMappingsSource, [](auto end) {
-                                  const OSAPI::AnonMapping mapping(100, false);
-                                  end();
-                              });
+    kMappings.expect_from_destructor("munmap", EINVAL, "MemoryMapping::~MemoryMapping",
+                                     [](auto end) {
+                                         const OSAPI::AnonMapping mapping(100, false);
+                                         end();
+                                     });
 }
 
 TEST(LockMemory, PinsAndUnpinsTheRange) {
@@ -557,8 +481,8 @@ TEST(LockMemory, FailureNamesTheCallAndUnlocksNothing) {
     const Fault<&Syscalls::mlock> fault(EPERM);
     const Fault<&Syscalls::munlock> unlocks(ENOMEM);
     char page[64];
-    expect_message(thrown_message([&] { OSAPI::LockMemory(page, sizeof page); }),
-                   with_error("mlock", EPERM), "OSAPI::LockMemory::LockMemory", kMappingsSource);
+    kMappings.expect("mlock", EPERM, "LockMemory::LockMemory",
+                     [&] { OSAPI::LockMemory(page, sizeof page); });
     EXPECT_EQ(unlocks.calls(), 0);
 }
 

@@ -13,8 +13,7 @@
 #include <string_view>
 #include <vector>
 
-#include "support/expect_throw.h"
-#include "support/faults.h"
+#include "failures.h"
 #include "support/interruptions.h"
 #include "support/scratch.h"
 
@@ -24,20 +23,9 @@ using OSAPI::FileDescriptor;
 using OSAPI::Pipe;
 using OSAPI::Syscalls;
 
-const char* const kSource = "osapi/osapi-unix-pipes.cpp";
+const FailuresOf kPipes("osapi/osapi-unix-pipes.cpp");
 
-TEST(Pipe, CarriesBytesFromOneEndToTheOther) {
-    Pipe pipe;
-    pipe.open();
-    OSAPI::write(pipe.write_end().fd(), "abc", 3);
-    pipe.write_end().close();
-    char text[8] = {};
-    OSAPI::read(pipe.read_end().fd(), text, 3);
-    EXPECT_STREQ(text, "abc");
-    EXPECT_EQ(OSAPI::read_short(pipe.read_end().fd(), text, 8), 0) << "no writer: the end";
-}
-
-TEST(Pipe, ClosesBothEndsAndMayBeOpenedAgain) {
+TEST(Pipe, CarriesBytesClosesBothEndsAndMayBeOpenedAgain) {
     const int before = open_descriptors();
     {
         Pipe pipe;
@@ -46,8 +34,13 @@ TEST(Pipe, ClosesBothEndsAndMayBeOpenedAgain) {
         EXPECT_EQ(open_descriptors(), before + 2);
         EXPECT_EQ(fcntl(pipe.read_end().fd(), F_GETFD) & FD_CLOEXEC, 0);
         EXPECT_EQ(fcntl(pipe.write_end().fd(), F_GETFD) & FD_CLOEXEC, 0);
-        pipe.read_end().close();
+        OSAPI::write(pipe.write_end().fd(), "abc", 3);
         pipe.write_end().close();
+        char text[8] = {};
+        OSAPI::read(pipe.read_end().fd(), text, 3);
+        EXPECT_STREQ(text, "abc");
+        EXPECT_EQ(OSAPI::read_short(pipe.read_end().fd(), text, 8), 0) << "no writer: the end";
+        pipe.read_end().close();
         pipe.open();
     }
     EXPECT_EQ(open_descriptors(), before);
@@ -58,23 +51,21 @@ TEST(Pipe, RefusesToOpenWhileAnEndIsOpenAndKeepsWhatItHas) {
         Pipe pipe;
         pipe.open();
         const int reader = pipe.read_end().fd();
-        const auto expect_refusal = [&pipe] {
-            const int before = open_descriptors();
-            EXPECT_EQ(failed_assertion([&] { pipe.open(); }), "!is_open()");
-            EXPECT_EQ(open_descriptors(), before);
-        };
-        expect_refusal();
+        int before = open_descriptors();
+        EXPECT_EQ(failed_assertion([&] { pipe.open(); }), "!is_open()");
         EXPECT_EQ(pipe.read_end().fd(), reader);
+        EXPECT_EQ(open_descriptors(), before--);
         (pipe.*closed)().close();
-        expect_refusal();
+        EXPECT_EQ(failed_assertion([&] { pipe.open(); }), "!is_open()");
         EXPECT_FALSE((pipe.*closed)().is_open());
+        EXPECT_EQ(open_descriptors(), before);
     }
 }
 
 TEST(Pipe, ReportsEveryFailure) {
     const int before = open_descriptors();
     Pipe pipe;
-    expect_every_error<&Syscalls::pipe>([&] { pipe.open(); }, "pipe", "OSAPI::Pipe::open", kSource);
+    kPipes.expect_every<&Syscalls::pipe>("pipe", "Pipe::open", [&] { pipe.open(); });
     EXPECT_FALSE(pipe.read_end().is_open());
     EXPECT_FALSE(pipe.write_end().is_open());
     EXPECT_EQ(open_descriptors(), before);
@@ -105,13 +96,13 @@ TEST(NamedPipe, ReportsPathAndError) {
     const ScratchFolder folder;
     const std::string path = folder / "there";
     write_file(path, "");
-    expect_message(thrown_message([&] { OSAPI::make_named_pipe(path.c_str()); }),
-                   with_error("mknod(" + path + ")", EEXIST), "OSAPI::make_named_pipe", kSource);
-    expect_every_error<&Syscalls::mknod>([&] { OSAPI::make_named_pipe("p"); }, "mknod(p)",
-                                         "OSAPI::make_named_pipe", kSource);
+    kPipes.expect("mknod(" + path + ")", EEXIST, "make_named_pipe",
+                  [&] { OSAPI::make_named_pipe(path.c_str()); });
+    kPipes.expect_every<&Syscalls::mknod>("mknod(p)", "make_named_pipe",
+                                          [&] { OSAPI::make_named_pipe("p"); });
 }
 
-const char* const kPollingSource = "osapi/osapi-unix-polling.cpp";
+const FailuresOf kPolling("osapi/osapi-unix-polling.cpp");
 
 class Polling : public testing::Test {
 protected:
@@ -170,8 +161,8 @@ TEST_F(Polling, ReportsAnyOtherFailure) {
                           return_on_interrupt ? -1 : 1);
                 continue;
             }
-            expect_message(thrown_message([&] { OSAPI::poll(&one, 1, -1, return_on_interrupt); }),
-                           with_error("poll", error), "OSAPI::poll", kPollingSource);
+            kPolling.expect("poll", error, "poll",
+                            [&] { OSAPI::poll(&one, 1, -1, return_on_interrupt); });
             EXPECT_EQ(fault.calls(), 1);
         }
     }

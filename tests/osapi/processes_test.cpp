@@ -19,10 +19,9 @@
 #include <string>
 #include <vector>
 
+#include "failures.h"
 #include "support/captured_output.h"
 #include "support/child.h"
-#include "support/expect_throw.h"
-#include "support/faults.h"
 #include "support/interruptions.h"
 #include "support/scratch.h"
 
@@ -32,7 +31,7 @@ using OSAPI::_wait_until_dead;
 using OSAPI::ChildProcess;
 using OSAPI::Syscalls;
 
-const char* const kSource = "osapi/osapi-unix-processes.cpp";
+const FailuresOf kProcesses("osapi/osapi-unix-processes.cpp");
 
 /// A child that lives until it is let go or ended by a signal.
 class WaitingChild {
@@ -71,18 +70,12 @@ TEST(Fork, GivesZeroToTheChildAndTheChildsIdToTheParent) {
     EXPECT_NE(pid, OSAPI::getpid());
     EXPECT_EQ(OSAPI::getpid(), ::getpid());
     EXPECT_EQ(_wait_until_dead(pid, nullptr, false), 0);
+    kProcesses.expect_every<&Syscalls::fork>("fork", "fork", [] { OSAPI::fork(); });
 }
 
-TEST(Fork, ReportsEveryFailure) {
-    expect_every_error<&Syscalls::fork>([] { OSAPI::fork(); }, "fork", "OSAPI::fork", kSource);
-}
-
-TEST(Exec, RunsAProgramFoundAlongThePathWithItsArguments) {
+TEST(Exec, RunsAProgramFoundAlongThePathWithItsArgumentsOrItsNameAlone) {
     const char* const arguments[] = {"sh", "-c", "exit $1", "name", "42", nullptr};
     EXPECT_EQ(result_in_child([&]() -> int { OSAPI::exec("sh", arguments); }), 42);
-}
-
-TEST(Exec, WithoutArgumentsPassesTheNameOfTheFileAlone) {
     const ScratchFolder folder;
     const std::string program = folder / "program";
     write_file(program, "#!/bin/sh\ntest \"$0\" = '" + program + "' && exit $((40 + $#))\n");
@@ -93,10 +86,10 @@ TEST(Exec, WithoutArgumentsPassesTheNameOfTheFileAlone) {
 TEST(Exec, ReturnsOnlyByThrowing) {
     const ScratchFolder folder;
     const std::string missing = folder / "none";
-    expect_message(thrown_message([&] { OSAPI::exec(missing.c_str(), nullptr); }),
-                   with_error("exec(" + missing + ")", ENOENT), "OSAPI::exec", kSource);
-    expect_every_error<&Syscalls::execvp>([] { OSAPI::exec("true", nullptr); }, "exec(true)",
-                                          "OSAPI::exec", kSource);
+    kProcesses.expect("exec(" + missing + ")", ENOENT, "exec",
+                      [&] { OSAPI::exec(missing.c_str(), nullptr); });
+    kProcesses.expect_every<&Syscalls::execvp>("exec(true)", "exec",
+                                               [] { OSAPI::exec("true", nullptr); });
 }
 
 TEST(Wait, GivesTheExitCodeAndTheIdOfTheChild) {
@@ -180,8 +173,8 @@ TEST(Wait, ReportsAnyOtherFailure) {
                 EXPECT_EQ(fault.calls(), 2);
                 continue;
             }
-            expect_message(thrown_message([&] { _wait_until_dead(pid, nullptr, false); }),
-                           with_error("waitpid", error), "OSAPI::_wait_until_dead", kSource);
+            kProcesses.expect("waitpid", error, "_wait_until_dead",
+                              [&] { _wait_until_dead(pid, nullptr, false); });
         }
         EXPECT_EQ(_wait_until_dead(pid, nullptr, false), 6);
     }
@@ -189,8 +182,8 @@ TEST(Wait, ReportsAnyOtherFailure) {
 
 TEST(Wait, RefusesAReturnWithoutAnEnd) {
     const Intercept<&Syscalls::waitpid> waits([](pid_t, int*, int) { return pid_t{0}; });
-    expect_message(thrown_message([] { _wait_until_dead(1, nullptr, false); }),
-                   "unexpected return value from waitpid()", "OSAPI::_wait_until_dead", kSource);
+    kProcesses.expect_text("unexpected return value from waitpid()", "_wait_until_dead",
+                           [] { _wait_until_dead(1, nullptr, false); });
     EXPECT_EQ(_wait_until_dead(1, nullptr, true), -1);
 }
 
@@ -199,20 +192,17 @@ TEST(WaitUntilDead, AcceptsAnExitCodeOfZeroAlone) {
     const WaitingChild killed;
     OSAPI::kill(killed.pid(), SIGKILL);
     for (const int pid : {fork_child([] { return 1; }), killed.pid(), OSAPI::getpid()}) {
-        expect_message(thrown_message([=] { OSAPI::wait_until_dead(pid); }),
-                       "child process returned non-zero exit code", "OSAPI::wait_until_dead",
-                       kSource);
+        kProcesses.expect_text("child process returned non-zero exit code", "wait_until_dead",
+                               [=] { OSAPI::wait_until_dead(pid); });
     }
 }
 
 TEST(Kill, ReportsProcessAndSignal) {
     const int self = OSAPI::getpid();
     OSAPI::kill(self, 0);  // only asks whether it could
-    expect_message(thrown_message([&] { OSAPI::kill(self, 12345); }),
-                   with_error("kill(" + std::to_string(self) + ",12345)", EINVAL), "OSAPI::kill",
-                   kSource);
-    expect_every_error<&Syscalls::kill>([] { OSAPI::kill(-7, 9); }, "kill(-7,9)", "OSAPI::kill",
-                                        kSource);
+    kProcesses.expect("kill(" + std::to_string(self) + ",12345)", EINVAL, "kill",
+                      [&] { OSAPI::kill(self, 12345); });
+    kProcesses.expect_every<&Syscalls::kill>("kill(-7,9)", "kill", [] { OSAPI::kill(-7, 9); });
 }
 
 OSAPI::Pipe* cleaned_up = nullptr;
@@ -266,10 +256,13 @@ TEST(ChildProcess, RunsOneFunctionAtATimeAndIsWaitedFor) {
     child.stop();  // none: nothing to wait for
     {
         const Fault<&Syscalls::fork> fault(EAGAIN);
-        expect_message(thrown_message([&] { child.start([] { return 0; }); }),
-                       with_error("fork", EAGAIN), "OSAPI::fork", kSource);
+        kProcesses.expect("fork", EAGAIN, "fork", [&] { child.start([] { return 0; }); });
         EXPECT_EQ(child.pid(), -1);
     }
+    child.start([] { return 5; });
+    kProcesses.expect_text("child process returned non-zero exit code", "wait_until_dead",
+                           [&] { child.stop(); });
+    EXPECT_EQ(child.pid(), -1) << "gone all the same";
     child.start([] { return 0; });
     EXPECT_EQ(failed_assertion([&] { child.start([] { return 0; }); }), "pid_ == kNoChild");
     const int pid = child.pid();
@@ -280,39 +273,21 @@ TEST(ChildProcess, RunsOneFunctionAtATimeAndIsWaitedFor) {
     child.stop();
 }
 
-TEST(ChildProcess, FailedOneIsGoneAfterStopAllTheSame) {
+TEST(ChildProcess, PrintsTheExceptionThatEndsItAndNotWhatTheParentHasBuffered) {
+    CapturedOutput errors(stderr);
+    CapturedOutput out(stdout);
+    std::printf("parent ");
     ChildProcess child;
-    child.start([] { return 5; });
-    expect_message(thrown_message([&] { child.stop(); }),
-                   "child process returned non-zero exit code", "OSAPI::wait_until_dead", kSource);
-    EXPECT_EQ(child.pid(), -1);
-    child.start([] { return 0; });
-    child.stop();
-}
-
-TEST(ChildProcess, PrintsTheExceptionThatEndsIt) {
-    const std::string printed = output_of(stderr, [] {
-        ChildProcess child;
-        child.start([]() -> int { OSAPI::exec("/none/at/all", nullptr); });
-        EXPECT_EQ(_wait_until_dead(child.pid(), nullptr, false), 1);
+    child.start([]() -> int {
+        std::printf("child ");
+        OSAPI::exec("/none/at/all", nullptr);
     });
-    EXPECT_EQ(printed.find("Error: " + with_error("exec(/none/at/all)", ENOENT)), 0U) << printed;
+    EXPECT_EQ(_wait_until_dead(child.pid(), nullptr, false), 1);
+    EXPECT_EQ(errors.text().find("Error: " + with_error("exec(/none/at/all)", ENOENT)), 0U);
+    EXPECT_EQ(out.text(), "parent child ");
 }
 
-TEST(ChildProcess, DoesNotRepeatWhatTheParentHasBuffered) {
-    const std::string printed = output_of(stdout, [] {
-        std::printf("parent ");
-        ChildProcess child;
-        child.start([] {
-            std::printf("child ");
-            return 0;
-        });
-        child.stop();
-    });
-    EXPECT_EQ(printed, "parent child ");
-}
-
-const char* const kDescendantsSource = "osapi/osapi-unix-descendants.cpp";
+const FailuresOf kDescendants("osapi/osapi-unix-descendants.cpp");
 
 int wait_for_ever() {
     alarm(40);
@@ -343,14 +318,15 @@ TEST(LeadGroup, MakesAGroupThatChildrenJoin) {
 }
 
 TEST(LeadGroup, ReportsEveryFailure) {
-    expect_every_error<&Syscalls::setpgid>([] { OSAPI::lead_group(); }, "setpgid",
-                                           "OSAPI::lead_group", kDescendantsSource);
+    kDescendants.expect_every<&Syscalls::setpgid>("setpgid", "lead_group",
+                                                  [] { OSAPI::lead_group(); });
 }
 
 TEST(Children, AreOwnOnesAloneUntilTheyAreWaitedFor) {
     if (access("/proc/self/stat", R_OK) != 0) {
         GTEST_SKIP() << "this system does not tell";
     }
+    const int descriptors = OSAPI::open_descriptors();
     const int first = fork_child(wait_for_ever);
     const int second = fork_child(wait_for_ever);
     const std::vector<int> both = OSAPI::children();
@@ -360,34 +336,22 @@ TEST(Children, AreOwnOnesAloneUntilTheyAreWaitedFor) {
     EXPECT_FALSE(holds(both, getppid()));
     OSAPI::kill(first, SIGKILL);
     _wait_until_dead(first, nullptr, false);
-    const std::vector<int> one = OSAPI::children();
-    EXPECT_FALSE(holds(one, first));
-    EXPECT_TRUE(holds(one, second));
-    OSAPI::kill(second, SIGKILL);
-    _wait_until_dead(second, nullptr, false);
-}
-
-TEST(Children, AreFoundThoughOtherProcessesEndMeanwhile) {
-    if (access("/proc/self/stat", R_OK) != 0) {
-        GTEST_SKIP() << "this system does not tell";
-    }
-    const int before = OSAPI::open_descriptors();
-    const int child = fork_child(wait_for_ever);
-    // What is told of a process that ended between the two calls: process 1, say, which comes
-    // first.
+    // What is told of a process that ended between two calls: process 1, say, which comes first.
     {
         const Fault<&Syscalls::open> gone(ENOENT);
-        EXPECT_TRUE(holds(OSAPI::children(), child));
+        const std::vector<int> one = OSAPI::children();
+        EXPECT_FALSE(holds(one, first));
+        EXPECT_TRUE(holds(one, second));
         EXPECT_GT(gone.calls(), 1);
     }
     {
         const Fault<&Syscalls::read> gone(ESRCH);
-        EXPECT_TRUE(holds(OSAPI::children(), child));
+        EXPECT_TRUE(holds(OSAPI::children(), second));
         EXPECT_GT(gone.calls(), 1);
     }
-    EXPECT_EQ(OSAPI::open_descriptors(), before);
-    OSAPI::kill(child, SIGKILL);
-    _wait_until_dead(child, nullptr, false);
+    EXPECT_EQ(OSAPI::open_descriptors(), descriptors);
+    OSAPI::kill(second, SIGKILL);
+    _wait_until_dead(second, nullptr, false);
 }
 
 TEST(AdoptOrphans, MakesChildrenOfThem) {
@@ -432,6 +396,7 @@ TEST(AdoptOrphans, SaysWhereThereIsNoSuchThing) {
 TEST(StartApart, LeavesStreamsSignalsAndTheGroupOfTheParent) {
     OSAPI::Pipe errors;
     errors.open();
+    CapturedOutput out(stdout);
     const int result = result_in_child([&] {
         std::signal(SIGINT, SIG_IGN);
         sigset_t terminate;
@@ -448,46 +413,34 @@ TEST(StartApart, LeavesStreamsSignalsAndTheGroupOfTheParent) {
         return (getpgrp() == getpid() ? 0 : 1) | (std::signal(SIGINT, SIG_DFL) == SIG_DFL ? 0 : 2) |
                (sigismember(&blocked, SIGTERM) == 0 ? 0 : 4) | (cores.rlim_cur == 0 ? 0 : 8) |
                (read(STDIN_FILENO, &byte, 1) == 0 ? 0 : 16) |
-               (write(STDOUT_FILENO, "x", 1) == 1 && !isatty(STDOUT_FILENO) ? 0 : 32);
+               (write(STDOUT_FILENO, "x", 1) == 1 ? 0 : 32);
     });
     EXPECT_EQ(result, 0);
+    EXPECT_EQ(out.text(), "");
     errors.write_end().close();
     char text[8] = {};
     EXPECT_EQ(OSAPI::read_short(errors.read_end().fd(), text, sizeof text), 5);
     EXPECT_STREQ(text, "noise");
 }
 
-TEST(StartApart, LetsNothingOfStandardOutputThrough) {
-    CapturedOutput out(stdout);
-    result_in_child([] {
-        OSAPI::start_apart(STDERR_FILENO);
-        return write(STDOUT_FILENO, "noise", 5) == 5 ? 0 : 1;
-    });
-    EXPECT_EQ(out.text(), "");
-}
-
-TEST(SharedText, OutlivesTheWritersCrash) {
+TEST(SharedText, TakesWhatHasRoomAndOutlivesTheWritersCrash) {
     OSAPI::SharedText shared;
     EXPECT_EQ(shared.text(), "");
     const unsigned before = shared.changes();
+    const std::string longer(1000, 'x');
     EXPECT_EQ(result_in_child([&]() -> int {
-                  shared.set("a longer one");
                   shared.set("last");
+                  shared.set(longer);
                   OSAPI::kill(OSAPI::getpid(), SIGKILL);
                   OSAPI::pause();
                   return 0;
               }),
               SIGKILL);
-    EXPECT_EQ(shared.text(), "last");
     EXPECT_EQ(shared.changes() - before, 2U);
-}
-
-TEST(SharedText, TakesWhatHasRoom) {
-    OSAPI::SharedText shared;
-    const std::string longer(1000, 'x');
-    shared.set(longer);
     EXPECT_GE(shared.text().size(), 100U);
     EXPECT_EQ(shared.text(), longer.substr(0, shared.text().size()));
+    shared.set("last");
+    EXPECT_EQ(shared.text(), "last") << "and no rest of a longer one";
 }
 
 }  // namespace

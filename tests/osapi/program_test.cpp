@@ -95,27 +95,21 @@ TEST(Program, IsFoundBehindLinksAndFromAnyFolder) {
     EXPECT_EQ(read_file(folder / "shown"), program.string());
 }
 
-TEST(Console, IsAskedForByDescriptor) {
-    int asked = -1;
-    const Intercept<&OSAPI::Syscalls::isatty> asks([&](int fd) {
-        asked = fd;
-        return fd == 2 ? 0 : 1;
-    });
-    EXPECT_TRUE(OSAPI::stdin_is_console());
-    EXPECT_EQ(asked, 0);
-    EXPECT_TRUE(OSAPI::stdout_is_console());
-    EXPECT_EQ(asked, 1);
-    EXPECT_FALSE(OSAPI::stderr_is_console());
-    EXPECT_EQ(asked, 2);
-    EXPECT_TRUE(OSAPI::is_console(77));
-    EXPECT_EQ(asked, 77);
-}
-
-TEST(Console, IsNeitherAFileNorWhatIsNotOpen) {
+TEST(Console, IsAskedForByDescriptorAndNeitherAFileNorWhatIsNotOpen) {
     const ScratchFolder folder;
     const OSAPI::DiskFile file((folder / "a").c_str(), OSAPI::kWrite);
     EXPECT_FALSE(OSAPI::is_console(file.fd()));
     EXPECT_FALSE(OSAPI::is_console(-1));
+    std::vector<int> asked;
+    const Intercept<&OSAPI::Syscalls::isatty> asks([&](int fd) {
+        asked.push_back(fd);
+        return fd == 2 ? 0 : 1;
+    });
+    EXPECT_TRUE(OSAPI::stdin_is_console());
+    EXPECT_TRUE(OSAPI::stdout_is_console());
+    EXPECT_FALSE(OSAPI::stderr_is_console());
+    EXPECT_TRUE(OSAPI::is_console(77));
+    EXPECT_EQ(asked, (std::vector<int>{0, 1, 2, 77}));
 }
 
 TEST(Root, IsTheEffectiveUserZero) {
@@ -138,16 +132,29 @@ TEST(Program, ShownWhenAsked) {
 
 namespace {
 
-TEST(Memory, OfTheHeapIsToldToTheBlock) {
-    const u64 before = OSAPI::memory_in_use().heap;
-    void* const block = std::malloc(1000);
-    const u64 with = OSAPI::memory_in_use().heap;
-    std::free(block);
-    const u64 after = OSAPI::memory_in_use().heap;
-    ASSERT_NE(block, nullptr);
-    EXPECT_GE(with, before + 1000);
-    EXPECT_LE(with, before + 1000 + 64) << "and what the allocator adds to a block";
-    EXPECT_LE(after, with);
+TEST(Memory, OfTheHeapIsToldToTheBlockAndDoesNotGrowByAskingForIt) {
+    const auto heap = [] { return OSAPI::memory_in_use().heap; };
+    heap();
+    const u64 before = heap();
+    void* const small = std::malloc(1000);
+    const u64 with_small = heap();
+    void* const large = std::malloc(std::size_t{8} << 20U);  // mapped by itself
+    const u64 with_both = heap();
+    std::free(large);
+    const u64 without_large = heap();
+    std::free(small);
+    const u64 after = heap();
+    ASSERT_NE(small, nullptr);
+    ASSERT_NE(large, nullptr);
+    EXPECT_GE(with_small, before + 1000);
+    EXPECT_LE(with_small, before + 1000 + 64) << "and what the allocator adds to a block";
+    EXPECT_GE(with_both, with_small + (u64{8} << 20U));
+    EXPECT_LT(without_large, with_both);
+    EXPECT_LE(after, without_large);
+    for (int i = 0; i < 100; ++i) {
+        heap();
+    }
+    EXPECT_EQ(heap(), after);
 }
 
 TEST(Memory, OfAThreadThatEndedIsNoneOfItsFreedBlocks) {
@@ -164,25 +171,6 @@ TEST(Memory, OfAThreadThatEndedIsNoneOfItsFreedBlocks) {
     const u64 before = OSAPI::memory_in_use().heap;
     std::thread(use_and_free).join();
     EXPECT_LE(OSAPI::memory_in_use().heap, before);
-}
-
-TEST(Memory, DoesNotGrowByAskingForIt) {
-    OSAPI::memory_in_use();
-    const u64 before = OSAPI::memory_in_use().heap;
-    for (int i = 0; i < 100; ++i) {
-        OSAPI::memory_in_use();
-    }
-    EXPECT_EQ(OSAPI::memory_in_use().heap, before);
-}
-
-TEST(Memory, LargeBlocksCountLikeSmallOnes) {
-    const u64 before = OSAPI::memory_in_use().heap;
-    void* const block = std::malloc(std::size_t{8} << 20U);  // mapped by itself
-    const u64 with = OSAPI::memory_in_use().heap;
-    std::free(block);
-    ASSERT_NE(block, nullptr);
-    EXPECT_GE(with, before + (u64{8} << 20U));
-    EXPECT_LT(OSAPI::memory_in_use().heap, with);
 }
 
 TEST(Memory, CountsWhatIsMapped) {

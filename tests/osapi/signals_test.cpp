@@ -7,10 +7,8 @@
 #include <string>
 #include <type_traits>
 
+#include "failures.h"
 #include "support/child.h"
-#include "support/expect_throw.h"
-#include "support/faults.h"
-#include "support/unwinding.h"
 
 namespace {
 
@@ -23,7 +21,7 @@ using OSAPI::Syscalls;
 static_assert(!std::is_nothrow_destructible_v<SignalHandler>);
 static_assert(!std::is_copy_constructible_v<SignalHandler>);
 
-const char* const kSource = "osapi/osapi-unix-signals.cpp";
+const FailuresOf kSignals("osapi/osapi-unix-signals.cpp");
 
 volatile std::sig_atomic_t first_calls = 0;
 volatile std::sig_atomic_t second_calls = 0;
@@ -33,6 +31,7 @@ void first(int) { first_calls = first_calls + 1; }
 void second(int) { second_calls = second_calls + 1; }
 void detailed(int, siginfo_t*, void*) { first_calls = first_calls + 1; }
 void look_at_mask(int sig) {
+    first(sig);
     sigset_t blocked;
     sigprocmask(SIG_BLOCK, nullptr, &blocked);
     blocked_meanwhile = sigismember(&blocked, sig);
@@ -52,23 +51,18 @@ protected:
     }
 };
 
-TEST_F(Signals, HandlerRunsWithItsOwnSignalBlocked) {
-    blocked_meanwhile = 0;
-    const SignalHandler guard(SIGUSR1, look_at_mask, false);
-    raise(SIGUSR1);
-    EXPECT_EQ(blocked_meanwhile, 1);
-    const struct sigaction action = disposition(SIGUSR1);
-    EXPECT_EQ(sigismember(&action.sa_mask, SIGUSR1), 1);
-    EXPECT_EQ(sigismember(&action.sa_mask, SIGUSR2), 0);
-}
-
-TEST_F(Signals, HandlerIsCalledWhileTheGuardLivesAndRestartsCallsOnRequest) {
+TEST_F(Signals, HandlerIsCalledWhileTheGuardLivesWithItsOwnSignalBlocked) {
     for (const bool restart : {false, true}) {
-        const SignalHandler guard(SIGUSR1, first, restart);
-        EXPECT_EQ((disposition(SIGUSR1).sa_flags & SA_RESTART) != 0, restart);
-        EXPECT_EQ(disposition(SIGUSR1).sa_flags & (SA_RESETHAND | SA_NODEFER | SA_SIGINFO), 0);
+        blocked_meanwhile = 0;
+        const SignalHandler guard(SIGUSR1, look_at_mask, restart);
+        const struct sigaction action = disposition(SIGUSR1);
+        EXPECT_EQ(action.sa_flags & (SA_RESETHAND | SA_NODEFER | SA_SIGINFO | SA_RESTART),
+                  restart ? SA_RESTART : 0);
+        EXPECT_EQ(sigismember(&action.sa_mask, SIGUSR1), 1);
+        EXPECT_EQ(sigismember(&action.sa_mask, SIGUSR2), 0);
         raise(SIGUSR1);
         raise(SIGUSR1);
+        EXPECT_EQ(blocked_meanwhile, 1);
     }
     EXPECT_EQ(first_calls, 4);
     EXPECT_EQ(disposition(SIGUSR1).sa_handler, SIG_DFL);
@@ -164,30 +158,21 @@ TEST_F(Signals, DefaultOneDoesWhatTheSystemDoes) {
 }
 
 TEST_F(Signals, FailureNamesTheSignal) {
-    expect_message(thrown_message([] { const SignalHandler guard(SIGKILL, first, true); }),
-                   with_error("sigaction(9)", EINVAL), "OSAPI::Signal::install", kSource);
-    for (const int error : kErrors) {
-        const Fault<&Syscalls::sigaction> fault(error);
-        const std::string text = with_error("sigaction(" + std::to_string(SIGUSR1) + ")", error);
-        expect_message(thrown_message([] { const SignalIgnore guard(SIGUSR1); }), text,
-                       "OSAPI::Signal::install", kSource);
-        EXPECT_EQ(fault.calls(), 1) << "nothing to restore";
-    }
+    kSignals.expect("sigaction(9)", EINVAL, "Signal::install",
+                    [] { const SignalHandler guard(SIGKILL, first, true); });
+    const std::string call = "sigaction(" + std::to_string(SIGUSR1) + ")";
+    // Each time one call: there is nothing to restore.
+    kSignals.expect_every<&Syscalls::sigaction>(call, "Signal::install",
+                                                [] { const SignalIgnore guard(SIGUSR1); });
     EXPECT_EQ(disposition(SIGUSR1).sa_handler, SIG_DFL);
-    const Fault<&Syscalls::sigaction> fault(EIO);
-    expect_message(thrown_message([] { OSAPI::is_signal_ignored(SIGTERM); }),
-                   with_error("sigaction(" + std::to_string(SIGTERM) + ")", EIO),
-                   "OSAPI::is_signal_ignored", kSource);
-}
-
-TEST_F(Signals, FailedRestoringIsReported) {
+    kSignals.expect_every<&Syscalls::sigaction>(call, "is_signal_ignored",
+                                                [] { OSAPI::is_signal_ignored(SIGUSR1); });
     const SignalHandler outer(SIGUSR1, first, true);
-    expect_failing_destructor(with_error("sigaction(" + std::to_string(SIGUSR1) + ")", EIO),
-                              "OSAPI::Signal::~Signal", kSource, [](auto end) {
-                                  const Fault<&Syscalls::sigaction> fault(EIO, {.after = 1});
-                                  const SignalIgnore guard(SIGUSR1);
-                                  end();
-                              });
+    kSignals.expect_from_destructor(call, EIO, "Signal::~Signal", [](auto end) {
+        const Fault<&Syscalls::sigaction> fault(EIO, {.after = 1});
+        const SignalIgnore guard(SIGUSR1);
+        end();
+    });
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -15,11 +16,9 @@
 #include <string>
 #include <vector>
 
-#include "support/expect_throw.h"
-#include "support/faults.h"
+#include "failures.h"
 #include "support/interruptions.h"
 #include "support/scratch.h"
-#include "support/unwinding.h"
 
 namespace {
 
@@ -87,34 +86,31 @@ using OSAPI::Syscalls;
 using OSAPI::TCPServerSocket;
 using OSAPI::UNIXServerSocket;
 
-const char* const kSource = "osapi/osapi-unix-sockets.cpp";
+const FailuresOf kSockets("osapi/osapi-unix-sockets.cpp");
+const FailuresOf kFlags("osapi/osapi-unix-descriptor-flags.cpp");
 
 bool is_closed_on_exec(int fd) { return (fcntl(fd, F_GETFD) & FD_CLOEXEC) != 0; }
 
-/// Makes each of the system calls of `operation` fail in turn, with each error, until it succeeds:
-/// the n-th failure must begin with `texts[n]` and leave no descriptor open. `operation` closes
-/// what it opened.
+/// Makes each of the system calls of `operation` fail in turn, with each error, and then none: the
+/// n-th failure must begin with `texts[n]` and leave no descriptor open. `operation` closes what it
+/// opened.
 template <auto... Calls, class Operation>
 void expect_every_failure(const std::vector<std::string>& texts, Operation operation) {
+    const int count = static_cast<int>(texts.size());
     for (const int error : kErrors) {
-        int n = 0;
-        for (bool done = false; !done; ++n) {
-            ASSERT_LE(n, static_cast<int>(texts.size()));
+        for (int n = 0; n <= count; ++n) {
             SCOPED_TRACE("call " + std::to_string(n) + ": " + std::strerror(error));
             const int before = open_descriptors();
             const NthCallFault<Calls...> fault(error, n + 1);
-            try {
+            if (n == count) {
                 operation();
-                done = true;
-            } catch (const StrXception& failure) {
-                const std::string message = failure.message().c_str();
-                const std::string expected = with_error(texts.at(n), error) + " in <";
-                EXPECT_EQ(message.substr(0, expected.size()), expected);
+            } else {
+                const std::string expected = with_error(texts[n], error) + " in <";
+                EXPECT_EQ(thrown_message(operation).substr(0, expected.size()), expected);
             }
-            EXPECT_EQ(fault.calls(), done ? n : n + 1);
+            EXPECT_EQ(fault.calls(), std::min(n + 1, count));
             EXPECT_EQ(open_descriptors(), before);
         }
-        EXPECT_EQ(n - 1, static_cast<int>(texts.size()));
     }
 }
 
@@ -125,6 +121,7 @@ TEST(TCPServer, ClosesAndOpensAgainOnTheSamePort) {
         TCPServerSocket server(port.number());
         server.close();
         EXPECT_FALSE(server.is_open());
+        kSockets.expect("accept", EBADF, "ServerSocket::accept", [&] { server.accept(true); });
         server.close();
         server.open(port.number());
         EXPECT_EQ(failed_assertion([&] { server.open(port.number()); }), "!is_open()");
@@ -133,19 +130,19 @@ TEST(TCPServer, ClosesAndOpensAgainOnTheSamePort) {
     EXPECT_EQ(open_descriptors(), before);
 }
 
-TEST(TCPServer, RefusesPortsThatAreNone) {
+TEST(Ports, ThatAreNoneAreRefusedBeforeAnyCall) {
     const Fault<&Syscalls::socket> sockets(EIO, kAlways);
+    const Fault<&Syscalls::gethostbyname> lookups(EIO, kAlways);
+    const std::string condition = "port > 0 && port <= 65535";
+    TCPServerSocket server;
     for (const int port : {0, 65536, -1}) {
-        TCPServerSocket server;
-        EXPECT_EQ(failed_assertion([&] { server.open(port); }), "port > 0 && port <= 65535");
-        EXPECT_EQ(failed_assertion([&] { const TCPServerSocket made(port); }),
-                  "port > 0 && port <= 65535");
+        EXPECT_EQ(failed_assertion([&] { server.open(port); }), condition);
+        EXPECT_EQ(failed_assertion([&] { const TCPServerSocket made(port); }), condition);
+        EXPECT_EQ(failed_assertion([&] { connect_tcp("127.0.0.1", port); }), condition);
     }
-    EXPECT_EQ(sockets.calls(), 0);
+    EXPECT_EQ(sockets.calls() + lookups.calls(), 0);
     for (const int port : {1, 65535}) {
-        TCPServerSocket server;
-        expect_message(thrown_message([&] { server.open(port); }), with_error("socket", EIO),
-                       "OSAPI::TCPServerSocket::open", kSource);
+        kSockets.expect("socket", EIO, "TCPServerSocket::open", [&] { server.open(port); });
     }
 }
 
@@ -197,31 +194,16 @@ TEST(TCPServer, EveryFailureOfOpeningHasItsTextAndLeavesNothingOpen) {
         [&] { const TCPServerSocket server(port.number()); });
 }
 
-TEST(ConnectTCP, RefusesPortsThatAreNoneBeforeItLooksForTheHost) {
-    const Fault<&Syscalls::gethostbyname> lookups(EIO, kAlways);
-    for (const int port : {0, 65536, -1}) {
-        EXPECT_EQ(failed_assertion([&] { connect_tcp("127.0.0.1", port); }),
-                  "port > 0 && port <= 65535");
-    }
-    EXPECT_EQ(lookups.calls(), 0);
-}
-
-TEST(ConnectTCP, UnknownHostIsReportedInTheResolversWords) {
+TEST(ConnectTCP, UnknownHostIsReportedInTheResolversWordsAndAnotherFamilyRefused) {
     const Fault<&Syscalls::socket> sockets(EIO, kAlways);
     for (const int error : {HOST_NOT_FOUND, TRY_AGAIN, NO_RECOVERY, NO_DATA}) {
         const Intercept<&Syscalls::gethostbyname> lookups([error](const char*) -> hostent* {
             h_errno = error;
             return nullptr;
         });
-        expect_message(thrown_message([] { connect_tcp("no.host", 80); }),
-                       std::string("gethostbyname(\"no.host\"): ") + hstrerror(error),
-                       "OSAPI::connect_tcp", kSource);
+        kSockets.expect_text(std::string("gethostbyname(\"no.host\"): ") + hstrerror(error),
+                             "connect_tcp", [] { connect_tcp("no.host", 80); });
     }
-    EXPECT_EQ(sockets.calls(), 0);
-}
-
-TEST(ConnectTCP, RefusesAHostWithAddressesOfAnotherFamily) {
-    const Fault<&Syscalls::socket> sockets(EIO, kAlways);
     hostent host = {};
     host.h_addrtype = AF_INET6;
     const Intercept<&Syscalls::gethostbyname> lookups([&](const char*) { return &host; });
@@ -264,12 +246,6 @@ TEST(ConnectTCP, EveryFailureHasItsTextAndLeavesNothingOpen) {
 
 class LocalServer : public testing::Test {
 protected:
-    /// A path of `length` characters in a folder of its own.
-    std::string path_of(std::size_t length) const {
-        std::string path = folder_ / "";
-        return path + std::string(length - path.size(), 's');
-    }
-
     const ScratchFolder folder_;
     const std::string path_ = folder_ / "socket";
 };
@@ -309,23 +285,26 @@ TEST_F(LocalServer, RemovesItsPathWhenItCloses) {
 
 TEST_F(LocalServer, ClosesEvenWhenItsPathCannotBeRemoved) {
     const int before = open_descriptors();
-    expect_failing_destructor(with_error("unlink(" + path_ + ")", EIO), "OSAPI::rm_ifexist",
-                              "osapi/osapi-unix.cpp", [&](auto end) {
-                                  fs::remove(path_);
-                                  const Fault<&Syscalls::unlink> fault(EIO);
-                                  const UNIXServerSocket server(path_.c_str());
-                                  end();
-                              });
+    kFiles.expect_from_destructor("unlink(" + path_ + ")", EIO, "rm_ifexist", [&](auto end) {
+        fs::remove(path_);
+        const Fault<&Syscalls::unlink> fault(EIO);
+        const UNIXServerSocket server(path_.c_str());
+        end();
+    });
     EXPECT_EQ(open_descriptors(), before);
 }
 
-TEST_F(LocalServer, RefusesAnEmptyPathBeforeAnyCall) {
-    const Fault<&Syscalls::socket> sockets(EIO, kAlways);
-    EXPECT_EQ(failed_assertion([] { const UNIXServerSocket server(""); }), "mypath[0] != 0");
-    EXPECT_EQ(sockets.calls(), 0);
-}
-
-TEST_F(LocalServer, TakesPathsOfUpTo102Characters) {
+TEST_F(LocalServer, TakesPathsOf1To102Characters) {
+    {
+        const Fault<&Syscalls::socket> sockets(EIO, kAlways);
+        EXPECT_EQ(failed_assertion([] { const UNIXServerSocket server(""); }), "mypath[0] != 0");
+        EXPECT_EQ(sockets.calls(), 0);
+    }
+    // Paths of so many characters in the test's folder.
+    const auto path_of = [this](std::size_t length) {
+        const std::string folder = folder_ / "";
+        return folder + std::string(length - folder.size(), 's');
+    };
     const int before = open_descriptors();
     for (const std::size_t length : {103U, 104U, 107U, 200U}) {
         const std::string path = path_of(length);
@@ -343,8 +322,8 @@ TEST_F(LocalServer, TakesPathsOfUpTo102Characters) {
 
 TEST_F(LocalServer, LeavesAloneWhatStandsAtItsPath) {
     write_file(path_, "precious");
-    expect_message(thrown_message([&] { const UNIXServerSocket server(path_.c_str()); }),
-                   with_error("bind", EADDRINUSE), "OSAPI::UNIXServerSocket::open", kSource);
+    kSockets.expect("bind", EADDRINUSE, "UNIXServerSocket::open",
+                    [&] { const UNIXServerSocket server(path_.c_str()); });
     EXPECT_EQ(read_file(path_), "precious");
 }
 
@@ -422,41 +401,23 @@ TEST_P(Servers, WaitOnWhenSignalsArrive) {
     expect_joined(client.fd(), accepted.fd());
 }
 
-TEST_P(Servers, ReportEveryFailureAndLoseNoDescriptor) {
-    const char* const texts[] = {"accept", "fcntl"};
+TEST_P(Servers, ReportEveryFailureAndLoseNeitherDescriptorNorClient) {
     for (const bool return_on_interrupt : {false, true}) {
+        const auto accept = [&] { server().accept(return_on_interrupt); };
         for (const int error : kErrors) {
-            for (int n = 0; n < 2; ++n) {
-                SCOPED_TRACE(std::string(texts[n]) + ' ' + std::strerror(error));
-                const FileDescriptor client(connected());
-                const int before = open_descriptors();
-                const NthCallFault<&Syscalls::accept, &Syscalls::fcntl> fault(error, n + 1);
-                if (n == 0 && error == EINTR) {
-                    if (return_on_interrupt) {
-                        EXPECT_EQ(server().accept(true), -1);
-                        EXPECT_EQ(fault.calls(), 1);
-                    }
-                } else {
-                    expect_message(thrown_message([&] { server().accept(return_on_interrupt); }),
-                                   with_error(texts[n], error),
-                                   n == 0 ? "OSAPI::ServerSocket::accept" : "OSAPI::close_on_exec",
-                                   n == 0 ? kSource : "osapi/osapi-unix-descriptor-flags.cpp");
-                    EXPECT_EQ(fault.calls(), n + 1);
-                }
-                EXPECT_EQ(open_descriptors(), before);
-                if (n == 0) {  // the client is still waiting
-                    const FileDescriptor accepted(server().accept(return_on_interrupt));
-                    expect_joined(client.fd(), accepted.fd());
-                }
+            const FileDescriptor client(connected());
+            const int before = open_descriptors();
+            if (error != EINTR) {
+                const Fault<&Syscalls::accept> fault(error);
+                kSockets.expect("accept", error, "ServerSocket::accept", accept);
+                EXPECT_EQ(fault.calls(), 1);
             }
+            // The client is still waiting, and lost to what fails after it is accepted.
+            const Fault<&Syscalls::fcntl> fault(error);
+            kFlags.expect("fcntl", error, "close_on_exec", accept);
+            EXPECT_EQ(open_descriptors(), before);
         }
     }
-}
-
-TEST_P(Servers, NotOpenOnesAcceptNobody) {
-    TCPServerSocket closed;
-    expect_message(thrown_message([&] { closed.accept(true); }), with_error("accept", EBADF),
-                   "OSAPI::ServerSocket::accept", kSource);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Servers, testing::Bool(),

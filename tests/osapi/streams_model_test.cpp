@@ -5,10 +5,10 @@
 
 #include <algorithm>
 #include <optional>
-#include <random>
 #include <string>
 
 #include "support/expect_throw.h"
+#include "support/random_numbers.h"
 #include "support/scratch.h"
 
 namespace {
@@ -17,23 +17,17 @@ constexpr int kBufferSizes[] = {0, 1, 2, 7, 4096};
 constexpr int kSequences = 1000;
 constexpr int kOperations = 50;
 
-class Random {
-public:
-    explicit Random(int seed) : engine_(static_cast<unsigned int>(seed)) {}
-    int between(int low, int high) { return std::uniform_int_distribution<>(low, high)(engine_); }
-    /// Small mostly, now and then beyond any buffer.
-    int count() { return between(0, 9) == 0 ? between(0, 9000) : between(-1, 12); }
-    /// Line ends and the awkward bytes come often.
-    char byte() { return "ab\n\r\n\r\xFF\x80\0z"[between(0, 9)]; }
-    std::string text(int longest) {
-        std::string text(static_cast<std::size_t>(between(0, longest)), '?');
-        std::generate(text.begin(), text.end(), [this] { return byte(); });
-        return text;
-    }
-
-private:
-    std::mt19937 engine_;
-};
+/// Small mostly, now and then beyond any buffer.
+int random_count(RandomNumbers& random) {
+    return random.whole(0, 9) == 0 ? random.whole(0, 9000) : random.whole(-1, 12);
+}
+/// Line ends and the awkward bytes come often.
+char random_byte(RandomNumbers& random) { return "ab\n\r\n\r\xFF\x80\0z"[random.whole(0, 9)]; }
+std::string random_text(RandomNumbers& random, int longest) {
+    std::string text(static_cast<std::size_t>(random.whole(0, longest)), '?');
+    std::generate(text.begin(), text.end(), [&] { return random_byte(random); });
+    return text;
+}
 
 bool ends_line(char byte) { return byte == '\n' || byte == '\r'; }
 
@@ -127,11 +121,11 @@ constexpr const char* kNoPlace = "lseek: Invalid argument in <";
 constexpr const char* kNoRoom = "can't unread more than 1 byte in <";
 
 /// One random operation on both.
-void step_both(BufferedInput& stream, PlainInput& plain, Random& random, s64 file_size) {
-    switch (random.between(0, 5)) {
+void step_both(BufferedInput& stream, PlainInput& plain, RandomNumbers& random, s64 file_size) {
+    switch (random.whole(0, 5)) {
         case 0:
         case 1: {
-            const int count = random.count();
+            const int count = random_count(random);
             // Guarded at both ends: neither more nor less may be written.
             std::string block(static_cast<std::size_t>(std::max(count, 0)) + 2, '~');
             const std::string expected = plain.read(count);
@@ -151,7 +145,7 @@ void step_both(BufferedInput& stream, PlainInput& plain, Random& random, s64 fil
             break;
         }
         case 4: {
-            const char byte = random.byte();
+            const char byte = random_byte(random);
             if (plain.unread(byte)) {
                 stream.unread(byte);
             } else {
@@ -160,9 +154,9 @@ void step_both(BufferedInput& stream, PlainInput& plain, Random& random, s64 fil
             break;
         }
         case 5: {
-            const bool from_start = random.between(0, 1) == 0;
-            const s64 position = random.between(-2, static_cast<int>(file_size) + 3);
-            const s64 target = random.between(0, 4) == 0 ? plain.position() : position;
+            const bool from_start = random.whole(0, 1) == 0;
+            const s64 position = random.whole(-2, static_cast<int>(file_size) + 3);
+            const s64 target = random.whole(0, 4) == 0 ? plain.position() : position;
             const auto seek = [&] {
                 return from_start ? stream.seek_from_start(target)
                                   : stream.seek_from_curpos(target - stream.curpos());
@@ -186,8 +180,8 @@ protected:
 TEST_P(Model, BufferedInputIsAPlainReadOfTheFile) {
     for (int sequence = 0; sequence < kSequences; ++sequence) {
         SCOPED_TRACE(sequence);
-        Random random(sequence);
-        const std::string bytes = random.text(sequence % 10 == 0 ? 20000 : 120);
+        RandomNumbers random(static_cast<unsigned>(sequence));
+        const std::string bytes = random_text(random, sequence % 10 == 0 ? 20000 : 120);
         // A file of its own for each sequence: some file systems write a truncated file to the disk
         // at once, which would take a minute for all of them.
         const std::string path = folder_ / std::to_string(sequence);

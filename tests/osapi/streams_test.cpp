@@ -1,5 +1,5 @@
-// Streams over files and descriptors; at the end every system call of a stream's life fails in its
-// turn, with every error that could be told from another.
+// Streams over files and descriptors; at the end every allocation and every system call of a
+// stream's life fails in its turn, with every error that could be told from another.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <osapi/pipes.h>
@@ -7,12 +7,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
+#include <new>
 #include <string>
 #include <vector>
 
+#include "failures.h"
 #include "support/captured_output.h"
-#include "support/expect_throw.h"
-#include "support/faults.h"
+#include "support/failing_allocator.h"
 #include "support/scratch.h"
 #include "support/stream_text.h"
 
@@ -26,8 +28,6 @@ using OSAPI::FileInput;
 using OSAPI::FileOutput;
 using OSAPI::RWFileDescriptor;
 using OSAPI::Syscalls;
-
-const char* const kSource = "osapi/osapi-unix.cpp";
 
 class Streams : public testing::Test {
 protected:
@@ -75,8 +75,7 @@ TEST_F(Streams, FileInputMovesTheFileOnlyWhereItIsNot) {
     EXPECT_EQ(read_text(input, 1), "c");
     EXPECT_EQ(input.curpos(), 3);
     EXPECT_EQ(seeks.calls(), 2);
-    expect_message(thrown_message([&] { input.seek_from_start(-1); }), with_error("lseek", EINVAL),
-                   "OSAPI::lseek", kSource);
+    kFiles.expect("lseek", EINVAL, "lseek", [&] { input.seek_from_start(-1); });
     EXPECT_EQ(input.curpos(), 3);
     EXPECT_EQ(read_text(input, 1), "d");
 }
@@ -133,16 +132,6 @@ TEST_F(Streams, PositionsBeyondFourGigabytes) {
     EXPECT_EQ(input.curpos(), far + 4);
 }
 
-TEST_F(Streams, BufferedFileInputReadsLines) {
-    BufferedFileInput input(file_of("a\r\nb"), OSAPI::kRead);
-    EXPECT_STREQ(input.readline().c_str(), "a\r\n");
-    EXPECT_STREQ(input.readline().c_str(), "b");
-    EXPECT_EQ(input.curpos(), 4);
-    input.unread('b');
-    EXPECT_EQ(read_text(input, 5), "b");
-    EXPECT_STREQ(input.readline().c_str(), "");
-}
-
 TEST_F(Streams, BufferedFileInputReads4096BytesAtATime) {
     BufferedFileInput input(file_of(std::string(10000, 'x')), OSAPI::kRead);
     std::vector<size_t> asked;
@@ -170,10 +159,8 @@ TEST_F(Streams, BufferedFileOutputGathers4096Bytes) {
 TEST_F(Streams, BufferedFilesOpenAsTheLayerDoes) {
     const std::string missing = folder_ / "none/a";
     const std::string text = with_error("opening file \"" + missing + "\"", ENOENT);
-    expect_message(thrown_message([&] { BufferedFileInput(missing.c_str(), OSAPI::kRead); }), text,
-                   "OSAPI::open", kSource);
-    expect_message(thrown_message([&] { BufferedFileOutput(missing.c_str(), OSAPI::kWrite); }),
-                   text, "OSAPI::open", kSource);
+    kFiles.expect_text(text, "open", [&] { BufferedFileInput(missing.c_str(), OSAPI::kRead); });
+    kFiles.expect_text(text, "open", [&] { BufferedFileOutput(missing.c_str(), OSAPI::kWrite); });
     // The mode is handed on.
     file_of("old");
     EXPECT_EQ(thrown_message([&] {
@@ -184,39 +171,30 @@ TEST_F(Streams, BufferedFilesOpenAsTheLayerDoes) {
     EXPECT_EQ(read_file(path_), "");
 }
 
-TEST_F(Streams, BufferedFileOutputLeavesTheDescriptorOpenOnRequest) {
+TEST_F(Streams, BufferedFileOutputLeavesTheDescriptorOpenOnRequestThoughItsLastFlushFails) {
     RWFileDescriptor kept;
-    {
+    RWFileDescriptor kept_too;
+    const auto write_into = [this](RWFileDescriptor& descriptor) {
         BufferedFileOutput output(path(), OSAPI::kWrite, BufferedFileOutput::AtEnd::LeaveOpen);
         write_text(output, "abc");
-        kept.init(output.fd());
-    }
+        descriptor.init(output.fd());
+    };
+    write_into(kept);
     EXPECT_EQ(read_file(path_), "abc");
     EXPECT_EQ(kept.write("de", 2), 2);
     EXPECT_EQ(read_file(path_), "abcde");
-}
-
-TEST_F(Streams, DescriptorIsLeftOpenEvenWhenTheLastFlushFails) {
-    RWFileDescriptor kept;
     const Fault<&Syscalls::write> fault(ENOSPC);
-    expect_message(thrown_message([&] {
-                       BufferedFileOutput output(path(), OSAPI::kWrite,
-                                                 BufferedFileOutput::AtEnd::LeaveOpen);
-                       write_text(output, "abc");
-                       kept.init(output.fd());
-                   }),
-                   with_error("write", ENOSPC), "OSAPI::write", kSource);
-    EXPECT_NE(fcntl(kept.fd(), F_GETFD), -1);
+    kFiles.expect("write", ENOSPC, "write", [&] { write_into(kept_too); });
+    EXPECT_NE(fcntl(kept_too.fd(), F_GETFD), -1);
     EXPECT_EQ(fault.calls(), 1);
 }
 
 TEST_F(Streams, DestructorThrowsTheFailedFlushAndClosesAllTheSame) {
     const Fault<&Syscalls::write> fault(ENOSPC, kAlways);
-    expect_message(thrown_message([&] {
-                       BufferedFileOutput output(path(), OSAPI::kWrite);
-                       write_text(output, "abc");
-                   }),
-                   with_error("write", ENOSPC), "OSAPI::write", kSource);
+    kFiles.expect("write", ENOSPC, "write", [&] {
+        BufferedFileOutput output(path(), OSAPI::kWrite);
+        write_text(output, "abc");
+    });
     EXPECT_EQ(fault.calls(), 1);
 }
 
@@ -283,17 +261,7 @@ TEST_F(Streams, DescriptorInputWaitsForANonBlockingPipe) {
     EXPECT_EQ(reads.calls(), 4);
 }
 
-TEST_F(Streams, DescriptorInputCannotSeekInAPipe) {
-    Pipe pipe;
-    DescriptorInput source(pipe.reading);
-    expect_message(thrown_message([&] { source.seek_from_start(0); }), with_error("lseek", ESPIPE),
-                   "OSAPI::lseek", kSource);
-    EXPECT_EQ(thrown_message([&] { source.seek_from_curpos(1); }).find(with_error("lseek", ESPIPE)),
-              0U);
-    EXPECT_EQ(source.curpos(), 0);
-}
-
-TEST_F(Streams, DescriptorInputSeeksInAFile) {
+TEST_F(Streams, DescriptorInputSeeksInAFileAndNotInAPipe) {
     DiskFile file(file_of("abcdefgh"), OSAPI::kRead);
     DescriptorInput source(file);
     EXPECT_EQ(source.seek_from_start(3), 3);
@@ -301,14 +269,120 @@ TEST_F(Streams, DescriptorInputSeeksInAFile) {
     EXPECT_EQ(source.seek_from_curpos(-4), 1);
     EXPECT_EQ(read_text(source, 1), "b");
     EXPECT_EQ(source.curpos(), 2);
+    Pipe pipe;
+    DescriptorInput of_pipe(pipe.reading);
+    kFiles.expect("lseek", ESPIPE, "lseek", [&] { of_pipe.seek_from_start(0); });
+    kFiles.expect("lseek", ESPIPE, "lseek", [&] { of_pipe.seek_from_curpos(1); });
+    EXPECT_EQ(of_pipe.curpos(), 0);
+    DiskFile folder(folder_.path().c_str(), OSAPI::kRead);
+    DescriptorInput of_folder(folder);
+    kFiles.expect("read", EISDIR, "read_up_to", [&] { read_text(of_folder, 1); });
+    EXPECT_EQ(of_folder.curpos(), 0);
 }
 
-TEST_F(Streams, DescriptorInputReportsAFailure) {
-    DiskFile folder(folder_.path().c_str(), OSAPI::kRead);
-    DescriptorInput source(folder);
-    expect_message(thrown_message([&] { read_text(source, 1); }), with_error("read", EISDIR),
-                   "OSAPI::read_up_to", kSource);
-    EXPECT_EQ(source.curpos(), 0);
+/// Runs `attempt` with only the first 0, 1, 2 ... requests to the C allocator granted, until none
+/// is refused, and returns how many were granted then.
+template <class Attempt>
+unsigned int fail_every_allocation(Attempt attempt) {
+    for (unsigned int granted = 0; granted < 100; ++granted) {
+        FailingAllocator allocator;
+        allocator.refuse_after(granted);
+        attempt();
+        allocator.grant_all();
+        if (allocator.requests().size() <= granted) {
+            return granted;
+        }
+    }
+    ADD_FAILURE() << "there is no end to it";
+    return 0;
+}
+
+TEST_F(Streams, WithoutMemoryForTheBufferThereIsNoStreamAndWithItNoMoreIsNeeded) {
+    const auto write = [this] {
+        BufferedFileOutput stream(path(), OSAPI::kWrite);
+        stream.write("abc", 3);
+        stream.seek_from_start(2);
+        stream.write("xyz", 3);
+    };
+    char bytes[3] = {};
+    const auto read = [this, &bytes] {
+        BufferedFileInput stream(path(), OSAPI::kRead);
+        stream.read(bytes, 1);
+        stream.unread('x');
+        stream.seek_from_start(2);
+        stream.seek_from_curpos(-1);
+        stream.read(bytes, 3);
+    };
+    FailingAllocator allocator;
+    const auto expect_one_allocation = [&](auto live) {
+        allocator.refuse_after(0);
+        allocator.refuse_new_after(0);
+        EXPECT_THROW(live(), std::bad_alloc);
+        allocator.refuse_new_after(1);
+        live();
+        allocator.grant_all();
+        EXPECT_TRUE(allocator.requests().empty());
+    };
+    expect_one_allocation(write);
+    EXPECT_EQ(read_file(path_), "abxyz");
+    expect_one_allocation(read);
+    EXPECT_EQ(std::string(bytes, 3), "bxy");
+}
+
+TEST_F(Streams, LineWithoutMemoryIsReported) {
+    const std::string line = std::string(5000, 'x') + "\n";
+    BufferedFileInput stream(file_of(line), OSAPI::kRead);
+    String got;
+    unsigned int refused = 0;
+    const unsigned int needed = fail_every_allocation([&] {
+        try {
+            stream.seek_from_start(0);
+            got = stream.readline();
+        } catch (const StrXception&) {
+            ++refused;
+        }
+    });
+    EXPECT_EQ(got.c_str(), line);
+    EXPECT_EQ(refused, needed);
+    EXPECT_GE(needed, 2U);
+}
+
+TEST_F(Streams, FailureWithoutMemoryForItsTextIsStillAnExceptionOfItsKind) {
+    DiskFile file(file_of(""), OSAPI::kRead);  // not to be written to
+    FileOutput sink(file);
+    int whole = 0;
+    unsigned int without_text = 0;
+    const unsigned int ways = fail_every_allocation([&] {
+        try {
+            sink.write("abc", 3);
+        } catch (const StrXception& failure) {
+            const char* text = failure.message().c_str();
+            if (std::strncmp(text, "write: ", 7) == 0) {
+                ++whole;
+            } else if (text[0] == '\0' || std::strncmp(text, "out of memory in <", 18) == 0) {
+                ++without_text;
+            }
+        }
+    });
+    EXPECT_EQ(whole, 1);
+    EXPECT_EQ(without_text, ways);
+    EXPECT_GE(ways, 2U);  // the message, and the message with its place
+}
+
+TEST_F(Streams, DestructorWithoutMemoryForItsFailureStillClosesTheFile) {
+    const Fault<&Syscalls::write> fault(ENOSPC, kAlways);
+    for (unsigned int granted = 0; granted < 3; ++granted) {
+        FailingAllocator allocator;
+        allocator.refuse_after(granted);
+        EXPECT_THROW(
+            {
+                BufferedFileOutput stream(path(), OSAPI::kWrite);
+                stream.write("x", 1);
+            },
+            StrXception);
+        allocator.grant_all();
+        EXPECT_EQ(open_descriptors(), before_);
+    }
 }
 
 using AnyCallFault = NthCallFault<&Syscalls::open, &Syscalls::read, &Syscalls::write,
@@ -370,13 +444,8 @@ TEST_P(StreamFaults, EveryCallOfAReadingStream) {
     std::string bytes = "one\r\ntwo\nthree\n\rfour\n";
     bytes += std::string(6000, 'x') + "\nend";
     write_file(path_, bytes);
-    std::vector<std::string> expected;
-    {
-        BufferedFileInput stream(path_.c_str(), OSAPI::kRead);
-        read_all_over(stream, expected);
-    }
-    ASSERT_EQ(expected[0], "one\r\n");
-    ASSERT_EQ(expected[3], bytes.substr(11, 5000));
+    const std::vector<std::string> expected = {
+        "one\r\n", "two", "Xne\r\ntwo\nt", bytes.substr(11, 5000), "\n", bytes.substr(5)};
 
     int n = 1;
     for (; n < kMostCalls; ++n) {

@@ -181,15 +181,3 @@ private:
 
 /// The errors that every operation is tried with.
 inline constexpr int kErrors[] = {EINTR, EAGAIN, ENOSPC, EIO, EMFILE};
-
-/// Expects that each error of the call, once, makes `run` throw "TEXT: ERROR" from `function` in
-/// `file` and not call a second time.
-template <auto Call, class Run>
-void expect_every_error(Run run, const std::string& text, const std::string& function,
-                        const std::string& file) {
-    for (const int error : kErrors) {
-        const Fault<Call> fault(error);
-        expect_message(thrown_message(run), with_error(text, error), function, file);
-        EXPECT_EQ(fault.calls(), 1);
-    }
-}
