@@ -2,15 +2,46 @@
 // Needs LUMIVAR_MODULE.
 #pragma once
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <support/scratch.h>
 
 #include <filesystem>
 #include <string>
 
-#include "bundle.h"
 #include "fake_host.h"
 #include "star_ahead.h"
+
+/// ROOT/Lumivar.plugin/Contents/MacOS/Lumivar, loaded; databases belong into ROOT.
+class Bundle {
+public:
+    Bundle() : executable_(root / "Lumivar.plugin/Contents/MacOS/Lumivar") {
+        std::filesystem::create_directories(std::filesystem::path(executable_).parent_path());
+        std::filesystem::copy_file(LUMIVAR_MODULE, executable_);
+        module_ = dlopen(executable_.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (module_ == nullptr) {
+            throw std::runtime_error(dlerror());
+        }
+        entry_ = reinterpret_cast<PF_EffectMain>(dlsym(module_, "EntryPointFunc"));
+        if (entry_ == nullptr) {
+            throw std::runtime_error(dlerror());
+        }
+    }
+    Bundle(const Bundle&) = delete;
+    Bundle& operator=(const Bundle&) = delete;
+    ~Bundle() { dlclose(module_); }
+
+    PF_EffectMain entry() const { return entry_; }
+    /// The folder of the databases, spelt as the effect finds it.
+    std::string database_folder() const { return root / "Lumivar.plugin/Contents/MacOS/../../.."; }
+
+    ScratchFolder root;
+
+private:
+    std::string executable_;
+    void* module_ = nullptr;
+    PF_EffectMain entry_ = nullptr;
+};
 
 class BuiltEffect : public testing::Test {
 protected:
@@ -33,6 +64,12 @@ protected:
         ASSERT_EQ(send(PF_Cmd_GLOBAL_SETUP), 0);
         host.out_data = {};
         host.log.clear();
+    }
+    /// The names that the database control offers.
+    std::string offered_databases() {
+        EXPECT_EQ(send(PF_Cmd_PARAMS_SETUP), 0);
+        EXPECT_EQ(host.declared.size(), 16U);
+        return host.declared.empty() ? "none declared" : host.declared.back().text;
     }
     std::string message() const { return host.out_data.return_msg; }
 

@@ -114,22 +114,89 @@ TEST_F(CameraRecords, OfFourSegmentsByHand) {
     }
 }
 
-TEST_F(CameraRecords, RepeatWhereTheScaleIsTooCoarseToTellThemApart) {
-    // 1/24 s + k/192 s on scale 96 is 4 + k/2; half a unit more, cut: 5, 5, 6, 6.
-    host.shutter_start = {1, 24};
-    host.shutter_duration = {1, 48};
-    const Array<camera>& cameras = sample(4, 180);
-    ASSERT_EQ(cameras.len(), 5U);
-    const std::vector<FakeHost::Time> times = {{1, 24}, {5, 96}, {5, 96}, {6, 96}, {6, 96}};
-    EXPECT_EQ(host.matrix_times, times);
-    for (uword k = 0; k < 5; ++k) {
-        expect_record(cameras[k], static_cast<double>(times[k].value) / times[k].scale);
+TEST_F(CameraRecords, AreTakenAtTheTimesOfOddShutters) {
+    const struct {
+        A_Time start, duration;
+        int segments;
+        std::vector<FakeHost::Time> times;
+    } table[] = {
+        // 1/24 s + k/192 s on scale 96 is 4 + k/2; half a unit more, cut: 5, 5, 6, 6.
+        {{1, 24}, {1, 48}, 4, {{1, 24}, {5, 96}, {5, 96}, {6, 96}, {6, 96}}},
+        // The end is -10/24 s + 1/72 s, -9 2/3 on scale 24: with the half -9 1/6, cut to -9.
+        {{-10, 24}, {1, 72}, 1, {{-10, 24}, {-9, 24}}},
+        // On scale 48: -19 2/3 and -19 1/3; with the half -19 1/6 and -18 5/6.
+        {{-10, 24}, {1, 72}, 2, {{-10, 24}, {-19, 48}, {-18, 48}}},
+        // 2^31 - 1 on scale 1 plus a second, on scale 2: over 2^32, which becomes the smallest.
+        {{INT32_MAX, 1}, {1, 1}, 2, {{INT32_MAX, 1}, {INT32_MIN, 2}, {INT32_MIN, 2}}},
+        {{0, 0}, {1, 48}, 1, {{0, 0}, {INT32_MIN, 0}}},
+        // Open for no time, and fewer than no segments.
+        {{1, 24}, {0, 48}, 4, {{1, 24}}},
+        {{1, 24}, {1, 48}, -3, {{1, 24}}},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(&row - table);
+        host.shutter_start = row.start;
+        host.shutter_duration = row.duration;
+        host.matrix_times.clear();
+        const Array<camera>& cameras = sample(row.segments, 180);
+        EXPECT_EQ(host.matrix_times, row.times);
+        ASSERT_EQ(cameras.len(), row.times.size());
+        for (uword k = 0; k < row.times.size() && row.start.scale == 24; ++k) {
+            expect_record(cameras[k], static_cast<double>(row.times[k].value) / row.times[k].scale);
+        }
     }
 }
 
-TEST_F(CameraRecords, AreOneWhereTheShutterStaysOpenForNoTime) {
-    host.shutter_duration = {0, 48};
-    EXPECT_EQ(sample(4, 180).len(), 1U);
+TEST_F(CameraRecords, HaveAScaleThatIsUnsignedAndWrapsAtThirtyTwoBits) {
+    // Scale 3 x 10^9 is over 2^31; twice that is 6 x 10^9 - 2^32 = 1705032704.
+    host.shutter_start = {300, 3000000000U};
+    host.shutter_duration = {100, 3000000000U};
+    sample(2, 180);
+    // 300 + 50 k units of 1/3e9 s: twice 350 and twice 400, plus a half, cut (within one of it: the
+    // times in seconds are rounded).
+    ASSERT_EQ(host.matrix_times.size(), 3U);
+    EXPECT_EQ(host.matrix_times[1].scale, 1705032704U);
+    EXPECT_NEAR(host.matrix_times[1].value, 700, 1);
+    EXPECT_NEAR(host.matrix_times[2].value, 800, 1);
+}
+
+TEST_F(CameraRecords, AreFromWorldToCameraWithYUp) {
+    host.move_camera = [](const FakeHost::Time&) {};
+    const struct {
+        A_Matrix4 place;
+        double expected[16];
+    } table[] = {
+        // 10 right, 20 down, 500 in front. Inverted, the translation changes sign; then y changes
+        // sign: -10, +20, +500.
+        {{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {10, 20, -500, 1}}},
+         {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, -10, 20, 500, 1}},
+        // A quarter turn that takes x to y and y to -x. The inverse is the transpose: x to -y, y to
+        // x. With y turned round on both sides: x to y, y to -x.
+        {{{{0, 1, 0, 0}, {-1, 0, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}}},
+         {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}},
+        // Turned about y so that the camera's z is the world's x, its x the world's -z, and moved
+        // to (3, -4, 5). A point (x, y, z) of ours, whose y points up, stands 5 - z to its right,
+        // y - 4 up, x - 3 ahead.
+        {{{{0, 0, -1, 0}, {0, 1, 0, 0}, {1, 0, 0, 0}, {3, -4, 5, 1}}},
+         {0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, 0, 5, -4, -3, 1}},
+    };
+    for (const auto& row : table) {
+        host.camera_matrix = row.place;
+        const Array<camera>& cameras = sample(0, 0);
+        ASSERT_EQ(cameras.len(), 1U);
+        for (int i = 0; i < 16; ++i) {
+            EXPECT_NEAR(cameras[0].xform(i / 4, i % 4), row.expected[i], 1e-12)
+                << "row " << i / 4 << ", column " << i % 4;
+        }
+    }
+}
+
+TEST_F(CameraRecords, AreTheDefaultCameraWhereThereIsNoneThoughTheCompositionIsAskedFor) {
+    host.has_camera = false;
+    const Array<camera>& cameras = sample(4, 180);
+    ASSERT_EQ(cameras.len(), 1U);
+    EXPECT_EQ(cameras[0].focal, 3.200000047683716);
+    EXPECT_EQ(host.shutter_times.size(), 1U);
 }
 
 TEST_F(CameraRecords, KeepTheDefaultLensWhereTheZoomIsRefused) {

@@ -47,22 +47,18 @@ TEST_F(Commands, HostWithoutBasicSuiteIsTurnedAway) {
     EXPECT_EQ(host.log, Log{});
 }
 
-TEST_F(Commands, AboutNamesEffectVersionAndMaker) {
-    EXPECT_EQ(send(PF_Cmd_ABOUT), 0);
-    EXPECT_STREQ(host.out_data.return_msg, "Lumivar for After Effects v2.0\rLumivar, 2026");
-    EXPECT_EQ(host.log, (Log{"acquire PF ANSI Suite 1", "sprintf", "release PF ANSI Suite 1"}));
-}
-
-TEST_F(Commands, AboutLeavesTheMessageAloneUnderPremiere) {
+TEST_F(Commands, AboutNamesEffectVersionAndMakerButNotUnderPremiere) {
     host.in_data.appl_id = 0x50724D72;
     std::strcpy(host.out_data.return_msg, "as it was");
     EXPECT_EQ(send(PF_Cmd_ABOUT), 0);
-    EXPECT_STREQ(host.out_data.return_msg, "as it was");
+    EXPECT_EQ(message(), "as it was");
     EXPECT_EQ(host.log, Log{});
-}
-
-TEST_F(Commands, MissingSuiteComesBackAsStatus) {
+    host.in_data.appl_id = kAppID_AfterEffects;
+    EXPECT_EQ(send(PF_Cmd_ABOUT), 0);
+    EXPECT_EQ(message(), "Lumivar for After Effects v2.0\rLumivar, 2026");
+    EXPECT_EQ(host.log, (Log{"acquire PF ANSI Suite 1", "sprintf", "release PF ANSI Suite 1"}));
     host.missing_suites = {"PF ANSI Suite"};
+    host.out_data = {};
     EXPECT_EQ(send(PF_Cmd_ABOUT), 516);
     EXPECT_EQ(message(), "");
     EXPECT_TRUE(host.suites_balanced());
@@ -78,21 +74,37 @@ TEST_F(Commands, SetdownClosesTheDatabaseAndForgetsTheRest) {
     EXPECT_EQ(send(PF_Cmd_GLOBAL_SETDOWN), 0);
     EXPECT_EQ(process::mappings_of(database), 0);
     EXPECT_EQ(middle(), -1.0F) << "a frame finds no database";
-    EXPECT_EQ(send(PF_Cmd_PARAMS_SETUP), 0);
-    ASSERT_EQ(host.declared.size(), 16U);
-    EXPECT_EQ(host.declared[15].text, "");
+    EXPECT_EQ(offered_databases(), "");
     EXPECT_EQ(send(PF_Cmd_GLOBAL_SETDOWN), 0) << "nothing left to do";
 }
 
-TEST_F(Commands, AllDependenciesAreAText) {
-    PF_ExtDependenciesExtra extra = {1, nullptr};
+TEST_F(Commands, AllDependenciesAreATextAndOthersAnEmptyOne) {
+    for (const PF_DepCheckType check : {1, 0, 3, -1, 65536}) {
+        const std::string text = check == 1 ? "All Dependencies requested." : "";
+        const std::string size = std::to_string(text.size() + 1);
+        PF_ExtDependenciesExtra extra = {check, nullptr};
+        host.log.clear();
+        EXPECT_EQ(send(PF_Cmd_GET_EXTERNAL_DEPENDENCIES, &extra), 0);
+        ASSERT_NE(extra.dependencies_strH, nullptr);
+        EXPECT_EQ(FakeHost::handle_text(extra.dependencies_strH), text);
+        EXPECT_EQ(host.log, (Log{"acquire PF Handle Suite 2", "acquire PF ANSI Suite 1",
+                                 "host_new_handle " + size, "strcpy", "release PF Handle Suite 2",
+                                 "release PF ANSI Suite 1"}));
+        EXPECT_EQ(extra.check_type, check);
+    }
+}
+
+TEST_F(Commands, DependenciesAreNullWhereNoneAreMissingOrTheHostHasNoMemory) {
+    char block = 'x';
+    char* handle = &block;
+    PF_ExtDependenciesExtra extra = {2, &handle};
     EXPECT_EQ(send(PF_Cmd_GET_EXTERNAL_DEPENDENCIES, &extra), 0);
-    ASSERT_NE(extra.dependencies_strH, nullptr);
-    EXPECT_EQ(FakeHost::handle_text(extra.dependencies_strH), "All Dependencies requested.");
-    EXPECT_EQ(host.handle_size(extra.dependencies_strH), 28U);
-    EXPECT_EQ(host.log,
-              (Log{"acquire PF Handle Suite 2", "acquire PF ANSI Suite 1", "host_new_handle 28",
-                   "strcpy", "release PF Handle Suite 2", "release PF ANSI Suite 1"}));
+    EXPECT_EQ(extra.dependencies_strH, nullptr);
+    EXPECT_EQ(host.log, Log{});
+    host.failures["host_new_handle"] = {1};
+    extra = {1, &handle};
+    EXPECT_EQ(send(PF_Cmd_GET_EXTERNAL_DEPENDENCIES, &extra), 0);
+    EXPECT_EQ(extra.dependencies_strH, nullptr);
 }
 
 TEST_F(Commands, DependenciesLoseNoHandleWhenASuiteIsMissing) {
@@ -107,52 +119,18 @@ TEST_F(Commands, DependenciesLoseNoHandleWhenASuiteIsMissing) {
     }
 }
 
-TEST_F(Commands, MissingDependenciesAreNever) {
-    char block = 'x';
-    char* handle = &block;
-    PF_ExtDependenciesExtra extra = {2, &handle};
-    EXPECT_EQ(send(PF_Cmd_GET_EXTERNAL_DEPENDENCIES, &extra), 0);
-    EXPECT_EQ(extra.dependencies_strH, nullptr);
-    EXPECT_EQ(host.log, Log{});
-}
-
-TEST_F(Commands, OtherDependencyChecksGiveAnEmptyText) {
-    for (const PF_DepCheckType check : {0, 3, -1, 65536}) {
-        PF_ExtDependenciesExtra extra = {check, nullptr};
-        EXPECT_EQ(send(PF_Cmd_GET_EXTERNAL_DEPENDENCIES, &extra), 0);
-        ASSERT_NE(extra.dependencies_strH, nullptr);
-        EXPECT_EQ(FakeHost::handle_text(extra.dependencies_strH), "");
-        EXPECT_EQ(host.handle_size(extra.dependencies_strH), 1U);
-        EXPECT_EQ(extra.check_type, check);
-    }
-}
-
-TEST_F(Commands, DependenciesWithoutHostMemoryAreNull) {
-    host.failures["host_new_handle"] = {1};
-    char block = 'x';
-    char* handle = &block;
-    PF_ExtDependenciesExtra extra = {1, &handle};
-    EXPECT_EQ(send(PF_Cmd_GET_EXTERNAL_DEPENDENCIES, &extra), 0);
-    EXPECT_EQ(extra.dependencies_strH, nullptr);
-}
-
 TEST_F(Commands, DynamicFlagsAddCameraAndLightsWhateverTheCheckbox) {
-    host.out_data.out_flags2 = 0x1000;
-    EXPECT_EQ(send(PF_Cmd_QUERY_DYNAMIC_FLAGS), 0);
-    EXPECT_EQ(host.out_data.out_flags2, 0x1006);
-    EXPECT_EQ(host.log, (Log{"checkout_param 12", "checkin_param"}));
-    EXPECT_EQ(host.checkouts, (std::vector<FakeHost::ParamCheckout>{{12, 100, 50, 1200}}));
-}
-
-TEST_F(Commands, DynamicFlagsStayWhenTheCheckoutFails) {
-    host.failures = {{"checkout_param", {513}}, {"checkin_param", {514}}};
-    EXPECT_EQ(send(PF_Cmd_QUERY_DYNAMIC_FLAGS), 513);
-    EXPECT_EQ(host.out_data.out_flags2, 0);
-    EXPECT_EQ(host.log, (Log{"checkout_param 12", "checkin_param"}));
-}
-
-TEST_F(Commands, DynamicFlagsReportAFailedCheckIn) {
-    host.failures = {{"checkin_param", {514}}};
-    EXPECT_EQ(send(PF_Cmd_QUERY_DYNAMIC_FLAGS), 514);
-    EXPECT_EQ(host.out_data.out_flags2, 6);
+    const struct {
+        PF_Err checkout, checkin, status;
+        A_long added;
+    } table[] = {{0, 0, 0, 6}, {0, 514, 514, 6}, {513, 514, 513, 0}};
+    for (const auto& row : table) {
+        host.failures = {{"checkout_param", {row.checkout}}, {"checkin_param", {row.checkin}}};
+        host.out_data.out_flags2 = 0x1000;
+        host.log.clear();
+        EXPECT_EQ(send(PF_Cmd_QUERY_DYNAMIC_FLAGS), row.status);
+        EXPECT_EQ(host.out_data.out_flags2, 0x1000 + row.added);
+        EXPECT_EQ(host.log, (Log{"checkout_param 12", "checkin_param"}));
+        EXPECT_EQ(host.checkouts.back(), (FakeHost::ParamCheckout{12, 100, 50, 1200}));
+    }
 }

@@ -14,8 +14,7 @@ protected:
             add_database(name, kHeader);
         }
         set_up();
-        EXPECT_EQ(send(PF_Cmd_PARAMS_SETUP), 0);
-        ASSERT_EQ(host.declared.size(), 16U);
+        offered_databases();
     }
     /// The declared control with this id; there must be one.
     const FakeHost::Declared& declared(int id) const {
@@ -67,19 +66,13 @@ constexpr FloatSlider kFloatSliders[] = {
 
 }  // namespace
 
-TEST_F(DeclaredControls, AreSixteenAppendedInTheOrderOfTheirIds) {
+TEST_F(DeclaredControls, AreSixteenAppendedInTheOrderOfTheirIdsTheirNamesCopiedByTheHost) {
     declare({"stars.stars"});
     EXPECT_EQ(host.out_data.num_params, 17);
+    Log expected;
     for (int id = 1; id <= 16; ++id) {
         EXPECT_EQ(declared(id).index, -1);
         EXPECT_EQ(declared(id).def.uu.id, id);
-    }
-}
-
-TEST_F(DeclaredControls, HaveTheirNamesCopiedByTheHost) {
-    declare({"stars.stars"});
-    Log expected;
-    for (int id = 1; id <= 16; ++id) {
         expected.push_back("strcpy");
         expected.push_back("add_param " + std::to_string(id));
     }
@@ -101,22 +94,18 @@ TEST_F(DeclaredControls, FloatSliders) {
     }
 }
 
-TEST_F(DeclaredControls, TintColorIsMiddleGreyAndOpaque) {
+TEST_F(DeclaredControls, TintColorIsMiddleGreyAndOpaqueAndOneSegmentOfAHundred) {
     declare({"stars.stars"});
-    PF_ParamDef def = named(5, 5, "Tint Color");
-    def.u.cd.value = {255, 128, 128, 128};
-    def.u.cd.dephault = {255, 128, 128, 128};
-    expect_bytes(def);
-}
-
-TEST_F(DeclaredControls, MotionBlurSegments) {
-    declare({"stars.stars"});
-    PF_ParamDef def = named(10, 1, "Motion Blur Segments");
-    def.u.sd.value = 1;
-    def.u.sd.valid_max = 100;
-    def.u.sd.slider_max = 100;
-    def.u.sd.dephault = 1;
-    expect_bytes(def);
+    PF_ParamDef colour = named(5, 5, "Tint Color");
+    colour.u.cd.value = {255, 128, 128, 128};
+    colour.u.cd.dephault = {255, 128, 128, 128};
+    expect_bytes(colour);
+    PF_ParamDef segments = named(10, 1, "Motion Blur Segments");
+    segments.u.sd.value = 1;
+    segments.u.sd.valid_max = 100;
+    segments.u.sd.slider_max = 100;
+    segments.u.sd.dephault = 1;
+    expect_bytes(segments);
 }
 
 TEST_F(DeclaredControls, CheckboxesHaveAnEmptyLabel) {
@@ -165,10 +154,8 @@ TEST_F(DeclaredControls, DatabasesAreJoinedInListingOrder) {
 }
 
 TEST_F(DeclaredControls, OfferNoDatabaseWithoutSetUp) {
-    EXPECT_EQ(send(PF_Cmd_PARAMS_SETUP), 0);
-    ASSERT_EQ(host.declared.size(), 16U);
-    EXPECT_EQ(declared(16).text, "");
-    EXPECT_EQ(declared(16).def.u.pd.num_choices, 0);
+    EXPECT_EQ(offered_databases(), "");
+    EXPECT_EQ(host.declared.back().def.u.pd.num_choices, 0);
 }
 
 TEST_F(DeclaredControls, EndWithTheFirstThatTheHostRefuses) {

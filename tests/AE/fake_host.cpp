@@ -95,258 +95,33 @@ bool FakeWorld::margins_intact() const {
     return true;
 }
 
-/// The functions behind the tables: C functions that find the host by its static pointer.
-struct FakeCallbacks {
-    static FakeHost& host() { return FakeHost::current(); }
-    static FakeHost::Time copy(const A_Time& time) { return {time.value, time.scale}; }
-    /// Writes the answer to a question unless it fails.
-    template <class Value>
-    static PF_Err answer(PF_Err err, Value* out, const Value& value) {
-        if (err == PF_Err_NONE) {
-            *out = value;
-        }
-        return err;
-    }
-    static void check_effect(PF_ProgPtr effect_ref) {
-        EXPECT_EQ(effect_ref, handle_of<PF_ProgPtr>(effect_tag)) << "not the effect's reference";
-    }
+namespace {
 
-    static SPErr AcquireSuite(const char* name, int32_t version, const void** table) {
-        const std::string key = suite_key(name, version);
-        host().enter("acquire", " " + key);
-        if (host().suites_succeed_with_null) {
-            *table = nullptr;
-            return kSPNoError;
-        }
-        const auto found = host().suites_.find(key);
-        if (found == host().suites_.end() || host().missing_suites.count(name) != 0) {
-            return kSPSuiteNotFoundError;
-        }
-        *table = found->second;
-        ++host().held_suites[key];
-        return kSPNoError;
-    }
-    static SPErr ReleaseSuite(const char* name, int32_t version) {
-        const std::string key = suite_key(name, version);
-        host().enter("release", " " + key);
-        --host().held_suites[key];
-        return kSPNoError;
-    }
+void check_effect(PF_ProgPtr effect_ref) {
+    EXPECT_EQ(effect_ref, handle_of<PF_ProgPtr>(effect_tag)) << "not the effect's reference";
+}
 
-    static PF_Err checkout_param(PF_ProgPtr effect_ref, PF_ParamIndex index, A_long time,
-                                 A_long time_step, A_u_long time_scale, PF_ParamDef* out) {
-        check_effect(effect_ref);
-        const PF_Err err = host().enter("checkout_param", " " + std::to_string(index));
-        host().checkouts.push_back({index, time, time_step, time_scale});
-        const std::string bytes = bytes_of(*out);
-        host().cleared_records =
-            host().cleared_records && bytes.find_first_not_of('\0') == std::string::npos;
-        if (err == PF_Err_NONE) {
-            *out = host().values[index];
-        }
-        return err;
-    }
-    static PF_Err checkin_param(PF_ProgPtr effect_ref, PF_ParamDef*) {
-        check_effect(effect_ref);
-        return host().enter("checkin_param");
-    }
-    static PF_Err add_param(PF_ProgPtr effect_ref, PF_ParamIndex index, PF_ParamDef* def) {
-        check_effect(effect_ref);
-        const PF_Err err = host().enter("add_param", " " + std::to_string(def->uu.id));
-        if (err == PF_Err_NONE) {
-            FakeHost::Declared declared = {index, *def, "", bytes_of(*def)};
-            if (def->param_type == PF_Param_CHECKBOX) {
-                declared.text = def->u.bd.u.nameptr;
-            } else if (def->param_type == PF_Param_POPUP) {
-                declared.text = def->u.pd.u.namesptr;
-            }
-            host().declared.push_back(declared);
-        }
-        return err;
-    }
+// No lambda below: g++ 12 makes no function pointer of one with arguments of any number.
+int print(A_char* out, const A_char* format, ...) {
+    FakeHost::current().enter("sprintf");
+    va_list arguments;
+    va_start(arguments, format);
+    const int written = std::vsprintf(out, format, arguments);
+    va_end(arguments);
+    return written;
+}
 
-    static int sprintf(A_char* out, const A_char* format, ...) {
-        host().enter("sprintf");
-        va_list arguments;
-        va_start(arguments, format);
-        const int written = std::vsprintf(out, format, arguments);
-        va_end(arguments);
-        return written;
+/// Notes a question and answers it unless it is refused.
+template <class Value>
+PF_Err answer(const std::string& name, const std::string& detail, Value* out, const Value& value) {
+    const PF_Err err = FakeHost::current().enter(name, detail);
+    if (err == PF_Err_NONE) {
+        *out = value;
     }
-    static A_char* strcpy(A_char* to, const A_char* from) {
-        host().enter("strcpy");
-        return std::strcpy(to, from);
-    }
+    return err;
+}
 
-    static PF_Err fill(PF_ProgPtr effect_ref, const char* name, const PF_Pixel* colour,
-                       const PF_Rect* area, PF_EffectWorld* world) {
-        check_effect(effect_ref);
-        EXPECT_EQ(area, nullptr);
-        EXPECT_EQ(world, &host().output_world->world);
-        host().fill_colour = *colour;
-        return host().enter(name);
-    }
-    static PF_Err utils_fill(PF_ProgPtr effect_ref, const PF_Pixel* colour, const PF_Rect* area,
-                             PF_EffectWorld* world) {
-        return fill(effect_ref, "utils fill", colour, area, world);
-    }
-    static PF_Err suite_fill(PF_ProgPtr effect_ref, const PF_Pixel* colour, const PF_Rect* area,
-                             PF_EffectWorld* world) {
-        return fill(effect_ref, "suite fill", colour, area, world);
-    }
-    static PF_Err get_pixel_data16(PF_EffectWorld* world, PF_Pixel* pixels, PF_Pixel16** out) {
-        EXPECT_EQ(pixels, nullptr);
-        const PF_Err err = host().enter("get_pixel_data16");
-        if (err == PF_Err_NONE) {
-            const bool deep = (world->world_flags & PF_WorldFlag_DEEP) != 0;
-            *out = deep ? reinterpret_cast<PF_Pixel16*>(world->data) : nullptr;
-        }
-        return err;
-    }
-
-    static PF_Handle host_new_handle(A_HandleSize bytes) {
-        if (host().enter("host_new_handle", " " + std::to_string(bytes)) != PF_Err_NONE) {
-            return nullptr;
-        }
-        // The block's own vector stands behind it, so that a write too many is seen.
-        auto* block = new std::vector<char>(bytes, '?');
-        host().blocks_.push_back(block);
-        auto* handle = new char*(block->data());
-        host().handles_[handle] = bytes;
-        return handle;
-    }
-
-    static A_Err AEGP_ConvertEffectToCompTime(PF_ProgPtr effect_ref, A_long time, A_u_long scale,
-                                              A_Time* out) {
-        check_effect(effect_ref);
-        return answer(host().enter("AEGP_ConvertEffectToCompTime",
-                                   " " + std::to_string(time) + "/" + std::to_string(scale)),
-                      out, host().comp_time);
-    }
-    static A_Err AEGP_GetEffectCamera(PF_ProgPtr effect_ref, const A_Time* time, AEGP_LayerH* out) {
-        check_effect(effect_ref);
-        const A_Err err = host().enter("AEGP_GetEffectCamera");
-        host().camera_times.push_back(copy(*time));
-        if (err == A_Err_NONE) {
-            *out = host().has_camera ? handle_of<AEGP_LayerH>(camera_layer_tag) : nullptr;
-        }
-        return err;
-    }
-    static A_Err AEGP_GetEffectLayer(PF_ProgPtr effect_ref, AEGP_LayerH* out) {
-        check_effect(effect_ref);
-        return answer(host().enter("AEGP_GetEffectLayer"), out,
-                      handle_of<AEGP_LayerH>(effect_layer_tag));
-    }
-    static A_Err AEGP_GetLayerParentComp(AEGP_LayerH layer, AEGP_CompH* out) {
-        return answer(host().enter("AEGP_GetLayerParentComp", detail_of(layer)), out,
-                      handle_of<AEGP_CompH>(comp_tag));
-    }
-    static A_Err AEGP_GetItemFromComp(AEGP_CompH comp, AEGP_ItemH* out) {
-        return answer(host().enter("AEGP_GetItemFromComp", detail_of(comp)), out,
-                      handle_of<AEGP_ItemH>(item_tag));
-    }
-    static A_Err AEGP_GetItemDimensions(AEGP_ItemH item, A_long* width, A_long* height) {
-        const A_Err err = host().enter("AEGP_GetItemDimensions", detail_of(item));
-        if (err == A_Err_NONE) {
-            *width = host().comp_width;
-            *height = host().comp_height;
-        }
-        return err;
-    }
-    static A_Err AEGP_GetCompShutterFrameRange(AEGP_CompH comp, const A_Time* time, A_Time* start,
-                                               A_Time* duration) {
-        const A_Err err = host().enter("AEGP_GetCompShutterFrameRange", detail_of(comp));
-        host().shutter_times.push_back(copy(*time));
-        if (err == A_Err_NONE) {
-            *start = host().shutter_start;
-            *duration = host().shutter_duration;
-        }
-        return err;
-    }
-    static A_Err AEGP_GetLayerToWorldXform(AEGP_LayerH layer, const A_Time* time, A_Matrix4* out) {
-        const A_Err err = host().enter("AEGP_GetLayerToWorldXform", detail_of(layer));
-        host().matrix_times.push_back(copy(*time));
-        if (err == A_Err_NONE) {
-            host().place_camera(copy(*time));
-            *out = host().camera_matrix;
-        }
-        return err;
-    }
-    static A_Err AEGP_GetLayerStreamValue(AEGP_LayerH layer, AEGP_LayerStream stream,
-                                          AEGP_LTimeMode mode, const A_Time* time,
-                                          A_Boolean pre_expression, AEGP_StreamVal* value,
-                                          AEGP_StreamType*) {
-        EXPECT_EQ(stream, 11) << "the zoom";
-        EXPECT_EQ(mode, 1) << "composition time";
-        EXPECT_EQ(pre_expression, 0);
-        const A_Err err = host().enter("AEGP_GetLayerStreamValue", detail_of(layer));
-        host().zoom_times.push_back(copy(*time));
-        if (err == A_Err_NONE) {
-            host().place_camera(copy(*time));
-            value->one_d = host().zoom;
-        }
-        return err;
-    }
-
-    static PF_Err PF_GetPixelFormat(const PF_EffectWorld* world, PF_PixelFormat* out) {
-        const PF_Err err = host().enter("PF_GetPixelFormat");
-        if (err == PF_Err_NONE) {
-            EXPECT_EQ(world, &host().input_world->world) << "the input's depth is asked for";
-            *out = host().input_world->format;
-        }
-        return err;
-    }
-    static PF_Err AddSupportedPixelFormat(PF_ProgPtr effect_ref, PF_PixelFormat format) {
-        check_effect(effect_ref);
-        char code[5] = {};
-        for (int i = 0; i < 4; ++i) {
-            code[i] = static_cast<char>(format >> (8 * i) & 0xFF);
-        }
-        return host().enter("AddSupportedPixelFormat", std::string(" ") + code);
-    }
-    static PF_Err ClearSupportedPixelFormats(PF_ProgPtr effect_ref) {
-        check_effect(effect_ref);
-        return host().enter("ClearSupportedPixelFormats");
-    }
-
-    static PF_Err checkout_layer(PF_ProgPtr effect_ref, PF_ParamIndex index, A_long checkout_id,
-                                 const PF_RenderRequest* request, A_long time, A_long time_step,
-                                 A_u_long time_scale, PF_CheckoutResult* out) {
-        check_effect(effect_ref);
-        const PF_Err err =
-            host().enter("checkout_layer",
-                         " " + std::to_string(index) + " " + std::to_string(checkout_id) + " at " +
-                             std::to_string(time) + " step " + std::to_string(time_step) +
-                             " scale " + std::to_string(time_scale));
-        host().layer_request = *request;
-        if (err == PF_Err_NONE) {
-            *out = host().checkout_result;
-        }
-        return err;
-    }
-    static PF_Err checkout_layer_pixels(PF_ProgPtr effect_ref, A_long id, PF_EffectWorld** out) {
-        check_effect(effect_ref);
-        const PF_Err err = host().enter("checkout_layer_pixels", " " + std::to_string(id));
-        if (err == PF_Err_NONE) {
-            *out = &host().input_world->world;
-        }
-        return err;
-    }
-    static PF_Err checkin_layer_pixels(PF_ProgPtr effect_ref, A_long id) {
-        check_effect(effect_ref);
-        return host().enter("checkin_layer_pixels", " " + std::to_string(id));
-    }
-    static PF_Err checkout_output(PF_ProgPtr effect_ref, PF_EffectWorld** out) {
-        check_effect(effect_ref);
-        const PF_Err err = host().enter("checkout_output");
-        if (err != PF_Err_NONE) {
-            *out = host().leftover_output;
-        } else {
-            *out = host().output_world == nullptr ? nullptr : &host().output_world->world;
-        }
-        return err;
-    }
-};
+}  // namespace
 
 FakeHost::FakeHost() {
     EXPECT_EQ(current_, nullptr) << "one host at a time";
@@ -380,12 +155,6 @@ PF_Err FakeHost::enter(const std::string& name, const std::string& detail) {
                                                                           : PF_Err_NONE;
 }
 
-void FakeHost::place_camera(const Time& time) {
-    if (move_camera) {
-        move_camera(time);
-    }
-}
-
 bool FakeHost::suites_balanced() const {
     for (const auto& [name, count] : held_suites) {
         if (count != 0) {
@@ -393,6 +162,15 @@ bool FakeHost::suites_balanced() const {
         }
     }
     return true;
+}
+
+PF_Err FakeHost::fill(const char* name, PF_ProgPtr effect_ref, const PF_Pixel* colour,
+                      const PF_Rect* area, PF_EffectWorld* world) {
+    check_effect(effect_ref);
+    EXPECT_EQ(area, nullptr);
+    EXPECT_EQ(world, &output_world->world);
+    fill_colour = *colour;
+    return enter(name);
 }
 
 void FakeHost::set_default_values() {
@@ -415,38 +193,195 @@ void FakeHost::set_default_values() {
     values[16].u.pd.value = 0;
 }
 
+// C functions that find the host by its static pointer.
 void FakeHost::fill_tables() {
-    using C = FakeCallbacks;
-    basic.AcquireSuite = C::AcquireSuite;
-    basic.ReleaseSuite = C::ReleaseSuite;
-    in_data.inter.checkout_param = C::checkout_param;
-    in_data.inter.checkin_param = C::checkin_param;
-    in_data.inter.add_param = C::add_param;
-    utils.ansi.sprintf = C::sprintf;
-    utils.ansi.strcpy = C::strcpy;
-    utils.fill = C::utils_fill;
-    utils.get_pixel_data16 = C::get_pixel_data16;
-    pre_callbacks.checkout_layer = C::checkout_layer;
-    render_callbacks.checkout_layer_pixels = C::checkout_layer_pixels;
-    render_callbacks.checkin_layer_pixels = C::checkin_layer_pixels;
-    render_callbacks.checkout_output = C::checkout_output;
+    basic.AcquireSuite = [](const char* name, int32_t version, const void** table) {
+        const std::string key = suite_key(name, version);
+        current_->enter("acquire", " " + key);
+        if (current_->suites_succeed_with_null) {
+            *table = nullptr;
+            return SPErr{kSPNoError};
+        }
+        const auto found = current_->suites_.find(key);
+        if (found == current_->suites_.end() || current_->missing_suites.count(name) != 0) {
+            return SPErr{kSPSuiteNotFoundError};
+        }
+        *table = found->second;
+        ++current_->held_suites[key];
+        return SPErr{kSPNoError};
+    };
+    basic.ReleaseSuite = [](const char* name, int32_t version) {
+        const std::string key = suite_key(name, version);
+        current_->enter("release", " " + key);
+        --current_->held_suites[key];
+        return SPErr{kSPNoError};
+    };
 
-    handle_suite_.host_new_handle = C::host_new_handle;
-    ansi_suite_.sprintf = C::sprintf;
-    ansi_suite_.strcpy = C::strcpy;
-    fill_suite_.fill = C::suite_fill;
-    interface_suite_.AEGP_ConvertEffectToCompTime = C::AEGP_ConvertEffectToCompTime;
-    interface_suite_.AEGP_GetEffectCamera = C::AEGP_GetEffectCamera;
-    interface_suite_.AEGP_GetEffectLayer = C::AEGP_GetEffectLayer;
-    layer_suite_.AEGP_GetLayerParentComp = C::AEGP_GetLayerParentComp;
-    layer_suite_.AEGP_GetLayerToWorldXform = C::AEGP_GetLayerToWorldXform;
-    item_suite_.AEGP_GetItemDimensions = C::AEGP_GetItemDimensions;
-    comp_suite_.AEGP_GetItemFromComp = C::AEGP_GetItemFromComp;
-    comp_suite_.AEGP_GetCompShutterFrameRange = C::AEGP_GetCompShutterFrameRange;
-    stream_suite_.AEGP_GetLayerStreamValue = C::AEGP_GetLayerStreamValue;
-    world_suite_.PF_GetPixelFormat = C::PF_GetPixelFormat;
-    format_suite_.AddSupportedPixelFormat = C::AddSupportedPixelFormat;
-    format_suite_.ClearSupportedPixelFormats = C::ClearSupportedPixelFormats;
+    in_data.inter.checkout_param = [](PF_ProgPtr effect_ref, PF_ParamIndex index, A_long time,
+                                      A_long time_step, A_u_long time_scale, PF_ParamDef* out) {
+        check_effect(effect_ref);
+        current_->checkouts.push_back({index, time, time_step, time_scale});
+        if (bytes_of(*out).find_first_not_of('\0') != std::string::npos) {
+            current_->cleared_records = false;
+        }
+        return answer("checkout_param", " " + std::to_string(index), out, current_->values[index]);
+    };
+    in_data.inter.checkin_param = [](PF_ProgPtr effect_ref, PF_ParamDef*) {
+        check_effect(effect_ref);
+        return current_->enter("checkin_param");
+    };
+    in_data.inter.add_param = [](PF_ProgPtr effect_ref, PF_ParamIndex index, PF_ParamDef* def) {
+        check_effect(effect_ref);
+        const PF_Err err = current_->enter("add_param", " " + std::to_string(def->uu.id));
+        if (err == PF_Err_NONE) {
+            const char* const text = def->param_type == PF_Param_CHECKBOX ? def->u.bd.u.nameptr
+                                     : def->param_type == PF_Param_POPUP  ? def->u.pd.u.namesptr
+                                                                          : "";
+            current_->declared.push_back({index, *def, text, bytes_of(*def)});
+        }
+        return err;
+    };
+
+    utils.ansi.sprintf = ansi_suite_.sprintf = print;
+    utils.ansi.strcpy = ansi_suite_.strcpy = [](A_char* to, const A_char* from) {
+        current_->enter("strcpy");
+        return std::strcpy(to, from);
+    };
+    utils.fill = [](PF_ProgPtr effect_ref, const PF_Pixel* colour, const PF_Rect* area,
+                    PF_EffectWorld* world) {
+        return current_->fill("utils fill", effect_ref, colour, area, world);
+    };
+    fill_suite_.fill = [](PF_ProgPtr effect_ref, const PF_Pixel* colour, const PF_Rect* area,
+                          PF_EffectWorld* world) {
+        return current_->fill("suite fill", effect_ref, colour, area, world);
+    };
+    utils.get_pixel_data16 = [](PF_EffectWorld* world, PF_Pixel* pixels, PF_Pixel16** out) {
+        EXPECT_EQ(pixels, nullptr);
+        const bool deep = (world->world_flags & PF_WorldFlag_DEEP) != 0;
+        return answer("get_pixel_data16", "", out,
+                      deep ? reinterpret_cast<PF_Pixel16*>(world->data) : nullptr);
+    };
+    handle_suite_.host_new_handle = [](A_HandleSize bytes) -> PF_Handle {
+        if (current_->enter("host_new_handle", " " + std::to_string(bytes)) != PF_Err_NONE) {
+            return nullptr;
+        }
+        // The block's own vector stands behind it, so that a write too many is seen.
+        auto* block = new std::vector<char>(bytes, '?');
+        current_->blocks_.push_back(block);
+        auto* handle = new char*(block->data());
+        current_->handles_[handle] = bytes;
+        return handle;
+    };
+
+    interface_suite_.AEGP_ConvertEffectToCompTime = [](PF_ProgPtr effect_ref, A_long time,
+                                                       A_u_long scale, A_Time* out) {
+        check_effect(effect_ref);
+        return answer("AEGP_ConvertEffectToCompTime",
+                      " " + std::to_string(time) + "/" + std::to_string(scale), out,
+                      current_->comp_time);
+    };
+    interface_suite_.AEGP_GetEffectCamera = [](PF_ProgPtr effect_ref, const A_Time* time,
+                                               AEGP_LayerH* out) {
+        check_effect(effect_ref);
+        current_->camera_times.push_back({time->value, time->scale});
+        const auto camera = handle_of<AEGP_LayerH>(camera_layer_tag);
+        return answer("AEGP_GetEffectCamera", "", out, current_->has_camera ? camera : nullptr);
+    };
+    interface_suite_.AEGP_GetEffectLayer = [](PF_ProgPtr effect_ref, AEGP_LayerH* out) {
+        check_effect(effect_ref);
+        return answer("AEGP_GetEffectLayer", "", out, handle_of<AEGP_LayerH>(effect_layer_tag));
+    };
+    layer_suite_.AEGP_GetLayerParentComp = [](AEGP_LayerH layer, AEGP_CompH* out) {
+        return answer("AEGP_GetLayerParentComp", detail_of(layer), out,
+                      handle_of<AEGP_CompH>(comp_tag));
+    };
+    comp_suite_.AEGP_GetItemFromComp = [](AEGP_CompH comp, AEGP_ItemH* out) {
+        return answer("AEGP_GetItemFromComp", detail_of(comp), out,
+                      handle_of<AEGP_ItemH>(item_tag));
+    };
+    item_suite_.AEGP_GetItemDimensions = [](AEGP_ItemH item, A_long* width, A_long* height) {
+        const A_Err err =
+            answer("AEGP_GetItemDimensions", detail_of(item), width, current_->comp_width);
+        *height = err == A_Err_NONE ? current_->comp_height : *height;
+        return err;
+    };
+    comp_suite_.AEGP_GetCompShutterFrameRange = [](AEGP_CompH comp, const A_Time* time,
+                                                   A_Time* start, A_Time* duration) {
+        current_->shutter_times.push_back({time->value, time->scale});
+        const A_Err err = answer("AEGP_GetCompShutterFrameRange", detail_of(comp), start,
+                                 current_->shutter_start);
+        *duration = err == A_Err_NONE ? current_->shutter_duration : *duration;
+        return err;
+    };
+    layer_suite_.AEGP_GetLayerToWorldXform = [](AEGP_LayerH layer, const A_Time* time,
+                                                A_Matrix4* out) {
+        current_->matrix_times.push_back({time->value, time->scale});
+        current_->move_camera(current_->matrix_times.back());
+        return answer("AEGP_GetLayerToWorldXform", detail_of(layer), out, current_->camera_matrix);
+    };
+    stream_suite_.AEGP_GetLayerStreamValue = [](AEGP_LayerH layer, AEGP_LayerStream stream,
+                                                AEGP_LTimeMode mode, const A_Time* time,
+                                                A_Boolean pre_expression, AEGP_StreamVal* value,
+                                                AEGP_StreamType*) {
+        EXPECT_EQ(stream, 11) << "the zoom";
+        EXPECT_EQ(mode, 1) << "composition time";
+        EXPECT_EQ(pre_expression, 0);
+        current_->zoom_times.push_back({time->value, time->scale});
+        current_->move_camera(current_->zoom_times.back());
+        return answer("AEGP_GetLayerStreamValue", detail_of(layer), &value->one_d, current_->zoom);
+    };
+
+    world_suite_.PF_GetPixelFormat = [](const PF_EffectWorld* world, PF_PixelFormat* out) {
+        const PF_Err err = current_->enter("PF_GetPixelFormat");
+        if (err == PF_Err_NONE) {
+            EXPECT_EQ(world, &current_->input_world->world) << "the input's depth is asked for";
+            *out = current_->input_world->format;
+        }
+        return err;
+    };
+    format_suite_.AddSupportedPixelFormat = [](PF_ProgPtr effect_ref, PF_PixelFormat format) {
+        check_effect(effect_ref);
+        char code[5] = {};
+        for (int i = 0; i < 4; ++i) {
+            code[i] = static_cast<char>(format >> (8 * i) & 0xFF);
+        }
+        return current_->enter("AddSupportedPixelFormat", std::string(" ") + code);
+    };
+    format_suite_.ClearSupportedPixelFormats = [](PF_ProgPtr effect_ref) {
+        check_effect(effect_ref);
+        return current_->enter("ClearSupportedPixelFormats");
+    };
+
+    pre_callbacks.checkout_layer = [](PF_ProgPtr effect_ref, PF_ParamIndex index,
+                                      A_long checkout_id, const PF_RenderRequest* request,
+                                      A_long time, A_long time_step, A_u_long time_scale,
+                                      PF_CheckoutResult* out) {
+        check_effect(effect_ref);
+        current_->layer_request = *request;
+        const std::string detail = " " + std::to_string(index) + " " + std::to_string(checkout_id) +
+                                   " at " + std::to_string(time) + " step " +
+                                   std::to_string(time_step) + " scale " +
+                                   std::to_string(time_scale);
+        return answer("checkout_layer", detail, out, current_->checkout_result);
+    };
+    render_callbacks.checkout_layer_pixels = [](PF_ProgPtr effect_ref, A_long id,
+                                                PF_EffectWorld** out) {
+        check_effect(effect_ref);
+        return answer("checkout_layer_pixels", " " + std::to_string(id), out,
+                      &current_->input_world->world);
+    };
+    render_callbacks.checkin_layer_pixels = [](PF_ProgPtr effect_ref, A_long id) {
+        check_effect(effect_ref);
+        return current_->enter("checkin_layer_pixels", " " + std::to_string(id));
+    };
+    render_callbacks.checkout_output = [](PF_ProgPtr effect_ref, PF_EffectWorld** out) {
+        check_effect(effect_ref);
+        const PF_Err err = current_->enter("checkout_output");
+        PF_EffectWorld* const given =
+            current_->output_world == nullptr ? nullptr : &current_->output_world->world;
+        *out = err == PF_Err_NONE ? given : current_->leftover_output;
+        return err;
+    };
 
     // Names and versions as hosts publish them, written out here a second time on purpose.
     suites_ = {

@@ -93,7 +93,7 @@ public:
     A_Matrix4 camera_matrix = {{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}}};
     double zoom = 2000.0;
     /// Called before the camera's place or zoom at a time is told; may change both.
-    std::function<void(const Time&)> move_camera;
+    std::function<void(const Time&)> move_camera = [](const Time&) {};
     A_long comp_width = 1920;
     A_long comp_height = 1080;
     A_Time shutter_start = {1, 24};
@@ -130,10 +130,9 @@ public:
     static FakeHost& current() { return *current_; }
 
 private:
-    friend struct FakeCallbacks;
-
     void fill_tables();
-    void place_camera(const Time& time);
+    PF_Err fill(const char* name, PF_ProgPtr effect_ref, const PF_Pixel* colour,
+                const PF_Rect* area, PF_EffectWorld* world);
 
     static FakeHost* current_;
 

@@ -175,10 +175,13 @@ TEST_F(Frames, RenderIsTheSameInEveryDepthUpToRounding) {
     EXPECT_GT(between, 0);
 }
 
-TEST_F(Frames, RenderWithoutPreRenderDataDoesNothing) {
+TEST_F(Frames, RenderWithoutPreRenderDataDoesNothingAndARefusedCheckInNoHarm) {
     EXPECT_EQ(smart_render(), 0);
     EXPECT_EQ(host.log, kDependencies);
     EXPECT_TRUE(output.untouched());
+    host.failures["checkin_layer_pixels"] = {515};
+    EXPECT_EQ(render_after_pre_render(), 0);
+    EXPECT_TRUE(drawn());
 }
 
 TEST_F(Frames, RenderThatIsRefusedAnythingReturnsZeroAndLeavesItsWorldUntouched) {
@@ -214,12 +217,6 @@ TEST_F(Frames, RenderTellsOfAMissingWorldSuite) {
                                 kEnd,
                                 kDependencies}));
     EXPECT_TRUE(output.untouched());
-}
-
-TEST_F(Frames, RenderWithARefusedCheckInIsDrawn) {
-    host.failures["checkin_layer_pixels"] = {515};
-    EXPECT_EQ(render_after_pre_render(), 0);
-    EXPECT_TRUE(drawn());
 }
 
 TEST_F(Frames, RenderOfABrokenDatabaseReturnsZeroAndLeavesItsWorldUntouched) {
@@ -289,79 +286,63 @@ protected:
         host.output_world = &world;
         return send(PF_Cmd_RENDER, nullptr, &world.world);
     }
-    void expect_fill_colour() const {
-        EXPECT_EQ(host.fill_colour.alpha, 40);
-        EXPECT_EQ(host.fill_colour.red, 50);
-        EXPECT_EQ(host.fill_colour.green, 60);
-        EXPECT_EQ(host.fill_colour.blue, 70);
-    }
 };
 
 }  // namespace
 
-TEST_F(PlainFrames, FillThroughTheSuite) {
+TEST_F(PlainFrames, FillThroughTheSuiteUnderPremiereThroughTheUtilities) {
     FakeWorld world(4, 3, PF_PixelFormat_ARGB32);
-    EXPECT_EQ(render(world), 0);
-    EXPECT_EQ(host.log, (Log{"acquire PF Fill Matte Suite 2", "suite fill",
-                             "release PF Fill Matte Suite 2"}));
-    expect_fill_colour();
+    const Log suite = {"acquire PF Fill Matte Suite 2", "suite fill",
+                       "release PF Fill Matte Suite 2"};
+    for (const bool premiere : {false, true}) {
+        host.in_data.appl_id = premiere ? 0x50724D72 : kAppID_AfterEffects;
+        for (const PF_Err status : {0, 512}) {
+            host.failures = {{premiere ? "utils fill" : "suite fill", {status}}};
+            host.log.clear();
+            host.fill_colour = {};
+            EXPECT_EQ(render(world), status);
+            EXPECT_EQ(host.log, premiere ? Log{"utils fill"} : suite);
+            EXPECT_EQ(host.fill_colour.alpha, 40);
+            EXPECT_EQ(host.fill_colour.red, 50);
+            EXPECT_EQ(host.fill_colour.green, 60);
+            EXPECT_EQ(host.fill_colour.blue, 70);
+        }
+    }
 }
 
-TEST_F(PlainFrames, FillThroughTheUtilitiesUnderPremiere) {
-    host.in_data.appl_id = 0x50724D72;
-    FakeWorld world(4, 3, PF_PixelFormat_ARGB32);
-    EXPECT_EQ(render(world), 0);
-    EXPECT_EQ(host.log, Log{"utils fill"});
-    expect_fill_colour();
-}
-
-TEST_F(PlainFrames, ReportTheFillsStatus) {
-    FakeWorld world(4, 3, PF_PixelFormat_ARGB32);
-    host.failures = {{"suite fill", {512}}, {"utils fill", {513}}};
-    EXPECT_EQ(render(world), 512);
-    host.in_data.appl_id = 0x50724D72;
-    EXPECT_EQ(render(world), 513);
+TEST_F(PlainFrames, ReportWhatIsRefused) {
+    FakeWorld shallow(4, 3, PF_PixelFormat_ARGB32);
+    host.missing_suites = {"PF Fill Matte Suite"};
+    EXPECT_EQ(render(shallow), 516);
+    EXPECT_TRUE(host.suites_balanced());
+    FakeWorld deep(4, 3, PF_PixelFormat_ARGB64);
+    host.failures["get_pixel_data16"] = {515};
+    EXPECT_EQ(render(deep), 515);
+    EXPECT_TRUE(deep.untouched());
 }
 
 TEST_F(PlainFrames, PaintARampInSixteenBits) {
-    // Under Premiere too.
-    host.in_data.appl_id = 0x50724D72;
     FakeWorld world(300, 260, PF_PixelFormat_ARGB64);
-    EXPECT_EQ(render(world), 0);
-    EXPECT_EQ(host.log, Log{"get_pixel_data16"});
-    host.log.clear();
-    host.in_data.appl_id = kAppID_AfterEffects;
-    EXPECT_EQ(render(world), 0);
-    EXPECT_EQ(host.log, Log{"get_pixel_data16"});
+    // Under Premiere too.
+    for (const A_long application : {A_long{0x50724D72}, A_long{kAppID_AfterEffects}}) {
+        host.in_data.appl_id = application;
+        host.log.clear();
+        EXPECT_EQ(render(world), 0);
+        EXPECT_EQ(host.log, Log{"get_pixel_data16"});
+    }
     const auto widened = [](int v) {
         return static_cast<int>(std::floor((v * 32768 + 128) / 255.0));
     };
-    for (int y = 0; y < 260; ++y) {
-        for (int x = 0; x < 300; ++x) {
-            const PF_Pixel16 pixel = world.at16(x, y);
-            ASSERT_EQ(pixel.alpha, 32768);
-            ASSERT_EQ(pixel.red, widened(x % 256)) << x;
-            ASSERT_EQ(pixel.green, widened(y % 256)) << y;
-            ASSERT_EQ(pixel.blue, widened(2 * x % 256)) << x;
-        }
-    }
+    support::for_each_pixel(300, 260, [&](int x, int y) {
+        const PF_Pixel16 pixel = world.at16(x, y);
+        ASSERT_EQ(pixel.alpha, 32768);
+        ASSERT_EQ(pixel.red, widened(x % 256)) << x;
+        ASSERT_EQ(pixel.green, widened(y % 256)) << y;
+        ASSERT_EQ(pixel.blue, widened(2 * x % 256)) << x;
+    });
     // By hand: (255 x 32768 + 128) / 255 is 32768.5, (32768 + 128) / 255 is 129.004.
     EXPECT_EQ(world.at16(255, 0).red, 32768);
     EXPECT_EQ(world.at16(256, 1).red, 0);
     EXPECT_EQ(world.at16(256, 1).green, 129);
     EXPECT_TRUE(world.margins_intact());
-}
-
-TEST_F(PlainFrames, ReportARefusedAccessToThePixels) {
-    host.failures["get_pixel_data16"] = {515};
-    FakeWorld world(4, 3, PF_PixelFormat_ARGB64);
-    EXPECT_EQ(render(world), 515);
-    EXPECT_TRUE(world.untouched());
-}
-
-TEST_F(PlainFrames, ReportAMissingFillSuite) {
-    host.missing_suites = {"PF Fill Matte Suite"};
-    FakeWorld world(4, 3, PF_PixelFormat_ARGB32);
-    EXPECT_EQ(render(world), 516);
-    EXPECT_TRUE(host.suites_balanced());
 }

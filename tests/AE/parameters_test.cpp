@@ -18,6 +18,22 @@ protected:
     FakeHost host;
 };
 
+const struct {
+    int id;
+    double MyInstance::*field;
+    double by_default;
+} kNumbers[] = {
+    {1, &MyInstance::star_brightness, 5.0},
+    {2, &MyInstance::brightness_bias, 1.0},
+    {3, &MyInstance::star_saturation, 0.4000000059604645},
+    {4, &MyInstance::tint_strength_param, 0.0},
+    {6, &MyInstance::max_lum, 0.5},
+    {7, &MyInstance::lum_threshold, 9.999999747378752e-05},
+    {8, &MyInstance::spot_size, 2.5},
+    {9, &MyInstance::aspect_ratio, 1.0},
+    {13, &MyInstance::parallax_crush_param, 100.0},
+};
+
 }  // namespace
 
 TEST_F(Parameters, ChoiceCountIsSixteenBitsOfTheLength) {
@@ -33,19 +49,13 @@ TEST_F(Parameters, DefaultsRead) {
     MyInstance instance;
     instance.projection_mode = AzEqu;
     read(instance);
-    EXPECT_EQ(instance.spot_size, 2.5);
-    EXPECT_EQ(instance.aspect_ratio, 1.0);
-    EXPECT_EQ(instance.lum_threshold, 9.999999747378752e-05);
-    EXPECT_EQ(instance.max_lum, 0.5);
-    EXPECT_EQ(instance.star_brightness, 5.0);
-    EXPECT_EQ(instance.brightness_bias, 1.0);
-    EXPECT_EQ(instance.star_saturation, 0.4000000059604645);
-    EXPECT_EQ(instance.tint_strength_param, 0.0);
+    for (const auto& number : kNumbers) {
+        EXPECT_EQ(instance.*number.field, number.by_default) << number.id;
+    }
     // 128 / 255 as the nearest float: 0x3F008081 = 8421505 / 2^24.
     for (const double channel : instance.tint_rgb) {
         EXPECT_EQ(channel, 8421505.0 / 16777216.0);
     }
-    EXPECT_EQ(instance.parallax_crush_param, 100.0);
     EXPECT_EQ(instance.mb_segments, 1);
     EXPECT_EQ(instance.treat_srgb, 1U);
     EXPECT_EQ(instance.anamorphic_dof, 0U);
@@ -55,8 +65,8 @@ TEST_F(Parameters, DefaultsRead) {
 }
 
 TEST_F(Parameters, EachControlReachesItsOwnField) {
-    for (const int id : {1, 2, 3, 4, 6, 7, 8, 9, 13}) {
-        host.values[id].u.fs_d.value = id + 0.5;
+    for (const auto& number : kNumbers) {
+        host.values[number.id].u.fs_d.value = number.id + 0.5;
     }
     host.values[5].u.cd.value = {7, 255, 0, 51};
     host.values[10].u.sd.value = 42;
@@ -67,15 +77,9 @@ TEST_F(Parameters, EachControlReachesItsOwnField) {
     host.values[16].u.pd.value = 3;
     MyInstance instance;
     read(instance);
-    EXPECT_EQ(instance.star_brightness, 1.5);
-    EXPECT_EQ(instance.brightness_bias, 2.5);
-    EXPECT_EQ(instance.star_saturation, 3.5);
-    EXPECT_EQ(instance.tint_strength_param, 4.5);
-    EXPECT_EQ(instance.max_lum, 6.5);
-    EXPECT_EQ(instance.lum_threshold, 7.5);
-    EXPECT_EQ(instance.spot_size, 8.5);
-    EXPECT_EQ(instance.aspect_ratio, 9.5);
-    EXPECT_EQ(instance.parallax_crush_param, 13.5);
+    for (const auto& number : kNumbers) {
+        EXPECT_EQ(instance.*number.field, number.id + 0.5);
+    }
     EXPECT_EQ(instance.tint_rgb[0], 1.0);
     EXPECT_EQ(instance.tint_rgb[1], 0.0);
     // 51 / 255 = 0.2, as the nearest float.
@@ -88,11 +92,13 @@ TEST_F(Parameters, EachControlReachesItsOwnField) {
     EXPECT_EQ(instance.database_index, 2);
 }
 
-TEST_F(Parameters, SecondTreatmentOfPixelsReadsAsTheFirst) {
+TEST_F(Parameters, SecondTreatmentOfPixelsReadsAsTheFirstAndTheSmallestDatabaseChoiceWraps) {
     host.values[14].u.pd.value = 2;
+    host.values[16].u.pd.value = INT32_MIN;
     MyInstance instance;
     read(instance);
     EXPECT_EQ(instance.treat_srgb, 1U);
+    EXPECT_EQ(instance.database_index, INT32_MAX);
 }
 
 TEST_F(Parameters, ProjectionsByChoice) {
@@ -105,14 +111,6 @@ TEST_F(Parameters, ProjectionsByChoice) {
         read(instance);
         EXPECT_EQ(instance.projection_mode, expected) << choice;
     }
-}
-
-TEST_F(Parameters, SmallestDatabaseChoiceWraps) {
-    host.set_default_values();
-    host.values[16].u.pd.value = INT32_MIN;
-    MyInstance instance;
-    read(instance);
-    EXPECT_EQ(instance.database_index, INT32_MAX);
 }
 
 TEST_F(Parameters, FailedCheckoutEndsTheReadingAndTheCameraSampling) {

@@ -12,10 +12,8 @@ TEST_F(GlobalSetUp, FindsTheDatabasesBesideTheBundle) {
     EXPECT_EQ(host.out_data.out_flags, 0x3080000);
     EXPECT_EQ(host.out_data.out_flags2, 0x1407);
     EXPECT_EQ(message(), "");
-    EXPECT_EQ(send(PF_Cmd_PARAMS_SETUP), 0);
+    EXPECT_EQ(offered_databases(), "sky.stars");
     EXPECT_EQ(host.out_data.num_params, 17);
-    ASSERT_EQ(host.declared.size(), 16U);
-    EXPECT_EQ(host.declared[15].text, "sky.stars");
 }
 
 TEST_F(GlobalSetUp, WithoutDatabasesSaysWhereItLooked) {
@@ -42,33 +40,36 @@ TEST_F(GlobalSetUp, SecondDatabaseThatCannotBeReadIsNamedAndLeavesNone) {
     EXPECT_EQ(message(), "Error reading Lumivar database file " + bundle.database_folder() + "/" +
                              names[1] + ".");
     EXPECT_EQ(host.out_data.out_flags, 0x3080100);
-    EXPECT_EQ(send(PF_Cmd_PARAMS_SETUP), 0);
-    ASSERT_EQ(host.declared.size(), 16U);
-    EXPECT_EQ(host.declared[15].text, "");
+    EXPECT_EQ(offered_databases(), "");
     EXPECT_EQ(middle(), -1.0F) << "a host that goes on regardless gets no frame";
 }
 
-TEST_F(GlobalSetUp, FolderNamedLikeADatabaseCannotBeRead) {
-    std::filesystem::create_directory(bundle.root / "dir.stars");
-    EXPECT_EQ(send(PF_Cmd_GLOBAL_SETUP), 512);
-    EXPECT_EQ(message(),
-              "Error reading Lumivar database file " + bundle.database_folder() + "/dir.stars.");
+TEST_F(GlobalSetUp, FolderNamedLikeADatabaseCannotBeReadAndTheMessageIsCutToTheHostsBuffer) {
+    for (const std::size_t length : {3U, 240U}) {
+        const std::string name = std::string(length, 'd') + ".stars";
+        std::filesystem::create_directory(bundle.root / name);
+        host.out_data.start_sampL = 77;
+        EXPECT_EQ(send(PF_Cmd_GLOBAL_SETUP), 512);
+        const std::string whole =
+            "Error reading Lumivar database file " + bundle.database_folder() + "/" + name + ".";
+        EXPECT_EQ(message(), whole.substr(0, 255));
+        EXPECT_EQ(host.out_data.start_sampL, 77) << "the field behind the buffer";
+        std::filesystem::remove(bundle.root / name);
+    }
 }
 
-TEST_F(GlobalSetUp, TakesEveryNameWithStarsAnywhereInIt) {
+TEST_F(GlobalSetUp, TakesEveryNameWithStarsAnywhereInItWhateverItsHeader) {
     for (const char* name : {"old.stars.txt", "a.stars.bak", ".stars"}) {
-        add_database(name, kHeader);
+        add_database(name, "PK\x03\x04 something else altogether");
     }
     // These would be refused were they opened.
     for (const char* name : {"a.star", "stars", "A.STARS", "readme.txt"}) {
         write_file(bundle.root / name, "");
     }
     ASSERT_EQ(send(PF_Cmd_GLOBAL_SETUP), 0);
-    EXPECT_EQ(send(PF_Cmd_PARAMS_SETUP), 0);
-    ASSERT_EQ(host.declared.size(), 16U);
     const Log names = listing();
     ASSERT_EQ(names.size(), 3U);
-    EXPECT_EQ(host.declared[15].text, names[0] + "|" + names[1] + "|" + names[2]);
+    EXPECT_EQ(offered_databases(), names[0] + "|" + names[1] + "|" + names[2]);
 }
 
 TEST_F(GlobalSetUp, LeavesTheHostsGlobalDataAlone) {
@@ -82,24 +83,26 @@ TEST_F(GlobalSetUp, LeavesTheHostsGlobalDataAlone) {
     EXPECT_EQ(host.out_data.global_data, &handle);
 }
 
-TEST_F(GlobalSetUp, DeclaresFormatsToPremiere) {
+TEST_F(GlobalSetUp, DeclaresFormatsToPremiereAndGoesOnWithoutThem) {
     add_database("a.stars", kHeader);
     host.in_data.appl_id = 0x50724D72;
+    for (const PF_Err status : {0, 512}) {
+        host.failures = {{"ClearSupportedPixelFormats", {status}},
+                         {"AddSupportedPixelFormat", {status}}};
+        host.log.clear();
+        EXPECT_EQ(send(PF_Cmd_GLOBAL_SETUP), 0);
+        EXPECT_EQ(host.log,
+                  (Log{"acquire PF Pixel Format Suite 1", "ClearSupportedPixelFormats",
+                       "AddSupportedPixelFormat BGra", "AddSupportedPixelFormat Bgra",
+                       "AddSupportedPixelFormat bgra", "release PF Pixel Format Suite 1"}));
+        EXPECT_EQ(message(), "");
+        EXPECT_EQ(host.out_data.out_flags, 0x3080000);
+    }
+    host.missing_suites = {"PF Pixel Format Suite"};
     EXPECT_EQ(send(PF_Cmd_GLOBAL_SETUP), 0);
-    EXPECT_EQ(host.log, (Log{"acquire PF Pixel Format Suite 1", "ClearSupportedPixelFormats",
-                             "AddSupportedPixelFormat BGra", "AddSupportedPixelFormat Bgra",
-                             "AddSupportedPixelFormat bgra", "release PF Pixel Format Suite 1"}));
-    EXPECT_EQ(message(), "");
-    EXPECT_EQ(host.out_data.out_flags, 0x3080000);
-}
-
-TEST_F(GlobalSetUp, GoesOnWhenPremiereRefusesTheFormats) {
-    add_database("a.stars", kHeader);
-    host.in_data.appl_id = 0x50724D72;
-    host.failures = {{"ClearSupportedPixelFormats", {512}}, {"AddSupportedPixelFormat", {512}}};
-    EXPECT_EQ(send(PF_Cmd_GLOBAL_SETUP), 0);
-    EXPECT_EQ(host.log.size(), 6U) << "each is declared all the same";
-    EXPECT_EQ(message(), "");
+    EXPECT_EQ(message(), "Not able to acquire AEFX Suite.");
+    EXPECT_EQ(host.out_data.out_flags, 0x3080100);
+    EXPECT_EQ(host.out_data.out_flags2, 0x1407);
 }
 
 TEST_F(GlobalSetUp, FolderThatCannotBeListedIsAnExceptionOfTheModule) {
@@ -113,17 +116,5 @@ TEST_F(GlobalSetUp, SetupTwiceStartsAnew) {
     EXPECT_EQ(send(PF_Cmd_GLOBAL_SETUP), 0);
     std::filesystem::rename(bundle.root / "a.stars", bundle.root / "b.stars");
     EXPECT_EQ(send(PF_Cmd_GLOBAL_SETUP), 0);
-    EXPECT_EQ(send(PF_Cmd_PARAMS_SETUP), 0);
-    ASSERT_EQ(host.declared.size(), 16U);
-    EXPECT_EQ(host.declared[15].text, "b.stars");
-}
-
-TEST_F(GlobalSetUp, PremiereWithoutItsFormatSuiteIsToldSoAndSetUp) {
-    add_database("a.stars", kHeader);
-    host.in_data.appl_id = 0x50724D72;
-    host.missing_suites = {"PF Pixel Format Suite"};
-    EXPECT_EQ(send(PF_Cmd_GLOBAL_SETUP), 0);
-    EXPECT_EQ(message(), "Not able to acquire AEFX Suite.");
-    EXPECT_EQ(host.out_data.out_flags, 0x3080100);
-    EXPECT_EQ(host.out_data.out_flags2, 0x1407);
+    EXPECT_EQ(offered_databases(), "b.stars");
 }

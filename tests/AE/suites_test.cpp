@@ -24,29 +24,13 @@ using Log = std::vector<std::string>;
 
 }  // namespace
 
-TEST(SuiteHandler, NullBasicSuiteIsAMissingSuite) {
-    EXPECT_EQ(thrown_status([] { AEGP_SuiteHandler suites(nullptr); }), 516);
-}
-
-TEST(SuiteHandler, LoadsAtFirstUseOnceAndReleasesWhatItLoaded) {
+TEST(SuiteHandler, LoadsEachSuiteAtFirstUseOnceAndReleasesWhatItLoaded) {
     FakeHost host;
     {
         AEGP_SuiteHandler suites(&host.basic);
         EXPECT_EQ(host.log, Log{});
-        const PF_ANSICallbacksSuite1* first = suites.ANSICallbacksSuite1();
-        EXPECT_EQ(suites.ANSICallbacksSuite1(), first);
-        suites.HandleSuite1();
-        EXPECT_EQ(host.log, (Log{"acquire PF ANSI Suite 1", "acquire PF Handle Suite 2"}));
-    }
-    EXPECT_TRUE(host.suites_balanced());
-    EXPECT_EQ(host.log.size(), 4U);
-}
-
-TEST(SuiteHandler, AsksForEachSuiteByNameAndVersion) {
-    FakeHost host;
-    {
-        AEGP_SuiteHandler suites(&host.basic);
-        suites.HandleSuite1();
+        const PF_HandleSuite1* first = suites.HandleSuite1();
+        EXPECT_EQ(suites.HandleSuite1(), first);
         suites.ANSICallbacksSuite1();
         suites.FillMatteSuite2();
         suites.PFInterfaceSuite1();
@@ -54,38 +38,14 @@ TEST(SuiteHandler, AsksForEachSuiteByNameAndVersion) {
         suites.ItemSuite6();
         suites.CompSuite4();
         suites.StreamSuite2();
+        EXPECT_EQ(host.log,
+                  (Log{"acquire PF Handle Suite 2", "acquire PF ANSI Suite 1",
+                       "acquire PF Fill Matte Suite 2", "acquire AEGP PF Interface Suite 1",
+                       "acquire AEGP Layer Suite 11", "acquire AEGP Item Suite 10",
+                       "acquire AEGP Comp Suite 9", "acquire AEGP Stream Suite 7"}));
     }
-    EXPECT_EQ(Log(host.log.begin(), host.log.begin() + 8),
-              (Log{"acquire PF Handle Suite 2", "acquire PF ANSI Suite 1",
-                   "acquire PF Fill Matte Suite 2", "acquire AEGP PF Interface Suite 1",
-                   "acquire AEGP Layer Suite 11", "acquire AEGP Item Suite 10",
-                   "acquire AEGP Comp Suite 9", "acquire AEGP Stream Suite 7"}));
     EXPECT_EQ(host.log.size(), 16U);
     EXPECT_TRUE(host.suites_balanced());
-}
-
-TEST(SuiteHandler, MissingSuiteThrows516AndReleasesTheOthers) {
-    FakeHost host;
-    host.missing_suites = {"AEGP Layer Suite"};
-    EXPECT_EQ(thrown_status([&] {
-                  AEGP_SuiteHandler suites(&host.basic);
-                  suites.ItemSuite6();
-                  suites.LayerSuite5();
-              }),
-              516);
-    EXPECT_EQ(host.log, (Log{"acquire AEGP Item Suite 10", "acquire AEGP Layer Suite 11",
-                             "release AEGP Item Suite 10"}));
-}
-
-TEST(SuiteHandler, NullTableIsAMissingSuite) {
-    FakeHost host;
-    host.suites_succeed_with_null = true;
-    EXPECT_EQ(thrown_status([&] {
-                  AEGP_SuiteHandler suites(&host.basic);
-                  suites.StreamSuite2();
-              }),
-              516);
-    EXPECT_EQ(host.log, Log{"acquire AEGP Stream Suite 7"});
 }
 
 namespace {
@@ -99,15 +59,26 @@ SPErr fails(const char*, int32_t) { return kSPSuiteNotFoundError; }
 
 }  // namespace
 
-TEST(SuiteHandler, TableThatComesWithAnErrorIsAMissingSuite) {
+TEST(SuiteHandler, MissingSuiteThrows516AndReleasesTheOthers) {
+    EXPECT_EQ(thrown_status([] { AEGP_SuiteHandler suites(nullptr); }), 516);
     FakeHost host;
+    const auto load = [&] {
+        host.log.clear();
+        AEGP_SuiteHandler suites(&host.basic);
+        suites.ItemSuite6();
+        suites.LayerSuite5();
+    };
+    host.missing_suites = {"AEGP Layer Suite"};
+    EXPECT_EQ(thrown_status(load), 516);
+    EXPECT_EQ(host.log, (Log{"acquire AEGP Item Suite 10", "acquire AEGP Layer Suite 11",
+                             "release AEGP Item Suite 10"}));
+    host.suites_succeed_with_null = true;
+    EXPECT_EQ(thrown_status(load), 516);
+    EXPECT_EQ(host.log, Log{"acquire AEGP Item Suite 10"});
+    // A table that comes with an error counts as none, and is not given back.
     host.basic.AcquireSuite = gives_a_table_and_an_error;
-    EXPECT_EQ(thrown_status([&] {
-                  AEGP_SuiteHandler suites(&host.basic);
-                  suites.ItemSuite6();
-              }),
-              516);
-    EXPECT_EQ(host.log, Log{}) << "nothing is given back";
+    EXPECT_EQ(thrown_status(load), 516);
+    EXPECT_EQ(host.log, Log{});
 }
 
 namespace {
@@ -150,18 +121,19 @@ TEST_F(SingleSuite, IsJudgedByItsTableInsteadOfTheHostsStatus) {
     expect_silence();
 }
 
-TEST_F(SingleSuite, ThatIsMissingSetsTheFlagAndTheGivenText) {
+TEST_F(SingleSuite, ThatIsMissingSetsTheFlagAndTheTextCutToTheHostsBuffer) {
     host.out_data.out_flags = 0x2;
     EXPECT_EQ(acquire("No worlds.", 3), 516);
     EXPECT_EQ(host.out_data.out_flags, 0x102);
     EXPECT_STREQ(host.out_data.return_msg, "No worlds.");
     EXPECT_EQ(host.log.back(), "sprintf");
-}
-
-TEST_F(SingleSuite, ThatIsMissingWithoutATextIsSaidInGeneral) {
     host.suites_succeed_with_null = true;
     EXPECT_EQ(acquire(nullptr), 516);
     EXPECT_STREQ(host.out_data.return_msg, "Not able to acquire AEFX Suite.");
+    host.out_data.start_sampL = 77;
+    acquire(std::string(300, 'x').c_str());
+    EXPECT_EQ(std::string(host.out_data.return_msg), std::string(255, 'x'));
+    EXPECT_EQ(host.out_data.start_sampL, 77) << "the field behind the buffer";
 }
 
 TEST_F(SingleSuite, IsNeitherTakenNorGivenBackWithoutABasicSuite) {
@@ -176,14 +148,6 @@ TEST_F(SingleSuite, IsNeitherTakenNorGivenBackWithoutABasicSuite) {
     EXPECT_EQ(host.out_data.out_flags, 0x100);
     EXPECT_EQ(release("Stuck."), 516);
     EXPECT_STREQ(host.out_data.return_msg, "Stuck.");
-}
-
-TEST_F(SingleSuite, HasItsTextCutToTheHostsBuffer) {
-    host.missing_suites = {"PF World Suite"};
-    host.out_data.start_sampL = 77;
-    acquire(std::string(300, 'x').c_str());
-    EXPECT_EQ(std::string(host.out_data.return_msg), std::string(255, 'x'));
-    EXPECT_EQ(host.out_data.start_sampL, 77) << "the field behind the buffer";
 }
 
 TEST(Rect, IsEmptyWithoutWidthOrHeight) {
