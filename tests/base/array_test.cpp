@@ -31,13 +31,6 @@ void expect_refusal(Act act, uword current, uword wanted) {
 
 static_assert(sizeof(ByteArray) == 3 * sizeof(uword), "data, capacity, length");
 
-TEST(ByteArray, StartsWithNothing) {
-    const ByteArray bytes;
-    EXPECT_EQ(bytes.len(), 0U);
-    EXPECT_EQ(bytes.capacity(), 0U);
-    EXPECT_EQ(bytes[0], nullptr);
-}
-
 TEST(ByteArray, GrowsByDoublingFrom32BytesOn) {
     using Steps = std::vector<std::function<void(ByteArray&)>>;
     const auto to = [](uword n) { return [n](ByteArray& bytes) { bytes.grow_to(n); }; };
@@ -82,11 +75,13 @@ TEST(ByteArray, KeepsItsBytesWhenItGrows) {
     EXPECT_EQ(std::string(bytes[0], bytes.len()), expected);
 }
 
-TEST(ByteArray, TrimGivesTheRestBack) {
+TEST(ByteArray, TrimGivesTheRestBackAndIsSilentWhereThereIsNone) {
     ByteArray bytes;
     bytes.grow_to(5);
     std::memcpy(bytes[0], "vega", 5);
     bytes.trim();
+    EXPECT_EQ(bytes.capacity(), 5U);
+    EXPECT_EQ(output_of(stderr, [&] { bytes.trim(); }), "");
     EXPECT_EQ(bytes.capacity(), 5U);
     EXPECT_STREQ(bytes[0], "vega");
     bytes.shrink_by(5);
@@ -95,16 +90,7 @@ TEST(ByteArray, TrimGivesTheRestBack) {
     EXPECT_EQ(bytes[0], nullptr);
 }
 
-TEST(ByteArray, TrimOfAFullArrayIsSilent) {
-    ByteArray bytes;
-    bytes.grow_to(64);
-    CapturedOutput errors(stderr);
-    bytes.trim();
-    EXPECT_EQ(errors.text(), "");
-    EXPECT_EQ(bytes.capacity(), 64U);
-}
-
-TEST(ByteArray, ReallocToThePresentCapacityWarnsAndChangesNothing) {
+TEST(ByteArray, ReallocToThePresentCapacityWarnsAndToNothingFreesTheBlock) {
     const std::string warning = "warning: spurious realloc in <void ByteArray::realloc(uword)>\n";
     ByteArray bytes;
     EXPECT_EQ(output_of(stderr, [&] { bytes.realloc(0); }), warning);
@@ -114,26 +100,24 @@ TEST(ByteArray, ReallocToThePresentCapacityWarnsAndChangesNothing) {
     EXPECT_EQ(bytes[0], data);
     EXPECT_EQ(bytes.capacity(), 32U);
     EXPECT_EQ(bytes.len(), 5U);
-}
-
-TEST(ByteArray, ReallocToNothingFreesTheBlock) {
-    ByteArray bytes;
-    bytes.grow_to(5);
     bytes.realloc(0);
     EXPECT_EQ(bytes.capacity(), 0U);
     EXPECT_EQ(bytes[0], nullptr);
-    // The length is the caller's business.
-    EXPECT_EQ(bytes.len(), 5U);
+    EXPECT_EQ(bytes.len(), 5U) << "the caller's business";
 }
 
-TEST(ByteArray, InitForgetsTheBlock) {
+TEST(ByteArray, StartsWithNothingAndInitForgetsTheBlock) {
     ByteArray bytes;
+    const auto expect_nothing = [&] {
+        EXPECT_EQ(bytes[0], nullptr);
+        EXPECT_EQ(bytes.len(), 0U);
+        EXPECT_EQ(bytes.capacity(), 0U);
+    };
+    expect_nothing();
     bytes.grow_to(5);
     void* block = bytes[0];
     bytes.init();
-    EXPECT_EQ(bytes[0], nullptr);
-    EXPECT_EQ(bytes.len(), 0U);
-    EXPECT_EQ(bytes.capacity(), 0U);
+    expect_nothing();
     std::free(block);
 }
 
@@ -221,15 +205,11 @@ static_assert(sizeof(Array<Sample>) == sizeof(ByteArray), "one byte array");
 static_assert(std::is_nothrow_destructible_v<Array<String>>);
 static_assert(!std::is_nothrow_destructible_v<Array<Throwing>>);
 
-TEST(Array, StartsEmpty) {
-    const Array<Sample> array;
+TEST(Array, StartsEmptyAndAppendReturnsTheLastElement) {
+    Array<Sample> array;
     EXPECT_TRUE(array.empty());
     EXPECT_EQ(array.len(), 0U);
     EXPECT_EQ(array.capacity(), 0U);
-}
-
-TEST(Array, AppendReturnsTheLastElement) {
-    Array<Sample> array;
     const Sample first{1, 0.5};
     const Sample* appended = array.append(first);
     EXPECT_EQ(appended, &array[0]);
@@ -296,20 +276,15 @@ TEST(Array, AppendCopiesOnce) {
     EXPECT_EQ(array.last()->id, 5);
 }
 
-TEST(Array, ShrinkDestroysTheLast) {
-    Array<Traced> array;
-    fill(array, 3);
-    Traced::forget();
-    array.shrink();
-    EXPECT_EQ(Traced::destroyed, (std::vector<int>{2}));
-    EXPECT_EQ(array.len(), 2U);
-}
-
-TEST(Array, ClearAndTheDestructorDestroyFromTheLastToTheFirst) {
+TEST(Array, ShrinkClearAndTheDestructorDestroyFromTheLastToTheFirst) {
     const std::vector<int> backwards = {9, 8, 7, 6, 5, 4, 3, 2, 1, 0};
     {
         Array<Traced> array;
-        fill(array, 10);
+        fill(array, 11);
+        Traced::forget();
+        array.shrink();
+        EXPECT_EQ(Traced::destroyed, (std::vector<int>{10}));
+        EXPECT_EQ(array.len(), 10U);
         Traced::forget();
         const uword capacity = array.capacity();
         array.clear();

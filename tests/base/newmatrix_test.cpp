@@ -15,6 +15,8 @@ namespace {
 
 constexpr float kFloatNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kIeeeInfinity = std::numeric_limits<float>::infinity();
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
 
 void expect_bound(const Bound<float>& bound, float low, float high) {
     EXPECT_EQ(bound.min(), low);
@@ -32,17 +34,14 @@ TEST(Vector, HasItsElementsInOrder) {
     VectorN<double, 4> v(1, 2, 3, 4);
     v[2] = 7;
     const VectorN<double, 4>& same = v;
-    EXPECT_EQ(same[0], 1);
-    EXPECT_EQ(same[1], 2);
-    EXPECT_EQ(same[2], 7);
-    EXPECT_EQ(same[3], 4);
-    EXPECT_EQ(&same[3], &same[0] + 3);
-}
-
-TEST(Vector, Difference) {
-    const Vector2 d = Vector2(5, 1) - Vector2(2, 4);
-    EXPECT_EQ(d[0], 3.0F);
-    EXPECT_EQ(d[1], -3.0F);
+    const double expected[] = {1, 2, 7, 4};
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(same[i], expected[i]);
+        EXPECT_EQ(&same[i], &same[0] + i);
+    }
+    const Vector2 difference = Vector2(5, 1) - Vector2(2, 4);
+    EXPECT_EQ(difference[0], 3.0F);
+    EXPECT_EQ(difference[1], -3.0F);
 }
 
 TEST(Vector, DotAndLength) {
@@ -94,7 +93,7 @@ TEST(Bounds, AreEmptyAtFirstAndTakeTheirEndsFromTheFirstNumber) {
     expect_bound(beyond, infinity, kIeeeInfinity);
 }
 
-TEST(Bounds, IncludingWhatIsNotANumberTakesIt) {
+TEST(Bounds, TakeWhatIsNotANumberAndExpandBothWays) {
     Bound<float> b(1, 2);
     b.include(kFloatNan);
     EXPECT_TRUE(std::isnan(b.min()));
@@ -102,14 +101,10 @@ TEST(Bounds, IncludingWhatIsNotANumberTakesIt) {
     // And a number after it sets both ends.
     b.include(5);
     expect_bound(b, 5, 5);
-}
-
-TEST(Bounds, ExpandBothWays) {
-    Bound<float> b(1, 2);
     b.expand(0.5F);
-    expect_bound(b, 0.5F, 2.5F);
+    expect_bound(b, 4.5F, 5.5F);
     b.expand(-2);
-    expect_bound(b, 2.5F, 0.5F);
+    expect_bound(b, 6.5F, 3.5F);
 }
 
 TEST(Boxes, AreAnIntervalAnAxis) {
@@ -141,22 +136,19 @@ TEST(Scalars, MinAndMaxOfNumbers) {
     static_assert(std::is_same_v<decltype(max(1.0F, 1.0)), double>);
 }
 
-TEST(Scalars, OfEqualsMaxIsTheFirstAndMinTheSecond) {
+TEST(Scalars, OfEqualsMaxIsTheFirstAndMinTheSecondAndOfWhatIsNotANumberBothAreTheSecond) {
     // Zeros are equal and differ in sign.
     EXPECT_FALSE(std::signbit(max(0.0F, -0.0F)));
     EXPECT_TRUE(std::signbit(max(-0.0F, 0.0F)));
     EXPECT_TRUE(std::signbit(min(0.0F, -0.0F)));
     EXPECT_FALSE(std::signbit(min(-0.0F, 0.0F)));
     EXPECT_TRUE(std::signbit(max(-0.0F, 0.0)));
-}
-
-TEST(Scalars, WithWhatIsNotANumberMinAndMaxAreTheSecond) {
     EXPECT_EQ(max(kFloatNan, 1.0F), 1.0F);
     EXPECT_TRUE(std::isnan(max(1.0F, kFloatNan)));
     EXPECT_EQ(min(kFloatNan, 1.0F), 1.0F);
     EXPECT_TRUE(std::isnan(min(1.0F, kFloatNan)));
     EXPECT_EQ(max(kFloatNan, 1.0), 1.0);
-    EXPECT_TRUE(std::isnan(max(1.0F, std::numeric_limits<double>::quiet_NaN())));
+    EXPECT_TRUE(std::isnan(max(1.0F, kNan)));
 }
 
 TEST(Scalars, Clamp) {
@@ -208,8 +200,6 @@ namespace {
 
 constexpr std::int32_t kMostNegative = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t kMostPositive = std::numeric_limits<std::int32_t>::max();
-constexpr double kInf = std::numeric_limits<double>::infinity();
-
 }  // namespace
 
 TEST(S32FromDouble, DropsTheFractionOfWhatFits) {
@@ -248,7 +238,6 @@ namespace {
 using Point3 = VectorN<double, 3>;
 using Point4 = VectorN<double, 4>;
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kPi = 3.14159265358979323846;
 
 const DblMatrix4 kCounting(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16);
@@ -296,12 +285,9 @@ TEST(Matrix4, IsStoredRowByRow) {
     }
 }
 
-TEST(Matrix4, OfOneNumberIsADiagonal) {
+TEST(Matrix4, OfOneNumberIsADiagonalAndTheIdentityIsOneObject) {
     expect_same(DblMatrix4(3), diagonal(3.0, 3.0, 3.0, 3.0));
     expect_same(Matrix4<float>(0.5F), diagonal(0.5F, 0.5F, 0.5F, 0.5F));
-}
-
-TEST(Matrix4, TheIdentityIsOneObject) {
     EXPECT_EQ(&DblMatrix4::the_identity(), &DblMatrix4::the_identity());
     EXPECT_EQ(&Matrix4<float>::the_identity(), &Matrix4<float>::the_identity());
     expect_same(DblMatrix4::the_identity(), diagonal(1.0, 1.0, 1.0, 1.0));
@@ -345,20 +331,17 @@ TEST(Matrix4, TransformMultipliesRowsFromTheLeftAlsoInPlace) {
     expect_same(in_place, 24.5, 27, 29.5, 32);
 }
 
-TEST(HPoint, IsDividedThroughItsReciprocal) {
+TEST(HPoint, IsDividedThroughItsReciprocalAndInfiniteWithAWOfZero) {
     const Point3 p = hpoint_to_point(Point4(2, -4, 6, 2));
     EXPECT_EQ(p[0], 1.0);
     EXPECT_EQ(p[1], -2.0);
     EXPECT_EQ(p[2], 3.0);
     // 49 x (1 / 49) is the number below 1, while 49 / 49 is 1.
     EXPECT_EQ(hpoint_to_point(Point4(49, 0, 0, 49))[0], std::nextafter(1.0, 0.0));
-}
-
-TEST(HPoint, WithAWOfZeroIsInfinite) {
-    const Point3 p = hpoint_to_point(Point4(1, -1, 0, 0));
-    EXPECT_EQ(p[0], kInf);
-    EXPECT_EQ(p[1], -kInf);
-    EXPECT_TRUE(std::isnan(p[2]));
+    const Point3 far = hpoint_to_point(Point4(1, -1, 0, 0));
+    EXPECT_EQ(far[0], kInf);
+    EXPECT_EQ(far[1], -kInf);
+    EXPECT_TRUE(std::isnan(far[2]));
 }
 
 TEST(Determinant, OfKnownMatrices) {
@@ -387,8 +370,8 @@ TEST(Inverse, OfKnownMatrices) {
 TEST(Inverse, WarnsOnceOfASmallDeterminantAndCarriesOn) {
     const std::string start =
         "warning: matrix appears to be singular; inverse may not be reliable in <";
+    DblMatrix4 result;
     for (const double det : {1e-11, -1e-11}) {
-        DblMatrix4 result;
         const std::string warning = warnings_of_inverse(diagonal(1.0, 1.0, 1.0, det), result);
         EXPECT_EQ(warning.rfind(start), 0U) << warning;
         EXPECT_NE(warning.find("Matrix4<"), std::string::npos) << warning;
@@ -396,17 +379,13 @@ TEST(Inverse, WarnsOnceOfASmallDeterminantAndCarriesOn) {
         EXPECT_EQ(warning.substr(warning.size() - 2), ">\n");
         expect_same(result, diagonal(1.0, 1.0, 1.0, 1 / det), 1e-4);
     }
-    CapturedOutput errors(stderr);
-    const Matrix4<float> result = diagonal(1.0F, 1.0F, 1.0F, 1e-11F).inverse();
-    EXPECT_EQ(errors.text().rfind(start), 0U);
-    EXPECT_FLOAT_EQ(result(3, 3), 1e11F);
-}
-
-TEST(Inverse, IsSilentFromTheLimitOn) {
-    DblMatrix4 result;
     for (const double det : {1e-9, 1e-10, -1e-9, 1.0}) {
         EXPECT_EQ(warnings_of_inverse(diagonal(1.0, 1.0, 1.0, det), result), "") << det;
     }
+    CapturedOutput errors(stderr);
+    const Matrix4<float> single = diagonal(1.0F, 1.0F, 1.0F, 1e-11F).inverse();
+    EXPECT_EQ(errors.text().rfind(start), 0U);
+    EXPECT_FLOAT_EQ(single(3, 3), 1e11F);
 }
 
 TEST(Inverse, OfASingularMatrixIsNoNumber) {
@@ -418,31 +397,24 @@ TEST(Inverse, OfASingularMatrixIsNoNumber) {
     EXPECT_FALSE(std::isfinite(result(0, 0)));
 }
 
-TEST(Perspective, OfANegativeDistanceIsTheIdentity) {
+TEST(Perspective, OfKnownDistances) {
+    // A negative one.
     expect_same(DblMatrix4::perspective(-1, 2, 3), DblMatrix4(1));
     expect_same(Matrix4<float>::perspective(-1, 2, 3), Matrix4<float>(1));
-}
-
-TEST(Perspective, WithoutAFarPlane) {
-    // 1 / 2 on both sides of the third row, -3 / 2 below.
-    const DblMatrix4 expected(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0.5, 0.5, 0, 0, -1.5, 0);
-    expect_same(DblMatrix4::perspective(2, 3, 0), expected);
-    expect_same(DblMatrix4::perspective(2, 3, -5), expected);
-}
-
-TEST(Perspective, WithAFarPlane) {
-    // A = 1 / ((1 - 2 / 8) x 4) = 1 / 3, B = -2 / 3.
-    const DblMatrix4 expected(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1.0 / 3, 0.25, 0, 0, -2.0 / 3, 0);
-    expect_same(DblMatrix4::perspective(4, 2, 8), expected, 1e-16);
+    // Without a far plane: 1 / 2 on both sides of the third row, -3 / 2 below.
+    const DblMatrix4 open(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0.5, 0.5, 0, 0, -1.5, 0);
+    expect_same(DblMatrix4::perspective(2, 3, 0), open);
+    expect_same(DblMatrix4::perspective(2, 3, -5), open);
+    // With one: A = 1 / ((1 - 2 / 8) x 4) = 1 / 3, B = -2 / 3.
+    const DblMatrix4 closed(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1.0 / 3, 0.25, 0, 0, -2.0 / 3, 0);
+    expect_same(DblMatrix4::perspective(4, 2, 8), closed, 1e-16);
     const Matrix4<float> single(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1.0F / 3, 0.25F, 0, 0, -2.0F / 3, 0);
     expect_same(Matrix4<float>::perspective(4, 2, 8), single, 1e-7);
-}
-
-TEST(Perspective, OfDistanceZeroIsNotGuarded) {
-    const DblMatrix4 m = DblMatrix4::perspective(0, 2, 0);
-    EXPECT_EQ(m(2, 2), kInf);
-    EXPECT_EQ(m(2, 3), kInf);
-    EXPECT_EQ(m(3, 2), -kInf);
+    // Zero is not guarded.
+    const DblMatrix4 at_zero = DblMatrix4::perspective(0, 2, 0);
+    EXPECT_EQ(at_zero(2, 2), kInf);
+    EXPECT_EQ(at_zero(2, 3), kInf);
+    EXPECT_EQ(at_zero(3, 2), -kInf);
 }
 
 TEST(Euler, QuarterRollTakesXToY) {

@@ -59,7 +59,7 @@ TEST(VoidList, AnEmptyListPointsAtItselfBothWays) {
     EXPECT_EQ(static_cast<const void*>(list.end()), static_cast<const void*>(&list));
 }
 
-TEST(VoidList, AppendsAtTheTailAndRemovesWithoutFreeing) {
+TEST(VoidList, AppendsAtTheTailAndUnlinksWithoutFreeing) {
     Node a(1);
     Node b(2);
     Node c(3);
@@ -72,51 +72,41 @@ TEST(VoidList, AppendsAtTheTailAndRemovesWithoutFreeing) {
     EXPECT_EQ(ids_of(list), (Ids{1, 2, 3}));
     EXPECT_EQ(list.remove(&b), &b);
     EXPECT_EQ(ids_of(list), (Ids{1, 3}));
+    a.remove();
+    EXPECT_EQ(ids_of(list), (Ids{3}));
+    list.append(&a);
+    EXPECT_EQ(ids_of(list), (Ids{3, 1}));
+    VoidList other;
+    other.append(&b);
+    EXPECT_EQ(ids_of(other), (Ids{2}));
     list.remove(&a);
     list.remove(&c);
     EXPECT_TRUE(list.empty());
 }
 
-TEST(VoidList, AnElementUnlinksItselfAndMayBeLinkedAgain) {
-    Node a(1);
-    Node b(2);
-    VoidList list;
-    list.append(&a);
-    list.append(&b);
-    a.remove();
-    EXPECT_EQ(ids_of(list), (Ids{2}));
-    list.append(&a);
-    EXPECT_EQ(ids_of(list), (Ids{2, 1}));
-    VoidList other;
-    b.remove();
-    other.append(&b);
-    EXPECT_EQ(ids_of(list), (Ids{1}));
-    EXPECT_EQ(ids_of(other), (Ids{2}));
-}
-
-TEST(List, AppendsCopiesOfValues) {
+TEST(List, AppendsCopiesOfValuesAndLinksElementsOfOthersWithOne) {
+    List<int>::Element mine;
     List<int> list;
     EXPECT_TRUE(list.empty());
     list.append(1);
     const List<int>::Element* last = list.append(2);
     EXPECT_EQ(last->value, 2);
-    EXPECT_EQ(values(list), (Ids{1, 2}));
-    EXPECT_EQ((*list.begin())->value, 1);
-    list.clear();
-    EXPECT_TRUE(list.empty());
-}
-
-TEST(List, LinksElementsOfOthersWithAValue) {
-    List<int>::Element mine;
-    List<int> list;
-    list.append(1);
     list.append(&mine, 7);
     EXPECT_EQ(mine.value, 7);
-    EXPECT_EQ(values(list), (Ids{1, 7}));
+    EXPECT_EQ(values(list), (Ids{1, 2, 7}));
     EXPECT_EQ(list.remove_nodelete(&mine), &mine);
     EXPECT_EQ(mine.value, 7);
-    EXPECT_EQ(values(list), (Ids{1}));
+    EXPECT_EQ(values(list), (Ids{1, 2}));
     list.clear();
+    EXPECT_TRUE(list.empty());
+    // An object may be an element itself.
+    struct Star : List<Star*>::Element {};
+    Star sirius;
+    List<Star*> stars;
+    stars.append(&sirius, &sirius);
+    EXPECT_EQ((*stars.begin())->value, &sirius);
+    sirius.remove();
+    EXPECT_TRUE(stars.empty());
 }
 
 TEST(List, RemoveDeletesTheElement) {
@@ -135,20 +125,6 @@ TEST(List, RemoveDeletesTheElement) {
     list.clear();
     EXPECT_TRUE(list.empty());
     list.clear();
-    EXPECT_TRUE(list.empty());
-}
-
-TEST(List, ObjectsAreLinkedWhereTheyLie) {
-    struct Star : List<Star*>::Element {
-        int magnitude = 0;
-    };
-    Star sirius;
-    sirius.magnitude = -1;
-    List<Star*> list;
-    list.append(&sirius, &sirius);
-    EXPECT_EQ((*list.begin())->value, &sirius);
-    EXPECT_EQ((*list.begin())->value->magnitude, -1);
-    sirius.remove();
     EXPECT_TRUE(list.empty());
 }
 
@@ -204,33 +180,25 @@ TEST(VoidPtrMap, HasTheSmallestPowerOfTwoOfBucketsAndNeverGrows) {
     EXPECT_EQ(map.buckets(), 2U);
 }
 
-TEST(VoidPtrMap, FindsByHashAndAddress) {
+TEST(VoidPtrMap, FindsByHashAndAddressOfEqualKeysTheOlderFirst) {
     int keys[2] = {};
     VoidPtrMap map(4);
     EXPECT_TRUE(map.empty());
-    Entry a(&keys[0], 1);
-    EXPECT_EQ(map.insert(6, &a), &a);
+    Entry older(&keys[0], 1);
+    Entry newer(&keys[0], 2);
+    EXPECT_EQ(map.insert(6, &older), &older);
     EXPECT_FALSE(map.empty());
-    EXPECT_EQ(map.lookup(6, &keys[0]), &a);
+    map.insert(6, &newer);
+    EXPECT_EQ(map.lookup(6, &keys[0]), &older);
     // Only the low bits choose the bucket.
-    EXPECT_EQ(map.lookup(2, &keys[0]), &a);
+    EXPECT_EQ(map.lookup(2, &keys[0]), &older);
     EXPECT_EQ(map.lookup(7, &keys[0]), nullptr);
     // Equal objects at another address are another key.
     EXPECT_EQ(map.lookup(6, &keys[1]), nullptr);
-}
-
-TEST(VoidPtrMap, OfEqualKeysFindsTheOlderFirst) {
-    int key = 0;
-    VoidPtrMap map(4);
-    Entry older(&key, 1);
-    Entry newer(&key, 2);
-    map.insert(1, &older);
-    map.insert(1, &newer);
-    EXPECT_EQ(map.lookup(1, &key), &older);
-    EXPECT_EQ(map.remove(1, &key), &older);
-    EXPECT_EQ(map.lookup(1, &key), &newer);
-    EXPECT_EQ(map.remove(1, &key), &newer);
-    EXPECT_EQ(map.remove(1, &key), nullptr);
+    EXPECT_EQ(map.remove(6, &keys[0]), &older);
+    EXPECT_EQ(map.lookup(6, &keys[0]), &newer);
+    EXPECT_EQ(map.remove(6, &keys[0]), &newer);
+    EXPECT_EQ(map.remove(6, &keys[0]), nullptr);
     EXPECT_TRUE(map.empty());
 }
 
@@ -318,20 +286,29 @@ TEST(PtrMap, HashIsTheAddressWithoutItsFourLowestBits) {
     }
 }
 
-TEST(PtrMap, KeepsACopyOfTheValueUnderTheKey) {
-    int keys[2] = {};
+TEST(PtrMap, KeepsACopyOfTheValueUnderTheKeyOfEqualOnesEach) {
+    int keys[3] = {};
     PtrMap<int, double> map(10);
     EXPECT_TRUE(map.empty());
     EXPECT_EQ(map.buckets(), 16U);
     EXPECT_EQ(map.lookup_entry(&keys[0]), nullptr);
+    map.insert(&keys[1], 7);
     double value = 2.5;
-    PtrMap<int, double>::Entry* entry = map.insert(&keys[0], value);
+    PtrMap<int, double>::Entry* older = map.insert(&keys[0], value);
     value = 0;
-    EXPECT_EQ(entry->key(), &keys[0]);
-    EXPECT_EQ(map.lookup_entry(&keys[0]), entry);
-    EXPECT_EQ(entry->value, 2.5);
-    EXPECT_EQ(map.lookup_entry(&keys[1]), nullptr);
+    PtrMap<int, double>::Entry* newer = map.insert(&keys[0], 2);
     EXPECT_FALSE(map.empty());
+    EXPECT_EQ(older->key(), &keys[0]);
+    EXPECT_EQ(older->value, 2.5);
+    EXPECT_EQ(map.lookup_entry(&keys[0]), older);
+    EXPECT_EQ(map.remove(&keys[0]), older);
+    delete older;
+    EXPECT_EQ(map.lookup_entry(&keys[0]), newer);
+    EXPECT_EQ(newer->value, 2);
+    delete map.remove(&keys[0]);
+    EXPECT_EQ(map.remove(&keys[0]), nullptr);
+    EXPECT_EQ(map.lookup_entry(&keys[1])->value, 7);
+    EXPECT_EQ(map.lookup_entry(&keys[2]), nullptr);
 }
 
 TEST(PtrMap, DestroysItsValues) {
@@ -344,27 +321,7 @@ TEST(PtrMap, DestroysItsValues) {
         EXPECT_EQ(Counted::alive, 20);
     }
     EXPECT_EQ(Counted::alive, 0);
-}
-
-TEST(PtrMap, TheDeleterTakesNothingToo) {
-    PtrMap<int, int>::Deleter deleter;
-    EXPECT_EQ(deleter.void_call(nullptr), 0);
-}
-
-TEST(PtrMap, RemovingOneOfTwoEqualKeysLeavesTheOther) {
-    int keys[2] = {};
-    PtrMap<int, int> map(1);
-    map.insert(&keys[1], 7);
-    PtrMap<int, int>::Entry* older = map.insert(&keys[0], 1);
-    PtrMap<int, int>::Entry* newer = map.insert(&keys[0], 2);
-    EXPECT_EQ(map.lookup_entry(&keys[0]), older);
-    EXPECT_EQ(map.remove(&keys[0]), older);
-    delete older;
-    EXPECT_EQ(map.lookup_entry(&keys[0]), newer);
-    EXPECT_EQ(newer->value, 2);
-    delete map.remove(&keys[0]);
-    EXPECT_EQ(map.remove(&keys[0]), nullptr);
-    EXPECT_EQ(map.lookup_entry(&keys[1])->value, 7);
+    EXPECT_EQ((PtrMap<int, int>::Deleter().void_call(nullptr)), 0) << "nothing to destroy";
 }
 
 namespace {
@@ -393,12 +350,9 @@ protected:
 
 }  // namespace
 
-TEST_F(Interning, WorksBeforeMain) {
+TEST_F(Interning, EqualTextsHaveOneAddressEvenBeforeMain) {
     EXPECT_TRUE(early_is_kept);
     EXPECT_STREQ(first_symbol.c_str(), "G0");
-}
-
-TEST_F(Interning, EqualTextsHaveOneAddress) {
     InString* vega = InString::intern("vega");
     EXPECT_EQ(InString::intern("vega"), vega);
     EXPECT_EQ(InString::intern(String("ve") + "ga"), vega);
@@ -406,9 +360,6 @@ TEST_F(Interning, EqualTextsHaveOneAddress) {
     EXPECT_STREQ(vega->text.c_str(), "vega");
     EXPECT_EQ(vega->hash, String("vega").hash());
     EXPECT_EQ(vega->value, vega);
-}
-
-TEST_F(Interning, TheEmptyTextHasOneAddress) {
     EXPECT_EQ(InString::intern(""), InString::intern(String()));
     EXPECT_EQ(InString::intern("")->hash, 0U);
 }
@@ -439,11 +390,8 @@ TEST_F(Interning, CleanupEmptiesTheTableAndGoesOnNumberingSymbols) {
 }
 
 TEST_F(Interning, DumpShowsEachTextInItsChainInOrder) {
-    // The hash of "A" is 11484 = 44 x 256 + 220. That of "Q" is (81 x 16 + 5) x 11 = 14311, of
-    // chain 231; "a" has (97 x 16 + 6) x 11 = 17138, of chain 242.
-    InString::intern("A");
-    EXPECT_EQ(dumped(), chains(220, " A"));
-    InString::cleanup();
+    // The hash of "Q" is (81 x 16 + 5) x 11 = 14311, of chain 231; "a" has (97 x 16 + 6) x 11 =
+    // 17138, of chain 242.
     InString::intern("Q");
     EXPECT_EQ(dumped(), chains(231, " Q"));
     InString::cleanup();
@@ -451,30 +399,21 @@ TEST_F(Interning, DumpShowsEachTextInItsChainInOrder) {
     InString::gensym();
     InString::intern("");
     EXPECT_EQ(dumped(), chains(0, " "));
-}
-
-TEST_F(Interning, DumpKeepsTheOrderOfAChain) {
-    // Another text of the chain of "A", searched for.
+    InString::cleanup();
+    // The hash of "A" is 11484 = 44 x 256 + 220. Another text of its chain is searched for.
     String other;
     for (int n = 0; n < 26 * 26 && (other.hash() & 255U) != 220; ++n) {
         other = String::fmt("%c%c", 'a' + n / 26, 'a' + n % 26);
     }
     const InString* first = InString::intern("A");
+    EXPECT_EQ(dumped(), chains(220, " A"));
     const InString* second = InString::intern(other);
     EXPECT_EQ(dumped(), chains(220, std::string(" A ") + other.c_str()));
     EXPECT_EQ(InString::intern("A"), first);
     EXPECT_EQ(InString::intern(other), second);
 }
 
-TEST_F(Interning, ATemporaryFindsWhatIsThere) {
-    InString* vega = InString::intern("vega");
-    TempInString found("vega");
-    EXPECT_FALSE(found.temporary());
-    EXPECT_EQ(found.get(), vega);
-    EXPECT_EQ(found.make_permanent(), vega);
-}
-
-TEST_F(Interning, ATemporaryStaysOutOfTheTable) {
+TEST_F(Interning, ATemporaryStaysOutOfTheTableUntilItIsMadePermanent) {
     {
         TempInString temporary("vega");
         EXPECT_TRUE(temporary.temporary());
@@ -484,9 +423,6 @@ TEST_F(Interning, ATemporaryStaysOutOfTheTable) {
         InString::cleanup();
     }
     EXPECT_EQ(dumped(), chains(256, ""));
-}
-
-TEST_F(Interning, ATemporaryMadePermanentIsTheInternedOne) {
     InString* kept = nullptr;
     {
         TempInString temporary("A");
@@ -497,6 +433,10 @@ TEST_F(Interning, ATemporaryMadePermanentIsTheInternedOne) {
     }
     EXPECT_EQ(InString::intern("A"), kept);
     EXPECT_EQ(dumped(), chains(220, " A"));
+    TempInString found("A");
+    EXPECT_FALSE(found.temporary());
+    EXPECT_EQ(found.get(), kept);
+    EXPECT_EQ(found.make_permanent(), kept);
 }
 
 TEST_F(Interning, MapsGoByTheAddress) {
@@ -534,16 +474,13 @@ static_assert(!std::is_copy_assignable_v<scoped_ptr<int>>);
 static_assert(!std::is_copy_constructible_v<scoped_array<int>>);
 static_assert(!std::is_convertible_v<scoped_ptr<int>, bool>, "the truth test is explicit");
 
-TEST_F(Holders, StartWithNothing) {
-    const scoped_ptr<Traced> object;
-    const scoped_array<Traced> array;
-    EXPECT_FALSE(object);
-    EXPECT_FALSE(array);
-    EXPECT_EQ(object.get(), nullptr);
-    EXPECT_EQ(array.get(), nullptr);
-}
-
-TEST_F(Holders, LendTheirObject) {
+TEST_F(Holders, StartWithNothingAndLendTheirObject) {
+    const scoped_ptr<Traced> no_object;
+    const scoped_array<Traced> no_array;
+    EXPECT_FALSE(no_object);
+    EXPECT_FALSE(no_array);
+    EXPECT_EQ(no_object.get(), nullptr);
+    EXPECT_EQ(no_array.get(), nullptr);
     auto* traced = new Traced(1);
     const scoped_ptr<Traced> object(traced);
     EXPECT_TRUE(object);

@@ -15,8 +15,6 @@
 #include <utility>
 #include <vector>
 
-#include "support/failing_allocator.h"
-
 namespace {
 
 // A string equals the null string only if it is null itself.
@@ -51,7 +49,7 @@ TEST(String, OfNoTextIsNullAndReadsAsEmpty) {
     }
 }
 
-TEST(String, CopiesTheTextItIsMadeOf) {
+TEST(String, CopiesTheTextItIsMadeOfOrAsMuchAsItsCountSays) {
     char text[] = "vega";
     const String s(text);
     const String copy(s);
@@ -60,9 +58,6 @@ TEST(String, CopiesTheTextItIsMadeOf) {
     EXPECT_STREQ(copy.c_str(), "vega");
     EXPECT_NE(copy.c_str(), s.c_str());
     EXPECT_EQ(s.len(), 4U);
-}
-
-TEST(String, OfACountTakesAtMostThatMany) {
     EXPECT_TRUE(is_null(String("vega", 0)));
     EXPECT_TRUE(is_null(String(nullptr, 0)));
     EXPECT_STREQ(String("vega", 3).c_str(), "veg");
@@ -89,41 +84,32 @@ TEST(String, EmptyBlocksAreNotTheNullString) {
     }
 }
 
-TEST(String, AssigningAnEmptyBlockGivesTheNullStringHoweverItComes) {
-    const String empty = empty_block();
-    String assigned("vega");
-    assigned = empty;
-    EXPECT_TRUE(is_null(assigned));
-    String moved("vega");
-    moved = empty_block();
-    EXPECT_TRUE(is_null(moved));
-    String self = empty_block();
-    const String& same = self;
-    self = same;
-    EXPECT_TRUE(is_null(self));
-}
-
-TEST(String, MoveConstructionTakesTheBlockAsItIs) {
+TEST(String, MovesTakeTheBlockOverButAssigningAnEmptyOneGivesTheNullString) {
     String full("vega");
     const char* text = full.c_str();
-    const String taken(std::move(full));
+    String taken(std::move(full));
     EXPECT_EQ(taken.c_str(), text);
     EXPECT_TRUE(is_null(full));  // NOLINT(bugprone-use-after-move): it is said to be null
-    String empty = empty_block();
-    const String taken_empty(std::move(empty));
-    EXPECT_FALSE(is_null(taken_empty));
-}
-
-TEST(String, MoveAssignmentTakesTheBlockOver) {
-    String source("vega");
-    const char* text = source.c_str();
     String target("deneb");
-    target = std::move(source);
+    target = std::move(taken);
     EXPECT_EQ(target.c_str(), text);
-    EXPECT_TRUE(is_null(source));  // NOLINT(bugprone-use-after-move): it is said to be null
+    EXPECT_TRUE(is_null(taken));  // NOLINT(bugprone-use-after-move): it is said to be null
     String& same = target;
     target = std::move(same);
     EXPECT_STREQ(target.c_str(), "vega");
+    target = empty_block();
+    EXPECT_TRUE(is_null(target));
+
+    String empty = empty_block();
+    target = "vega";
+    target = empty;
+    EXPECT_TRUE(is_null(target));
+    const String taken_empty(std::move(empty));
+    EXPECT_FALSE(is_null(taken_empty));
+    String self = empty_block();
+    const String& same_empty = self;
+    self = same_empty;
+    EXPECT_TRUE(is_null(self));
 }
 
 TEST(String, AssignmentReplacesTheText) {
@@ -193,21 +179,17 @@ TEST(String, AppendingToTheNullStringIsAssignment) {
     EXPECT_STREQ(empty.c_str(), "vega");
 }
 
-TEST(String, AppendsItsOwnText) {
+TEST(String, AppendsItsOwnTextAndPlusLeavesItsOperandsAlone) {
     // Long enough for the allocator to move the block.
     const std::string text(5000, 'x');
     String s(text.c_str());
     s += s;
     EXPECT_EQ(std::string(s.c_str()), text + text);
-    String tail("vega");
-    tail += tail.c_str() + 2;
-    EXPECT_STREQ(tail.c_str(), "vegaga");
-}
-
-TEST(String, PlusLeavesItsOperandsAlone) {
     const String a("ve");
     const String b("ga");
-    EXPECT_STREQ((a + b).c_str(), "vega");
+    String tail = a + b;
+    tail += tail.c_str() + 2;
+    EXPECT_STREQ(tail.c_str(), "vegaga");
     EXPECT_STREQ((a + "x").c_str(), "vex");
     EXPECT_STREQ(a.c_str(), "ve");
     EXPECT_STREQ(b.c_str(), "ga");
@@ -215,50 +197,47 @@ TEST(String, PlusLeavesItsOperandsAlone) {
     EXPECT_STREQ((String() + b).c_str(), "ga");
 }
 
-TEST(String, ComparesTexts) {
-    const String a("a");
-    const String b("b");
-    EXPECT_TRUE(a == String("a"));
-    EXPECT_FALSE(a != String("a"));
-    EXPECT_TRUE(a <= String("a"));
-    EXPECT_FALSE(a == b);
-    EXPECT_TRUE(a != b);
-    EXPECT_TRUE(a <= b);
-    EXPECT_FALSE(b <= a);
-}
-
-TEST(String, ComparesNullStringsByPointer) {
+TEST(String, ComparesTextsAndNullStringsByPointer) {
     const String null;
     const String also_null;
-    const String full("vega");
+    const String a("a");
+    const String also_a("a");
+    const String b("b");
     const String empty = empty_block();
-    EXPECT_TRUE(null == also_null);
-    EXPECT_FALSE(null != also_null);
-    EXPECT_FALSE(null <= also_null);
-    for (const String* s : {&full, &empty}) {
-        EXPECT_FALSE(null == *s);
-        EXPECT_FALSE(*s == null);
-        EXPECT_TRUE(null != *s);
-        EXPECT_TRUE(*s != null);
-        EXPECT_TRUE(null <= *s);
-        EXPECT_TRUE(*s <= null);
+    const struct {
+        const String& left;
+        const String& right;
+        bool equal, not_above;
+    } table[] = {{a, also_a, true, true},        {a, b, false, true},       {b, a, false, false},
+                 {null, also_null, true, false}, {null, a, false, true},    {a, null, false, true},
+                 {null, empty, false, true},     {empty, null, false, true}};
+    for (const auto& row : table) {
+        EXPECT_EQ(row.left == row.right, row.equal) << &row - table;
+        EXPECT_EQ(row.left != row.right, !row.equal) << &row - table;
+        EXPECT_EQ(row.left <= row.right, row.not_above) << &row - table;
     }
 }
 
-TEST(String, HashOfShortTextsWorkedOutByHand) {
-    EXPECT_EQ(String().hash(), 0U);
-    EXPECT_EQ(empty_block().hash(), 0U);
-    // (65 x 16 + 4) x 11
-    EXPECT_EQ(String("A").hash(), 11484U);
-    // (11484 + 66 x 16 + 4) x 11
-    EXPECT_EQ(String("AB").hash(), 137984U);
-    // Bytes are signed. 0xFF is -1: (-16 - 1) x 11 = -187
-    EXPECT_EQ(String("\xFF").hash(), 0xFFFFFFFFU - 186U);
-    // 0x80 is -128: (-2048 - 8) x 11 = -22616
-    EXPECT_EQ(String("\x80").hash(), 0xFFFFFFFFU - 22615U);
-    // The sum of (16 c + floor(c / 16)) x 11^(n - i) over the bytes, modulo 2^32, worked out in
-    // whole numbers of any size.
-    EXPECT_EQ(String("KELVMETA1 float:gain=0.5").hash(), 0x4D48A57CU);
+TEST(String, HashOfTextsWorkedOutByHand) {
+    const struct {
+        String text;
+        unsigned int hash;
+    } table[] = {
+        {String(), 0},
+        {empty_block(), 0},
+        {"A", 11484},    // (65 x 16 + 4) x 11
+        {"AB", 137984},  // (11484 + 66 x 16 + 4) x 11
+        // Bytes are signed. 0xFF is -1: (-16 - 1) x 11 = -187
+        {"\xFF", 0xFFFFFFFFU - 186U},
+        // 0x80 is -128: (-2048 - 8) x 11 = -22616
+        {"\x80", 0xFFFFFFFFU - 22615U},
+        // The sum of (16 c + floor(c / 16)) x 11^(n - i) over the bytes, modulo 2^32, worked out in
+        // whole numbers of any size.
+        {"KELVMETA1 float:gain=0.5", 0x4D48A57CU},
+    };
+    for (const auto& row : table) {
+        EXPECT_EQ(row.text.hash(), row.hash) << row.text.c_str();
+    }
 }
 
 TEST(String, FindsTextsAndCharacters) {
@@ -336,10 +315,13 @@ void format_in_place_by_list(String& s, const char* format, ...) {
 
 }  // namespace
 
-TEST(StringFormat, TakesTextsOfAnyLength) {
+TEST(StringFormat, TakesTextsOfAnyLengthReadingTheArgumentsAnewInEveryPass) {
     for (const int length : {0, 1, 99, 100, 101, 200, 1000, 100000}) {
         EXPECT_EQ(std::string(String::fmt("%*s", length, "").c_str()), std::string(length, ' '));
     }
+    const std::string name(90, 'n');
+    EXPECT_EQ(std::string(String::fmt("%d %s %.1f %s", 7, name.c_str(), 2.5, "end").c_str()),
+              "7 " + name + " 2.5 end");
 }
 
 TEST(StringFormat, NeedsASecondPassFromAHundredCharactersOn) {
@@ -350,29 +332,17 @@ TEST(StringFormat, NeedsASecondPassFromAHundredCharactersOn) {
     EXPECT_EQ(allocator.requests(), (Sizes{100, 100, 101}));
 }
 
-TEST(StringFormat, EveryPassReadsTheArgumentsAnew) {
-    const std::string name(90, 'n');
-    EXPECT_EQ(std::string(String::fmt("%d %s %.1f %s", 7, name.c_str(), 2.5, "end").c_str()),
-              "7 " + name + " 2.5 end");
-}
-
-TEST(StringFormat, AllFourFormsAgree) {
-    String a;
+TEST(StringFormat, AllFourFormsAgreeAndReplaceTheContent) {
+    String a("deneb");
     a.sprintf("%s %d", "vega", 5);
-    String b;
+    String b("deneb");
     format_in_place_by_list(b, "%s %d", "vega", 5);
     EXPECT_STREQ(a.c_str(), "vega 5");
     EXPECT_STREQ(b.c_str(), "vega 5");
     EXPECT_STREQ(formatted_by_list("%s %d", "vega", 5).c_str(), "vega 5");
     EXPECT_STREQ(String::fmt("%s %d", "vega", 5).c_str(), "vega 5");
-}
-
-TEST(StringFormat, ReplacesTheContent) {
-    String s("deneb");
-    s.sprintf("%s", "vega");
-    EXPECT_STREQ(s.c_str(), "vega");
-    s.sprintf("%s and %s", s.c_str(), s.c_str());
-    EXPECT_STREQ(s.c_str(), "vega and vega");
+    a.sprintf("%s and %s", a.c_str(), a.c_str());
+    EXPECT_STREQ(a.c_str(), "vega 5 and vega 5");
 }
 
 TEST(StringFormat, WithoutMemoryForEitherPassThrows) {

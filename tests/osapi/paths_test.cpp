@@ -19,56 +19,42 @@ using OSAPI::Syscalls;
 
 const FailuresOf kPaths("osapi/osapi-unix-paths.cpp");
 
-struct PathText {
-    const char* path;
-    const char* expected;
-};
-
 TEST(Path, HasADirectoryABasenameAndAnExtension) {
     const struct {
-        String (*function)(const char*);
-        std::vector<PathText> texts;
+        const char *path, *dirname, *basename, *extension;
     } table[] = {
-        {OSAPI::basename,
-         {{"", ""},
-          {"name", "name"},
-          {"/name", "name"},
-          {"a/b/name.x", "name.x"},
-          {"a/b/", ""},
-          {"/", ""},
-          {"//", ""},
-          {"a//b", "b"}}},
-        {OSAPI::dirname,
-         {{"", ""},
-          {"name", "."},
-          {"/name", "/"},
-          {"/", "/"},
-          {"a/", "a"},
-          {"a/b/name", "a/b"},
-          {"/a/b", "/a"},
-          {"a//b", "a/"},
-          {"//name", "/"},
-          {".", "."},
-          {"/a/", "/a"}}},
+        {"", "", "", ""},
+        {"name", ".", "name", ""},
+        {"/name", "/", "name", ""},
+        {"//name", "/", "name", ""},
+        {"/", "/", "", ""},
+        {"//", "/", "", ""},
+        {".", ".", ".", ""},
+        {"a/", "a", "", ""},
+        {"/a/", "/a", "", ""},
+        {"a/b/", "a/b", "", ""},
+        {"/a/b", "/a", "b", ""},
+        {"a//b", "a/", "b", ""},
+        {"a/b/name", "a/b", "name", ""},
+        {"a/b/name.x", "a/b", "name.x", "x"},
+        {"name.", ".", "name.", ""},
+        {"sky.stars", ".", "sky.stars", "stars"},
+        {"a.b.c", ".", "a.b.c", "c"},
+        {".hidden", ".", ".hidden", "hidden"},
         // The last dot of the whole path counts, also one in a folder's name.
-        {OSAPI::extension,
-         {{"", ""},
-          {"name", ""},
-          {"name.", ""},
-          {"sky.stars", "stars"},
-          {"a.b.c", "c"},
-          {".hidden", "hidden"},
-          {"folder.d/name", "d/name"}}},
+        {"folder.d/name", "folder.d", "name", "d/name"},
     };
     for (const auto& row : table) {
-        for (const PathText& text : row.texts) {
-            EXPECT_STREQ(row.function(text.path).c_str(), text.expected) << text.path;
-        }
+        EXPECT_STREQ(OSAPI::dirname(row.path).c_str(), row.dirname) << row.path;
+        EXPECT_STREQ(OSAPI::basename(row.path).c_str(), row.basename) << row.path;
+        EXPECT_STREQ(OSAPI::extension(row.path).c_str(), row.extension) << row.path;
     }
 }
 
 TEST(Extension, OfAFileInProgressIsThatOfItsFinalName) {
-    const PathText table[] = {
+    const struct {
+        const char *path, *expected;
+    } table[] = {
         {"sky.stars.inprogress", "stars"},
         {"sky.stars.INPROGRESS", "stars"},
         {"sky.stars.InProgress", "stars"},
@@ -83,7 +69,7 @@ TEST(Extension, OfAFileInProgressIsThatOfItsFinalName) {
         // The rule is applied once.
         {"sky.stars.inprogress.inprogress", "inprogress"},
     };
-    for (const PathText& row : table) {
+    for (const auto& row : table) {
         EXPECT_STREQ(OSAPI::extension(row.path).c_str(), row.expected) << row.path;
     }
 }
