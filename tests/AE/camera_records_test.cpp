@@ -2,7 +2,6 @@
 #include <AE/instance.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <string>
 #include <tuple>
 
@@ -53,13 +52,6 @@ using Shutter = std::tuple<std::pair<unsigned, unsigned>, int, int, int>;
 class CameraRecordsAcrossShutter : public CameraRecords,
                                    public testing::WithParamInterface<Shutter> {};
 
-std::string test_name(const testing::TestParamInfo<Shutter>& row) {
-    const auto& [rate, angle, phase, segments] = row.param;
-    return std::string(rate.second == 1 ? "At24" : "At23976") + "Angle" + std::to_string(angle) +
-           "Phase" + (phase < 0 ? "Minus" : "") + std::to_string(std::abs(phase)) + "Segments" +
-           std::to_string(segments);
-}
-
 }  // namespace
 
 TEST_P(CameraRecordsAcrossShutter, LieEvenlyFromItsOpeningToItsClosing) {
@@ -95,8 +87,7 @@ INSTANTIATE_TEST_SUITE_P(
     Table, CameraRecordsAcrossShutter,
     testing::Combine(testing::Values(std::pair(24U, 1U), std::pair(24000U, 1001U)),
                      testing::Values(0, 90, 180, 360, 720), testing::Values(-90, 0),
-                     testing::Values(0, 1, 4, 16, 100)),
-    test_name);
+                     testing::Values(0, 1, 4, 16, 100)));
 
 TEST_F(CameraRecords, OfFourSegmentsByHand) {
     // Frame 31 at 24 a second, 180 degrees from -90 on: 30.75 to 31.25 frames, a step is an eighth.

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iterator>
 #include <map>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -76,30 +77,13 @@ Property property(const std::string& key) {
     throw std::runtime_error("no property " + key);
 }
 
-/// What stands between `open` and `close` at or after `at`, which moves behind it.
-std::string between(const std::string& text, const std::string& open, const std::string& close,
-                    std::size_t& at) {
-    const std::size_t start = text.find(open, at);
-    const std::size_t end = text.find(close, start);
-    if (start == std::string::npos || end == std::string::npos) {
-        throw std::runtime_error("no " + open + " with its " + close);
-    }
-    at = end + close.size();
-    return text.substr(start + open.size(), end - start - open.size());
-}
-
 /// The entries of the property list; "true" for a flag that is set.
 std::map<std::string, std::string> list_entries(const std::string& text) {
+    const std::regex pair("<key>([^<]*)</key>\\s*<(?:string>([^<]*)</string|(true)/)>");
     std::map<std::string, std::string> entries;
-    std::size_t at = 0;
-    while (text.find("<key>", at) != std::string::npos) {
-        const std::string key = between(text, "<key>", "</key>", at);
-        const std::size_t value = text.find('<', at);
-        const bool is_flag = text.compare(value, 7, "<true/>") == 0;
-        at = value;
-        const std::string entry =
-            is_flag ? between(text, "<", "/>", at) : between(text, "<string>", "</string>", at);
-        EXPECT_TRUE(entries.emplace(key, entry).second) << key << " twice";
+    for (std::sregex_iterator at(text.begin(), text.end(), pair), end; at != end; ++at) {
+        const std::smatch& entry = *at;
+        EXPECT_TRUE(entries.emplace(entry[1], entry.str(2) + entry.str(3)).second) << entry[1];
     }
     return entries;
 }

@@ -272,13 +272,6 @@ bool holds_without(const std::vector<int>& closed, const std::function<bool()>& 
 
 bool is_open(int descriptor) { return fcntl(descriptor, F_GETFD) != -1; }
 
-bool fails_unopened() {
-    char byte = 0;
-    return read(STDIN_FILENO, &byte, 1) == -1 && errno == EBADF &&
-           write(STDOUT_FILENO, "x", 1) == -1 && errno == EBADF &&
-           write(STDERR_FILENO, "x", 1) == -1 && errno == EBADF;
-}
-
 }  // namespace
 
 TEST(StandardDescriptors, AreHeldWhicheverAreMissing) {
@@ -297,7 +290,10 @@ TEST(StandardDescriptors, AreHeldWhicheverAreMissing) {
 TEST(StandardDescriptors, FailAsIfTheyWereClosed) {
     EXPECT_TRUE(holds_without({0, 1, 2}, [] {
         OSAPI::hold_standard_descriptors();
-        return fails_unopened();
+        char byte = 0;
+        return read(STDIN_FILENO, &byte, 1) == -1 && errno == EBADF &&
+               write(STDOUT_FILENO, "x", 1) == -1 && errno == EBADF &&
+               write(STDERR_FILENO, "x", 1) == -1 && errno == EBADF;
     }));
 }
 

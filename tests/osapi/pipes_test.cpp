@@ -153,14 +153,9 @@ TEST_F(Polling, ReturnsOnASignalWhenAskedTo) {
 
 TEST_F(Polling, ReportsAnyOtherFailure) {
     pollfd one = {writer(), POLLOUT, 0};
-    for (const int error : kErrors) {
+    for (const int error : {EAGAIN, ENOSPC, EIO, EMFILE}) {
         for (const bool return_on_interrupt : {false, true}) {
             const Fault<&Syscalls::poll> fault(error);
-            if (error == EINTR) {
-                EXPECT_EQ(OSAPI::poll(&one, 1, -1, return_on_interrupt),
-                          return_on_interrupt ? -1 : 1);
-                continue;
-            }
             kPolling.expect("poll", error, "poll",
                             [&] { OSAPI::poll(&one, 1, -1, return_on_interrupt); });
             EXPECT_EQ(fault.calls(), 1);
