@@ -10,19 +10,12 @@ namespace support {
 
 namespace {
 
-template <class Bits>
-void append_little_endian(std::string& bytes, Bits bits) {
+template <class Bits, class Number>
+void append_little_endian(std::string& bytes, Number x) {
+    const auto bits = std::bit_cast<Bits>(x);
     for (unsigned i = 0; i < sizeof bits; ++i) {
         bytes.push_back(static_cast<char>(static_cast<unsigned char>(bits >> (8U * i) & 0xffU)));
     }
-}
-
-void append_double(std::string& bytes, double x) {
-    append_little_endian(bytes, std::bit_cast<std::uint64_t>(x));
-}
-
-void append_float(std::string& bytes, float x) {
-    append_little_endian(bytes, std::bit_cast<std::uint32_t>(x));
 }
 
 }  // namespace
@@ -38,14 +31,14 @@ std::string catalogue_header(const std::string& magic) {
 
 std::string catalogue_record(const CatalogueStar& star) {
     std::string bytes;
-    append_double(bytes, star.lon);
-    append_double(bytes, star.lat);
-    append_float(bytes, star.luminance);
+    append_little_endian<std::uint64_t>(bytes, star.lon);
+    append_little_endian<std::uint64_t>(bytes, star.lat);
+    append_little_endian<std::uint32_t>(bytes, star.luminance);
     for (const unsigned char code : {star.r, star.g, star.b}) {
         bytes.push_back(static_cast<char>(code));
     }
     bytes.push_back('\0');
-    append_double(bytes, star.distance);
+    append_little_endian<std::uint64_t>(bytes, star.distance);
     return bytes;
 }
 

@@ -25,39 +25,6 @@ double difference(double a, double b) {
 // Asked this way round, a difference that is not a number is not within anything.
 bool within(double difference, double limit) { return difference <= limit; }
 
-struct Tally {
-    std::size_t off = 0;
-    bool too_far = false;
-    bool any = false;
-    double excess = 0;
-    int x = 0;
-    int y = 0;
-    int channel = 0;
-};
-
-template <class LimitAt>
-Tally count(const Picture& actual, const Picture& expected, double hard, LimitAt limit_at) {
-    Tally tally;
-    for (int y = 0; y < actual.height; ++y) {
-        for (int x = 0; x < actual.width; ++x) {
-            bool off = false;
-            for (int channel = 0; channel < actual.channels; ++channel) {
-                const std::size_t i = actual.index(x, y, channel);
-                const double found = difference(actual.values[i], expected.values[i]);
-                const double limit = limit_at(i);
-                off = off || !within(found, limit);
-                tally.too_far = tally.too_far || !within(found, hard);
-                const double excess = std::isnan(found) ? HUGE_VAL : found - limit;
-                if (!tally.any || excess > tally.excess) {
-                    tally = {tally.off, tally.too_far, true, excess, x, y, channel};
-                }
-            }
-            tally.off += off ? 1 : 0;
-        }
-    }
-    return tally;
-}
-
 template <class LimitAt>
 Comparison judge(const Picture& actual, const Picture& expected, double share, double hard,
                  LimitAt limit_at) {
@@ -67,25 +34,38 @@ Comparison judge(const Picture& actual, const Picture& expected, double share, d
     if (actual.values.empty()) {
         return {false, "no pixels to compare"};
     }
-    const Tally tally = count(actual, expected, hard, limit_at);
-    const std::size_t pixels =
-        static_cast<std::size_t>(actual.width) * static_cast<std::size_t>(actual.height);
-    const bool passed =
-        !tally.too_far && static_cast<double>(tally.off) <= share * static_cast<double>(pixels);
-
+    const auto channels = static_cast<std::size_t>(actual.channels);
+    const std::size_t pixels = actual.values.size() / channels;
+    std::size_t off = 0;
+    bool too_far = false;
+    std::size_t worst = 0;
+    double largest_excess = -HUGE_VAL;
+    for (std::size_t pixel = 0; pixel < pixels; ++pixel) {
+        bool is_off = false;
+        for (std::size_t i = pixel * channels; i < (pixel + 1) * channels; ++i) {
+            const double found = difference(actual.values[i], expected.values[i]);
+            is_off = is_off || !within(found, limit_at(i));
+            too_far = too_far || !within(found, hard);
+            const double excess = std::isnan(found) ? HUGE_VAL : found - limit_at(i);
+            if (excess > largest_excess) {
+                largest_excess = excess;
+                worst = i;
+            }
+        }
+        off += is_off ? 1 : 0;
+    }
     std::ostringstream text;
     text.precision(9);
-    text << tally.off << " of " << pixels << " pixels off";
-    if (tally.too_far) {
+    text << off << " of " << pixels << " pixels off";
+    if (too_far) {
         text << ", some beyond the hard limit " << hard;
     }
-    if (tally.any) {
-        const std::size_t worst = actual.index(tally.x, tally.y, tally.channel);
-        text << "; worst at (" << tally.x << ", " << tally.y << ") channel " << tally.channel
-             << ": " << actual.values[worst] << ", expected " << expected.values[worst]
-             << " within " << limit_at(worst);
-    }
-    return {passed, text.str()};
+    const auto width = static_cast<std::size_t>(actual.width);
+    text << "; worst at (" << worst / channels % width << ", " << worst / channels / width
+         << ") channel " << worst % channels << ": " << actual.values[worst] << ", expected "
+         << expected.values[worst] << " within " << limit_at(worst);
+    return {!too_far && static_cast<double>(off) <= share * static_cast<double>(pixels),
+            text.str()};
 }
 
 }  // namespace

@@ -73,19 +73,6 @@ TEST(Compare, TellsInfinitiesApart) {
     EXPECT_FALSE(compare(high, ramp(), {.per_value = 1e300}).passed);
 }
 
-TEST(Compare, RejectsAShiftedPicture) {
-    Picture shifted = ramp();
-    support::for_each_pixel(shifted.width, shifted.height, [&](int x, int y) {
-        for (int channel = 0; channel < 3; ++channel) {
-            shifted.at(x, y, channel) = ramp().at(x < 1 ? 0 : x - 1, y, channel);
-        }
-    });
-    EXPECT_FALSE(compare(shifted, ramp(), {.per_value = 0.5}).passed);
-    EXPECT_FALSE(compare(shifted, ramp(), {.per_value = 0.5, .share = 0.8}).passed)
-        << "seven of eight columns are off";
-    EXPECT_TRUE(compare(shifted, ramp(), {.per_value = 0.5, .share = 0.9}).passed);
-}
-
 TEST(Compare, CountsPixelsOffAndHoldsTheHardLimit) {
     Picture off = ramp();  // 32 pixels
     off.at(2, 1, 0) += 0.25;

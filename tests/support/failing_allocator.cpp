@@ -11,13 +11,16 @@ constexpr unsigned int kMostRecorded = 256;
 // Plain numbers: what decides about an allocation must not allocate.
 bool watching = false;
 std::size_t largest_granted = SIZE_MAX;
-unsigned int larger_left = 0;
-unsigned int grants_left = 0;
-bool counting_grants = false;
-unsigned int news_left = 0;
-bool counting_news = false;
 std::size_t recorded[kMostRecorded];
 unsigned int recorded_count = 0;
+
+struct Budget {
+    bool is_limited = false;
+    unsigned int left = 0;
+
+    bool spend() { return !is_limited || (left > 0 && left-- > 0); }
+};
+Budget larger, grants, news;
 
 bool granted(std::size_t size) {
     if (!watching) {
@@ -26,27 +29,12 @@ bool granted(std::size_t size) {
     if (recorded_count < kMostRecorded) {
         recorded[recorded_count++] = size;
     }
-    if (size > largest_granted) {
-        if (larger_left == 0) {
-            return false;
-        }
-        --larger_left;
-    }
-    if (counting_grants) {
-        if (grants_left == 0) {
-            return false;
-        }
-        --grants_left;
-    }
-    return true;
+    return (size <= largest_granted || larger.spend()) && grants.spend();
 }
 
 void* new_or_throw(std::size_t size, void* (*real_new)(std::size_t)) {
-    if (watching && counting_news) {
-        if (news_left == 0) {
-            throw std::bad_alloc();
-        }
-        --news_left;
+    if (watching && !news.spend()) {
+        throw std::bad_alloc();
     }
     return real_new(size);
 }
@@ -63,24 +51,16 @@ FailingAllocator::~FailingAllocator() { watching = false; }
 
 void FailingAllocator::refuse_above(std::size_t largest, unsigned int granted) {
     largest_granted = largest;
-    larger_left = granted;
+    larger = {true, granted};
 }
 
-void FailingAllocator::refuse_after(unsigned int count) {
-    counting_grants = true;
-    grants_left = count;
-}
+void FailingAllocator::refuse_after(unsigned int count) { grants = {true, count}; }
 
-void FailingAllocator::refuse_new_after(unsigned int count) {
-    counting_news = true;
-    news_left = count;
-}
+void FailingAllocator::refuse_new_after(unsigned int count) { news = {true, count}; }
 
 void FailingAllocator::grant_all() {
     largest_granted = SIZE_MAX;
-    larger_left = 0;
-    counting_grants = false;
-    counting_news = false;
+    larger = grants = news = {};
 }
 
 std::vector<std::size_t> FailingAllocator::requests() const {

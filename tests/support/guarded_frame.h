@@ -7,6 +7,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "support/pixels.h"
@@ -73,16 +74,9 @@ public:
     }
     /// Whether every float has the same bits, guards included.
     bool same_bits(const GuardedFrame& other) const {
-        if (floats_.size() != other.floats_.size()) {
-            return false;
-        }
-        for (std::size_t i = 0; i < floats_.size(); ++i) {
-            if (std::bit_cast<std::uint32_t>(floats_[i]) !=
-                std::bit_cast<std::uint32_t>(other.floats_[i])) {
-                return false;
-            }
-        }
-        return true;
+        return floats_.size() == other.floats_.size() &&
+               std::memcmp(floats_.data(), other.floats_.data(), sizeof(float) * floats_.size()) ==
+                   0;
     }
     /// Sum of the red channel.
     double total_red() const {
