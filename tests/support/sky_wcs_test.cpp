@@ -22,73 +22,50 @@ using support::SkyWcs;
 
 constexpr double degree = std::numbers::pi / 180;
 
-SkyView view(SkyProjection projection) {
+constexpr SkyProjection kAll[] = {SkyProjection::Tan, SkyProjection::Sin, SkyProjection::Arc};
+
+/// A view of longitude 83.
+SkyView view(SkyProjection projection, double dec = -1, double roll = 0) {
     return {.ra = 83,
-            .dec = -1,
-            .roll = 0,
+            .dec = dec,
+            .roll = roll,
             .width = 1920,
             .height = 1080,
             .projection = projection,
             .focal = 4.7};
 }
 
-TEST(SkyWcs, PutsTheLookAtPointAtTheCentre) {
-    for (const auto projection : {SkyProjection::Tan, SkyProjection::Sin, SkyProjection::Arc}) {
-        const auto pixel = SkyWcs(view(projection)).pixel(83, -1);
-        ASSERT_TRUE(pixel);
-        EXPECT_NEAR(pixel->x, 960, 1e-9);
-        EXPECT_NEAR(pixel->y, 540, 1e-9);
+TEST(SkyWcs, PutsStarsWhereTheyAreByHand) {
+    const struct {
+        const char* what;
+        SkyView seen;
+        double ra, dec;
+        double right, up;  ///< of the frame's centre, pixels
+    } rows[] = {
+        {"the centre", view(SkyProjection::Tan), 83, -1, 0, 0},
+        {"the centre", view(SkyProjection::Sin), 83, -1, 0, 0},
+        {"the centre", view(SkyProjection::Arc), 83, -1, 0, 0},
+        // Ten degrees along the meridian, by the radii of the three projections.
+        {"north", view(SkyProjection::Tan), 83, 9, 0, 540 * 4.7 * std::tan(10 * degree)},
+        {"north", view(SkyProjection::Sin), 83, 9, 0, 540 * std::sin(10 * degree)},
+        {"north", view(SkyProjection::Arc), 83, 9, 0, 60},
+        // The sine of 30 degrees is a half.
+        {"east is to the left", view(SkyProjection::Sin, 0), 83 + 30, 0, -270, 0},
+        // 9 degrees are 54 pixels.
+        {"east is up after a roll of 90", view(SkyProjection::Arc, 0, 90), 83 + 9, 0, 0, 54},
+        {"north is to the right then", view(SkyProjection::Arc, 0, 90), 83, 9, 54, 0},
+        {"at the pole the meridian runs down", view(SkyProjection::Arc, 90), 83, 81, 0, -54},
+    };
+    for (const auto& row : rows) {
+        const auto pixel = SkyWcs(row.seen).pixel(row.ra, row.dec);
+        ASSERT_TRUE(pixel) << row.what;
+        EXPECT_NEAR(pixel->x, 960 + row.right, 1e-9) << row.what;
+        EXPECT_NEAR(pixel->y, 540 - row.up, 1e-9) << row.what;
     }
 }
 
-// Ten degrees north along the meridian, by the radii of the three projections.
-TEST(SkyWcs, NorthIsUpByEachProjectionsRadius) {
-    const auto up = [](SkyProjection projection) {
-        const auto pixel = SkyWcs(view(projection)).pixel(83, 9);
-        EXPECT_TRUE(pixel);
-        EXPECT_NEAR(pixel->x, 960, 1e-9);
-        return 540 - pixel->y;
-    };
-    EXPECT_NEAR(up(SkyProjection::Tan), 540 * 4.7 * std::tan(10 * degree), 1e-9);
-    EXPECT_NEAR(up(SkyProjection::Sin), 540 * std::sin(10 * degree), 1e-9);
-    EXPECT_NEAR(up(SkyProjection::Arc), 540 * 10 / 90.0, 1e-9);
-}
-
-TEST(SkyWcs, EastIsToTheLeft) {
-    SkyView equator = view(SkyProjection::Sin);
-    equator.dec = 0;
-    const auto pixel = SkyWcs(equator).pixel(83 + 30, 0);
-    ASSERT_TRUE(pixel);
-    EXPECT_NEAR(pixel->x, 960 - 270, 1e-9);  // sin 30 degrees is a half
-    EXPECT_NEAR(pixel->y, 540, 1e-9);
-}
-
-TEST(SkyWcs, RollTurnsThePicturesUpTowardsEast) {
-    SkyView rolled = view(SkyProjection::Arc);
-    rolled.dec = 0;
-    rolled.roll = 90;
-    const SkyWcs sky(rolled);
-    const auto east = sky.pixel(83 + 9, 0);  // 9 degrees are 54 pixels
-    ASSERT_TRUE(east);
-    EXPECT_NEAR(east->x, 960, 1e-9);
-    EXPECT_NEAR(east->y, 540 - 54, 1e-9);
-    const auto north = sky.pixel(83, 9);
-    ASSERT_TRUE(north);
-    EXPECT_NEAR(north->x, 960 + 54, 1e-9);
-    EXPECT_NEAR(north->y, 540, 1e-9);
-}
-
-TEST(SkyWcs, AtThePoleTheMeridianOfTheViewRunsDown) {
-    SkyView pole = view(SkyProjection::Arc);
-    pole.dec = 90;
-    const auto pixel = SkyWcs(pole).pixel(83, 81);
-    ASSERT_TRUE(pixel);
-    EXPECT_NEAR(pixel->x, 960, 1e-9);
-    EXPECT_NEAR(pixel->y, 540 + 54, 1e-9);
-}
-
 TEST(SkyWcs, SeesNothingBehind) {
-    for (const auto projection : {SkyProjection::Tan, SkyProjection::Sin, SkyProjection::Arc}) {
+    for (const SkyProjection projection : kAll) {
         const SkyWcs sky(view(projection));
         EXPECT_FALSE(sky.pixel(263, 1));
         EXPECT_FALSE(sky.pixel(83 + 100, -1));
