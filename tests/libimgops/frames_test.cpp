@@ -63,17 +63,7 @@ StarRendererData product_settings(const Settings& from) {
     to.parallax_crush = from.parallax_crush;
     to.tint_color = {static_cast<float>(from.tint[0]), static_cast<float>(from.tint[1]),
                      static_cast<float>(from.tint[2])};
-    switch (from.projection) {
-        case Projection::Perspective:
-            to.projection = Persp;
-            break;
-        case Projection::Hemisphere:
-            to.projection = HemiSph;
-            break;
-        case Projection::Equidistant:
-            to.projection = AzEqu;
-            break;
-    }
+    to.projection = product_projection(from.projection);
     to.use_depth = true;
     return to;
 }
@@ -278,44 +268,10 @@ TEST_P(Frames, AreRejectedForSmallFaults) {
     }
 }
 
-// The total of a spot is pi x w x h x peak. The reach takes less than pi w h / 6250 of it (a
-// Gaussian's light beyond the place where it has fallen to v is v of its total), the pixel grid
-// adds 2 exp(-pi^2) = 1.03e-4 an axis for the smallest spot of one pixel.
-TEST(FrameLight, OfAStillSpotIsItsTotal) {
-    const std::pair<double, double> spots[] = {{12.5, 1}, {25, 1}, {20, 2}, {60, 0.5}, {5, 1}};
-    for (const auto& [size, aspect] : spots) {
-        for (const double brightness : {0.05, 0.25, 5.0}) {
-            Settings settings;
-            settings.width = 160;
-            settings.height = 90;
-            settings.threshold = 0;
-            settings.max_luminance = 1;
-            settings.saturation = 1;
-            settings.spot_size = size;
-            settings.aspect_ratio = aspect;
-            settings.brightness = brightness;
-            Star one;
-            one.luminance = 1;
-            one.lon = 91.3;
-            one.lat = -2.7;
-            const double h = 80 * size / 1000;
-            const double w = h * aspect;
-            // Spots below a pixel are drawn at one pixel and dimmed: the same total.
-            const double total = std::numbers::pi * w * h * 4 * brightness;
-            const double area = std::numbers::pi * std::max(w, 1.0) * std::max(h, 1.0);
-            for (const DrawPath path : kBothPaths) {
-                const double found = product_frame({one}, settings, {Camera{}}, path).total(1);
-                EXPECT_NEAR(found, total, 1e-3 * total + area / 6250)
-                    << name_of(path) << ": " << size << " " << aspect << " " << brightness;
-            }
-        }
-    }
-}
-
 // A star crawling over the frame by hundredths of a pixel neither blinks nor breathes: its total
 // changes by the grid's 2e-4 and by pixels at the reach, each at most 1/6250, coming and going
 // along a rim of less than 2 pi (rho w + 1) pixels, half of them at a time.
-TEST(FrameLight, IsSteadyUnderSubPixelMotion) {
+TEST(FrameLight, IsItsTotalAndSteadyUnderSubPixelMotion) {
     Settings settings;
     settings.width = 64;
     settings.height = 48;

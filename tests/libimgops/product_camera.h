@@ -1,4 +1,4 @@
-// A camera of the double-precision renderer as the real one takes it.
+// A projection and a camera of the double-precision renderer as the real one takes them.
 #pragma once
 
 #include <libimgops/records.h>
@@ -6,6 +6,12 @@
 #include <cstddef>
 
 #include "support/reference_renderer.h"
+
+inline op_stars_projection product_projection(reference::Projection from) {
+    return from == reference::Projection::Perspective  ? Persp
+           : from == reference::Projection::Hemisphere ? HemiSph
+                                                       : AzEqu;
+}
 
 /// The camera record of the same sample.
 inline ::camera product_camera(const reference::Camera& from) {
