@@ -47,15 +47,19 @@ Drawn draw_torn(const Scene& scene, std::size_t torn, DrawPath path) {
     return left;
 }
 
-/// A camera sample from which places are so far to the lower left that the first column of a row
-/// overflows, which its guard refuses.
-void add_refusing_sample(Scene& scene) {
+/// A frame with spots of a pixel, and a second camera sample from which places are so far to the
+/// lower left that the first column of a row overflows, which its guard refuses.
+Scene refusing_scene(RandomNumbers& random, int stars) {
+    Scene scene = default_scene(random, 40, 24);
+    scene.data.spot_size_x = scene.data.spot_size_y = 50;
+    scatter_stars(scene, random, stars);
     camera far = scene.cams.front();
     for (int row = 0; row < 4; ++row) {
         far.xform(row, 0) *= 1e16;
         far.xform(row, 1) *= 1e6;
     }
     scene.cams.push_back(far);
+    return scene;
 }
 
 }  // namespace
@@ -88,10 +92,7 @@ TEST(RefusedStar, LeavesTheFlagAlone) {
     RandomNumbers random(41);
     int refused = 0;
     for (int i = 0; i < 400; ++i) {
-        Scene scene = default_scene(random, 40, 24);
-        scene.data.spot_size_x = scene.data.spot_size_y = 50;  // a pixel
-        scatter_stars(scene, random, 30);
-        add_refusing_sample(scene);
+        Scene scene = refusing_scene(random, 30);
         const Drawn once = draw(scene, DrawPath::Plain);
         if (once.failure.empty()) {
             continue;
@@ -120,10 +121,7 @@ TEST(Guards, RefuseAsOnThePlainPath) {
     RandomNumbers random(41);
     int refused = 0;
     for (int i = 0; i < 400; ++i) {
-        Scene scene = default_scene(random, 40, 24);
-        scene.data.spot_size_x = scene.data.spot_size_y = 50;  // a pixel
-        scatter_stars(scene, random, 20);
-        add_refusing_sample(scene);
+        Scene scene = refusing_scene(random, 20);
         CatalogueStar star;
         set_angles(star, direction_of(scene.cams.front(), random.between(-1.2, -0.4),
                                       random.between(-0.9, -0.5)));

@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <string>
 #include <utility>
@@ -54,13 +55,57 @@ Scene small_scene(op_stars_projection projection, bool moves) {
     return scene;
 }
 
-template <class Change>
-void with_every_special_value(Change change) {
+/// Something of a scene that gets a value.
+struct Special {
+    const char* name;
+    std::function<void(Scene&, double)> set;
+};
+void PrintTo(const Special& special, std::ostream* out) { *out << special.name; }
+
+const Special kSettings[] = {
+    {"window_x0", [](Scene& s, double v) { s.data.window_x0 = v; }},
+    {"window_x1", [](Scene& s, double v) { s.data.window_x1 = v; }},
+    {"window_y0", [](Scene& s, double v) { s.data.window_y0 = v; }},
+    {"window_y1", [](Scene& s, double v) { s.data.window_y1 = v; }},
+    {"spot_size_x", [](Scene& s, double v) { s.data.spot_size_x = v; }},
+    {"spot_size_y", [](Scene& s, double v) { s.data.spot_size_y = v; }},
+    {"threshold", [](Scene& s, double v) { s.data.threshold = v; }},
+    {"max_luminance", [](Scene& s, double v) { s.data.max_luminance = v; }},
+    {"brightness", [](Scene& s, double v) { s.data.brightness = v; }},
+    {"saturation", [](Scene& s, double v) { s.data.saturation = v; }},
+    {"bias_exponent", [](Scene& s, double v) { s.data.bias_exponent = v; }},
+    {"tint_strength", [](Scene& s, double v) { s.data.tint_strength = v; }},
+    {"parallax_crush", [](Scene& s, double v) { s.data.parallax_crush = v; }},
+};
+
+const Special kOthers[] = {
+    {"tint", [](Scene& s, double v) { s.data.tint_color[1] = static_cast<float>(v); }},
+    {"focal", [](Scene& s, double v) { s.cams.front().focal = v; }},
+    {"near_clip", [](Scene& s, double v) { s.cams.front().near_clip = v; }},
+    {"far_clip", [](Scene& s, double v) { s.cams.front().far_clip = v; }},
+    {"lon", [](Scene& s, double v) { s.stars[5].lon = v; }},
+    {"lat", [](Scene& s, double v) { s.stars[5].lat = v; }},
+    {"distance", [](Scene& s, double v) { s.stars[5].distance = v; }},
+    {"luminance",
+     [](Scene& s, double v) {
+         s.data.threshold = -kInf;
+         s.stars[5].luminance = static_cast<float>(v);
+     }},
+    {"luminance_without_ceiling",
+     [](Scene& s, double v) {
+         s.data.max_luminance = kInf;
+         s.data.spot_size_x = 1e7;
+         s.stars[5].luminance = static_cast<float>(v);
+     }},
+};
+
+/// Expects the promise of small scenes in which one thing has a special value, one after another.
+void expect_with_every_value(const std::function<void(Scene&, double)>& set) {
     for (const op_stars_projection projection : {Persp, HemiSph, AzEqu}) {
         for (const bool moves : {false, true}) {
             for (const double value : kSpecial) {
                 Scene scene = small_scene(projection, moves);
-                change(scene, value);
+                set(scene, value);
                 SCOPED_TRACE("the value is " + std::to_string(value));
                 expect_promise(scene);
             }
@@ -68,80 +113,46 @@ void with_every_special_value(Change change) {
     }
 }
 
-struct Setting {
-    const char* name;
-    double StarRendererData::*field;
-};
-void PrintTo(const Setting& setting, std::ostream* out) { *out << setting.name; }
-
 }  // namespace
 
-class SpecialSettings : public testing::TestWithParam<Setting> {};
+class SpecialValues : public testing::TestWithParam<Special> {};
+const auto name_of_special = [](const auto& tested) { return std::string(tested.param.name); };
 
-TEST_P(SpecialSettings, AreDrawnAsThePlainPathDoes) {
-    with_every_special_value(
-        [](Scene& scene, double value) { scene.data.*GetParam().field = value; });
-}
+TEST_P(SpecialValues, AreDrawnAsThePlainPathDoes) { expect_with_every_value(GetParam().set); }
+
+INSTANTIATE_TEST_SUITE_P(Settings, SpecialValues, testing::ValuesIn(kSettings), name_of_special);
+INSTANTIATE_TEST_SUITE_P(Others, SpecialValues, testing::ValuesIn(kOthers), name_of_special);
 
 // A negative brightness makes light of negative luminances.
-TEST_P(SpecialSettings, AreDrawnAsThePlainPathDoesInNegativeLight) {
-    with_every_special_value([](Scene& scene, double value) {
-        scene.data.brightness = -2;
-        scene.data.threshold = -kInf;
-        for (CatalogueStar& star : scene.stars) {
-            star.luminance = -100 * star.luminance;
-            // Of one colour, so that no star takes another one's light away: the largest value of
-            // what is left would say nothing of the light that went into it.
-            star.g = star.r;
-        }
-        scene.data.*GetParam().field = value;
-    });
-}
-
-INSTANTIATE_TEST_SUITE_P(Fields, SpecialSettings,
-                         testing::Values(Setting{"window_x0", &StarRendererData::window_x0},
-                                         Setting{"window_x1", &StarRendererData::window_x1},
-                                         Setting{"window_y0", &StarRendererData::window_y0},
-                                         Setting{"window_y1", &StarRendererData::window_y1},
-                                         Setting{"spot_size_x", &StarRendererData::spot_size_x},
-                                         Setting{"spot_size_y", &StarRendererData::spot_size_y},
-                                         Setting{"threshold", &StarRendererData::threshold},
-                                         Setting{"max_luminance", &StarRendererData::max_luminance},
-                                         Setting{"brightness", &StarRendererData::brightness},
-                                         Setting{"saturation", &StarRendererData::saturation},
-                                         Setting{"bias_exponent", &StarRendererData::bias_exponent},
-                                         Setting{"tint_strength", &StarRendererData::tint_strength},
-                                         Setting{"parallax_crush",
-                                                 &StarRendererData::parallax_crush}),
-                         [](const auto& tested) { return std::string(tested.param.name); });
-
-TEST(SpecialTint, IsDrawnAsThePlainPathDoes) {
-    with_every_special_value(
-        [](Scene& scene, double value) { scene.data.tint_color[1] = static_cast<float>(value); });
-}
-
-TEST(SpecialCameras, SeeAsThePlainPathDoes) {
-    for (double camera::*field : {&camera::focal, &camera::near_clip, &camera::far_clip}) {
-        with_every_special_value(
-            [&](Scene& scene, double value) { scene.cams.front().*field = value; });
-    }
-    for (int element = 0; element < 16; ++element) {
-        with_every_special_value([&](Scene& scene, double value) {
-            scene.cams.back().xform(element / 4, element % 4) = value;
+TEST(SpecialSettings, AreDrawnAsThePlainPathDoesInNegativeLight) {
+    for (const Special& special : kSettings) {
+        SCOPED_TRACE(special.name);
+        expect_with_every_value([&](Scene& scene, double value) {
+            scene.data.brightness = -2;
+            scene.data.threshold = -kInf;
+            for (CatalogueStar& star : scene.stars) {
+                star.luminance = -100 * star.luminance;
+                // Of one colour, so that no star takes another one's light away: the largest value
+                // of what is left would say nothing of the light that went into it.
+                star.g = star.r;
+            }
+            special.set(scene, value);
         });
     }
 }
 
 // A disk's direction is one of length 1: where squares overflow it is none, and what is behind the
 // camera is not.
-TEST(SpecialCameras, SeeWhatIsBehindAsThePlainPathDoes) {
-    for (int element = 0; element < 16; ++element) {
-        with_every_special_value([&](Scene& scene, double value) {
-            for (CatalogueStar& star : scene.stars) {
-                star.lon += 180;
-            }
-            scene.cams.back().xform(element / 4, element % 4) = value;
-        });
+TEST(SpecialCameras, SeeAsThePlainPathDoesAheadAndBehind) {
+    for (const double turn : {0, 180}) {
+        for (int element = 0; element < 16; ++element) {
+            expect_with_every_value([&](Scene& scene, double value) {
+                for (CatalogueStar& star : scene.stars) {
+                    star.lon += turn;
+                }
+                scene.cams.back().xform(element / 4, element % 4) = value;
+            });
+        }
     }
 }
 
@@ -150,11 +161,7 @@ TEST(SpecialCameras, SeeAsThePlainPathDoesAtAnyScale) {
     for (const double scale : {1e-300, 1e-45, 1e-42, 1e-38, 1e-20, 1e20, 1e37, 1e45, 1e300}) {
         for (const bool moves : {false, true}) {
             Scene scene = small_scene(Persp, moves);
-            for (camera& cam : scene.cams) {
-                for (int element = 0; element < 12; ++element) {
-                    cam.xform(element / 4, element % 4) *= scale;
-                }
-            }
+            scale_cameras(scene, scale);
             SCOPED_TRACE(std::to_string(scale));
             EXPECT_GT(expect_promise(scene).peak, 0);
         }
@@ -169,9 +176,7 @@ TEST(SpecialCameras, SeeAsThePlainPathDoesWhereSinglePrecisionEnds) {
         for (int i = 0; i < 30; ++i) {
             Scene scene = default_scene(random, 48, 27);
             scatter_stars(scene, random, 60);
-            for (int element = 0; element < 12; ++element) {
-                scene.cams.front().xform(element / 4, element % 4) *= scale;
-            }
+            scale_cameras(scene, scale);
             SCOPED_TRACE(scale);
             brightest = std::max(brightest, expect_promise(scene).peak);
         }
@@ -196,23 +201,6 @@ TEST(SpecialCameras, SeeAsThePlainPathDoesWherePlacesHaveNoLength) {
             }
         }
     }
-}
-
-TEST(SpecialStars, AreDrawnAsThePlainPathDoes) {
-    for (double CatalogueStar::*field :
-         {&CatalogueStar::lon, &CatalogueStar::lat, &CatalogueStar::distance}) {
-        with_every_special_value(
-            [&](Scene& scene, double value) { scene.stars[5].*field = value; });
-    }
-    with_every_special_value([](Scene& scene, double value) {
-        scene.data.threshold = -kInf;
-        scene.stars[5].luminance = static_cast<float>(value);
-    });
-    with_every_special_value([](Scene& scene, double value) {
-        scene.data.max_luminance = kInf;
-        scene.data.spot_size_x = 1e7;
-        scene.stars[5].luminance = static_cast<float>(value);
-    });
 }
 
 TEST(SpecialStars, PassAThresholdThatIsTheirOwn) {
@@ -335,7 +323,6 @@ TEST(FrameSides, ShowTheLightBesideStreaksAsThePlainPathDoes) {
 TEST(CameraPlane, IsCrossedAsThePlainPathDoes) {
     RandomNumbers random(7);
     int lit = 0;
-    double worst = 0;
     for (int i = 0; i < 400; ++i) {
         Scene scene = default_scene(random, 160, 90);
         scene.data.brightness = random.on_scale(0.25, 100);
@@ -349,10 +336,7 @@ TEST(CameraPlane, IsCrossedAsThePlainPathDoes) {
         set_angles(star, direction_of(scene.cams[random.bits() % 2], far * std::cos(a),
                                       far * std::sin(a)));
         scene.stars = {star};
-        const Difference off = expect_promise(scene);
-        lit += off.peak > 0 ? 1 : 0;
-        worst = std::max(worst, off.crossing);
+        lit += expect_promise(scene).peak > 0 ? 1 : 0;
     }
     EXPECT_GE(lit, 40);
-    RecordProperty("worst", std::to_string(worst));
 }

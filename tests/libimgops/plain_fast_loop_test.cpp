@@ -5,7 +5,9 @@
 #include <libimgops/renderer.h>
 #include <libimgops/starfile.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 
 #include "kernels/kernel_sets.h"
@@ -21,40 +23,22 @@ using support::CatalogueStar;
 using support::GuardedFrame;
 using support::MemoryStars;
 
-/// Hands out rows of random lengths, and remembers how many records were taken.
-class PiecewiseStars : public StarInput {
+/// Hands out rows of random lengths.
+class PiecewiseStars : public MemoryStars {
 public:
-    explicit PiecewiseStars(const std::vector<CatalogueStar>& stars)
-        : bytes_(support::catalogue_bytes(support::kVersion2, stars)),
-          records_(bytes_.size() / sizeof(star)),
-          random_(1) {
-        std::memcpy(records_.data(), bytes_.data(), bytes_.size());
-        n = static_cast<u32>(records_.size());
-    }
-    const star* next() override {
-        u32 one = 1;
-        return take(one);
-    }
-    void reset() override { taken_ = 0; }
+    using MemoryStars::MemoryStars;
     const star* next_in_row(u32& count) override {
         EXPECT_GE(count, 1U);
-        const u32 some = 1 + random_.bits() % 40;
-        count = some < count ? some : count;
-        return take(count);
+        count = std::min(count, 1 + random_.bits() % 40);
+        const star* first = next();
+        for (u32 i = 1; i < count; ++i) {
+            next();
+        }
+        return first;
     }
-    u32 taken() const { return taken_; }
 
 private:
-    const star* take(u32 count) {
-        EXPECT_LE(taken_ + count, n) << "beyond the end";
-        taken_ += count;
-        return &records_[taken_ - count];
-    }
-
-    std::string bytes_;
-    std::vector<star> records_;
-    RandomNumbers random_;
-    u32 taken_ = 0;
+    RandomNumbers random_{1};
 };
 
 Scene busy_scene(int stars) {
@@ -74,31 +58,18 @@ TEST(FastLoop, ReadsEveryRecordOnceWhateverTheRowsAre) {
         EXPECT_EQ(whole.place, count + 1);
 
         const PathInUse fast(DrawPath::Fast);
-        PiecewiseStars input(scene.stars);
+        PiecewiseStars input(scene.magic, scene.stars);
         const Canvas canvas(scene);
         StarRenderer renderer = canvas.renderer(input);
         bool drew = false;
         renderer.render_stars(drew);
-        EXPECT_EQ(input.taken(), input.nstars());
+        EXPECT_EQ(input.place(), input.nstars());
         EXPECT_EQ(drew, whole.drew);
         EXPECT_TRUE(canvas.frame.same_bits(whole.frame));
         EXPECT_FALSE(renderer.render_star(drew)) << "none is left";
         renderer.render_stars(drew);
-        EXPECT_EQ(input.taken(), input.nstars()) << "nothing is read again";
+        EXPECT_EQ(input.place(), input.nstars()) << "nothing is read again";
         EXPECT_TRUE(canvas.frame.same_bits(whole.frame));
-    }
-}
-
-TEST(FastLoop, ReadsNothingWithoutBrightness) {
-    for (const double none : {0.0, -0.0}) {
-        Scene scene = busy_scene(700);
-        scene.data.brightness = none;
-        for (const DrawPath path : {DrawPath::Plain, DrawPath::Fast}) {
-            Drawn drawn = draw(scene, path);
-            EXPECT_EQ(drawn.place, 1) << "the header";
-            EXPECT_FALSE(drawn.drew);
-            EXPECT_TRUE(drawn.frame.is_blank());
-        }
     }
 }
 
@@ -106,13 +77,11 @@ TEST(FastLoop, ReadsNothingWithoutBrightness) {
 TEST(FastLoop, LeavesTheCursorOfAFileWhereThePlainPathDoes) {
     const ScratchFolder folder;
     const std::string path = folder / "sky.stars";
-    for (const double brightness : {0.25, 0.0}) {
+    for (const double brightness : {0.25, 0.0, -0.0}) {
         Scene scene = busy_scene(1500);
         scene.data.brightness = brightness;
         support::write_catalogue(path, scene.magic, scene.stars);
-        std::ptrdiff_t places[2];
-        int i = 0;
-        for (const DrawPath draw_path : {DrawPath::Plain, DrawPath::Fast}) {
+        for (const DrawPath draw_path : support::kBothPaths) {
             const PathInUse in_use(draw_path);
             MMAPStarFile input(path.c_str());
             const star* first = input.next();
@@ -121,10 +90,10 @@ TEST(FastLoop, LeavesTheCursorOfAFileWhereThePlainPathDoes) {
             StarRenderer renderer = canvas.renderer(input);
             bool drew = false;
             renderer.render_stars(drew);
-            places[i++] = input.next() - first;
+            EXPECT_EQ(input.next() - first, brightness == 0 ? 1 : 1501);
+            EXPECT_EQ(drew, brightness != 0);
+            EXPECT_EQ(canvas.frame.is_blank(), brightness == 0);
         }
-        EXPECT_EQ(places[1], places[0]);
-        EXPECT_EQ(places[1], brightness == 0 ? 1 : 1501);
     }
 }
 
@@ -172,44 +141,32 @@ TEST(FastLoop, AddsToWhatARendererBeforeItLeft) {
     EXPECT_NEAR(off.peak, 2 * once, 1e-5 * once);
 }
 
-TEST(FastLoop, NeverClearsTheFlag) {
-    Scene scene = busy_scene(10);
-    for (CatalogueStar& star : scene.stars) {
-        star.luminance = 0;
-    }
-    for (const bool before : {false, true}) {
-        scene.drew_before = before;
-        EXPECT_EQ(draw(scene, DrawPath::Fast).drew, before);
-    }
-}
-
 // --- frames that the fast path leaves to the plain one ----------------------------------------
 
 namespace {
 
-/// A frame of floats, any layout.
+/// A frame of 40 x 24 pixels in any layout: the places of the first pixel's floats, and the
+/// distances from row to row and from pixel to pixel.
+struct Layout {
+    const char* what;
+    std::ptrdiff_t a, r, g, b;
+    int stride, pixel_stride;
+};
+
 struct Floats {
-    explicit Floats(std::size_t count) : values(count) {}
+    explicit Floats(const Layout& of) : values(30000) {
+        fb.a = &values[0] + of.a;
+        fb.r = &values[0] + of.r;
+        fb.g = &values[0] + of.g;
+        fb.b = &values[0] + of.b;
+        fb.width = 40;
+        fb.height = 24;
+        fb.stride = of.stride;
+        fb.pixel_stride = of.pixel_stride;
+    }
     std::vector<float> values;
     StarFramebuffer fb;
 };
-
-/// Lays out a frame of 40 x 24.
-using Layout = void (*)(Floats&);
-void expect_plain_bits(const Scene& scene, Layout layout) {
-    Floats plain(30000), fast(30000);
-    layout(plain);
-    layout(fast);
-    const kernel_sets::Counted counted;
-    const Drawn p = draw_into(scene, DrawPath::Plain, plain.fb);
-    const Drawn f = draw_into(scene, DrawPath::Fast, fast.fb);
-    EXPECT_EQ(counted.calls().all(), 0);
-    EXPECT_EQ(p.drew, f.drew);
-    EXPECT_EQ(p.place, f.place);
-    EXPECT_EQ(p.failure, f.failure);
-    EXPECT_EQ(std::memcmp(plain.values.data(), fast.values.data(), sizeof(float) * 30000), 0);
-    EXPECT_TRUE(p.drew);
-}
 
 Scene scene_for_layouts(int segments) {
     RandomNumbers random(21);
@@ -222,59 +179,50 @@ Scene scene_for_layouts(int segments) {
     return scene;
 }
 
-void lay_out(Floats& floats, std::ptrdiff_t a, std::ptrdiff_t r, std::ptrdiff_t g, std::ptrdiff_t b,
-             int stride, int pixel_stride) {
-    float* first = floats.values.data();
-    floats.fb.a = first + a;
-    floats.fb.r = first + r;
-    floats.fb.g = first + g;
-    floats.fb.b = first + b;
-    floats.fb.width = 40;
-    floats.fb.height = 24;
-    floats.fb.stride = stride;
-    floats.fb.pixel_stride = pixel_stride;
-}
-
 }  // namespace
 
 TEST(OtherLayouts, AreDrawnByThePlainPath) {
+    const Layout layouts[] = {{"three floats a pixel, coverage elsewhere", 10000, 0, 1, 2, 120, 3},
+                              {"one plane a channel", 0, 1000, 2000, 3000, 40, 1},
+                              {"coverage last", 3, 0, 1, 2, 160, 4},
+                              {"blue before red", 0, 3, 2, 1, 160, 4},
+                              {"five floats a pixel", 0, 1, 2, 3, 200, 5},
+                              {"rows that overlap by a float", 0, 1, 2, 3, 159, 4},
+                              {"rows that overlap", 0, 1, 2, 3, 30, 4},
+                              {"rows that overlap backwards", 200, 201, 202, 203, -3, 4},
+                              {"one coverage for all pixels", 20000, 1, 2, 3, 160, 4}};
     for (const int segments : {0, 3}) {
         const Scene scene = scene_for_layouts(segments);
-        // Three floats a pixel, coverage elsewhere.
-        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 10000, 0, 1, 2, 120, 3); });
-        // One plane a channel.
-        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 0, 1000, 2000, 3000, 40, 1); });
-        // Coverage last.
-        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 3, 0, 1, 2, 160, 4); });
-        // Blue before red.
-        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 0, 3, 2, 1, 160, 4); });
-        // Five floats a pixel.
-        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 0, 1, 2, 3, 200, 5); });
-        // Rows that reach into the next ones.
-        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 0, 1, 2, 3, 159, 4); });
-        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 0, 1, 2, 3, 30, 4); });
-        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 200, 201, 202, 203, -3, 4); });
-        // One coverage for the whole frame, beside the pixels.
-        expect_plain_bits(scene, [](Floats& to) { lay_out(to, 20000, 1, 2, 3, 160, 4); });
+        for (const Layout& layout : layouts) {
+            SCOPED_TRACE(layout.what);
+            Floats plain(layout), fast(layout);
+            const kernel_sets::Counted counted;
+            const Drawn p = draw_into(scene, DrawPath::Plain, plain.fb);
+            const Drawn f = draw_into(scene, DrawPath::Fast, fast.fb);
+            EXPECT_EQ(counted.calls().all(), 0);
+            EXPECT_TRUE(p.drew && f.drew);
+            EXPECT_EQ(p.place, f.place);
+            EXPECT_EQ(p.failure, f.failure);
+            EXPECT_EQ(std::memcmp(&plain.values[0], &fast.values[0], sizeof(float) * 30000), 0);
+        }
     }
 }
 
 TEST(OtherLayouts, AreDrawnFastWhereOnlyRowsDiffer) {
     const Scene scene = scene_for_layouts(0);
-    // From the bottom up.
-    for (const int stride : {160, 163, 1000, -160}) {
-        Floats plain(30000), fast(30000);
-        for (Floats* to : {&plain, &fast}) {
-            const std::ptrdiff_t first = stride < 0 ? -stride * 24 : 0;
-            lay_out(*to, first, first + 1, first + 2, first + 3, stride, 4);
-        }
+    const Layout layouts[] = {{"no padding", 0, 1, 2, 3, 160, 4},
+                              {"padding", 0, 1, 2, 3, 163, 4},
+                              {"much padding", 0, 1, 2, 3, 1000, 4},
+                              {"from the bottom up", 3840, 3841, 3842, 3843, -160, 4}};
+    for (const Layout& layout : layouts) {
+        Floats plain(layout), fast(layout);
         const Drawn p = draw_into(scene, DrawPath::Plain, plain.fb);
         const kernel_sets::Counted counted;
         const Drawn f = draw_into(scene, DrawPath::Fast, fast.fb);
-        EXPECT_GT(counted.calls().spot, 20) << stride;
+        EXPECT_GT(counted.calls().spot, 20) << layout.what;
         EXPECT_TRUE(p.drew && f.drew);
         for (std::size_t i = 0; i < plain.values.size(); ++i) {
-            ASSERT_NEAR(plain.values[i], fast.values[i], 1e-6) << stride;
+            ASSERT_NEAR(plain.values[i], fast.values[i], 1e-6) << layout.what;
         }
     }
 }

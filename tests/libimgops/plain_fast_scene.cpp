@@ -6,7 +6,6 @@
 #include <libimgops/renderer.h>
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -27,9 +26,16 @@ constexpr float kInf = std::numeric_limits<float>::infinity();
 
 std::uint32_t bits(float x) { return std::bit_cast<std::uint32_t>(x); }
 
-/// The colours of a pixel.
-std::array<float, 3> colours(GuardedFrame& frame, int x, int y) {
-    return {frame.r(x, y), frame.g(x, y), frame.b(x, y)};
+/// Calls `use(a, b, pixel)` for the two frames' values of every colour of every pixel.
+template <class Use>
+void for_each_colour(Drawn a, Drawn b, Use use) {
+    const int width = a.frame.width();
+    support::for_each_pixel(width, a.frame.height(), [&](int x, int y) {
+        const auto pixel = static_cast<std::size_t>(y * width + x);
+        use(a.frame.r(x, y), b.frame.r(x, y), pixel);
+        use(a.frame.g(x, y), b.frame.g(x, y), pixel);
+        use(a.frame.b(x, y), b.frame.b(x, y), pixel);
+    });
 }
 
 double magnitude(float x) { return std::isnan(x) ? 0.0 : std::fabs(static_cast<double>(x)); }
@@ -76,20 +82,17 @@ GuardedFrame empty_frame(const Scene& scene) {
     return frame;
 }
 
-Canvas::Canvas(const Scene& scene_) : scene(scene_), frame(empty_frame(scene)), fb(frame.view()) {
-    for (const camera& cam : scene.cams) {
-        cams.append(cam);
-    }
-}
+Canvas::Canvas(const Scene& scene_)
+    : scene(scene_), frame(empty_frame(scene)), fb(frame.view()), cams(scene) {}
 
 Drawn draw_into(const Scene& scene, DrawPath path, const StarFramebuffer& fb) {
     const PathInUse in_use(path);
-    const Canvas canvas(scene);
+    const Cameras cams(scene);
     support::MemoryStars input(scene.magic, scene.stars);
     Drawn drawn;
     drawn.drew = scene.drew_before;
     try {
-        StarRenderer renderer(scene.data, fb, input, canvas.cams);
+        StarRenderer renderer(scene.data, fb, input, cams);
         renderer.render_stars(drawn.drew);
     } catch (const AssertXception& failure) {
         drawn.failure = failure.expression();
@@ -146,23 +149,11 @@ std::vector<bool> visited_by_crossing_stars(const Scene& scene, DrawPath path) {
 }
 
 Difference difference(const Drawn& plain, const Drawn& fast, const std::vector<bool>& crossing) {
-    Drawn p = plain;
-    Drawn f = fast;
     Difference result;
-    const int width = p.frame.width();
-    const int height = p.frame.height();
-    const auto for_each = [&](auto use) {
-        support::for_each_pixel(width, height, [&](int x, int y) {
-            const auto a = colours(p.frame, x, y);
-            const auto b = colours(f.frame, x, y);
-            for (std::size_t channel = 0; channel < a.size(); ++channel) {
-                use(a[channel], b[channel], static_cast<std::size_t>(y * width + x));
-            }
-        });
-    };
-    for_each(
-        [&](float a, float, std::size_t) { result.peak = std::max(result.peak, magnitude(a)); });
-    for_each([&](float a, float b, std::size_t pixel) {
+    for_each_colour(plain, fast, [&](float a, float, std::size_t) {
+        result.peak = std::max(result.peak, magnitude(a));
+    });
+    for_each_colour(plain, fast, [&](float a, float b, std::size_t pixel) {
         double& worst = crossing[pixel] ? result.crossing : result.ordinary;
         worst = std::max(worst, distance_of(a, b, result.peak));
     });
@@ -172,23 +163,15 @@ Difference difference(const Drawn& plain, const Drawn& fast, const std::vector<b
 namespace {
 
 /// Codes are compared where the frame is in the range of codes, so with its peak at 1.
-void expect_close_codes(Drawn& plain, Drawn& fast, const std::vector<bool>& crossing,
+void expect_close_codes(const Drawn& plain, const Drawn& fast, const std::vector<bool>& crossing,
                         const std::string& what) {
     for (const int full : {255, 32768}) {
         int worst = 0;
-        for (int y = 0; y < plain.frame.height(); ++y) {
-            for (int x = 0; x < plain.frame.width(); ++x) {
-                if (crossing[static_cast<std::size_t>(y * plain.frame.width() + x)]) {
-                    continue;
-                }
-                const auto a = colours(plain.frame, x, y);
-                const auto b = colours(fast.frame, x, y);
-                for (std::size_t channel = 0; channel < a.size(); ++channel) {
-                    worst =
-                        std::max(worst, std::abs(code(a[channel], full) - code(b[channel], full)));
-                }
+        for_each_colour(plain, fast, [&](float a, float b, std::size_t pixel) {
+            if (!crossing[pixel]) {
+                worst = std::max(worst, std::abs(code(a, full) - code(b, full)));
             }
-        }
+        });
         EXPECT_LE(worst, 1) << "codes 0 to " << full << ": " << what;
     }
 }
@@ -213,7 +196,7 @@ void expect_same_coverage(const Scene& scene, Drawn& fast, const std::string& wh
 
 Difference expect_promise(const Scene& scene) {
     const std::string what = describe(scene);
-    Drawn plain = draw(scene, DrawPath::Plain);
+    const Drawn plain = draw(scene, DrawPath::Plain);
     Drawn fast = draw(scene, DrawPath::Fast);
     const std::vector<bool> crossing = visited_by_crossing_stars(scene, DrawPath::Plain);
     expect_same_course(plain, fast, what);
@@ -326,6 +309,14 @@ void pan(Scene& scene, RandomNumbers& random, int segments, double degrees) {
         camera next = scene.cams.back();
         next.xform = next.xform * step;
         scene.cams.push_back(next);
+    }
+}
+
+void scale_cameras(Scene& scene, double scale) {
+    for (camera& cam : scene.cams) {
+        for (int element = 0; element < 16; ++element) {
+            cam.xform(element / 4, element % 4) *= element % 4 < 3 ? scale : 1;
+        }
     }
 }
 

@@ -43,6 +43,14 @@ struct Drawn {
 
 /// The scene's frame before any star.
 support::GuardedFrame empty_frame(const Scene& scene);
+/// The scene's camera samples as renderers take them.
+struct Cameras : Array<camera> {
+    explicit Cameras(const Scene& scene) {
+        for (const camera& cam : scene.cams) {
+            append(cam);
+        }
+    }
+};
 /// What the scene's renderers are made of, but for the source.
 struct Canvas {
     explicit Canvas(const Scene& scene);
@@ -53,7 +61,7 @@ struct Canvas {
     const Scene& scene;
     support::GuardedFrame frame;
     StarFramebuffer fb;
-    Array<camera> cams;
+    Cameras cams;
 };
 /// Draws all stars at once on that path.
 Drawn draw(const Scene& scene, DrawPath path);
@@ -112,6 +120,8 @@ Scene random_scene(RandomNumbers& random);
 Scene default_scene(RandomNumbers& random, int width, int height);
 /// Samples of a camera that turns by `degrees` in all.
 void pan(Scene& scene, RandomNumbers& random, int segments, double degrees);
+/// Scales what the cameras see: a pinhole's picture stays.
+void scale_cameras(Scene& scene, double scale);
 /// Stars of which half lie around what the cameras see.
 void scatter_stars(Scene& scene, RandomNumbers& random, int count);
 

@@ -16,10 +16,7 @@ namespace {
 using namespace plain_fast;
 using support::CatalogueStar;
 
-constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
-const double kSpecial[] = {kNone, kInf, -kInf, 0.0, -0.0, 5e-324, -5e-324,
-                           1e-30, 90,   -90,   180, 1e30, -1e300};
 
 /// Bits are compared; of what is no number it only counts that it is none.
 bool same(float a, float b) {
@@ -28,38 +25,6 @@ bool same(float a, float b) {
 }
 
 }  // namespace
-
-TEST(Places, AreTheSameInOneStepAndInTwo) {
-    RandomNumbers random(1);
-    const auto number = [&](double low, double high) {
-        return random.chance(0.02) ? random.of(kSpecial) : random.between(low, high);
-    };
-    int visible = 0;
-    for (int i = 0; i < 200000; ++i) {
-        const double lon = number(-400, 400), lat = number(-100, 100);
-        const double distance = random.chance(0.5) ? number(-1, 100) : random.on_scale(1e-3, 1e6);
-        const double crush = random.chance(0.5) ? 0 : number(-10, 50);
-        Matrix4<double> m = random_rotation(random);
-        for (int axis = 0; axis < 3; ++axis) {
-            m(3, axis) = number(-10, 10);
-        }
-        const auto projection = static_cast<op_stars_projection>(random.whole(0, 2));
-        if (projection == Persp) {
-            m = m * Matrix4<double>::perspective(random.on_scale(0.1, 10), 0.1, -1);
-        }
-        const double x1 = number(0.1, 4), y1 = number(0.1, 4);
-        const int width = random.whole(1, 5000), height = random.whole(1, 5000);
-        Vector2 whole, steps;
-        const bool in_one = world_to_screen(lon, lat, distance, crush, m, projection, width, height,
-                                            -x1, x1, -y1, y1, whole);
-        const bool in_two = point_to_screen(star_point(lon, lat, distance, crush), m, projection,
-                                            width, height, -x1, x1, -y1, y1, steps);
-        ASSERT_EQ(in_one, in_two);
-        ASSERT_TRUE(same(whole[0], steps[0]) && same(whole[1], steps[1]));
-        visible += in_one ? 1 : 0;
-    }
-    EXPECT_GT(visible, 50000);
-}
 
 TEST(Places, HaveTheWeightOfTheirDistance) {
     for (const double distance : {-1.0, 0.0, 0.5, 10.0, kInf}) {
@@ -121,20 +86,14 @@ TEST(ShortSegments, AreThePlainPathsToTheBit) {
         // many at the corners.
         const int segments = random.whole(1, 20);
         pan(scene, random, segments, segments * random.between(0.01, 0.12));
-        scatter_stars(scene, random, 60);
         scene.drew_before = true;
-        // Those on the frame, whose segments are short; far off they are longer.
-        std::vector<CatalogueStar> on_frame;
-        for (const CatalogueStar& star : scene.stars) {
-            Vector2 at;
-            const camera& cam = scene.cams.front();
-            if (world_to_screen(star.lon, star.lat, -1, 0, projection_matrix(cam, Persp), Persp,
-                                160, 90, scene.data.window_x0, scene.data.window_x1, -1, 1, at) &&
-                at[0] > -20 && at[0] < 180 && at[1] > -20 && at[1] < 110) {
-                on_frame.push_back(star);
-            }
+        // On the frame or a little outside, where segments are short; far off they are longer.
+        for (int k = 0; k < 30; ++k) {
+            scatter_stars(scene, random, 1);
+            set_angles(scene.stars.back(),
+                       direction_of(scene.cams.front(), random.between(-2.1, 2.1),
+                                    random.between(-1.2, 1.2)));
         }
-        scene.stars = on_frame;
         expect_same_bits(scene);
     }
 }
@@ -178,5 +137,4 @@ TEST(ShortSegments, KeepTheBoundRightAboveTheirLength) {
         worst = std::max(worst, expect_promise(scene).ordinary);
     }
     EXPECT_GT(worst, 0);
-    RecordProperty("worst", std::to_string(worst));
 }
