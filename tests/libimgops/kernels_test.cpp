@@ -104,45 +104,40 @@ constexpr int kWidths[] = {1, 2, 3, 4, 5, 7, 8, 15, 16, 17, 31, 33, 64, 100, 257
 
 }  // namespace
 
-TEST_P(EachSet, DrawsSpotsAndStreaksAsTheOthers) {
+// Whatever runs the rows are drawn in; and where nothing is covered, knowing that saves work and
+// changes nothing.
+TEST_P(EachSet, DrawsSpotsAndStreaksAsTheOthersInAnyRuns) {
     RandomNumbers random(1);
-    for (int i = 0; i < 4000; ++i) {
+    for (int i = 0; i < 5000; ++i) {
         const int width = random.of(kWidths);
-        const int height = random.whole(1, 40);
+        const int height = random.whole(1, 60);
+        const bool is_covered = i % 3 != 0;
         Noise expected(random, width, height);
+        if (!is_covered) {
+            expected.uncover();
+        }
         Noise actual = expected;
         const star_kernels::Spot spot = random_spot(random, width);
         const star_kernels::Streak streak = random_streak(random, width);
-        const int y = random.whole(0, height - 1);
-        const int rows = random.whole(0, height - y);
-        const auto of_spot = static_cast<float>(random.between(-50, 50));
-        const float of_streak = static_cast<float>(y) - streak.mid_y;
-        const auto draw_both = [&](const Kernels& with, Noise& to) {
-            return std::pair(with.draw_spot(to.pixels(), spot, y, rows, of_spot),
-                             with.draw_streak(to.pixels(), streak, y, rows, of_streak));
-        };
-        ASSERT_EQ(draw_both(*set, actual), draw_both(judge(), expected)) << i;
-        ASSERT_TRUE(same_bits(actual.floats, expected.floats)) << i;
-    }
-}
-
-// Where nothing is covered, that saves work and changes nothing.
-TEST_P(EachSet, DrawsAsIfUncoveredWhereNothingIsCovered) {
-    RandomNumbers random(7);
-    for (int i = 0; i < 2000; ++i) {
-        const int width = random.of(kWidths);
-        const int height = random.whole(1, 40);
-        Noise expected(random, width, height);
-        expected.uncover();
-        Noise actual = expected;
-        const star_kernels::Spot spot = random_spot(random, width);
-        const star_kernels::Streak streak = random_streak(random, width);
-        const float of_spot = static_cast<float>(0) - spot.mid_y;
-        const float of_streak = static_cast<float>(0) - streak.mid_y;
-        judge().draw_spot(expected.pixels(), spot, 0, height, of_spot);
-        judge().draw_streak(expected.pixels(), streak, 0, height, of_streak);
-        set->draw_spot(actual.pixels(false), spot, 0, height, of_spot);
-        set->draw_streak(actual.pixels(false), streak, 0, height, of_streak);
+        const int first = random.whole(0, height - 1);
+        const int end = random.whole(first, height);
+        const float offset = static_cast<float>(first) - streak.mid_y;
+        judge().draw_spot(expected.pixels(), spot, first, end - first, offset);
+        judge().draw_streak(expected.pixels(), streak, first, end - first, offset);
+        float of_spot = offset;
+        float of_streak = offset;
+        float carried = offset;
+        for (int y = first; y < end;) {
+            const int rows = random.whole(0, end - y);
+            of_spot = set->draw_spot(actual.pixels(is_covered), spot, y, rows, of_spot);
+            of_streak = set->draw_streak(actual.pixels(is_covered), streak, y, rows, of_streak);
+            for (int row = 0; row < rows; ++row) {
+                carried += 1.0F;
+            }
+            ASSERT_EQ(of_spot, carried) << i;
+            ASSERT_EQ(of_streak, carried) << i;
+            y += rows;
+        }
         ASSERT_TRUE(same_bits(actual.floats, expected.floats)) << i;
     }
 }
@@ -166,41 +161,6 @@ TEST_P(EachSet, FetchesRowsAndFindsAnyCoverage) {
         noise.floats[static_cast<std::size_t>(4 * (row * width + at))] = random.of(kCovered);
         EXPECT_EQ(set->fetch(noise.pixels(), y, rows), row >= y && row < y + rows)
             << width << " wide, pixel " << at;
-    }
-}
-
-// Rows in several runs are the rows of one run.
-TEST_P(EachSet, CarriesRowsFromOneRunToTheNext) {
-    RandomNumbers random(3);
-    for (int i = 0; i < 1000; ++i) {
-        const int width = random.of(kWidths);
-        const int height = random.whole(2, 60);
-        Noise expected(random, width, height);
-        Noise actual = expected;
-        const star_kernels::Streak streak = random_streak(random, width);
-        const star_kernels::Spot spot = random_spot(random, width);
-        const auto first = static_cast<float>(random.between(-50, 50));
-        set->draw_streak(expected.pixels(), streak, 0, height, first);
-        set->draw_spot(expected.pixels(), spot, 0, height, first);
-        float of_streak = first;
-        float of_spot = first;
-        float carried = first;
-        for (int y = 0; y < height;) {
-            const int rows = random.whole(1, height - y);
-            of_streak = set->draw_streak(actual.pixels(), streak, y, rows, of_streak);
-            for (int row = 0; row < rows; ++row) {
-                carried += 1.0F;
-            }
-            ASSERT_EQ(of_streak, carried);
-            y += rows;
-        }
-        for (int y = 0; y < height;) {
-            const int rows = random.whole(1, height - y);
-            of_spot = set->draw_spot(actual.pixels(), spot, y, rows, of_spot);
-            y += rows;
-        }
-        ASSERT_EQ(of_spot, carried);
-        ASSERT_TRUE(same_bits(actual.floats, expected.floats)) << i;
     }
 }
 
@@ -274,42 +234,30 @@ INSTANTIATE_TEST_SUITE_P(Kernels, EachSet, testing::ValuesIn(kernel_sets::all_se
 
 // --- which set runs ---------------------------------------------------------------------------
 
-TEST(Choice, DecidesWhatDrawsAndConverts) {
+TEST(Choice, DecidesWhatDrawsAndConvertsOnTheFastPathAlone) {
     const kernel_sets::Counted counted;
     const kernel_sets::Calls& calls = counted.calls();
     RandomNumbers random(6);
-    Scene scene = default_scene(random, 64, 36);
-    scatter_stars(scene, random, 100);
-    draw(scene, DrawPath::Fast);
-    EXPECT_GT(calls.outside, 0);
-    EXPECT_GT(calls.spot, 0);
-    EXPECT_EQ(calls.streak, 0);
-    pan(scene, random, 3, 20);
-    draw(scene, DrawPath::Fast);
-    EXPECT_GT(calls.streak, 0);
-
+    Scene still = default_scene(random, 64, 36);
+    scatter_stars(still, random, 100);
+    Scene moving = still;
+    pan(moving, random, 3, 20);
     const float pixel[4] = {};
     unsigned short codes[4];
-    const PathInUse fast(DrawPath::Fast);
-    to_8_bit_codes(pixel, codes, 1);
-    EXPECT_EQ(calls.to_8_bits, 1);
-    to_16_bit_codes(pixel, codes, 1);
-    EXPECT_EQ(calls.to_16_bits, 1);
-}
-
-TEST(Choice, LeavesThePlainPathAlone) {
-    const kernel_sets::Counted counted;
-    RandomNumbers random(6);
-    Scene scene = default_scene(random, 64, 36);
-    scatter_stars(scene, random, 100);
-    pan(scene, random, 3, 20);
-    EXPECT_TRUE(draw(scene, DrawPath::Plain).drew);
-    const float pixel[4] = {};
-    unsigned short codes[4];
-    const PathInUse plain(DrawPath::Plain);
-    to_8_bit_codes(pixel, codes, 1);
-    to_16_bit_codes(pixel, codes, 1);
-    EXPECT_EQ(counted.calls().all(), 0);
+    for (const DrawPath path : support::kBothPaths) {
+        const int times = path == DrawPath::Fast ? 1 : 0;
+        EXPECT_TRUE(draw(still, path).drew);
+        EXPECT_EQ(calls.outside > 0, times > 0);
+        EXPECT_EQ(calls.spot > 0, times > 0);
+        EXPECT_EQ(calls.streak, 0);
+        EXPECT_TRUE(draw(moving, path).drew);
+        EXPECT_EQ(calls.streak > 0, times > 0);
+        const PathInUse in_use(path);
+        to_8_bit_codes(pixel, codes, 1);
+        EXPECT_EQ(calls.to_8_bits, times);
+        to_16_bit_codes(pixel, codes, 1);
+        EXPECT_EQ(calls.to_16_bits, times);
+    }
 }
 
 // Code of its own for each: the same function would prove nothing about the other.

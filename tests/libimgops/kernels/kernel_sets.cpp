@@ -1,9 +1,5 @@
 #include "kernel_sets.h"
 
-#include <gtest/gtest.h>
-
-#include <iostream>
-
 namespace star_kernels {
 
 extern const Kernels array4_kernels;
@@ -94,15 +90,6 @@ const star_kernels::Kernels* runnable(const std::string& name) {
 std::string why_not_run(const std::string& name) {
     return name + (built(name) == nullptr ? " was not run: it is for another processor"
                                           : " was not run: this machine lacks its instructions");
-}
-
-const star_kernels::Kernels* to_test(const std::string& name) {
-    const star_kernels::Kernels* set = runnable(name);
-    if (set == nullptr) {
-        std::cout << "[ NOT RUN  ] " << why_not_run(name) << "\n";
-        testing::Test::RecordProperty("not_run", name);
-    }
-    return set;
 }
 
 std::vector<const star_kernels::Kernels*> all_runnable() {

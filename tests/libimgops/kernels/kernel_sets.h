@@ -23,14 +23,11 @@ std::vector<std::string> all_sets();
 const star_kernels::Kernels* runnable(const std::string& name);
 /// Why `runnable` is null: one line, naming the set.
 std::string why_not_run(const std::string& name);
-/// As `runnable`, for the test that runs: where it is null, the output and the test's report say so
-/// by name.
-const star_kernels::Kernels* to_test(const std::string& name);
-/// A test of the set that its parameter names; skipped where `to_test` has none.
+/// A test of the set that its parameter names; skipped, saying why, where that does not run.
 class EachSet : public testing::TestWithParam<std::string> {
 protected:
     void SetUp() override {
-        set = to_test(GetParam());
+        set = runnable(GetParam());
         if (set == nullptr) {
             GTEST_SKIP() << why_not_run(GetParam());
         }
