@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -85,48 +84,34 @@ TEST(Intensity, IsSharedByTheSegments) {
     EXPECT_FLOAT_EQ(light({front, back, back}), alone / 2);
 }
 
-TEST(Spot, IsMeasuredByTheWidthOnBothAxes) {
-    // 40 and 60 thousandths of half of 100 pixels.
-    StarRendererData data = plain_settings();
-    data.spot_size_y = 60;
-    const auto [w, h] = radii(data);
-    EXPECT_NEAR(w, 2.0, 1e-5);
-    EXPECT_NEAR(h, 3.0, 1e-5);
-}
-
-TEST(Spot, TakesThePixelAspectInItsWidthAlone) {
-    StarRendererData data = plain_settings();
-    // The window is as wide as high, the frame twice.
-    data.window_x0 = -1;
-    data.window_x1 = 1;
-    auto [w, h] = radii(data);
-    EXPECT_NEAR(w, 4.0, 1e-5);
-    EXPECT_NEAR(h, 2.0, 1e-5);
-    // Whichever way round the window is given.
-    data.window_x0 = 4;
-    data.window_x1 = -4;
-    data.window_y0 = 2;
-    data.window_y1 = -2;
-    std::tie(w, h) = radii(data);
-    EXPECT_NEAR(w, 2.0, 1e-5);
-    EXPECT_NEAR(h, 2.0, 1e-5);
-}
-
-TEST(Spot, IsDimmedInsteadOfSmallerThanAPixel) {
-    StarRendererData data = plain_settings();
-    data.spot_size_x = 10;
-    EXPECT_FLOAT_EQ(peak(data), 0.5F);
-    auto [w, h] = radii(data);
-    EXPECT_NEAR(w, 1.0, 1e-5);
-    EXPECT_NEAR(h, 2.0, 1e-5);
-    data.spot_size_y = 5;
-    EXPECT_FLOAT_EQ(peak(data), 0.125F) << "a half times a quarter";
-    std::tie(w, h) = radii(data);
-    EXPECT_NEAR(w, 1.0, 1e-5);
-    EXPECT_NEAR(h, 1.0, 1e-5);
-    // A pixel exactly is not below a pixel.
-    data.spot_size_x = data.spot_size_y = 20;
-    EXPECT_FLOAT_EQ(peak(data), 1.0F);
+// Both sizes are thousandths of half of 100 pixels; the width is multiplied by the pixels' aspect.
+TEST(Spot, IsMeasuredByTheWidthAndDimmedInsteadOfSmallerThanAPixel) {
+    const struct {
+        const char* what;
+        double size_x, size_y;
+        double window[4];
+        double w, h;
+        float peak;
+    } rows[] = {{"two sizes", 40, 60, {-2, 2, -1, 1}, 2, 3, 1},
+                {"a window as wide as high", 40, 40, {-1, 1, -1, 1}, 4, 2, 1},
+                {"a window the other way round", 40, 40, {4, -4, 2, -2}, 2, 2, 1},
+                {"half a pixel wide", 10, 40, {-2, 2, -1, 1}, 1, 2, 0.5F},
+                {"and a quarter high", 10, 5, {-2, 2, -1, 1}, 1, 1, 0.125F},
+                {"a pixel exactly", 20, 20, {-2, 2, -1, 1}, 1, 1, 1},
+                {"half a pixel times an aspect of 4", 10, 40, {-0.5, 0.5, -1, 1}, 2, 2, 1}};
+    for (const auto& row : rows) {
+        StarRendererData data = plain_settings();
+        data.spot_size_x = row.size_x;
+        data.spot_size_y = row.size_y;
+        data.window_x0 = row.window[0];
+        data.window_x1 = row.window[1];
+        data.window_y0 = row.window[2];
+        data.window_y1 = row.window[3];
+        EXPECT_FLOAT_EQ(peak(data), row.peak) << row.what;
+        const auto [w, h] = radii(data);
+        EXPECT_NEAR(w, row.w, 1e-5) << row.what;
+        EXPECT_NEAR(h, row.h, 1e-5) << row.what;
+    }
 }
 
 TEST(Spot, IsWorkedOutInDoubleAndStoredSingle) {
@@ -145,16 +130,6 @@ TEST(Spot, IsWorkedOutInDoubleAndStoredSingle) {
         differ += stored * static_cast<float>(aspect) != width ? 1 : 0;
     }
     EXPECT_GT(differ, 0) << "these sizes do not tell double from single precision";
-}
-
-TEST(Spot, IsDimmedAfterTheAspect) {
-    StarRendererData data = plain_settings();
-    data.spot_size_x = 10;
-    data.window_x0 = -0.5;
-    data.window_x1 = 0.5;
-    // Half a pixel times an aspect of 4: no dimming.
-    EXPECT_FLOAT_EQ(peak(data), 1.0F);
-    EXPECT_NEAR(radii(data).first, 2.0, 1e-5);
 }
 
 TEST(SetUp, SurvivesAFrameWithoutRows) {

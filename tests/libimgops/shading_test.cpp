@@ -94,20 +94,41 @@ TEST(Colour, BlendsExactlyAtBothEnds) {
     }
 }
 
-TEST(Threshold, PassesWhatEqualsIt) {
-    StarRendererData data = plain_settings();
-    data.threshold = 0.25;
-    EXPECT_EQ(peak(data, 0.25F), 0.25F);
-    EXPECT_EQ(peak(data, std::nextafter(0.25F, 0.0F)), 0.0F);
-}
-
-TEST(Threshold, ComparesInDouble) {
-    StarRendererData data = plain_settings();
-    // The single-precision 0.1 is a little above the double one.
-    data.threshold = 0.1;
-    EXPECT_EQ(peak(data, 0.1F), 0.1F);
-    data.threshold = std::nextafter(static_cast<double>(0.1F), 1.0);
-    EXPECT_EQ(peak(data, 0.1F), 0.0F);
+// The threshold is held against the catalogue's own luminance, in double precision.
+TEST(Luminance, IsThatAboveTheThresholdBiasedThenLimited) {
+    constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+    constexpr float kInf = std::numeric_limits<float>::infinity();
+    const double tenth = static_cast<double>(0.1F);
+    const struct {
+        double threshold, bias_exponent, most;
+        float luminance, peak, tolerance;
+    } rows[] = {{0, 1, 1000, 0.3F, 0.3F, 0},
+                {0.25, 1, 1000, 0.25F, 0.25F, 0},
+                {0.25, 1, 1000, std::nextafter(0.25F, 0.0F), 0, 0},
+                // The single-precision 0.1 is a little above the double one.
+                {0.1, 1, 1000, 0.1F, 0.1F, 0},
+                {std::nextafter(tenth, 1.0), 1, 1000, 0.1F, 0, 0},
+                // Below the threshold, or above it, after the bias only.
+                {0.4, 2, 1000, 0.5F, 0.25F, 0},
+                {0.4, 0.5, 1000, 0.25F, 0, 0},
+                {0, 0.5, 1000, 0.49F, 0.7F, 1e-7F},
+                {0, 0.5, 0.6, 0.49F, 0.6F, 0},
+                {0, 0.5, 0.6, 0.25F, 0.5F, 1e-7F},
+                // A ceiling below the threshold is for all that pass it.
+                {0.5, 1, 0.125, 0.5F, 0.125F, 0},
+                {0.5, 1, 0.125, 0.75F, 0.125F, 0},
+                {0.5, 1, 0.125, 40, 0.125F, 0},
+                {0.5, 1, 0.125, kInf, 0.125F, 0},
+                {0, kNone, 1000, 0.5F, 0, 0}};
+    for (const auto& row : rows) {
+        StarRendererData data = plain_settings();
+        data.threshold = row.threshold;
+        data.bias_exponent = row.bias_exponent;
+        data.max_luminance = row.most;
+        EXPECT_NEAR(peak(data, row.luminance), row.peak, row.tolerance)
+            << row.luminance << " with threshold " << row.threshold << ", bias "
+            << row.bias_exponent << ", at most " << row.most;
+    }
 }
 
 TEST(Threshold, ComesBeforeEverythingElse) {
@@ -124,16 +145,6 @@ TEST(Threshold, ComesBeforeEverythingElse) {
     EXPECT_TRUE(frame.is_blank());
 }
 
-TEST(Threshold, TestsTheCataloguesOwnLuminance) {
-    StarRendererData data = plain_settings();
-    data.threshold = 0.4;
-    data.bias_exponent = 2;
-    EXPECT_EQ(peak(data, 0.5F), 0.25F) << "below the threshold only after the bias";
-    // Above it only after the bias.
-    data.bias_exponent = 0.5;
-    EXPECT_EQ(peak(data, 0.25F), 0.0F);
-}
-
 TEST(Threshold, LetsNotANumberPass) {
     StarRendererData data = plain_settings();
     data.threshold = 0.5;
@@ -144,31 +155,6 @@ TEST(Threshold, LetsNotANumberPass) {
     EXPECT_TRUE(frame.is_blank());
     data.projection = kUnknown;
     EXPECT_NE(thrown_message([&] { shade(frame, data, star); }), "");
-}
-
-TEST(Luminance, IsBiasedThenLimited) {
-    StarRendererData data = plain_settings();
-    EXPECT_EQ(peak(data, 0.3F), 0.3F);
-    data.bias_exponent = 0.5;
-    EXPECT_NEAR(peak(data, 0.49F), 0.7, 1e-7);
-    data.max_luminance = 0.6;
-    EXPECT_EQ(peak(data, 0.49F), 0.6F);
-    EXPECT_NEAR(peak(data, 0.25F), 0.5, 1e-7) << "below the ceiling";
-}
-
-TEST(Luminance, IsTheCeilingForAllWhenThatIsBelowTheThreshold) {
-    StarRendererData data = plain_settings();
-    data.threshold = 0.5;
-    data.max_luminance = 0.125;
-    for (const float luminance : {0.5F, 0.75F, 40.0F, std::numeric_limits<float>::infinity()}) {
-        EXPECT_EQ(peak(data, luminance), 0.125F);
-    }
-}
-
-TEST(Luminance, IsLostToABiasThatIsNotANumber) {
-    StarRendererData data = plain_settings();
-    data.bias_exponent = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_EQ(peak(data, 0.5F), 0.0F);
 }
 
 // The star has the codes 200, 100 and 50, the tint is 0.5, 0.25 and 0.75 as it is, not decoded.

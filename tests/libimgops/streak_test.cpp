@@ -76,53 +76,93 @@ std::pair<int, int> row_of(const Pixels& pixels, int y) {
 
 }  // namespace
 
-TEST(StillSpot, PeaksAtExactlyTheEnergyTimesTheColour) {
+TEST(StillSpot, AddsExactlyTheEnergyTimesTheColourAtItsPeak) {
     GuardedFrame frame(40, 40);
-    const Color3 colour(0.3F, 0.7F, 1.9F);
+    frame.g(10, 20) = 0.25F;
+    const Color3 colour(0.3F, 1.9F, -0.5F);
     EXPECT_TRUE(draw(frame, {10, 20}, {10, 20}, 0.37F, 1.5F, 2.5F, STARS_LINES_ALL, colour));
     EXPECT_EQ(frame.r(10, 20), 0.37F * 0.3F);
-    EXPECT_EQ(frame.g(10, 20), 0.37F * 0.7F);
-    EXPECT_EQ(frame.b(10, 20), 0.37F * 1.9F);
+    EXPECT_EQ(frame.g(10, 20), 0.25F + 0.37F * 1.9F);
+    EXPECT_EQ(frame.b(10, 20), 0.37F * -0.5F);
     EXPECT_TRUE(frame.guards_intact());
 }
 
-TEST(Streak, AddsToWhatIsThere) {
-    GuardedFrame frame(20, 20);
-    frame.r(10, 10) = 0.25F;
-    draw(frame, {10, 10}, {10, 10}, 0.5F);
-    EXPECT_EQ(frame.r(10, 10), 0.75F);
-    EXPECT_EQ(frame.g(10, 10), 0.5F);
-}
-
-TEST(Streak, IsTooFaintBelowOneInSixThousandTwoHundredAndFifty) {
+TEST(Streak, IsTooFaintBelowOneInSixThousandTwoHundredAndFiftyAndNothingWhenInfinite) {
     ASSERT_EQ(6250.0F * kFaintest, 1.0F);
+    GuardedFrame faint(40, 40);
+    EXPECT_TRUE(draw(faint, {10, 20}, {10, 20}, kFaintest));
+    EXPECT_EQ(faint.r(10, 20), kFaintest);
     float below = kFaintest;
     while (6250.0F * below >= 1.0F) {
         below = std::nextafter(below, 0.0F);
     }
-    for (const float energy : {below, 0.0F, -1.0F, -kInf, kNotANumber}) {
+    // 6250 times 3e38 is infinite.
+    for (const float energy : {below, 0.0F, -1.0F, -kInf, kNotANumber, 3e38F, kInf}) {
         GuardedFrame frame(40, 40);
         EXPECT_FALSE(draw(frame, {10, 20}, {10, 20}, energy)) << energy;
+        EXPECT_FALSE(draw(frame, {10, 20}, {12, 21}, energy)) << energy;
         EXPECT_TRUE(frame.is_blank());
     }
 }
 
-TEST(Streak, VisitsOnlyTheSegmentsBoxAtTheFaintestEnergy) {
-    // One column and one row more on the far sides.
-    EXPECT_EQ(visited(40, 40, {10, 20}, {10, 20}, kFaintest), rectangle(10, 11, 20, 21));
-    EXPECT_EQ(visited(40, 40, {10.5F, 20.25F}, {14.5F, 20.25F}, kFaintest),
-              rectangle(10, 15, 20, 21));
-    GuardedFrame frame(40, 40);
-    EXPECT_TRUE(draw(frame, {10, 20}, {10, 20}, kFaintest));
-    EXPECT_EQ(frame.r(10, 20), kFaintest);
+TEST(Streak, VisitsThePixelsByHand) {
+    // A climb of 1000 pixels in 1/128 of a row.
+    const float steep = 0.0078125F;
+    const struct {
+        const char* what;
+        Vector2 a, b;
+        float energy, spot_w, spot_h;
+        Pixels pixels;
+    } rows[] = {
+        // One column and one row more on the far sides.
+        {"still, no reach", {10, 20}, {10, 20}, kFaintest, 1, 1, rectangle(10, 11, 20, 21)},
+        {"no reach", {10.5F, 20.25F}, {14.5F, 20.25F}, kFaintest, 1, 1, rectangle(10, 15, 20, 21)},
+        // sqrt(ln 6250) = 2.9565: with radii 2 and 1 it is 20 +- 5.913 and 20 +- 2.957.
+        {"reach", {20, 20}, {20, 20}, 1, 2, 1, rectangle(14, 26, 17, 23)},
+        // sqrt(ln 625000) = 3.6533 for a hundred times the light: 20 +- 7.31 and 20 +- 3.65.
+        {"bright", {20, 20}, {20, 20}, 100, 2, 1, rectangle(12, 28, 16, 24)},
+        {"the whole box", {20, 30}, {60, 30}, 1, 1, 1, rectangle(17, 63, 27, 33)},
+        {"a millionth is no climb", {20, 0}, {60, 0.0000009F}, 1, 1, 1, rectangle(17, 63, 0, 3)},
+        // Without reach a row holds just the line's own place: for a steep slope to the right the
+        // midpoint, to the left the line's formula (the start, and far off on row 11); half the
+        // slope is below the limit.
+        {"right", {0, 10}, {1000, 10 + steep}, kFaintest, 1, 1, {{500, 10}, {500, 11}}},
+        {"left", {1000, 10}, {0, 10 + steep}, kFaintest, 1, 1, {{1000, 10}}},
+        {"gentle", {0, 10}, {1000, 10 + 2 * steep}, kFaintest, 1, 1, {{0, 10}}},
+        // 5e-6 of a pixel up: too short for a streak, but enough for a slope (0) and a half span
+        // (0,
+        // for want of reach). A still spot visits column 11 as well.
+        {"nearly still", {10, 0}, {10, 0.000005F}, kFaintest, 1, 1, rectangle(10, 10, 0, 1)},
+        {"still", {10, 0}, {10, 0}, kFaintest, 1, 1, rectangle(10, 11, 0, 1)},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(visited(1100, 40, row.a, row.b, row.energy, row.spot_w, row.spot_h), row.pixels)
+            << row.what;
+    }
 }
 
-TEST(Streak, FollowsTheLightToItsReach) {
-    // sqrt(ln 6250) = 2.9565: with radii 2 and 1 the box around (20, 20) is 20 +- 5.913, 20
-    // +- 2.957.
-    EXPECT_EQ(visited(40, 40, {20, 20}, {20, 20}, 1, 2, 1), rectangle(14, 26, 17, 23));
-    // sqrt(ln 625000) = 3.6533 for a hundred times the light: 20 +- 7.31, 20 +- 3.65.
-    EXPECT_EQ(visited(40, 40, {20, 20}, {20, 20}, 100, 2, 1), rectangle(12, 28, 16, 24));
+// The row span is around the line only, and counts the spot's width twice.
+TEST(Streak, VisitsASpanAroundASlopeOfOne) {
+    const struct {
+        float spot_w, spot_h;
+        int row;
+        std::pair<int, int> columns;
+    } rows[] = {{1, 1, 50, {44, 56}},  // half = 2.9565 + 2.9565
+                {1, 1, 20, {14, 26}},
+                {2, 1, 50, {32, 68}},   // 5.913 x 2 + 5.913 x 1; the width once: 38 to 61
+                {1, 2, 50, {41, 59}}};  // 2.9565 x 1 + 2.9565 x 2
+    for (const auto& row : rows) {
+        EXPECT_EQ(row_of(visited(110, 110, {0, 0}, {100, 100}, 1, row.spot_w, row.spot_h), row.row),
+                  row.columns)
+            << row.spot_w << " x " << row.spot_h;
+    }
+}
+
+TEST(StillSpot, IsOneThatHardlyMoves) {
+    // At this length a streak's weight would be off by several per cent.
+    GuardedFrame frame(40, 40);
+    EXPECT_TRUE(draw(frame, {10, 0}, {10, 0.000005F}));
+    EXPECT_EQ(frame.r(10, 0), 1.0F);
 }
 
 TEST(Streak, MissesTheFrameSilently) {
@@ -233,15 +273,6 @@ TEST(Streak, SkipsCoveredPixelsWithoutLosingItsPlace) {
     });
 }
 
-TEST(Streak, SubtractsANegativeChannel) {
-    GuardedFrame frame(40, 40);
-    frame.g(20, 20) = 0.25F;
-    EXPECT_TRUE(draw(frame, {20, 20}, {20, 20}, 1, 1, 1, STARS_LINES_ALL, {0.5F, -0.5F, 0}));
-    EXPECT_EQ(frame.r(20, 20), 0.5F);
-    EXPECT_EQ(frame.g(20, 20), -0.25F);
-    EXPECT_EQ(frame.b(20, 20), 0.0F);
-}
-
 TEST(Streak, DrawsIntoSeparatePlanes) {
     GuardedFrame interleaved(40, 30);
     std::vector<float> planes(4 * 40 * 30);
@@ -264,53 +295,6 @@ TEST(Streak, DrawsIntoSeparatePlanes) {
         EXPECT_EQ(fb.b[40 * y + x], interleaved.b(x, y));
         EXPECT_EQ(fb.a[40 * y + x], 0.0F);
     });
-}
-
-TEST(RowSpan, IsTheWholeBoxForAHorizontalStreak) {
-    // Box: 20 - 2.957 to 60 + 2.957 and 30 +- 2.957.
-    EXPECT_EQ(visited(80, 60, {20, 30}, {60, 30}, 1), rectangle(17, 63, 27, 33));
-    // A climb of a millionth of a pixel is not one.
-    EXPECT_EQ(visited(80, 60, {20, 0}, {60, 0.0000009F}, 1), rectangle(17, 63, 0, 3));
-}
-
-TEST(RowSpan, IsAroundTheLineOnly) {
-    // Slope 1, radii 1: half = 2.9565 + 2.9565, so 50 +- 5.913 on row 50.
-    const Pixels pixels = visited(110, 110, {0, 0}, {100, 100}, 1);
-    EXPECT_EQ(row_of(pixels, 50), std::pair(44, 56));
-    EXPECT_EQ(row_of(pixels, 20), std::pair(14, 26));
-}
-
-TEST(RowSpan, CountsTheSpotWidthTwice) {
-    // Radii 2 and 1: reach 5.913 along x; half = 5.913 x 2 + 5.913 x 1 = 17.74. The width once
-    // would end at 50 +- 11.83.
-    EXPECT_EQ(row_of(visited(110, 110, {0, 0}, {100, 100}, 1, 2, 1), 50), std::pair(32, 68));
-    // Radii 1 and 2: half = 2.9565 x 1 + 2.9565 x 2 = 8.87.
-    EXPECT_EQ(row_of(visited(110, 110, {0, 0}, {100, 100}, 1, 1, 2), 50), std::pair(41, 59));
-}
-
-TEST(RowSpan, TakesTheMidpointForASteepSlopeToTheRightOnly) {
-    // No reach, so a row holds just the line's own place. 1000 pixels in 1/128 of a row.
-    const float climb = 0.0078125F;
-    const Pixels right = visited(1100, 20, {0, 10}, {1000, 10 + climb}, kFaintest);
-    EXPECT_EQ(right, (Pixels{{500, 10}, {500, 11}}));
-    // To the left the line's formula: the start on row 10, far off to the left on row 11.
-    const Pixels left = visited(1100, 20, {1000, 10}, {0, 10 + climb}, kFaintest);
-    EXPECT_EQ(left, (Pixels{{1000, 10}}));
-    // Half the slope is below the limit and takes the formula to the right too.
-    const Pixels gentle = visited(1100, 20, {0, 10}, {1000, 10 + 2 * climb}, kFaintest);
-    EXPECT_EQ(gentle, (Pixels{{0, 10}}));
-}
-
-TEST(RowSpan, HasSlopeForANearlyStillSpotThatClimbs) {
-    // 5e-6 of a pixel up: too short for a streak, but enough for a slope (0) and a half span (0,
-    // for want of reach). A still spot would visit column 11 as well.
-    const float climb = 0.000005F;
-    EXPECT_EQ(visited(40, 40, {10, 0}, {10, climb}, kFaintest), rectangle(10, 10, 0, 1));
-    EXPECT_EQ(visited(40, 40, {10, 0}, {10, 0}, kFaintest), rectangle(10, 11, 0, 1));
-    // The weight is the still one: at this length the streak's would be off by several per cent.
-    GuardedFrame frame(40, 40);
-    EXPECT_TRUE(draw(frame, {10, 0}, {10, climb}));
-    EXPECT_EQ(frame.r(10, 0), 1.0F);
 }
 
 TEST(Offsets, AreCarriedFromPixelToPixel) {
@@ -367,13 +351,6 @@ TEST(Box, RejectsWhatDoesNotFitThirtyTwoBitsOnTheRightOrBelow) {
     GuardedFrame clipped(40, 40);
     EXPECT_TRUE(draw(clipped, {10, 10}, {-1e10F, 10}, 1e6F));
     EXPECT_GT(clipped.r(5, 10), 0.0F);
-}
-
-TEST(Streak, RejectsInfiniteEnergy) {
-    GuardedFrame frame(40, 40);
-    EXPECT_FALSE(draw(frame, {10, 10}, {10, 10}, kInf));
-    EXPECT_FALSE(draw(frame, {10, 10}, {12, 11}, 3e38F)) << "6250 times that is infinite";
-    EXPECT_TRUE(frame.is_blank());
 }
 
 TEST(Streak, IsNoNumberWhereItsLengthOverflows) {
