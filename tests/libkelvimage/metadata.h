@@ -48,6 +48,11 @@ inline void mark_written(const MetaData& record, const char* name, s64 position)
 inline Matrix counting_matrix() {
     return Matrix(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16);
 }
+inline const std::string kCountingText =
+    "1.000000000e+00 2.000000000e+00 3.000000000e+00 4.000000000e+00 5.000000000e+00 "
+    "6.000000000e+00 7.000000000e+00 8.000000000e+00 9.000000000e+00 1.000000000e+01 "
+    "1.100000000e+01 1.200000000e+01 1.300000000e+01 1.400000000e+01 1.500000000e+01 "
+    "1.600000000e+01";
 
 /// All that a visitor is told, as texts; positions grow by one.
 class Visits final : public ImageSpec::MetaVisitor {

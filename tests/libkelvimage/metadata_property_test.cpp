@@ -7,42 +7,31 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <random>
 #include <string>
 
 #include "metadata.h"
 #include "support/captured_output.h"
+#include "support/random_numbers.h"
 
 namespace {
 
 constexpr int kRounds = 5000;
 
-class Random {
-public:
-    explicit Random(std::uint32_t seed) : engine_(seed) {}
-    std::uint32_t bits() { return engine_(); }
-    int below(int limit) { return static_cast<int>(engine_() % static_cast<std::uint32_t>(limit)); }
-
-    /// Up to `longest` characters, those with a meaning in the text form being common.
-    std::string text(int longest) {
-        static const std::string kMeant = "  \"\"\\\\=:";
-        std::string result;
-        for (int left = below(longest + 1); left > 0; --left) {
-            result += below(4) == 0 ? kMeant[static_cast<std::size_t>(below(8))]
-                                    : static_cast<char>(1 + below(255));
-        }
-        return result;
+/// Up to `longest` characters, those with a meaning in the text form being common.
+std::string random_text(RandomNumbers& random, int longest) {
+    static constexpr char kMeant[] = {' ', ' ', '"', '"', '\\', '\\', '=', ':'};
+    std::string result;
+    for (int left = random.whole(0, longest); left > 0; --left) {
+        result += random.chance(0.25) ? random.of(kMeant) : static_cast<char>(random.whole(1, 255));
     }
-    /// Any pattern of bits: not-a-numbers, infinities and denormals too; every other one of a
-    /// common size.
-    float number() {
-        return below(2) == 0 ? std::bit_cast<float>(bits())
-                             : static_cast<float>(below(2000001) - 1000000) / 1024.0F;
-    }
-
-private:
-    std::mt19937 engine_;
-};
+    return result;
+}
+/// Any pattern of bits: not-a-numbers, infinities and denormals too; every other one of a common
+/// size.
+float random_float(RandomNumbers& random) {
+    return random.chance(0.5) ? std::bit_cast<float>(random.bits())
+                              : static_cast<float>(random.whole(-1000000, 1000000)) / 1024.0F;
+}
 
 bool has(const std::string& text, char character) {
     return text.find(character) != std::string::npos;
@@ -71,21 +60,21 @@ bool float_is_kept(float before, float after) {
     return error <= std::fabs(static_cast<double>(before)) * (5e-6 + 0x1p-24) + 0x1p-150;
 }
 
-Matrix random_matrix(Random& random) {
+Matrix random_matrix(RandomNumbers& random) {
     Matrix m(0.0F);
     for (int i = 0; i < 16; ++i) {
-        m(i / 4, i % 4) = random.number();
+        m(i / 4, i % 4) = random_float(random);
     }
     return m;
 }
 
 TEST(MetadataProperty, StringsComeBackIfAndOnlyIfTheRuleSaysSo) {
-    Random random(4201);
+    RandomNumbers random(4201);
     int kept = 0;
     int lost = 0;
     const CapturedOutput warnings(stderr);
     for (int round = 0; round < 4 * kRounds; ++round) {
-        const std::string value = random.text(12);
+        const std::string value = random_text(random, 12);
         MetaData record;
         set_string(record, "n", value);
         const std::string text = record.stringify().c_str();
@@ -105,9 +94,9 @@ TEST(MetadataProperty, StringsComeBackIfAndOnlyIfTheRuleSaysSo) {
 }
 
 TEST(MetadataProperty, FloatsKeepSixDigits) {
-    Random random(4202);
+    RandomNumbers random(4202);
     for (int round = 0; round < kRounds; ++round) {
-        const float value = random.number();
+        const float value = random_float(random);
         MetaData record;
         set_float(record, "n", value);
         MetaData read;
@@ -121,18 +110,18 @@ TEST(MetadataProperty, FloatsKeepSixDigits) {
 }
 
 TEST(MetadataProperty, WholeRecordsComeBack) {
-    Random random(4203);
+    RandomNumbers random(4203);
     for (int round = 0; round < kRounds; ++round) {
         MetaData record;
-        for (int left = random.below(24); left > 0; --left) {
-            const std::string name = std::to_string(left) + random.text(6);
-            const std::string value = random.text(20);
+        for (int left = random.whole(0, 23); left > 0; --left) {
+            const std::string name = std::to_string(left) + random_text(random, 6);
+            const std::string value = random_text(random, 20);
             if (!name_is_held(name)) {
                 continue;
             }
-            switch (random.below(3)) {
+            switch (random.whole(0, 2)) {
                 case 0:
-                    set_float(record, name.c_str(), static_cast<float>(random.below(2001) - 1000));
+                    set_float(record, name.c_str(), static_cast<float>(random.whole(-1000, 1000)));
                     break;
                 case 1:
                     if (string_is_kept(value)) {
@@ -154,22 +143,22 @@ TEST(MetadataProperty, WholeRecordsComeBack) {
 
 TEST(MetadataProperty, AnyTextIsReadOrRefused) {
     // Good texts with a few characters changed, left out or cut off. The sanitizers watch.
-    Random random(4204);
+    RandomNumbers random(4204);
     int read = 0;
     int refused = 0;
     const CapturedOutput warnings(stderr);
     for (int round = 0; round < 4 * kRounds; ++round) {
         MetaData record;
-        set_float(record, "gain", random.number());
-        set_string(record, "title", random.text(10));
+        set_float(record, "gain", random_float(random));
+        set_string(record, "title", random_text(random, 10));
         set_matrix(record, "camera", random_matrix(random));
         std::string text = record.stringify().c_str();
-        for (int left = random.below(3); left > 0 && text.size() > 12; --left) {
+        for (int left = random.whole(0, 2); left > 0 && text.size() > 12; --left) {
             const std::size_t place =
-                9 + static_cast<std::size_t>(random.below(static_cast<int>(text.size()) - 9));
-            switch (random.below(3)) {
+                9 + static_cast<std::size_t>(random.whole(0, static_cast<int>(text.size()) - 10));
+            switch (random.whole(0, 2)) {
                 case 0:
-                    text[place] = "  \"\\=:ax"[random.below(8)];
+                    text[place] = "  \"\\=:ax"[random.whole(0, 7)];
                     break;
                 case 1:
                     text.erase(place, 1);

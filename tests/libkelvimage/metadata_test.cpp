@@ -55,9 +55,6 @@ TEST(MetaInfo, HasItsVirtualFunctionsInTheOrderOfTheContract) {
     EXPECT_EQ(first, 1);
     static_assert(std::has_virtual_destructor_v<MetaInfo>);
     static_assert(std::is_abstract_v<MetaInfo>);
-}
-
-TEST(MetaVisitor, HasItsVirtualFunctionsInTheOrderOfTheContract) {
     using Visitor = ImageSpec::MetaVisitor;
     EXPECT_EQ(slots_between(&Visitor::float_meta, &Visitor::string_meta), 1);
     EXPECT_EQ(slots_between(&Visitor::float_meta, &Visitor::matrix_meta), 2);
@@ -470,13 +467,7 @@ TEST(ImageSpecMetadata, IsPrintedBehindTheSize) {
     EXPECT_TRUE(both == size + gain + title || both == size + title + gain) << both;
     ImageSpec with_matrix(kSpec);
     with_matrix.set_meta("m44f", "camera", counting_matrix());
-    EXPECT_EQ(printed(with_matrix),
-              size +
-                  " \"m44f camera\" [1.000000000e+00 2.000000000e+00 3.000000000e+00 "
-                  "4.000000000e+00 5.000000000e+00 6.000000000e+00 7.000000000e+00 "
-                  "8.000000000e+00 9.000000000e+00 1.000000000e+01 1.100000000e+01 "
-                  "1.200000000e+01 1.300000000e+01 1.400000000e+01 1.500000000e+01 "
-                  "1.600000000e+01]");
+    EXPECT_EQ(printed(with_matrix), size + " \"m44f camera\" [" + kCountingText + "]");
 }
 
 }  // namespace

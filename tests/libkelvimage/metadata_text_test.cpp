@@ -64,12 +64,7 @@ TEST(MetadataText, HasTypeNameAndValueOfEachEntry) {
     EXPECT_EQ(text_of_string("Orion"), "KELVMETA1 string:n=Orion");
     MetaData record;
     set_matrix(record, "n", counting_matrix());
-    EXPECT_STREQ(record.stringify().c_str(),
-                 "KELVMETA1 m44f:n=\"1.000000000e+00 2.000000000e+00 3.000000000e+00 "
-                 "4.000000000e+00 5.000000000e+00 6.000000000e+00 7.000000000e+00 "
-                 "8.000000000e+00 9.000000000e+00 1.000000000e+01 1.100000000e+01 "
-                 "1.200000000e+01 1.300000000e+01 1.400000000e+01 1.500000000e+01 "
-                 "1.600000000e+01\"");
+    EXPECT_EQ(record.stringify().c_str(), "KELVMETA1 m44f:n=\"" + kCountingText + "\"");
 }
 
 TEST(MetadataText, RoundsFloatsToSixDigits) {
