@@ -33,7 +33,8 @@ if(LUMIVAR_SANITIZE)
   add_link_options(-fsanitize=${LUMIVAR_SANITIZE})
 endif()
 
-# The rooms, hosts and tools meet these; tests meet the shorter list.
+# The rooms, hosts and tools meet these; tests meet the shorter list. Tests name the fields that they set, {.width = 96}: g++
+# would warn of all the others.
 set(LUMIVAR_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wdouble-promotion
                      -Wnon-virtual-dtor -Wold-style-cast -Wcast-align -Wformat=2)
-set(LUMIVAR_TEST_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor)
+set(LUMIVAR_TEST_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wno-missing-field-initializers)
