@@ -43,7 +43,9 @@ Picture product(const Name& name, const std::vector<std::string>& more = {}) {
         "--frame",     std::to_string(name.frame),
         "--catalogue", folder / "golden.stars"};
     arguments.insert(arguments.end(), more.begin(), more.end());
-    const ToolResult result = run_tool(arguments);
+    ToolOptions built;
+    built.program = LUMIVAR_PROGRAM;
+    const ToolResult result = run_tool(arguments, built);
     if (result.code != 0) {
         throw std::runtime_error(result.err);
     }

@@ -12,37 +12,38 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
+// Those of the program as it is built; the other cases call its function.
+const ToolOptions kBuilt = {.program = LUMIVAR_PROGRAM};
+
 TEST(CommandLine, HelpTeachesWithExamplesAndNamesTheExitCodes) {
-    const ToolResult result = run_tool({"--help"});
+    const ToolResult result = run_tool({"--help"}, kBuilt);
     EXPECT_EQ(result.code, 0);
     EXPECT_EQ(result.err, "");
-    for (const char* text :
-         {"render", "controls", "catalog", "Examples:", "Exit codes: 0 done; 1 the work failed"}) {
+    for (const char* text : {"render", "controls", "catalog", "\n  check",
+                             "Examples:", "Exit codes: 0 done; 1 the work failed"}) {
         EXPECT_NE(result.out.find(text), std::string::npos) << text;
     }
 }
 
 TEST(CommandLine, EveryCommandHasHelpWithExamples) {
-    for (const Arguments& command :
-         {Arguments{"render"}, Arguments{"controls"}, Arguments{"catalog", "import"},
-          Arguments{"catalog", "info"}}) {
-        Arguments arguments = command;
+    for (Arguments arguments : {Arguments{"render"}, Arguments{"controls"}, Arguments{"check"},
+                                Arguments{"catalog", "import"}, Arguments{"catalog", "info"}}) {
         arguments.push_back("--help");
         const ToolResult result = run_tool(arguments);
-        EXPECT_EQ(result.code, 0) << command.back();
-        EXPECT_NE(result.out.find("Examples:\n  lumivar "), std::string::npos) << command.back();
+        EXPECT_EQ(result.code, 0) << arguments.front();
+        EXPECT_NE(result.out.find("Examples:\n  lumivar "), std::string::npos) << result.out;
     }
 }
 
 TEST(CommandLine, SaysItsVersion) {
-    const ToolResult result = run_tool({"--version"});
+    const ToolResult result = run_tool({"--version"}, kBuilt);
     EXPECT_EQ(result.code, 0);
     EXPECT_EQ(result.out, "Lumivar 2.0.0\n");
 }
 
 TEST(CommandLine, UnusableArgumentsAreOneLineAndCodeTwo) {
     for (const Arguments& arguments :
-         {Arguments{}, Arguments{"paint"}, Arguments{"catalog"}, Arguments{"catalog", "import"},
+         {Arguments{}, Arguments{"catalog"}, Arguments{"catalog", "import"},
           Arguments{"catalog", "import", "a.csv"}, Arguments{"catalog", "info"},
           Arguments{"catalog", "info", "a", "b"}, Arguments{"catalog", "info", "--yaml", "a"}}) {
         const ToolResult result = run_tool(arguments);
@@ -76,7 +77,8 @@ TEST(CommandLine, RefusesEmptyTextsWhichAnUnsetVariableOfAScriptGives) {
     }
     for (const Arguments& arguments :
          {Arguments{"render", "", "-o", "a.exr"}, Arguments{"render", "a.json", "-o", ""},
-          Arguments{"controls", "--plugin", ""}, Arguments{"catalog", "info", ""},
+          Arguments{"controls", "--plugin", ""}, Arguments{"check", ""},
+          Arguments{"check", "--rows", ""}, Arguments{"catalog", "info", ""},
           Arguments{"catalog", "import", "", "-o", "a.stars"},
           Arguments{"catalog", "import", "-", "-o", ""}}) {
         const ToolResult result = run_tool(arguments);
@@ -89,7 +91,8 @@ TEST(CommandLine, RefusesEmptyTextsWhichAnUnsetVariableOfAScriptGives) {
 TEST(CommandLine, FailedWorkIsCodeOneAndOneLineThatLeavesTheTerminalAlone) {
     for (const auto& [name, shown] :
          {std::pair{"a", "a"}, {"a\nb", "a b"}, {"\x1B[2J\xFF", "\\x1B[2J\\xFF"}}) {
-        const ToolResult result = run_tool({"catalog", "info", std::string("/nowhere/") + name});
+        const ToolResult result =
+            run_tool({"catalog", "info", std::string("/nowhere/") + name}, kBuilt);
         EXPECT_EQ(result.code, 1);
         EXPECT_EQ(result.out, "");
         EXPECT_EQ(result.err, std::string("lumivar: cannot read /nowhere/") + shown +
@@ -97,21 +100,15 @@ TEST(CommandLine, FailedWorkIsCodeOneAndOneLineThatLeavesTheTerminalAlone) {
     }
 }
 
-TEST(CommandLine, ClosedStandardOutputIsAFailure) {
-    ToolOptions options;
-    options.closed = {1};
-    const ToolResult result = run_tool({"--version"}, options);
-    EXPECT_EQ(result.code, 1);
-    EXPECT_EQ(result.err, "lumivar: cannot write to standard output\n");
-}
-
-TEST(CommandLine, FullStandardOutputIsAFailure) {
-    ToolOptions options;
-    options.output = "/dev/full";
-    for (const char* flag : {"--version", "--help"}) {
+TEST(CommandLine, ClosedOrFullStandardOutputIsAFailure) {
+    const std::pair<const char*, ToolOptions> runs[] = {
+        {"--version", {.program = LUMIVAR_PROGRAM, .closed = {1}}},
+        {"--version", {.output = "/dev/full"}},
+        {"--help", {.output = "/dev/full"}}};
+    for (const auto& [flag, options] : runs) {
         const ToolResult result = run_tool({flag}, options);
         EXPECT_EQ(result.code, 1) << flag;
-        EXPECT_EQ(result.err, "lumivar: cannot write to standard output\n");
+        EXPECT_EQ(result.err, "lumivar: cannot write to standard output\n") << flag;
     }
 }
 

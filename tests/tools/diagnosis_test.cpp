@@ -70,14 +70,11 @@ TEST(StarFile, TellsItsVersionOrWhatIsWrongWithIt) {
     }
 }
 
-TEST(RefuseSize, AllowsWhatAFloatImageCanCountIn32Bits) {
+TEST(RefuseSize, NamesWhatAFloatImageCannotCountIn32Bits) {
     EXPECT_FALSE(lumivar::refuse_size(1, 1));
     EXPECT_FALSE(lumivar::refuse_size(16384, 16383));
     // 2^28 - 1 pixels of 16 bytes: 2^32 - 16.
     EXPECT_FALSE(lumivar::refuse_size(268435455, 1));
-}
-
-TEST(RefuseSize, NamesWhatIsBeyond) {
     EXPECT_EQ(
         lumivar::refuse_size(16384, 16384),
         "a frame of 16384 x 16384 pixels is too large: its float image of 4294967296 bytes is "
@@ -93,11 +90,7 @@ Scene mischievous(int mischief) {
 }
 
 /// A format that effects for After Effects know nothing of, and what is said of it.
-RenderOptions strange_format() {
-    RenderOptions options;
-    options.pixel_format = 0x61726762;
-    return options;
-}
+const RenderOptions kStrange = {.pixel_format = 0x61726762};
 constexpr char kNoReason[] =
     "the plug-in drew nothing: the request of 64 x 36 pixels does not show why; it may have run "
     "out of memory";
@@ -118,35 +111,23 @@ private:
     Session session_{TEST_EFFECT};
 };
 
-TEST_F(ExplainFrame, HasNothingToSayOfADrawnFrame) { EXPECT_EQ(explain(test_effect::kNone), ""); }
-
-TEST_F(ExplainFrame, PassesOnAFailedStatusWithItsMessage) {
+TEST_F(ExplainFrame, GivesTheReasonThatTheFrameShows) {
+    EXPECT_EQ(explain(test_effect::kNone), "");
     EXPECT_EQ(explain(test_effect::kFailWithMessage),
               "the plug-in could not draw the frame (status 516): no can do");
-}
-
-TEST_F(ExplainFrame, NamesAnUnsupportedPixelFormat) {
-    EXPECT_EQ(explain(test_effect::kDrawNothing, strange_format()), kStrangeFormat);
+    EXPECT_EQ(explain(test_effect::kDrawNothing, kStrange), kStrangeFormat);
+    EXPECT_EQ(explain(test_effect::kDrawNothing), kNoReason);
+    EXPECT_EQ(explain(test_effect::kEmptyResult),
+              "nothing was drawn: the plug-in was not asked to render");
 }
 
 TEST(ExplainPremiereFrame, BlamesNoFormatThatWasDeclared) {
-    host::SessionOptions options;
-    options.application = host::Application::Premiere;
-    const Session session(TEST_EFFECT, options);
+    const Session session(TEST_EFFECT, {.application = host::Application::Premiere});
     Frame frame;
     frame.rendered = true;
     frame.request = {0, 0, 64, 36};
     frame.pixel_format = 0x61726762;
     EXPECT_EQ(lumivar::explain_frame(session, mischievous(test_effect::kNone), frame), kNoReason);
-}
-
-TEST_F(ExplainFrame, SaysWhenNothingShowsWhy) {
-    EXPECT_EQ(explain(test_effect::kDrawNothing), kNoReason);
-}
-
-TEST_F(ExplainFrame, SaysThatThePlugInWasNotAsked) {
-    EXPECT_EQ(explain(test_effect::kEmptyResult),
-              "nothing was drawn: the plug-in was not asked to render");
 }
 
 /// The built plug-in, which answers a failed frame with status 0: the cause is found by looking.
@@ -172,7 +153,7 @@ TEST_F(OfLumivar, ExplainFrameNamesTheCatalogueAndItsFault) {
     EXPECT_EQ(explanation([&] { fs::remove(root / "sky.stars"); }),
               "the plug-in drew nothing: cannot read " + catalogue() +
                   ": No such file or directory" + kRemedy);
-    EXPECT_EQ(explanation([] {}, strange_format()), kStrangeFormat);
+    EXPECT_EQ(explanation([] {}, kStrange), kStrangeFormat);
 }
 
 TEST_F(OfLumivar, ChosenCatalogueIsTheOneNamedOrTheFirstOfTheList) {
@@ -186,11 +167,8 @@ TEST_F(OfLumivar, ChosenCatalogueIsTheOneNamedOrTheFirstOfTheList) {
         starry::set(scene, lumivar::kCatalogueControl, name);
         EXPECT_EQ(lumivar::chosen_catalogue(session, scene, {0, 24}), fs::canonical(root / name));
     }
-}
-
-TEST(ChosenCatalogue, IsNoneForAnEffectWithoutTheControl) {
-    const Session session(TEST_EFFECT);
-    EXPECT_FALSE(lumivar::chosen_catalogue(session, small_scene(), {0, 24}));
+    const Session without_the_control(TEST_EFFECT);
+    EXPECT_FALSE(lumivar::chosen_catalogue(without_the_control, small_scene(), {0, 24}));
 }
 
 TEST(ExplainSetUp, AddsWhatIsWrongWithTheCatalogues) {

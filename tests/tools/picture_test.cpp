@@ -13,6 +13,7 @@
 
 #include "failure_of.h"
 #include "read_back.h"
+#include "support/pixels.h"
 #include "support/scratch.h"
 #include "tool_run.h"
 
@@ -53,6 +54,13 @@ private:
 
 class Picture : public testing::Test {
 protected:
+    /// The frame as a file of this name has it.
+    template <class Sample>
+    ReadBack written(const std::string& name, const Frame<Sample>& frame, bool raw = false) {
+        write_picture(folder / name, frame.view(), {}, raw);
+        return read_back(folder / name);
+    }
+
     ScratchFolder folder;
 };
 
@@ -74,10 +82,7 @@ TEST_P(FloatPicture, CarriesEveryBitOfEveryFloat) {
             frame.set(x, y, 1.0F, value(0), value(1), value(2));
         }
     }
-    const std::string path = folder / GetParam();
-    write_picture(path, frame.view(), {}, false);
-
-    const ReadBack picture = read_back(path);
+    const ReadBack picture = written(GetParam(), frame);
     ASSERT_EQ(picture.spec.width, kCount);
     ASSERT_EQ(picture.spec.height, 3);
     ASSERT_EQ(picture.spec.nchannels, 4);
@@ -99,23 +104,20 @@ TEST_P(FloatPicture, CarriesEveryBitOfEveryFloat) {
 TEST_P(FloatPicture, CarriesAlphaUntouchedWithTheColoursBesideIt) {
     Frame<float> frame(1, 1, Depth::Float);
     frame.set(0, 0, 0.5F, 0.25F, 4.0F, -1.0F);
-    write_picture(folder / GetParam(), frame.view(), {}, false);
-    const ReadBack picture = read_back(folder / GetParam());
+    const ReadBack picture = written(GetParam(), frame);
     EXPECT_EQ(picture.samples<float>(), (std::vector{0.25F, 4.0F, -1.0F, 0.5F}));
 }
 
 TEST_P(FloatPicture, TurnsIntegerCodesIntoLinearLight) {
     Frame<std::uint8_t> eight(1, 1, Depth::Bits8);
     eight.set(0, 0, 255, 0, 51, 255);
-    write_picture(folder / GetParam(), eight.view(), {}, false);
-    ReadBack picture = read_back(folder / GetParam());
+    ReadBack picture = written(GetParam(), eight);
     ASSERT_EQ(picture.spec.format, OIIO::TypeFloat);
     EXPECT_EQ(picture.samples<float>(), (std::vector{0.0F, 0.2F, 1.0F, 1.0F}));
 
     Frame<std::uint16_t> sixteen(1, 1, Depth::Bits16);
     sixteen.set(0, 0, 32768, 1, 8192, 32768);
-    write_picture(folder / GetParam(), sixteen.view(), {}, false);
-    picture = read_back(folder / GetParam());
+    picture = written(GetParam(), sixteen);
     EXPECT_EQ(picture.samples<float>(), (std::vector{0x1p-15F, 0.25F, 1.0F, 1.0F}));
 }
 
@@ -134,8 +136,7 @@ TEST_F(Picture, PngIsEncodedToSrgbAndClamped) {
     frame.set(0, 1, 1, std::numeric_limits<float>::infinity(), 1e30F, -1e30F);
     frame.set(1, 1, 1, 0.5F, 0.0F, 0.0F);
     frame.set(2, 1, 1, 0.0F, 0.0F, 0.5F);
-    write_picture(folder / "a.png", frame.view(), {}, false);
-    const ReadBack picture = read_back(folder / "a.png");
+    const ReadBack picture = written("a.png", frame);
     ASSERT_EQ(picture.spec.format, OIIO::TypeUInt8);
     ASSERT_EQ(picture.spec.nchannels, 3);
     EXPECT_EQ(picture.spec.get_string_attribute("oiio:ColorSpace"), "sRGB");
@@ -147,12 +148,10 @@ TEST_F(Picture, PngIsEncodedToSrgbAndClamped) {
 TEST_F(Picture, PngOfIntegerFramesIsEncodedToo) {
     Frame<std::uint8_t> eight(1, 1, Depth::Bits8);
     eight.set(0, 0, 255, 0, 128, 255);  // 128 / 255: 0.736648 x 255 = 187.85
-    write_picture(folder / "a.png", eight.view(), {}, false);
-    EXPECT_EQ(read_back(folder / "a.png").at<std::uint8_t>(0, 0, 1), 188);
+    EXPECT_EQ(written("a.png", eight).at<std::uint8_t>(0, 0, 1), 188);
     Frame<std::uint16_t> sixteen(1, 1, Depth::Bits16);
     sixteen.set(0, 0, 32768, 16384, 32768, 0);
-    write_picture(folder / "a.png", sixteen.view(), {}, false);
-    const ReadBack picture = read_back(folder / "a.png");
+    const ReadBack picture = written("a.png", sixteen);
     ASSERT_EQ(picture.spec.format, OIIO::TypeUInt8);
     EXPECT_EQ(picture.samples<std::uint8_t>(), (std::vector<std::uint8_t>{188, 255, 0}));
 }
@@ -163,8 +162,7 @@ TEST_F(Picture, RawKeepsEightBitCodes) {
         frame.set(x, 0, 255, static_cast<std::uint8_t>(x), static_cast<std::uint8_t>(255 - x), 7);
     }
     for (const char* name : {"a.png", "a.tif"}) {
-        write_picture(folder / name, frame.view(), {}, true);
-        const ReadBack picture = read_back(folder / name);
+        const ReadBack picture = written(name, frame, true);
         ASSERT_EQ(picture.spec.format, OIIO::TypeUInt8) << name;
         for (int x = 0; x < 256; ++x) {
             ASSERT_EQ(picture.at<std::uint8_t>(x, 0, 0), x) << name;
@@ -180,8 +178,7 @@ TEST_F(Picture, RawKeepsSixteenBitCodesOnTheHostsScale) {
     frame.set(1, 0, 32768, 255, 256, 257);
     frame.set(2, 0, 32768, 16384, 32767, 32768);
     for (const char* name : {"a.png", "a.tif"}) {
-        write_picture(folder / name, frame.view(), {}, true);
-        const ReadBack picture = read_back(folder / name);
+        const ReadBack picture = written(name, frame, true);
         ASSERT_EQ(picture.spec.format, OIIO::TypeUInt16) << name;
         const int expected[] = {0, 1, 2, 255, 256, 257, 16384, 32767, 32768};
         for (int i = 0; i < 9; ++i) {
@@ -192,13 +189,8 @@ TEST_F(Picture, RawKeepsSixteenBitCodesOnTheHostsScale) {
 
 TEST_F(Picture, JpegIsCloseToTheCodes) {
     Frame<float> frame(32, 32, Depth::Float);
-    for (int y = 0; y < 32; ++y) {
-        for (int x = 0; x < 32; ++x) {
-            frame.set(x, y, 1, 0.5F, 0.2F, 0.01F);
-        }
-    }
-    write_picture(folder / "a.jpg", frame.view(), {}, false);
-    const ReadBack picture = read_back(folder / "a.jpg");
+    support::for_each_pixel(32, 32, [&](int x, int y) { frame.set(x, y, 1, 0.5F, 0.2F, 0.01F); });
+    const ReadBack picture = written("a.jpg", frame);
     EXPECT_NEAR(picture.at<std::uint8_t>(16, 16, 0), 188, 3);
     EXPECT_NEAR(picture.at<std::uint8_t>(16, 16, 1), 124, 3);
     EXPECT_NEAR(picture.at<std::uint8_t>(16, 16, 2), 25, 3);
@@ -241,25 +233,23 @@ TEST_F(Picture, SameFrameGivesTheSameBytes) {
     }
 }
 
-std::string usage_fault(const std::string& path, Depth depth, bool raw) {
-    return failure_of([&] { lumivar::check_picture_request(path, depth, raw); });
-}
-
 TEST_F(Picture, RefusesWhatDoesNotGoTogether) {
-    EXPECT_EQ(usage_fault("a.gif", Depth::Bits8, false),
-              "cannot tell the kind of picture from the name \"a.gif\"; end it with .exr, .tif, "
-              ".png or .jpg");
-    EXPECT_EQ(usage_fault("exr", Depth::Bits8, false),
-              "cannot tell the kind of picture from the name \"exr\"; end it with .exr, .tif, .png "
-              "or .jpg");
-    EXPECT_EQ(usage_fault("a.png", Depth::Float, true),
+    const auto fault = [](const std::string& path, Depth depth, bool raw) {
+        return failure_of([&] { lumivar::check_picture_request(path, depth, raw); });
+    };
+    for (const std::string path : {"a.gif", "exr"}) {
+        EXPECT_EQ(fault(path, Depth::Bits8, false),
+                  "cannot tell the kind of picture from the name \"" + path +
+                      "\"; end it with .exr, .tif, .png or .jpg");
+    }
+    EXPECT_EQ(fault("a.png", Depth::Float, true),
               "--raw writes integer codes, and a float frame has none; add --depth 8 or 16");
-    EXPECT_EQ(usage_fault("a.exr", Depth::Bits8, true),
+    EXPECT_EQ(fault("a.exr", Depth::Bits8, true),
               "--raw writes integer codes, and .exr has no channels for them; use .png or .tif");
-    EXPECT_EQ(usage_fault("a.jpg", Depth::Bits16, true),
+    EXPECT_EQ(fault("a.jpg", Depth::Bits16, true),
               "--raw with 16 bits does not fit .jpg; use .png or .tif, or --depth 8");
-    EXPECT_EQ(usage_fault("a.jpg", Depth::Bits8, true), "no failure");
-    EXPECT_EQ(usage_fault("a.PNG", Depth::Bits16, true), "no failure");
+    EXPECT_EQ(fault("a.jpg", Depth::Bits8, true), "no failure");
+    EXPECT_EQ(fault("a.PNG", Depth::Bits16, true), "no failure");
 }
 
 }  // namespace

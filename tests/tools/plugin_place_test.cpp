@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <utility>
 
 #include "failure_of.h"
 #include "support/scratch.h"
@@ -47,15 +48,17 @@ TEST(FindPlugin, NamesThePlacesWhenItIsInNone) {
     const ScratchFolder folder;
     fs::create_directory(folder / "bin");
     fs::copy_file(LUMIVAR_PROGRAM, folder / "bin/lumivar");
-    ToolOptions options;
-    options.program = folder / "bin/lumivar";
-    const ToolResult result = run_tool({"controls"}, options);
-    EXPECT_EQ(result.code, 1);
-    EXPECT_EQ(result.err, "lumivar: cannot find the plug-in; it is in none of " +
-                              (folder / "plugin/Lumivar.plugin") + ", " +
-                              (folder / "lib/lumivar/Lumivar.plugin") + ", " +
-                              (folder / "lib/Lumivar.plugin") +
-                              "; name the bundle with --plugin\n");
+    const std::pair<const char*, const char*> remedies[] = {
+        {"controls", "name the bundle with --plugin"},
+        {"check", "name a bundle, NAME.plugin with its module in Contents/MacOS/NAME"}};
+    for (const auto& [command, remedy] : remedies) {
+        const ToolResult result = run_tool({command}, {.program = folder / "bin/lumivar"});
+        EXPECT_EQ(result.code, 1);
+        EXPECT_EQ(result.err, "lumivar: cannot find the plug-in; it is in none of " +
+                                  (folder / "plugin/Lumivar.plugin") + ", " +
+                                  (folder / "lib/lumivar/Lumivar.plugin") + ", " +
+                                  (folder / "lib/Lumivar.plugin") + "; " + remedy + "\n");
+    }
 }
 
 TEST(StagedName, IsTheFilesOwnWhereThePluginCanListIt) {

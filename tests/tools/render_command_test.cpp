@@ -1,22 +1,16 @@
 // lumivar render, through the built plug-in.
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <libkelvimage/metadata.h>
-#include <osapi/descriptor_flags.h>
-#include <stdlib.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
-#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -82,6 +76,15 @@ protected:
         const std::string line = failure(more, code);
         EXPECT_NE(line.find(words), std::string::npos) << line;
     }
+    /// The frames of the scene in the background, once the first of them is under way.
+    std::unique_ptr<ToolProcess> start_sequence(const std::string& size) {
+        auto process = std::make_unique<ToolProcess>(
+            Arguments{"render", folder / "scene.json", "-o", folder / "out/a.####.exr", "--frames",
+                      "0-23", "--size", size, "--catalogue", folder / "one.stars"},
+            options);
+        wait_until([this] { return !names_in(folder / "out").empty(); });
+        return process;
+    }
     /// A copy of the bundle in a folder of its own, where the test puts databases.
     std::string own_bundle() {
         fs::create_directory(folder / "own");
@@ -94,6 +97,7 @@ protected:
 };
 
 TEST_F(Render, DrawsTheStarThatTheCameraLooksAtInTheMiddle) {
+    options.program = LUMIVAR_PROGRAM;
     const ToolResult result = render("a.exr");
     ASSERT_EQ(result.code, 0) << result.err;
     EXPECT_EQ(result.err, "");
@@ -124,31 +128,11 @@ TEST_F(Render, DrawsTheStarThatTheCameraLooksAtInTheMiddle) {
     EXPECT_NEAR(picture.at<float>(31, 16, 0) / picture.at<float>(33, 16, 0), 1.0, 1e-3);
 }
 
-TEST_F(Render, SaysInTheFileHowItWasMade) {
-    ASSERT_EQ(render("a.exr", {"--set", "Star Brightness=8", "--set", "Projection=HemiSph", "--set",
-                               "Tint Color=1,2,3"})
-                  .code,
-              0);
-    const OIIO::ImageSpec spec = read_back(folder / "out/a.exr").spec;
-    EXPECT_EQ(spec.get_string_attribute("Software"), "Lumivar 2.0.0");
-    EXPECT_EQ(spec.get_string_attribute("lumivar:catalogue"), "one.stars, 1 stars, version 2");
-    EXPECT_EQ(spec.get_string_attribute("lumivar:plugin"), "2.0.0");
-    EXPECT_EQ(spec.get_string_attribute("lumivar:scene"), folder / "scene.json");
-    EXPECT_EQ(spec.get_string_attribute("lumivar:composition"), "64x32, 24 frames/s");
-    EXPECT_EQ(spec.get_string_attribute("lumivar:control:Star Brightness"), "8");
-    EXPECT_EQ(spec.get_string_attribute("lumivar:control:Star Spot Size"), "40");
-    EXPECT_EQ(spec.get_string_attribute("lumivar:control:Projection"), "HemiSph");
-    EXPECT_EQ(spec.get_string_attribute("lumivar:control:Tint Color"), "1, 2, 3");
-    EXPECT_EQ(spec.get_string_attribute("lumivar:control:3D Stars"), "on");
-    EXPECT_EQ(spec.get_string_attribute("lumivar:control:Star Database"), "one.stars");
-    // 16 / tan(12 degrees) = 75.274
-    EXPECT_EQ(spec.get_string_attribute("lumivar:camera").substr(0, 11), "zoom 75.274");
-}
-
-float number_in(const Kelv::ImageSpec::MetaData& settings, const char* name) {
-    float value = -12345.0F;
-    EXPECT_EQ(settings.get_meta("float", name, value), 0) << name;
-    return value;
+/// The one-line form of the settings, for programs to read back.
+Kelv::ImageSpec::MetaData settings_in(const OIIO::ImageSpec& spec) {
+    Kelv::ImageSpec::MetaData settings;
+    settings.from_string(spec.get_string_attribute("lumivar:settings").c_str());
+    return settings;
 }
 
 std::string text_in(const Kelv::ImageSpec::MetaData& settings, const char* name) {
@@ -157,35 +141,55 @@ std::string text_in(const Kelv::ImageSpec::MetaData& settings, const char* name)
     return value.c_str();
 }
 
-TEST_F(Render, CarriesTheSettingsForProgramsToReadBack) {
+TEST_F(Render, SaysInTheFileHowItWasMade) {
     ASSERT_EQ(render("a.exr", {"--set", "Star Brightness=8.5", "--set", "Projection=HemiSph",
                                "--set", "Tint Color=1,2,3", "--frame", "6"})
                   .code,
               0);
-    Kelv::ImageSpec::MetaData settings;
-    settings.from_string(
-        read_back(folder / "out/a.exr").spec.get_string_attribute("lumivar:settings").c_str());
-    EXPECT_EQ(text_in(settings, "scene"), folder / "scene.json");
-    EXPECT_EQ(number_in(settings, "time"), 0.25F);
-    EXPECT_EQ(number_in(settings, "frame_rate"), 24.0F);
-    EXPECT_EQ(text_in(settings, "catalogue"), "one.stars");
-    EXPECT_EQ(text_in(settings, "catalogue.stars"), "1");
-    EXPECT_EQ(number_in(settings, "catalogue.version"), 2.0F);
-    EXPECT_EQ(text_in(settings, "plugin"), "2.0.0");
-    EXPECT_EQ(number_in(settings, "control:Star_Brightness"), 8.5F);
-    EXPECT_EQ(number_in(settings, "control:Star_Spot_Size"), 40.0F);
-    // The default as users see it: six digits hide its rounding to single precision.
-    EXPECT_EQ(number_in(settings, "control:Luminance_Threshold"), 0.0001F);
-    EXPECT_EQ(text_in(settings, "control:Projection"), "HemiSph");
-    EXPECT_EQ(text_in(settings, "control:Tint_Color"), "1, 2, 3");
-    EXPECT_EQ(text_in(settings, "control:3D_Stars"), "on");
-    EXPECT_EQ(text_in(settings, "control:Star_Database"), "one.stars");
-    // 16 / tan(12 degrees) = 75.27409, kept to six digits.
-    EXPECT_EQ(number_in(settings, "zoom"), 75.2741F);
+    const OIIO::ImageSpec spec = read_back(folder / "out/a.exr").spec;
+    const std::pair<const char*, std::string> attributes[] = {
+        {"Software", "Lumivar 2.0.0"},
+        {"lumivar:catalogue", "one.stars, 1 stars, version 2"},
+        {"lumivar:plugin", "2.0.0"},
+        {"lumivar:scene", folder / "scene.json"},
+        {"lumivar:composition", "64x32, 24 frames/s"},
+        {"lumivar:control:Star Brightness", "8.5"},
+        {"lumivar:control:Star Spot Size", "40"},
+        {"lumivar:control:Projection", "HemiSph"},
+        {"lumivar:control:Tint Color", "1, 2, 3"},
+        {"lumivar:control:3D Stars", "on"},
+        {"lumivar:control:Star Database", "one.stars"}};
+    for (const auto& [name, text] : attributes) {
+        EXPECT_EQ(spec.get_string_attribute(name), text) << name;
+    }
+    // 16 / tan(12 degrees) = 75.27409
+    const std::string shown = spec.get_string_attribute("lumivar:camera");
+    EXPECT_EQ(shown.substr(0, 11), "zoom 75.274");
+
+    const Kelv::ImageSpec::MetaData settings = settings_in(spec);
+    const std::pair<const char*, std::string> texts[] = {
+        {"scene", folder / "scene.json"},  {"catalogue", "one.stars"},
+        {"catalogue.stars", "1"},          {"plugin", "2.0.0"},
+        {"control:Projection", "HemiSph"}, {"control:Tint_Color", "1, 2, 3"},
+        {"control:3D_Stars", "on"},        {"control:Star_Database", "one.stars"}};
+    for (const auto& [name, text] : texts) {
+        EXPECT_EQ(text_in(settings, name), text) << name;
+    }
+    // Kept to six digits, which hides that the threshold's default is rounded to single precision.
+    const std::pair<const char*, float> numbers[] = {{"time", 0.25F},
+                                                     {"frame_rate", 24.0F},
+                                                     {"catalogue.version", 2.0F},
+                                                     {"control:Star_Brightness", 8.5F},
+                                                     {"control:Star_Spot_Size", 40.0F},
+                                                     {"control:Luminance_Threshold", 0.0001F},
+                                                     {"zoom", 75.2741F}};
+    for (const auto& [name, number] : numbers) {
+        float value = -12345.0F;
+        EXPECT_EQ(settings.get_meta("float", name, value), 0) << name;
+        EXPECT_EQ(value, number) << name;
+    }
     Matrix4<float> camera(0.0F);
     EXPECT_EQ(settings.get_meta("m44f", "camera", camera), 0);
-    const std::string shown =
-        read_back(folder / "out/a.exr").spec.get_string_attribute("lumivar:camera");
     // The same matrix as the text for people has it, whose numbers have nine digits.
     const std::string marker = "layer to world";
     const char* place = shown.c_str() + shown.find(marker) + marker.size();
@@ -208,22 +212,20 @@ TEST_F(Render, LeavesOutOfTheSettingsWhatTheirTextDoesNotCarry) {
     ASSERT_EQ(result.code, 0) << result.err;
     const OIIO::ImageSpec spec = read_back(folder / "out/a.exr").spec;
     EXPECT_EQ(spec.get_string_attribute("lumivar:scene"), folder / "a \\ b.json");
-    Kelv::ImageSpec::MetaData settings;
-    settings.from_string(spec.get_string_attribute("lumivar:settings").c_str());
+    const Kelv::ImageSpec::MetaData settings = settings_in(spec);
     String scene;
     EXPECT_EQ(settings.get_meta("string", "scene", scene), 1);
     EXPECT_EQ(text_in(settings, "catalogue"), "one.stars");
 }
 
 TEST_F(Render, DepthsAgreeByTheRoundingOfTheEffect) {
-    const Arguments bright = {"--set", "Star Brightness=20", "--set", "Maximum Luminance=1"};
-    Arguments eight = bright;
-    eight.insert(eight.end(), {"--depth", "8", "--raw"});
-    Arguments sixteen = bright;
-    sixteen.insert(sixteen.end(), {"--depth", "16", "--raw"});
-    ASSERT_EQ(render("f.exr", bright).code, 0);
-    ASSERT_EQ(render("8.png", eight).code, 0);
-    ASSERT_EQ(render("16.png", sixteen).code, 0);
+    for (const auto& [name, format] : {std::pair{"f.exr", Arguments{}},
+                                       {"8.png", {"--depth", "8", "--raw"}},
+                                       {"16.png", {"--depth", "16", "--raw"}}}) {
+        Arguments bright = {"--set", "Star Brightness=20", "--set", "Maximum Luminance=1"};
+        bright.insert(bright.end(), format.begin(), format.end());
+        ASSERT_EQ(render(name, bright).code, 0) << name;
+    }
     const ReadBack real = read_back(folder / "out/f.exr");
     const ReadBack codes8 = read_back(folder / "out/8.png");
     const ReadBack codes16 = read_back(folder / "out/16.png");
@@ -293,25 +295,13 @@ TEST_F(Render, WritesSequences) {
 }
 
 TEST_F(Render, ShowsProgressWithRateAndTimeLeftOnATerminal) {
-    const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    ASSERT_GE(terminal, 0);
-    ASSERT_EQ(grantpt(terminal), 0);
-    ASSERT_EQ(unlockpt(terminal), 0);
-    options.error = ptsname(terminal);
-    // Held open, so that what was written can still be read after the program has ended.
-    const int other_end = open(options.error.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    const ToolResult result = render("a.##.exr", {"--frames", "0-7", "--size", "1024x1024"});
-    EXPECT_EQ(result.code, 0);
-    std::array<char, 4096> text{};
-    OSAPI::set_blocking(terminal, false);
-    const ssize_t length = read(terminal, text.data(), text.size());
-    ASSERT_GT(length, 0);
-    const std::string shown(text.data(), static_cast<std::size_t>(length));
+    const std::string shown = shown_on_terminal(
+        {"render", folder / "scene.json", "-o", folder / "out/a.##.exr", "--frames", "0-7",
+         "--size", "1024x1024", "--catalogue", folder / "one.stars"},
+        options, 0);
     EXPECT_NE(shown.find("/8 frames, "), std::string::npos) << shown;
     EXPECT_NE(shown.find(" s left"), std::string::npos) << shown;
     EXPECT_EQ(shown.substr(shown.size() - 4), "\r\x1b[K") << "the line is wiped at the end";
-    close(other_end);
-    close(terminal);
 }
 
 TEST_F(Render, RefusesUnusableRequestsAsUsage) {
@@ -370,20 +360,12 @@ TEST_F(Render, LooksForTheNamedDatabaseWhereALinkedBundleReallyStands) {
     fs::create_directory_symlink(bundle, folder / "links/Linked.plugin");
     const std::string module = bundle + "/Contents/MacOS/Lumivar";
     for (const std::string& plugin : {folder / "links/Linked.plugin", module}) {
-        const ToolResult named = render("a.exr", {"--plugin", plugin, "--catalogue", "a.stars"});
-        EXPECT_EQ(named.code, 0) << named.err;
-        const ToolResult staged =
-            render("a.exr", {"--plugin", plugin, "--catalogue", folder / "one.stars"});
-        EXPECT_EQ(staged.code, 0) << staged.err;
+        for (const std::string& catalogue : {std::string("a.stars"), folder / "one.stars"}) {
+            const ToolResult result =
+                render("a.exr", {"--plugin", plugin, "--catalogue", catalogue});
+            EXPECT_EQ(result.code, 0) << result.err;
+        }
     }
-}
-
-TEST_F(Render, CatalogueOnTheCommandLineOverrulesTheScene) {
-    write_file(
-        folder / "scene.json",
-        R"({"composition": {"width": 8, "height": 8}, "controls": {"Star Database": "elsewhere.stars"}})");
-    const ToolResult result = render("a.exr");
-    EXPECT_EQ(result.code, 0) << result.err;
 }
 
 TEST_F(Render, MissingCatalogueIsOneLine) {
@@ -396,7 +378,10 @@ TEST_F(Render, MissingCatalogueIsOneLine) {
     expect_failure({"--plugin", own_bundle()}, "Cannot locate any Lumivar star database files.");
 }
 
-TEST_F(Render, CatalogueWithoutStarsGivesABlackFrame) {
+TEST_F(Render, CatalogueOnTheCommandLineOverrulesTheSceneAndWithoutStarsGivesABlackFrame) {
+    write_file(folder / "scene.json",
+               R"({"composition": {"width": 64, "height": 32},
+                   "controls": {"Star Database": "elsewhere.stars"}})");
     write_file(folder / "one.stars", bytes_of(lumivar::encode_header()));
     EXPECT_EQ(render("a.exr").code, 0);
     std::vector<float> black(64 * 32 * 4, 0.0F);
@@ -444,33 +429,30 @@ TEST_F(Render, SceneWithATypoIsOneLineWithItsPlace) {
     expect_failure({}, begin);
 }
 
-TEST_F(Render, UnknownControlsAndValuesAreOneLine) {
+TEST_F(Render, UnusableSettingsAndSizesAreOneLine) {
     expect_failure({"--set", "Star Brigthness=8"},
                    "lumivar: --set \"Star Brigthness=8\": the effect has no control");
     for (const std::string setting : {"Star Brightness=1001", "Projection=Fisheye"}) {
         expect_failure({"--set", setting}, "lumivar: --set \"" + setting + "\": ");
     }
+    expect_failure({"--size", "20000x20000"}, "a frame of 20000 x 20000 pixels is too large");
 }
 
 TEST_F(Render, UnwritableOutputIsOneLineBeforeAnyWork) {
-    const ToolResult result =
-        run_tool({"render", folder / "scene.json", "-o", folder / "none/a.exr"}, options);
-    EXPECT_EQ(result.code, 1);
-    EXPECT_EQ(result.err, "lumivar: cannot write " + (folder / "none/a.exr") +
-                              ": there is no folder " + (folder / "none") + "\n");
     fs::create_directory(folder / "a.exr");
-    EXPECT_EQ(run_tool({"render", folder / "scene.json", "-o", folder / "a.exr"}, options).err,
-              "lumivar: cannot write " + (folder / "a.exr") +
-                  ": it is a folder, give the name of a file\n");
-}
-
-TEST_F(Render, FolderThatTakesNoFileIsOneLineThatNamesThePicture) {
-    // Not even the superuser makes a file there.
-    const ToolResult result =
-        run_tool({"render", folder / "scene.json", "-o", "/proc/a.exr"}, options);
-    EXPECT_EQ(result.code, 1);
-    EXPECT_EQ(result.err.rfind("lumivar: cannot write /proc/a.exr: ", 0), 0U) << result.err;
-    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+    const std::pair<std::string, std::string> outputs[] = {
+        {folder / "none/a.exr", "there is no folder " + (folder / "none") + "\n"},
+        {folder / "a.exr", "it is a folder, give the name of a file\n"},
+        // Not even the superuser makes a file there.
+        {"/proc/a.exr", ""}};
+    for (const auto& [output, reason] : outputs) {
+        const ToolResult result =
+            run_tool({"render", folder / "scene.json", "-o", output}, options);
+        EXPECT_EQ(result.code, 1);
+        EXPECT_EQ(result.err.rfind("lumivar: cannot write " + output + ": " + reason, 0), 0U)
+            << result.err;
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+    }
 }
 
 TEST_F(Render, UnusableTemporaryFolderIsOneLineThatNamesTheVariable) {
@@ -501,10 +483,6 @@ TEST_F(Render, FullDiskIsOneLineAndLeavesNothing) {
     }
 }
 
-TEST_F(Render, FrameTooLargeForTheEffectIsRefused) {
-    expect_failure({"--size", "20000x20000"}, "a frame of 20000 x 20000 pixels is too large");
-}
-
 TEST_F(Render, MissingPluginIsOneLine) {
     EXPECT_EQ(failure({"--plugin", folder / "none.plugin"}),
               "lumivar: there is no plug-in " + (folder / "none.plugin") + "\n");
@@ -515,7 +493,10 @@ TEST_F(Render, MissingPluginIsOneLine) {
                   "\" is no plug-in bundle: it has no Contents/MacOS/hollow\n");
 }
 
+// Of the program as it is built: a thread of the picture library may be the one that is
+// interrupted.
 TEST_F(Render, SignalRemovesTheStagedPluginAndTheHalfMadePicture) {
+    options.program = LUMIVAR_PROGRAM;
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         SCOPED_TRACE(number);
         // Enough large stars in each of the other 23 frames that the signal meets it at work.
@@ -524,18 +505,10 @@ TEST_F(Render, SignalRemovesTheStagedPluginAndTheHalfMadePicture) {
             stars += white_star(81.0 + 0.006 * i, 0.0, 0.25F);
         }
         write_file(folder / "one.stars", stars);
-        ToolProcess process(
-            {"render", folder / "scene.json", "-o", folder / "out/a.####.exr", "--frames", "0-23",
-             "--size", "512x512", "--catalogue", folder / "one.stars"},
-            options);
-        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(50);
-        while (!fs::exists(folder / "out/a.0000.exr") && std::chrono::steady_clock::now() < limit) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
+        const auto process = start_sequence("512x512");
         EXPECT_FALSE(names_in(folder / "tmp").empty());
-        process.send(number);
-        const ToolResult result = process.wait();
-        EXPECT_EQ(result.signal, number);
+        process->send(number);
+        EXPECT_EQ(process->wait().signal, number);
         EXPECT_TRUE(names_in(folder / "tmp").empty());
         for (const std::string& name : names_in(folder / "out")) {
             EXPECT_EQ(name.rfind("a.00", 0), 0U) << name;
@@ -546,15 +519,9 @@ TEST_F(Render, SignalRemovesTheStagedPluginAndTheHalfMadePicture) {
 }
 
 TEST_F(Render, NextRunRemovesTheStageThatAHardKillLeft) {
-    ToolProcess process({"render", folder / "scene.json", "-o", folder / "out/a.##.exr", "--frames",
-                         "0-23", "--size", "1024x1024", "--catalogue", folder / "one.stars"},
-                        options);
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(50);
-    while (names_in(folder / "out").empty() && std::chrono::steady_clock::now() < limit) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    process.send(SIGKILL);
-    EXPECT_EQ(process.wait().signal, SIGKILL);
+    const auto process = start_sequence("1024x1024");
+    process->send(SIGKILL);
+    EXPECT_EQ(process->wait().signal, SIGKILL);
     ASSERT_EQ(names_in(folder / "tmp").size(), 1U);
     EXPECT_EQ(render("b.exr").code, 0);
     EXPECT_TRUE(names_in(folder / "tmp").empty());

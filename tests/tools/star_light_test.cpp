@@ -53,13 +53,10 @@ TEST(StarColour, FollowsTheTable) {
     }
 }
 
-TEST(StarColour, ClampsTheIndexWhereTheFormulaEnds) {
+TEST(StarColour, IsClampedWhereTheFormulasEnd) {
     // The formula has a pole at -0.674: without the clamp -5 would give a negative temperature.
     EXPECT_EQ(lumivar::code_from_colour_index(-5.0), lumivar::code_from_colour_index(-0.4));
     EXPECT_EQ(lumivar::code_from_colour_index(6.0), lumivar::code_from_colour_index(2.0));
-}
-
-TEST(StarColour, HasNoNegativeChannel) {
     // At 1,500 K the blue of sRGB is negative: the colour lies outside the gamut.
     const auto colour = lumivar::black_body_colour(1500.0);
     EXPECT_EQ(colour[0], 1.0);
@@ -77,14 +74,12 @@ TEST(StarLuminance, FallsByAHundredInFiveMagnitudes) {
         EXPECT_NEAR(lumivar::magnitude_from_luminance(row.luminance), row.magnitude, 3e-4);
     }
     EXPECT_DOUBLE_EQ(lumivar::luminance_from_magnitude(7.5), 0.001);
-}
-
-TEST(StarLuminance, IsNormalInSinglePrecisionOverTheWholeRange) {
+    // Over the whole range it is normal in single precision.
     EXPECT_TRUE(std::isnormal(static_cast<float>(lumivar::luminance_from_magnitude(-30))));
     EXPECT_TRUE(std::isnormal(static_cast<float>(lumivar::luminance_from_magnitude(90))));
 }
 
-TEST(SrgbCode, FollowsTheCurve) {
+TEST(SrgbCode, FollowsTheCurveBetweenTheClamps) {
     // By hand: 12.92 c up to 0.0031308, above it 1.055 c^(1/2.4) - 0.055; times 255, rounded.
     EXPECT_EQ(lumivar::srgb_code(0.0), 0);
     EXPECT_EQ(lumivar::srgb_code(0.002), 7);       // 6.589
@@ -93,9 +88,6 @@ TEST(SrgbCode, FollowsTheCurve) {
     EXPECT_EQ(lumivar::srgb_code(0.2), 124);       // 0.484529 x 255 = 123.55
     EXPECT_EQ(lumivar::srgb_code(0.5), 188);       // 0.735357 x 255 = 187.52
     EXPECT_EQ(lumivar::srgb_code(1.0), 255);
-}
-
-TEST(SrgbCode, ClampsAndTakesNotANumberForBlack) {
     EXPECT_EQ(lumivar::srgb_code(-0.3), 0);
     EXPECT_EQ(lumivar::srgb_code(2.0), 255);
     EXPECT_EQ(lumivar::srgb_code(INFINITY), 255);

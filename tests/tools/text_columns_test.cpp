@@ -25,23 +25,17 @@ TEST(TextColumns, AreCharactersNotBytes) {
     EXPECT_EQ(cut("text", 0), "");
 }
 
-TEST(WrappedText, BreaksAtSpaces) {
+TEST(WrappedText, BreaksAtSpacesAndCutsWordsThatAreTooLong) {
     EXPECT_EQ(wrapped("", 5), Lines{""});
     EXPECT_EQ(wrapped("12345", 5), Lines{"12345"});
     EXPECT_EQ(wrapped("one two three", 7), (Lines{"one two", "three"}));
     EXPECT_EQ(wrapped("one two three", 8), (Lines{"one two", "three"}));
     EXPECT_EQ(wrapped("one two three", 6), (Lines{"one", "two", "three"}));
-}
-
-TEST(WrappedText, CutsWordsThatAreTooLong) {
     EXPECT_EQ(wrapped("123456", 5), (Lines{"12345", "6"}));
     EXPECT_EQ(wrapped("a 1234567", 5), (Lines{"a", "12345", "67"}));
     EXPECT_EQ(wrapped(" 123456", 5), (Lines{" 1234", "56"}));
     EXPECT_EQ(wrapped("\u2605\u2605\u2605", 2), (Lines{"\u2605\u2605", "\u2605"}))
         << "between characters";
-}
-
-TEST(WrappedText, CountsCharacters) {
     EXPECT_EQ(wrapped("\u2605\u2605 \u2605\u2605", 5), Lines{"\u2605\u2605 \u2605\u2605"});
     EXPECT_EQ(wrapped("\u2605\u2605 \u2605\u2605", 4), (Lines{"\u2605\u2605", "\u2605\u2605"}));
 }

@@ -1,6 +1,8 @@
 #include "tool_run.h"
 
+#include <OpenImageIO/imageio.h>
 #include <fcntl.h>
+#include <osapi/descriptor_flags.h>
 #include <osapi/processes.h>
 #include <stdlib.h>
 #include <sys/resource.h>
@@ -8,13 +10,21 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
+#include <thread>
+
+#include "command_line.h"
+#include "support/scratch.h"
 
 namespace {
+
+/// A copy of this process has none of its threads: the picture library must not wait for any there.
+const bool kWithoutThreads = OIIO::attribute("threads", 1) && OIIO::attribute("exr_threads", -1);
 
 std::string temporary_file() {
     std::string name = (std::filesystem::temp_directory_path() / "lumivar-run-XXXXXX").string();
@@ -27,8 +37,7 @@ std::string temporary_file() {
 }
 
 std::string take_file(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(in), {}};
+    std::string text = read_file(path);
     unlink(path.c_str());
     return text;
 }
@@ -45,7 +54,7 @@ void redirect(const char* path, int flags, int target) {
 
 ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const ToolOptions& options)
     : out_file_(temporary_file()), err_file_(temporary_file()) {
-    std::string program = options.program;
+    std::string program = options.program.empty() ? "lumivar" : options.program;
     std::vector<std::string> texts = arguments;
     std::vector<char*> argv = {program.data()};
     for (std::string& text : texts) {
@@ -56,6 +65,7 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const ToolOp
     const std::string& output = options.output.empty() ? out_file_ : options.output;
     const std::string& error = options.error.empty() ? err_file_ : options.error;
 
+    std::fflush(nullptr);  // or the copy writes it too
     id_ = OSAPI::fork();
     if (id_ > 0) {
         return;
@@ -79,6 +89,16 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const ToolOp
     }
     for (std::string& variable : environment) {
         putenv(variable.data());
+    }
+    if (options.program.empty()) {
+        for (int descriptor = STDERR_FILENO + 1; descriptor < 256; ++descriptor) {
+            if (fcntl(descriptor, F_GETFD) == FD_CLOEXEC) {
+                close(descriptor);
+            }
+        }
+        // Without the clean-up of libraries, one of which waits for its threads.
+        OSAPI::exit_now(
+            lumivar::run_command_line(static_cast<int>(arguments.size()) + 1, argv.data()));
     }
     execv(argv[0], argv.data());
     OSAPI::exit_now(127);
@@ -112,6 +132,36 @@ ToolResult ToolProcess::wait() {
 
 ToolResult run_tool(const std::vector<std::string>& arguments, const ToolOptions& options) {
     return ToolProcess(arguments, options).wait();
+}
+
+std::string shown_on_terminal(const std::vector<std::string>& arguments, ToolOptions options,
+                              int code) {
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (terminal < 0 || grantpt(terminal) != 0 || unlockpt(terminal) != 0) {
+        throw std::runtime_error("no terminal");
+    }
+    options.error = ptsname(terminal);
+    // Held open, so that what was written can still be read after the program has ended.
+    const int other_end = open(options.error.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (run_tool(arguments, options).code != code) {
+        throw std::runtime_error("the program ended otherwise");
+    }
+    std::array<char, 4096> text{};
+    OSAPI::set_blocking(terminal, false);
+    const ssize_t length = read(terminal, text.data(), text.size());
+    close(other_end);
+    close(terminal);
+    return {text.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
+}
+
+void wait_until(const std::function<bool()>& happens) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(50);
+    while (!happens()) {
+        if (std::chrono::steady_clock::now() > limit) {
+            throw std::runtime_error("it does not happen");
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
 }
 
 std::vector<std::string> names_in(const std::string& folder) {

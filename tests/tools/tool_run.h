@@ -1,8 +1,9 @@
-// Runs the built program as a user does, and waits for how it ends.
+// Runs the command line as a user does, and waits for how it ends.
 #pragma once
 
 #include <sys/types.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,7 +17,10 @@ struct ToolResult {
 };
 
 struct ToolOptions {
-    std::string program = LUMIVAR_PROGRAM;
+    /// What is run instead: LUMIVAR_PROGRAM where it matters how the program was built and started.
+    /// Otherwise its function runs in a copy of this process, which spares the half second in which
+    /// the picture library's two hundred others are loaded.
+    std::string program;
     std::string input = "/dev/null";  ///< file for standard input
     std::string output;               ///< file for standard output instead of `out`
     std::string error;                ///< file or terminal for standard error instead of `err`
@@ -48,6 +52,13 @@ private:
 
 /// Runs the program to its end.
 ToolResult run_tool(const std::vector<std::string>& arguments, const ToolOptions& options = {});
+
+/// What a run that ends with this code shows on a terminal at standard error: its first 4096 bytes.
+std::string shown_on_terminal(const std::vector<std::string>& arguments, ToolOptions options,
+                              int code);
+
+/// Waits for what another process does, not for ever.
+void wait_until(const std::function<bool()>& happens);
 
 /// Names in a folder, hidden ones too, sorted.
 std::vector<std::string> names_in(const std::string& folder);

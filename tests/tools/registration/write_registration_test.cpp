@@ -52,14 +52,10 @@ const std::vector<std::string> kFiles = {"Info.plist", "PkgInfo", "Resources/Lum
 
 }  // namespace
 
-TEST_F(WriteRegistration, MakesTheFoldersAndLeavesNothingElse) {
+TEST_F(WriteRegistration, MakesTheFoldersReplacesWhatIsThereAndLeavesNothingElse) {
     EXPECT_EQ(run(argument), 0);
     EXPECT_EQ(errors(), "");
     EXPECT_EQ(files(), kFiles);
-}
-
-TEST_F(WriteRegistration, ReplacesWhatIsThere) {
-    fs::create_directories(contents);
     write_file(contents + "/PkgInfo", "longer than it will be");
     write_file(contents + "/PkgInfo.inprogress", "left by a build that was stopped");
     EXPECT_EQ(run(argument), 0);
@@ -67,13 +63,10 @@ TEST_F(WriteRegistration, ReplacesWhatIsThere) {
     EXPECT_EQ(files(), kFiles);
 }
 
-TEST_F(WriteRegistration, NamesTheFileThatCannotBePutInItsPlace) {
+TEST_F(WriteRegistration, NamesTheFileThatCannotBeWrittenAndKeepsTheOldOne) {
     fs::create_directories(contents + "/Resources/Lumivar.rsrc/in the way");
     expect_failure("Resources/Lumivar.rsrc", "Is a directory");
     EXPECT_EQ(files(), (std::vector<std::string>{"Info.plist", "PkgInfo"}));
-}
-
-TEST_F(WriteRegistration, NamesTheFileThatCannotBeWrittenAndKeepsTheOldOne) {
     fs::create_directories(contents + "/Info.plist.inprogress/in the way");
     write_file(contents + "/Info.plist", "old");
     expect_failure("Info.plist", "Is a directory");
