@@ -26,6 +26,7 @@
 #include <string>
 #include <vector>
 
+#include "support/child.h"
 #include "support/expect_throw.h"
 #include "support/faults.h"
 
@@ -55,120 +56,100 @@ TEST(Probe, WhatIsSaidArrives) {
         notes.find(Rule::Layers, "a text\nof two lines", "a habit");
         notes.say("fine");
         notes.keep("number", 7);
+        notes.keep("leads a group of its own", getpgid(0) == getpid());
     });
     EXPECT_EQ(heard.died, "");
     EXPECT_EQ(heard.text("doing"), "this");
     EXPECT_EQ(heard.text("said"), "fine");
     EXPECT_EQ(heard.kept["number"], 7);
+    EXPECT_EQ(heard.kept["leads a group of its own"], true);
     ASSERT_EQ(heard.findings.size(), 1U);
     EXPECT_EQ(heard.findings[0].rule, Rule::Layers);
     EXPECT_EQ(heard.findings[0].text, "a text\nof two lines");
     EXPECT_EQ(heard.findings[0].deviation, "a habit");
 }
 
-TEST(Probe, MuchCanBeSaid) {
+TEST(Probe, MuchThatWasSaidBeforeADeathArrives) {
     const Heard heard = run_apart([](Notes& notes) {
+        notes.doing("the end");
         for (int i = 0; i < 5000; ++i) {
             notes.find(std::string(100, 'x'));
         }
-    });
-    EXPECT_EQ(heard.findings.size(), 5000U);
-}
-
-TEST(Probe, WhatWasSaidBeforeADeathArrives) {
-    const Heard heard = run_apart([](Notes& notes) {
-        notes.doing("the end");
-        notes.find("found before");
         std::fputs("one\nlast words\n", stderr);
         std::abort();
     });
     EXPECT_EQ(heard.died, "killed by SIGABRT");
     EXPECT_EQ(heard.text("doing"), "the end");
-    EXPECT_EQ(heard.findings.size(), 1U);
+    EXPECT_EQ(heard.findings.size(), 5000U);
     EXPECT_EQ(heard.last_words, "last words");
 }
 
 TEST(Probe, WhatThePlugInCausesIsAFindingAndAFaultOfTheCheckIsNone) {
-    const Heard defect = run_apart([](Notes&) { throw host::ModuleDefect("no use"); });
-    ASSERT_EQ(defect.findings.size(), 1U);
-    EXPECT_EQ(defect.findings[0].text, "no use");
-    const Heard memory = run_apart([](Notes&) { throw std::bad_alloc(); });
-    ASSERT_EQ(memory.findings.size(), 1U);
-    EXPECT_EQ(memory.findings[0].text, "memory ran out");
-    const Heard logic = run_apart([](Notes&) { throw std::logic_error("a slip"); });
-    EXPECT_TRUE(logic.findings.empty());
-    EXPECT_EQ(logic.text("defect"), "a slip");
-    const Heard assertion = run_apart([](Notes&) { XASSERT(1 > 2); });
-    EXPECT_TRUE(assertion.findings.empty());
-    EXPECT_EQ(assertion.text("defect").find("the assertion 1 > 2 does not hold in "), 0U);
-    EXPECT_EQ(assertion.died, "");
-    EXPECT_EQ(defect.text("defect") + memory.text("defect"), "");
+    const std::pair<Body, const char*> findings[] = {
+        {[](Notes&) { throw host::ModuleDefect("no use"); }, "no use"},
+        {[](Notes&) { throw std::bad_alloc(); }, "memory ran out"}};
+    for (const auto& [body, text] : findings) {
+        const Heard heard = run_apart(body);
+        ASSERT_EQ(heard.findings.size(), 1U);
+        EXPECT_EQ(heard.findings[0].text, text);
+        EXPECT_EQ(heard.text("defect"), "");
+    }
+    const std::pair<Body, const char*> defects[] = {
+        {[](Notes&) { throw std::logic_error("a slip"); }, "a slip"},
+        {[](Notes&) { XASSERT(1 > 2); }, "the assertion 1 > 2 does not hold in "}};
+    for (const auto& [body, text] : defects) {
+        const Heard heard = run_apart(body);
+        EXPECT_TRUE(heard.findings.empty());
+        EXPECT_EQ(heard.text("defect").find(text), 0U);
+        EXPECT_EQ(heard.died, "");
+    }
 }
 
-TEST(Probe, AnEndByExitIsADeath) {
+TEST(Probe, AnEndByExitIsADeathAtOnceAndLeavesTheParentsHandlersAlone) {
     EXPECT_EQ(run_apart([](Notes&) { _exit(0); }).died, "the process was ended with exit code 0");
     EXPECT_EQ(run_apart([](Notes&) { _exit(3); }).died, "the process was ended with exit code 3");
-}
-
-TEST(Probe, AnEndOfTheProgramIsADeathAtOnceAndLeavesTheParentsHandlersAlone) {
-    const pid_t parent = fork();
-    if (parent == 0) {
-        std::atexit(wait_for_ever);
-        const Heard heard = run_apart(
-            [](Notes& notes) {
-                notes.doing("this");
-                std::exit(0);
-            },
-            kLimit);
-        _exit(heard.died == "the process was ended by a call of exit" &&
-                      heard.text("doing") == "this"
-                  ? 0
-                  : 1);
-    }
-    int status = -1;
-    ASSERT_EQ(waitpid(parent, &status, 0), parent);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(result_in_child([] {
+                  std::atexit(wait_for_ever);
+                  const Heard heard = run_apart([](Notes& notes) {
+                      notes.doing("this");
+                      std::exit(0);
+                  });
+                  return heard.died == "the process was ended by a call of exit" &&
+                                 heard.text("doing") == "this"
+                             ? 0
+                             : 1;
+              }),
+              0);
 }
 
 TEST(Probe, SilenceEndsAtTheLimitAndSignsOfLifeRestartTheClock) {
-    const Heard heard = run_apart(
-        [](Notes& notes) {
-            for (int i = 0; i < 4; ++i) {
-                usleep(400000);
-                notes.say("still here");
-            }
-            for (;;) {
-                pause();
-            }
-        },
-        milliseconds(1000));
-    EXPECT_EQ(heard.died, "no answer within 1 s");
-    EXPECT_EQ(heard.text("said"), "still here");
-}
-
-TEST(Probe, CommandsAreSignsOfLifeToo) {
-    const Heard heard = run_apart(
-        [](Notes& notes) {
-            for (int i = 0; i < 4; ++i) {
-                usleep(400000);
-                notes.running("PF_Cmd_RENDER");
-            }
-            notes.say("came to its end");
-        },
-        milliseconds(1000));
-    EXPECT_EQ(heard.died, "");
-    EXPECT_EQ(heard.text("said"), "came to its end");
+    const auto hear = [](bool of_commands) {
+        return run_apart(
+            [=](Notes& notes) {
+                for (int i = 0; i < 4; ++i) {
+                    usleep(400000);
+                    of_commands ? notes.running("PF_Cmd_RENDER") : notes.say("still here");
+                }
+                if (of_commands) {
+                    return;
+                }
+                wait_for_ever();
+            },
+            milliseconds(1000));
+    };
+    const Heard silent = hear(false);
+    EXPECT_EQ(silent.died, "no answer within 1 s");
+    EXPECT_EQ(silent.text("said"), "still here");
+    EXPECT_EQ(hear(true).died, "");
 }
 
 TEST(Probe, TheCommandThatRanAtADeathIsTold) {
     const auto dies = [](const char* last) {
-        return run_apart(
-            [last](Notes& notes) {
-                notes.running("PF_Cmd_PARAMS_SETUP");
-                notes.running(last);
-                std::abort();
-            },
-            kLimit);
+        return run_apart([last](Notes& notes) {
+            notes.running("PF_Cmd_PARAMS_SETUP");
+            notes.running(last);
+            std::abort();
+        });
     };
     EXPECT_EQ(dies("PF_Cmd_ABOUT").running, "PF_Cmd_ABOUT") << "shorter than the one before";
     EXPECT_EQ(dies(nullptr).running, "") << "none ran";
@@ -262,15 +243,13 @@ void expect_left(const Heard& heard, const std::string& text) {
 TEST(Probe, AnEndIsOneThoughOthersHoldThePipes) {
     for (const bool crash : {false, true}) {
         const auto begin = std::chrono::steady_clock::now();
-        const Heard heard = run_apart(
-            [=](Notes& notes) {
-                notes.keep("holder", fork_a_holder());
-                if (crash) {
-                    std::fputs("last words\n", stderr);
-                    std::abort();
-                }
-            },
-            kLimit);
+        const Heard heard = run_apart([=](Notes& notes) {
+            notes.keep("holder", fork_a_holder());
+            if (crash) {
+                std::fputs("last words\n", stderr);
+                std::abort();
+            }
+        });
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
         EXPECT_EQ(heard.died, crash ? "killed by SIGABRT" : "");
         EXPECT_EQ(heard.last_words, crash ? "last words" : "");
@@ -435,15 +414,6 @@ TEST(Reaper, PassesOnWhatIsToldAndWhatTheHearerThrows) {
         check::run_reaped(count, [](const nlohmann::json&) { throw std::runtime_error("enough"); }),
         std::runtime_error);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "nobody is left to wait for";
-}
-
-TEST(Probe, TheChildLeadsAGroupOfItsOwn) {
-    const Heard heard = run_apart([](Notes& notes) {
-        notes.keep("leads", getpgid(0) == getpid());
-        notes.keep("group", getpgid(0));
-    });
-    EXPECT_EQ(heard.kept["leads"], true);
-    EXPECT_NE(heard.kept["group"], getpgid(0));
 }
 
 TEST(Probe, SaysWhyThereCanBeNoProcess) {

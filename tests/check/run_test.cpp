@@ -5,12 +5,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "report_support.h"
+
 namespace {
+
+using report_support::texts;
 
 using check::Finding;
 using check::Report;
@@ -32,14 +35,6 @@ Row row_of(const std::string& match_name, const std::vector<Finding>& findings) 
     return run.finish().rows.front();
 }
 
-Texts texts(const Row& row) {
-    Texts all;
-    for (const check::RowFinding& finding : row.findings) {
-        all.push_back(finding.text);
-    }
-    return all;
-}
-
 TEST(EnteredRow, PassesWithItsAnswerWhenNothingIsFound) {
     const Row row = row_of("An Effect", {});
     EXPECT_EQ(row.id, "frames.float");
@@ -57,30 +52,32 @@ TEST(EnteredRow, KeepsAllFindingsAndTellsTheFirst) {
     EXPECT_EQ(row.verdict, Verdict::Fail);
 }
 
-TEST(EnteredRow, IsKeptWhereTheContractKeepsAllThatIsFound) {
-    const Row row = row_of("Lumivar Star Field", {{"six", kStaysOut}});
-    EXPECT_EQ(row.verdict, Verdict::Kept);
-    ASSERT_EQ(row.findings.size(), 1U);
-    EXPECT_EQ(row.findings[0].deviation, kStaysOut);
-    EXPECT_TRUE(row.findings[0].kept);
-    EXPECT_EQ(row.deviations, Texts{kStaysOut});
-}
-
-TEST(EnteredRow, FailsForTheRestAndTellsItFirst) {
-    const Row row = row_of("Lumivar Star Field", {{"six", kStaysOut}, {"worse"}});
-    EXPECT_EQ(row.verdict, Verdict::Fail);
-    EXPECT_EQ(row.answer, "worse; six");
-    ASSERT_EQ(row.findings.size(), 2U);
-    EXPECT_FALSE(row.findings[0].kept);
-    EXPECT_TRUE(row.findings[1].kept);
-    EXPECT_EQ(row.deviations, Texts{kStaysOut});
-}
-
-TEST(EnteredRow, FailsInAnEffectOfAnotherName) {
-    const Row row = row_of("Another", {{"six", kStaysOut}});
-    EXPECT_EQ(row.verdict, Verdict::Fail);
-    EXPECT_FALSE(row.findings.at(0).kept);
-    EXPECT_EQ(row.deviations, Texts{kStaysOut}) << "it shows all the same";
+TEST(EnteredRow, IsKeptWhereTheContractOfThatEffectKeepsAllThatIsFound) {
+    const Finding six = {"six", kStaysOut};
+    const struct {
+        const char* match_name;
+        std::vector<Finding> findings;
+        Verdict verdict;
+        std::string answer;
+        std::vector<bool> kept;
+    } cases[] = {
+        {"Lumivar Star Field", {six}, Verdict::Kept, "six", {true}},
+        // The rest is told first.
+        {"Lumivar Star Field", {six, {"worse"}}, Verdict::Fail, "worse; six", {false, true}},
+        // It shows all the same.
+        {"Another", {six}, Verdict::Fail, "six", {false}}};
+    for (const auto& each : cases) {
+        const Row row = row_of(each.match_name, each.findings);
+        EXPECT_EQ(row.verdict, each.verdict);
+        EXPECT_EQ(row.answer, each.answer);
+        std::vector<bool> kept;
+        for (const check::RowFinding& finding : row.findings) {
+            kept.push_back(finding.kept);
+        }
+        EXPECT_EQ(kept, each.kept);
+        EXPECT_EQ(row.findings.back().deviation, kStaysOut);
+        EXPECT_EQ(row.deviations, Texts{kStaysOut});
+    }
 }
 
 TEST(EnteredTexts, ActOnNoTerminal) {
@@ -109,12 +106,11 @@ TEST(EnteredTexts, ActOnNoTerminal) {
 
 TEST(RunProgress, TellsWhatIsProbedBeforeItIs) {
     std::vector<std::pair<std::size_t, std::string>> told;
-    check::Options options;
-    options.time_limit = std::chrono::milliseconds(60000);
-    options.progress = [&](std::size_t probes, const std::string& row) {
+    const auto progress = [&](std::size_t probes, const std::string& row) {
         told.emplace_back(probes, row);
     };
-    Checking run(CONFORMING_EFFECT, options);
+    Checking run(CONFORMING_EFFECT,
+                 {.time_limit = report_support::kPatience, .progress = progress});
     const auto body = [](check::Notes& notes) { notes.say("here"); };
     EXPECT_EQ(run.probe("frames.float", body).text("said"), "here");
     run.probe("faults.\x1B", body);
@@ -123,9 +119,7 @@ TEST(RunProgress, TellsWhatIsProbedBeforeItIs) {
 }
 
 TEST(RunOfSomeRows, KnowsWhatItHasToLookAt) {
-    check::Options options;
-    options.rows = "faults.set";
-    const Checking some(CONFORMING_EFFECT, options);
+    const Checking some(CONFORMING_EFFECT, {.rows = "faults.set"});
     EXPECT_TRUE(some.needs("faults"));
     EXPECT_TRUE(some.needs("faults.set-up.abort"));
     EXPECT_FALSE(some.needs("faults.abort"));
@@ -135,8 +129,8 @@ TEST(RunOfSomeRows, KnowsWhatItHasToLookAt) {
     EXPECT_TRUE(some.stands("controls.ids")) << "nobody looked";
     EXPECT_FALSE(some.stands("faults.set-up.abort")) << "it should be there";
     EXPECT_FALSE(some.wants("faults."));
-    options.rows = "kept.";
-    EXPECT_TRUE(Checking(CONFORMING_EFFECT, options).needs("frames.float")) << "the list needs all";
+    EXPECT_TRUE(Checking(CONFORMING_EFFECT, {.rows = "kept."}).needs("frames.float"))
+        << "the list needs all";
 }
 
 TEST(DefectOfTheCheck, IsNoRowOfThePlugInAndDoesNotPass) {
