@@ -16,32 +16,20 @@ using host::DeclaredControl;
 using host::Track;
 
 std::vector<DeclaredControl> controls() {
-    DeclaredControl layer;
-    layer.kind = ControlKind::Layer;
-    layer.name = "Mask Layer";
-    DeclaredControl brightness;
-    brightness.kind = ControlKind::FloatSlider;
-    brightness.name = "Star Brightness";
-    brightness.valid = {0.0, 1000.0};
-    brightness.value = 5.0;
-    DeclaredControl segments;
-    segments.kind = ControlKind::Slider;
-    segments.name = "Motion Blur Segments";
-    segments.valid = {0.0, 100.0};
-    segments.value = 1.0;
-    DeclaredControl depth;
-    depth.kind = ControlKind::Checkbox;
-    depth.name = "3D Stars";
-    depth.value = 1.0;
-    DeclaredControl tint;
-    tint.kind = ControlKind::Colour;
-    tint.name = "Tint Color";
-    tint.colour = {255, 128, 128, 128};
-    DeclaredControl projection;
-    projection.kind = ControlKind::Popup;
-    projection.name = "Projection";
-    projection.choices = {"Persp", "HemiSph", "AzEqu"};
-    return {layer, brightness, segments, depth, tint, projection};
+    return {{.name = "Mask Layer", .kind = ControlKind::Layer},
+            {.name = "Star Brightness",
+             .kind = ControlKind::FloatSlider,
+             .valid = {0, 1000},
+             .value = 5},
+            {.name = "Motion Blur Segments",
+             .kind = ControlKind::Slider,
+             .valid = {0, 100},
+             .value = 1},
+            {.name = "3D Stars", .kind = ControlKind::Checkbox, .value = 1},
+            {.name = "Tint Color", .kind = ControlKind::Colour, .colour = {255, 128, 128, 128}},
+            {.name = "Projection",
+             .kind = ControlKind::Popup,
+             .choices = {"Persp", "HemiSph", "AzEqu"}}};
 }
 enum Place { kLayer, kBrightness, kSegments, kDepth, kTint, kProjection };
 
@@ -71,13 +59,10 @@ TEST(ControlValues, AreTheDeclaredOnesWhereTheSceneSaysNothing) {
     EXPECT_EQ(values.colour(kTint, 0.0), (Argb{255, 128, 128, 128}));
 }
 
-TEST(ControlValues, FollowKeysInFloatSliders) {
-    const auto set = setting("Star Brightness", Track({{0.0, 2.0}, {2.0, 3.0}}));
-    EXPECT_EQ(number(set, kBrightness, 0.5), 2.25);
-    EXPECT_EQ(number(set, kBrightness, 9.0), 3.0);
-}
-
-TEST(ControlValues, AreRoundedInIntegerSliders) {
+TEST(ControlValues, FollowKeysInFloatSlidersAndAreRoundedInIntegerOnes) {
+    const auto bright = setting("Star Brightness", Track({{0.0, 2.0}, {2.0, 3.0}}));
+    EXPECT_EQ(number(bright, kBrightness, 0.5), 2.25);
+    EXPECT_EQ(number(bright, kBrightness, 9.0), 3.0);
     const auto set = setting("Motion Blur Segments", Track({{0.0, 2.0}, {1.0, 4.0}}));
     EXPECT_EQ(number(set, kSegments, 0.2), 2.0);   // 2.4
     EXPECT_EQ(number(set, kSegments, 0.25), 3.0);  // 2.5
@@ -85,7 +70,7 @@ TEST(ControlValues, AreRoundedInIntegerSliders) {
     EXPECT_EQ(number(setting("Motion Blur Segments", Track(7.6)), kSegments), 8.0);
 }
 
-TEST(ControlValues, HoldInCheckboxesAndPopups) {
+TEST(ControlValues, HoldInCheckboxesAndPopupsWhichTakeChoicesByNameAndByNumberFromOne) {
     const auto box = setting("3D Stars", Track({{1.0, 1.0}, {2.0, 0.0}}));
     EXPECT_EQ(number(box, kDepth, 0.0), 1.0) << "before the first key";
     EXPECT_EQ(number(box, kDepth, 1.999), 1.0);
@@ -93,9 +78,6 @@ TEST(ControlValues, HoldInCheckboxesAndPopups) {
     const auto popup = setting("Projection", Track({{0.0, 1.0}, {1.0, 3.0}}));
     EXPECT_EQ(number(popup, kProjection, 0.9), 1.0);
     EXPECT_EQ(number(popup, kProjection, 1.0), 3.0);
-}
-
-TEST(ControlValues, TakeChoicesByNameAndByNumberFromOne) {
     EXPECT_EQ(number(setting("Projection", std::string("Persp")), kProjection), 1.0);
     EXPECT_EQ(number(setting("Projection", std::string("AzEqu")), kProjection), 3.0);
     EXPECT_EQ(number(setting("Projection", Track(2.0)), kProjection), 2.0);
@@ -108,13 +90,10 @@ TEST(ControlValues, RoundColoursToEightBits) {
     EXPECT_EQ(values.colour(kTint, 0.5), (Argb{255, 0, 255, 15}));
 }
 
-TEST(ControlValues, TakeTheLaterOfTwoSettings) {
+TEST(ControlValues, AcceptTheEndsOfTheValidRangeAndTheLaterOfTwoSettings) {
     const ControlValues values(controls(), {setting("Star Brightness", Track(1.0)),
                                             setting("Star Brightness", Track(8.0))});
     EXPECT_EQ(values.number(kBrightness, 0.0), 8.0);
-}
-
-TEST(ControlValues, AcceptTheEndsOfTheValidRange) {
     EXPECT_EQ(refusal(setting("Star Brightness", Track(0.0))), "accepted");
     EXPECT_EQ(refusal(setting("Star Brightness", Track(1000.0))), "accepted");
     EXPECT_EQ(refusal(setting("Motion Blur Segments", Track(100.0))), "accepted");

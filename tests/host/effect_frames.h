@@ -43,19 +43,19 @@ inline int count(const std::vector<host::Call>& calls, const std::string& name) 
         calls.begin(), calls.end(), [&](const host::Call& call) { return call.name == name; }));
 }
 
+inline std::vector<std::int32_t> statuses(const host::Frame& frame, const std::string& name) {
+    std::vector<std::int32_t> found;
+    for (const host::Call& call : frame.calls) {
+        if (call.name == name) {
+            found.push_back(call.status);
+        }
+    }
+    return found;
+}
+
 inline const std::vector<std::string> kPlainCommands = {
     "PF_Cmd_QUERY_DYNAMIC_FLAGS", "PF_Cmd_FRAME_SETUP", "PF_Cmd_RENDER", "PF_Cmd_FRAME_SETDOWN"};
 
-inline host::RenderOptions at_depth(host::Depth depth) {
-    host::RenderOptions options;
-    options.depth = depth;
-    return options;
-}
-
-inline host::SessionOptions in_premiere() {
-    host::SessionOptions options;
-    options.application = host::Application::Premiere;
-    return options;
-}
+inline const host::SessionOptions kInPremiere = {.application = host::Application::Premiere};
 
 }  // namespace effect_frames

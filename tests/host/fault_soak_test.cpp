@@ -7,16 +7,15 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "process.h"
-#include "random_faults.h"
 #include "starry.h"
 
 namespace {
@@ -46,17 +45,40 @@ bool is_kept_habit(const host::Violation& violation) {
            violation.rule == Rule::LayerNotHeld;
 }
 
-/// Whether any pixel differs from another: stars on black.
-bool shows_stars(const Frame& frame) {
-    const std::vector<std::byte> all = frame.world.packed();
-    const auto pixel = static_cast<std::size_t>(bytes_per_pixel(frame.world.depth()));
-    for (std::size_t at = pixel; at + pixel <= all.size(); at += pixel) {
-        if (std::memcmp(&all[0], &all[at], pixel) != 0) {
-            return true;
+/// Faults drawn at random, the same ones for the same seed on every machine. What can fail and how
+/// often it is called is learned from the calls of good frames, so that nothing is left out.
+class RandomFaults {
+public:
+    RandomFaults(std::uint64_t seed, const std::vector<host::Call>& calls)
+        : engine_(seed), calls_(host::calls_that_can_fail(calls)) {
+        for (const auto& [name, count] : calls_) {
+            names_.push_back(name);
         }
     }
-    return false;
-}
+
+    /// What can fail, with the number of calls in the good frames.
+    const std::map<std::string, int>& calls() const { return calls_; }
+
+    /// One to three: every name is as likely as any other, and of its calls each as well, or, one
+    /// time in eight, all.
+    std::vector<host::CallFault> draw() {
+        std::vector<host::CallFault> faults(1 + below(3));
+        for (host::CallFault& fault : faults) {
+            fault.call = names_[below(names_.size())];
+            const auto count = static_cast<std::size_t>(calls_.at(fault.call));
+            fault.nth = below(8) == 0 ? 0 : static_cast<int>(1 + below(count));
+            fault.status = kStatuses[below(kStatuses.size())];
+        }
+        return faults;
+    }
+
+private:
+    std::size_t below(std::size_t bound) { return static_cast<std::size_t>(engine_() % bound); }
+
+    std::mt19937_64 engine_;
+    std::map<std::string, int> calls_;
+    std::vector<std::string> names_;
+};
 
 bool sent(const Frame& frame, const std::string& command) {
     return std::any_of(frame.calls.begin(), frame.calls.end(),
@@ -97,12 +119,11 @@ TEST_F(Lumivar, LeavesEveryFrameWholeOrUntouchedAndLosesNothingHoweverTheHostFai
     project.layers.push_back(project.layers[0]);
     project.layers[1].start = {1, 8};
     host::FaultPlan plan;
-    host::SessionOptions session_options;
-    session_options.filter = plan.filter();
-    Session session(bundle(), session_options);
+    Session session(bundle(), {.filter = plan.filter()});
     std::vector<std::unique_ptr<EffectInstance>> effects;
-    effects.push_back(std::make_unique<EffectInstance>(session, project, 0));
-    effects.push_back(std::make_unique<EffectInstance>(session, project, 1));
+    for (const std::size_t layer : {0, 1}) {
+        effects.push_back(std::make_unique<EffectInstance>(session, project, layer));
+    }
 
     // What there is to fail: the calls of good frames, and those of the one that has to tell of a
     // missing suite.
@@ -111,9 +132,8 @@ TEST_F(Lumivar, LeavesEveryFrameWholeOrUntouchedAndLosesNothingHoweverTheHostFai
     for (const auto& effect : effects) {
         for (const Depth depth : {Depth::Bits8, Depth::Bits16, Depth::Float}) {
             for (const int index : {3, 40}) {
-                RenderOptions options;
-                options.depth = depth;
-                twins.push_back({effect.get(), project.composition.frame_time(index), options, {}});
+                twins.push_back(
+                    {effect.get(), project.composition.frame_time(index), {.depth = depth}, {}});
                 const Frame frame = twins.back().render();
                 ASSERT_TRUE(shows_stars(frame));
                 twins.back().good = frame.world.packed();
@@ -127,7 +147,7 @@ TEST_F(Lumivar, LeavesEveryFrameWholeOrUntouchedAndLosesNothingHoweverTheHostFai
             calls.push_back(call);
         }
     }
-    RandomFaults faults(20061, calls, kStatuses);
+    RandomFaults faults(20061, calls);
     ASSERT_EQ(faults.calls().count("sprintf"), 1U);
     ASSERT_EQ(faults.calls().count("AcquireSuite"), 1U);
 

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <host/instance.h>
 
-#include <algorithm>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -20,18 +19,16 @@ using host::Frame;
 using host::PreRender;
 using host::Project;
 using host::Rect;
-using host::RenderOptions;
 using host::Session;
 using host::Time;
 using host::Track;
 using session_scene::set;
 using session_scene::small_scene;
 
-void expect_no_violation(const Session& session) { EXPECT_EQ(joined(session.violations()), ""); }
-
 class Instances : public testing::Test {
 protected:
     Instances() : project(small_scene()) {}
+    ~Instances() override { EXPECT_EQ(joined(session.violations()), ""); }
 
     Time frame_time(int index) const { return project.composition.frame_time(index); }
 
@@ -39,7 +36,8 @@ protected:
     Project project;
 };
 
-TEST_F(Instances, BeginAndEndTheirOwnSequences) {
+TEST_F(Instances, BeginAndEndTheirOwnSequencesForALayerOfTheProject) {
+    EXPECT_THROW(EffectInstance(session, project, 1), std::out_of_range);
     {
         const EffectInstance one(session, project);
         const EffectInstance two(session, project);
@@ -50,11 +48,6 @@ TEST_F(Instances, BeginAndEndTheirOwnSequences) {
                   "PF_Cmd_GLOBAL_SETUP", "PF_Cmd_PARAMS_SETUP", "PF_Cmd_SEQUENCE_SETUP",
                   "PF_Cmd_SEQUENCE_SETUP", "PF_Cmd_SEQUENCE_SETUP", "PF_Cmd_SEQUENCE_SETDOWN",
                   "PF_Cmd_SEQUENCE_SETDOWN", "PF_Cmd_SEQUENCE_SETDOWN", "PF_Cmd_GLOBAL_SETDOWN"}));
-    expect_no_violation(session);
-}
-
-TEST_F(Instances, NeedALayerOfTheProject) {
-    EXPECT_THROW(EffectInstance(session, project, 1), std::out_of_range);
 }
 
 TEST_F(Instances, ReadTheControlsOfTheirOwnLayerOverLayerTime) {
@@ -73,7 +66,6 @@ TEST_F(Instances, ReadTheControlsOfTheirOwnLayerOverLayerTime) {
     EXPECT_EQ(fact(frame, kTimeStep) / fact(frame, kTimeScale), 0.5 / 24.0);
     EXPECT_EQ(frame.time.seconds(), 1.5);
     EXPECT_EQ(frame.layer_time.seconds(), 0.25);
-    expect_no_violation(session);
 }
 
 TEST_F(Instances, SeeTheCameraAtCompositionTime) {
@@ -119,14 +111,11 @@ TEST_F(Instances, LookThroughTheTopmostCameraActiveAtTheFrame) {
     EXPECT_EQ(place(35), 5.0);
     EXPECT_EQ(place(36), 6.0);
     EXPECT_EQ(place(48), std::nullopt);
-    expect_no_violation(session);
 }
 
 TEST_F(Instances, AreAskedForAPartOfTheLayer) {
-    RenderOptions options;
-    options.region = Rect{4, 10, 60, 30};
     EffectInstance effect(session, project);
-    const Frame frame = effect.render(frame_time(0), options);
+    const Frame frame = effect.render(frame_time(0), {.region = Rect{4, 10, 60, 30}});
     EXPECT_EQ(frame.result_rect, (Rect{4, 10, 60, 30}));
     EXPECT_EQ(frame.max_result_rect, (Rect{0, 0, 64, 36})) << "whatever was asked for";
     EXPECT_EQ(frame.world.width(), 56);
@@ -135,28 +124,22 @@ TEST_F(Instances, AreAskedForAPartOfTheLayer) {
     expect_facts(frame,
                  {{kOriginX, 4}, {kOriginY, 10}, {kReferenceWidth, 64}, {kReferenceHeight, 36}});
     // Only the part inside the layer.
-    options.region = Rect{-8, 20, 200, 60};
-    const Frame beyond = effect.render(frame_time(0), options);
+    const Frame beyond = effect.render(frame_time(0), {.region = Rect{-8, 20, 200, 60}});
     EXPECT_EQ(beyond.result_rect, (Rect{0, 20, 64, 36}));
     EXPECT_EQ(beyond.undrawn_pixels, 0u);
     // Nothing asked for, nothing rendered.
-    options.region = Rect{};
-    const Frame none = effect.render(frame_time(0), options);
+    const Frame none = effect.render(frame_time(0), {.region = Rect{}});
     EXPECT_FALSE(none.rendered);
     EXPECT_EQ(none.max_result_rect, (Rect{0, 0, 64, 36}));
     EXPECT_EQ(none.data_deletions, 1);
-    expect_no_violation(session);
 }
 
 TEST_F(Instances, HearOfSizePreviewAndPixelAspect) {
     project.layers[0].width = 128;
     project.layers[0].height = 80;
     project.layers[0].pixel_aspect = {10, 11};
-    RenderOptions options;
-    options.width = 64;
-    options.height = 20;
     EffectInstance effect(session, project);
-    const Frame frame = effect.render(frame_time(0), options);
+    const Frame frame = effect.render(frame_time(0), {.width = 64, .height = 20});
     // The item is the composition.
     expect_facts(frame, {{kInWidth, 128},
                          {kInHeight, 80},
@@ -206,13 +189,14 @@ TEST_F(Instances, RenderTheirPreRendersInAnyOrder) {
         EXPECT_EQ(pre->frame().data_deletions, 1);
     }
     EXPECT_EQ(session.live_handles(), 0u);
-    expect_no_violation(session);
 }
 
 TEST_F(Instances, LoseTheirDataOnceHoweverThePreRenderEnds) {
     EffectInstance effect(session, project);
+    EffectInstance other(session, project);
     {
         PreRender discarded = effect.pre_render(frame_time(0));
+        EXPECT_THROW(other.render(discarded), std::logic_error);
         EXPECT_TRUE(discarded.renderable());
         discarded.discard();
         EXPECT_FALSE(discarded.renderable());
@@ -229,15 +213,6 @@ TEST_F(Instances, LoseTheirDataOnceHoweverThePreRenderEnds) {
         EXPECT_EQ(session.live_handles(), 2u);
     }
     EXPECT_EQ(session.live_handles(), 0u);
-    expect_no_violation(session);
-}
-
-TEST_F(Instances, RenderNoPreRendersOfOthers) {
-    EffectInstance one(session, project);
-    EffectInstance two(session, project);
-    PreRender pre = one.pre_render(frame_time(0));
-    EXPECT_THROW(two.render(pre), std::logic_error);
-    EXPECT_TRUE(pre.renderable());
 }
 
 TEST_F(Instances, AreBlamedForWhatAFrameNeverGivesBack) {
@@ -246,9 +221,10 @@ TEST_F(Instances, AreBlamedForWhatAFrameNeverGivesBack) {
     {
         PreRender pre = effect.pre_render(frame_time(0));
         effect.render(pre);
-        expect_no_violation(session);
+        EXPECT_EQ(joined(session.violations()), "");
     }
     EXPECT_EQ(joined(session.violations()), "1 host handles were not disposed of");
+    session.forget();
 }
 
 TEST_F(Instances, ThrowInADeleterIsAViolationWhenNobodyCanBeTold) {
@@ -257,24 +233,22 @@ TEST_F(Instances, ThrowInADeleterIsAViolationWhenNobodyCanBeTold) {
     { const PreRender pre = effect.pre_render(frame_time(0)); }
     ASSERT_EQ(session.violations().size(), 1u);
     EXPECT_NE(session.violations()[0].text.find("deleter trouble"), std::string::npos);
+    session.forget();
     PreRender told = effect.pre_render(frame_time(0));
     EXPECT_THROW(told.discard(), host::ModuleDefect);
 }
 
 TEST(PremiereInstances, HaveNoPreRenders) {
-    Session session(TEST_EFFECT, in_premiere());
+    Session session(TEST_EFFECT, kInPremiere);
     const Project project(small_scene());
     EffectInstance effect(session, project);
-    const RenderOptions eight = at_depth(host::Depth::Bits8);
+    const host::RenderOptions eight = {.depth = host::Depth::Bits8};
     EXPECT_THROW(effect.pre_render({0, 24}, eight), host::FrameError);
     const Frame frame = effect.render({0, 24}, eight);
     EXPECT_EQ(names(frame.calls, "PF_Cmd"), kPlainCommands);
     // The effect asks for 16-bit pixels first.
-    const auto deep = std::find_if(frame.calls.begin(), frame.calls.end(), [](const auto& call) {
-        return call.name == "get_pixel_data16";
-    });
-    ASSERT_NE(deep, frame.calls.end());
-    EXPECT_EQ(deep->status, 515) << "there is no such call in this host";
+    EXPECT_EQ(statuses(frame, "get_pixel_data16"), std::vector<std::int32_t>{515})
+        << "there is no such call in this host";
     EXPECT_TRUE(frame.drawn);
 }
 

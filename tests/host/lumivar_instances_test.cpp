@@ -22,6 +22,9 @@ using host::Session;
 using host::Time;
 using host::Track;
 
+/// A preview of half the size.
+const RenderOptions kHalf = {.width = 48, .height = 27};
+
 class LumivarInstances : public Lumivar {
 protected:
     LumivarInstances() : project(starry_scene()) { add_stars(); }
@@ -41,50 +44,20 @@ protected:
     Project project;
 };
 
-std::vector<float> pixels(const Frame& frame) {
-    std::vector<float> all;
-    std::vector<float> row(4 * static_cast<std::size_t>(frame.world.width()));
-    for (int y = 0; y < frame.world.height(); ++y) {
-        frame.world.read_row<float>(y, row);
-        all.insert(all.end(), row.begin(), row.end());
-    }
-    return all;
-}
-
-bool shows_stars(const Frame& frame) {
-    const std::vector<float> all = pixels(frame);
-    for (std::size_t i = 0; i < all.size(); i += 4) {
-        if (all[i + 1] > 0.0F || all[i + 2] > 0.0F || all[i + 3] > 0.0F) {
-            return true;
-        }
-    }
-    return false;
-}
-
-RenderOptions sized(int width, int height) {
-    RenderOptions options;
-    options.width = width;
-    options.height = height;
-    return options;
-}
-
 // The effect draws its whole view into whatever it is handed, and users' projects count on it.
 
 TEST_F(LumivarInstances, DrawTheWholeViewIntoTheRegionAskedFor) {
-    RenderOptions options;
-    options.region = Rect{24, 13, 72, 40};
-    const Frame part = alone(options);
+    const Frame part = alone({.region = Rect{24, 13, 72, 40}});
     EXPECT_EQ(part.result_rect, (Rect{24, 13, 72, 40}));
     EXPECT_EQ(part.max_result_rect, (Rect{0, 0, 96, 54}));
     ASSERT_TRUE(shows_stars(part));
-    EXPECT_EQ(pixels(part), pixels(alone(sized(48, 27)))) << "not the middle of the frame";
+    EXPECT_EQ(bytes(part), bytes(alone(kHalf))) << "not the middle of the frame";
 }
 
 TEST_F(LumivarInstances, DrawSpotsOfTheSamePixelsInAPreview) {
     // One star in the middle, its spot far larger than its pixel: were the preview compensated
     // for, the spot would be half as wide in it.
     add_stars("sky.stars", {star_at(kRa, kDec, 1.0F)});
-    project.layers[0].controls = {};
     host::Scene scene = starry_scene();
     set(scene, "Star Brightness", Track(1000.0));
     set(scene, "Maximum Luminance", Track(10.0));
@@ -100,14 +73,14 @@ TEST_F(LumivarInstances, DrawSpotsOfTheSamePixelsInAPreview) {
     };
     const int full = lit_columns(alone());
     EXPECT_GT(full, 4);
-    EXPECT_EQ(lit_columns(alone(sized(48, 27))), full);
+    EXPECT_EQ(lit_columns(alone(kHalf)), full);
 }
 
 TEST_F(LumivarInstances, DrawSquarePixelsWhateverTheirAspect) {
     const Frame square = alone();
     project.layers[0].pixel_aspect = {4, 3};
     ASSERT_TRUE(shows_stars(square));
-    EXPECT_EQ(pixels(alone()), pixels(square));
+    EXPECT_EQ(bytes(alone()), bytes(square));
 }
 
 TEST_F(LumivarInstances, SampleTheCameraInNestedTime) {
@@ -146,9 +119,9 @@ TEST_F(LumivarInstances, FollowCamerasThatComeAndGo) {
     const Frame lower = effect.render(frame_time(12));
     ASSERT_EQ(lower.camera_times.size(), 1u);
     EXPECT_TRUE(shows_stars(lower));
-    EXPECT_NE(pixels(lower), pixels(none));
+    EXPECT_NE(bytes(lower), bytes(none));
     EXPECT_FALSE(shows_stars(effect.render(frame_time(24)))) << "the upper one sees empty sky";
-    EXPECT_EQ(pixels(effect.render(frame_time(36))), pixels(lower)) << "the upper one has gone";
+    EXPECT_EQ(bytes(effect.render(frame_time(36))), bytes(lower)) << "the upper one has gone";
     EXPECT_TRUE(effect.render(frame_time(48)).camera_times.empty());
 }
 
@@ -162,13 +135,13 @@ TEST_F(LumivarInstances, KeepTheirSnapshotsApart) {
     project.layers.push_back(Project(red).layers[0]);
 
     // Each frame by itself in a session of its own.
-    std::vector<std::vector<float>> expected;
+    std::vector<std::vector<std::byte>> expected;
     for (const auto& [layer, index] : {std::pair{0, 0}, {1, 0}, {0, 24}, {1, 24}}) {
         Session session(bundle());
         EffectInstance effect(session, project, static_cast<std::size_t>(layer));
         const Frame frame = effect.render(frame_time(index));
         ASSERT_TRUE(shows_stars(frame));
-        expected.push_back(pixels(frame));
+        expected.push_back(bytes(frame));
     }
     ASSERT_NE(expected[0], expected[1]);
     ASSERT_NE(expected[0], expected[2]);
@@ -183,13 +156,13 @@ TEST_F(LumivarInstances, KeepTheirSnapshotsApart) {
         PreRender never = one.pre_render(frame_time(12));
         PreRender two_late = two.pre_render(frame_time(24));
         project.cameras.clear();
-        EXPECT_EQ(pixels(two.render(two_late)), expected[3]);
-        EXPECT_EQ(pixels(one.render(one_early)), expected[0]);
+        EXPECT_EQ(bytes(two.render(two_late)), expected[3]);
+        EXPECT_EQ(bytes(one.render(one_early)), expected[0]);
         never.discard();
         EXPECT_EQ(never.frame().data_deletions, 1);
-        EXPECT_EQ(pixels(one.render(one_late)), expected[2]);
+        EXPECT_EQ(bytes(one.render(one_late)), expected[2]);
         one_late.discard();
-        EXPECT_EQ(pixels(two.render(two_early)), expected[1]);
+        EXPECT_EQ(bytes(two.render(two_early)), expected[1]);
     }
     EXPECT_EQ(session.live_handles(), 0u);
     session.close();

@@ -30,9 +30,8 @@ TEST_F(Lumivar, KeepsTheRulesFromLoadingToSetDown) {
     Session session(bundle());
     const Scene scene = starry_scene();
     for (const Depth depth : {Depth::Bits8, Depth::Bits16, Depth::Float}) {
-        RenderOptions options;
-        options.depth = depth;
-        const Frame frame = session.render(scene, scene.composition.frame_time(3), options);
+        const Frame frame =
+            session.render(scene, scene.composition.frame_time(3), {.depth = depth});
         EXPECT_EQ(frame.status, 0);
         EXPECT_EQ(frame.undrawn_pixels, 0u);
         EXPECT_EQ(frame.data_deletions, 1);
@@ -49,13 +48,7 @@ TEST_F(Lumivar, KeepsTheRulesFromLoadingToSetDown) {
 
 TEST_F(Lumivar, CanBeSetUpAgainAfterSetDown) {
     add_stars();
-    const Frame first = render(starry_scene());
-    const Frame second = render(starry_scene());
-    for (int y = 0; y < 54; ++y) {
-        for (int x = 0; x < 96; ++x) {
-            ASSERT_EQ(first.world.pixel<float>(x, y), second.world.pixel<float>(x, y));
-        }
-    }
+    EXPECT_EQ(bytes(render(starry_scene())), bytes(render(starry_scene())));
 }
 
 /// The brightest pixel.
@@ -109,8 +102,6 @@ TEST_F(Lumivar, UsesTheDatabaseChosenByName) {
 }
 
 TEST_F(Lumivar, AnswersAFailedFrameWithStatus0AndAnUntouchedOutput) {
-    RenderOptions strange;
-    strange.pixel_format = 0x61726762;
     const auto expect_untouched = [&](const auto& change, const RenderOptions& options = {}) {
         Session session(bundle());
         change();
@@ -127,7 +118,7 @@ TEST_F(Lumivar, AnswersAFailedFrameWithStatus0AndAnUntouchedOutput) {
     expect_untouched([] {});
     expect_untouched([&] { fs::remove(database); });
     expect_untouched([&] { write_file(database, ""); });
-    expect_untouched([] {}, strange);
+    expect_untouched([] {}, {.pixel_format = 0x61726762});
 }
 
 /// The outermost columns with at least half the light of the brightest: a streak of even light

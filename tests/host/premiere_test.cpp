@@ -5,13 +5,13 @@
 
 #include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "modules/test_effect.h"
 #include "session_scene.h"
+#include "support/variable.h"
 #include "violations.h"
 
 namespace {
@@ -35,25 +35,19 @@ constexpr std::int32_t kBgraFloat = 0x61724742;
 /// A session with an effect that declares to Premiere Pro what the mischief says.
 class Premiere : public testing::Test {
 protected:
-    ~Premiere() override { unsetenv("MISCHIEF"); }
-
-    Session open(Mischief mischief) const {
-        setenv("MISCHIEF", std::to_string(mischief).c_str(), 1);
-        host::SessionOptions options;
-        options.application = host::Application::Premiere;
-        return Session(CONFORMING_EFFECT, options);
+    Session open(Mischief mischief) {
+        asked_.set(std::to_string(mischief));
+        return Session(CONFORMING_EFFECT, {.application = host::Application::Premiere});
     }
 
     /// The effect fills with the alpha 255, red of the control, green 60, blue 70.
     static Frame draw(Session& session, Depth depth) {
         host::Scene scene = session_scene::small_scene();
         scene.controls.push_back(session_scene::set("Count", Track(9.0)));
-        host::RenderOptions options;
-        options.depth = depth;
-        return session.render(scene, {0, 24}, options);
+        return session.render(scene, {0, 24}, {.depth = depth});
     }
 
-    Frame draw(Mischief mischief, Depth depth) const {
+    Frame draw(Mischief mischief, Depth depth) {
         Session session = open(mischief);
         Frame frame = draw(session, depth);
         EXPECT_EQ(frame.undrawn_pixels, 0U);
@@ -70,7 +64,13 @@ protected:
         }
         return "none";
     }
+
+private:
+    Variable asked_{"MISCHIEF", ""};
 };
+
+constexpr char kNoSixteen[] = "the effect does not declare 16-bit BGRA to Premiere Pro";
+constexpr char kNoFloats[] = "the effect does not declare float BGRA to Premiere Pro";
 
 /// The pixel's channels in their order in memory.
 template <class Channel>
@@ -109,36 +109,28 @@ TEST_F(Premiere, GivesEightBitArgbToAnEffectThatDeclaresNothing) {
     EXPECT_EQ(frame.pixel_format, kArgb8);
     EXPECT_EQ(frame.world.order(), ChannelOrder::Argb);
     EXPECT_EQ(in_memory<std::uint8_t>(frame, 63, 35), (Pixel<std::uint8_t>{255, 9, 60, 70}));
-    EXPECT_EQ(refusal(session, Depth::Bits16),
-              "the effect does not declare 16-bit BGRA to Premiere Pro");
-    EXPECT_EQ(refusal(session, Depth::Float),
-              "the effect does not declare float BGRA to Premiere Pro");
+    EXPECT_EQ(refusal(session, Depth::Bits16), kNoSixteen);
+    EXPECT_EQ(refusal(session, Depth::Float), kNoFloats);
 }
 
 TEST_F(Premiere, RefusesDepthsThatAreNotDeclared) {
     Session session = open(kPremiereFloat);
     EXPECT_EQ(refusal(session, Depth::Bits8), "none");
-    EXPECT_EQ(refusal(session, Depth::Bits16),
-              "the effect does not declare 16-bit BGRA to Premiere Pro")
+    EXPECT_EQ(refusal(session, Depth::Bits16), kNoSixteen)
         << "whatever it declares to After Effects";
     EXPECT_EQ(refusal(session, Depth::Float), "none");
-}
-
-TEST_F(Premiere, RefusesEightBitsTooBesideOtherFormats) {
-    Session session = open(kPremiereFloatAlone);
-    EXPECT_EQ(refusal(session, Depth::Bits8),
+    session.close();
+    Session alone = open(kPremiereFloatAlone);
+    EXPECT_EQ(refusal(alone, Depth::Bits8),
               "the effect declares neither 8-bit BGRA nor 8-bit ARGB to Premiere Pro");
-    EXPECT_EQ(refusal(session, Depth::Float), "none");
+    EXPECT_EQ(refusal(alone, Depth::Float), "none");
 }
 
 TEST_F(Premiere, TakesOfTwoFormatsOfADepthTheOneDeclaredFirst) {
     Session session = open(kPremiereArgb);
     EXPECT_EQ(draw(session, Depth::Bits8).pixel_format, kArgb8);
-    EXPECT_EQ(refusal(session, Depth::Bits16),
-              "the effect does not declare 16-bit BGRA to Premiere Pro")
-        << "deeper ARGB is After Effects' alone";
-    EXPECT_EQ(refusal(session, Depth::Float),
-              "the effect does not declare float BGRA to Premiere Pro");
+    EXPECT_EQ(refusal(session, Depth::Bits16), kNoSixteen) << "deeper ARGB is After Effects' alone";
+    EXPECT_EQ(refusal(session, Depth::Float), kNoFloats);
 }
 
 TEST_F(Premiere, ReadsWhatAnEffectWroteInItsOwnOrder) {

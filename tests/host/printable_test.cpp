@@ -17,14 +17,11 @@ TEST(Printable, LeavesWhatCanBeReadAsItIs) {
     }
 }
 
-TEST(Printable, ShowsControlCharactersInsteadOfObeying) {
+TEST(Printable, ShowsWhatActsOrTurnsTheDirectionOfWriting) {
     EXPECT_EQ(printable("\x1B[2Jgone\a"), "\\x1B[2Jgone\\x07");
     EXPECT_EQ(printable("one\ntwo\r\tthree"), "one\\ntwo\\r\\tthree");
     EXPECT_EQ(printable("a\0b\x7F"s), "a\\x00b\\x7F");
     EXPECT_EQ(printable("\u0080\u009B2J\u009F"), "\\xC2\\x80\\xC2\\x9B2J\\xC2\\x9F") << "C1";
-}
-
-TEST(Printable, ShowsWhatTurnsTheDirectionOfWriting) {
     EXPECT_EQ(printable("a\u202Eb\u2066c\u200F"),
               "a\\xE2\\x80\\xAEb\\xE2\\x81\\xA6c\\xE2\\x80\\x8F");
     EXPECT_EQ(printable("\u2028"), "\\xE2\\x80\\xA8") << "the end of a line";

@@ -13,38 +13,25 @@ namespace {
 using host::LayerSpec;
 using host::Time;
 
-LayerSpec layer(Time start, host::Ratio stretch) {
-    LayerSpec spec;
-    spec.start = start;
-    spec.stretch = stretch;
-    return spec;
-}
+LayerSpec layer(Time start, host::Ratio stretch) { return {.start = start, .stretch = stretch}; }
 
 void expect_time(Time time, std::int32_t value, std::uint32_t scale) {
     EXPECT_EQ(time.value, value);
     EXPECT_EQ(time.scale, scale);
 }
 
-TEST(LayerTime, IsTheCompositionsUnlessTheLayerSaysOtherwise) {
+TEST(LayerTime, RunsFromTheLayersStartAtItsStretchInLowestTermsWhereTheScaleIsTooCoarse) {
+    // The composition's unless the layer says otherwise.
     expect_time(LayerSpec().composition_time({-6, 48}), -6, 48);
     expect_time(LayerSpec().layer_time({-6, 48}), -6, 48);
-}
-
-TEST(LayerTime, RunsFromTheLayersStartAtItsStretch) {
     // 2 s in, half as fast: layer time 0.25 s is 2 + 0.5 s.
     const LayerSpec slow = layer({2, 1}, {2, 1});
     expect_time(slow.composition_time({6, 24}), 60, 24);
     expect_time(slow.layer_time({60, 24}), 6, 24);
-}
-
-TEST(LayerTime, RunsBackwardsWithAStretchBelowZero) {
     // From 3 s back: layer time 1 s is 2 s, composition time 4 s is layer time -1 s.
     const LayerSpec reversed = layer({3, 1}, {-1, 1});
     expect_time(reversed.composition_time({24, 24}), 48, 24);
     expect_time(reversed.layer_time({96, 24}), -24, 24);
-}
-
-TEST(LayerTime, TakesLowestTermsWhereTheScaleIsTooCoarse) {
     // 1/24 s by 3 is 1/72 s; and 5/24 + 1/10 s is 37/120 s.
     expect_time(layer({0, 1}, {3, 1}).layer_time({1, 24}), 1, 72);
     expect_time(layer({1, 10}, {1, 1}).composition_time({5, 24}), 37, 120);
@@ -66,7 +53,7 @@ TEST(LayerTime, RefusesWhatNoTimeCanHold) {
     EXPECT_THROW(LayerSpec().composition_time({1, 0}), std::invalid_argument);
 }
 
-TEST(Cameras, AreActiveFromInPointToBeforeOutPoint) {
+TEST(Cameras, AreActiveFromInPointToBeforeOutPointAndLookedThroughFromTheTop) {
     host::Project project;
     const auto camera = std::make_shared<session_scene::PlainCamera>();
     project.cameras = {{camera, 1.0, 2.0}};
@@ -74,11 +61,6 @@ TEST(Cameras, AreActiveFromInPointToBeforeOutPoint) {
     EXPECT_EQ(project.camera_at(1.0), &project.cameras[0]);
     EXPECT_EQ(project.camera_at(1.999), &project.cameras[0]);
     EXPECT_EQ(project.camera_at(2.0), nullptr);
-}
-
-TEST(Cameras, AreLookedThroughFromTheTop) {
-    host::Project project;
-    const auto camera = std::make_shared<session_scene::PlainCamera>();
     project.cameras = {{camera, 1.0, 2.0}, {nullptr}, {camera}, {camera}};
     EXPECT_EQ(project.camera_at(1.5), &project.cameras[0]);
     EXPECT_EQ(project.camera_at(2.5), &project.cameras[2]);

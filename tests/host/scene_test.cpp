@@ -10,6 +10,7 @@
 #include <numbers>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -35,38 +36,28 @@ host::FrameRate rate(const std::string& value) {
     return parse("{\"composition\": {\"frame_rate\": " + value + "}}").composition.frame_rate;
 }
 
-TEST(Track, AConstantIsTheSameAtAllTimes) {
-    const Track track = 3.5;
-    EXPECT_TRUE(track.is_constant());
-    for (const double time : {-1e9, 0.0, 1e9}) {
-        EXPECT_EQ(track.at(time), 3.5);
+TEST(Track, KeysAreJoinedByStraightLinesAndHeldOutside) {
+    const Track constant = 3.5;
+    EXPECT_TRUE(constant.is_constant());
+    const Track track({{1.0, 10.0}, {3.0, 20.0}, {4.0, 0.0}});
+    EXPECT_FALSE(track.is_constant());
+    const std::pair<double, double> values[] = {{-5.0, 10.0}, {1.0, 10.0}, {1.5, 12.5},
+                                                {2.0, 15.0},  {3.0, 20.0}, {3.75, 5.0},
+                                                {4.0, 0.0},   {100.0, 0.0}};
+    for (const auto& [time, value] : values) {
+        EXPECT_EQ(track.at(time), value) << time;
+        EXPECT_EQ(constant.at(1e7 * time), 3.5);
     }
 }
 
-TEST(Track, KeysAreJoinedByStraightLinesAndHeldOutside) {
-    const Track track({{1.0, 10.0}, {3.0, 20.0}, {4.0, 0.0}});
-    EXPECT_FALSE(track.is_constant());
-    EXPECT_EQ(track.at(-5.0), 10.0);
-    EXPECT_EQ(track.at(1.0), 10.0);
-    EXPECT_EQ(track.at(1.5), 12.5);
-    EXPECT_EQ(track.at(2.0), 15.0);
-    EXPECT_EQ(track.at(3.0), 20.0);
-    EXPECT_EQ(track.at(3.75), 5.0);
-    EXPECT_EQ(track.at(4.0), 0.0);
-    EXPECT_EQ(track.at(100.0), 0.0);
-}
-
-TEST(Track, AtAKeyTheValueIsExactlyTheKeys) {
+TEST(Track, AtAKeyTheValueIsExactlyTheKeysAndBetweenEqualOnesNothingMoves) {
     const Track track({{0.1, 0.1}, {0.2, 0.7}, {0.7, -0.3}});
     for (const Track::Key& key : track.keys()) {
         EXPECT_EQ(track.at(key.time), key.value);
     }
-}
-
-TEST(Track, BetweenEqualValuesNothingMoves) {
-    const Track track({{0.0, 0.1}, {1.0, 0.1}});
+    const Track still({{0.0, 0.1}, {1.0, 0.1}});
     for (int i = 0; i <= 100; ++i) {
-        EXPECT_EQ(track.at(i / 100.0), 0.1);
+        EXPECT_EQ(still.at(i / 100.0), 0.1);
     }
 }
 
@@ -93,12 +84,6 @@ TEST(Scene, AnEmptyObjectIsANewCompositionWithoutCameraAndSettings) {
     }
 }
 
-TEST(Scene, CommentsAreSkipped) {
-    EXPECT_EQ(parse("// a scene\n{/* of */ \"composition\": {\"width\": 8} // small\n}\n")
-                  .composition.width,
-              8);
-}
-
 TEST(Composition, TakesEveryMember) {
     const auto made = parse(R"({"composition": {"width": 1, "height": 30000, "frame_rate": 25,
         "duration": 0.5, "motion_blur": true, "shutter_angle": 720, "shutter_phase": -360}})")
@@ -110,27 +95,23 @@ TEST(Composition, TakesEveryMember) {
     EXPECT_TRUE(made.motion_blur);
     EXPECT_EQ(made.shutter_angle.at(0.0), 720.0);
     EXPECT_EQ(made.shutter_phase.at(0.0), -360.0);
-}
-
-TEST(Composition, AWholeNumberMayBeWrittenWithAPoint) {
+    // A whole number may be written with a point, and comments are skipped.
     EXPECT_EQ(parse(R"({"composition": {"width": 1280.0}})").composition.width, 1280);
+    EXPECT_EQ(parse("// a scene\n{/* of */ \"composition\": {\"width\": 8} // small\n}\n")
+                  .composition.width,
+              8);
 }
 
-TEST(Composition, TheShutterMayChangeOverTime) {
+TEST(Composition, TheShutterMayChangeOverTimeAndTheRestMayHaveKeysOfOneValue) {
     const auto made = parse(R"({"composition": {
         "shutter_angle": {"keys": [{"time": 0, "value": 0}, {"time": 2, "value": 360}]},
-        "shutter_phase": {"keys": [{"time": 1, "value": -90}]}}})")
+        "shutter_phase": {"keys": [{"time": 1, "value": -90}]},
+        "width": {"keys": [{"time": 0, "value": 640}, {"time": 1, "value": 640.0}]},
+        "duration": {"keys": [{"time": 0, "value": 4}]}}})")
                           .composition;
     EXPECT_EQ(made.shutter_angle.at(1.0), 180.0);
     EXPECT_TRUE(made.shutter_phase.is_constant());
     EXPECT_EQ(made.shutter_phase.at(0.0), -90.0);
-}
-
-TEST(Composition, WhatDoesNotChangeMayHaveKeysOfOneValue) {
-    const auto made = parse(R"({"composition": {
-        "width": {"keys": [{"time": 0, "value": 640}, {"time": 1, "value": 640.0}]},
-        "duration": {"keys": [{"time": 0, "value": 4}]}}})")
-                          .composition;
     EXPECT_EQ(made.width, 640);
     EXPECT_EQ(made.duration, 4.0);
 }
@@ -171,23 +152,17 @@ TEST(Controls, KeepTheOrderOfTheFileAndTellTheirPlace) {
     EXPECT_EQ(scene.controls[2].name, "A");
 }
 
-TEST(Controls, TakeNumbersAndSwitches) {
+TEST(Controls, TakeNumbersSwitchesChoicesByNameAndKeys) {
     EXPECT_EQ(number("2.5").at(7.0), 2.5);
     EXPECT_EQ(number("-1e3").at(7.0), -1000.0);
     EXPECT_EQ(number("true").at(0.0), 1.0);
     EXPECT_EQ(number("false").at(0.0), 0.0);
-}
-
-TEST(Controls, TakeKeysOfNumbersAndSwitches) {
+    EXPECT_EQ(std::get<std::string>(control(R"("HemiSph")").value), "HemiSph");
     const Track track = number(R"({"keys": [{"time": -1, "value": 2}, {"value": 4, "time": 1}]})");
     EXPECT_EQ(track.at(0.0), 3.0);
     EXPECT_EQ(
         number(R"({"keys": [{"time": 0, "value": true}, {"time": 1, "value": false}]})").at(0.0),
         1.0);
-}
-
-TEST(Controls, TakeChoicesByName) {
-    EXPECT_EQ(std::get<std::string>(control(R"("HemiSph")").value), "HemiSph");
 }
 
 TEST(Controls, TakeColours) {
@@ -214,7 +189,8 @@ TEST(Controls, TakeColours) {
 }
 
 TEST(CameraObject, EmptyIsANewCameraBeforeTheMiddleOfThePicture) {
-    const Scene scene = parse(R"({"composition": {"width": 720, "height": 480}, "camera": {}})");
+    // The composition may stand behind the camera.
+    const Scene scene = parse(R"({"camera": {}, "composition": {"width": 720, "height": 480}})");
     ASSERT_NE(scene.camera, nullptr);
     EXPECT_EQ(scene.camera->zoom(0.0), 1000.0);  // 720 * 50 / 36
     const Matrix want = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 360, 240, -1000, 1};
@@ -316,11 +292,6 @@ TEST(CameraObject, AVerticalAngleOfViewSpansTheHeight) {
     const Scene scene =
         parse(R"({"composition": {"height": 600}, "camera": {"look_at": {}, "vertical_fov": 90}})");
     EXPECT_NEAR(scene.camera->zoom(0.0), 300.0, 1e-9);
-}
-
-TEST(CameraObject, TheCompositionMayStandAfterTheCamera) {
-    const Scene scene = parse(R"({"camera": {}, "composition": {"width": 36}})");
-    EXPECT_EQ(scene.camera->zoom(0.0), 50.0);
 }
 
 TEST(ScenesShipped, OrionFramesTheWholeFigure) {

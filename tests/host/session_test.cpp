@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <host/session.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <iterator>
@@ -47,17 +46,13 @@ TEST(Session, SendsCommandsInAHostsOrder) {
     EXPECT_TRUE(session.violations().empty()) << session.violations().front();
 }
 
-TEST(Session, TellsWhatTheEffectDeclaredOfItself) {
+TEST(Session, TellsTheEffectAndItsControlsExactlyAsDeclared) {
+    using host::ControlKind;
     const Session session(TEST_EFFECT);
     EXPECT_EQ(session.info().version_text(), "9.3.1") << "a major above 7 uses the high bits";
     EXPECT_EQ(session.info().out_flags, 0x3080000);
     EXPECT_EQ(session.info().out_flags2, 0x1403);
     EXPECT_EQ(session.info().num_params, 7);
-}
-
-TEST(Session, DeliversControlsExactlyAsDeclared) {
-    using host::ControlKind;
-    const Session session(TEST_EFFECT);
     const auto& controls = session.controls();
     ASSERT_EQ(controls.size(), 6u);
     const struct {
@@ -114,11 +109,6 @@ TEST(Session, GivesTheControlsValuesAtTheFramesTime) {
     EXPECT_EQ(fact(frame, kTotalTime) / fact(frame, kTimeScale), 2.0);
 }
 
-TEST(Session, GivesDeclaredValuesWhereTheSceneSaysNothing) {
-    expect_facts(first_frame(small_scene()),
-                 {{kGain, 1.5}, {kCount, 3}, {kInvert, 1}, {kShadeGreen, 20}, {kMode, 0}});
-}
-
 TEST(Session, TellsTheShutterAngleOnlyWithMotionBlur) {
     Scene scene = small_scene();
     scene.composition.shutter_angle = 172.5;
@@ -165,10 +155,7 @@ TEST(Session, HasNoCameraWhereTheSceneHasNone) {
 }
 
 TEST(Session, ShowsTheSameViewAtAnotherSize) {
-    RenderOptions options;
-    options.width = 96;
-    options.height = 54;
-    const Frame frame = first_frame(small_scene(), options);
+    const Frame frame = first_frame(small_scene(), {.width = 96, .height = 54});
     EXPECT_EQ(frame.world.width(), 96);
     EXPECT_EQ(frame.world.height(), 54);
     // The layer keeps its full size.
@@ -181,7 +168,7 @@ TEST(Session, ShowsTheSameViewAtAnotherSize) {
 TEST(Session, RendersEveryDepth) {
     Session session(TEST_EFFECT);
     const auto draw = [&](Depth depth) {
-        Frame frame = session.render(small_scene(), {0, 24}, at_depth(depth));
+        Frame frame = session.render(small_scene(), {0, 24}, {.depth = depth});
         EXPECT_TRUE(frame.drawn);
         EXPECT_EQ(frame.undrawn_pixels, 0u);
         EXPECT_EQ(frame.status, 0);
@@ -199,19 +186,16 @@ TEST(Session, RendersEveryDepth) {
 }
 
 TEST(Session, GivesInputAndOutputDifferentStrides) {
-    RenderOptions options;
-    options.output_padding = 4;
-    options.input_padding = 100;
-    expect_facts(first_frame(small_scene(), options),
+    expect_facts(first_frame(small_scene(), {.output_padding = 4, .input_padding = 100}),
                  {{kOutputRowBytes, 64 * 16 + 4}, {kInputRowBytes, 64 * 16 + 100}});
 }
 
-TEST(Session, HandsOutTablesOfFullLength) {
-    EXPECT_EQ(fact(first_frame(small_scene()), kNullSlots), 0.0);
-}
-
-TEST(Session, CountsParametersLeftCheckedOutWithoutMindingThem) {
+TEST(Session, GivesAFrameWhatItIsDueAndCountsWhatIsLeftCheckedOutWithoutMindingIt) {
     const Frame frame = first_frame(small_scene());
+    // The declared values where the scene says nothing, and tables of full length.
+    expect_facts(
+        frame,
+        {{kGain, 1.5}, {kCount, 3}, {kInvert, 1}, {kShadeGreen, 20}, {kMode, 0}, {kNullSlots, 0}});
     EXPECT_EQ(frame.open_param_checkouts, 1);
     EXPECT_EQ(count(frame.calls, "checkout_param"), 6);
     EXPECT_EQ(count(frame.calls, "checkin_param"), 5);
@@ -232,9 +216,7 @@ TEST(Session, BalancesSuitesAndHandlesAndDeletesPreRenderDataOnceAfterTheRender)
 
 TEST(Session, DeletesPreRenderDataAlsoWithoutARender) {
     Session session(TEST_EFFECT);
-    RenderOptions options;
-    options.render_follows = false;
-    const Frame frame = session.render(small_scene(), {0, 24}, options);
+    const Frame frame = session.render(small_scene(), {0, 24}, {.render_follows = false});
     EXPECT_FALSE(frame.rendered);
     EXPECT_FALSE(frame.drawn);
     EXPECT_EQ(frame.data_deletions, 1);
@@ -281,32 +263,29 @@ TEST(Session, ForgetsWhatPassed) {
 }
 
 TEST(Session, RendersPlainlyWhenAskedTo) {
-    RenderOptions options = at_depth(Depth::Bits8);
-    options.plain = true;
-    const Frame frame = first_frame(small_scene(), options);
+    const Frame frame = first_frame(small_scene(), {.depth = Depth::Bits8, .plain = true});
     EXPECT_EQ(names(frame.calls, "PF_Cmd"), kPlainCommands);
     EXPECT_EQ(frame.undrawn_pixels, 0U);
-    options.depth = Depth::Float;
-    EXPECT_THROW(first_frame(small_scene(), options), host::FrameError);
+    EXPECT_THROW(first_frame(small_scene(), {.depth = Depth::Float, .plain = true}),
+                 host::FrameError);
 }
 
 TEST(Session, TakesACheckInThatFailsOnDemandForOne) {
-    host::SessionOptions options;
-    options.filter = [](std::string_view name, int) -> std::optional<std::int32_t> {
+    const auto filter = [](std::string_view name, int) {
         return name == "checkin_param" ? std::optional<std::int32_t>(4) : std::nullopt;
     };
-    Session session(TEST_EFFECT, options);
+    Session session(TEST_EFFECT, {.filter = filter});
     // The effect leaves one of its parameters checked out.
     EXPECT_EQ(session.render(small_scene(), {0, 24}).open_param_checkouts, 1);
 }
 
 TEST(Session, PlaysSeveralScenesInTurn) {
     Session session(TEST_EFFECT);
-    const Frame large = session.render(small_scene(80, 20), {0, 24});
-    const Frame small = session.render(small_scene(), {0, 24});
-    EXPECT_EQ(large.world.width(), 80);
-    EXPECT_EQ(small.world.width(), 64);
-    EXPECT_EQ(fact(small, kItemWidth), 64.0);
+    for (const int width : {80, 64}) {
+        const Frame frame = session.render(small_scene(width), {0, 24});
+        EXPECT_EQ(frame.world.width(), width);
+        EXPECT_EQ(fact(frame, kItemWidth), width);
+    }
 }
 
 TEST(Session, RefusesControlsThatDoNotFitBeforeAnyCommand) {
@@ -320,9 +299,7 @@ TEST(Session, RefusesControlsThatDoNotFitBeforeAnyCommand) {
 
 TEST(Session, RefusesFramesWithoutPixelsAndTimesWithoutAScale) {
     Session session(TEST_EFFECT);
-    RenderOptions options;
-    options.width = -1;
-    EXPECT_THROW(session.render(small_scene(), {0, 24}, options), host::FrameError);
+    EXPECT_THROW(session.render(small_scene(), {0, 24}, {.width = -1}), host::FrameError);
     try {
         session.render(small_scene(1, 0), {0, 24});
         FAIL() << "drawn";
@@ -337,10 +314,10 @@ TEST(Session, RefusesFramesWithoutPixelsAndTimesWithoutAScale) {
 // Of a frame too large for any memory, as only its part is held.
 TEST(Session, DrawsAPartOfAFrameOfAnySize) {
     Session session(TEST_EFFECT);
-    RenderOptions options;
-    options.width = options.height = 2000000;
-    options.region = host::Rect{1000000, 1000000, 1000008, 1000004};
-    const Frame frame = session.render(small_scene(), {0, 24}, options);
+    const Frame frame = session.render(small_scene(), {0, 24},
+                                       {.width = 2000000,
+                                        .height = 2000000,
+                                        .region = host::Rect{1000000, 1000000, 1000008, 1000004}});
     EXPECT_EQ(frame.world.width(), 8);
     EXPECT_EQ(frame.world.height(), 4);
     EXPECT_EQ(frame.undrawn_pixels, 0U);
@@ -359,9 +336,8 @@ TEST(Session, ReportsAHostSideFailureInsteadOfAWrongPicture) {
 }
 
 TEST(Session, MakesCallsFailByNameAndCount) {
-    host::SessionOptions options;
     int suites_failed = 0;
-    options.filter = [&](std::string_view name, int which) -> std::optional<std::int32_t> {
+    const auto filter = [&](std::string_view name, int which) -> std::optional<std::int32_t> {
         if (name == "AEGP_GetEffectCamera" && which == 2) {
             return 13;
         }
@@ -371,34 +347,30 @@ TEST(Session, MakesCallsFailByNameAndCount) {
         }
         return std::nullopt;
     };
-    Session session(TEST_EFFECT, options);
+    Session session(TEST_EFFECT, {.filter = filter});
     const Frame first = session.render(small_scene(), {0, 24});
     EXPECT_EQ(suites_failed, 1);
     EXPECT_EQ(fact(first, kNullSlots), 1000.0) << "the first suite was not to be had";
     EXPECT_EQ(fact(first, kHasCamera), 1.0);
     const Frame second = session.render(small_scene(), {0, 24});
     EXPECT_EQ(fact(second, kHasCamera), 0.0);
-    const auto failed =
-        std::find_if(second.calls.begin(), second.calls.end(),
-                     [](const auto& call) { return call.name == "AEGP_GetEffectCamera"; });
-    ASSERT_NE(failed, second.calls.end());
-    EXPECT_EQ(failed->status, 13);
+    EXPECT_EQ(statuses(second, "AEGP_GetEffectCamera"), std::vector<std::int32_t>{13});
     EXPECT_EQ(fact(session.render(small_scene(), {0, 24}), kHasCamera), 1.0);
 }
 
 TEST(PremiereSession, OffersItsOwnFewSuitesAndRendersPlainly) {
-    Session session(TEST_EFFECT, in_premiere());
+    Session session(TEST_EFFECT, kInPremiere);
     EXPECT_EQ(session.declared_pixel_formats(), (std::vector<std::int32_t>{0x61726762}));
     Scene scene = small_scene();
     scene.controls = {set("Count", Track(9.0))};
-    const Frame frame = session.render(scene, {0, 24}, at_depth(Depth::Bits8));
+    const Frame frame = session.render(scene, {0, 24}, {.depth = Depth::Bits8});
     EXPECT_EQ(names(frame.calls, "PF_Cmd"), kPlainCommands);
     EXPECT_EQ(frame.world.pixel<std::uint8_t>(63, 35),
               (std::array<std::uint8_t, 4>{255, 9, 60, 70}));
     EXPECT_EQ(frame.undrawn_pixels, 0u);
     EXPECT_TRUE(frame.violations.empty()) << frame.violations.front();
     for (const Depth undeclared : {Depth::Bits16, Depth::Float}) {
-        EXPECT_THROW(session.render(scene, {0, 24}, at_depth(undeclared)), host::FrameError);
+        EXPECT_THROW(session.render(scene, {0, 24}, {.depth = undeclared}), host::FrameError);
     }
 }
 

@@ -8,6 +8,8 @@
 #include <support/catalogue.h>
 #include <support/scratch.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <utility>
@@ -52,11 +54,24 @@ inline host::Scene starry_scene() {
 
 inline void set(host::Scene& scene, const std::string& name,
                 decltype(host::ControlSetting::value) value) {
-    host::ControlSetting setting;
-    setting.name = name;
-    setting.place = "test: /controls/" + name;
-    setting.value = std::move(value);
-    scene.controls.push_back(std::move(setting));
+    scene.controls.push_back({name, "test: /controls/" + name, std::move(value)});
+}
+
+/// The bytes of all pixels, row by row, without padding.
+inline std::vector<std::byte> bytes(const host::Frame& frame) {
+    std::vector<std::byte> all;
+    const int row = frame.world.width() * bytes_per_pixel(frame.world.depth());
+    for (int y = 0; y < frame.world.height(); ++y) {
+        all.insert(all.end(), frame.world.row(y), frame.world.row(y) + row);
+    }
+    return all;
+}
+
+/// Whether any pixel differs from another: stars on black.
+inline bool shows_stars(const host::Frame& frame) {
+    const std::vector<std::byte> all = bytes(frame);
+    const int pixel = bytes_per_pixel(frame.world.depth());
+    return !std::equal(all.begin() + pixel, all.end(), all.begin());
 }
 
 class Lumivar : public testing::Test {

@@ -35,17 +35,15 @@ Composition composition(FrameRate rate, Track angle = 180.0, Track phase = -90.0
     return made;
 }
 
-Time opening(const Composition& of, Time time) {
-    Time start, duration;
-    of.shutter_range(time, start, duration);
-    return start;
+/// When the shutter opens, and for how long.
+std::pair<Time, Time> shutter(const Composition& of, Time time) {
+    std::pair<Time, Time> range;
+    of.shutter_range(time, range.first, range.second);
+    return range;
 }
 
-Time open_for(const Composition& of, Time time) {
-    Time start, duration;
-    of.shutter_range(time, start, duration);
-    return duration;
-}
+Time opening(const Composition& of, Time time) { return shutter(of, time).first; }
+Time open_for(const Composition& of, Time time) { return shutter(of, time).second; }
 
 TEST(Timing, FramesAndShutterStandOnOneScaleNoFinerThanNeeded) {
     struct Row {
@@ -97,8 +95,7 @@ TEST(Timing, FramesAndShutterStandOnOneScaleNoFinerThanNeeded) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.time);
         EXPECT_EQ(row.made.frame_time(row.frame), row.time);
-        EXPECT_EQ(opening(row.made, row.time), row.opening);
-        EXPECT_EQ(open_for(row.made, row.time), row.open_for);
+        EXPECT_EQ(shutter(row.made, row.time), std::pair(row.opening, row.open_for));
     }
     EXPECT_EQ(composition({24, 1}).frame_duration(), (Time{4, 96}));
 }
@@ -108,8 +105,7 @@ TEST(Timing, AScaleLeavesRoomForAHundredSegments) {
         for (const double duration : {0.5, 10.0, 60.0}) {
             const Composition made = composition(rate, 123.457, -61.729, duration);
             const Time last = made.frame_time(made.frames() - 1);
-            const Time start = opening(made, last);
-            const Time open = open_for(made, last);
+            const auto [start, open] = shutter(made, last);
             EXPECT_LE(std::uint64_t{start.scale} * 100, std::numeric_limits<std::uint32_t>::max());
             EXPECT_LE((std::int64_t{start.value} + open.value) * 100,
                       std::numeric_limits<std::int32_t>::max());
@@ -118,12 +114,9 @@ TEST(Timing, AScaleLeavesRoomForAHundredSegments) {
                       std::int64_t{made.frames() - 1} * rate.den * last.scale);
         }
     }
-}
-
-TEST(Timing, FramesStayExactWhereNoScaleLeavesRoomForAllSegments) {
-    // 30000 * 100 * 3600 is beyond 2^31 whatever one does.
-    const Composition made = composition({30000, 1001}, 180.0, -90.0, 3600.0);
-    EXPECT_EQ(made.frame_time(100000), (Time{100100000, 30000}));
+    // 30000 * 100 * 3600 is beyond 2^31 whatever one does: the frames stay exact.
+    EXPECT_EQ(composition({30000, 1001}, 180.0, -90.0, 3600.0).frame_time(100000),
+              (Time{100100000, 30000}));
 }
 
 TEST(Timing, ATimeThatDoesNotFitIsRefused) {
@@ -132,22 +125,17 @@ TEST(Timing, ATimeThatDoesNotFitIsRefused) {
     EXPECT_THROW(made.frame_time(std::numeric_limits<int>::min()), std::out_of_range);
     EXPECT_THROW(made.time_at(1e12), std::out_of_range);
     EXPECT_THROW(made.time_at(std::numeric_limits<double>::quiet_NaN()), std::out_of_range);
-    Time start, open;
-    EXPECT_THROW(made.shutter_range({std::numeric_limits<std::int32_t>::min(), 96000}, start, open),
+    EXPECT_THROW(shutter(made, {std::numeric_limits<std::int32_t>::min(), 96000}),
                  std::out_of_range);
 }
 
-TEST(Timing, ATimeOnAFrameIsThatFramesTime) {
+TEST(Timing, ATimeOnAFrameIsThatFramesAndOneBetweenIsHeldToAThousandthOfAFrame) {
     const Composition made = composition({24, 1});
     EXPECT_EQ(made.time_at(0.0), (Time{0, 96}));
     EXPECT_EQ(made.time_at(0.5), (Time{48, 96}));
     EXPECT_EQ(made.time_at(1.0 / 24.0), (Time{4, 96}));
     EXPECT_EQ(made.time_at(-0.5), (Time{-48, 96}));
-}
-
-TEST(Timing, ATimeBetweenFramesIsHeldToAThousandthOfAFrame) {
     // 4 ticks a frame, so 250 times as many: 24000. A third of a second falls on it; 0.01 s too.
-    const Composition made = composition({24, 1});
     EXPECT_EQ(made.time_at(0.01), (Time{240, 24000}));
     EXPECT_EQ(made.time_at(1.0 / 3.0), (Time{32, 96}));
     EXPECT_EQ(made.time_at(0.00004), (Time{1, 24000}));
@@ -155,18 +143,12 @@ TEST(Timing, ATimeBetweenFramesIsHeldToAThousandthOfAFrame) {
     EXPECT_EQ(composition({24000, 1001}).time_at(0.01), (Time{960, 96000}));
 }
 
-TEST(Timing, TheShutterOfATimeBetweenFramesStaysExactOnItsScale) {
-    // A quarter of a frame is 250/24000.
-    const Composition made = composition({24, 1});
-    EXPECT_EQ(opening(made, {240, 24000}), (Time{-10, 24000}));
-    EXPECT_EQ(open_for(made, {240, 24000}), (Time{500, 24000}));
-}
-
 TEST(Timing, TheShutterOfATimeOnAnyScaleIsToldOnOneThatHoldsBoth) {
     const Composition made = composition({24, 1});
+    // A quarter of a frame is 250/24000.
+    EXPECT_EQ(shutter(made, {240, 24000}), std::pair(Time{-10, 24000}, Time{500, 24000}));
     EXPECT_EQ(opening(made, {1, 24}), (Time{3, 96}));
-    EXPECT_EQ(opening(made, {1, 25}), (Time{71, 2400}));  // 96/2400 - 25/2400
-    EXPECT_EQ(open_for(made, {1, 25}), (Time{50, 2400}));
+    EXPECT_EQ(shutter(made, {1, 25}), std::pair(Time{71, 2400}, Time{50, 2400}));  // 96 - 25
     // lcm(96, 2^32 - 1) does not fit: 1.5 s on the own scale, to the nearest tick.
     EXPECT_EQ(opening(made, {std::numeric_limits<std::int32_t>::max(), 1431655765U}),
               (Time{143, 96}));

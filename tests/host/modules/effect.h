@@ -55,6 +55,14 @@ void lose_memory();
 void lose_descriptor();
 void lose_mapping();
 void stay_loaded();
+
+/// Asks the host for a handle and gives it back.
+bool gets_handle(const PF_InData* in);
+
+// What several commands do when it is asked of the effect.
+void lose_memory_for(Mischief mischief);
+void crash_for(Mischief mischief);
+PF_Err refuse_for(Mischief mischief);
 /// Makes a process that does not end for a while, in a session of its own if wished.
 void leave_process(bool own_session);
 

@@ -422,8 +422,8 @@ PF_Err pre_render(PF_InData* in, PF_OutData* out, PF_PreRenderExtra* extra) {
     }
     ++living_instances;
     instance->handle = in->utils->host_new_handle(1);
-    if (mischief == kCrashWithoutHandle && instance->handle == nullptr) {
-        __builtin_trap();
+    if (instance->handle == nullptr) {
+        crash_for(kCrashWithoutHandle);
     }
     output.pre_render_data = instance.release();
     output.delete_pre_render_data_func = delete_instance;
@@ -439,12 +439,8 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
     if (instance.fails) {
         return PF_Err_BAD_CALLBACK_PARAM;
     }
-    if (mischief == kBlankWithoutHandle) {
-        const PF_Handle handle = in->utils->host_new_handle(1);
-        if (handle == nullptr) {
-            return PF_Err_NONE;
-        }
-        in->utils->host_dispose_handle(handle);
+    if (mischief == kBlankWithoutHandle && !gets_handle(in)) {
+        return PF_Err_NONE;
     }
     at.err = at.fetch(at.id);
     if (kConforming && at.err != PF_Err_NONE) {
@@ -489,16 +485,13 @@ PF_Err smart_render(PF_InData* in, PF_OutData* out, PF_SmartRenderExtra* extra) 
 
 PF_Err plain_render(PF_InData* in, PF_OutData* out, PF_ParamDef** params, PF_EffectWorld* output) {
     const bool second = std::exchange(made_frames, true);
-    if (asked_mischief() == kCrashInSecondPlain && second &&
-        (output->world_flags & PF_WorldFlag_DEEP) != 0) {
-        __builtin_trap();
+    if (second && (output->world_flags & PF_WorldFlag_DEEP) != 0) {
+        crash_for(kCrashInSecondPlain);
     }
     if (asked_mischief() == kWriteParameters) {
         params[kCountId]->u.sd.value += 1;
     }
-    if (asked_mischief() == kLeakInPlain) {
-        lose_memory();
-    }
+    lose_memory_for(kLeakInPlain);
     if (asked_mischief() == kChangeVersion) {
         ++out->my_version;
     }

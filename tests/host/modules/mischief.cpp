@@ -36,6 +36,30 @@ void lose_mapping() {
     lost_block = mmap(nullptr, 4096, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
 }
 
+bool gets_handle(const PF_InData* in) {
+    const PF_Handle handle = in->utils->host_new_handle(1);
+    if (handle != nullptr) {
+        in->utils->host_dispose_handle(handle);
+    }
+    return handle != nullptr;
+}
+
+void lose_memory_for(Mischief mischief) {
+    if (asked_mischief() == mischief) {
+        lose_memory();
+    }
+}
+
+void crash_for(Mischief mischief) {
+    if (asked_mischief() == mischief) {
+        __builtin_trap();
+    }
+}
+
+PF_Err refuse_for(Mischief mischief) {
+    return asked_mischief() == mischief ? PF_Err_BAD_CALLBACK_PARAM : PF_Err_NONE;
+}
+
 void stay_loaded() {
     Dl_info self{};
     if (dladdr(reinterpret_cast<void*>(&stay_loaded), &self) != 0) {

@@ -1,20 +1,6 @@
 #include "effect.h"
 
 namespace test_effect {
-namespace {
-
-PF_Err refuse_if(Mischief mischief) {
-    return asked_mischief() == mischief ? PF_Err_BAD_CALLBACK_PARAM : PF_Err_NONE;
-}
-
-/// Commands that no host sends which could not do what goes with them.
-void trap_if_declared() {
-    if (asked_mischief() == kDeclareInterfaces) {
-        __builtin_trap();
-    }
-}
-
-}  // namespace
 
 void declare_other_commands(PF_OutData* out) {
     switch (asked_mischief()) {
@@ -35,26 +21,22 @@ void declare_other_commands(PF_OutData* out) {
 PF_Err other_command(PF_Cmd command, PF_ParamDef** params, void* extra) {
     switch (command) {
         case PF_Cmd_USER_CHANGED_PARAM:
-            if (asked_mischief() == kSupervise) {
-                __builtin_trap();
-            }
-            return refuse_if(kRefuseUserChange);
+            crash_for(kSupervise);
+            return refuse_for(kRefuseUserChange);
         case PF_Cmd_UPDATE_PARAMS_UI:
             // It looks at its controls there.
             if (asked_mischief() == kDeclareUpdates &&
                 (params == nullptr || params[kCountId]->u.sd.value != 3)) {
                 return PF_Err_BAD_CALLBACK_PARAM;
             }
-            return refuse_if(kRefuseUpdates);
+            return refuse_for(kRefuseUpdates);
         case PF_Cmd_ARBITRARY_CALLBACK:
             if (asked_mischief() == kWriteArbitrary) {
                 *static_cast<unsigned char*>(extra) = 1;
             }
             return PF_Err_NONE;
         case PF_Cmd_GPU_DEVICE_SETUP:
-            if (asked_mischief() == kCrashInGpuSetup) {
-                __builtin_trap();
-            }
+            crash_for(kCrashInGpuSetup);
             [[fallthrough]];
         case PF_Cmd_DO_DIALOG:
         case PF_Cmd_EVENT:
@@ -63,7 +45,8 @@ PF_Err other_command(PF_Cmd command, PF_ParamDef** params, void* extra) {
         case PF_Cmd_AUDIO_SETDOWN:
         case PF_Cmd_SMART_RENDER_GPU:
         case PF_Cmd_GPU_DEVICE_SETDOWN:
-            trap_if_declared();
+            // No host sends them which could not do what goes with them.
+            crash_for(kDeclareInterfaces);
             return PF_Err_NONE;
         default:
             return PF_Err_NONE;

@@ -85,8 +85,8 @@ PF_Err add_params(PF_InData* in, PF_OutData* out) {
 }
 
 PF_Err describe_dependencies(PF_InData* in, PF_ExtDependenciesExtra* extra) {
-    if (asked_mischief() == kCrashAfterAbout && about_asked && in->appl_id == kAppID_Premiere) {
-        __builtin_trap();
+    if (about_asked && in->appl_id == kAppID_Premiere) {
+        crash_for(kCrashAfterAbout);
     }
     if (extra->check_type == PF_DepCheckType_MISSING_DEPENDENCIES) {
         return PF_Err_NONE;
@@ -94,9 +94,7 @@ PF_Err describe_dependencies(PF_InData* in, PF_ExtDependenciesExtra* extra) {
     const char text[] = "one font";
     extra->dependencies_strH = in->utils->host_new_handle(sizeof text);
     if (extra->dependencies_strH == nullptr) {
-        if (asked_mischief() == kLeakWhenDenied) {
-            lose_memory();
-        }
+        lose_memory_for(kLeakWhenDenied);
         return PF_Err_OUT_OF_MEMORY;
     }
     std::memcpy(*extra->dependencies_strH, text, sizeof text);
@@ -111,9 +109,7 @@ PF_Err query_flags(PF_InData* in, PF_OutData* out) {
     if (asked_mischief() == kTurnOnFlag2) {
         out->out_flags2 |= PF_OutFlag2_REVEALS_ZERO_ALPHA;
     }
-    if (asked_mischief() == kLeakInFlagQuery) {
-        lose_memory();
-    }
+    lose_memory_for(kLeakInFlagQuery);
     if (asked_mischief() == kKeepFlagParameter) {
         PF_ParamDef def;
         return in->inter.checkout_param(in->effect_ref, kGainId, in->current_time, in->time_step,
@@ -123,9 +119,7 @@ PF_Err query_flags(PF_InData* in, PF_OutData* out) {
 }
 
 PF_Err global_setup(PF_InData* in, PF_OutData* out) {
-    if (asked_mischief() == kLeakAtSetUp) {
-        lose_memory();
-    }
+    lose_memory_for(kLeakAtSetUp);
     out->my_version = PF_VERSION(9, 3, 1, PF_Stage_RELEASE, 7);
     out->out_flags = PF_OutFlag_DEEP_COLOR_AWARE | PF_OutFlag_I_USE_SHUTTER_ANGLE |
                      PF_OutFlag_I_HAVE_EXTERNAL_DEPENDENCIES;
@@ -166,19 +160,15 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
                                                                         void* extra) {
     switch (cmd) {
         case PF_Cmd_ABOUT:
-            if (asked_mischief() == kLeakInAbout) {
-                lose_memory();
-            }
+            lose_memory_for(kLeakInAbout);
             about_asked = true;
             in->utils->ansi.sprintf(out->return_msg, "%s v%d", "Test effect", 9);
             return PF_Err_NONE;
         case PF_Cmd_GLOBAL_SETUP:
             return global_setup(in, out);
         case PF_Cmd_GLOBAL_SETDOWN:
-            if (asked_mischief() == kCrashInSetDown) {
-                __builtin_trap();
-            }
-            return asked_mischief() == kRefuseSetDown ? PF_Err_BAD_CALLBACK_PARAM : PF_Err_NONE;
+            crash_for(kCrashInSetDown);
+            return refuse_for(kRefuseSetDown);
         case PF_Cmd_SEQUENCE_SETDOWN:
             if (asked_mischief() == kCallAtSequenceDown && frames_made()) {
                 PF_ParamDef def;
@@ -186,26 +176,16 @@ extern "C" __attribute__((visibility("default"))) PF_Err EntryPointFunc(PF_Cmd c
             }
             return PF_Err_NONE;
         case PF_Cmd_SEQUENCE_RESETUP:
-            if (asked_mischief() == kLeakInResetup) {
-                lose_memory();
-            }
-            if (asked_mischief() == kCrashDeniedResetup) {
-                const PF_Handle handle = in->utils->host_new_handle(1);
-                if (handle == nullptr) {
-                    __builtin_trap();
-                }
-                in->utils->host_dispose_handle(handle);
+            lose_memory_for(kLeakInResetup);
+            if (asked_mischief() == kCrashDeniedResetup && !gets_handle(in)) {
+                __builtin_trap();
             }
             set_up_sequence_again();
             return PF_Err_NONE;
         case PF_Cmd_SEQUENCE_FLATTEN:
             flatten_sequence();
-            if (asked_mischief() == kLeakInFlatten) {
-                lose_memory();
-            }
-            return asked_mischief() == kRefuseFlatten && in->appl_id == kAppID_Premiere
-                       ? PF_Err_BAD_CALLBACK_PARAM
-                       : PF_Err_NONE;
+            lose_memory_for(kLeakInFlatten);
+            return in->appl_id == kAppID_Premiere ? refuse_for(kRefuseFlatten) : PF_Err_NONE;
         case PF_Cmd_PARAMS_SETUP:
             return add_params(in, out);
         case PF_Cmd_RENDER:
