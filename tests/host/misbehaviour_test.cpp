@@ -110,18 +110,15 @@ TEST(Misbehaviour, AFailedRenderKeepsItsStatusAndMessage) {
     EXPECT_EQ(render(kUnterminatedMessage).message.text, std::string(256, 'u'));
 }
 
-TEST(Misbehaviour, AnEmptyResultIsNotRendered) {
-    const Frame frame = render(kEmptyResult);
-    EXPECT_FALSE(frame.rendered);
-    EXPECT_EQ(frame.data_deletions, 1);
-    EXPECT_TRUE(frame.violations.empty());
-}
-
-TEST(Misbehaviour, AnUnknownSuiteIsRefusedWithANullTable) {
-    const Frame frame = render(kUnknownSuite);
-    EXPECT_EQ(frame.status, 0) << "the effect checks it";
-    EXPECT_TRUE(frame.drawn);
-    EXPECT_TRUE(frame.violations.empty()) << "asking is allowed";
+TEST(Misbehaviour, AnEmptyResultIsNotRenderedAndAnUnknownSuiteRefusedWithANullTable) {
+    const Frame empty = render(kEmptyResult);
+    EXPECT_FALSE(empty.rendered);
+    EXPECT_EQ(empty.data_deletions, 1);
+    EXPECT_TRUE(empty.violations.empty());
+    const Frame refused = render(kUnknownSuite);
+    EXPECT_EQ(refused.status, 0) << "the effect checks it";
+    EXPECT_TRUE(refused.drawn);
+    EXPECT_TRUE(refused.violations.empty()) << "asking is allowed";
 }
 
 TEST(Misbehaviour, AHandleInPlaceOfTheCallbacksIsDisposedOfAndOneLeftIsMissedAtTheEnd) {

@@ -115,6 +115,7 @@ TEST_F(Premiere, GivesEightBitArgbToAnEffectThatDeclaresNothing) {
 
 TEST_F(Premiere, RefusesDepthsThatAreNotDeclared) {
     Session session = open(kPremiereFloat);
+    EXPECT_EQ(session.declared_pixel_formats(), (std::vector<std::int32_t>{kBgra8, kBgraFloat}));
     EXPECT_EQ(refusal(session, Depth::Bits8), "none");
     EXPECT_EQ(refusal(session, Depth::Bits16), kNoSixteen)
         << "whatever it declares to After Effects";

@@ -217,54 +217,44 @@ TEST(CameraObject, ALaterZoomDoesNotMoveTheCamera) {
     EXPECT_EQ(scene.camera->layer_to_world(1.0)[14], -800.0);
 }
 
-TEST(CameraObject, TakesPositionAndOrientation) {
-    // A quarter about y: ahead is x.
-    const Scene scene =
-        parse(R"({"camera": {"position": [1, 2, 3], "orientation": [0, 90, 0], "zoom": 50}})");
-    const Matrix m = scene.camera->layer_to_world(0.0);
-    EXPECT_NEAR(m[8], 1.0, 1e-12);
-    EXPECT_NEAR(m[10], 0.0, 1e-12);
-    EXPECT_EQ(m[12], 1.0);
-    EXPECT_EQ(m[13], 2.0);
-    EXPECT_EQ(m[14], 3.0);
-    EXPECT_EQ(scene.camera->zoom(0.0), 50.0);
+/// What a camera's matrix is some time into the scene, in the elements that are no rotation.
+void expect_place(const std::string& camera, double seconds, const std::array<double, 3>& place) {
+    const Matrix m = parse("{\"camera\": {" + camera + "}}").camera->layer_to_world(seconds);
+    EXPECT_EQ((std::array{m[12], m[13], m[14]}), place) << camera;
 }
 
-TEST(CameraObject, TakesOrientationAloneAtTheDefaultPosition) {
-    const Matrix m =
-        parse(R"({"camera": {"orientation": [0, 0, 0], "zoom": 7}})").camera->layer_to_world(0.0);
-    EXPECT_EQ(m[12], 960.0);
-    EXPECT_EQ(m[13], 540.0);
-    EXPECT_EQ(m[14], -7.0);
+TEST(CameraObject, TakesPositionAndOrientation) {
+    const std::string turned = R"("position": [1, 2, 3], "orientation": [0, 90, 0], "zoom": 50)";
+    expect_place(turned, 0.0, {1, 2, 3});
+    // A quarter about y: ahead is x.
+    const Scene scene = parse("{\"camera\": {" + turned + "}}");
+    EXPECT_NEAR(scene.camera->layer_to_world(0.0)[8], 1.0, 1e-12);
+    EXPECT_NEAR(scene.camera->layer_to_world(0.0)[10], 0.0, 1e-12);
+    EXPECT_EQ(scene.camera->zoom(0.0), 50.0);
+    // Orientation alone, at the default position.
+    expect_place(R"("orientation": [0, 0, 0], "zoom": 7)", 0.0, {960, 540, -7});
 }
 
 TEST(CameraObject, ArraysTakeKeysNumberByNumberOrAsAWhole) {
-    const Scene one = parse(R"({"camera": {"position":
-        [{"keys": [{"time": 0, "value": 0}, {"time": 1, "value": 10}]}, 5, -100]}})");
-    const Scene whole = parse(R"({"camera": {"position": {"keys": [
-        {"time": 0, "value": [0, 5, -100]}, {"time": 1, "value": [10, 5, -100]}]}}})");
-    for (const Scene* scene : {&one, &whole}) {
-        const Matrix m = scene->camera->layer_to_world(0.25);
-        EXPECT_EQ(m[12], 2.5);
-        EXPECT_EQ(m[13], 5.0);
-        EXPECT_EQ(m[14], -100.0);
+    for (
+        const char* position :
+        {R"([{"keys": [{"time": 0, "value": 0}, {"time": 1, "value": 10}]}, 5, -100])",
+         R"({"keys": [{"time": 0, "value": [0, 5, -100]}, {"time": 1, "value": [10, 5, -100]}]})"}) {
+        expect_place(std::string("\"position\": ") + position, 0.25, {2.5, 5, -100});
     }
 }
 
-TEST(CameraObject, TakesAMatrixRowByRow) {
+TEST(CameraObject, TakesAMatrixRowByRowAndKeysOfWholeOnes) {
     const Scene scene = parse(R"({"camera": {"matrix": [2, 0, 0, 0,  0, 0, 1, 0,  0, -1, 0, 0,
         {"keys": [{"time": 0, "value": 7}, {"time": 1, "value": 9}]}, 8, 9, 1]}})");
     const Matrix want = {2, 0, 0, 0, 0, 0, 1, 0, 0, -1, 0, 0, 8, 8, 9, 1};
     EXPECT_EQ(scene.camera->layer_to_world(0.5), want);
     EXPECT_EQ(scene.camera->zoom(0.5), 1920 * 50.0 / 36.0);
-}
-
-TEST(CameraObject, TakesKeysOfWholeMatrices) {
-    const Scene scene = parse(R"({"camera": {"zoom": 10, "matrix": {"keys": [
+    const Scene keyed = parse(R"({"camera": {"zoom": 10, "matrix": {"keys": [
         {"time": 0, "value": [1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,1]},
         {"time": 2, "value": [3,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,8,1]}]}}})");
-    const Matrix want = {2, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 4, 1};
-    EXPECT_EQ(scene.camera->layer_to_world(1.0), want);
+    EXPECT_EQ(keyed.camera->layer_to_world(1.0),
+              (Matrix{2, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 4, 1}));
 }
 
 TEST(CameraObject, LookAtDefaultsToTheOriginOfTheSkyAndTheNewCamerasZoom) {

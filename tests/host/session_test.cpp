@@ -109,15 +109,12 @@ TEST(Session, GivesTheControlsValuesAtTheFramesTime) {
     EXPECT_EQ(fact(frame, kTotalTime) / fact(frame, kTimeScale), 2.0);
 }
 
-TEST(Session, TellsTheShutterAngleOnlyWithMotionBlur) {
-    Scene scene = small_scene();
-    scene.composition.shutter_angle = 172.5;
-    EXPECT_EQ(fact(first_frame(scene), kShutterAngle), 0.0);
-    scene.composition.motion_blur = true;
-    EXPECT_EQ(fact(first_frame(scene), kShutterAngle), 172.5);
-}
-
-TEST(Session, ServesTheCompositionsSizeAndShutter) {
+TEST(Session, ServesTheCompositionsSizeAndShutterWhoseAngleIsToldOnlyWithMotionBlur) {
+    Scene blurred = small_scene();
+    blurred.composition.shutter_angle = 172.5;
+    EXPECT_EQ(fact(first_frame(blurred), kShutterAngle), 0.0);
+    blurred.composition.motion_blur = true;
+    EXPECT_EQ(fact(first_frame(blurred), kShutterAngle), 172.5);
     const Scene scene = small_scene();
     Session session(TEST_EFFECT);
     const Frame frame = session.render(scene, scene.composition.frame_time(3));
@@ -202,7 +199,7 @@ TEST(Session, GivesAFrameWhatItIsDueAndCountsWhatIsLeftCheckedOutWithoutMindingI
     EXPECT_TRUE(frame.violations.empty());
 }
 
-TEST(Session, BalancesSuitesAndHandlesAndDeletesPreRenderDataOnceAfterTheRender) {
+TEST(Session, BalancesSuitesAndHandlesAndDeletesPreRenderDataOnceAlsoWithoutARender) {
     Session session(TEST_EFFECT);
     const Frame frame = session.render(small_scene(), {0, 24});
     EXPECT_EQ(count(frame.calls, "AcquireSuite"), count(frame.calls, "ReleaseSuite"));
@@ -212,17 +209,13 @@ TEST(Session, BalancesSuitesAndHandlesAndDeletesPreRenderDataOnceAfterTheRender)
     // The effect's data holds a handle, which its deleter disposes of: once, as the last call.
     EXPECT_EQ(count(frame.calls, "host_dispose_handle"), 1);
     EXPECT_EQ(frame.calls.back().name, "host_dispose_handle");
-}
-
-TEST(Session, DeletesPreRenderDataAlsoWithoutARender) {
-    Session session(TEST_EFFECT);
-    const Frame frame = session.render(small_scene(), {0, 24}, {.render_follows = false});
-    EXPECT_FALSE(frame.rendered);
-    EXPECT_FALSE(frame.drawn);
-    EXPECT_EQ(frame.data_deletions, 1);
+    const Frame none = session.render(small_scene(), {0, 24}, {.render_follows = false});
+    EXPECT_FALSE(none.rendered);
+    EXPECT_FALSE(none.drawn);
+    EXPECT_EQ(none.data_deletions, 1);
     EXPECT_EQ(session.live_handles(), 0u);
-    EXPECT_EQ(count(frame.calls, "PF_Cmd_SMART_RENDER"), 0);
-    EXPECT_TRUE(frame.violations.empty());
+    EXPECT_EQ(count(none.calls, "PF_Cmd_SMART_RENDER"), 0);
+    EXPECT_TRUE(none.violations.empty());
 }
 
 TEST(Session, AsksForAboutAndDependenciesAndDisposesOfTheHandle) {
@@ -241,7 +234,7 @@ TEST(Session, TellsDynamicFlagsOverWhatStoodThere) {
     EXPECT_EQ(session.info().out_flags2, 0x1403) << "the declared flags stay";
 }
 
-TEST(Session, SendsCommandsByTheirNumber) {
+TEST(Session, SendsCommandsByTheirNumberAndForgetsThem) {
     Session session(TEST_EFFECT);
     const host::Answer answer = session.command(999);
     EXPECT_EQ(answer.status, 0);
@@ -251,11 +244,6 @@ TEST(Session, SendsCommandsByTheirNumber) {
     EXPECT_EQ(names(session.calls(), "PF_Cmd").back(), "PF_Cmd_ABOUT");
     // The dependencies' record is the one that the test effect writes to.
     EXPECT_TRUE(session.command(16).record_written);
-}
-
-TEST(Session, ForgetsWhatPassed) {
-    Session session(TEST_EFFECT);
-    EXPECT_FALSE(session.calls().empty());
     session.forget();
     EXPECT_TRUE(session.calls().empty());
     EXPECT_TRUE(session.violations().empty());
@@ -356,22 +344,6 @@ TEST(Session, MakesCallsFailByNameAndCount) {
     EXPECT_EQ(fact(second, kHasCamera), 0.0);
     EXPECT_EQ(statuses(second, "AEGP_GetEffectCamera"), std::vector<std::int32_t>{13});
     EXPECT_EQ(fact(session.render(small_scene(), {0, 24}), kHasCamera), 1.0);
-}
-
-TEST(PremiereSession, OffersItsOwnFewSuitesAndRendersPlainly) {
-    Session session(TEST_EFFECT, kInPremiere);
-    EXPECT_EQ(session.declared_pixel_formats(), (std::vector<std::int32_t>{0x61726762}));
-    Scene scene = small_scene();
-    scene.controls = {set("Count", Track(9.0))};
-    const Frame frame = session.render(scene, {0, 24}, {.depth = Depth::Bits8});
-    EXPECT_EQ(names(frame.calls, "PF_Cmd"), kPlainCommands);
-    EXPECT_EQ(frame.world.pixel<std::uint8_t>(63, 35),
-              (std::array<std::uint8_t, 4>{255, 9, 60, 70}));
-    EXPECT_EQ(frame.undrawn_pixels, 0u);
-    EXPECT_TRUE(frame.violations.empty()) << frame.violations.front();
-    for (const Depth undeclared : {Depth::Bits16, Depth::Float}) {
-        EXPECT_THROW(session.render(scene, {0, 24}, {.depth = undeclared}), host::FrameError);
-    }
 }
 
 }  // namespace

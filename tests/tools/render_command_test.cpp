@@ -417,23 +417,24 @@ TEST_F(Render, FileThatIsNoCatalogueIsOneLine) {
     expect_words({"Error reading Lumivar database file ", "a.stars"});
 }
 
-TEST_F(Render, SceneWithATypoIsOneLineWithItsPlace) {
+TEST_F(Render, UnusableScenesSettingsAndSizesAreOneLine) {
     const std::string begin = "lumivar: " + (folder / "scene.json") + ": ";
-    write_file(folder / "scene.json", R"({"composition": {"widht": 64}})");
-    expect_failure({}, begin + "/composition");
-    write_file(folder / "scene.json", R"({"controls": {"Star Colour": 1}})");
-    expect_failure({}, begin + "/controls/Star Colour");
-    write_file(folder / "scene.json", "{\"composition\": }");
-    expect_failure({}, begin);
+    for (const auto& [scene, place] :
+         {std::pair{R"({"composition": {"widht": 64}})", "/composition"},
+          {R"({"controls": {"Star Colour": 1}})", "/controls/Star Colour"},
+          {"{\"composition\": }", ""}}) {
+        write_file(folder / "scene.json", scene);
+        expect_failure({}, begin + place);
+    }
     fs::remove(folder / "scene.json");
     expect_failure({}, begin);
-}
-
-TEST_F(Render, UnusableSettingsAndSizesAreOneLine) {
-    expect_failure({"--set", "Star Brigthness=8"},
-                   "lumivar: --set \"Star Brigthness=8\": the effect has no control");
-    for (const std::string setting : {"Star Brightness=1001", "Projection=Fisheye"}) {
-        expect_failure({"--set", setting}, "lumivar: --set \"" + setting + "\": ");
+    write_file(folder / "scene.json", kScene);
+    for (const auto& [setting, words] :
+         {std::pair{"Star Brigthness=8", "the effect has no control"},
+          {"Star Brightness=1001", ""},
+          {"Projection=Fisheye", ""}}) {
+        expect_failure({"--set", setting},
+                       "lumivar: --set \"" + std::string(setting) + "\": " + words);
     }
     expect_failure({"--size", "20000x20000"}, "a frame of 20000 x 20000 pixels is too large");
 }
