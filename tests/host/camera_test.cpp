@@ -28,16 +28,10 @@ std::array<double, 4> times(const std::array<double, 4>& p, const Matrix& m) {
     return out;
 }
 
-void expect_near(const std::array<double, 4>& got, const std::array<double, 4>& want,
-                 double tolerance = 1e-12) {
-    for (std::size_t i = 0; i < 4; ++i) {
-        EXPECT_NEAR(got[i], want[i], tolerance) << "component " << i;
-    }
-}
-
-void expect_near(const Matrix& got, const Matrix& want, double tolerance = 1e-12) {
-    for (std::size_t i = 0; i < 16; ++i) {
-        EXPECT_NEAR(got[i], want[i], tolerance) << "element " << i;
+template <std::size_t size>
+void expect_near(const std::array<double, size>& got, const std::array<double, size>& want) {
+    for (std::size_t i = 0; i < size; ++i) {
+        EXPECT_NEAR(got[i], want[i], 1e-12) << "element " << i;
     }
 }
 

@@ -1,5 +1,6 @@
 // Several effects in one composition, and their frames step by step.
 #include <gtest/gtest.h>
+#include <host/camera.h>
 #include <host/instance.h>
 
 #include <optional>
@@ -82,21 +83,11 @@ TEST_F(Instances, SeeTheCameraAtCompositionTime) {
     EXPECT_LT(fact(frame, kTimeStep), 0.0) << "the layer plays backwards";
 }
 
-/// Stands at x = `place`.
-class StandingCamera : public session_scene::PlainCamera {
-public:
-    explicit StandingCamera(double place) : place_(place) {}
-    host::Matrix layer_to_world(double) const override {
-        return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, place_, 0, 0, 1};
-    }
-
-private:
-    double place_;
-};
-
 TEST_F(Instances, LookThroughTheTopmostCameraActiveAtTheFrame) {
-    project.cameras = {{std::make_shared<StandingCamera>(5.0), 1.0, 1.5},
-                       {std::make_shared<StandingCamera>(6.0), 0.5, 2.0}};
+    const auto standing_at = [](double x) {
+        return host::placed_camera({x, 0.0, 0.0}, {0.0, 0.0, 0.0}, host::Lens::zoom(50.0));
+    };
+    project.cameras = {{standing_at(5.0), 1.0, 1.5}, {standing_at(6.0), 0.5, 2.0}};
     EffectInstance effect(session, project);
     const auto place = [&](int frame) -> std::optional<double> {
         const Frame drawn = effect.render(frame_time(frame));

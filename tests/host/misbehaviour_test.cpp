@@ -71,13 +71,6 @@ TEST(Misbehaviour, AnExceptionOutOfTheEntryPointIsADefectOfTheModule) {
     EXPECT_TRUE(session.render(mischievous(kNone), {0, 24}).drawn) << "the session goes on";
 }
 
-TEST(Misbehaviour, WishesOfTheMomentAndDynamicFlagsAreNone) {
-    Session session(TEST_EFFECT);
-    EXPECT_EQ(joined(session.render(mischievous(kAskForRefresh), {0, 24}).violations), "");
-    session.dynamic_flags(small_scene(), {0, 24});
-    EXPECT_EQ(joined(session.violations()), "");
-}
-
 TEST(Misbehaviour, WhatIsLeftUndrawnHoldsTheMarkWishedFor) {
     Session session(TEST_EFFECT);
     const RenderOptions options = {.mark = std::byte{0x11}};
@@ -110,7 +103,7 @@ TEST(Misbehaviour, AFailedRenderKeepsItsStatusAndMessage) {
     EXPECT_EQ(render(kUnterminatedMessage).message.text, std::string(256, 'u'));
 }
 
-TEST(Misbehaviour, AnEmptyResultIsNotRenderedAndAnUnknownSuiteRefusedWithANullTable) {
+TEST(Misbehaviour, IsNoneInAnEmptyResultAnUnknownSuiteAWishOfTheMomentAndDynamicFlags) {
     const Frame empty = render(kEmptyResult);
     EXPECT_FALSE(empty.rendered);
     EXPECT_EQ(empty.data_deletions, 1);
@@ -119,6 +112,10 @@ TEST(Misbehaviour, AnEmptyResultIsNotRenderedAndAnUnknownSuiteRefusedWithANullTa
     EXPECT_EQ(refused.status, 0) << "the effect checks it";
     EXPECT_TRUE(refused.drawn);
     EXPECT_TRUE(refused.violations.empty()) << "asking is allowed";
+    Session session(TEST_EFFECT);
+    EXPECT_EQ(joined(session.render(mischievous(kAskForRefresh), {0, 24}).violations), "");
+    session.dynamic_flags(small_scene(), {0, 24});
+    EXPECT_EQ(joined(session.violations()), "");
 }
 
 TEST(Misbehaviour, AHandleInPlaceOfTheCallbacksIsDisposedOfAndOneLeftIsMissedAtTheEnd) {

@@ -166,7 +166,10 @@ TEST(Timing, AKeyedShutterIsTakenAtTheFramesTime) {
     EXPECT_EQ(opening(late, late.frame_time(6)), (Time{5750, 24000}));  // -90 degrees
 }
 
-TEST(Timing, FramesCountsWholeFrames) {
+TEST(Timing, SecondsAreValueOverScaleAndFramesCountsWholeOnes) {
+    EXPECT_EQ((Time{-1, 4}).seconds(), -0.25);
+    EXPECT_EQ((Time{1, 4294967295U}).seconds(), 1.0 / 4294967295.0);
+    EXPECT_EQ((FrameRate{30000, 1001}).per_second(), 30000.0 / 1001.0);
     EXPECT_EQ(composition({24, 1}, 180.0, -90.0, 2.0).frames(), 48);
     EXPECT_EQ(composition({24, 1}, 180.0, -90.0, 2.04).frames(), 48);
     EXPECT_EQ(composition({24000, 1001}, 180.0, -90.0, 2.0).frames(), 47);    // 47.95
@@ -174,12 +177,6 @@ TEST(Timing, FramesCountsWholeFrames) {
     EXPECT_EQ(composition({10, 1}, 180.0, -90.0, 0.3).frames(), 3);
     EXPECT_EQ(composition({24, 1}, 180.0, -90.0, 0.001).frames(), 1);
     EXPECT_EQ(composition({999, 1}, 180.0, -90.0, 1e9).frames(), std::numeric_limits<int>::max());
-}
-
-TEST(Timing, SecondsAreValueOverScale) {
-    EXPECT_EQ((Time{-1, 4}).seconds(), -0.25);
-    EXPECT_EQ((Time{1, 4294967295U}).seconds(), 1.0 / 4294967295.0);
-    EXPECT_EQ((FrameRate{30000, 1001}).per_second(), 30000.0 / 1001.0);
 }
 
 }  // namespace
