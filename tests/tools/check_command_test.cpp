@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -44,34 +43,23 @@ TEST(Check, FindsThePluginOfTheProgramInOrder) {
     }
 }
 
-/// How the table's rows begin: verdict and id.
-std::vector<std::string> rows_of_table(const std::string& text) {
-    std::vector<std::string> rows;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        for (const char* verdict : {"pass  ", "FAIL  ", "kept  "}) {
-            if (line.rfind(verdict, 0) == 0) {
-                rows.push_back(line.substr(0, line.find("  ", 6)));
-            }
-        }
-    }
-    return rows;
-}
-
 TEST(Check, TellsTheSameRowsAsATableAndAsJson) {
     const std::string module = CONFORMING_EFFECT;
     const ToolOptions broken = with(test_effect::kWritePastRow);
     const ToolResult table = run_tool({"check", module, "--time-limit", "60"}, broken);
     const ToolResult json = run_tool({"check", module, "--time-limit", "60", "--json"}, broken);
     const nlohmann::json report = nlohmann::json::parse(json.out);
-    const std::map<std::string, std::string> words = {
-        {"pass", "pass  "}, {"fail", "FAIL  "}, {"kept", "kept  "}};
-    std::vector<std::string> rows;
+    const std::map<std::string, std::string> words = {{"pass", "pass"}, {"fail", "FAIL"}};
+    std::size_t place = 0;
     for (const nlohmann::json& row : report["rows"]) {
-        rows.push_back(words.at(row["verdict"]) + row["id"].get<std::string>());
+        const std::string begin =
+            "\n" + words.at(row["verdict"]) + "  " + row["id"].get<std::string>() + "  ";
+        place = table.out.find(begin, place);
+        ASSERT_NE(place, std::string::npos) << begin;
     }
-    EXPECT_EQ(rows_of_table(table.out), rows);
-    EXPECT_EQ(report["counts"]["rows"], rows.size());
+    const std::size_t rows = report["rows"].size();
+    EXPECT_EQ(report["counts"]["rows"], rows);
+    EXPECT_TRUE(holds(table.out, "\n" + std::to_string(rows) + " rows: "));
     EXPECT_EQ(report["counts"]["fail"], 1);
     EXPECT_TRUE(holds(table.out, "\nRows that fail\n\n      frames.bounds\n\n"));
     EXPECT_TRUE(
@@ -156,14 +144,11 @@ TEST(Check, NamesWhatIsNoPlugInAndTheRemedy) {
                   "\" is no plug-in bundle: it has no Contents/MacOS/Empty" + remedy);
     EXPECT_EQ(complaint(folder / "None.plugin"),
               "lumivar: there is no plug-in " + (folder / "None.plugin") + remedy);
-    const std::string loading = "lumivar: the check bundle.module (load the module) fails: \"";
     const std::string text = complaint(folder / "text");
-    EXPECT_TRUE(holds(text, loading + (folder / "text") + "\" cannot be loaded: ")) << text;
+    EXPECT_TRUE(holds(text, "lumivar: the check bundle.module (load the module) fails: \"" +
+                                (folder / "text") + "\" cannot be loaded: "))
+        << text;
     EXPECT_TRUE(holds(text, "; build it for this machine, with all it needs\n")) << text;
-    EXPECT_EQ(complaint(NO_ENTRY_POINT),
-              loading + NO_ENTRY_POINT
-                  "\" exports no entry point EntryPointFunc; export it with C "
-                  "linkage and default visibility\n");
 }
 
 TEST(Check, ShowsOnATerminalWhatItLooksAt) {

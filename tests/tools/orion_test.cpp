@@ -45,25 +45,21 @@ Place place_of(const std::string& name) {
 support::Picture load_rgb(const std::string& path) {
     const ReadBack file = read_back(path);
     support::Picture picture(file.spec.width, file.spec.height, 3);
-    for (int y = 0; y < file.spec.height; ++y) {
-        for (int x = 0; x < file.spec.width; ++x) {
-            for (int c = 0; c < 3; ++c) {
-                picture.at(x, y, c) = static_cast<double>(file.at<float>(x, y, c));
-            }
+    support::for_each_pixel(file.spec.width, file.spec.height, [&](int x, int y) {
+        for (int c = 0; c < 3; ++c) {
+            picture.at(x, y, c) = static_cast<double>(file.at<float>(x, y, c));
         }
-    }
+    });
     return picture;
 }
 
 /// The scene's view as scenes/orion.json states it: towards 83.7, -0.5, 24 degrees high.
 support::SkyView view_of(const support::Picture& picture) {
-    support::SkyView view;
-    view.ra = 83.7;
-    view.dec = -0.5;
-    view.width = picture.width;
-    view.height = picture.height;
-    view.focal = 1.0 / std::tan(12.0 * std::numbers::pi / 180.0);
-    return view;
+    return {.ra = 83.7,
+            .dec = -0.5,
+            .width = picture.width,
+            .height = picture.height,
+            .focal = 1.0 / std::tan(12.0 * std::numbers::pi / 180.0)};
 }
 
 /// The centre of the brightest spot within 3 pixels of a place. The logarithm of a Gaussian is a

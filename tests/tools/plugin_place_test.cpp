@@ -7,6 +7,7 @@
 
 #include "failure_of.h"
 #include "support/scratch.h"
+#include "support/variable.h"
 #include "tool_run.h"
 
 namespace {
@@ -98,9 +99,8 @@ TEST(StagedPluginFolder, IsGoneWhenTheBundleCannotBeCopied) {
     const ScratchFolder folder;
     fs::create_directories(folder / "B.plugin");
     fs::create_symlink("nowhere", folder / "B.plugin/dangling");
-    setenv("TMPDIR", folder.path().c_str(), 1);
+    const Variable place("TMPDIR", folder.path());
     EXPECT_THROW(StagedPlugin(folder / "B.plugin", folder / "mine.stars"), lumivar::Failure);
-    unsetenv("TMPDIR");
     EXPECT_EQ(names_in(folder.path()), std::vector<std::string>{"B.plugin"});
 }
 
