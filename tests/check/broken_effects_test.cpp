@@ -417,12 +417,10 @@ TEST(EffectWithFormatsOfPremiere, IsPlayedInEachOfThem) {
               std::string::npos);
     EXPECT_EQ(premiere_kinds(check_with(kPremiereFloatAlone, "frames.")),
               Ids{"frames.premiere-float"});
-}
-
-TEST(EffectWithFormatsOfPremiere, IsPlayedInEightBitsIfItDeclaresNone) {
-    const Report report = check_with(kNoPremiereFormats, "frames.");
-    EXPECT_EQ(failing(report), Ids{});
-    EXPECT_EQ(premiere_kinds(report), Ids{"frames.premiere"});
+    // In eight bits if it declares none.
+    const Report none = check_with(kNoPremiereFormats, "frames.");
+    EXPECT_EQ(failing(none), Ids{});
+    EXPECT_EQ(premiere_kinds(none), Ids{"frames.premiere"});
 }
 
 TEST(EffectWithFormatsOfPremiere, IsToldWhichOfThemTheHostDoesNotDraw) {

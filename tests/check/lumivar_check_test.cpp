@@ -26,6 +26,7 @@ namespace fs = std::filesystem;
 using check::Report;
 using check::Verdict;
 using namespace report_support;
+using Texts = std::vector<std::string>;
 
 /// The whole bundle as it is built, registration included.
 class LumivarCheck : public testing::Test {
@@ -109,7 +110,7 @@ TEST_F(LumivarCheck, HasNoFailureAndExactlyTheListedDeviations) {
     for (const std::string& id : failing(report)) {
         ADD_FAILURE() << id << ": " << row(report, id).answer;
     }
-    EXPECT_EQ(unexamined(report), std::vector<std::string>{});
+    EXPECT_EQ(unexamined(report), Texts{});
     Ids listed;
     Ids with_deviations;
     for (const check::Deviation& deviation : check::deviations_of(registration::kMatchName)) {
@@ -195,14 +196,13 @@ TEST_F(LumivarCheck, NamesEachFileOfABrokenBundleThePlaceAndTheRemedy) {
     const Report report = check("bundle.");
     const std::string name = in_quotes("Contents/Info.plist");
     // Four lines come before the first entry, the executable's, and each entry has two.
-    EXPECT_EQ(
-        texts(row(report, "bundle.info-list")),
-        (std::vector<std::string>{name + ": line 13: CFBundlePackageType is \"APPL\"; write "
-                                         "<key>CFBundlePackageType</key><string>eFKT</string>",
-                                  name + ": has no CFBundleSignature; write "
-                                         "<key>CFBundleSignature</key><string>FXTC</string>",
-                                  name + ": line 5: CFBundleExecutable is no text; write "
-                                         "<key>CFBundleExecutable</key><string>Lumivar</string>"}));
+    EXPECT_EQ(texts(row(report, "bundle.info-list")),
+              (Texts{name + ": line 13: CFBundlePackageType is \"APPL\"; write "
+                            "<key>CFBundlePackageType</key><string>eFKT</string>",
+                     name + ": has no CFBundleSignature; write "
+                            "<key>CFBundleSignature</key><string>FXTC</string>",
+                     name + ": line 5: CFBundleExecutable is no text; write "
+                            "<key>CFBundleExecutable</key><string>Lumivar</string>"}));
     // The resources come first, behind the file's first 256 bytes; what is in the map is gone.
     const std::string answer = row(report, "bundle.resource").answer;
     EXPECT_EQ(answer.find(in_quotes("Contents/Resources/Lumivar.rsrc") +
@@ -226,12 +226,11 @@ TEST_F(LumivarCheck, ReadsNoEntriesInCommentsOfAPropertyListNorABinaryOne) {
     wrong.replace(wrong.find("<dict>"), 0, "<!-- of two\nlines -->");
     write_file(bundle() / "Contents/Info.plist", wrong);
     const std::string name = in_quotes("Contents/Info.plist");
-    EXPECT_EQ(
-        texts(row(check("bundle."), "bundle.info-list")),
-        (std::vector<std::string>{name + ": line 14: CFBundlePackageType is \"APPL\"; write "
-                                         "<key>CFBundlePackageType</key><string>eFKT</string>",
-                                  name + ": has no CFBundleSignature; write "
-                                         "<key>CFBundleSignature</key><string>FXTC</string>"}));
+    EXPECT_EQ(texts(row(check("bundle."), "bundle.info-list")),
+              (Texts{name + ": line 14: CFBundlePackageType is \"APPL\"; write "
+                            "<key>CFBundlePackageType</key><string>eFKT</string>",
+                     name + ": has no CFBundleSignature; write "
+                            "<key>CFBundleSignature</key><string>FXTC</string>"}));
     std::string commented = list;
     commented.replace(commented.find(signature), 0, "<!-- <key>CFBundleSignature</key> -->");
     write_file(bundle() / "Contents/Info.plist", commented + "<!-- without an end");
@@ -268,20 +267,20 @@ TEST_F(LumivarCheck, NamesEachFileThatABundleLacks) {
 TEST_F(LumivarCheck, SaysWhyAFileOfABundleCannotBeRead) {
     const fs::path package = bundle() / "Contents/PkgInfo";
     const std::string name = in_quotes("Contents/PkgInfo");
-    const auto answer = [&] {
-        return row(check("bundle.package-info"), "bundle.package-info").answer;
+    const auto is_told = [&](const std::string& reason) {
+        const std::string answer = row(check("bundle.package-info"), "bundle.package-info").answer;
+        return answer.rfind(name + reason + "; write", 0) == 0;
     };
     write_file(package, "");
-    EXPECT_EQ(answer().find(name + ": holds 0 bytes, \"\"; write"), 0U) << answer();
+    EXPECT_TRUE(is_told(": holds 0 bytes, \"\""));
     fs::resize_file(package, (std::size_t{16} << 20U) + 1);
-    EXPECT_EQ(answer().find(name + " has 16777217 bytes; 16777216 are read at most; write"), 0U);
+    EXPECT_TRUE(is_told(" has 16777217 bytes; 16777216 are read at most"));
     fs::remove(package);
     ASSERT_EQ(mkfifo(package.c_str(), 0600), 0);
-    EXPECT_EQ(answer().find(name + " is no regular file; write"), 0U) << "and is not waited for";
+    EXPECT_TRUE(is_told(" is no regular file")) << "and is not waited for";
     fs::remove(package);
     fs::create_symlink("PkgInfo", package);
-    EXPECT_EQ(answer().find(name + " cannot be read: Too many levels of symbolic links; write"),
-              0U);
+    EXPECT_TRUE(is_told(" cannot be read: Too many levels of symbolic links"));
     fs::remove(package);
     write_file(package, "eFKTFXTC");
     fs::permissions(package, fs::perms::none);
@@ -289,11 +288,8 @@ TEST_F(LumivarCheck, SaysWhyAFileOfABundleCannotBeRead) {
     constexpr uid_t kNobody = 65534;
     ASSERT_EQ(chmod(root.path().c_str(), 0755), 0);
     EXPECT_EQ(result_in_child([&] {
-                  if (geteuid() == 0 && seteuid(kNobody) != 0) {
-                      return 1;
-                  }
-                  return answer().find(name + " cannot be read: Permission denied; write") == 0 ? 0
-                                                                                                : 2;
+                  const bool nobody = geteuid() != 0 || seteuid(kNobody) == 0;
+                  return nobody && is_told(" cannot be read: Permission denied") ? 0 : 1;
               }),
               0);
 }
@@ -307,13 +303,11 @@ TEST_F(LumivarCheck, NamesWhatARegistrationHasWrong) {
     const std::string name = in_quotes("Contents/Resources/Lumivar.rsrc");
     EXPECT_EQ(
         texts(row(report, "bundle.resource")),
-        (std::vector<std::string>{
-            name + ": there is no kind; register an effect, eFKT",
-            name + ": mi32 names \"EntryPointFunk\"; register EntryPointFunc, which the module "
-                   "exports"}));
-    EXPECT_EQ(
-        texts(row(report, "bundle.names")),
-        std::vector<std::string>{name + ": there is no catg; register one of 1 to 31 characters"});
+        (Texts{name + ": there is no kind; register an effect, eFKT",
+               name + ": mi32 names \"EntryPointFunk\"; register EntryPointFunc, which the module "
+                      "exports"}));
+    EXPECT_EQ(texts(row(report, "bundle.names")),
+              Texts{name + ": there is no catg; register one of 1 to 31 characters"});
 }
 
 TEST_F(LumivarCheck, SaysWhyWithoutADatabase) {
