@@ -143,16 +143,14 @@ Frame load_frame(const std::string& scene_file, int index) {
     Settings& settings = frame.settings;
     double segments = 1;
     json camera;
-    const auto composition = [&](const json& node) {
-        read_members(node, {{"width", number(width)},
-                            {"height", number(height)},
-                            {"frame_rate", number(rate)},
-                            {"duration", number(duration)},
-                            {"motion_blur", [&](const json& on) { motion_blur = on.get<bool>(); }},
-                            {"shutter_angle", number(angle)},
-                            {"shutter_phase", number(phase)}});
-    };
-    composition(scene.at("composition"));
+    read_members(scene.at("composition"),
+                 {{"width", number(width)},
+                  {"height", number(height)},
+                  {"frame_rate", number(rate)},
+                  {"duration", number(duration)},
+                  {"motion_blur", [&](const json& on) { motion_blur = on.get<bool>(); }},
+                  {"shutter_angle", number(angle)},
+                  {"shutter_phase", number(phase)}});
     const double seconds = index / rate;
     const auto controls = [&](const json& node) {
         read_members(

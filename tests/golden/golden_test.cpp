@@ -13,6 +13,7 @@
 #include "golden_stars.h"
 #include "support/catalogue.h"
 #include "support/compare.h"
+#include "support/pixels.h"
 #include "support/scratch.h"
 #include "tool_run.h"
 
@@ -54,14 +55,12 @@ Picture product(const Name& name, const std::vector<std::string>& more = {}) {
 
 /// The picture moved to the right, which leaves the first column dark.
 Picture moved(const Picture& picture) {
-    Picture result(picture.width, picture.height, 3);
-    for (int y = 0; y < picture.height; ++y) {
-        for (int x = 1; x < picture.width; ++x) {
-            for (int c = 0; c < 3; ++c) {
-                result.at(x, y, c) = picture.at(x - 1, y, c);
-            }
+    Picture result = picture;
+    support::for_each_pixel(picture.width, picture.height, [&](int x, int y) {
+        for (int c = 0; c < 3; ++c) {
+            result.at(x, y, c) = x > 0 ? picture.at(x - 1, y, c) : 0;
         }
-    }
+    });
     return result;
 }
 

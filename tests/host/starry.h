@@ -58,14 +58,7 @@ inline void set(host::Scene& scene, const std::string& name,
 }
 
 /// The bytes of all pixels, row by row, without padding.
-inline std::vector<std::byte> bytes(const host::Frame& frame) {
-    std::vector<std::byte> all;
-    const int row = frame.world.width() * bytes_per_pixel(frame.world.depth());
-    for (int y = 0; y < frame.world.height(); ++y) {
-        all.insert(all.end(), frame.world.row(y), frame.world.row(y) + row);
-    }
-    return all;
-}
+inline std::vector<std::byte> bytes(const host::Frame& frame) { return frame.world.packed(); }
 
 /// Whether any pixel differs from another: stars on black.
 inline bool shows_stars(const host::Frame& frame) {

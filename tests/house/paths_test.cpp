@@ -4,11 +4,11 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
 #include <regex>
 #include <set>
-#include <sstream>
 #include <string>
+
+#include "../support/scratch.h"
 
 namespace fs = std::filesystem;
 
@@ -16,11 +16,14 @@ namespace {
 
 const fs::path kRoot = LUMIVAR_SOURCE_DIR;
 
-std::string read_all(const fs::path& path) {
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
+/// Calls `use` for every source and header of the room.
+template <class Use>
+void for_each_source(const std::string& room, Use use) {
+    for (const auto& entry : fs::recursive_directory_iterator(kRoot / room)) {
+        if (entry.path().extension() == ".cpp" || entry.path().extension() == ".h") {
+            use(entry.path());
+        }
+    }
 }
 
 /// Every `back-quoted` text of the document that looks like a path of the tree, and every link that
@@ -29,7 +32,7 @@ std::set<std::string> paths_named_in(const fs::path& document) {
     static const std::set<std::string> rooms = {
         "base",  "osapi",      "libkelvimage", "libimgops", "AE",   "host",    "check", "tools",
         "tests", "benchmarks", "data",         "scenes",    "docs", "scripts", "cmake"};
-    const std::string text = read_all(document);
+    const std::string text = read_file(document);
     static const std::regex quoted("`([A-Za-z0-9_.\\-]+(?:/[A-Za-z0-9_.\\-]+)*/?)`");
     std::set<std::string> found;
     for (std::sregex_iterator it(text.begin(), text.end(), quoted), end; it != end; ++it) {
@@ -87,30 +90,27 @@ TEST(Rooms, IncludeOnlyFromBelow) {
     static const std::set<std::string> system = {"sys", "netinet", "arpa", "malloc"};
     int checked = 0;
     for (const auto& [room, below] : allowed) {
-        for (const auto& entry : fs::recursive_directory_iterator(kRoot / room)) {
-            if (entry.path().extension() != ".cpp" && entry.path().extension() != ".h") {
-                continue;
-            }
-            const std::string text = read_all(entry.path());
+        for_each_source(room, [&, room = room, below = below](const fs::path& source) {
+            const std::string text = read_file(source);
             for (std::sregex_iterator it(text.begin(), text.end(), include), end; it != end; ++it) {
                 const std::string target = (*it)[1];
                 if (fs::is_directory(kRoot / room / target) ||
-                    fs::is_directory(entry.path().parent_path() / target)) {
+                    fs::is_directory(source.parent_path() / target)) {
                     continue;  // a folder of the room's own
                 }
                 EXPECT_TRUE(below.count(target) != 0 ||
                             (room == "osapi" && system.count(target) != 0))
-                    << entry.path() << " includes " << (*it)[0];
+                    << source << " includes " << (*it)[0];
                 ++checked;
             }
-        }
+        });
     }
     EXPECT_GT(checked, 10);
 }
 
 TEST(Rooms, LeaveWhatOneSystemAloneHasToTheSystemLayer) {
     const auto special = [](const fs::path& source) {
-        const std::string text = read_all(source);
+        const std::string text = read_file(source);
         for (const char* sign :
              {"\"/proc/", "__linux__", "__APPLE__", "<linux/", "<mach", "<sys/epoll.h>",
               "<sys/eventfd.h>", "<sys/inotify.h>", "<sys/prctl.h>", "<sys/sendfile.h>",
@@ -124,10 +124,7 @@ TEST(Rooms, LeaveWhatOneSystemAloneHasToTheSystemLayer) {
     EXPECT_NE(special(kRoot / "osapi/osapi-unix-program.cpp"), "");
     for (const char* room :
          {"base", "libkelvimage", "libimgops", "AE", "host", "check", "tools", "benchmarks"}) {
-        for (const auto& entry : fs::recursive_directory_iterator(kRoot / room)) {
-            if (entry.path().extension() == ".cpp" || entry.path().extension() == ".h") {
-                EXPECT_EQ(special(entry.path()), "") << entry.path();
-            }
-        }
+        for_each_source(room,
+                        [&](const fs::path& source) { EXPECT_EQ(special(source), "") << source; });
     }
 }
