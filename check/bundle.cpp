@@ -95,7 +95,7 @@ std::string hex(std::uint32_t number) {
     return String::fmt("0x%08X", static_cast<unsigned>(number)).c_str();
 }
 
-std::string quoted(const std::string& text) {
+std::string in_short_quotes(const std::string& text) {
     constexpr std::size_t kLongest = 40;
     return "\"" + text.substr(0, kLongest) + (text.size() > kLongest ? "..." : "") + "\"";
 }
@@ -110,7 +110,7 @@ Texts wrong_entries(const std::string& list, const std::string& executable) {
     Texts wrong;
     const auto look_at = [&](const std::string& key, const std::string& value) {
         const bundle::Entry entry = text.entry(key);
-        const std::string found = entry.value ? quoted(*entry.value) : "no text";
+        const std::string found = entry.value ? in_short_quotes(*entry.value) : "no text";
         const std::string remedy = "; write <key>" + key + "</key><string>" + value + "</string>";
         if (entry.line == 0) {
             wrong.push_back("has no " + key + remedy);
@@ -146,7 +146,7 @@ Texts wrong_code(const bundle::Registration& resource) {
     const std::string entry_point = host::kEntryPointName;
     Texts wrong;
     if (resource.bytes("kind") != "eFKT") {
-        wrong.push_back((resource.has("kind") ? "kind is " + quoted(resource.bytes("kind"))
+        wrong.push_back((resource.has("kind") ? "kind is " + in_short_quotes(resource.bytes("kind"))
                                               : std::string("there is no kind")) +
                         "; register an effect, eFKT");
     }
@@ -156,7 +156,8 @@ Texts wrong_code(const bundle::Registration& resource) {
     }
     const auto look_at = [&](const std::string& key) {
         if (resource.has(key) && resource.text(key) != entry_point) {
-            const std::string named = quoted(resource.text(key).value_or(resource.bytes(key)));
+            const std::string named =
+                in_short_quotes(resource.text(key).value_or(resource.bytes(key)));
             wrong.push_back(key + " names " + named + "; register " + entry_point +
                             ", which the module exports");
         }
@@ -243,7 +244,7 @@ void check_bundle(Run& run) {
     const auto wrong_bytes = [&](const std::string& text) {
         return text == "eFKTFXTC" ? Texts()
                                   : Texts{"holds " + std::to_string(text.size()) + " bytes, " +
-                                          quoted(text) + "; " + remedy};
+                                          in_short_quotes(text) + "; " + remedy};
     };
     run.enter({"bundle.package-info", "read PkgInfo", "eight bytes, eFKTFXTC"},
               findings_in(contents / "PkgInfo", remedy, wrong_bytes), "eFKTFXTC");

@@ -166,7 +166,7 @@ void play_interleaved(Stage& stage) {
 }
 
 /// Played in the deepest of the smart kinds, in which an effect does most; else in the first kind.
-const FrameRow kRows[] = {
+const FrameRow kFrameRows[] = {
     {{"frames.first", "the first frame of the composition", kDrawn},
      with([](Stage& stage) { stage.frame = 0; }),
      false},
@@ -225,7 +225,7 @@ std::vector<FrameRow> frame_rows(const Declared& declared) {
              kind.smart,
              kind});
     }
-    for (FrameRow row : kRows) {
+    for (FrameRow row : kFrameRows) {
         if (deepest->smart || !row.smart_alone) {
             row.kind = *deepest;
             rows.push_back(row);

@@ -27,6 +27,9 @@ if(LUMIVAR_SANITIZE)
     # The checks that a sanitizer adds make this warning cry wolf, in the standard library's <regex> for one.
     add_compile_options(-Wno-maybe-uninitialized)
   endif()
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND LUMIVAR_SANITIZE MATCHES "address")
+    add_compile_definitions(__SANITIZE_ADDRESS__=1)  # g++ says it itself
+  endif()
   if(LUMIVAR_SANITIZE MATCHES "undefined")
     add_compile_options(-fsanitize=float-cast-overflow)
   endif()

@@ -20,6 +20,21 @@ function(compile_plainly_for_tests target)
   endif()
 endfunction()
 
+# compile_together(TARGET)
+#
+# Several sources at a time, with LUMIVAR_TOGETHER: their common headers are read once. They share names then: two
+# that both define one, in a nameless namespace too, cannot stand in one target, unless one of them has the source property
+# SKIP_UNITY_BUILD_INCLUSION. The plug-in's own rooms are not for this: what ships is compiled as it stands.
+function(compile_together target)
+  if(LUMIVAR_TOGETHER)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+      # It takes the sources for headers, in which a nameless namespace would be a mistake.
+      target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+    endif()
+  endif()
+endfunction()
+
 # add_room_test_parts(NAME SHARDS TIMEOUT LABELS COMMAND...)
 #
 # CTest's tests for a GoogleTest program, or for what its arguments name: one, or SHARDS of them side by side.
@@ -77,6 +92,7 @@ function(add_room_test)
     target_precompile_headers(${TEST_NAME} REUSE_FROM test_main_test)
   endif()
   target_compile_definitions(${TEST_NAME} PRIVATE ${TEST_DEFINITIONS})
+  compile_together(${TEST_NAME})
   target_link_libraries(${TEST_NAME} PRIVATE ${TEST_DEPENDS} test_main)
   if(TEST_RELEASE_ONLY)
     add_room_test_parts(${TEST_NAME}.whole ${TEST_SHARDS} ${TEST_TIMEOUT} "${TEST_LABELS};release_only" ${TEST_NAME}

@@ -16,7 +16,7 @@ namespace {
 using Pointer = nlohmann::json_pointer<std::string>;
 
 /// As a JSON string.
-std::string in_quotes(std::string_view text) { return Json(text).dump(); }
+std::string in_json_quotes(std::string_view text) { return Json(text).dump(); }
 
 std::string describe(const Json& value) {
     switch (value.type()) {
@@ -40,7 +40,7 @@ std::string json_place(const std::string& source, const std::string& pointer) {
     if (pointer.empty()) {
         return source;
     }
-    const std::string quoted = in_quotes(pointer);
+    const std::string quoted = in_json_quotes(pointer);
     return source + ": " + quoted.substr(1, quoted.size() - 2);
 }
 
@@ -96,12 +96,12 @@ void JsonNode::expect_members(std::initializer_list<std::string_view> known) con
         }
         std::string names;
         for (const std::string_view candidate : known) {
-            names += (names.empty() ? "" : ", ") + in_quotes(candidate);
+            names += (names.empty() ? "" : ", ") + in_json_quotes(candidate);
         }
         const auto likely = nearest(name, {known.begin(), known.end()});
-        (*this)[name].fail(
-            (known.size() > 1 ? "one of " : "") + names,
-            in_quotes(name) + (likely ? "; did you mean " + in_quotes(*likely) + "?" : ""));
+        (*this)[name].fail((known.size() > 1 ? "one of " : "") + names,
+                           in_json_quotes(name) +
+                               (likely ? "; did you mean " + in_json_quotes(*likely) + "?" : ""));
     }
 }
 

@@ -452,9 +452,9 @@ namespace {
 
 std::vector<int> destroyed;
 
-struct Traced {
-    explicit Traced(int i = 0) : id(i) {}
-    ~Traced() { destroyed.push_back(id); }
+struct Held {
+    explicit Held(int i = 0) : id(i) {}
+    ~Held() { destroyed.push_back(id); }
     int id;
 };
 
@@ -475,20 +475,20 @@ static_assert(!std::is_copy_constructible_v<scoped_array<int>>);
 static_assert(!std::is_convertible_v<scoped_ptr<int>, bool>, "the truth test is explicit");
 
 TEST_F(Holders, StartWithNothingAndLendTheirObject) {
-    const scoped_ptr<Traced> no_object;
-    const scoped_array<Traced> no_array;
+    const scoped_ptr<Held> no_object;
+    const scoped_array<Held> no_array;
     EXPECT_FALSE(no_object);
     EXPECT_FALSE(no_array);
     EXPECT_EQ(no_object.get(), nullptr);
     EXPECT_EQ(no_array.get(), nullptr);
-    auto* traced = new Traced(1);
-    const scoped_ptr<Traced> object(traced);
+    auto* traced = new Held(1);
+    const scoped_ptr<Held> object(traced);
     EXPECT_TRUE(object);
     EXPECT_EQ(object.get(), traced);
     EXPECT_EQ(object->id, 1);
     EXPECT_EQ(&*object, traced);
-    auto* several = new Traced[3];
-    const scoped_array<Traced> array(several);
+    auto* several = new Held[3];
+    const scoped_array<Held> array(several);
     EXPECT_TRUE(array);
     EXPECT_EQ(array.get(), several);
     EXPECT_EQ(&array[2], several + 2);
@@ -497,10 +497,10 @@ TEST_F(Holders, StartWithNothingAndLendTheirObject) {
 }
 
 TEST_F(Holders, DeleteTheirObject) {
-    { const scoped_ptr<Traced> object(new Traced(1)); }
+    { const scoped_ptr<Held> object(new Held(1)); }
     EXPECT_EQ(destroyed, (Ids{1}));
     {
-        const scoped_array<Traced> array(new Traced[2]);
+        const scoped_array<Held> array(new Held[2]);
         array[0].id = 5;
         array[1].id = 6;
     }
@@ -508,19 +508,19 @@ TEST_F(Holders, DeleteTheirObject) {
 }
 
 TEST_F(Holders, ResetDeletesTheOldObjectUnlessItIsTheSame) {
-    scoped_ptr<Traced> object(new Traced(1));
+    scoped_ptr<Held> object(new Held(1));
     object.reset(object.get());
     EXPECT_TRUE(destroyed.empty());
-    object.reset(new Traced(2));
+    object.reset(new Held(2));
     EXPECT_EQ(destroyed, (Ids{1}));
     EXPECT_EQ(object->id, 2);
     object.reset();
     EXPECT_EQ(destroyed, (Ids{1, 2}));
     EXPECT_FALSE(object);
-    scoped_array<Traced> array(new Traced[1]);
+    scoped_array<Held> array(new Held[1]);
     array.reset(array.get());
     EXPECT_EQ(destroyed.size(), 2U);
-    array.reset(new Traced[2]);
+    array.reset(new Held[2]);
     EXPECT_EQ(destroyed.size(), 3U);
     array.reset();
     EXPECT_EQ(destroyed.size(), 5U);

@@ -19,14 +19,15 @@ using namespace plain_fast;
 using support::CatalogueStar;
 
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr double kInfinite = std::numeric_limits<double>::infinity();
 const double kLargest = std::numeric_limits<double>::max();
 
 /// What no field should hold, and what it hardly should.
-const double kSpecial[] = {kNone, -kNone, kInf,  -kInf, 0.0,    -0.0,     5e-324,   -5e-324, 1e-310,
-                           1e-45, -1e-45, 1e-38, 1e-30, -1e-30, 1e-5,     -1e-5,    0.3,     -0.3,
-                           1.0,   -1.0,   7.0,   -7.0,  1e5,    -1e5,     1e10,     -1e10,   1e30,
-                           -1e30, 3e38,   -3e38, 1e300, -1e300, kLargest, -kLargest};
+const double kSpecial[] = {kNone,   -kNone, kInfinite, -kInfinite, 0.0,      -0.0,     5e-324,
+                           -5e-324, 1e-310, 1e-45,     -1e-45,     1e-38,    1e-30,    -1e-30,
+                           1e-5,    -1e-5,  0.3,       -0.3,       1.0,      -1.0,     7.0,
+                           -7.0,    1e5,    -1e5,      1e10,       -1e10,    1e30,     -1e30,
+                           3e38,    -3e38,  1e300,     -1e300,     kLargest, -kLargest};
 
 /// A small frame through a camera along x, a few stars in it and a few around it.
 Scene small_scene(op_stars_projection projection, bool moves) {
@@ -88,12 +89,12 @@ const Special kOthers[] = {
     {"distance", [](Scene& s, double v) { s.stars[5].distance = v; }},
     {"luminance",
      [](Scene& s, double v) {
-         s.data.threshold = -kInf;
+         s.data.threshold = -kInfinite;
          s.stars[5].luminance = static_cast<float>(v);
      }},
     {"luminance_without_ceiling",
      [](Scene& s, double v) {
-         s.data.max_luminance = kInf;
+         s.data.max_luminance = kInfinite;
          s.data.spot_size_x = 1e7;
          s.stars[5].luminance = static_cast<float>(v);
      }},
@@ -129,7 +130,7 @@ TEST(SpecialSettings, AreDrawnAsThePlainPathDoesInNegativeLight) {
         SCOPED_TRACE(special.name);
         expect_with_every_value([&](Scene& scene, double value) {
             scene.data.brightness = -2;
-            scene.data.threshold = -kInf;
+            scene.data.threshold = -kInfinite;
             for (CatalogueStar& star : scene.stars) {
                 star.luminance = -100 * star.luminance;
                 // Of one colour, so that no star takes another one's light away: the largest value
@@ -224,7 +225,7 @@ TEST(SpecialCoverage, IsNeverWritten) {
     const float own = std::bit_cast<float>(0xffc12345U);
     for (const float coverage :
          {0.0F, -0.0F, 0.3F, 0.9999999F, 1.0F, 1.0000001F, -5.0F, 1e30F, -1e30F,
-          static_cast<float>(kInf), own, signalling, 1e-45F, -1e-45F}) {
+          static_cast<float>(kInfinite), own, signalling, 1e-45F, -1e-45F}) {
         for (const bool moves : {false, true}) {
             for (const double brightness : {0.25, 1e30, 3e37}) {
                 for (const double saturation : {1.0, 0.0, 3.0}) {
@@ -247,11 +248,11 @@ TEST(SpecialCoverage, IsNeverWrittenByInfiniteLight) {
     for (const bool moves : {false, true}) {
         Scene scene = small_scene(Persp, moves);
         scene.drew_before = true;
-        scene.coverage.assign(24 * 14, static_cast<float>(-kInf));
+        scene.coverage.assign(24 * 14, static_cast<float>(-kInfinite));
         Drawn fast = draw(scene, DrawPath::Fast);
         for (int x = 0; x < scene.width; ++x) {
             for (int y = 0; y < scene.height; ++y) {
-                ASSERT_EQ(fast.frame.a(x, y), -kInf);
+                ASSERT_EQ(fast.frame.a(x, y), -kInfinite);
             }
         }
         EXPECT_FALSE(fast.frame.is_blank());

@@ -22,7 +22,7 @@ using namespace plain_fast;
 using star_kernels::Kernels;
 using support::CatalogueStar;
 
-constexpr double PI = 3.14159265358979323846;
+constexpr double kPi = 3.14159265358979323846;
 
 /// What the fast path's rejection said, star by star in the order of the file.
 std::vector<unsigned char> rejected;
@@ -162,12 +162,12 @@ CatalogueStar star_at(const Scene& scene, const camera& cam, double u, double v,
     return star;
 }
 
-constexpr int kWidths[] = {16, 64, 640, 1920};
+constexpr int kFrameWidths[] = {16, 64, 640, 1920};
 constexpr int kHeights[] = {9, 64, 1080};
 
 /// A camera and settings, without stars yet.
 Scene random_view(RandomNumbers& random) {
-    Scene scene = default_scene(random, random.of(kWidths), random.of(kHeights));
+    Scene scene = default_scene(random, random.of(kFrameWidths), random.of(kHeights));
     StarRendererData& data = scene.data;
     const double radius = random.on_scale(1, random.chance(0.1) ? 1e5 : 10);
     data.spot_size_x = data.spot_size_y = radius / (0.0005 * scene.width);
@@ -355,7 +355,7 @@ void cover_sky(Scene& scene, RandomNumbers& random, int count) {
     for (int i = 0; i < count; ++i) {
         CatalogueStar star;
         star.lon = random.between(-180, 180);
-        star.lat = std::asin(random.between(-1, 1)) * 180 / PI;
+        star.lat = std::asin(random.between(-1, 1)) * 180 / kPi;
         star.luminance = 0.1F;
         star.distance = random.on_scale(1, 1000);
         scene.stars.push_back(star);

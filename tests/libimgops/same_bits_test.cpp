@@ -16,8 +16,6 @@ namespace {
 using namespace plain_fast;
 using support::CatalogueStar;
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-
 /// Bits are compared; of what is no number it only counts that it is none.
 bool same(float a, float b) {
     return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b) ||
@@ -27,7 +25,7 @@ bool same(float a, float b) {
 }  // namespace
 
 TEST(Places, HaveTheWeightOfTheirDistance) {
-    for (const double distance : {-1.0, 0.0, 0.5, 10.0, kInf}) {
+    for (const double distance : {-1.0, 0.0, 0.5, 10.0, std::numeric_limits<double>::infinity()}) {
         for (const double crush : {0.0, 5.0, -5.0, 1000.0}) {
             const VectorN<double, 4> point = star_point(10, 20, distance, crush);
             EXPECT_EQ(point[3], weight_of_distance(distance, crush));

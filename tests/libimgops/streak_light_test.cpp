@@ -15,12 +15,12 @@ namespace {
 
 using support::GuardedFrame;
 
-constexpr double PI = 3.14159265358979323846;
-const Color3 kWhite(1, 1, 1);
+constexpr double kPi = 3.14159265358979323846;
 
-bool draw(GuardedFrame& frame, const Vector2& a, const Vector2& b, float energy, float spot_w,
-          float spot_h) {
-    return op_star_streak(frame.view(), a, b, energy, kWhite, spot_w, spot_h, STARS_LINES_ALL);
+bool add_streak(GuardedFrame& frame, const Vector2& a, const Vector2& b, float energy, float spot_w,
+                float spot_h) {
+    return op_star_streak(frame.view(), a, b, energy, Color3(1, 1, 1), spot_w, spot_h,
+                          STARS_LINES_ALL);
 }
 
 double still_spot(double x, double y, double w, double h) {
@@ -71,9 +71,9 @@ double cut_off_share(double energy) {
 
 TEST(StreakLight, IsSqrtPiOverTheLengthInTheMiddle) {
     GuardedFrame frame(110, 110);
-    EXPECT_TRUE(draw(frame, {0, 0}, {100, 100}, 1, 1, 1));
+    EXPECT_TRUE(add_streak(frame, {0, 0}, {100, 100}, 1, 1, 1));
     // L = 141.42, q = 1; both error functions are 1 at the midpoint.
-    EXPECT_NEAR(frame.r(50, 50), std::sqrt(PI) / std::sqrt(20000.0), 1e-8);
+    EXPECT_NEAR(frame.r(50, 50), std::sqrt(kPi) / std::sqrt(20000.0), 1e-8);
     EXPECT_NEAR(frame.r(50, 50), 0.0125331, 5e-8);
     EXPECT_EQ(frame.r(50, 57), 0.0F) << "beyond the row span";
 }
@@ -81,7 +81,7 @@ TEST(StreakLight, IsSqrtPiOverTheLengthInTheMiddle) {
 TEST(StreakLight, OfAStillSpotIsTheGaussian) {
     GuardedFrame frame(60, 60);
     const Vector2 centre(30.25F, 29.5F);
-    draw(frame, centre, centre, 5, 3, 1.5F);
+    add_streak(frame, centre, centre, 5, 3, 1.5F);
     support::for_each_pixel(60, 60, [&](int x, int y) {
         const double expected = 5 * still_spot(x - 30.25, y - 29.5, 3, 1.5);
         const double actual = static_cast<double>(frame.r(x, y));
@@ -105,8 +105,8 @@ TEST(StreakLight, TotalsPiTimesRadiiTimesEnergy) {
                 {{97, 30}, {103, 130}, 1, 3, 1}};
     for (const auto& row : rows) {
         GuardedFrame frame(200, 160);
-        EXPECT_TRUE(draw(frame, row.a, row.b, row.energy, row.w, row.h));
-        const double expected = PI * row.w * row.h * row.energy;
+        EXPECT_TRUE(add_streak(frame, row.a, row.b, row.energy, row.w, row.h));
+        const double expected = kPi * row.w * row.h * row.energy;
         const double share = frame.total_red() / expected;
         EXPECT_LE(share, 1 + 0.001);
         EXPECT_GE(share, 1 - 0.001 - cut_off_share(row.energy));
@@ -117,7 +117,7 @@ TEST(StreakLight, OfSegmentsAddsUpToOneStar) {
     const Vector2 a(30.2F, 25.6F), b(128.7F, 71.3F);
     const float energy = 6;
     GuardedFrame whole(160, 100);
-    draw(whole, a, b, energy, 1.5F, 2);
+    add_streak(whole, a, b, energy, 1.5F, 2);
     for (const int samples : {2, 3, 5, 17}) {
         const int segments = samples - 1;
         const float part = energy / static_cast<float>(segments);
@@ -126,10 +126,10 @@ TEST(StreakLight, OfSegmentsAddsUpToOneStar) {
         for (int i = 1; i <= segments; ++i) {
             const float t = static_cast<float>(i) / static_cast<float>(segments);
             const Vector2 to(a[0] + (b[0] - a[0]) * t, a[1] + (b[1] - a[1]) * t);
-            draw(frame, from, to, part, 1.5F, 2);
+            add_streak(frame, from, to, part, 1.5F, 2);
             from = to;
         }
-        const double expected = PI * 1.5 * 2 * energy;
+        const double expected = kPi * 1.5 * 2 * energy;
         EXPECT_NEAR(frame.total_red(), expected, (0.001 + cut_off_share(part)) * expected)
             << samples;
         support::for_each_pixel(160, 100, [&](int x, int y) {
@@ -152,7 +152,7 @@ TEST(StreakLight, IsTheWrittenFormulaToTheLastBit) {
         const float h = 1.0F + static_cast<float>(random() % 1000) / 307.0F;
         const float energy = 3.7F;
         GuardedFrame frame(64, 64);
-        draw(frame, a, b, energy, w, h);
+        add_streak(frame, a, b, energy, w, h);
         const float dx = b[0] - a[0], dy = b[1] - a[1];
         const float L = std::sqrt(dx * dx + dy * dy);
         ASSERT_GT(L, 0.1F);
@@ -188,8 +188,8 @@ TEST(StreakLight, AgreesWithTheIntegralForEveryDirectionAndLength) {
     };
     std::vector<Row> rows;
     for (int degrees = 0; degrees < 360; degrees += 15) {
-        const float x = static_cast<float>(9 * std::cos(degrees * PI / 180));
-        const float y = static_cast<float>(9 * std::sin(degrees * PI / 180));
+        const float x = static_cast<float>(9 * std::cos(degrees * kPi / 180));
+        const float y = static_cast<float>(9 * std::sin(degrees * kPi / 180));
         rows.push_back({{20.3F - x, 17.8F - y}, {20.3F + x, 17.8F + y}, 2, 2, 1.25F});
     }
     for (const float pixels :
@@ -200,7 +200,7 @@ TEST(StreakLight, AgreesWithTheIntegralForEveryDirectionAndLength) {
     }
     for (const Row& row : rows) {
         GuardedFrame frame(40, 36);
-        EXPECT_TRUE(draw(frame, row.a, row.b, row.energy, row.w, row.h));
+        EXPECT_TRUE(add_streak(frame, row.a, row.b, row.energy, row.w, row.h));
         expect_integral(frame, row.a, row.b, row.energy, row.w, row.h);
     }
 }
@@ -215,7 +215,7 @@ TEST(StreakLight, AgreesWithTheIntegralForRandomStreaks) {
         const float energy = std::pow(10.0F, decades(random));
         const float w = radius(random), h = radius(random);
         GuardedFrame frame(40, 30);
-        lit += draw(frame, a, b, energy, w, h) ? 1 : 0;
+        lit += add_streak(frame, a, b, energy, w, h) ? 1 : 0;
         EXPECT_TRUE(frame.guards_intact());
         expect_integral(frame, a, b, energy, w, h);
     }

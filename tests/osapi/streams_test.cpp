@@ -217,8 +217,8 @@ TEST_F(Streams, FailedFlushAndCloseWhileUnwindingArePrinted) {
 }
 
 // Both ends of a pipe; the writing one is closed by `end`.
-struct Pipe {
-    Pipe() {
+struct OpenPipe {
+    OpenPipe() {
         OSAPI::Pipe pipe;
         pipe.open();
         reading.init(pipe.read_end().release());
@@ -231,7 +231,7 @@ struct Pipe {
 };
 
 TEST_F(Streams, DescriptorInputFillsItsRequestsFromAPipe) {
-    Pipe pipe;
+    OpenPipe pipe;
     pipe.writing.write("abcdefgh", 8);
     pipe.end();
     DescriptorInput source(pipe.reading);
@@ -248,7 +248,7 @@ TEST_F(Streams, DescriptorInputFillsItsRequestsFromAPipe) {
 }
 
 TEST_F(Streams, DescriptorInputWaitsForANonBlockingPipe) {
-    Pipe pipe;
+    OpenPipe pipe;
     fcntl(pipe.reading.fd(), F_SETFL, O_NONBLOCK);
     const Intercept<&Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
         if (reads.calls() == 3) {
@@ -270,7 +270,7 @@ TEST_F(Streams, DescriptorInputSeeksInAFileAndNotInAPipe) {
     EXPECT_EQ(source.seek_from_curpos(-4), 1);
     EXPECT_EQ(read_text(source, 1), "b");
     EXPECT_EQ(source.curpos(), 2);
-    Pipe pipe;
+    OpenPipe pipe;
     DescriptorInput of_pipe(pipe.reading);
     kFiles.expect("lseek", ESPIPE, "lseek", [&] { of_pipe.seek_from_start(0); });
     kFiles.expect("lseek", ESPIPE, "lseek", [&] { of_pipe.seek_from_curpos(1); });

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "failure_of.h"
 #include "host/modules/test_effect.h"
 #include "support/scratch.h"
 #include "tool_run.h"
@@ -20,10 +21,6 @@ namespace fs = std::filesystem;
 /// For the effect that conforms but for this.
 ToolOptions with(test_effect::Mischief mischief) {
     return {.environment = {"MISCHIEF=" + std::to_string(mischief)}};
-}
-
-bool holds(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
 }
 
 TEST(Check, FindsThePluginOfTheProgramInOrder) {

@@ -9,6 +9,7 @@
 #include <sstream>
 #include <string>
 
+#include "failure_of.h"
 #include "program_version.h"
 
 namespace {
@@ -16,10 +17,6 @@ namespace {
 using check::Report;
 using check::Row;
 using check::Verdict;
-
-bool holds(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
 
 Row row(const std::string& id, const std::string& answer, Verdict verdict) {
     return {.id = id,

@@ -1,4 +1,4 @@
-// What a call complains of.
+// What a call complains of, and what a text holds.
 #pragma once
 
 #include <string>
@@ -14,4 +14,8 @@ std::string failure_of(Call&& call) {
         return failure.what();
     }
     return "no failure";
+}
+
+inline bool holds(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
 }
