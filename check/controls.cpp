@@ -18,15 +18,15 @@ using host::DeclaredControl;
 using host::Rule;
 
 constexpr RuleRow kRows[] = {
-    {Rule::ControlCount, "count", "num_params is their number, the input layer included"},
-    {Rule::ControlTexts, "texts", "names of 1 to 31 characters, choices have texts, none is null"},
-    {Rule::ControlKinds, "kinds", "each is of a type that the interface has"},
-    {Rule::ControlIds, "ids", "each that has a value has an id of its own"},
-    {Rule::ControlRanges, "ranges",
-     "sliders, their starts and defaults lie within the valid range"},
-    {Rule::Checkboxes, "checkboxes", "a checkbox starts at 0 or 1, its default too"},
-    {Rule::PopupDefaults, "popup-defaults", "a popup's default is one of its choices, from 1"},
-    {Rule::ChoiceCounts, "choice-counts", "a popup's count is that of its choices"},
+    {"count", "num_params is their number, the input layer included", Rule::ControlCount},
+    {"texts", "names of 1 to 31 characters, choices have texts, none is null", Rule::ControlTexts},
+    {"kinds", "each is of a type that the interface has", Rule::ControlKinds},
+    {"ids", "each that has a value has an id of its own", Rule::ControlIds},
+    {"ranges", "sliders, their starts and defaults lie within the valid range",
+     Rule::ControlRanges},
+    {"checkboxes", "a checkbox starts at 0 or 1, its default too", Rule::Checkboxes},
+    {"popup-defaults", "a popup's default is one of its choices, from 1", Rule::PopupDefaults},
+    {"choice-counts", "a popup's count is that of its choices", Rule::ChoiceCounts},
 };
 
 std::string quoted(const std::string& name) { return "\"" + name + "\""; }

@@ -313,7 +313,7 @@ struct Family {
 
 // What the probes keep.
 constexpr char kCalls[] = "calls";
-constexpr char kViolations[] = "violations";
+constexpr char kViolationsAtEnd[] = "violations";
 constexpr char kEnds[] = "ends";
 
 /// Twice: an effect may do things but once, or from the second time on.
@@ -328,7 +328,7 @@ void play_well(const Run& run, const Kind& kind, Notes& notes) {
         }
     }
     notes.keep(kCalls, calls);
-    notes.keep(kViolations, play.close());
+    notes.keep(kViolationsAtEnd, play.close());
 }
 
 /// The kinds and the first fault: " (3 times in 8-bit and float, first with call 1 of abort failing
@@ -367,7 +367,7 @@ Calls check_without_faults(Run& run, Family& family) {
             continue;
         }
         heard.kept.at(kCalls).get_to(kind.calls);
-        heard.kept.at(kViolations).get_to(kind.violations);
+        heard.kept.at(kViolationsAtEnd).get_to(kind.violations);
         for (const std::string& row : kind.lossless_by) {
             if (kind.lossless && !run.stands(row)) {
                 kind.lossless = false;

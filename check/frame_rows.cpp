@@ -66,7 +66,7 @@ public:
     host::Scene scene = pan_scene();
     int frame = kFrame;
     host::RenderOptions options = row.kind.options();
-    Drawing drawing = row.kind.drawing;
+    Drawing drawing = row.kind.drawing;  // the chosen kind's is Whole: WholeOrNone is not smart
 
 private:
     int layers_left_ = 0;

@@ -45,18 +45,18 @@ std::span<const Deviation> deviations_of(std::string_view match_name) {
 }
 
 const std::vector<RuleRow> kRuleRows = {
-    {Rule::Bounds, "bounds", "writes stay inside the pixels of the output"},
-    {Rule::InputPixels, "input", "the input layer's pixels stay as they are"},
-    {Rule::Layers, "layers", "layers are fetched once, and checked in once at most", true},
-    {Rule::Suites, "suites", "each suite acquired is released"},
-    {Rule::Handles, "handles", "each handle made is disposed of"},
-    {Rule::Parameters, "parameters", "each parameter checked out is checked in"},
-    {Rule::Deleter, "deleter", "pre-render data comes with a deleter", true},
-    {Rule::Rectangles, "rectangles", "the result lies within the request", true},
-    {Rule::Records, "record", "the host's records stay as it filled them in"},
-    {Rule::Messages, "messages",
-     "messages fit their 256 characters; none is an error with status 0"},
-    {Rule::Calls, "calls", "callbacks and suites are used as they may be"},
+    {"bounds", "writes stay inside the pixels of the output", Rule::Bounds},
+    {"input", "the input layer's pixels stay as they are", Rule::InputPixels},
+    {"layers", "layers are fetched once, and checked in once at most", Rule::Layers, true},
+    {"suites", "each suite acquired is released", Rule::Suites},
+    {"handles", "each handle made is disposed of", Rule::Handles},
+    {"parameters", "each parameter checked out is checked in", Rule::Parameters},
+    {"deleter", "pre-render data comes with a deleter", Rule::Deleter, true},
+    {"rectangles", "the result lies within the request", Rule::Rectangles, true},
+    {"record", "the host's records stay as it filled them in", Rule::Records},
+    {"messages", "messages fit their 256 characters; none is an error with status 0",
+     Rule::Messages},
+    {"calls", "callbacks and suites are used as they may be", Rule::Calls},
 };
 
 std::string_view row_of(Rule rule) {

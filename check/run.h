@@ -96,9 +96,9 @@ std::string joined(const std::vector<std::string>& names);
 // The rules of the interface as rows: each has one in a family, in which all that broke it is told.
 
 struct RuleRow {
-    host::Rule rule;
     std::string_view name;  ///< the last part of a row's id
     std::string_view promise;
+    host::Rule rule;
     bool smart_alone = false;  ///< only smart frames can break it
 };
 

@@ -23,7 +23,7 @@ endfunction()
 # compile_together(TARGET)
 #
 # Several sources at a time, with LUMIVAR_TOGETHER: their common headers are read once. They share names then: two
-# that both define one, in a nameless namespace too, cannot stand in one target, unless one of them has the source property
+# that both define one, in a nameless namespace too, do not belong into one target, unless one of them has the source property
 # SKIP_UNITY_BUILD_INCLUSION. The plug-in's own rooms are not for this: what ships is compiled as it stands.
 function(compile_together target)
   if(LUMIVAR_TOGETHER)

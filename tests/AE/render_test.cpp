@@ -229,8 +229,12 @@ TEST_F(SmartRendering, OfAGoodFrameIsZeroUnlessTheCheckInFails) {
         EXPECT_GT(fresh.at8(16, 8).red, 0);
         EXPECT_FALSE(fresh.untouched());
     }
+    host.output_world = &output;
     host.render_input.pre_render_data = nullptr;
+    host.log.clear();
     EXPECT_EQ(smart_render(), 0) << "without a snapshot";
+    EXPECT_EQ(host.log, Log{});
+    EXPECT_TRUE(output.untouched());
 }
 
 TEST_F(SmartRendering, ThatFailsIs516AndLeavesTheOutputUntouched) {

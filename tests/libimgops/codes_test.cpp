@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr float kInf = std::numeric_limits<float>::infinity();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 /// Half a code more than value x full scale, in single precision, cut and held within the scale.
 int expected_code(float x, int full) {
@@ -32,17 +32,17 @@ std::vector<float> interesting(int full) {
     constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
     const auto signalling = std::bit_cast<float>(0x7f800001U);
     std::vector<float> values = {
-        0.0F,   -0.0F, 1e-45F, -1e-45F, 1e-38F, -1e-38F,    1e10F,
-        -1e10F, 3e38F, -3e38F, kInf,    -kInf,  kNone,      -kNone,
-        1e9F,   -1e9F, 1,      1.5F,    -1,     signalling, 2147483648.0F / 255};
+        0.0F,   -0.0F, 1e-45F, -1e-45F,   1e-38F,     -1e-38F,    1e10F,
+        -1e10F, 3e38F, -3e38F, kInfinity, -kInfinity, kNone,      -kNone,
+        1e9F,   -1e9F, 1,      1.5F,      -1,         signalling, 2147483648.0F / 255};
     for (int code = 0; code <= full; ++code) {
         for (const double middle : {code, code - 1}) {
             for (const double half : {0.0, 0.5}) {
                 float x = static_cast<float>((middle + half) / full);
-                x = std::nextafter(std::nextafter(x, -kInf), -kInf);
+                x = std::nextafter(std::nextafter(x, -kInfinity), -kInfinity);
                 for (int i = 0; i < 5; ++i) {
                     values.push_back(x);
-                    x = std::nextafter(x, kInf);
+                    x = std::nextafter(x, kInfinity);
                 }
             }
         }

@@ -1,5 +1,5 @@
-// What a frame takes of memory, and what happens when there is none. Leaks are for the sanitizer to
-// find.
+// What a frame takes of memory, and what happens when there is none. Replaces the allocation
+// functions of the whole program. Leaks are for the sanitizer to find.
 #include <base/exceptions.h>
 #include <gtest/gtest.h>
 #include <libimgops/renderer.h>

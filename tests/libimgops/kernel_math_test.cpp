@@ -7,7 +7,7 @@ namespace {
 
 using namespace kernel_bounds;
 
-constexpr float kInf = std::numeric_limits<float>::infinity();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 /// Bits of the arguments' ends and of numbers that matter between.
 constexpr float kLandmarks[] = {
@@ -47,8 +47,8 @@ protected:
 TEST_P(EachMathSet, KnowsTheEndsOfExp) {
     EXPECT_EQ(exp(0.0F), 1.0F);
     EXPECT_EQ(exp(-0.0F), 1.0F);
-    EXPECT_EQ(exp(-kInf), 0.0F);
-    EXPECT_FALSE(std::signbit(exp(-kInf)));
+    EXPECT_EQ(exp(-kInfinity), 0.0F);
+    EXPECT_FALSE(std::signbit(exp(-kInfinity)));
     // ln of the smallest number is -103.28; half of it rounds to 0.
     EXPECT_EQ(exp(-103.0F), 0x1p-149F);
     EXPECT_EQ(exp(-104.0F), 0.0F);
@@ -58,8 +58,8 @@ TEST_P(EachMathSet, KnowsTheEndsOfErf) {
     EXPECT_EQ(erf(0.0F), 0.0F);
     EXPECT_FALSE(std::signbit(erf(0.0F)));
     EXPECT_TRUE(std::signbit(erf(-0.0F)));
-    EXPECT_EQ(erf(kInf), 1.0F);
-    EXPECT_EQ(erf(-kInf), -1.0F);
+    EXPECT_EQ(erf(kInfinity), 1.0F);
+    EXPECT_EQ(erf(-kInfinity), -1.0F);
     EXPECT_EQ(erf(4.0F), 1.0F);
     EXPECT_EQ(erf(-1e30F), -1.0F);
     EXPECT_TRUE(std::isnan(erf(NAN)));
@@ -111,7 +111,7 @@ struct Place {
 /// Whether `outside` has the star on the plane's far side, by more than its tolerances.
 bool is_beyond(const Kernels& of, const Plane& plane, const Place& at) {
     // What is behind the camera is outside; its other planes are nowhere.
-    constexpr Plane kNowhere = {0, 0, 0, 0, kInf, 0};
+    constexpr Plane kNowhere = {0, 0, 0, 0, kInfinity, 0};
     const Plane planes[star_kernels::kPlanes] = {plane, kNowhere, kNowhere, kNowhere, kNowhere};
     static float lon[star_kernels::kStarsAtOnce];
     static float lat[star_kernels::kStarsAtOnce];
@@ -133,9 +133,9 @@ bool is_known(const Kernels& of, Plane plane, const Place& at, double bound) {
                         static_cast<double>(plane.nz) * std::cos(lat) * std::sin(lon) +
                         static_cast<double>(plane.nw) * static_cast<double>(at.weight);
     plane.tolerance_w = 0;
-    plane.tolerance = std::nextafter(static_cast<float>(side - bound), -kInf);
+    plane.tolerance = std::nextafter(static_cast<float>(side - bound), -kInfinity);
     const bool is_above_less = is_beyond(of, plane, at);
-    plane.tolerance = std::nextafter(static_cast<float>(side + bound), kInf);
+    plane.tolerance = std::nextafter(static_cast<float>(side + bound), kInfinity);
     return is_above_less && !is_beyond(of, plane, at);
 }
 
@@ -164,8 +164,8 @@ TEST_P(EachMathSet, KnowsSinesAndCosinesOfAllAnglesTo5e7) {
     for (int eighth = 0; eighth < 12732 && !HasFatalFailure(); ++eighth) {
         const auto middle = static_cast<float>(eighth * 0.78539816339744831);
         expect_known(middle);
-        expect_known(std::nextafter(middle, kInf));
-        expect_known(std::nextafter(middle, -kInf));
+        expect_known(std::nextafter(middle, kInfinity));
+        expect_known(std::nextafter(middle, -kInfinity));
     }
     expect_known(std::bit_cast<float>(last));
 }
@@ -197,7 +197,7 @@ TEST_P(EachMathSet, KnowsSidesOfPlanesToAThirdOfTheTolerance) {
 TEST_P(EachMathSet, LeavesInWhateverHasLargerAngles) {
     const Plane everything = {0, 0, 0, 0, -1, 0};
     EXPECT_TRUE(is_beyond(*set, everything, {std::nextafter(kLargestAngle, 0.0F), 0, 0}));
-    for (const float angle : {kLargestAngle, 1e5F, 1e30F, kInf, static_cast<float>(NAN)}) {
+    for (const float angle : {kLargestAngle, 1e5F, 1e30F, kInfinity, static_cast<float>(NAN)}) {
         EXPECT_FALSE(is_beyond(*set, everything, {angle, 0, 0})) << angle;
         EXPECT_FALSE(is_beyond(*set, everything, {-angle, 0, 0})) << angle;
         EXPECT_FALSE(is_beyond(*set, everything, {0, angle, 0})) << angle;

@@ -5,14 +5,13 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
+#include <numbers>
 #include <string>
 
 #include "product_camera.h"
 #include "support/random_numbers.h"
 
 namespace {
-
-constexpr double kPi = 3.14159265358979323846;
 
 /// A 1000 x 500 frame whose window has square pixels, unless a test says otherwise.
 struct View {
@@ -64,10 +63,10 @@ TEST(Projection, PutsStarsWhereTheyAreByHand) {
         {"the x axis", HemiSph, 0, 0, true, 1, 0},
         {"the x axis", AzEqu, 0, 0, true, 1, 0},
         {"half way to it", AzEqu, 45, 0, true, 0.5, 0},
-        {"off the frame", Persp, 20, 0, true, focal * std::tan(70 * kPi / 180), 0},
-        {"above the frame", Persp, 90, 70, true, 0, focal * std::tan(70 * kPi / 180)},
+        {"off the frame", Persp, 20, 0, true, focal * std::tan(70 * std::numbers::pi / 180), 0},
+        {"above the frame", Persp, 90, 70, true, 0, focal * std::tan(70 * std::numbers::pi / 180)},
         // Mirrored through the centre.
-        {"behind", Persp, -85, 0, false, -focal * std::tan(5 * kPi / 180), 0},
+        {"behind", Persp, -85, 0, false, -focal * std::tan(5 * std::numbers::pi / 180), 0},
         {"behind", HemiSph, -60, 0, false, 0.5, 0},
         // 100 degrees off the axis is where 80 is.
         {"behind", AzEqu, -10, 0, false, 80.0 / 90.0, 0},
@@ -253,7 +252,7 @@ TEST(Projection, AgreesWithTheReferenceRendererAllOverTheSky) {
     const reference::Triple awkward[] = {{0, 0, 0},      {90, 0, 0},      {83, -1, 0},  {10, 90, 0},
                                          {200, -90, 30}, {359.99, 45, 0}, {0.01, 0, 90}};
     RandomNumbers random(20261121);
-    const auto latitude = [&] { return std::asin(random.between(-1, 1)) * 180 / kPi; };
+    const auto latitude = [&] { return std::asin(random.between(-1, 1)) * 180 / std::numbers::pi; };
     View view;
     reference::Settings settings;
     view.width = settings.width = 1600;
@@ -278,7 +277,7 @@ TEST(Projection, AgreesWithTheReferenceRendererAllOverTheSky) {
                 const auto [at, visible] = project(star, settings, camera);
                 const double radius = std::hypot(at.x - 800, at.y - 450) / 450;
                 // To 85 degrees from the axis, where a pinhole's picture has become large.
-                const double tangent = std::tan(85 * kPi / 180);
+                const double tangent = std::tan(85 * std::numbers::pi / 180);
                 if (!visible || (projection == Persp && radius > focal * tangent)) {
                     continue;
                 }

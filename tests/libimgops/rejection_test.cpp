@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <ostream>
 #include <string>
 #include <tuple>
@@ -21,8 +22,6 @@ namespace {
 using namespace plain_fast;
 using star_kernels::Kernels;
 using support::CatalogueStar;
-
-constexpr double kPi = 3.14159265358979323846;
 
 /// What the fast path's rejection said, star by star in the order of the file.
 std::vector<unsigned char> rejected;
@@ -355,7 +354,7 @@ void cover_sky(Scene& scene, RandomNumbers& random, int count) {
     for (int i = 0; i < count; ++i) {
         CatalogueStar star;
         star.lon = random.between(-180, 180);
-        star.lat = std::asin(random.between(-1, 1)) * 180 / kPi;
+        star.lat = std::asin(random.between(-1, 1)) * 180 / std::numbers::pi;
         star.luminance = 0.1F;
         star.distance = random.on_scale(1, 1000);
         scene.stars.push_back(star);

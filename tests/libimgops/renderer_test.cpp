@@ -19,7 +19,7 @@ using support::CatalogueStar;
 using support::GuardedFrame;
 
 /// Light at the frame's centre of a white star of luminance 1 there.
-float peak(const StarRendererData& data, int samples = 1) {
+float peak_of_samples(const StarRendererData& data, int samples = 1) {
     StarFrame one(data, {CatalogueStar()});
     for (int i = 1; i < samples; ++i) {
         one.cams.append(facing_x());
@@ -65,9 +65,9 @@ TEST(Records, HaveTheDefaultsAndValuesOfSavedProjects) {
 TEST(Intensity, IsFourTimesTheBrightness) {
     StarRendererData data = plain_settings();
     data.brightness = 1.25;
-    EXPECT_FLOAT_EQ(peak(data), 5.0F);
-    EXPECT_FLOAT_EQ(peak(data, 2), 5.0F) << "one segment, not shared";
-    EXPECT_FLOAT_EQ(peak(data, 3), 5.0F) << "two segments of a half";
+    EXPECT_FLOAT_EQ(peak_of_samples(data), 5.0F);
+    EXPECT_FLOAT_EQ(peak_of_samples(data, 2), 5.0F) << "one segment, not shared";
+    EXPECT_FLOAT_EQ(peak_of_samples(data, 3), 5.0F) << "two segments of a half";
 }
 
 TEST(Intensity, IsSharedByTheSegments) {
@@ -107,7 +107,7 @@ TEST(Spot, IsMeasuredByTheWidthAndDimmedInsteadOfSmallerThanAPixel) {
         data.window_x1 = row.window[1];
         data.window_y0 = row.window[2];
         data.window_y1 = row.window[3];
-        EXPECT_FLOAT_EQ(peak(data), row.peak) << row.what;
+        EXPECT_FLOAT_EQ(peak_of_samples(data), row.peak) << row.what;
         const auto [w, h] = radii(data);
         EXPECT_NEAR(w, row.w, 1e-5) << row.what;
         EXPECT_NEAR(h, row.h, 1e-5) << row.what;
@@ -125,7 +125,7 @@ TEST(Spot, IsWorkedOutInDoubleAndStoredSingle) {
         const double aspect = 100.0 / 50.0 / (3.4 / 2.0);
         const auto width = static_cast<float>(data.spot_size_x * 0.0005 * 100 * aspect);
         ASSERT_LT(width, 1.0F);
-        EXPECT_EQ(peak(data), width) << data.spot_size_x;
+        EXPECT_EQ(peak_of_samples(data), width) << data.spot_size_x;
         const auto stored = static_cast<float>(data.spot_size_x * 0.0005 * 100);
         differ += stored * static_cast<float>(aspect) != width ? 1 : 0;
     }

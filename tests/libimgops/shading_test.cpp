@@ -29,7 +29,7 @@ bool shade(GuardedFrame& frame, const StarRendererData& data, const CatalogueSta
 }
 
 /// Luminance of the pixel under the star: red of a white star, whose energy is its luminance.
-float peak(const StarRendererData& data, float luminance) {
+float peak_at(const StarRendererData& data, float luminance) {
     GuardedFrame frame(kWidth, kHeight);
     CatalogueStar star;
     star.luminance = luminance;
@@ -125,7 +125,7 @@ TEST(Luminance, IsThatAboveTheThresholdBiasedThenLimited) {
         data.threshold = row.threshold;
         data.bias_exponent = row.bias_exponent;
         data.max_luminance = row.most;
-        EXPECT_NEAR(peak(data, row.luminance), row.peak, row.tolerance)
+        EXPECT_NEAR(peak_at(data, row.luminance), row.peak, row.tolerance)
             << row.luminance << " with threshold " << row.threshold << ", bias "
             << row.bias_exponent << ", at most " << row.most;
     }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <random>
 #include <vector>
 
@@ -14,8 +15,6 @@
 namespace {
 
 using support::GuardedFrame;
-
-constexpr double kPi = 3.14159265358979323846;
 
 bool add_streak(GuardedFrame& frame, const Vector2& a, const Vector2& b, float energy, float spot_w,
                 float spot_h) {
@@ -73,7 +72,7 @@ TEST(StreakLight, IsSqrtPiOverTheLengthInTheMiddle) {
     GuardedFrame frame(110, 110);
     EXPECT_TRUE(add_streak(frame, {0, 0}, {100, 100}, 1, 1, 1));
     // L = 141.42, q = 1; both error functions are 1 at the midpoint.
-    EXPECT_NEAR(frame.r(50, 50), std::sqrt(kPi) / std::sqrt(20000.0), 1e-8);
+    EXPECT_NEAR(frame.r(50, 50), std::sqrt(std::numbers::pi) / std::sqrt(20000.0), 1e-8);
     EXPECT_NEAR(frame.r(50, 50), 0.0125331, 5e-8);
     EXPECT_EQ(frame.r(50, 57), 0.0F) << "beyond the row span";
 }
@@ -106,7 +105,7 @@ TEST(StreakLight, TotalsPiTimesRadiiTimesEnergy) {
     for (const auto& row : rows) {
         GuardedFrame frame(200, 160);
         EXPECT_TRUE(add_streak(frame, row.a, row.b, row.energy, row.w, row.h));
-        const double expected = kPi * row.w * row.h * row.energy;
+        const double expected = std::numbers::pi * row.w * row.h * row.energy;
         const double share = frame.total_red() / expected;
         EXPECT_LE(share, 1 + 0.001);
         EXPECT_GE(share, 1 - 0.001 - cut_off_share(row.energy));
@@ -129,7 +128,7 @@ TEST(StreakLight, OfSegmentsAddsUpToOneStar) {
             add_streak(frame, from, to, part, 1.5F, 2);
             from = to;
         }
-        const double expected = kPi * 1.5 * 2 * energy;
+        const double expected = std::numbers::pi * 1.5 * 2 * energy;
         EXPECT_NEAR(frame.total_red(), expected, (0.001 + cut_off_share(part)) * expected)
             << samples;
         support::for_each_pixel(160, 100, [&](int x, int y) {
@@ -188,8 +187,8 @@ TEST(StreakLight, AgreesWithTheIntegralForEveryDirectionAndLength) {
     };
     std::vector<Row> rows;
     for (int degrees = 0; degrees < 360; degrees += 15) {
-        const float x = static_cast<float>(9 * std::cos(degrees * kPi / 180));
-        const float y = static_cast<float>(9 * std::sin(degrees * kPi / 180));
+        const float x = static_cast<float>(9 * std::cos(degrees * std::numbers::pi / 180));
+        const float y = static_cast<float>(9 * std::sin(degrees * std::numbers::pi / 180));
         rows.push_back({{20.3F - x, 17.8F - y}, {20.3F + x, 17.8F + y}, 2, 2, 1.25F});
     }
     for (const float pixels :

@@ -129,9 +129,8 @@ TEST(Streak, VisitsThePixelsByHand) {
         {"right", {0, 10}, {1000, 10 + steep}, kFaintest, 1, 1, {{500, 10}, {500, 11}}},
         {"left", {1000, 10}, {0, 10 + steep}, kFaintest, 1, 1, {{1000, 10}}},
         {"gentle", {0, 10}, {1000, 10 + 2 * steep}, kFaintest, 1, 1, {{0, 10}}},
-        // 5e-6 of a pixel up: too short for a streak, but enough for a slope (0) and a half span
-        // (0,
-        // for want of reach). A still spot visits column 11 as well.
+        // 5e-6 of a pixel up: too short for a streak, but enough for a slope (0) and a half span,
+        // which is 0 for want of reach. A still spot visits column 11 as well.
         {"nearly still", {10, 0}, {10, 0.000005F}, kFaintest, 1, 1, rectangle(10, 10, 0, 1)},
         {"still", {10, 0}, {10, 0}, kFaintest, 1, 1, rectangle(10, 11, 0, 1)},
     };

@@ -87,7 +87,7 @@ using OSAPI::TCPServerSocket;
 using OSAPI::UNIXServerSocket;
 
 const FailuresOf kSockets("osapi/osapi-unix-sockets.cpp");
-const FailuresOf kFlags("osapi/osapi-unix-descriptor-flags.cpp");
+const FailuresOf kSocketFlags("osapi/osapi-unix-descriptor-flags.cpp");
 
 bool is_closed_on_exec(int fd) { return (fcntl(fd, F_GETFD) & FD_CLOEXEC) != 0; }
 
@@ -414,7 +414,7 @@ TEST_P(Servers, ReportEveryFailureAndLoseNeitherDescriptorNorClient) {
             }
             // The client is still waiting, and lost to what fails after it is accepted.
             const Fault<&Syscalls::fcntl> fault(error);
-            kFlags.expect("fcntl", error, "close_on_exec", accept);
+            kSocketFlags.expect("fcntl", error, "close_on_exec", accept);
             EXPECT_EQ(open_descriptors(), before);
         }
     }

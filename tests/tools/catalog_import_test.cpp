@@ -100,12 +100,10 @@ TEST_F(Import, RefusesFaultyTablesAndSaysWhereAndWhatToDo) {
         {"1,2,,,", "column 3 (vmag): is empty; give a magnitude from -30 to 90"},
         {"1,2,3,blue,",
          "column 4 (bv): \"blue\" is not a number; give a colour index from -10 to 20, or leave "
-         "the "
-         "field empty"},
+         "the field empty"},
         {"1,2,3,,0",
          "column 5 (distance_pc): 0 is out of range; give parsecs above 0, or leave the field "
-         "empty "
-         "for an unknown distance"},
+         "empty for an unknown distance"},
         {"1,2,3",
          "has 3 fields where the header names 5; leave an unknown field empty, but keep its "
          "comma"}};

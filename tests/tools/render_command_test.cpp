@@ -500,17 +500,19 @@ TEST_F(Render, SignalRemovesTheStagedPluginAndTheHalfMadePicture) {
     options.program = LUMIVAR_PROGRAM;
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         SCOPED_TRACE(number);
-        // Enough large stars in each of the other 23 frames that the signal meets it at work.
+        // Enough large stars in each frame that the signal meets the program at work.
         std::string stars = bytes_of(lumivar::encode_header());
         for (int i = 0; i < 3000; ++i) {
             stars += white_star(81.0 + 0.006 * i, 0.0, 0.25F);
         }
         write_file(folder / "one.stars", stars);
         const auto process = start_sequence("512x512");
+        wait_until([this] { return fs::exists(folder / "out/a.0000.exr"); });
         EXPECT_FALSE(names_in(folder / "tmp").empty());
         process->send(number);
         EXPECT_EQ(process->wait().signal, number);
         EXPECT_TRUE(names_in(folder / "tmp").empty());
+        EXPECT_TRUE(fs::exists(folder / "out/a.0000.exr"));
         for (const std::string& name : names_in(folder / "out")) {
             EXPECT_EQ(name.rfind("a.00", 0), 0U) << name;
             EXPECT_NO_THROW(read_back(folder / ("out/" + name))) << "a whole picture";

@@ -96,9 +96,12 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const ToolOp
                 close(descriptor);
             }
         }
-        // Without the clean-up of libraries, one of which waits for its threads.
-        OSAPI::exit_now(
-            lumivar::run_command_line(static_cast<int>(arguments.size()) + 1, argv.data()));
+        // Without the clean-up of libraries, one of which waits for its threads. What it throws
+        // ends the copy here, as it would end the program.
+        [&]() noexcept {
+            OSAPI::exit_now(
+                lumivar::run_command_line(static_cast<int>(arguments.size()) + 1, argv.data()));
+        }();
     }
     execv(argv[0], argv.data());
     OSAPI::exit_now(127);

@@ -39,9 +39,9 @@ public:
     Command add_command(const std::string& name, const std::string& description);
 
     /// `names` as in "-o,--output", or "SCENE" for what is known by its place. What is given is
-    /// stored in `value`, which must live until the command has run. Texts are refused when empty:
-    /// a script's unset variable must not mean the default. Of a list each value needs its own
-    /// `names` before it.
+    /// stored in `value`, which must live until the command has run. A single text is refused when
+    /// empty: a script's unset variable must not mean the default. Of a list each value needs its
+    /// own `names` before it.
     Argument add(const std::string& names, std::string& value, const std::string& description);
     Argument add(const std::string& names, int& value, const std::string& description);
     Argument add(const std::string& names, double& value, const std::string& description);
