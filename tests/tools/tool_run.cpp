@@ -2,7 +2,6 @@
 
 #include <OpenImageIO/imageio.h>
 #include <fcntl.h>
-#include <osapi/descriptor_flags.h>
 #include <osapi/processes.h>
 #include <stdlib.h>
 #include <sys/resource.h>
@@ -10,7 +9,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -144,17 +142,22 @@ std::string shown_on_terminal(const std::vector<std::string>& arguments, ToolOpt
         throw std::runtime_error("no terminal");
     }
     options.error = ptsname(terminal);
-    // Held open, so that what was written can still be read after the program has ended.
+    // Held open: what was written can be read after the program has ended, and then ends by a mark.
     const int other_end = open(options.error.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (run_tool(arguments, options).code != code) {
         throw std::runtime_error("the program ended otherwise");
     }
-    std::array<char, 4096> text{};
-    OSAPI::set_blocking(terminal, false);
-    const ssize_t length = read(terminal, text.data(), text.size());
+    // What is written reaches the terminal in its order, but not at once: read up to the mark.
+    constexpr char kMark = '\f';
+    std::string shown;
+    if (write(other_end, &kMark, 1) == 1) {
+        for (char c = 0; read(terminal, &c, 1) == 1 && c != kMark;) {
+            shown += c;
+        }
+    }
     close(other_end);
     close(terminal);
-    return {text.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
+    return shown;
 }
 
 void wait_until(const std::function<bool()>& happens) {

@@ -54,7 +54,8 @@ private:
 /// Runs the program to its end.
 ToolResult run_tool(const std::vector<std::string>& arguments, const ToolOptions& options = {});
 
-/// What a run that ends with this code shows on a terminal at standard error: its first 4096 bytes.
+/// What a run that ends with this code shows on a terminal at standard error: some 4096 bytes at
+/// most, as nobody reads them while it runs.
 std::string shown_on_terminal(const std::vector<std::string>& arguments, ToolOptions options,
                               int code);
 
