@@ -12,6 +12,7 @@
 
 #include "plain_fast_scene.h"
 #include "star_scene.h"
+#include "support/rounds.h"
 
 namespace {
 
@@ -145,8 +146,9 @@ TEST(SpecialSettings, AreDrawnAsThePlainPathDoesInNegativeLight) {
 // A disk's direction is one of length 1: where squares overflow it is none, and what is behind the
 // camera is not.
 TEST(SpecialCameras, SeeAsThePlainPathDoesAheadAndBehind) {
+    const int step = support::kPlaysLess ? 3 : 1;  // 3 meets every row and every column
     for (const double turn : {0, 180}) {
-        for (int element = 0; element < 16; ++element) {
+        for (int element = 0; element < 16; element += step) {
             expect_with_every_value([&](Scene& scene, double value) {
                 for (CatalogueStar& star : scene.stars) {
                     star.lon += turn;
