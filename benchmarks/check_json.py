@@ -3,8 +3,9 @@ them are numbers above 0 that fit each other."""
 import json
 import sys
 
-NAMES = ["frame_still", "frame_pan16", "frame_dense", "off_frame_star", "below_threshold_star",
-         "still_pixel", "streak_pixel", "crossing_pixel", "convert_8", "convert_16"]
+NAMES = ["frame_still", "frame_pan16", "frame_dense", "frame_slow_pan", "frame_drift", "frame_roll",
+         "off_frame_star", "below_threshold_star", "still_pixel", "streak_pixel", "tiny_streak_pixel",
+         "crossing_pixel", "convert_8", "convert_16"]
 MEMBERS = {"case", "plain_ns", "fast_ns", "ratio", "limit_ns"}
 
 

@@ -33,10 +33,11 @@ struct Case {
     bench::Needs needs;
 };
 
-std::unique_ptr<Scene> sky_scene(int width, int height, u32 stars, int segments) {
+std::unique_ptr<Scene> sky_scene(int width, int height, u32 stars, int segments,
+                                 double degrees = 5) {
     auto scene = std::make_unique<Scene>(width, height, bench::whole_sky(stars));
     if (segments > 0) {
-        bench::pan(scene->cameras, segments);
+        bench::pan(scene->cameras, segments, degrees);
     }
     return scene;
 }
@@ -66,6 +67,32 @@ void frame_pan16(benchmark::State& state, DrawPath path) {
     draw(state, path, frame);
 }
 BENCHMARK_PAIR(frame_pan16);
+
+/// The slow pan of most shots: 0.2 degrees, half a pixel a segment.
+void frame_slow_pan(benchmark::State& state, DrawPath path) {
+    static Case frame(sky_scene(kWidth, kHeight, 2500000, 16, 0.2), kStill);
+    draw(state, path, frame);
+}
+BENCHMARK_PAIR(frame_slow_pan);
+
+/// A camera that hardly moves: 0.02 degrees.
+void frame_drift(benchmark::State& state, DrawPath path) {
+    static Case frame(sky_scene(kWidth, kHeight, 2500000, 16, 0.02), kStill);
+    draw(state, path, frame);
+}
+BENCHMARK_PAIR(frame_drift);
+
+/// The catalogue that ships, rolling by 5 degrees: from no movement in the middle to half a pixel a
+/// segment in the corners.
+void frame_roll(benchmark::State& state, DrawPath path) {
+    static Case frame = [] {
+        auto scene = std::make_unique<Scene>(kWidth, kHeight, bench::shipped_sky());
+        bench::roll(scene->cameras, 100, 5);
+        return Case(std::move(scene), kStill);
+    }();
+    draw(state, path, frame);
+}
+BENCHMARK_PAIR(frame_roll);
 
 /// A million stars on the frame, 220 pixels each on average: energy 0.2 and a reach of 6.4 pixels.
 void frame_dense(benchmark::State& state, DrawPath path) {

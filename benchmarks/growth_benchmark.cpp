@@ -45,6 +45,13 @@ void growth_segments(benchmark::State& state, DrawPath path) {
     draw(state, path, *scene);
 }
 
+/// Hundredths of a degree that a pan of 16 segments turns by, of half a million stars.
+void growth_pan(benchmark::State& state, DrawPath path) {
+    const auto scene = sky_scene(500000);
+    bench::pan(scene->cameras, 16, static_cast<double>(state.range(0)) / 100);
+    draw(state, path, *scene);
+}
+
 /// Both paths over the same arguments.
 #define GROWTH(name, ...)                                                          \
     BENCHMARK_CAPTURE(name, plain, DrawPath::Plain)->ArgsProduct({{__VA_ARGS__}}); \
@@ -54,5 +61,6 @@ GROWTH(growth_stars, 25000, 100000, 400000, 2500000);
 GROWTH(growth_width, 480, 960, 1920, 3840);
 GROWTH(growth_spot_size, 10, 25, 50, 100, 200);
 GROWTH(growth_segments, 1, 4, 16, 50, 100);
+GROWTH(growth_pan, 2, 5, 10, 20, 50, 100, 200, 500);
 
 }  // namespace

@@ -54,6 +54,13 @@ void short_streak_pixel(benchmark::State& state, DrawPath path) {
 }
 BENCHMARK_PAIR(short_streak_pixel);
 
+/// Segments of a slow move.
+void tiny_streak_pixel(benchmark::State& state, DrawPath path) {
+    static Case streaks(bench::even_segments(0.2F, 20000), 1e-6);
+    draw(state, path, streaks);
+}
+BENCHMARK_PAIR(tiny_streak_pixel);
+
 void crossing_pixel(benchmark::State& state, DrawPath path) {
     static Case streaks(bench::crossing_segments(300), 2e-5);
     draw(state, path, streaks);

@@ -14,6 +14,7 @@ PANELS = [
     ("growth_width", "width of the frame, pixels\n(500 000 stars)", 1),
     ("growth_spot_size", "Star Spot Size\n(500 000 stars)", 10),
     ("growth_segments", "segments of a 5 degree pan\n(100 000 stars)", 1),
+    ("growth_pan", "degrees of a pan in 16 segments\n(500 000 stars)", 100),
 ]
 LINES = [("plain", "#999999", "s"), ("fast", "#c0392b", "o")]
 
@@ -34,7 +35,7 @@ def short(number):
 
 def main():
     report = Report(sys.argv[1])
-    figure, axes = plt.subplots(1, len(PANELS), figsize=(11, 3.4), sharey=True, layout="constrained")
+    figure, axes = plt.subplots(1, len(PANELS), figsize=(13, 3.4), sharey=True, layout="constrained")
     for panel, (name, label, scale) in zip(axes, PANELS):
         for path, colour, marker in LINES:
             points = series(report, name, path)

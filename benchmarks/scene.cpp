@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "libimgops/segment_shape.h"
+#include "libimgops/spot_light.h"
 #include "libimgops/star_segments.h"
 #include "libimgops/star_shading.h"
 
@@ -15,16 +16,24 @@ namespace bench {
 
 namespace {
 
-constexpr double kPan = 5 / 57.29577951308232;
-
-camera turned(double angle) {
+Matrix4<double> turned_sideways(double angle) {
     const double s = std::sin(angle), c = std::cos(angle);
-    camera cam;
-    cam.xform = Matrix4<double>(c, 0, s, 0,   //
-                                0, 1, 0, 0,   //
-                                -s, 0, c, 0,  //
-                                0, 0, 0, 1);
-    return cam;
+    return {c, 0, s, 0, 0, 1, 0, 0, -s, 0, c, 0, 0, 0, 0, 1};
+}
+
+Matrix4<double> rolled(double angle) {
+    const double s = std::sin(angle), c = std::cos(angle);
+    return {c, s, 0, 0, -s, c, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+}
+
+/// `segments` + 1 samples, from half of `degrees` on one side to half of them on the other.
+void turn(Array<camera>& cameras, int segments, double degrees, Matrix4<double> (*by)(double)) {
+    cameras.clear();
+    for (int i = 0; i <= segments; ++i) {
+        camera sample;
+        sample.xform = by(degrees / 57.29577951308232 * (static_cast<double>(i) / segments - 0.5));
+        cameras.append(sample);
+    }
 }
 
 }  // namespace
@@ -56,11 +65,12 @@ void hold(Array<camera>& cameras) {
     cameras.append();
 }
 
-void pan(Array<camera>& cameras, int segments) {
-    cameras.clear();
-    for (int i = 0; i <= segments; ++i) {
-        cameras.append(turned(kPan * (static_cast<double>(i) / segments - 0.5)));
-    }
+void pan(Array<camera>& cameras, int segments, double degrees) {
+    turn(cameras, segments, degrees, turned_sideways);
+}
+
+void roll(Array<camera>& cameras, int segments, double degrees) {
+    turn(cameras, segments, degrees, rolled);
 }
 
 FloatFrame::FloatFrame(int width, int height)

@@ -35,8 +35,10 @@ public:
 StarRendererData default_settings(int width, int height);
 /// The default camera, which stands still: one sample.
 void hold(Array<camera>& cameras);
-/// The default camera turning by 5 degrees: `segments` + 1 samples.
-void pan(Array<camera>& cameras, int segments);
+/// The default camera turning sideways: `segments` + 1 samples.
+void pan(Array<camera>& cameras, int segments, double degrees = 5);
+/// The same turning around the direction in which it looks.
+void roll(Array<camera>& cameras, int segments, double degrees);
 
 /// A float frame as the effect lays it out.
 class FloatFrame {

@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <random>
 #include <stdexcept>
 
@@ -151,6 +152,26 @@ std::vector<star> framed_sky(u32 count, float luminance) {
         const double y = (2 * stars.unit() - 1) / kFocal;
         const double length = std::sqrt(x * x + y * y + 1);
         sky.push_back(stars.at({x / length, y / length, 1 / length}, luminance));
+    }
+    return sky;
+}
+
+std::vector<star> shipped_sky() {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> table(std::fopen(LUMIVAR_CATALOGUE, "r"),
+                                                                std::fclose);
+    must(table != nullptr, LUMIVAR_CATALOGUE);
+    Stars stars;
+    std::vector<star> sky;
+    char line[200];
+    must(std::fgets(line, sizeof line, table.get()) != nullptr, LUMIVAR_CATALOGUE);
+    while (std::fgets(line, sizeof line, table.get()) != nullptr) {
+        double right_ascension = 0, declination = 0, magnitude = 0;
+        must(std::sscanf(line, "%lf,%lf,%lf", &right_ascension, &declination, &magnitude) == 3,
+             LUMIVAR_CATALOGUE);
+        star s = stars.at(Direction{1, 0, 0}, magnitude);
+        s.lon = as_stored(right_ascension);
+        s.lat = as_stored(declination);
+        sky.push_back(s);
     }
     return sky;
 }

@@ -10,8 +10,9 @@ import sys
 
 from report import Report
 
-JUDGED = ["frame_still", "frame_pan16", "frame_dense", "off_frame_star", "below_threshold_star",
-          "still_pixel", "streak_pixel", "crossing_pixel", "convert_8", "convert_16"]
+JUDGED = ["frame_still", "frame_pan16", "frame_dense", "frame_slow_pan", "frame_drift", "frame_roll",
+          "off_frame_star", "below_threshold_star", "still_pixel", "streak_pixel", "tiny_streak_pixel",
+          "crossing_pixel", "convert_8", "convert_16"]
 
 # What the plain path calls the most of the C library for a unit, and how often.
 CALLED = {"below_threshold_star": {},

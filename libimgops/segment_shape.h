@@ -1,5 +1,5 @@
-// What one segment's light covers: shared by the plain streak, which draws it, and the fast path,
-// which draws the same.
+// Which pixels one segment's light covers: shared by the plain streak, which draws it, and the fast
+// path, which draws the same.
 #pragma once
 
 #include <base/newmatrix.h>
@@ -8,8 +8,6 @@
 
 #include <cmath>
 
-/// Light is followed out to one part in this of the framebuffer's unit.
-inline constexpr float kUnitPerFaintest = 6250.0F;
 /// Shorter segments, in pixels, are still spots.
 inline constexpr float kShortestStreak = 0.00001F;
 /// Segments that climb less than this, in pixels, are horizontal.
@@ -18,13 +16,6 @@ inline constexpr float kSmallestClimb = 0.000001F;
 inline constexpr float kSteepestSlope = 100000.0F;
 /// Slope and half span of a horizontal segment: the whole box.
 inline constexpr float kWholeRow = 1e20F;
-
-/// How many spot radii away `energy` x exp(-reach^2) is the faintest light. Negative when there is
-/// nothing to draw; energies that are not a number draw nothing.
-inline float reach_of(float energy) {
-    const float brightness = kUnitPerFaintest * energy;
-    return brightness >= 1.0F ? std::sqrt(std::log(brightness)) : -1.0F;
-}
 
 /// Columns and rows, both ends included.
 struct Box {
@@ -94,26 +85,5 @@ struct RowLine {
                 reach * static_cast<double>(spot_w) +
                 std::fabs(reach * static_cast<double>(spot_h) * static_cast<double>(slope)));
         }
-    }
-};
-
-/// The constants of a swept spot's light. `dir` has length 1.
-struct SweptSpot {
-    float q;
-    float along_x;
-    float along_y;
-    float scale;
-    float area;
-
-    SweptSpot(const Vector2& dir, float spot_w, float spot_h) {
-        const float w2 = spot_w * spot_w;
-        const float h2 = spot_h * spot_h;
-        q = h2 * (dir[0] * dir[0]) + w2 * (dir[1] * dir[1]);
-        const float k = 1.0F / std::sqrt(q);
-        along_x = h2 * dir[0];
-        along_y = w2 * dir[1];
-        scale = k / (spot_w * spot_h);
-        // sqrt(pi) / 2
-        area = 0.886226952F * spot_w * spot_h * k;
     }
 };

@@ -7,16 +7,28 @@ namespace {
 
 // The kernels' functions differ from the plain path's: exponentials by 2^-23 of themselves and of
 // their argument, error functions by 2^-23. That has to be small beside the light in the frame.
+//
+// A short streak's light is the difference of two error functions that nearly cancel. There the
+// kernels take the C library's steps, and an error function is off by one unit in the last place at
+// most, 2^-24. What is left to the plain streak: streaks that hardly move, short ones under spots
+// so large that even this unit shows, and still spots far beside the frame.
 
-/// The kernels draw no shorter streaks, in pixels: the two error functions nearly cancel there.
+/// The kernels draw shorter streaks, in pixels, in the C library's steps.
 constexpr float kShortestFastStreak = 0.5F;
-/// The kernels draw no streaks that move by fewer radii of the spot. The light of 400000 streaks of
-/// 0.25 to 0.3 radii differed by 9.2e-7 of its peak at most.
+/// So they do streaks that move by fewer radii of the spot. The light of 400000 streaks of 0.25 to
+/// 0.3 radii differed by 9.2e-7 of its peak at most.
 constexpr float kFewestRadii = 0.25F;
-/// The kernels draw no streaks of which less than this, in pixels, lies within the frame: the
-/// frame's brightest pixel may be far from the streak's peak. With more in it, some pixel is at
-/// most half a pixel from the segment's line.
+/// So they do streaks of which less than this, in pixels, lies within the frame: the frame's
+/// brightest pixel may be far from the streak's peak. With more in it, some pixel is at most half a
+/// pixel from the segment's line.
 constexpr double kLeastInFrame = 1.5;
+/// In the C library's steps the kernels draw no spots for which an error function's last bit weighs
+/// more. Off by one unit, 2^-24, both error functions change the light by 2^-23 area / length of
+/// the spot's peak: 6e-7 / length at most.
+constexpr float kLargestArea = 5.0F;
+/// Nor shorter streaks, in pixels: what that last bit makes of them would be more than 6e-5 of the
+/// peak, two codes of 16 bits.
+constexpr float kShortestInSteps = 0.01F;
 /// The kernels draw no still spots that are farther from the frame, in radii.
 constexpr float kFarthestSpot = 2.0F;
 
@@ -64,9 +76,13 @@ bool kernels_draw_closely(const Vector2& at, float spot_w, float spot_h,
     return x * x + y * y <= kFarthestSpot * kFarthestSpot;
 }
 
-bool kernels_draw_closely(const Vector2& a, const Vector2& b, float length, const SweptSpot& swept,
-                          const StarFramebuffer& fb) {
-    return length >= kShortestFastStreak && length * swept.q * swept.scale >= kFewestRadii &&
-           ((is_in_frame(a, fb) && is_in_frame(b, fb)) ||
-            length_in_frame(a, b, length, fb) >= kLeastInFrame);
+Closeness closeness_of(const Vector2& a, const Vector2& b, float length, const SweptSpot& swept,
+                       const StarFramebuffer& fb) {
+    if (length >= kShortestFastStreak && length * swept.q * swept.scale >= kFewestRadii &&
+        ((is_in_frame(a, fb) && is_in_frame(b, fb)) ||
+         length_in_frame(a, b, length, fb) >= kLeastInFrame)) {
+        return Closeness::Any;
+    }
+    return length >= kShortestInSteps && swept.area <= kLargestArea ? Closeness::InSteps
+                                                                    : Closeness::None;
 }

@@ -6,8 +6,9 @@
 #include "segment_batch.h"
 
 /// Draws the stars that a renderer has left. Stars that surely leave no light are found some
-/// hundreds at a time, from rough places; only the others are projected as the plain path does it,
-/// and only what reaches the frame is shaded.
+/// hundreds at a time, from rough places. Of the others the luminance is shaded first: what is too
+/// faint to draw is not projected. The rest is projected as the plain path does it, and only what
+/// reaches the frame gets its colour.
 class FastFrame {
 public:
     /// Returns an object for the caller to delete. Returns null if the plain path has to draw the

@@ -11,8 +11,10 @@
 
 namespace {
 
-/// Segments gathered at most. With what belongs to each they take 3.8 MB.
-constexpr u32 kCapacity = 80000;
+using star_kernels::ErrorFunctions;
+
+/// Segments gathered at most. With what belongs to each they take 3.9 MB.
+constexpr u32 kCapacity = 75000;
 
 /// Bytes of a band: half of a second-level cache of 1 MiB. Lower bands cut spots into more pieces,
 /// higher ones leave the cache; `docs/performance.md` has both measured.
@@ -36,9 +38,9 @@ constexpr u32 kMostRepeats = 0xff;
 /// kernels keep rows away which lie beside the frame.
 constexpr float kFarthest = 0x1p40F;
 
-/// From here on the kernels surely take the error function for 1: their own limit, and a little
-/// more because the range of a run of rows is rounded.
-constexpr float kErfIsSurelyOne = 3.76F;
+/// From here on the kernels surely take the error function for 1: a little more than their own
+/// limit, because the range of a run of rows is rounded.
+constexpr float kErfIsSurelyOne = star_kernels::kErfIsOne + 0.01F;
 
 bool is_near(const Vector2& at) {
     // False for what is not a number.
@@ -62,7 +64,7 @@ bool is_saturated(const star_kernels::Streak& of, float ry, int rows) {
     // straight.
     float x0 = static_cast<float>(of.x0);
     float x1 = static_cast<float>(of.x1);
-    if (of.slope < kSteepestSlope) {
+    if (!of.is_flat) {
         const float first = of.a_x + (ry + of.mid_y - of.a_y) * of.slope;
         const float last = first + static_cast<float>(rows - 1) * of.slope;
         x0 = max(x0, (first < last ? first : last) - of.half);
@@ -125,6 +127,7 @@ void SegmentBatch::add(const Vector2& a, const Vector2& b, float energy, float r
     entries_[count_++] = {a,
                           b,
                           energy,
+                          reach,
                           codes,
                           static_cast<float>(seen.y0) - midpoint(a, b)[1],
                           static_cast<std::int16_t>(seen.x0),
@@ -214,26 +217,28 @@ void SegmentBatch::draw_rows(Entry& entry, int y0, int y1) {
         Vector2 dir = b - a;
         const float length = dir.normalize();
         const SweptSpot swept(dir, spot_w_, spot_h_);
-        if (kernels_draw_closely(a, b, length, swept, dst_)) {
-            draw_streak(segment, entry, dir, length, swept, y0, y1);
+        const Closeness closeness = closeness_of(a, b, length, swept, dst_);
+        if (closeness != Closeness::None) {
+            draw_streak(segment, entry, dir, length, swept, closeness, y0, y1);
             return;
         }
     }
     const PlainSegment plain{
-        a,       b,       entry.energy,           colour,
-        spot_w_, spot_h_, reach_of(entry.energy), {entry.x0, entry.y0, entry.x1, entry.y1}};
+        a,       b,       entry.energy, colour,
+        spot_w_, spot_h_, entry.reach,  {entry.x0, entry.y0, entry.x1, entry.y1}};
     draw_rows_plainly(dst_, plain, STARS_LINES_ALL, times, y0, y1, entry.ry);
 }
 
 void SegmentBatch::draw_streak(const star_kernels::Segment& segment, Entry& entry,
-                               const Vector2& dir, float length, const SweptSpot& swept, int y0,
-                               int y1) {
-    const RowLine line(entry.a, entry.b, spot_w_ * reach_of(entry.energy), spot_w_, spot_h_);
+                               const Vector2& dir, float length, const SweptSpot& swept,
+                               Closeness closeness, int y0, int y1) {
+    const RowLine line(entry.a, entry.b, spot_w_ * entry.reach, spot_w_, spot_h_);
     star_kernels::Streak streak;
     static_cast<star_kernels::Segment&>(streak) = segment;
     streak.a_x = entry.a[0];
     streak.a_y = entry.a[1];
     streak.slope = line.slope;
+    streak.is_flat = !(line.slope < kSteepestSlope);
     streak.half = line.half;
     streak.dir_x = dir[0];
     streak.dir_y = dir[1];
@@ -242,9 +247,12 @@ void SegmentBatch::draw_streak(const star_kernels::Segment& segment, Entry& entr
     streak.q = swept.q;
     streak.half_way = 0.5F * length * swept.q;
     streak.scale = swept.scale;
-    streak.light = swept.area * (entry.energy / length);
+    streak.area = swept.area;
+    streak.energy_a_pixel = entry.energy / length;
 
     const int rows = y1 - y0 + 1;
-    streak.is_saturated = is_saturated(streak, entry.ry, rows);
+    streak.ends = closeness == Closeness::InSteps        ? ErrorFunctions::Library
+                  : is_saturated(streak, entry.ry, rows) ? ErrorFunctions::Saturated
+                                                         : ErrorFunctions::Accurate;
     entry.ry = kernels_.draw_streak(pixels_, streak, y0, rows, entry.ry);
 }

@@ -7,8 +7,10 @@
 
 #include <cstdint>
 
+#include "closeness.h"
 #include "kernels/kernels.h"
 #include "segment_shape.h"
+#include "spot_light.h"
 
 /// Gathers segments and draws them so that a frame larger than the processor's caches is walked
 /// through a few times only: band after band of rows, each as high as a cache holds, and in every
@@ -41,6 +43,7 @@ private:
         Vector2 a;
         Vector2 b;
         float energy;
+        float reach;
         u32 codes;
         /// Offset from the midpoint of the row to draw next.
         float ry;
@@ -57,7 +60,7 @@ private:
     void draw_band(int y, u32 begin, u32 end);
     void draw_rows(Entry& entry, int y0, int y1);
     void draw_streak(const star_kernels::Segment& segment, Entry& entry, const Vector2& dir,
-                     float length, const SweptSpot& swept, int y0, int y1);
+                     float length, const SweptSpot& swept, Closeness closeness, int y0, int y1);
     Color3 colour_of(u32 codes) const;
 
     const StarFramebuffer& dst_;

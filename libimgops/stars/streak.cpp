@@ -14,8 +14,16 @@
 // that is the pixel's average over the exposure. For L near 0 the two error functions cancel, so
 // what hardly moves is drawn as a still spot.
 //
-// This code defines the pixels: single precision in exactly the order written. The kernels compute
-// the same with functions of their own: `fast/kernels/kernel_spot.h`, `kernel_streak.h`.
+// This code defines the pixels: single precision in exactly the order written. The fast path has
+// the same with functions of its own. Whoever changes one of these changes the other:
+//
+//     weight, still        `draw_columns` in fast/kernels/kernel_spot.h
+//     weight, moving       `weight_at` in fast/kernels/kernel_streak.h, in this order for short
+//     ones its constants        spot_light.h; `Streak` in fast/kernels/kernels.h the error function
+//     fast/kernels/kernel_erf.h, which follows the C library's where both are 1     `is_saturated`
+//     in fast/segment_batch.cpp rows and columns     segment_shape.h; `find_spans` in
+//     fast/kernels/kernel_streak.h reach                spot_light.h; `longest_reach` in
+//     fast/fast_frame.cpp, which rejects by it what only this draws fast/closeness.cpp
 #include <base/exceptions.h>
 #include <base/words.h>
 #include <libimgops/streak.h>
@@ -24,6 +32,7 @@
 #include <cmath>
 
 #include "segment_shape.h"
+#include "spot_light.h"
 #include "streak_rows.h"
 
 static_assert(FLT_EVAL_METHOD == 0, "floats must be rounded at every step");

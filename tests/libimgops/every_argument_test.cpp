@@ -35,4 +35,15 @@ TEST_P(EveryArgument, KeepsExpWithin1AndErfWithin2) {
     }
 }
 
+// From 2^-31 on, below which it is x times a constant, to 8, beyond which it is 1. Of both signs.
+TEST_P(EveryArgument, IsWithin1OfTheLibrarysErf) {
+    constexpr std::uint64_t kFirst = 0x30000000, kEnd = 0x41000000;
+    const std::uint64_t part = (kEnd - kFirst) / kParts;
+    const std::uint64_t first = kFirst + part * static_cast<std::uint64_t>(GetParam());
+    for (const std::uint64_t sign : {0x0U, 0x80000000U}) {
+        check_patterns(kLibraryErf, sets(), sign + first, sign + first + part - 1,
+                       LUMIVAR_PATTERN_STEP);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Part, EveryArgument, testing::Range(0, kParts));

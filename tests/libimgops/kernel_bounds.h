@@ -47,6 +47,11 @@ inline const Bounded kBounds[] = {
     {"erf", &Kernels::erf, error_function, 2, false},
 };
 
+/// The C library's own function is the reference, not the right value.
+inline const Bounded kLibraryErf = {
+    "library_erf", &Kernels::library_erf,
+    [](double x) { return static_cast<double>(std::erf(static_cast<float>(x))); }, 1, false};
+
 /// Arguments that are looked at in one go.
 inline constexpr std::size_t kBlock = 1 << 14;
 

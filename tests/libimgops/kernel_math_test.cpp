@@ -1,5 +1,7 @@
 // The kernels' exponential and error function: their ends, their shape, and their error where it
 // matters; `every_argument_test.cpp` goes through all arguments. And how well they know directions.
+#include <iostream>
+
 #include "kernel_bounds.h"
 #include "support/random_numbers.h"
 
@@ -38,6 +40,10 @@ protected:
         set->exp(&x, &x, 1);
         return x;
     }
+    float library_erf(float x) const {
+        set->library_erf(&x, &x, 1);
+        return x;
+    }
     float erf(float x) const {
         set->erf(&x, &x, 1);
         return x;
@@ -52,6 +58,36 @@ TEST_P(EachMathSet, KnowsTheEndsOfExp) {
     // ln of the smallest number is -103.28; half of it rounds to 0.
     EXPECT_EQ(exp(-103.0F), 0x1p-149F);
     EXPECT_EQ(exp(-104.0F), 0.0F);
+}
+
+TEST_P(EachMathSet, KnowsTheEndsOfTheLibrarysErf) {
+    for (const float sign : {1.0F, -1.0F}) {
+        EXPECT_EQ(library_erf(sign * 0.0F), 0.0F);
+        EXPECT_EQ(std::signbit(library_erf(sign * 0.0F)), sign < 0);
+        // Rounded to single precision erf is 1 from 3.92 on.
+        for (const float x : {4.0F, 5.0F, 6.0F, 1e10F, 3e38F, kInfinity}) {
+            EXPECT_EQ(library_erf(sign * x), sign) << x;
+        }
+        EXPECT_TRUE(std::isnan(library_erf(sign * std::numeric_limits<float>::quiet_NaN())));
+        // Where one piece ends and the next begins.
+        for (const float x : {0.84375F, 1.25F, 1.75F, 2.25F, 2.75F, 2.857143F, 3.25F, 3.75F}) {
+            for (const float at : {std::nextafter(x, 0.0F), x, std::nextafter(x, 9.0F)}) {
+                EXPECT_NEAR(library_erf(sign * at), sign * std::erf(at), 0x1p-24) << at;
+            }
+        }
+    }
+}
+
+// Evenly over what the pixels of a slow star meet.
+TEST_P(EachMathSet, HasNearlyAllBitsOfTheLibrarysErf) {
+    int same = 0;
+    int all = 0;
+    for (float x = -4; x < 4; x += 1e-4F) {
+        ++all;
+        same += library_erf(x) == std::erf(x) ? 1 : 0;
+    }
+    std::cout << set->name << ": " << same << " of " << all << " are the C library's to the bit\n";
+    EXPECT_GT(same, 0.95 * all);
 }
 
 TEST_P(EachMathSet, KnowsTheEndsOfErf) {

@@ -76,6 +76,10 @@ star_kernels::Spot random_spot(RandomNumbers& random, int width) {
     return spot;
 }
 
+constexpr star_kernels::ErrorFunctions kErrorFunctions[] = {star_kernels::ErrorFunctions::Accurate,
+                                                            star_kernels::ErrorFunctions::Saturated,
+                                                            star_kernels::ErrorFunctions::Library};
+
 star_kernels::Streak random_streak(RandomNumbers& random, int width) {
     star_kernels::Streak streak{};
     set_common(streak, random, width);
@@ -86,6 +90,7 @@ star_kernels::Streak random_streak(RandomNumbers& random, int width) {
     streak.a_x = static_cast<float>(streak.mid_x - x * length / 2);
     streak.a_y = static_cast<float>(streak.mid_y - y * length / 2);
     streak.slope = static_cast<float>(random.chance(0.1) ? 1e20 : x / y);
+    streak.is_flat = !(streak.slope < 100000.0F);
     streak.half =
         static_cast<float>(random.chance(0.1) ? 1e20 : 4 * w * w + 4 * w * h * std::fabs(x / y));
     streak.dir_x = static_cast<float>(x);
@@ -95,8 +100,9 @@ star_kernels::Streak random_streak(RandomNumbers& random, int width) {
     streak.q = static_cast<float>(h * h * x * x + w * w * y * y);
     streak.half_way = static_cast<float>(length / 2) * streak.q;
     streak.scale = static_cast<float>(1 / (w * h)) / std::sqrt(streak.q);
-    streak.light = static_cast<float>(0.886 * w * h * streak.energy / length) / std::sqrt(streak.q);
-    streak.is_saturated = random.chance(0.3);
+    streak.area = static_cast<float>(0.886 * w * h) / std::sqrt(streak.q);
+    streak.energy_a_pixel = streak.energy / static_cast<float>(length);
+    streak.ends = random.of(kErrorFunctions);
     return streak;
 }
 

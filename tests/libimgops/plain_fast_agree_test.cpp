@@ -129,4 +129,56 @@ TEST(StandingCamera, KeepsTheBoundWhenItHardlyTurns) {
     }
 }
 
+// Moves of 1 to 100 segments of up to 2 pixels each, in every projection, of stars alone and close
+// together.
+class SlowMoves : public testing::TestWithParam<unsigned> {};
+TEST_P(SlowMoves, KeepThePromise) {
+    RandomNumbers random(1000 + GetParam());
+    for (int i = 0; i < support::rounds(40); ++i) {
+        Scene scene = default_scene(random, random.whole(8, 64), random.whole(8, 40));
+        scene.data.projection = static_cast<op_stars_projection>(random.whole(0, 2));
+        const double radius = random.on_scale(0.5, 12);
+        scene.data.spot_size_x = radius / (0.0005 * scene.width);
+        scene.data.spot_size_y = scene.data.spot_size_x * (random.chance(0.5) ? 1 : 1.7);
+        scene.data.brightness = random.on_scale(0.1, 1000);
+        const int segments = random.chance(0.3) ? random.whole(1, 3) : random.whole(1, 100);
+        // About as many pixels a radian as the frame's height, times the focal length.
+        const double pixels = random.chance(0.5) ? random.between(0, 2) : random.on_scale(1e-3, 2);
+        pan(scene, random, segments, segments * pixels / (1.6 * scene.height) * 57.3);
+        scene.drew_before = true;
+        scatter_stars(scene, random, random.chance(0.3) ? 1 : random.whole(2, 12));
+        SCOPED_TRACE(i);
+        expect_promise(scene);
+    }
+}
+INSTANTIATE_TEST_SUITE_P(Seeds, SlowMoves, testing::Range(1U, 1 + support::seeds(16)));
+
+// Equal stars on one place: every sum of theirs is rounded the same way.
+TEST(EqualStars, KeepTheBoundOfTheirNumber) {
+    RandomNumbers random(11);
+    double most_of_1000 = 0;
+    for (const int count : {16, 40, 200, 1000}) {
+        const double bound = std::max(kOrdinaryBound, count * kEqualPartBound);
+        for (int i = 0; i < support::rounds(60); ++i) {
+            Scene scene = default_scene(random, 24, 16);
+            scene.data.brightness = random.on_scale(0.1, 10);
+            if (random.chance(0.5)) {
+                pan(scene, random, random.whole(1, 4), random.on_scale(0.05, 4));
+            }
+            scatter_stars(scene, random, 1);
+            scene.stars.assign(static_cast<std::size_t>(count), scene.stars.front());
+            scene.drew_before = true;
+            const Drawn plain = draw(scene, DrawPath::Plain);
+            const Difference off =
+                difference(plain, draw(scene, DrawPath::Fast),
+                           std::vector<bool>(static_cast<std::size_t>(scene.width * scene.height)));
+            const double allowed = count * short_segment_allowance(scene) / off.peak;
+            ASSERT_LE(off.ordinary, std::max(bound, allowed)) << count << ": " << describe(scene);
+            most_of_1000 = std::max(most_of_1000, count == 1000 ? off.ordinary : 0);
+        }
+    }
+    // What the bound is for.
+    EXPECT_GT(most_of_1000, kOrdinaryBound);
+}
+
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomStars, testing::Range(1U, 1 + support::seeds(8)));

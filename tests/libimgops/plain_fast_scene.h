@@ -90,11 +90,24 @@ struct Difference {
     double crossing = 0;
     double peak = 0;  ///< the plain frame's largest magnitude
 };
+/// Colours of pixels that have light on the plain path, and how many are the same on the fast one.
+struct SameValues {
+    double lit = 0;
+    double same = 0;
+};
+void count_same_values(const Drawn& plain, const Drawn& fast, SameValues& counts);
 Difference difference(const Drawn& plain, const Drawn& fast, const std::vector<bool>& crossing);
 
 /// What the fast path promises of the difference.
 inline constexpr double kOrdinaryBound = 1e-6;
 inline constexpr double kCrossingBound = 2e-5;
+/// Of the same for each of the equal segments on one place.
+inline constexpr double kEqualPartBound = 6e-8;
+/// Of a star's brightest light, divided by the length in pixels of the shortest segment that it
+/// moves along.
+inline constexpr double kShortSegmentBound = 6e-7;
+/// The most that this gives any star of the scene, in the frame's unit.
+double short_segment_allowance(const Scene& scene);
 
 /// Draws the scene on both paths and expects of the fast one all that it promises: flag, cursor,
 /// failure, visited pixels, the bounds of light and of codes, coverage and surroundings untouched.

@@ -14,6 +14,7 @@
 #include "kernels/kernel_sets.h"
 #include "plain_fast_scene.h"
 #include "segment_shape.h"
+#include "spot_light.h"
 #include "support/memory_stars.h"
 #include "support/rounds.h"
 

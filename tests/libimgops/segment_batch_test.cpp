@@ -121,7 +121,8 @@ struct Batches {
     }
 
     /// Expects also that its light is within the bound, a millionth of the plain picture's
-    /// brightest pixel or of `least_peak`; returns whether there is any.
+    /// brightest pixel or of `least_peak`, or 6e-7 / length of the spot's peak; returns whether
+    /// there is any.
     bool expect_alike(const TestSegment& segment, double least_peak = 0) const {
         expect_same_visits(segment);
         GuardedFrame plain = drawn(segment, DrawPath::Plain);
@@ -133,7 +134,9 @@ struct Batches {
             peak = std::max(peak, of_plain);
             worst = std::max(worst, std::fabs(of_plain - static_cast<double>(fast.g(x, y))));
         });
-        EXPECT_LE(worst, 1e-6 * std::max(peak, least_peak))
+        const auto length = static_cast<double>(Vector2(segment.b - segment.a).normalize());
+        const double of_spot = 6e-7 / length * static_cast<double>(segment.energy);
+        EXPECT_LE(worst, std::max(1e-6 * std::max(peak, least_peak), of_spot))
             << segment << ", spot " << spot_w << " x " << spot_h << ", frame " << width << " x "
             << height;
         return peak > 0;

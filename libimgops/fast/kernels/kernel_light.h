@@ -50,8 +50,8 @@ struct PixelWeights {
     const float* first;
 
     /// Those of pixel `i` and the next, each on its pixel's lanes.
-    LANES_MEMBER Floats lanes(int i) const { return load_for_pixels(first + i); }
-    LANES_MEMBER float of(int i) const { return first[i]; }
+    LANES_MEMBER Floats lanes(std::ptrdiff_t i) const { return load_for_pixels(first + i); }
+    LANES_MEMBER float of(std::ptrdiff_t i) const { return first[i]; }
 };
 
 /// The same for a row of a spot: a factor a column, on all lanes of its pixel, and one for the row.
@@ -59,17 +59,17 @@ struct RowWeights {
     const float* columns;
     float row;
 
-    LANES_MEMBER Floats lanes(int i) const {
-        return load(columns + std::ptrdiff_t{kPixel} * i) * splat(row);
+    LANES_MEMBER Floats lanes(std::ptrdiff_t i) const {
+        return load(columns + kPixel * i) * splat(row);
     }
-    LANES_MEMBER float of(int i) const { return columns[std::ptrdiff_t{kPixel} * i] * row; }
+    LANES_MEMBER float of(std::ptrdiff_t i) const { return columns[kPixel * i] * row; }
 };
 
 /// Adds the colour, as much as `weights` say, to `n` pixels.
 template <bool kCovered, class Weights>
-LANES_INLINE void light(float* pixels, const Weights& weights, int n, Floats colour) {
-    constexpr int kAtOnce = LANES / kPixel;
-    int i = 0;
+LANES_INLINE void light(float* pixels, const Weights& weights, std::ptrdiff_t n, Floats colour) {
+    constexpr std::ptrdiff_t kAtOnce = LANES / kPixel;
+    std::ptrdiff_t i = 0;
     for (; i <= n - kAtOnce; i += kAtOnce, pixels += LANES) {
         store(pixels, lit<kCovered>(load(pixels), weights.lanes(i), colour));
     }

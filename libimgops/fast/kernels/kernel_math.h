@@ -70,9 +70,6 @@ LANES_INLINE Floats exp_of_negative(Floats x) {
 #endif
 }
 
-/// From here on the error function counts as 1, which is 2 units in the last place off at most.
-constexpr float kErfIsOne = 3.75F;
-
 /// erf(a) / a around a = 0, 0.5, 1 ... 3.5: the coefficient of each power of the distance, minimax,
 /// rounded to single precision: off by 6e-8 of the value at most.
 alignas(64) constexpr float kErfTable[7][kTableSize] = {
@@ -106,7 +103,7 @@ LANES_INLINE Floats erf_of(Floats x) {
     const Floats high = pair(4) + look_up(kErfTable[6], piece) * d2;
     const Floats p = look_up(kErfTable[0], piece) +
                      (look_up(kErfTable[1], piece) * d + (pair(2) + high * d2) * d2);
-    return select(a >= splat(kErfIsOne), sign_of(x), x * p);
+    return select(a >= splat(star_kernels::kErfIsOne), sign_of(x), x * p);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "kernel_codes.h"
+#include "kernel_erf.h"
 #include "kernel_math.h"
 #include "kernel_rejection.h"
 #include "kernel_spot.h"
@@ -31,13 +32,17 @@ void exp_of_all(const float* x, float* result, std::size_t count) {
 void erf_of_all(const float* x, float* result, std::size_t count) {
     for_all(x, result, count, [](Floats lanes) { return erf_of(lanes); });
 }
+void library_erf_of_all(const float* x, float* result, std::size_t count) {
+    for_all(x, result, count, [](Floats lanes) { return library_erf_of(lanes); });
+}
 
 }  // namespace
 
 namespace star_kernels {
 
 extern const Kernels KERNELS_TABLE;
-const Kernels KERNELS_TABLE = {KERNELS_NAME, LANES,     draw_spot,  draw_streak, fetch,
-                               outside,      to_8_bits, to_16_bits, exp_of_all,  erf_of_all};
+const Kernels KERNELS_TABLE = {KERNELS_NAME, LANES,      draw_spot,         draw_streak,
+                               fetch,        outside,    to_8_bits,         to_16_bits,
+                               exp_of_all,   erf_of_all, library_erf_of_all};
 
 }  // namespace star_kernels

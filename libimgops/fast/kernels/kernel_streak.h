@@ -5,10 +5,12 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kernel_erf.h"
 #include "kernel_light.h"
 #include "kernel_math.h"
 #include "kernel_offsets.h"
 
+using star_kernels::ErrorFunctions;
 using star_kernels::Pixels;
 using star_kernels::Streak;
 
@@ -17,19 +19,16 @@ namespace {
 /// Where the rows of a streak begin and end.
 struct Spans {
     float ry[LANES];
-    std::int32_t x[LANES];  ///< first column
-    float first[LANES];     ///< its offset from the midpoint
-    float last[LANES];      ///< no pixel farther than this
+    std::int32_t x[LANES];        ///< first column
+    float first[LANES];           ///< its offset from the midpoint
+    float last[LANES];            ///< no pixel farther than this
+    std::int32_t columns[LANES];  ///< from the first to that one; none where not above 0
 };
-
-/// From this slope on the middle of every row is the midpoint's column, as in the plain streak.
-constexpr float kSteepestSlope = 100000.0F;
 
 LANES_INLINE void find_spans(const Streak& of, int width, Floats ry, Spans* spans) {
     const Floats y = ry + splat(of.mid_y);
-    const Floats centre = of.slope < kSteepestSlope
-                              ? splat(of.a_x) + (y - splat(of.a_y)) * splat(of.slope)
-                              : splat(of.mid_x);
+    const Floats centre =
+        of.is_flat ? splat(of.mid_x) : splat(of.a_x) + (y - splat(of.a_y)) * splat(of.slope);
     const Floats x0 = splat(static_cast<float>(of.x0));
     const Floats x1 = splat(static_cast<float>(of.x1));
     Floats left = centre - splat(of.half);
@@ -42,7 +41,10 @@ LANES_INLINE void find_spans(const Streak& of, int width, Floats ry, Spans* span
     left = floor_of(select(left > beyond, beyond, left));
     right = ceil_of(select(right < before, before, right));
     store(spans->ry, ry);
-    store(spans->x, bits_of(left + splat(kRounder)) - splat(kRounderBits));
+    const Ints first_column = bits_of(left + splat(kRounder)) - splat(kRounderBits);
+    store(spans->x, first_column);
+    store(spans->columns,
+          bits_of(right + splat(kRounder)) - splat(kRounderBits - 1) - first_column);
     store(spans->first, left - splat(of.mid_x));
     store(spans->last, right - splat(of.mid_x));
 }
@@ -59,32 +61,42 @@ struct Block {
     int pieces = 0;
 };
 
-/// Which of a streak's two error functions are worked out; the others are 1 and -1.
-enum class Ends { None, Nearer, Both };
+/// Which of a streak's two error functions are worked out; the others are 1 and -1. `Library`: both
+/// in the steps of the C library.
+enum class Ends { None, Nearer, Both, Library };
+
+template <Ends kEnds>
+LANES_INLINE Floats weight_at(const Streak& of, Floats rx, Floats ry) {
+    const Floats u = splat(of.dir_y) * rx - splat(of.dir_x) * ry;
+    if (kEnds == Ends::None) {
+        return exp_of_negative((u * u) * splat(-1.0F / of.q)) *
+               splat(2.0F * of.area * of.energy_a_pixel);
+    }
+    const Floats v = splat(of.along_x) * rx + splat(of.along_y) * ry;
+    if (kEnds == Ends::Library) {
+        // In the plain streak's order.
+        const Floats ends = library_erf_of((splat(of.half_way) - v) * splat(of.scale)) -
+                            library_erf_of((splat(-of.half_way) - v) * splat(of.scale));
+        return exp_of_negative(-(u * u) / splat(of.q)) * splat(of.area) * ends *
+               splat(of.energy_a_pixel);
+    }
+    const Floats ends =
+        kEnds == Ends::Nearer
+            ? splat(1.0F) + erf_of((splat(of.half_way) - absolute(v)) * splat(of.scale))
+            : erf_of((splat(of.half_way) - v) * splat(of.scale)) -
+                  erf_of((splat(-of.half_way) - v) * splat(of.scale));
+    return exp_of_negative((u * u) * splat(-1.0F / of.q)) * ends *
+           splat(of.area * of.energy_a_pixel);
+}
 
 template <Ends kEnds>
 LANES_INLINE void weigh(const Streak& of, Block* block) {
-    const float per_q = -1.0F / of.q;
     // The last register reads beyond what is used.
     store(block->rx + block->used, splat(0.0F));
     store(block->ry + block->used, splat(0.0F));
     store(block->weights + block->used, splat(0.0F));
-    const float light = kEnds == Ends::None ? 2.0F * of.light : of.light;
     for (int i = 0; i < block->used; i += LANES) {
-        const Floats rx = load(block->rx + i);
-        const Floats ry = load(block->ry + i);
-        const Floats u = splat(of.dir_y) * rx - splat(of.dir_x) * ry;
-        Floats weight = exp_of_negative((u * u) * splat(per_q));
-        if (kEnds != Ends::None) {
-            const Floats v = splat(of.along_x) * rx + splat(of.along_y) * ry;
-            weight =
-                weight *
-                (kEnds == Ends::Nearer
-                     ? splat(1.0F) + erf_of((splat(of.half_way) - absolute(v)) * splat(of.scale))
-                     : erf_of((splat(of.half_way) - v) * splat(of.scale)) -
-                           erf_of((splat(-of.half_way) - v) * splat(of.scale)));
-        }
-        store(block->weights + i, weight * splat(light));
+        store(block->weights + i, weight_at<kEnds>(of, load(block->rx + i), load(block->ry + i)));
     }
 }
 
@@ -101,9 +113,80 @@ LANES_INLINE void flush(const Streak& of, Block* block) {
     block->used = block->pieces = 0;
 }
 
+/// Puts LANES pixels into the block from its pixel `at` on; some of them may be beyond its end.
+LANES_INLINE void put(Block* block, int at, Floats rx, Floats ry, const float* pixels) {
+    store(block->rx + at, rx);
+    store(block->ry + at, ry);
+    // Weighing a block takes as long as a cache needs to bring its pixels.
+    for (int i = 0; i < kPixel * LANES; i += kCacheLine) {
+        __builtin_prefetch(pixels + i, 1);
+    }
+}
+
+/// Counts `n` pixels that were put behind those of the block.
+LANES_INLINE void count_piece(Block* block, float* pixels, int n) {
+    block->pixels[block->pieces] = pixels;
+    block->counts[block->pieces++] = n;
+    block->used += n;
+}
+
+/// Draws `n` pixels of a row, the first at the offset `rx`, whose offsets are all exact.
+template <Ends kEnds, bool kCovered>
+LANES_INLINE void draw_exact_row(const Streak& of, Block* block, float* pixels, int n, float rx,
+                                 float ry) {
+    float lanes[LANES];
+    for (int k = 0; k < LANES; ++k) {
+        lanes[k] = static_cast<float>(k);
+    }
+    while (n > 0) {
+        if (block->used > kBlock - LANES) {
+            flush<kEnds, kCovered>(of, block);
+        }
+        const int room = kBlock - block->used;
+        const int now = n < room ? n : room;
+        for (int i = 0; i < now; i += LANES) {
+            put(block, block->used + i, splat(rx + static_cast<float>(i)) + load(lanes), splat(ry),
+                pixels + std::ptrdiff_t{kPixel} * i);
+        }
+        count_piece(block, pixels, now);
+        n -= now;
+        rx += static_cast<float>(now);
+        pixels += std::ptrdiff_t{kPixel} * now;
+    }
+}
+
+/// Draws a row of `room` pixels at most, the first at the offset `rx`, up to the offset `last`.
+template <Ends kEnds, bool kCovered>
+LANES_INLINE void draw_carried_row(const Streak& of, Block* block, float* pixels, int room,
+                                   float rx, float last, float ry) {
+    int n = LANES;
+    while (room > 0 && n == LANES) {
+        if (block->used > kBlock - LANES) {
+            flush<kEnds, kCovered>(of, block);
+        }
+        const Floats offset = offsets(&rx);
+        n = count(offset <= splat(last));
+        n = n < room ? n : room;
+        if (n > 0) {
+            put(block, block->used, offset, splat(ry), pixels);
+            count_piece(block, pixels, n);
+            room -= n;
+            pixels += std::ptrdiff_t{kPixel} * LANES;
+        }
+    }
+}
+
+/// Whether the offsets of all columns from the midpoint are exact: multiples of its lowest bit, and
+/// no larger than itself. `mid_x` is no column's far end where `x1` is beyond twice of it.
+LANES_INLINE bool has_exact_offsets(const Streak& of) {
+    constexpr float kFirstEven = 8388608.0F;  // 2^23; up to it a float's lowest bit is 1 or less
+    return static_cast<float>(of.x1) <= 2.0F * of.mid_x && of.mid_x < kFirstEven;
+}
+
 template <Ends kEnds, bool kCovered>
 LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int rows, float ry) {
     Block block;
+    const bool is_exact = has_exact_offsets(streak);
     for (int done = 0; done < rows; done += LANES) {
         Spans spans;
         float rest = ry;
@@ -111,40 +194,16 @@ LANES_INLINE float draw_rows(const Pixels& to, const Streak& streak, int y, int 
         find_spans(streak, to.width, row_offsets, &spans);
         const int now = rows - done < LANES ? rows - done : LANES;
         for (int k = 0; k < now; ++k) {
-            float* row = to.first + (y + done + k) * to.row;
-            float rx = spans.first[k];
-            int room = to.width - spans.x[k];
-            float* pixels = row + std::ptrdiff_t{kPixel} * spans.x[k];
-            bool is_new = true;
-            while (room > 0) {
-                if (block.used > kBlock - LANES) {
-                    flush<kEnds, kCovered>(streak, &block);
-                    is_new = true;
-                }
-                const Floats offset = offsets(&rx);
-                int n = count(offset <= splat(spans.last[k]));
-                n = n < room ? n : room;
-                if (n == 0) {
-                    break;
-                }
-                store(block.rx + block.used, offset);
-                store(block.ry + block.used, splat(spans.ry[k]));
-                // Weighing a block takes as long as a cache needs to bring its pixels.
-                for (int i = 0; i < kPixel * LANES; i += kCacheLine) {
-                    __builtin_prefetch(pixels + i, 1);
-                }
-                if (is_new) {
-                    block.pixels[block.pieces] = pixels;
-                    block.counts[block.pieces++] = 0;
-                    is_new = false;
-                }
-                block.counts[block.pieces - 1] += n;
-                block.used += n;
-                if (n < LANES) {
-                    break;
-                }
-                room -= LANES;
-                pixels += std::ptrdiff_t{kPixel} * LANES;
+            const int x = spans.x[k];
+            float* pixels = to.first + (y + done + k) * to.row + std::ptrdiff_t{kPixel} * x;
+            const int room = to.width - x;
+            if (is_exact) {
+                const int n = spans.columns[k] < room ? spans.columns[k] : room;
+                draw_exact_row<kEnds, kCovered>(streak, &block, pixels, n, spans.first[k],
+                                                spans.ry[k]);
+            } else {
+                draw_carried_row<kEnds, kCovered>(streak, &block, pixels, room, spans.first[k],
+                                                  spans.last[k], spans.ry[k]);
             }
         }
         if (now < LANES) {
@@ -164,11 +223,16 @@ LANES_INLINE float draw_with(const Pixels& to, const Streak& streak, int y, int 
 }
 
 float draw_streak(const Pixels& to, const Streak& streak, int y, int rows, float ry) {
-    if (streak.is_saturated) {
-        return draw_with<Ends::None>(to, streak, y, rows, ry);
+    switch (streak.ends) {
+        case ErrorFunctions::Saturated:
+            return draw_with<Ends::None>(to, streak, y, rows, ry);
+        case ErrorFunctions::Library:
+            return draw_with<Ends::Library>(to, streak, y, rows, ry);
+        case ErrorFunctions::Accurate:
+            break;
     }
     // From the middle of the streak on, the farther end's error function is 1.
-    if (streak.half_way * streak.scale >= kErfIsOne) {
+    if (streak.half_way * streak.scale >= star_kernels::kErfIsOne) {
         return draw_with<Ends::Nearer>(to, streak, y, rows, ry);
     }
     return draw_with<Ends::Both>(to, streak, y, rows, ry);

@@ -35,19 +35,31 @@ struct Spot : Segment {
     float w2, h2;  ///< squared Gaussian radii, square pixels
 };
 
+/// From here on the kernels take the error function for 1, which is 2 units in the last place off
+/// at most.
+inline constexpr float kErfIsOne = 3.75F;
+
+/// How a streak's two error functions are worked out.
+enum class ErrorFunctions {
+    Accurate,   ///< to 2 units in the last place
+    Saturated,  ///< 1 and -1: both ends are that far from the rows to draw
+    Library,    ///< in the steps of the C library, for ends that lie close together
+};
+
 /// A spot that moves.
 struct Streak : Segment {
     float a_x, a_y;          ///< where it starts
-    float slope;             ///< columns a row; from 100000 on rows are centred on mid_x
+    float slope;             ///< columns a row
+    bool is_flat;            ///< every row is centred on mid_x instead of the line
     float half;              ///< half of a row's span, pixels
     float dir_x, dir_y;      ///< direction of length 1
     float along_x, along_y;  ///< spot_h^2 dir_x, spot_w^2 dir_y
     float q;                 ///< spot_h^2 dir_x^2 + spot_w^2 dir_y^2
     float half_way;          ///< length q / 2
     float scale;             ///< 1 / (spot_w spot_h sqrt q)
-    float light;             ///< sqrt(pi) / 2 spot_w spot_h / sqrt q x energy / length
-    /// Both ends are so far from the rows to draw that the two error functions are 1 and -1.
-    bool is_saturated;
+    float area;              ///< sqrt(pi) / 2 spot_w spot_h / sqrt q
+    float energy_a_pixel;    ///< energy / length
+    ErrorFunctions ends;
 };
 
 /// A plane of the homogeneous space around a camera. The point (x, y, z, w) is surely on its far
@@ -106,6 +118,9 @@ struct Kernels {
     /// from the correctly rounded value; what is not a number has an erf that is none.
     void (*exp)(const float* x, float* result, std::size_t count);
     void (*erf)(const float* x, float* result, std::size_t count);
+    /// The C library's erf in its own steps: at most one unit in the last place from it, and nearly
+    /// always the same bits.
+    void (*library_erf)(const float* x, float* result, std::size_t count);
 };
 
 }  // namespace star_kernels

@@ -1,12 +1,17 @@
 // Which of the two draw paths is in use.
 #pragma once
 
-/// The plain path defines the pixels. The fast one visits the same pixels of the same stars; a
-/// pixel differs by a millionth of the frame's largest value at most, or by 2e-5 of it where a
-/// streak crosses the camera's plane. Two exceptions: a frame that shows nothing but the tails of
-/// streaks from 10^7 pixels away and farther may differ by a millionth of their own brightest
-/// light; and where thousands of nearly equal stars share one place, their sum may differ by more,
-/// since the small differences add up.
+/// The plain path defines the pixels. The fast one visits the same pixels of the same stars. Most
+/// bits are the same; a pixel differs at most
+///  - by a millionth of the frame's largest value;
+///  - by 6e-7 / L of the star's own brightest light, where that is more and the star moves by L
+///    pixels between two camera samples: the plain path's own rounding is as large there;
+///  - by 2e-5 of the frame's largest value where a streak crosses the camera's plane;
+///  - by n x 6e-8 of it where n equal segments lie on one place, from 17 on: a sum of equal parts
+///    rounds the same way every time;
+///  - in a frame that shows nothing but the tails of streaks from 10^7 pixels away and farther, by
+///    a millionth of their own brightest light.
+/// The second holds with a C library whose `erff` takes the steps of Sun's, as glibc's does.
 enum class DrawPath { Plain, Fast };
 
 /// Fast, unless `set_draw_path` said otherwise.
