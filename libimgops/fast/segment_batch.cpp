@@ -96,7 +96,8 @@ SegmentBatch::SegmentBatch(const StarFramebuffer& dst, const star_kernels::Kerne
       order_(new u32[kCapacity]),
       going_on_(new u32[kCapacity]),
       next_going_on_(new u32[kCapacity]),
-      band_starts_(new u32[static_cast<std::size_t>(dst.height / band_rows_) + 2]) {}
+      band_starts_(new u32[static_cast<std::size_t>(dst.height / band_rows_) + 2]),
+      band_coverage_(new Coverage[static_cast<std::size_t>(dst.height / band_rows_) + 1]()) {}
 
 Color3 SegmentBatch::colour_of(u32 codes) const {
     return {colour_tables_[codes & 0xffU], colour_tables_[256U + (codes >> 8U & 0xffU)],
@@ -175,9 +176,15 @@ void SegmentBatch::draw() {
 }
 
 void SegmentBatch::draw_band(int y, u32 begin, u32 end) {
+    Coverage& coverage = band_coverage_[static_cast<uword>(y / band_rows_)];
     const bool has_many = end - begin + going_on_count_ >= kFewestToFetch;
-    pixels_.is_covered =
-        !has_many || kernels_.fetch(pixels_, y, min_of(band_rows_, dst_.height - y));
+    // Moving spots fetch their own pixels in time, and lie on one another: for them the band is
+    // looked at once.
+    if (has_many && (is_still_ || coverage == Coverage::Unknown)) {
+        coverage = kernels_.fetch(pixels_, y, min_of(band_rows_, dst_.height - y)) ? Coverage::Some
+                                                                                   : Coverage::None;
+    }
+    pixels_.is_covered = coverage != Coverage::None;
     u32 next_count = 0;
     u32 going_on = 0;
     while (begin < end || going_on < going_on_count_) {

@@ -80,4 +80,7 @@ private:
     scoped_array<u32> next_going_on_;
     u32 going_on_count_ = 0;
     scoped_array<u32> band_starts_;
+    /// Whether any pixel of a band has coverage, which stays as it is while stars are drawn.
+    enum class Coverage : unsigned char { Unknown, None, Some };
+    scoped_array<Coverage> band_coverage_;
 };

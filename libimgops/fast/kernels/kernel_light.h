@@ -70,6 +70,11 @@ template <bool kCovered, class Weights>
 LANES_INLINE void light(float* pixels, const Weights& weights, std::ptrdiff_t n, Floats colour) {
     constexpr std::ptrdiff_t kAtOnce = LANES / kPixel;
     std::ptrdiff_t i = 0;
+    for (; i <= n - 2 * kAtOnce; i += 2 * kAtOnce, pixels += std::ptrdiff_t{2} * LANES) {
+        store(pixels, lit<kCovered>(load(pixels), weights.lanes(i), colour));
+        store(pixels + LANES,
+              lit<kCovered>(load(pixels + LANES), weights.lanes(i + kAtOnce), colour));
+    }
     for (; i <= n - kAtOnce; i += kAtOnce, pixels += LANES) {
         store(pixels, lit<kCovered>(load(pixels), weights.lanes(i), colour));
     }

@@ -144,14 +144,19 @@ LANES_INLINE void draw_exact_row(const Streak& of, Block* block, float* pixels, 
         }
         const int room = kBlock - block->used;
         const int now = n < room ? n : room;
-        for (int i = 0; i < now; i += LANES) {
-            put(block, block->used + i, splat(rx + static_cast<float>(i)) + load(lanes), splat(ry),
-                pixels + std::ptrdiff_t{kPixel} * i);
+        Floats offset = splat(rx) + load(lanes);
+        const float* ahead = pixels;
+        for (int at = block->used; at < block->used + now; at += LANES) {
+            put(block, at, offset, splat(ry), ahead);
+            offset = offset + splat(static_cast<float>(LANES));
+            ahead += std::ptrdiff_t{kPixel} * LANES;
         }
         count_piece(block, pixels, now);
         n -= now;
-        rx += static_cast<float>(now);
-        pixels += std::ptrdiff_t{kPixel} * now;
+        if (n > 0) {
+            rx += static_cast<float>(now);
+            pixels += std::ptrdiff_t{kPixel} * now;
+        }
     }
 }
 
