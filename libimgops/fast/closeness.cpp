@@ -9,11 +9,11 @@ namespace {
 // their argument, error functions by 2^-23. That has to be small beside the light in the frame.
 //
 // A short streak's light is the difference of two error functions that nearly cancel. There the
-// kernels take the C library's steps, and an error function is off by one unit in the last place at
+// kernels follow the C library's error function: theirs is one unit in the last place from it at
 // most, 2^-24. What is left to the plain streak: streaks that hardly move, short ones under spots
 // so large that even this unit shows, and still spots far beside the frame.
 
-/// The kernels draw shorter streaks, in pixels, in the C library's steps.
+/// The kernels draw shorter streaks, in pixels, by following the C library.
 constexpr float kShortestFastStreak = 0.5F;
 /// So they do streaks that move by fewer radii of the spot. The light of 400000 streaks of 0.25 to
 /// 0.3 radii differed by 9.2e-7 of its peak at most.
@@ -22,13 +22,13 @@ constexpr float kFewestRadii = 0.25F;
 /// brightest pixel may be far from the streak's peak. With more in it, some pixel is at most half a
 /// pixel from the segment's line.
 constexpr double kLeastInFrame = 1.5;
-/// In the C library's steps the kernels draw no spots for which an error function's last bit weighs
+/// Following the C library the kernels draw no spots for which an error function's last bit weighs
 /// more. Off by one unit, 2^-24, both error functions change the light by 2^-23 area / length of
 /// the spot's peak: 6e-7 / length at most.
 constexpr float kLargestArea = 5.0F;
 /// Nor shorter streaks, in pixels: what that last bit makes of them would be more than 6e-5 of the
 /// peak, two codes of 16 bits.
-constexpr float kShortestInSteps = 0.01F;
+constexpr float kShortestByLibrary = 0.01F;
 /// The kernels draw no still spots that are farther from the frame, in radii.
 constexpr float kFarthestSpot = 2.0F;
 
@@ -83,6 +83,6 @@ Closeness closeness_of(const Vector2& a, const Vector2& b, float length, const S
          length_in_frame(a, b, length, fb) >= kLeastInFrame)) {
         return Closeness::Any;
     }
-    return length >= kShortestInSteps && swept.area <= kLargestArea ? Closeness::InSteps
-                                                                    : Closeness::None;
+    return length >= kShortestByLibrary && swept.area <= kLargestArea ? Closeness::ByLibrary
+                                                                      : Closeness::None;
 }

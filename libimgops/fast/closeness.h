@@ -10,9 +10,9 @@ bool kernels_draw_closely(const Vector2& at, float spot_w, float spot_h, const S
 
 /// How near a moving segment's light the kernels come.
 enum class Closeness {
-    None,     ///< not near enough: the plain streak draws it
-    InSteps,  ///< near enough with the C library's error function, step by step
-    Any,      ///< near enough with any good error function
+    None,       ///< not near enough: the plain streak draws it
+    ByLibrary,  ///< near enough with an error function that follows the C library's
+    Any,        ///< near enough with any good error function
 };
 
 /// `length`, `swept`: of the segment from `a` to `b`, pixels.

@@ -258,7 +258,7 @@ void SegmentBatch::draw_streak(const star_kernels::Segment& segment, Entry& entr
     streak.energy_a_pixel = entry.energy / length;
 
     const int rows = y1 - y0 + 1;
-    streak.ends = closeness == Closeness::InSteps        ? ErrorFunctions::Library
+    streak.ends = closeness == Closeness::ByLibrary      ? ErrorFunctions::Library
                   : is_saturated(streak, entry.ry, rows) ? ErrorFunctions::Saturated
                                                          : ErrorFunctions::Accurate;
     entry.ry = kernels_.draw_streak(pixels_, streak, y0, rows, entry.ry);

@@ -222,7 +222,7 @@ TEST(Bands, AddUpInOrderInASingleOne) { expect_sums_in_order(60, 50, 200, 3000, 
 
 TEST(Bands, AddUpInOrderOnATallFrame) { expect_sums_in_order(5, 20000, 30, 500, 15000, 4); }
 
-// More segments than a batch of 80000 holds, twice over; then over bands of 33 rows.
+// More segments than a batch of 75000 holds, twice over; then over bands of 33 rows.
 TEST(Batches, AddUpInOrderFromOneToTheNext) { expect_sums_in_order(40, 30, 300, 170000, 3, 5); }
 
 TEST(Batches, AddUpInOrderFromOneToTheNextOverManyBands) {

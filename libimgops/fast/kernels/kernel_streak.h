@@ -61,8 +61,8 @@ struct Block {
     int pieces = 0;
 };
 
-/// Which of a streak's two error functions are worked out; the others are 1 and -1. `Library`: both
-/// in the steps of the C library.
+/// Which of a streak's two error functions are worked out; the others are 1 and -1. `Library`:
+/// both, nearly to the C library's last bit.
 enum class Ends { None, Nearer, Both, Library };
 
 template <Ends kEnds>
@@ -181,8 +181,8 @@ LANES_INLINE void draw_carried_row(const Streak& of, Block* block, float* pixels
     }
 }
 
-/// Whether the offsets of all columns from the midpoint are exact: multiples of its lowest bit, and
-/// no larger than itself. `mid_x` is no column's far end where `x1` is beyond twice of it.
+/// Whether the offsets of columns 0 to x1 from the midpoint are surely exact: multiples of its
+/// lowest bit, and no larger than the midpoint itself.
 LANES_INLINE bool has_exact_offsets(const Streak& of) {
     constexpr float kFirstEven = 8388608.0F;  // 2^23; up to it a float's lowest bit is 1 or less
     return static_cast<float>(of.x1) <= 2.0F * of.mid_x && of.mid_x < kFirstEven;

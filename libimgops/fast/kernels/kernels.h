@@ -43,7 +43,7 @@ inline constexpr float kErfIsOne = 3.75F;
 enum class ErrorFunctions {
     Accurate,   ///< to 2 units in the last place
     Saturated,  ///< 1 and -1: both ends are that far from the rows to draw
-    Library,    ///< in the steps of the C library, for ends that lie close together
+    Library,    ///< nearly to the C library's last bit, for ends that lie close together
 };
 
 /// A spot that moves.
@@ -118,8 +118,8 @@ struct Kernels {
     /// from the correctly rounded value; what is not a number has an erf that is none.
     void (*exp)(const float* x, float* result, std::size_t count);
     void (*erf)(const float* x, float* result, std::size_t count);
-    /// The C library's erf in its own steps: at most one unit in the last place from it, and nearly
-    /// always the same bits.
+    /// The C library's erf: at most one unit in the last place from it, and nearly always the same
+    /// bits.
     void (*library_erf)(const float* x, float* result, std::size_t count);
 };
 

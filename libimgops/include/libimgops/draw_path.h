@@ -1,8 +1,8 @@
 // Which of the two draw paths is in use.
 #pragma once
 
-/// The plain path defines the pixels. The fast one visits the same pixels of the same stars. Most
-/// bits are the same; a pixel differs at most
+/// The plain path defines the pixels. The fast one visits the same pixels of the same stars. A
+/// pixel differs at most
 ///  - by a millionth of the frame's largest value;
 ///  - by 6e-7 / L of the star's own brightest light, where that is more and the star moves by L
 ///    pixels between two camera samples: the plain path's own rounding is as large there;
