@@ -86,10 +86,14 @@ void rejected(benchmark::State& state, DrawPath path, Scene& scene) {
 void undrawn(benchmark::State& state, DrawPath path, Scene& scene) {
     usual_kernels = star_kernels::in_use();
     Kernels kernels = *usual_kernels;
-    kernels.draw_spot = [](const star_kernels::Pixels&, const star_kernels::Spot&, int, int rows,
-                           float ry) { return ry + static_cast<float>(rows); };
-    kernels.draw_streak = [](const star_kernels::Pixels&, const star_kernels::Streak&, int,
-                             int rows, float ry) { return ry + static_cast<float>(rows); };
+    kernels.draw_spot = [](const star_kernels::Pixels&, const star_kernels::Spot& spot, float ry) {
+        return ry + static_cast<float>(spot.y1 - spot.y0 + 1);
+    };
+    kernels.draw_streak = [](const star_kernels::Pixels&, const star_kernels::Streak& streak,
+                             float ry) {
+        return ry + static_cast<float>(streak.y1 - streak.y0 + 1);
+    };
+    kernels.draw_trail = [](const star_kernels::Pixels&, const star_kernels::Trail&) {};
     kernels.fetch = [](const star_kernels::Pixels&, int, int) { return false; };
     draw_by(state, path, scene, kernels);
 }

@@ -9,9 +9,9 @@ namespace {
 // their argument, error functions by 2^-23. That has to be small beside the light in the frame.
 //
 // A short streak's light is the difference of two error functions that nearly cancel. There the
-// kernels follow the C library's error function: theirs is one unit in the last place from it at
-// most, 2^-24. What is left to the plain streak: streaks that hardly move, short ones under spots
-// so large that even this unit shows, and still spots far beside the frame.
+// kernels follow the C library's, in the plain streak's order: theirs are one unit in the last
+// place from it at most, 2^-24. What is left to the plain streak: streaks that hardly move, short
+// ones under spots so large that even this unit shows, and still spots far beside the frame.
 
 /// The kernels draw shorter streaks, in pixels, by following the C library.
 constexpr float kShortestFastStreak = 0.5F;

@@ -2,6 +2,7 @@
 
 #include <libimgops/streak.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -42,6 +43,10 @@ constexpr float kFarthest = 0x1p40F;
 /// limit, because the range of a run of rows is rounded.
 constexpr float kErfIsSurelyOne = star_kernels::kErfIsOne + 0.01F;
 
+/// A trail's pixels are weighed for each of its streaks. They are at most this many times what its
+/// smallest streak visits; more take longer than rows of its own.
+constexpr float kMostOfTrail = 1.25F;
+
 bool is_near(const Vector2& at) {
     // False for what is not a number.
     return std::fabs(at[0]) < kFarthest && std::fabs(at[1]) < kFarthest;
@@ -49,31 +54,39 @@ bool is_near(const Vector2& at) {
 
 bool are_same(const Vector2& a, const Vector2& b) { return a[0] == b[0] && a[1] == b[1]; }
 
-int min_of(int a, int b) { return a < b ? a : b; }
-int max_of(int a, int b) { return a > b ? a : b; }
+/// Whether the offsets of 0 to `last` from `middle` are surely exact: multiples of its lowest bit,
+/// and no larger than itself.
+bool has_exact_offsets(float middle, int last) {
+    constexpr float kFirstEven = 8388608.0F;  // 2^23; up to it a float's lowest bit is 1 or less
+    return static_cast<float>(last) <= 2.0F * middle && middle < kFirstEven;
+}
+
+float columns_of(const Box& box) { return static_cast<float>(box.x1 - box.x0 + 1); }
+float rows_of(const Box& box) { return static_cast<float>(box.y1 - box.y0 + 1); }
 
 int rows_of_band(const StarFramebuffer& fb) {
     const std::ptrdiff_t row_bytes = std::ptrdiff_t{fb.stride} * std::ptrdiff_t{sizeof(float)};
-    return max_of(1, static_cast<int>(kBandBytes / (row_bytes > 0 ? row_bytes : 1)));
+    return std::max(1, static_cast<int>(kBandBytes / (row_bytes > 0 ? row_bytes : 1)));
 }
 
 /// Whether both error functions are 1 and -1 for all pixels of a run of rows: the streak begins
 /// long before them and ends long after.
-bool is_saturated(const star_kernels::Streak& of, float ry, int rows) {
+bool is_saturated(const star_kernels::Streak& of, float ry) {
+    const auto rows = static_cast<float>(of.y1 - of.y0 + 1);
     // Columns of the rows: those of the first and the last, and all between, since the line is
     // straight.
     float x0 = static_cast<float>(of.x0);
     float x1 = static_cast<float>(of.x1);
     if (!of.is_flat) {
         const float first = of.a_x + (ry + of.mid_y - of.a_y) * of.slope;
-        const float last = first + static_cast<float>(rows - 1) * of.slope;
+        const float last = first + (rows - 1.0F) * of.slope;
         x0 = max(x0, (first < last ? first : last) - of.half);
         x1 = min(x1, (first > last ? first : last) + of.half);
     }
     const float left = of.along_x * (x0 - of.mid_x - 1.0F);
     const float right = of.along_x * (x1 - of.mid_x + 1.0F);
     const float above = of.along_y * (ry - 1.0F);
-    const float below = of.along_y * (ry + static_cast<float>(rows));
+    const float below = of.along_y * (ry + rows);
     const float low = (left < right ? left : right) + (above < below ? above : below);
     const float high = (left > right ? left : right) + (above > below ? above : below);
     return (of.half_way - high) * of.scale >= kErfIsSurelyOne &&
@@ -181,8 +194,9 @@ void SegmentBatch::draw_band(int y, u32 begin, u32 end) {
     // Moving spots fetch their own pixels in time, and lie on one another: for them the band is
     // looked at once.
     if (has_many && (is_still_ || coverage == Coverage::Unknown)) {
-        coverage = kernels_.fetch(pixels_, y, min_of(band_rows_, dst_.height - y)) ? Coverage::Some
-                                                                                   : Coverage::None;
+        coverage = kernels_.fetch(pixels_, y, std::min(band_rows_, dst_.height - y))
+                       ? Coverage::Some
+                       : Coverage::None;
     }
     pixels_.is_covered = coverage != Coverage::None;
     u32 next_count = 0;
@@ -195,11 +209,12 @@ void SegmentBatch::draw_band(int y, u32 begin, u32 end) {
         if (begin + kAhead < end) {
             __builtin_prefetch(&entries_[order_[begin + kAhead]]);
         }
-        draw_rows(entry, max_of(entry.y0, y), min_of(entry.y1, y + band_rows_ - 1));
+        draw_rows(entry, std::max<int>(entry.y0, y), std::min<int>(entry.y1, y + band_rows_ - 1));
         if (entry.y1 >= y + band_rows_) {
             next_going_on_[next_count++] = number;
         }
     }
+    draw_trail();
     for (u32 i = 0; i < next_count; ++i) {
         going_on_[i] = next_going_on_[i];
     }
@@ -211,25 +226,27 @@ void SegmentBatch::draw_rows(Entry& entry, int y0, int y1) {
     const Vector2& b = entry.b;
     const Color3 colour = colour_of(entry.codes);
     const Vector2 middle = midpoint(a, b);
-    const star_kernels::Segment segment{middle[0], middle[1],    entry.x0,
-                                        entry.x1,  entry.energy, {colour[0], colour[1], colour[2]}};
-    const int times = 1 + static_cast<int>(entry.codes >> kRepeatsShift);
-    if (are_same(a, b)) {
-        if (is_still_ && kernels_draw_closely(a, spot_w_, spot_h_, dst_)) {
-            const star_kernels::Spot spot{segment, spot_w_ * spot_w_, spot_h_ * spot_h_};
-            entry.ry = kernels_.draw_spot(pixels_, spot, y0, y1 - y0 + 1, entry.ry);
-            return;
-        }
-    } else {
+    const star_kernels::Segment segment{
+        middle[0], middle[1], entry.x0,     entry.x1,
+        y0,        y1,        entry.energy, {colour[0], colour[1], colour[2]}};
+    const bool moves = !are_same(a, b);
+    if (moves) {
         Vector2 dir = b - a;
         const float length = dir.normalize();
         const SweptSpot swept(dir, spot_w_, spot_h_);
         const Closeness closeness = closeness_of(a, b, length, swept, dst_);
         if (closeness != Closeness::None) {
-            draw_streak(segment, entry, dir, length, swept, closeness, y0, y1);
+            draw_streak(segment, entry, dir, length, swept, closeness);
             return;
         }
     }
+    draw_trail();
+    if (!moves && is_still_ && kernels_draw_closely(a, spot_w_, spot_h_, dst_)) {
+        const star_kernels::Spot spot{segment, spot_w_ * spot_w_, spot_h_ * spot_h_};
+        entry.ry = kernels_.draw_spot(pixels_, spot, entry.ry);
+        return;
+    }
+    const int times = 1 + static_cast<int>(entry.codes >> kRepeatsShift);
     const PlainSegment plain{
         a,       b,       entry.energy, colour,
         spot_w_, spot_h_, entry.reach,  {entry.x0, entry.y0, entry.x1, entry.y1}};
@@ -238,7 +255,7 @@ void SegmentBatch::draw_rows(Entry& entry, int y0, int y1) {
 
 void SegmentBatch::draw_streak(const star_kernels::Segment& segment, Entry& entry,
                                const Vector2& dir, float length, const SweptSpot& swept,
-                               Closeness closeness, int y0, int y1) {
+                               Closeness closeness) {
     const RowLine line(entry.a, entry.b, spot_w_ * entry.reach, spot_w_, spot_h_);
     star_kernels::Streak streak;
     static_cast<star_kernels::Segment&>(streak) = segment;
@@ -256,10 +273,56 @@ void SegmentBatch::draw_streak(const star_kernels::Segment& segment, Entry& entr
     streak.scale = swept.scale;
     streak.area = swept.area;
     streak.energy_a_pixel = entry.energy / length;
+    streak.has_exact_columns = has_exact_offsets(streak.mid_x, streak.x1);
 
-    const int rows = y1 - y0 + 1;
-    streak.ends = closeness == Closeness::ByLibrary      ? ErrorFunctions::Library
-                  : is_saturated(streak, entry.ry, rows) ? ErrorFunctions::Saturated
-                                                         : ErrorFunctions::Accurate;
-    entry.ry = kernels_.draw_streak(pixels_, streak, y0, rows, entry.ry);
+    const bool is_short = streak.half_way * streak.scale < star_kernels::kErfIsOne;
+    streak.ends = closeness == Closeness::ByLibrary || is_short ? ErrorFunctions::Both
+                  : is_saturated(streak, entry.ry)              ? ErrorFunctions::None
+                                                                : ErrorFunctions::Nearer;
+    if (streak.ends == ErrorFunctions::Both && !pixels_.is_covered && streak.colour[0] > 0 &&
+        streak.colour[1] > 0 && streak.colour[2] > 0 && streak.has_exact_columns &&
+        has_exact_offsets(streak.mid_y, entry.y1) &&
+        streak.x1 - streak.x0 < star_kernels::kWidestTrail) {
+        add_to_trail(streak);
+        entry.ry = static_cast<float>(streak.y1 + 1) - streak.mid_y;
+        return;
+    }
+    draw_trail();
+    entry.ry = kernels_.draw_streak(pixels_, streak, entry.ry);
+}
+
+void SegmentBatch::add_to_trail(const star_kernels::Streak& streak) {
+    Box box = {streak.x0, streak.y0, streak.x1, streak.y1};
+    // A small spot's rows are narrower than its box.
+    float smallest = min(columns_of(box), 2.0F * streak.half + 2.0F) * rows_of(box);
+    if (trail_.count > 0) {
+        const Box both = {std::min(box.x0, trail_.x0), std::min(box.y0, trail_.y0),
+                          std::max(box.x1, trail_.x1), std::max(box.y1, trail_.y1)};
+        const float pixels = columns_of(both) * rows_of(both);
+        const float smaller = min(smallest, smallest_in_trail_);
+        if (trail_.count < star_kernels::kMostInTrail &&
+            std::equal(streak.colour, streak.colour + 3, trail_.streaks[0].colour) &&
+            both.x1 - both.x0 < star_kernels::kWidestTrail && pixels <= kMostOfTrail * smaller) {
+            box = both;
+            smallest = smaller;
+        } else {
+            draw_trail();
+        }
+    }
+    trail_.streaks[trail_.count++] = streak;
+    trail_.x0 = box.x0;
+    trail_.y0 = box.y0;
+    trail_.x1 = box.x1;
+    trail_.y1 = box.y1;
+    smallest_in_trail_ = smallest;
+}
+
+void SegmentBatch::draw_trail() {
+    const star_kernels::Streak& only = trail_.streaks[0];
+    if (trail_.count > 1) {
+        kernels_.draw_trail(pixels_, trail_);
+    } else if (trail_.count == 1) {
+        kernels_.draw_streak(pixels_, only, static_cast<float>(only.y0) - only.mid_y);
+    }
+    trail_.count = 0;
 }

@@ -48,10 +48,7 @@ private:
         /// Offset from the midpoint of the row to draw next.
         float ry;
         /// The box, clipped to the frame.
-        std::int16_t x0;
-        std::int16_t y0;
-        std::int16_t x1;
-        std::int16_t y1;
+        std::int16_t x0, y0, x1, y1;
     };
 
     /// Whether the segment is a still spot equal to the last entry.
@@ -60,7 +57,12 @@ private:
     void draw_band(int y, u32 begin, u32 end);
     void draw_rows(Entry& entry, int y0, int y1);
     void draw_streak(const star_kernels::Segment& segment, Entry& entry, const Vector2& dir,
-                     float length, const SweptSpot& swept, Closeness closeness, int y0, int y1);
+                     float length, const SweptSpot& swept, Closeness closeness);
+    /// Keeps the streak for `draw_trail`, after drawing those with which it does not go.
+    void add_to_trail(const star_kernels::Streak& streak);
+    /// Draws what `add_to_trail` has kept: before anything else is drawn, so that every pixel
+    /// receives its light in order.
+    void draw_trail();
     Color3 colour_of(u32 codes) const;
 
     const StarFramebuffer& dst_;
@@ -83,4 +85,7 @@ private:
     /// Whether any pixel of a band has coverage, which stays as it is while stars are drawn.
     enum class Coverage : unsigned char { Unknown, None, Some };
     scoped_array<Coverage> band_coverage_;
+    /// Streaks that wait for more of their star, and the pixels that the smallest of them visits.
+    star_kernels::Trail trail_ = {};
+    float smallest_in_trail_ = 0;
 };

@@ -17,13 +17,15 @@
 // This code defines the pixels: single precision in exactly the order written. The fast path has
 // the same with functions of its own. Whoever changes one of these changes the other:
 //
-//     weight, still        `draw_columns` in fast/kernels/kernel_spot.h
-//     weight, moving       `weight_at` in fast/kernels/kernel_streak.h, in this order for short
-//     ones its constants        spot_light.h; `Streak` in fast/kernels/kernels.h the error function
-//     fast/kernels/kernel_erf.h, which follows the C library's where both are 1     `is_saturated`
-//     in fast/segment_batch.cpp rows and columns     segment_shape.h; `find_spans` in
-//     fast/kernels/kernel_streak.h reach                spot_light.h; `longest_reach` in
-//     fast/fast_frame.cpp, which rejects by it what only this draws fast/closeness.cpp
+//     weight, still       `draw_columns` in fast/kernels/kernel_spot.h
+//     weight, moving      `find_arguments` and `weights_at` in fast/kernels/kernel_streak.h
+//     its constants       spot_light.h; `Streak` in fast/kernels/kernels.h
+//     error functions     fast/kernels/kernel_erf.h, which follows the C library's
+//     where both are 1    `is_saturated` in fast/segment_batch.cpp
+//     rows and columns    segment_shape.h; `find_spans` in fast/kernels/kernel_streak.h
+//                         and `visits` in fast/kernels/kernel_trail.h
+//     reach               spot_light.h; `longest_reach` in fast/fast_frame.cpp, which rejects by it
+//     drawn only here     fast/closeness.cpp
 #include <base/exceptions.h>
 #include <base/words.h>
 #include <libimgops/streak.h>

@@ -4,6 +4,7 @@
 #include <libimgops/codes.h>
 #include <libimgops/renderer.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -76,9 +77,9 @@ star_kernels::Spot random_spot(RandomNumbers& random, int width) {
     return spot;
 }
 
-constexpr star_kernels::ErrorFunctions kErrorFunctions[] = {star_kernels::ErrorFunctions::Accurate,
-                                                            star_kernels::ErrorFunctions::Saturated,
-                                                            star_kernels::ErrorFunctions::Library};
+constexpr star_kernels::ErrorFunctions kErrorFunctions[] = {star_kernels::ErrorFunctions::None,
+                                                            star_kernels::ErrorFunctions::Nearer,
+                                                            star_kernels::ErrorFunctions::Both};
 
 star_kernels::Streak random_streak(RandomNumbers& random, int width) {
     star_kernels::Streak streak{};
@@ -103,7 +104,55 @@ star_kernels::Streak random_streak(RandomNumbers& random, int width) {
     streak.area = static_cast<float>(0.886 * w * h) / std::sqrt(streak.q);
     streak.energy_a_pixel = streak.energy / static_cast<float>(length);
     streak.ends = random.of(kErrorFunctions);
+    // Then the offsets are no larger than the midpoint, and multiples of its lowest bit.
+    streak.has_exact_columns = static_cast<float>(streak.x1) <= 2 * streak.mid_x;
     return streak;
+}
+
+/// Puts the streak into a box around `x`, `y`, within as much as its offsets need no rounding.
+void put_near(star_kernels::Streak& streak, RandomNumbers& random, int x, int y, int width,
+              int height) {
+    streak.x0 = std::clamp(x - random.whole(0, 4), 0, width - 1);
+    streak.x1 = std::clamp(x + random.whole(0, 4), streak.x0, width - 1);
+    streak.y0 = std::clamp(y - random.whole(0, 4), 0, height - 1);
+    streak.y1 = std::clamp(y + random.whole(0, 4), streak.y0, height - 1);
+    const double left = std::max(streak.x0 - 1.0, streak.x1 * 0.5);
+    const double top = std::max(streak.y0 - 1.0, streak.y1 * 0.5);
+    const auto mid_x = static_cast<float>(random.between(left, streak.x1 + 1.0));
+    const auto mid_y = static_cast<float>(random.between(top, streak.y1 + 1.0));
+    streak.a_x += mid_x - streak.mid_x;
+    streak.a_y += mid_y - streak.mid_y;
+    streak.mid_x = mid_x;
+    streak.mid_y = mid_y;
+    streak.has_exact_columns = true;
+    // Rows of small spots are narrower than their box.
+    streak.half = static_cast<float>(random.chance(0.5) ? 1e20 : random.between(0, 6));
+}
+
+/// Up to 16 streaks of one colour around one place.
+star_kernels::Trail random_trail(RandomNumbers& random, int width, int height) {
+    star_kernels::Trail trail{};
+    trail.count = random.whole(1, star_kernels::kMostInTrail);
+    const int x = random.whole(0, width - 1);
+    const int y = random.whole(0, height - 1);
+    const int apart = random.chance(0.2) ? 25 : 2;
+    trail.x0 = width;
+    trail.y0 = height;
+    for (int i = 0; i < trail.count; ++i) {
+        star_kernels::Streak& streak = trail.streaks[i];
+        streak = random_streak(random, width);
+        streak.ends = star_kernels::ErrorFunctions::Both;
+        for (int channel = 0; channel < 3; ++channel) {
+            streak.colour[channel] = 0.5F + 0.25F * static_cast<float>(channel);
+        }
+        put_near(streak, random, x + random.whole(-apart, apart), y + random.whole(-apart, apart),
+                 width, height);
+        trail.x0 = std::min(trail.x0, streak.x0);
+        trail.y0 = std::min(trail.y0, streak.y0);
+        trail.x1 = std::max(trail.x1, streak.x1);
+        trail.y1 = std::max(trail.y1, streak.y1);
+    }
+    return trail;
 }
 
 constexpr int kWidths[] = {1, 2, 3, 4, 5, 7, 8, 15, 16, 17, 31, 33, 64, 100, 257, 600};
@@ -123,20 +172,24 @@ TEST_P(EachSet, DrawsSpotsAndStreaksAsTheOthersInAnyRuns) {
             expected.uncover();
         }
         Noise actual = expected;
-        const star_kernels::Spot spot = random_spot(random, width);
-        const star_kernels::Streak streak = random_streak(random, width);
+        star_kernels::Spot spot = random_spot(random, width);
+        star_kernels::Streak streak = random_streak(random, width);
         const int first = random.whole(0, height - 1);
         const int end = random.whole(first, height);
         const float offset = static_cast<float>(first) - streak.mid_y;
-        judge().draw_spot(expected.pixels(), spot, first, end - first, offset);
-        judge().draw_streak(expected.pixels(), streak, first, end - first, offset);
+        spot.y0 = streak.y0 = first;
+        spot.y1 = streak.y1 = end - 1;
+        judge().draw_spot(expected.pixels(), spot, offset);
+        judge().draw_streak(expected.pixels(), streak, offset);
         float of_spot = offset;
         float of_streak = offset;
         float carried = offset;
         for (int y = first; y < end;) {
             const int rows = random.whole(0, end - y);
-            of_spot = set->draw_spot(actual.pixels(is_covered), spot, y, rows, of_spot);
-            of_streak = set->draw_streak(actual.pixels(is_covered), streak, y, rows, of_streak);
+            spot.y0 = streak.y0 = y;
+            spot.y1 = streak.y1 = y + rows - 1;
+            of_spot = set->draw_spot(actual.pixels(is_covered), spot, of_spot);
+            of_streak = set->draw_streak(actual.pixels(is_covered), streak, of_streak);
             for (int row = 0; row < rows; ++row) {
                 carried += 1.0F;
             }
@@ -144,6 +197,29 @@ TEST_P(EachSet, DrawsSpotsAndStreaksAsTheOthersInAnyRuns) {
             ASSERT_EQ(of_streak, carried) << i;
             y += rows;
         }
+        ASSERT_TRUE(same_bits(actual.floats, expected.floats)) << i;
+    }
+}
+
+// Pixels that a streak does not visit keep every bit, also those of -0.
+TEST_P(EachSet, DrawsTrailsAsTheirStreaksOneAfterTheOther) {
+    RandomNumbers random(2);
+    for (int i = 0; i < 4000; ++i) {
+        const int width = random.of(kWidths);
+        const int height = random.whole(1, 60);
+        Noise expected(random, width, height);
+        expected.uncover();
+        for (std::size_t at = 0; at < expected.floats.size(); at += 3) {
+            expected.floats[at] = -0.0F;
+        }
+        Noise actual = expected;
+        const star_kernels::Trail trail = random_trail(random, width, height);
+        for (int k = 0; k < trail.count; ++k) {
+            const star_kernels::Streak& streak = trail.streaks[k];
+            judge().draw_streak(expected.pixels(false), streak,
+                                static_cast<float>(streak.y0) - streak.mid_y);
+        }
+        set->draw_trail(actual.pixels(false), trail);
         ASSERT_TRUE(same_bits(actual.floats, expected.floats)) << i;
     }
 }
@@ -257,7 +333,7 @@ TEST(Choice, DecidesWhatDrawsAndConvertsOnTheFastPathAlone) {
         EXPECT_EQ(calls.spot > 0, times > 0);
         EXPECT_EQ(calls.streak, 0);
         EXPECT_TRUE(draw(moving, path).drew);
-        EXPECT_EQ(calls.streak > 0, times > 0);
+        EXPECT_EQ(calls.streak + calls.trail > 0, times > 0);
         const PathInUse in_use(path);
         to_8_bit_codes(pixel, codes, 1);
         EXPECT_EQ(calls.to_8_bits, times);
@@ -268,8 +344,7 @@ TEST(Choice, DecidesWhatDrawsAndConvertsOnTheFastPathAlone) {
 
 // Code of its own for each: the same function would prove nothing about the other.
 TEST(Choice, IsBetweenFunctionsOfTheirOwn) {
-    std::set<float (*)(const star_kernels::Pixels&, const star_kernels::Streak&, int, int, float)>
-        functions;
+    std::set<float (*)(const star_kernels::Pixels&, const star_kernels::Streak&, float)> functions;
     std::set<std::string> names;
     for (const Kernels* set : kernel_sets::all_runnable()) {
         functions.insert(set->draw_streak);

@@ -229,6 +229,40 @@ TEST(Batches, AddUpInOrderFromOneToTheNextOverManyBands) {
     expect_sums_in_order(1000, 100, 50, 90000, 3, 6);
 }
 
+// Stars that move little by little, whose segments lie on one another; more of them in a row than
+// the kernels take at once, and some that other stars cut off.
+TEST(Batches, AddUpInOrderOverStarsThatHardlyMove) {
+    const Batches batches{200, 100};
+    const kernel_sets::Counted counted;
+    RandomNumbers random(8);
+    std::vector<TestSegment> segments;
+    for (int star = 0; star < 60; ++star) {
+        TestSegment segment;
+        segment.b = around(random, star < 20 ? 20 : batches.width, star < 20 ? 20 : 100, 3);
+        segment.energy = static_cast<float>(random.on_scale(1e-2, 1e2));
+        segment.codes = random.bits() & 0xffffffU;
+        const double step = random.on_scale(0.01, 1);
+        for (int i = random.whole(1, 40); i > 0; --i) {
+            segment.a = segment.b;
+            segment.b = away(random, segment.a, step);
+            segments.push_back(segment);
+        }
+    }
+    GuardedFrame expected(batches.width, batches.height);
+    for (const TestSegment& segment : segments) {
+        for (const Share& share : batches.shares(segment)) {
+            expected.r(share.x, share.y) += share.r;
+            expected.g(share.x, share.y) += share.g;
+            expected.b(share.x, share.y) += share.b;
+        }
+    }
+    EXPECT_EQ(counted.calls().trail, 0) << "single segments";
+    GuardedFrame drawn(batches.width, batches.height);
+    batches.draw(drawn, segments);
+    EXPECT_TRUE(drawn.same_bits(expected));
+    EXPECT_GT(counted.calls().trail, 60);
+}
+
 // --- single segments --------------------------------------------------------------------------
 
 namespace {

@@ -4,16 +4,11 @@
 
 namespace star_kernels {
 
-#if defined(__x86_64__)
+// Each is built for the processors that have its instructions.
 extern const Kernels avx512_kernels;
 extern const Kernels avx2_kernels;
-#endif
-#if defined(__SSE2__)
 extern const Kernels sse2_kernels;
-#endif
-#if defined(__aarch64__)
 extern const Kernels neon_kernels;
-#endif
 
 namespace {
 

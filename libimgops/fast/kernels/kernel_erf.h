@@ -63,13 +63,7 @@ LANES_INLINE Floats library_erf_of(Floats x) {
     const Ints piece = bits_of(rounded) & (is_first ^ splat(-1));
     const Floats d =
         select(is_first, a * a - splat(kMiddleOfSquares), limited - (rounded - splat(kToHalves)));
-    const Floats d2 = d * d;
-    const auto pair = [&](int n) __attribute__((always_inline)) {
-        return look_up(kErfRests[n], piece) + look_up(kErfRests[n + 1], piece) * d;
-    };
-    const Floats high = pair(4) + look_up(kErfRests[6], piece) * d2;
-    const Floats r = pair(0) + (pair(2) + high * d2) * d2;
-
+    const Floats r = polynomial(kErfRests, piece, d);
     const Floats of_a = look_up(kErfBases, piece) + r;
     const Floats of_large = floats_of(bits_of(of_a) | (bits_of(x) & splat(INT32_MIN)));
     return select(is_first, x + x * r, of_large);

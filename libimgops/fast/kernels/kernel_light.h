@@ -33,7 +33,6 @@ LANES_INLINE Ints coverage_lanes() {
     return load_ints(lanes);
 }
 
-/// `kCovered`: whether any pixel may have coverage.
 template <bool kCovered>
 LANES_INLINE Floats lit(Floats pixels, Floats weights, Floats colour) {
     // Coverage keeps every bit, even where the light is infinite.
@@ -45,54 +44,32 @@ LANES_INLINE Floats lit(Floats pixels, Floats weights, Floats colour) {
     return with_coverage_of(pixels, select(coverage >= splat(1.0F), pixels, more));
 }
 
-/// Weights of pixels side by side, from an array with one a pixel.
-struct PixelWeights {
-    const float* first;
-
-    /// Those of pixel `i` and the next, each on its pixel's lanes.
-    LANES_MEMBER Floats lanes(std::ptrdiff_t i) const { return load_for_pixels(first + i); }
-    LANES_MEMBER float of(std::ptrdiff_t i) const { return first[i]; }
-};
-
-/// The same for a row of a spot: a factor a column, on all lanes of its pixel, and one for the row.
-struct RowWeights {
-    const float* columns;
-    float row;
-
-    LANES_MEMBER Floats lanes(std::ptrdiff_t i) const {
-        return load(columns + kPixel * i) * splat(row);
-    }
-    LANES_MEMBER float of(std::ptrdiff_t i) const { return columns[kPixel * i] * row; }
-};
-
-/// Adds the colour, as much as `weights` say, to `n` pixels.
 template <bool kCovered, class Weights>
-LANES_INLINE void light(float* pixels, const Weights& weights, std::ptrdiff_t n, Floats colour) {
+LANES_INLINE void light_pixels(float* pixels, const Weights& weights, std::ptrdiff_t n,
+                               Floats colour) {
     constexpr std::ptrdiff_t kAtOnce = LANES / kPixel;
     std::ptrdiff_t i = 0;
     for (; i <= n - 2 * kAtOnce; i += 2 * kAtOnce, pixels += std::ptrdiff_t{2} * LANES) {
-        store(pixels, lit<kCovered>(load(pixels), weights.lanes(i), colour));
-        store(pixels + LANES,
-              lit<kCovered>(load(pixels + LANES), weights.lanes(i + kAtOnce), colour));
+        store(pixels, lit<kCovered>(load(pixels), weights(i), colour));
+        store(pixels + LANES, lit<kCovered>(load(pixels + LANES), weights(i + kAtOnce), colour));
     }
     for (; i <= n - kAtOnce; i += kAtOnce, pixels += LANES) {
-        store(pixels, lit<kCovered>(load(pixels), weights.lanes(i), colour));
+        store(pixels, lit<kCovered>(load(pixels), weights(i), colour));
     }
-#if LANES == 16 && defined(__AVX512F__)
     if (i < n) {
-        const auto lanes =
-            static_cast<__mmask16>(0xffffU >> static_cast<unsigned>(16 - kPixel * (n - i)));
-        const Floats old = _mm512_maskz_loadu_ps(lanes, pixels);
-        _mm512_mask_storeu_ps(pixels, lanes, lit<kCovered>(old, weights.lanes(i), colour));
+        const Floats old = load_part(pixels, n - i);
+        store_part(pixels, n - i, lit<kCovered>(old, weights(i), colour));
     }
-#else
-    for (; i < n; ++i, pixels += kPixel) {
-        const float coverage = kCovered ? pixels[0] : 0.0F;
-        if (!(coverage >= 1.0F)) {
-            add_to_pixel(pixels, weights.of(i) * (1.0F - coverage), colour);
-        }
-    }
-#endif
+}
+
+/// Adds the colour to `n` pixels, as much as `weights` says: of pixel i and the next ones, each on
+/// all lanes of its pixel, also of some behind the last. `is_covered`: whether any may have
+/// coverage.
+template <class Weights>
+LANES_INLINE void light(bool is_covered, float* pixels, const Weights& weights, std::ptrdiff_t n,
+                        Floats colour) {
+    is_covered ? light_pixels<true>(pixels, weights, n, colour)
+               : light_pixels<false>(pixels, weights, n, colour);
 }
 
 bool fetch(const Pixels& to, int y, int rows) {

@@ -89,6 +89,17 @@ alignas(64) constexpr float kErfTable[7][kTableSize] = {
      -0x1.56cb80p-10F, 0x1.3a0ab4p-15F, 0x1.039e0ep-13F},
 };
 
+/// The polynomial of `d` that the lowest three bits of `piece` say. `table`: the coefficients of
+/// each power. In pairs, so that few steps wait for each other.
+LANES_INLINE Floats polynomial(const float (&table)[7][kTableSize], Ints piece, Floats d) {
+    const Floats d2 = d * d;
+    const auto pair = [&](int n) __attribute__((always_inline)) {
+        return look_up(table[n], piece) + look_up(table[n + 1], piece) * d;
+    };
+    const Floats high = (pair(2) + (pair(4) + look_up(table[6], piece) * d2) * d2) * d2;
+    return look_up(table[0], piece) + (look_up(table[1], piece) * d + high);
+}
+
 LANES_INLINE Floats erf_of(Floats x) {
     // Adding this rounds to the nearest half, whose number then stands in the lowest bits.
     constexpr float kToHalves = 6291456.0F;  // 1.5 x 2^22
@@ -96,13 +107,7 @@ LANES_INLINE Floats erf_of(Floats x) {
     const Floats rounded = a + splat(kToHalves);
     const Floats d = a - (rounded - splat(kToHalves));
     const Ints piece = bits_of(rounded);
-    const Floats d2 = d * d;
-    const auto pair = [&](int n) __attribute__((always_inline)) {
-        return look_up(kErfTable[n], piece) + look_up(kErfTable[n + 1], piece) * d;
-    };
-    const Floats high = pair(4) + look_up(kErfTable[6], piece) * d2;
-    const Floats p = look_up(kErfTable[0], piece) +
-                     (look_up(kErfTable[1], piece) * d + (pair(2) + high * d2) * d2);
+    const Floats p = polynomial(kErfTable, piece, d);
     return select(a >= splat(star_kernels::kErfIsOne), sign_of(x), x * p);
 }
 

@@ -11,29 +11,21 @@
 #include "kernel_rejection.h"
 #include "kernel_spot.h"
 #include "kernel_streak.h"
+#include "kernel_trail.h"
 
 namespace {
 
-template <class Function>
-LANES_INLINE void for_all(const float* x, float* result, std::size_t count, Function function) {
+template <Floats (*kFunction)(Floats)>
+void of_all(const float* x, float* result, std::size_t count) {
     for (; count >= LANES; count -= LANES, x += LANES, result += LANES) {
-        store(result, function(load(x)));
+        store(result, kFunction(load(x)));
     }
     if (count > 0) {
         float lanes[LANES] = {};
         std::memcpy(lanes, x, count * sizeof(float));
-        store(lanes, function(load(lanes)));
+        store(lanes, kFunction(load(lanes)));
         std::memcpy(result, lanes, count * sizeof(float));
     }
-}
-void exp_of_all(const float* x, float* result, std::size_t count) {
-    for_all(x, result, count, [](Floats lanes) { return exp_of_negative(lanes); });
-}
-void erf_of_all(const float* x, float* result, std::size_t count) {
-    for_all(x, result, count, [](Floats lanes) { return erf_of(lanes); });
-}
-void library_erf_of_all(const float* x, float* result, std::size_t count) {
-    for_all(x, result, count, [](Floats lanes) { return library_erf_of(lanes); });
 }
 
 }  // namespace
@@ -41,8 +33,11 @@ void library_erf_of_all(const float* x, float* result, std::size_t count) {
 namespace star_kernels {
 
 extern const Kernels KERNELS_TABLE;
-const Kernels KERNELS_TABLE = {KERNELS_NAME, LANES,      draw_spot,         draw_streak,
-                               fetch,        outside,    to_8_bits,         to_16_bits,
-                               exp_of_all,   erf_of_all, library_erf_of_all};
+const Kernels KERNELS_TABLE = {KERNELS_NAME,   LANES,
+                               draw_spot,      draw_streak,
+                               draw_trail,     fetch,
+                               outside,        to_8_bits,
+                               to_16_bits,     of_all<exp_of_negative>,
+                               of_all<erf_of>, of_all<library_erf_of>};
 
 }  // namespace star_kernels

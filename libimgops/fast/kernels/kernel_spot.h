@@ -37,34 +37,31 @@ LANES_INLINE void find_columns(float w2, float* rx, float last, int room, Column
     }
 }
 
-/// Draws `columns` of `rows` rows from the pixel `first` on; returns the offset `ry` behind the
-/// last.
-template <bool kCovered>
+/// Draws `columns` of the rows of a spot, from the pixel `first` on; returns the offset `ry` behind
+/// the last row.
 LANES_INLINE float draw_columns(const Pixels& to, const Spot& spot, const Columns& columns,
-                                float* first, int rows, float ry) {
+                                float* first, float ry) {
     const Floats colour = pixel_colour(spot);
-    for (int done = 0; done < rows; done += LANES) {
+    for (int y = spot.y0; y <= spot.y1; y += LANES) {
         float rest = ry;
         const Floats offset = offsets(&rest);
+        float lanes[LANES];
+        store(lanes, offset);
         float peaks[LANES];
         store(peaks, exp_of_negative(-(offset * offset) / splat(spot.h2)) * splat(spot.energy));
-        const int now = rows - done < LANES ? rows - done : LANES;
-        for (int k = 0; k < now; ++k) {
-            float* row = first + (done + k) * to.row;
-            light<kCovered>(row, RowWeights{columns.factors, peaks[k]}, columns.count, colour);
+        const int rows = spot.y1 - y + 1 < LANES ? spot.y1 - y + 1 : LANES;
+        for (int k = 0; k < rows; ++k, first += to.row) {
+            const auto of_row = [&](std::ptrdiff_t i) __attribute__((always_inline)) {
+                return load(columns.factors + kPixel * i) * splat(peaks[k]);
+            };
+            light(to.is_covered, first, of_row, columns.count, colour);
         }
-        if (now < LANES) {
-            float lanes[LANES];
-            store(lanes, offset);
-            return lanes[now];
-        }
-        ry = rest;
+        ry = rows < LANES ? lanes[rows] : rest;
     }
     return ry;
 }
 
-template <bool kCovered>
-LANES_INLINE float draw_spot_rows(const Pixels& to, const Spot& spot, int y, int rows, float ry) {
+float draw_spot(const Pixels& to, const Spot& spot, float ry) {
     // exp(-(x / w)^2 - (y / h)^2) is a product of one factor a column and one a row.
     float rx = static_cast<float>(spot.x0) - spot.mid_x;
     const float last = static_cast<float>(spot.x1) - spot.mid_x;
@@ -73,16 +70,11 @@ LANES_INLINE float draw_spot_rows(const Pixels& to, const Spot& spot, int y, int
     int x = spot.x0;
     do {
         find_columns(spot.w2, &rx, last, to.width - x, &columns);
-        float* first = to.first + y * to.row + std::ptrdiff_t{kPixel} * x;
-        after = draw_columns<kCovered>(to, spot, columns, first, rows, ry);
+        float* first = to.first + spot.y0 * to.row + std::ptrdiff_t{kPixel} * x;
+        after = draw_columns(to, spot, columns, first, ry);
         x += columns.count;
     } while (columns.count == kBlock);
     return after;
-}
-
-float draw_spot(const Pixels& to, const Spot& spot, int y, int rows, float ry) {
-    return to.is_covered ? draw_spot_rows<true>(to, spot, y, rows, ry)
-                         : draw_spot_rows<false>(to, spot, y, rows, ry);
 }
 
 }  // namespace

@@ -26,6 +26,7 @@ struct Pixels {
 struct Segment {
     float mid_x, mid_y;  ///< midpoint, pixels
     int x0, x1;          ///< first and last column of the clipped box
+    int y0, y1;          ///< first and last of its rows to draw
     float energy;        ///< peak of the still spot
     float colour[3];     ///< linear light, finite
 };
@@ -39,11 +40,11 @@ struct Spot : Segment {
 /// at most.
 inline constexpr float kErfIsOne = 3.75F;
 
-/// How a streak's two error functions are worked out.
+/// Which of a streak's two error functions the kernels work out; the others are 1 and -1.
 enum class ErrorFunctions {
-    Accurate,   ///< to 2 units in the last place
-    Saturated,  ///< 1 and -1: both ends are that far from the rows to draw
-    Library,    ///< nearly to the C library's last bit, for ends that lie close together
+    None,    ///< both ends are at least kErfIsOne / scale from the rows to draw
+    Nearer,  ///< that of the nearer end: the ends are twice as far from each other
+    Both,    ///< one unit in the last place from the C library's at most, in the plain order
 };
 
 /// A spot that moves.
@@ -51,6 +52,7 @@ struct Streak : Segment {
     float a_x, a_y;          ///< where it starts
     float slope;             ///< columns a row
     bool is_flat;            ///< every row is centred on mid_x instead of the line
+    bool has_exact_columns;  ///< the offsets of columns 0 to x1 from mid_x surely need no rounding
     float half;              ///< half of a row's span, pixels
     float dir_x, dir_y;      ///< direction of length 1
     float along_x, along_y;  ///< spot_h^2 dir_x, spot_w^2 dir_y
@@ -60,6 +62,19 @@ struct Streak : Segment {
     float area;              ///< sqrt(pi) / 2 spot_w spot_h / sqrt q
     float energy_a_pixel;    ///< energy / length
     ErrorFunctions ends;
+};
+
+/// Streaks and columns of a trail at most.
+inline constexpr int kMostInTrail = 16;
+inline constexpr int kWidestTrail = 64;
+
+/// Streaks that lie nearly on one another, where nothing is covered. All have one colour, with all
+/// channels above 0, and both error functions. Offsets from their midpoints surely need no
+/// rounding, of columns 0 to x1 and of rows 0 to y1.
+struct Trail {
+    Streak streaks[kMostInTrail];
+    int count;
+    int x0, y0, x1, y1;  ///< a box around theirs, not wider than kWidestTrail
 };
 
 /// A plane of the homogeneous space around a camera. The point (x, y, z, w) is surely on its far
@@ -93,11 +108,14 @@ struct Kernels {
     const char* name;
     int lanes;  ///< floats handled at once
 
-    /// Adds `rows` rows of the spot from row `y` on. `ry`: that row's offset from the midpoint as
-    /// the plain streak carries it; returns it for the row after the last.
-    float (*draw_spot)(const Pixels& to, const Spot& spot, int y, int rows, float ry);
+    /// Adds rows y0 to y1 of the spot. `ry`: the first one's offset from the midpoint as the plain
+    /// streak carries it; returns it for the row after the last.
+    float (*draw_spot)(const Pixels& to, const Spot& spot, float ry);
     /// The same for a streak.
-    float (*draw_streak)(const Pixels& to, const Streak& streak, int y, int rows, float ry);
+    float (*draw_streak)(const Pixels& to, const Streak& streak, float ry);
+    /// Adds rows y0 to y1 of each streak of a trail, in their order: what `draw_streak` would add,
+    /// to the bit, but each pixel is fetched once for all.
+    void (*draw_trail)(const Pixels& to, const Trail& trail);
     /// Brings rows into the caches, ready to be written, and says whether any pixel of theirs has
     /// coverage. They stay as they are.
     bool (*fetch)(const Pixels& to, int y, int rows);

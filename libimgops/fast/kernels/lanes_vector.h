@@ -2,6 +2,7 @@
 // For `kernel_lanes.h` alone, before which LANES is defined.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #if defined(__SSE2__)
@@ -119,15 +120,23 @@ LANES_INLINE Floats with_coverage_of(Floats pixels, Floats lit) {
 #endif
 }
 
-/// Adds `weight` of the colour on the first four lanes of `colour` to a pixel.
-LANES_INLINE void add_to_pixel(float* pixel, float weight, Floats colour) {
-    typedef float Pixel __attribute__((vector_size(16)));
-    Pixel old;
-    std::memcpy(&old, pixel, sizeof old);
-    const Pixel more = old + __builtin_shufflevector(colour, colour, 0, 1, 2, 3) * weight;
-    // Coverage keeps every bit, even where the light is infinite.
-    const Pixel lit = __builtin_shufflevector(old, more, 0, 5, 6, 7);
-    std::memcpy(pixel, &lit, sizeof lit);
+/// The first `n` pixels of a register, where `n` is less than it holds; 0 behind them.
+LANES_INLINE Floats load_part(const float* from, std::ptrdiff_t n) {
+#if LANES == 16 && defined(__AVX512F__)
+    return _mm512_maskz_loadu_ps(static_cast<__mmask16>((1U << (4U * n)) - 1U), from);
+#else
+    Floats x = {};
+    // A register of two pixels has one left: a size that the compiler knows.
+    std::memcpy(&x, from, LANES == 8 ? 16 : 16 * static_cast<std::size_t>(n));
+    return x;
+#endif
+}
+LANES_INLINE void store_part(float* to, std::ptrdiff_t n, Floats x) {
+#if LANES == 16 && defined(__AVX512F__)
+    _mm512_mask_storeu_ps(to, static_cast<__mmask16>((1U << (4U * n)) - 1U), x);
+#else
+    std::memcpy(to, &x, LANES == 8 ? 16 : 16 * static_cast<std::size_t>(n));
+#endif
 }
 
 /// The low 8 or 16 bits of each lane, one after the other. Any alignment.

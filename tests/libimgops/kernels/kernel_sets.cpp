@@ -40,15 +40,18 @@ const star_kernels::Kernels* counting_set() {
     static star_kernels::Kernels set;
     set = *worker;
     set.name = "counting";
-    set.draw_spot = [](const star_kernels::Pixels& to, const star_kernels::Spot& spot, int y,
-                       int rows, float ry) {
+    set.draw_spot = [](const star_kernels::Pixels& to, const star_kernels::Spot& spot, float ry) {
         ++counts.spot;
-        return worker->draw_spot(to, spot, y, rows, ry);
+        return worker->draw_spot(to, spot, ry);
     };
-    set.draw_streak = [](const star_kernels::Pixels& to, const star_kernels::Streak& streak, int y,
-                         int rows, float ry) {
+    set.draw_streak = [](const star_kernels::Pixels& to, const star_kernels::Streak& streak,
+                         float ry) {
         ++counts.streak;
-        return worker->draw_streak(to, streak, y, rows, ry);
+        return worker->draw_streak(to, streak, ry);
+    };
+    set.draw_trail = [](const star_kernels::Pixels& to, const star_kernels::Trail& trail) {
+        ++counts.trail;
+        worker->draw_trail(to, trail);
     };
     set.outside = [](const float* lon, const float* lat, const float* weight, int count,
                      const star_kernels::Plane* planes, int samples, unsigned char* is_outside) {

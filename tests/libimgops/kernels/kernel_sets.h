@@ -51,11 +51,12 @@ public:
 struct Calls {
     int spot = 0;
     int streak = 0;
+    int trail = 0;
     int outside = 0;
     int to_8_bits = 0;
     int to_16_bits = 0;
 
-    int drawing() const { return spot + streak; }
+    int drawing() const { return spot + streak + trail; }
     int all() const { return drawing() + outside + to_8_bits + to_16_bits; }
 };
 

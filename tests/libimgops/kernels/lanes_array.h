@@ -2,6 +2,7 @@
 // kernels means, on any processor. For `kernel_lanes.h` alone, before which LANES is defined.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -133,11 +134,12 @@ inline Floats with_coverage_of(const Floats& pixels, const Floats& lit) {
     return result;
 }
 
-/// Adds `weight` of the colour on the first four lanes of `colour` to a pixel.
-inline void add_to_pixel(float* pixel, float weight, const Floats& colour) {
-    for (int channel = 1; channel < 4; ++channel) {
-        pixel[channel] += colour[channel] * weight;
-    }
+/// The first `n` pixels of a register, where `n` is less than it holds; 0 behind them.
+inline Floats load_part(const float* from, std::ptrdiff_t n) {
+    return each<Floats>([=](int k) { return k < 4 * n ? from[k] : 0.0F; });
+}
+inline void store_part(float* to, std::ptrdiff_t n, const Floats& x) {
+    std::memcpy(to, x.lane, 16 * static_cast<std::size_t>(n));
 }
 
 /// The low 8 or 16 bits of each lane, one after the other. Any alignment.
