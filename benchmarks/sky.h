@@ -27,7 +27,7 @@ std::vector<star> off_frame_sky(u32 count);
 std::vector<star> behind_sky(u32 count);
 /// `count` stars of one luminance, evenly spread over the default camera's frame of 16 : 9.
 std::vector<star> framed_sky(u32 count, float luminance);
-/// The stars of the catalogue that ships, `data/hip.csv`: their places, magnitudes and distances.
+/// The stars of the catalogue that ships, `data/hip.csv`: their places and magnitudes.
 std::vector<star> shipped_sky();
 
 /// A star file of its own in the folder for temporary files, removed at the end; opened as the

@@ -13,21 +13,19 @@ namespace {
 // place from it at most, 2^-24. What is left to the plain streak: streaks that hardly move, short
 // ones under spots so large that even this unit shows, and still spots far beside the frame.
 
-/// The kernels draw shorter streaks, in pixels, by following the C library.
+/// Under large spots the last bit of an error function weighs too much for shorter streaks, in
+/// pixels; and for those that move by fewer radii of the spot.
 constexpr float kShortestFastStreak = 0.5F;
-/// So they do streaks that move by fewer radii of the spot. The light of 400000 streaks of 0.25 to
-/// 0.3 radii differed by 9.2e-7 of its peak at most.
 constexpr float kFewestRadii = 0.25F;
-/// So they do streaks of which less than this, in pixels, lies within the frame: the frame's
+/// So it does for streaks of which less than this, in pixels, lies within the frame: the frame's
 /// brightest pixel may be far from the streak's peak. With more in it, some pixel is at most half a
 /// pixel from the segment's line.
 constexpr double kLeastInFrame = 1.5;
-/// Following the C library the kernels draw no spots for which an error function's last bit weighs
-/// more. Off by one unit, 2^-24, both error functions change the light by 2^-23 area / length of
-/// the spot's peak: 6e-7 / length at most.
+/// Large: off by one unit, 2^-24, both error functions change the light by 2^-23 area / length of
+/// the spot's peak, which is to be 6e-7 / length at most.
 constexpr float kLargestArea = 5.0F;
-/// Nor shorter streaks, in pixels: what that last bit makes of them would be more than 6e-5 of the
-/// peak, two codes of 16 bits.
+/// The kernels draw no shorter streaks, in pixels: what that last bit makes of them would be more
+/// than 6e-5 of the peak, two codes of 16 bits.
 constexpr float kShortestByLibrary = 0.01F;
 /// The kernels draw no still spots that are farther from the frame, in radii.
 constexpr float kFarthestSpot = 2.0F;

@@ -11,8 +11,8 @@ bool kernels_draw_closely(const Vector2& at, float spot_w, float spot_h, const S
 /// How near a moving segment's light the kernels come.
 enum class Closeness {
     None,       ///< not near enough: the plain streak draws it
-    ByLibrary,  ///< near enough with an error function that follows the C library's
-    Any,        ///< near enough with any good error function
+    ByLibrary,  ///< near enough with both error functions, which follow the C library's
+    Any,        ///< near enough also where one or both of them are taken for 1
 };
 
 /// `length`, `swept`: of the segment from `a` to `b`, pixels.

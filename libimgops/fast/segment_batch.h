@@ -85,7 +85,8 @@ private:
     /// Whether any pixel of a band has coverage, which stays as it is while stars are drawn.
     enum class Coverage : unsigned char { Unknown, None, Some };
     scoped_array<Coverage> band_coverage_;
-    /// Streaks that wait for more of their star, and the pixels that the smallest of them visits.
+    /// Streaks that wait for others of their colour on the same place, as a star's next one is, and
+    /// the pixels that the smallest of them visits.
     star_kernels::Trail trail_ = {};
     float smallest_in_trail_ = 0;
 };

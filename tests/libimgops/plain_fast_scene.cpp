@@ -226,7 +226,8 @@ double short_segment_allowance(const Scene& scene) {
         double shortest = std::numeric_limits<double>::infinity();
         draw_segments(mats.len(), project, [&](const Vector2& a, const Vector2& b) {
             const auto length = static_cast<double>(Vector2(b - a).normalize());
-            shortest = length > 1e-5 ? std::min(shortest, length) : shortest;
+            // The plain code draws what is shorter.
+            shortest = length >= static_cast<double>(0.01F) ? std::min(shortest, length) : shortest;
             return true;
         });
         const Color3 colour = shaped_colour(star.r, star.g, star.b, data);

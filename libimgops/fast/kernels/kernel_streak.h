@@ -94,6 +94,8 @@ LANES_INLINE void find_ends(int n, Steps* steps) {
                            : kEnds == ErrorFunctions::Nearer ? 1
                                                              : 2;
     for (int k = 0; k < kCount; ++k) {
+        // The last register reads beyond them.
+        store(steps->ends[k] + n, splat(0.0F));
         for (int i = 0; i < n; i += LANES) {
             const Floats x = load(steps->ends[k] + i);
             store(steps->ends[k] + i, kCount == 1 ? erf_of(x) : library_erf_of(x));

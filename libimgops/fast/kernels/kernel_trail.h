@@ -56,8 +56,9 @@ LANES_INLINE void weigh_trail(const Trail& trail, const TrailPixels& pixels, flo
         }
     }
     // Lighting the last pixel may read the weights of some more.
-    store(weights + trail.count * pixels.count, splat(0.0F));
-    find_ends<kBoth>(trail.count * pixels.count, &steps);
+    const int all = trail.count * pixels.count;
+    store(weights + all, splat(0.0F));
+    find_ends<kBoth>(all, &steps);
     for (int i = 0, first = 0; i < trail.count; ++i, first += pixels.count) {
         const Streak& streak = trail.streaks[i];
         for (int at = 0; at < pixels.count; at += LANES) {
@@ -105,7 +106,8 @@ void draw_trail(const Pixels& to, const Trail& trail) {
         float weights[Steps::kMost];
         weigh_trail(trail, pixels, weights);
         for (int y = y0; y <= y1; ++y) {
-            light_row(trail, first + y * to.row, weights + (y - y0) * columns, pixels.count);
+            light_row(trail, first + y * to.row, weights + std::ptrdiff_t{columns} * (y - y0),
+                      pixels.count);
         }
     }
 }

@@ -43,7 +43,7 @@ inline constexpr float kErfIsOne = 3.75F;
 /// Which of a streak's two error functions the kernels work out; the others are 1 and -1.
 enum class ErrorFunctions {
     None,    ///< both ends are at least kErfIsOne / scale from the rows to draw
-    Nearer,  ///< that of the nearer end: the ends are twice as far from each other
+    Nearer,  ///< that of the nearer end: the ends are 2 kErfIsOne / scale or more apart
     Both,    ///< one unit in the last place from the C library's at most, in the plain order
 };
 
