@@ -45,14 +45,14 @@ LANES_INLINE float draw_columns(const Pixels& to, const Spot& spot, const Column
     for (int y = spot.y0; y <= spot.y1; y += LANES) {
         float rest = ry;
         const Floats offset = offsets(&rest);
-        float lanes[LANES];
+        float lanes[LANES], peaks[LANES];
         store(lanes, offset);
-        float peaks[LANES];
         store(peaks, exp_of_negative(-(offset * offset) / splat(spot.h2)) * splat(spot.energy));
         const int rows = spot.y1 - y + 1 < LANES ? spot.y1 - y + 1 : LANES;
         for (int k = 0; k < rows; ++k, first += to.row) {
+            const Floats peak = splat(peaks[k]);
             const auto of_row = [&](std::ptrdiff_t i) __attribute__((always_inline)) {
-                return load(columns.factors + kPixel * i) * splat(peaks[k]);
+                return load(columns.factors + kPixel * i) * peak;
             };
             light(to.is_covered, first, of_row, columns.count, colour);
         }
