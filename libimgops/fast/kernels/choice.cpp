@@ -1,6 +1,7 @@
 #include "choice.h"
 
 #include <libimgops/draw_path.h>
+#include <osapi/processor.h>
 
 namespace star_kernels {
 
@@ -42,11 +43,10 @@ const Kernels* const* built() { return kBuilt; }
 bool runs_here(const Kernels& kernels) {
 #if defined(__x86_64__)
     if (&kernels == &avx512_kernels) {
-        return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512dq") != 0 &&
-               __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("avx512vl") != 0;
+        return OSAPI::instruction_sets().avx512;
     }
     if (&kernels == &avx2_kernels) {
-        return __builtin_cpu_supports("avx2") != 0;
+        return OSAPI::instruction_sets().avx2;
     }
 #endif
     // The others are what the build itself takes for granted.
