@@ -4,7 +4,9 @@
 #include <host_api/effect_interface.h>
 #include <read_property_list.h>
 #include <read_registration.h>
+#include <read_slices.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <fstream>
@@ -162,10 +164,53 @@ Texts wrong_code(const bundle::Registration& resource) {
                             ", which the module exports");
         }
     };
-    look_at("mi64");
-    look_at("mi32");
-    look_at("ma64");
+    for (const bundle::Processor& processor : bundle::kProcessors) {
+        look_at(std::string(processor.key));
+    }
     return wrong;
+}
+
+std::string names_of(const std::vector<const bundle::Processor*>& processors) {
+    std::string names;
+    for (const bundle::Processor* processor : processors) {
+        names += (names.empty() ? "" : ", ") + std::string(processor->name);
+    }
+    return names.empty() ? "no processor of these hosts" : names;
+}
+
+Texts wrong_slices(const bundle::Registration& resource,
+                   const std::vector<const bundle::Processor*>& slices) {
+    Texts wrong;
+    for (const bundle::Processor& processor : bundle::kProcessors) {
+        const std::string key(processor.key);
+        const std::string name(processor.name);
+        const bool is_there = std::find(slices.begin(), slices.end(), &processor) != slices.end();
+        if (is_there && !resource.has(key)) {
+            wrong.push_back("there is no " + key + ", but the module has code for " + name +
+                            "; register " + host::kEntryPointName + " as " + key);
+        } else if (!is_there && resource.has(key)) {
+            wrong.push_back("there is " + key + ", but the module has no code for " + name +
+                            "; remove the property, or build the module for " + name + " too");
+        }
+    }
+    return wrong;
+}
+
+/// A host finds no code without the key of its processor, and none behind the key of another.
+void look_at_slices(Run& run, const fs::path& resource) {
+    const RowText row = {"bundle.slices", "compare the module with the registration resource",
+                         "an entry point for each processor of the module, and for no other"};
+    std::string head(bundle::kModuleHead, '\0');
+    std::ifstream module(run.file(), std::ios::binary);
+    module.read(head.data(), static_cast<std::streamsize>(head.size()));
+    head.resize(static_cast<std::size_t>(module.gcount()));
+    const auto slices = bundle::slices_of(head);
+    if (slices) {
+        run.enter(row, findings_of(resource, wrong_slices(*run.registration, *slices)),
+                  names_of(*slices));
+    } else {
+        run.leave_out(row.id, "the module is of a kind that is not read here");
+    }
 }
 
 void look_at_resource(Run& run, const fs::path& path) {
@@ -188,6 +233,7 @@ void look_at_resource(Run& run, const fs::path& path) {
                   findings_of(path, wrong_names(*run.registration)),
                   text("name") + ", " + text("catg") + ", " + text("eMNA"));
         run.set_match_name(text("eMNA"));
+        look_at_slices(run, path);
     }
 }
 

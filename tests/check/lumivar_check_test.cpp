@@ -28,6 +28,20 @@ using check::Verdict;
 using namespace report_support;
 using Texts = std::vector<std::string>;
 
+/// The module's processor, one that it is not for, and their keys.
+#if defined(__i386__)
+const std::string kProcessor = "i386";
+const std::string kKey = "mi32";
+#elif defined(__aarch64__)
+const std::string kProcessor = "arm64";
+const std::string kKey = "ma64";
+#else
+const std::string kProcessor = "x86_64";
+const std::string kKey = "mi64";
+#endif
+const std::string kOtherProcessor = kProcessor == "x86_64" ? "arm64" : "x86_64";
+const std::string kOtherKey = kProcessor == "x86_64" ? "ma64" : "mi64";
+
 /// The whole bundle as it is built, registration included.
 class LumivarCheck : public testing::Test {
 protected:
@@ -296,18 +310,33 @@ TEST_F(LumivarCheck, SaysWhyAFileOfABundleCannotBeRead) {
 
 TEST_F(LumivarCheck, NamesWhatARegistrationHasWrong) {
     change_resource("kind", "kund");
-    change_resource("mi64", "MI64");
     change_resource("EntryPointFunc", "EntryPointFunk");
     change_resource("catg", "CATG");
     const Report report = check("bundle.");
     const std::string name = in_quotes("Contents/Resources/Lumivar.rsrc");
-    EXPECT_EQ(
-        texts(row(report, "bundle.resource")),
-        (Texts{name + ": there is no kind; register an effect, eFKT",
-               name + ": mi32 names \"EntryPointFunk\"; register EntryPointFunc, which the module "
-                      "exports"}));
+    EXPECT_EQ(texts(row(report, "bundle.resource")),
+              (Texts{name + ": there is no kind; register an effect, eFKT",
+                     name + ": " + kKey +
+                         " names \"EntryPointFunk\"; register EntryPointFunc, which the module "
+                         "exports"}));
     EXPECT_EQ(texts(row(report, "bundle.names")),
               Texts{name + ": there is no catg; register one of 1 to 31 characters"});
+}
+
+TEST_F(LumivarCheck, WantsAKeyForEachProcessorOfTheModuleAndNoOther) {
+    EXPECT_EQ(row(check("bundle."), "bundle.slices").answer, kProcessor);
+    const std::string name = in_quotes("Contents/Resources/Lumivar.rsrc");
+    const std::string missing = name + ": there is no " + kKey + ", but the module has code for " +
+                                kProcessor + "; register EntryPointFunc as " + kKey;
+    change_resource(kKey, "MI64");
+    EXPECT_EQ(texts(row(check("bundle."), "bundle.slices")), Texts{missing});
+    change_resource("MI64", kOtherKey);
+    const Texts both = texts(row(check("bundle."), "bundle.slices"));
+    EXPECT_EQ(std::set<std::string>(both.begin(), both.end()),
+              (std::set<std::string>{
+                  missing, name + ": there is " + kOtherKey + ", but the module has no code for " +
+                               kOtherProcessor + "; remove the property, or build the module for " +
+                               kOtherProcessor + " too"}));
 }
 
 TEST_F(LumivarCheck, SaysWhyWithoutADatabase) {

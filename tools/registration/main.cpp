@@ -1,14 +1,18 @@
 // Writes what the host reads of the bundle before it loads the module.
-// usage: write_registration CONTENTS-FOLDER
+// usage: write_registration CONTENTS-FOLDER [PROCESSOR...]
 #include <AE/registration.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "bundle_files.h"
+#include "processors.h"
 #include "resource_file.h"
 
 namespace {
@@ -16,23 +20,45 @@ namespace {
 /// Within the range that is customary for effects.
 constexpr std::uint16_t kResourceIdentifier = 16000;
 
-void write_registration(const std::filesystem::path& contents) {
+/// A host finds no code without the key of its own processor, and with a key that no slice of the
+/// module answers it fails to load it.
+using Processors = std::vector<const bundle::Processor*>;
+
+/// Those named, in the order of a registration; nothing when a name is not known or comes twice.
+std::optional<Processors> named(const std::vector<std::string>& names) {
+    Processors found;
+    for (const bundle::Processor& processor : bundle::kProcessors) {
+        if (std::count(names.begin(), names.end(), processor.name) == 1) {
+            found.push_back(&processor);
+        }
+    }
+    return found.size() == names.size() ? std::optional(found) : std::nullopt;
+}
+
+void write_registration(const std::filesystem::path& contents, const Processors& processors) {
     write_whole(contents / "Info.plist", info_plist());
     write_whole(contents / "PkgInfo", package_info());
     // The host looks for the resources under the name of the executable.
     write_whole(contents / "Resources" / (std::string(registration::kExecutable) + ".rsrc"),
-                resource_file("PiPL", kResourceIdentifier, registration_resource()));
+                resource_file("PiPL", kResourceIdentifier, registration_resource(processors)));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2 || *argv[1] == '\0') {
-        std::fputs("usage: write_registration CONTENTS-FOLDER\n", stderr);
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    const std::optional<Processors> processors =
+        arguments.empty() || arguments[0].empty() ? std::nullopt
+                                                  : named({arguments.begin() + 1, arguments.end()});
+    if (!processors) {
+        std::fputs(
+            "usage: write_registration CONTENTS-FOLDER [PROCESSOR...]\n"
+            "PROCESSOR: i386, x86_64 or arm64, once for each that the module has code for\n",
+            stderr);
         return 2;
     }
     try {
-        write_registration(argv[1]);
+        write_registration(arguments[0], *processors);
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "write_registration: %s\n", failure.what());
         return 1;

@@ -74,7 +74,7 @@ private:
 
 }  // namespace
 
-std::string registration_resource() {
+std::string registration_resource(const std::vector<const bundle::Processor*>& processors) {
     using namespace registration;
     constexpr std::uint32_t kResourceVersion = 0x20000;  // 2.0
     constexpr std::uint32_t kInterfaceVersion =
@@ -84,8 +84,9 @@ std::string registration_resource() {
     properties.add("kind", kPackageType);
     properties.add("name", counted_text(kName));
     properties.add("catg", counted_text(kCategory));
-    properties.add("mi32", counted_text(kEntryPoint));
-    properties.add("mi64", counted_text(kEntryPoint));
+    for (const bundle::Processor* processor : processors) {
+        properties.add(processor->key, counted_text(kEntryPoint));
+    }
     properties.add("ePVR", number_32(kResourceVersion));
     properties.add("eSVR", number_32(kInterfaceVersion));
     properties.add("eVER", number_32(kVersion));

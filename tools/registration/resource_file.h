@@ -4,10 +4,13 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
-/// The effect's properties as the host reads them on macOS: kind, names, entry points, versions and
-/// flags, big-endian on every processor.
-std::string registration_resource();
+#include "processors.h"
+
+/// The effect's properties as the host reads them on macOS: kind, names, an entry point for each of
+/// the processors, versions and flags; big-endian on every processor.
+std::string registration_resource(const std::vector<const bundle::Processor*>& processors);
 
 /// A resource fork, kept as a plain file, with one nameless resource; `type` has four characters.
 std::string resource_file(std::string_view type, std::uint16_t identifier,

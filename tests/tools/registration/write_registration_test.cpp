@@ -45,7 +45,7 @@ protected:
 
     ScratchFolder folder;
     const std::string contents = folder / "A b.plugin/Contents";
-    const std::string argument = "'" + contents + "'";
+    const std::string argument = "'" + contents + "' x86_64";
 };
 
 const std::vector<std::string> kFiles = {"Info.plist", "PkgInfo", "Resources/Lumivar.rsrc"};
@@ -61,6 +61,22 @@ TEST_F(WriteRegistration, MakesTheFoldersReplacesWhatIsThereAndLeavesNothingElse
     EXPECT_EQ(run(argument), 0);
     EXPECT_EQ(read_file(contents + "/PkgInfo"), "eFKTFXTC");
     EXPECT_EQ(files(), kFiles);
+}
+
+// The keys stand in a row, each with its entry point, behind the category.
+TEST_F(WriteRegistration, NamesAnEntryPointForEachProcessorAndForNoOther) {
+    const auto keys = [&](const std::string& processors) {
+        EXPECT_EQ(run("'" + contents + "' " + processors), 0);
+        const std::string bytes = read_file(contents + "/Resources/Lumivar.rsrc");
+        std::string found;
+        for (const std::string key : {"mi32", "mi64", "ma64"}) {
+            found += bytes.find("8BIM" + key) == std::string::npos ? "" : key + " ";
+        }
+        return found;
+    };
+    EXPECT_EQ(keys("arm64 x86_64"), "mi64 ma64 ");
+    EXPECT_EQ(keys("i386"), "mi32 ");
+    EXPECT_EQ(keys(""), "");
 }
 
 TEST_F(WriteRegistration, NamesTheFileThatCannotBeWrittenAndKeepsTheOldOne) {
@@ -88,10 +104,15 @@ TEST_F(WriteRegistration, NoticesAFullDisk) {
     EXPECT_EQ(files(), std::vector<std::string>{"Info.plist"});
 }
 
-TEST_F(WriteRegistration, WantsOneFolder) {
-    for (const std::string& arguments : {std::string(), std::string("''"), argument + " more"}) {
+TEST_F(WriteRegistration, WantsOneFolderAndKnownProcessorsOnceEach) {
+    for (const std::string& arguments :
+         {std::string(), std::string("''"), std::string("'' x86_64"), argument + " x86_64",
+          argument + " ppc", argument + " ''", argument + " x86_64 ppc"}) {
         EXPECT_EQ(run(arguments), 2) << arguments;
-        EXPECT_EQ(errors(), "usage: write_registration CONTENTS-FOLDER\n") << arguments;
+        EXPECT_EQ(errors(),
+                  "usage: write_registration CONTENTS-FOLDER [PROCESSOR...]\n"
+                  "PROCESSOR: i386, x86_64 or arm64, once for each that the module has code for\n")
+            << arguments;
     }
     EXPECT_FALSE(fs::exists(contents));
 }
