@@ -1,6 +1,7 @@
 #include <base/array.h>
 #include <base/exceptions.h>
 
+#include <cinttypes>
 #include <cstdlib>
 #include <cstring>
 
@@ -58,8 +59,9 @@ void ByteArray::realloc(uword n) {
     }
     char* block = static_cast<char*>(std::realloc(data_, n));
     if (block == nullptr) {
-        XTHROW("out of memory (current size %lu bytes, failed allocation of %lu bytes)", capacity_,
-               n);
+        XTHROW("out of memory (current size %" PRIuPTR " bytes, failed allocation of %" PRIuPTR
+               " bytes)",
+               capacity_, n);
     }
     data_ = block;
     capacity_ = n;

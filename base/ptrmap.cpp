@@ -1,9 +1,12 @@
 #include <base/ptrmap.h>
+#include <base/words.h>
 
 class VoidPtrMapImpl {
 public:
     explicit VoidPtrMapImpl(int size_hint)
-        : log2(log2_of(size_hint)), mask((1U << log2) - 1U), buckets(new VoidList[mask + 1UL]) {}
+        : log2(log2_of(size_hint)),
+          mask((1U << log2) - 1U),
+          buckets(new VoidList[uword{mask} + 1]) {}
 
     VoidList& bucket(unsigned int hash) const { return buckets[hash & mask]; }
 

@@ -1,5 +1,6 @@
 #include <base/array.h>
 #include <base/exceptions.h>
+#include <base/printf_format.h>
 #include <base/string.h>
 
 #include <cstddef>
@@ -47,7 +48,7 @@ char* my_strdup(const char* text) {
 
 /// The formatted text in a block of the C allocator that the caller owns. The block is as large as
 /// the last size tried, not trimmed. Throws `StrXception` "out of memory".
-__attribute__((format(printf, 1, 0))) char* my_vsnprintf(const char* format, va_list arguments) {
+PRINTF_FORMAT(1, 0) char* my_vsnprintf(const char* format, va_list arguments) {
     std::size_t size = kFirstFormatSize;
     char* block = static_cast<char*>(std::malloc(size));
     if (block == nullptr) {

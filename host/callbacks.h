@@ -1,6 +1,7 @@
 // The host's callback tables, and what they share.
 #pragma once
 
+#include <base/printf_format.h>
 #include <host/world.h>
 #include <host_api/effect_interface.h>
 
@@ -27,7 +28,7 @@ void unlock_handle(PF_Handle handle);
 void dispose_handle(PF_Handle handle);
 A_HandleSize handle_size(PF_Handle handle);
 PF_Err resize_handle(A_HandleSize bytes, PF_Handle* handle);
-int format_text(A_char* out, const A_char* format, ...) __attribute__((format(printf, 2, 3)));
+int format_text(A_char* out, const A_char* format, ...) PRINTF_FORMAT(2, 3);
 A_char* copy_text(A_char* to, const A_char* from);
 
 }  // namespace host

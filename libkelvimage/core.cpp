@@ -1,6 +1,7 @@
 // Coded failures, and the memory of pixels.
 #include <libkelvimage/core.h>
 
+#include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
 #include <iterator>
@@ -38,7 +39,7 @@ int TRACE_ALLOCATIONS = 0;
 
 char* malloc_pixels(uword size) {
     if (TRACE_ALLOCATIONS != 0) {
-        std::fprintf(stderr, "libkelvimage: malloc_pixels(%lu)", size);
+        std::fprintf(stderr, "libkelvimage: malloc_pixels(%" PRIuPTR ")", size);
     }
     void* block = std::malloc(size);
     if (TRACE_ALLOCATIONS != 0) {
@@ -52,8 +53,8 @@ char* malloc_pixels(uword size) {
 
 void free_pixels(char* pixels, uword size) {
     if (TRACE_ALLOCATIONS != 0) {
-        std::fprintf(stderr, "libkelvimage: free_pixels(%p, %lu)\n", static_cast<void*>(pixels),
-                     size);
+        std::fprintf(stderr, "libkelvimage: free_pixels(%p, %" PRIuPTR ")\n",
+                     static_cast<void*>(pixels), size);
     }
     std::free(pixels);
 }

@@ -4,6 +4,7 @@
 #include <libkelvimage/image.h>
 #include <libkelvimage/metadata.h>
 
+#include <cinttypes>
 #include <cstdio>
 #include <cstring>
 
@@ -145,7 +146,8 @@ void Image::copy_from(const Image& src) {
 }
 
 void Image::dump() const {
-    std::printf("Image (allocated_size %lu at %p) ", allocated_size, static_cast<void*>(pixels));
+    std::printf("Image (allocated_size %" PRIuPTR " at %p) ", allocated_size,
+                static_cast<void*>(pixels));
     print();
 }
 

@@ -22,7 +22,7 @@ public:
     void init();
 
     /// Address of byte `index`; no bounds check.
-    char* operator[](long index) const { return data_ + index; }
+    char* operator[](sword index) const { return data_ + index; }
     /// Bytes in use.
     uword len() const { return length_; }
     /// Bytes allocated.
@@ -70,15 +70,15 @@ public:
     bool empty() const { return bytes_.len() == 0; }
 
     /// Element `index`; no bounds check.
-    T& operator[](unsigned long index) { return *at(index); }
-    const T& operator[](unsigned long index) const { return *at(index); }
+    T& operator[](uword index) { return *at(index); }
+    const T& operator[](uword index) const { return *at(index); }
     /// The last element; there must be one.
     T* last() { return at(len() - 1); }
     const T* last() const { return at(len() - 1); }
 
     /// Makes room for `n` elements more, as raw bytes that the caller constructs in place, and
     /// returns the address of the last one (null when there is none). The length grows at once.
-    T* reserve(unsigned long n) {
+    T* reserve(uword n) {
         bytes_.grow_by(n * sizeof(T));
         return empty() ? nullptr : last();
     }
@@ -97,7 +97,7 @@ public:
         const bool own = offset < bytes_.len();
         return append_made([&](void* place) {
             const void* source =
-                own ? bytes_[static_cast<long>(offset)] : static_cast<const void*>(&value);
+                own ? bytes_[static_cast<sword>(offset)] : static_cast<const void*>(&value);
             return new (place) T(*static_cast<const T*>(source));
         });
     }
@@ -119,9 +119,9 @@ public:
     uword capacity() const { return bytes_.capacity(); }
 
 private:
-    T* at(unsigned long index) const {
+    T* at(uword index) const {
         static_assert(alignof(T) <= alignof(std::max_align_t), "the C allocator's alignment");
-        return static_cast<T*>(static_cast<void*>(bytes_[static_cast<long>(index * sizeof(T))]));
+        return static_cast<T*>(static_cast<void*>(bytes_[static_cast<sword>(index * sizeof(T))]));
     }
 
     template <class Make>

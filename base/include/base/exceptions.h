@@ -4,6 +4,7 @@
 // readable message with the function, the source file and the line of the raise.
 #pragma once
 
+#include <base/printf_format.h>
 #include <base/string.h>
 
 /// Root of all exceptions of the system. Thrown by value, caught by reference at the host boundary.
@@ -22,8 +23,7 @@ public:
 
     /// Writes "warning: ", the formatted text and " in <FUNCTION>" as one line to standard error:
     /// for what is wrong but harmless. Does not throw. `function` is the full signature.
-    static void warning(const char* function, const char* format, ...)
-        __attribute__((format(printf, 2, 3)));
+    static void warning(const char* function, const char* format, ...) PRINTF_FORMAT(2, 3);
 };
 
 /// A run-time failure: the printf-formatted message followed by " in <FUNCTION> (FILE:LINE)".
@@ -32,7 +32,7 @@ public:
     /// Formats the message, of any length. Throws the formatter's own "out of memory" in its place
     /// when there is no memory for it.
     StrXception(const char* file, const char* function, int line, const char* format, ...)
-        __attribute__((format(printf, 5, 6)));
+        PRINTF_FORMAT(5, 6);
 
     /// Takes over a complete message, for when there is no memory to format one. The null string
     /// means that there was none for the message either.

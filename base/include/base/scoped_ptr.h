@@ -1,6 +1,8 @@
 // Single-owner holders: one object, one owner, freed on every way out.
 #pragma once
 
+#include <base/words.h>
+
 /// Owns one object made with `new`, or nothing. Not copyable: ownership is single.
 ///
 /// The destructor lets the object's own destructor throw: mappings and descriptors report a failed
@@ -63,7 +65,7 @@ public:
     T* operator->() const { return array_; }
     T& operator*() const { return *array_; }
     /// Element `index`; no bounds check.
-    T& operator[](unsigned long index) const { return array_[index]; }
+    T& operator[](uword index) const { return array_[index]; }
     explicit operator bool() const { return array_ != nullptr; }
 
 private:

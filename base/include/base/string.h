@@ -4,6 +4,8 @@
 // reallocates. It serves names, paths and messages, never per-pixel or per-star loops.
 #pragma once
 
+#include <base/printf_format.h>
+
 #include <cstdarg>
 
 template <class T>
@@ -81,11 +83,11 @@ public:
 
     /// Formatted text of any length; never null, even when nothing is produced. Throws
     /// `StrXception` "out of memory".
-    static String fmt(const char* format, ...) __attribute__((format(printf, 1, 2)));
-    static String vfmt(const char* format, va_list arguments) __attribute__((format(printf, 1, 0)));
+    static String fmt(const char* format, ...) PRINTF_FORMAT(1, 2);
+    static String vfmt(const char* format, va_list arguments) PRINTF_FORMAT(1, 0);
     /// Replaces the content by the formatted text; unchanged when there is no memory for it.
-    void sprintf(const char* format, ...) __attribute__((format(printf, 2, 3)));
-    void vsprintf(const char* format, va_list arguments) __attribute__((format(printf, 2, 0)));
+    void sprintf(const char* format, ...) PRINTF_FORMAT(2, 3);
+    void vsprintf(const char* format, va_list arguments) PRINTF_FORMAT(2, 0);
 
 private:
     friend bool operator==(const String& a, const String& b);
