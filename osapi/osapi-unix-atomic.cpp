@@ -54,7 +54,7 @@ void AtomicFileWrite::complete_nosync() {
 void AtomicFileWrite::abort() {
     // What the bytes became does not matter any more, so neither does a failure to close.
     if (descriptor_.is_open()) {
-        syscalls().close(descriptor_.release());
+        calls<FileCalls>().close(descriptor_.release());
     }
     rm_ifexist(temporary_.c_str());
     finished_ = true;

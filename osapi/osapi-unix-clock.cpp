@@ -13,12 +13,12 @@ namespace OSAPI {
 
 u64 microsecs() {
     timeval now = {};
-    syscalls().gettimeofday(&now);
+    calls<ClockCalls>().gettimeofday(&now);
     return static_cast<u64>(now.tv_sec) * 1000000 + static_cast<u64>(now.tv_usec);
 }
 
 Date get_date() {
-    const std::time_t now = syscalls().time(nullptr);
+    const std::time_t now = calls<ClockCalls>().time(nullptr);
     if (now == -1) {
         XTHROW("time(): %s", std::strerror(errno));
     }

@@ -58,12 +58,12 @@ int parent_of(const std::string& name) {
 }  // namespace
 
 void lead_group() {
-    if (syscalls().setpgid(0, 0) != 0) {
+    if (calls<ProcessCalls>().setpgid(0, 0) != 0) {
         XTHROW("setpgid: %s", std::strerror(errno));
     }
 }
 
-bool adopt_orphans() { return syscalls().become_reaper() == 0; }
+bool adopt_orphans() { return calls<ProcessCalls>().become_reaper() == 0; }
 
 std::vector<int> children() {
     Array<String> names;

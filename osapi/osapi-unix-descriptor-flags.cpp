@@ -1,4 +1,4 @@
-// Descriptor flags over POSIX.
+// Flags and copies of descriptors, and what devices are asked through them, over POSIX.
 #include <base/exceptions.h>
 #include <fcntl.h>
 #include <osapi/descriptor_flags.h>
@@ -11,25 +11,25 @@
 namespace OSAPI {
 
 void set_blocking(fd_t fd, bool blocking) {
-    const int flags = syscalls().fcntl(fd, F_GETFL, 0);
+    const int flags = calls<DescriptorCalls>().fcntl(fd, F_GETFL, 0);
     if (flags == -1) {
         XTHROW("fcntl: %s", std::strerror(errno));
     }
     // By contract asking for blocking flips the flag instead of clearing it.
     const int wanted = blocking ? flags ^ O_NONBLOCK : flags | O_NONBLOCK;
-    if (syscalls().fcntl(fd, F_SETFL, wanted) == -1) {
+    if (calls<DescriptorCalls>().fcntl(fd, F_SETFL, wanted) == -1) {
         XTHROW("fcntl: %s", std::strerror(errno));
     }
 }
 
 void close_on_exec(fd_t fd) {
-    if (syscalls().fcntl(fd, F_SETFD, FD_CLOEXEC) == -1) {
+    if (calls<DescriptorCalls>().fcntl(fd, F_SETFD, FD_CLOEXEC) == -1) {
         XTHROW("fcntl: %s", std::strerror(errno));
     }
 }
 
 fd_t dup(fd_t fd) {
-    const fd_t copy = syscalls().dup(fd);
+    const fd_t copy = calls<DescriptorCalls>().dup(fd);
     if (copy == kNoDescriptor) {
         XTHROW("dup: %s", std::strerror(errno));
     }
@@ -37,11 +37,18 @@ fd_t dup(fd_t fd) {
 }
 
 fd_t dup2(fd_t fd, fd_t to) {
-    const fd_t copy = syscalls().dup2(fd, to);
+    const fd_t copy = calls<DescriptorCalls>().dup2(fd, to);
     if (copy == kNoDescriptor) {
         XTHROW("dup2: %s", std::strerror(errno));
     }
     return copy;
+}
+
+void FileDescriptor::ioctl(int request, char* arg) {
+    // Widened as bits: a request with the highest one set must not become a negative word.
+    if (calls<DescriptorCalls>().ioctl(fd(), static_cast<unsigned int>(request), arg) == -1) {
+        XTHROW("ioctl: %s", std::strerror(errno));
+    }
 }
 
 }  // namespace OSAPI

@@ -33,13 +33,6 @@ fd_t FileDescriptor::release() {
     return fd;
 }
 
-void FileDescriptor::ioctl(int request, char* arg) {
-    // Widened as bits: a request with the highest one set must not become a negative word.
-    if (syscalls().ioctl(fd(), static_cast<unsigned int>(request), arg) == -1) {
-        XTHROW("ioctl: %s", std::strerror(errno));
-    }
-}
-
 sword RWFileDescriptor::write(const char* buffer, uword count) {
     return OSAPI::write(fd(), buffer, count);
 }
@@ -53,7 +46,7 @@ DiskFile::DiskFile(const char* path, int mode) : RWFileDescriptor(OSAPI::open(pa
 u64 DiskFile::getsize() const { return OSAPI::getsize(fd()); }
 
 void DiskFile::stat(struct ::stat* out) const {
-    if (syscalls().fstat(fd(), out) != 0) {
+    if (calls<FileCalls>().fstat(fd(), out) != 0) {
         XTHROW("fstat: %s", std::strerror(errno));
     }
 }

@@ -13,7 +13,7 @@ String gethostname() {
     static char name[256];
     static bool known = false;
     if (!known) {
-        if (syscalls().gethostname(name, sizeof name) != 0) {
+        if (calls<SocketCalls>().gethostname(name, sizeof name) != 0) {
             XTHROW("gethostname: %s", std::strerror(errno));
         }
         // A name that was cut to the buffer's size may lack the NUL at its end.

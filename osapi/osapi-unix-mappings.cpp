@@ -48,7 +48,7 @@ MemoryMapping::~MemoryMapping() noexcept(false) {
     // Inside the lambda the message would name the lambda in place of this destructor.
     const char* function = __PRETTY_FUNCTION__;
     release_in_destructor([this, function] {
-        if (syscalls().munmap(addr_, size_) != 0) {
+        if (calls<MappingCalls>().munmap(addr_, size_) != 0) {
             throw StrXception(__FILE__, function, __LINE__, "munmap: %s", std::strerror(errno));
         }
     });
@@ -72,26 +72,28 @@ FileMapping::FileMapping(fd_t fd, uword size, int mode) { map(fd, size, mode); }
 
 void FileMapping::map(fd_t fd, uword size, int mode) {
     XASSERT(addr() == nullptr);
-    if (!adopt(syscalls().mmap(nullptr, size, protection(mode), MAP_SHARED, fd, 0), size)) {
+    if (!adopt(calls<MappingCalls>().mmap(nullptr, size, protection(mode), MAP_SHARED, fd, 0),
+               size)) {
         XTHROW("mmap(file): %s", std::strerror(errno));
     }
 }
 
 AnonMapping::AnonMapping(uword size, bool shared) {
     const int flags = kAnonymous | (shared ? MAP_SHARED : MAP_PRIVATE);
-    if (!adopt(syscalls().mmap(nullptr, size, PROT_READ | PROT_WRITE, flags, kNoDescriptor, 0),
+    if (!adopt(calls<MappingCalls>().mmap(nullptr, size, PROT_READ | PROT_WRITE, flags,
+                                          kNoDescriptor, 0),
                size)) {
         XTHROW("mmap(anonymous): %s", std::strerror(errno));
     }
 }
 
 LockMemory::LockMemory(void* addr, uword size) : addr_(addr), size_(size) {
-    if (syscalls().mlock(addr, size) != 0) {
+    if (calls<MappingCalls>().mlock(addr, size) != 0) {
         XTHROW("mlock: %s", std::strerror(errno));
     }
 }
 
 // The range may have been unmapped by now, which unlocked it: a failure tells nothing.
-LockMemory::~LockMemory() { syscalls().munlock(addr_, size_); }
+LockMemory::~LockMemory() { calls<MappingCalls>().munlock(addr_, size_); }
 
 }  // namespace OSAPI

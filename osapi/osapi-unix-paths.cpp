@@ -1,57 +1,58 @@
-// The text of paths, and the status of what they name.
+// What paths name.
 #include <base/exceptions.h>
 #include <base/release.h>
 #include <osapi/paths.h>
-#include <strings.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <utime.h>
 
 #include <cerrno>
-#include <cstddef>
 #include <cstring>
 
 #include "syscalls.h"
 
 namespace OSAPI {
 
-namespace {
-
-const char* const kInProgress = ".inprogress";
-// With three characters or fewer before the suffix, the suffix is taken for a real extension.
-constexpr std::size_t kLongestExempt = 14;
-
-String after_last(char character, const String& text, const char* otherwise) {
-    const unsigned int index = text.findr(character);
-    return index == String::kNotFound ? String(otherwise) : String(text.c_str() + index + 1);
+u64 getsize(const char* path) {
+    struct stat info;
+    if (calls<PathCalls>().stat(path, &info) != 0) {
+        XTHROW("stat: %s", std::strerror(errno));
+    }
+    return static_cast<u64>(info.st_size);
 }
 
-}  // namespace
-
-String basename(const char* path) { return after_last('/', path, path); }
-
-String dirname(const char* path) {
-    if (*path == '\0') {
-        return {};
+void rename(const char* from, const char* to) {
+    if (calls<PathCalls>().rename(from, to) != 0) {
+        XTHROW("rename(%s,%s): %s", from, to, std::strerror(errno));
     }
-    for (std::size_t index = std::strlen(path); index > 0; --index) {
-        if (path[index] == '/') {
-            return {path, static_cast<unsigned int>(index)};
-        }
-    }
-    return *path == '/' ? "/" : ".";
 }
 
-String extension(const char* path) {
-    const char* dot = std::strrchr(path, '.');
-    if (dot != nullptr && strcasecmp(dot, kInProgress) == 0 && std::strlen(path) > kLongestExempt) {
-        return after_last('.', String(path, static_cast<unsigned int>(dot - path)), "");
+void rm(const char* path) {
+    if (calls<PathCalls>().unlink(path) != 0) {
+        XTHROW("unlink(%s): %s", path, std::strerror(errno));
     }
-    return after_last('.', path, "");
+}
+
+void rm_ifexist(const char* path) {
+    if (calls<PathCalls>().unlink(path) != 0 && errno != ENOENT) {
+        XTHROW("unlink(%s): %s", path, std::strerror(errno));
+    }
+}
+
+bool file_exists(const char* path, int mode) {
+    int what = F_OK;
+    if ((mode & kRead) != 0) {
+        what |= R_OK;
+    }
+    if ((mode & kWrite) != 0) {
+        what |= W_OK;
+    }
+    return calls<PathCalls>().access(path, what) == 0;
 }
 
 bool is_directory(const char* path) {
     struct stat info;
-    if (syscalls().stat(path, &info) != 0) {
+    if (calls<PathCalls>().stat(path, &info) != 0) {
         XTHROW("stat(%s): %s", path, std::strerror(errno));
     }
     return S_ISDIR(info.st_mode);
@@ -59,7 +60,7 @@ bool is_directory(const char* path) {
 
 FileTime get_mtime_ifexist(const char* path) {
     struct stat info;
-    if (syscalls().stat(path, &info) != 0) {
+    if (calls<PathCalls>().stat(path, &info) != 0) {
         if (errno == ENOENT) {
             return 0;
         }
@@ -79,7 +80,7 @@ FileTime get_mtime(const char* path) {
 
 void set_mtime(const char* path, FileTime time) {
     const utimbuf times = {time, time};
-    if (syscalls().utime(path, &times) != 0) {
+    if (calls<PathCalls>().utime(path, &times) != 0) {
         XTHROW("utime(%s): %s", path, std::strerror(errno));
     }
 }

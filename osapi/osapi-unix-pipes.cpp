@@ -24,7 +24,7 @@ void hand_over(FileDescriptor& from, FileDescriptor& to) {
 
 void Pipe::open() {
     int ends[2];
-    if (syscalls().pipe(ends) != 0) {
+    if (calls<DescriptorCalls>().pipe(ends) != 0) {
         XTHROW("pipe: %s", std::strerror(errno));
     }
     // Owned at once, for when the pipe turns out to be open already.
@@ -41,7 +41,7 @@ void Pipe::open() {
 }
 
 void make_named_pipe(const char* path) {
-    if (syscalls().mknod(path, S_IFIFO | kPermissions, 0) != 0) {
+    if (calls<DescriptorCalls>().mknod(path, S_IFIFO | kPermissions, 0) != 0) {
         XTHROW("mknod(%s): %s", path, std::strerror(errno));
     }
 }

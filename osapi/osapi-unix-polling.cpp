@@ -12,7 +12,7 @@ namespace OSAPI {
 
 int poll(pollfd* descriptors, unsigned int n, int timeout, bool return_on_interrupt) {
     for (;;) {
-        const int ready = syscalls().poll(descriptors, n, timeout);
+        const int ready = calls<DescriptorCalls>().poll(descriptors, n, timeout);
         if (ready >= 0) {
             return ready;
         }

@@ -39,7 +39,7 @@ int result_of(int (*run)()) noexcept {
 }  // namespace
 
 int fork() {
-    const pid_t pid = syscalls().fork();
+    const pid_t pid = calls<ProcessCalls>().fork();
     if (pid < 0) {
         XTHROW("fork: %s", std::strerror(errno));
     }
@@ -49,14 +49,14 @@ int fork() {
 void exec(const char* file, const char* const* argv) {
     const char* const alone[] = {file, nullptr};
     // The system's call promises to leave the texts alone but cannot say so in its type.
-    syscalls().execvp(file, const_cast<char* const*>(argv == nullptr ? alone : argv));
+    calls<ProcessCalls>().execvp(file, const_cast<char* const*>(argv == nullptr ? alone : argv));
     XTHROW("exec(%s): %s", file, std::strerror(errno));
 }
 
 int _wait_until_dead(int pid, int* out, bool nohang) {
     for (;;) {
         int status = 0;
-        const pid_t ended = syscalls().waitpid(pid, &status, nohang ? WNOHANG : 0);
+        const pid_t ended = calls<ProcessCalls>().waitpid(pid, &status, nohang ? WNOHANG : 0);
         if (ended < 0) {
             if (errno == EINTR) {
                 continue;
@@ -89,7 +89,7 @@ void wait_until_dead(int pid) {
 }
 
 void kill(int pid, int sig) {
-    if (syscalls().kill(pid, sig) != 0) {
+    if (calls<ProcessCalls>().kill(pid, sig) != 0) {
         XTHROW("kill(%d,%d): %s", pid, sig, std::strerror(errno));
     }
 }
@@ -100,11 +100,11 @@ void exit_now(int code) { ::_exit(code); }
 
 int getpid() { return ::getpid(); }
 
-void yield() { syscalls().sched_yield(); }
+void yield() { calls<ProcessCalls>().sched_yield(); }
 
-void pause() { syscalls().pause(); }
+void pause() { calls<ProcessCalls>().pause(); }
 
-unsigned int sleep(unsigned int seconds) { return syscalls().sleep(seconds); }
+unsigned int sleep(unsigned int seconds) { return calls<ProcessCalls>().sleep(seconds); }
 
 void ChildProcess::start(int (*run)()) {
     XASSERT(pid_ == kNoChild);

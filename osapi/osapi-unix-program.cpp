@@ -37,7 +37,7 @@ String program_path() {
 #endif
 }
 
-bool is_console(fd_t fd) { return syscalls().isatty(fd) != 0; }
+bool is_console(fd_t fd) { return calls<DescriptorCalls>().isatty(fd) != 0; }
 
 bool stdin_is_console() { return is_console(STDIN_FILENO); }
 
@@ -45,6 +45,6 @@ bool stdout_is_console() { return is_console(STDOUT_FILENO); }
 
 bool stderr_is_console() { return is_console(STDERR_FILENO); }
 
-bool running_as_root() { return syscalls().geteuid() == 0; }
+bool running_as_root() { return calls<ProcessCalls>().geteuid() == 0; }
 
 }  // namespace OSAPI

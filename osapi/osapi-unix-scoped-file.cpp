@@ -12,7 +12,7 @@ namespace OSAPI {
 
 ScopedFILE::ScopedFILE(fd_t fd, const char* path, const char* mode) {
     FileDescriptor descriptor(fd);
-    file_ = syscalls().fdopen(fd, mode);
+    file_ = calls<DescriptorCalls>().fdopen(fd, mode);
     if (file_ == nullptr) {
         XTHROW("fdopen(\"%s\", \"%s\")", path, mode);
     }
@@ -23,7 +23,7 @@ ScopedFILE::~ScopedFILE() noexcept(false) {
     // Inside the lambda the message would name the lambda in place of this destructor.
     const char* function = __PRETTY_FUNCTION__;
     release_in_destructor([this, function] {
-        if (syscalls().fclose(file_) != 0) {
+        if (calls<DescriptorCalls>().fclose(file_) != 0) {
             throw StrXception(__FILE__, function, __LINE__, "fclose: %s", std::strerror(errno));
         }
     });

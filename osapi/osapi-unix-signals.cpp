@@ -30,7 +30,7 @@ Signal::~Signal() noexcept(false) {
     // Inside the lambda the message would name the lambda in place of this destructor.
     const char* function = __PRETTY_FUNCTION__;
     release_in_destructor([this, function] {
-        if (syscalls().sigaction(sig_, &previous_, nullptr) != 0) {
+        if (calls<ProcessCalls>().sigaction(sig_, &previous_, nullptr) != 0) {
             throw StrXception(__FILE__, function, __LINE__, "sigaction(%d): %s", sig_,
                               std::strerror(errno));
         }
@@ -39,7 +39,7 @@ Signal::~Signal() noexcept(false) {
 
 void Signal::install(const struct ::sigaction* action) {
     struct ::sigaction previous = {};
-    if (syscalls().sigaction(sig_, action, &previous) != 0) {
+    if (calls<ProcessCalls>().sigaction(sig_, action, &previous) != 0) {
         XTHROW("sigaction(%d): %s", sig_, std::strerror(errno));
     }
     if (!installed_) {
@@ -65,7 +65,7 @@ SignalIgnore::SignalIgnore(int sig) : Signal(sig) {
 
 bool is_signal_ignored(int sig) {
     struct ::sigaction action = {};
-    if (syscalls().sigaction(sig, nullptr, &action) != 0) {
+    if (calls<ProcessCalls>().sigaction(sig, nullptr, &action) != 0) {
         XTHROW("sigaction(%d): %s", sig, std::strerror(errno));
     }
     return action.sa_handler == SIG_IGN;

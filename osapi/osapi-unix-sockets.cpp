@@ -43,14 +43,14 @@ const sockaddr* generic(const Address& address) {
 }
 
 fd_t new_socket(int family, int protocol) {
-    return syscalls().socket(family, SOCK_STREAM, protocol);
+    return calls<SocketCalls>().socket(family, SOCK_STREAM, protocol);
 }
 
 }  // namespace
 
 fd_t connect_tcp(const char* host, int port) {
     XASSERT(port > 0 && port <= 65535);
-    const hostent* h = syscalls().gethostbyname(host);
+    const hostent* h = calls<SocketCalls>().gethostbyname(host);
     if (h == nullptr) {
         XTHROW("gethostbyname(\"%s\"): %s", host, hstrerror(h_errno));
     }
@@ -63,7 +63,7 @@ fd_t connect_tcp(const char* host, int port) {
     if (!connecting.is_open()) {
         XTHROW("socket: %s", std::strerror(errno));
     }
-    if (syscalls().connect(connecting.fd(), generic(address), sizeof address) != 0) {
+    if (calls<SocketCalls>().connect(connecting.fd(), generic(address), sizeof address) != 0) {
         XTHROW("connect(\"%s:%d\"): %s", host, port, std::strerror(errno));
     }
     return connecting.release();
@@ -71,7 +71,7 @@ fd_t connect_tcp(const char* host, int port) {
 
 fd_t ServerSocket::accept(bool return_on_interrupt) {
     for (;;) {
-        FileDescriptor client(syscalls().accept(fd(), nullptr, nullptr));
+        FileDescriptor client(calls<SocketCalls>().accept(fd(), nullptr, nullptr));
         if (client.is_open()) {
             close_on_exec(client.fd());
             return client.release();
@@ -86,7 +86,7 @@ fd_t ServerSocket::accept(bool return_on_interrupt) {
 }
 
 void ServerSocket::listen_on(FileDescriptor& bound) {
-    if (syscalls().listen(bound.fd(), kBacklog) != 0) {
+    if (calls<SocketCalls>().listen(bound.fd(), kBacklog) != 0) {
         XTHROW("listen: %s", std::strerror(errno));
     }
     close_on_exec(bound.fd());
@@ -102,13 +102,14 @@ void TCPServerSocket::open(int port) {
         XTHROW("socket: %s", std::strerror(errno));
     }
     const int reuse = 1;
-    if (syscalls().setsockopt(server.fd(), SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse) != 0) {
+    if (calls<SocketCalls>().setsockopt(server.fd(), SOL_SOCKET, SO_REUSEADDR, &reuse,
+                                        sizeof reuse) != 0) {
         XTHROW("setsockopt(SO_REUSEADDR): %s", std::strerror(errno));
     }
     in_addr all = {};
     all.s_addr = htonl(INADDR_ANY);
     const sockaddr_in address = address_of(all, port);
-    if (syscalls().bind(server.fd(), generic(address), sizeof address) != 0) {
+    if (calls<SocketCalls>().bind(server.fd(), generic(address), sizeof address) != 0) {
         XTHROW("bind: %s", std::strerror(errno));
     }
     listen_on(server);
@@ -134,14 +135,14 @@ void UNIXServerSocket::open(const char* mypath) {
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, mypath, strlen(mypath));
     String path(mypath);
-    if (syscalls().bind(server.fd(), generic(address), sizeof address) != 0) {
+    if (calls<SocketCalls>().bind(server.fd(), generic(address), sizeof address) != 0) {
         XTHROW("bind: %s", std::strerror(errno));
     }
     try {
         listen_on(server);
     } catch (...) {
         // A path that is left behind would keep the next server out.
-        syscalls().unlink(mypath);
+        calls<PathCalls>().unlink(mypath);
         throw;
     }
     path_ = std::move(path);

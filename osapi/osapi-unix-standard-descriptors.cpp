@@ -12,7 +12,7 @@ namespace OSAPI {
 
 void hold_standard_descriptors() {
     for (const fd_t fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        if (syscalls().fcntl(fd, F_GETFD, 0) != -1) {
+        if (calls<DescriptorCalls>().fcntl(fd, F_GETFD, 0) != -1) {
             continue;
         }
         // The system gives the lowest free number, which is the missing one. It is opened for the

@@ -1,4 +1,4 @@
-// Descriptors and whole-buffer input and output over POSIX.
+// Opening, and whole-buffer input and output, over POSIX.
 #include <base/exceptions.h>
 #include <fcntl.h>
 #include <osapi/files.h>
@@ -75,7 +75,7 @@ fd_t open_can_fail(const char* path, int mode) {
     if ((mode & kUnsupported) != 0) {
         return kNoDescriptor;
     }
-    return syscalls().open(path, open_flags(mode), kPermissions);
+    return calls<FileCalls>().open(path, open_flags(mode), kPermissions);
 }
 
 fd_t open(const char* path, int mode) {
@@ -88,14 +88,14 @@ fd_t open(const char* path, int mode) {
 
 void close(fd_t fd) {
     // Never retried, not even when interrupted: the number may be another file's by now.
-    if (syscalls().close(fd) != 0) {
+    if (calls<FileCalls>().close(fd) != 0) {
         XTHROW("close: %s", std::strerror(errno));
     }
 }
 
 sword read(int fd, char* buffer, uword count) {
     const Outcome outcome = transfer_all(count, OnNothing::End, [=](uword done, uword rest) {
-        return syscalls().read(fd, buffer + done, rest);
+        return calls<FileCalls>().read(fd, buffer + done, rest);
     });
     if (outcome == Outcome::End) {
         XTHROW("unexpected EOF");
@@ -108,7 +108,7 @@ sword read(int fd, char* buffer, uword count) {
 
 sword read_short(int fd, char* buffer, uword count) {
     for (;;) {
-        const ssize_t got = syscalls().read(fd, buffer, std::min(count, kMaxTransfer));
+        const ssize_t got = calls<FileCalls>().read(fd, buffer, std::min(count, kMaxTransfer));
         if (got >= 0) {
             return got;
         }
@@ -125,7 +125,7 @@ sword read_up_to(int fd, char* buffer, uword count) {
     uword got = 0;
     const Outcome outcome = transfer_all(count, OnNothing::End, [&](uword done, uword rest) {
         got = done;
-        return syscalls().read(fd, buffer + done, rest);
+        return calls<FileCalls>().read(fd, buffer + done, rest);
     });
     if (outcome == Outcome::Failed) {
         XTHROW("read: %s", std::strerror(errno));
@@ -135,7 +135,7 @@ sword read_up_to(int fd, char* buffer, uword count) {
 
 sword pread(int fd, char* buffer, uword count, u64 offset) {
     const Outcome outcome = transfer_all(count, OnNothing::End, [=](uword done, uword rest) {
-        return syscalls().pread(fd, buffer + done, rest, static_cast<off_t>(offset + done));
+        return calls<FileCalls>().pread(fd, buffer + done, rest, static_cast<off_t>(offset + done));
     });
     if (outcome == Outcome::End) {
         XTHROW("unexpected EOF");
@@ -148,7 +148,7 @@ sword pread(int fd, char* buffer, uword count, u64 offset) {
 
 sword write(int fd, const char* buffer, uword count) {
     const Outcome outcome = transfer_all(count, OnNothing::Retry, [=](uword done, uword rest) {
-        return syscalls().write(fd, buffer + done, rest);
+        return calls<FileCalls>().write(fd, buffer + done, rest);
     });
     if (outcome == Outcome::Failed) {
         XTHROW("write: %s", std::strerror(errno));
@@ -158,7 +158,8 @@ sword write(int fd, const char* buffer, uword count) {
 
 sword pwrite(int fd, const char* buffer, uword count, u64 offset) {
     const Outcome outcome = transfer_all(count, OnNothing::Retry, [=](uword done, uword rest) {
-        return syscalls().pwrite(fd, buffer + done, rest, static_cast<off_t>(offset + done));
+        return calls<FileCalls>().pwrite(fd, buffer + done, rest,
+                                         static_cast<off_t>(offset + done));
     });
     if (outcome == Outcome::Failed) {
         XTHROW("write: %s", std::strerror(errno));
@@ -168,22 +169,14 @@ sword pwrite(int fd, const char* buffer, uword count, u64 offset) {
 
 u64 getsize(fd_t fd) {
     struct stat info;
-    if (syscalls().fstat(fd, &info) != 0) {
+    if (calls<FileCalls>().fstat(fd, &info) != 0) {
         XTHROW("fstat: %s", std::strerror(errno));
     }
     return static_cast<u64>(info.st_size);
 }
 
-u64 getsize(const char* path) {
-    struct stat info;
-    if (syscalls().stat(path, &info) != 0) {
-        XTHROW("stat: %s", std::strerror(errno));
-    }
-    return static_cast<u64>(info.st_size);
-}
-
 s64 lseek(fd_t fd, s64 offset, int whence) {
-    const off_t position = syscalls().lseek(fd, offset, whence);
+    const off_t position = calls<FileCalls>().lseek(fd, offset, whence);
     if (position == -1) {
         XTHROW("lseek: %s", std::strerror(errno));
     }
@@ -195,13 +188,13 @@ s64 seek_from_start(int fd, s64 offset) { return lseek(fd, offset, SEEK_SET); }
 s64 seek_from_curpos(int fd, s64 offset) { return lseek(fd, offset, SEEK_CUR); }
 
 void truncate(fd_t fd, s64 size) {
-    if (syscalls().ftruncate(fd, size) != 0) {
+    if (calls<FileCalls>().ftruncate(fd, size) != 0) {
         XTHROW("ftruncate: %s", std::strerror(errno));
     }
 }
 
 void sync(fd_t fd) {
-    if (syscalls().fsync(fd) != 0) {
+    if (calls<FileCalls>().fsync(fd) != 0) {
         XTHROW("fsync: %s", std::strerror(errno));
     }
 }
@@ -209,36 +202,7 @@ void sync(fd_t fd) {
 // Not every target can leave a file's times out of it.
 void datasync(int fd) { sync(fd); }
 
-void sync() { syscalls().sync(); }
-
-void rename(const char* from, const char* to) {
-    if (syscalls().rename(from, to) != 0) {
-        XTHROW("rename(%s,%s): %s", from, to, std::strerror(errno));
-    }
-}
-
-void rm(const char* path) {
-    if (syscalls().unlink(path) != 0) {
-        XTHROW("unlink(%s): %s", path, std::strerror(errno));
-    }
-}
-
-void rm_ifexist(const char* path) {
-    if (syscalls().unlink(path) != 0 && errno != ENOENT) {
-        XTHROW("unlink(%s): %s", path, std::strerror(errno));
-    }
-}
-
-bool file_exists(const char* path, int mode) {
-    int what = F_OK;
-    if ((mode & kRead) != 0) {
-        what |= R_OK;
-    }
-    if ((mode & kWrite) != 0) {
-        what |= W_OK;
-    }
-    return syscalls().access(path, what) == 0;
-}
+void sync() { calls<FileCalls>().sync(); }
 
 int get_page_size() { return ::getpagesize(); }
 

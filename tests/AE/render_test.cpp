@@ -143,7 +143,7 @@ TEST_F(Rendering, FileThatCannotBeClosedIsNotTakenForTheNextOne) {
     };
     EXPECT_GT(middle_of(1), 0.0F);
     {
-        const Fault<&OSAPI::Syscalls::munmap> stuck(EINVAL);
+        const Fault<&OSAPI::MappingCalls::munmap> stuck(EINVAL);
         const std::string message = thrown_message([&] { middle_of(2); });
         EXPECT_EQ(message.rfind(with_error("munmap", EINVAL), 0), 0U) << message;
     }

@@ -301,7 +301,7 @@ TEST(Probe, WhatEndsByItselfIsNotLeft) {
 }
 
 TEST(Probe, WithoutAnyWayToAdoptTheGroupIsEndedAllTheSame) {
-    const Fault<&OSAPI::Syscalls::become_reaper> fault(ENOSYS);
+    const Fault<&OSAPI::ProcessCalls::become_reaper> fault(ENOSYS);
     Held held;
     const Heard heard = run_apart([](Notes&) { fork_a_holder(); });
     ASSERT_EQ(heard.findings.size(), 1U);
@@ -417,7 +417,7 @@ TEST(Reaper, PassesOnWhatIsToldAndWhatTheHearerThrows) {
 }
 
 TEST(Probe, SaysWhyThereCanBeNoProcess) {
-    const Fault<&OSAPI::Syscalls::fork> fault(EAGAIN);
+    const Fault<&OSAPI::ProcessCalls::fork> fault(EAGAIN);
     const std::string reason = with_error("fork", EAGAIN);
     EXPECT_NE(thrown_message([] { run_apart([](Notes&) {}); }).find(reason), std::string::npos);
 }

@@ -14,7 +14,8 @@
 namespace {
 
 using OSAPI::AtomicFileWrite;
-using OSAPI::Syscalls;
+using OSAPI::FileCalls;
+using OSAPI::PathCalls;
 
 class Atomic : public testing::Test {
 protected:
@@ -69,15 +70,15 @@ TEST_F(Atomic, FinishedWriterLeavesAnothersFileAlone) {
 
 TEST_F(Atomic, CompleteSyncsThenClosesThenRenames) {
     std::string log;
-    const Intercept<&Syscalls::fsync> syncs([&](int fd) {
+    const Intercept<&FileCalls::fsync> syncs([&](int fd) {
         log += "sync ";
         return syncs.real(fd);
     });
-    const Intercept<&Syscalls::close> closes([&](int fd) {
+    const Intercept<&FileCalls::close> closes([&](int fd) {
         log += "close ";
         return closes.real(fd);
     });
-    const Intercept<&Syscalls::rename> renames([&](const char* from, const char* to) {
+    const Intercept<&PathCalls::rename> renames([&](const char* from, const char* to) {
         log += "rename ";
         return renames.real(from, to);
     });
@@ -90,8 +91,9 @@ TEST_F(Atomic, CompleteSyncsThenClosesThenRenames) {
 
 TEST_F(Atomic, FailureAtAnyStepLeavesTheOldFileAndNoRest) {
     write_file(path_, "old");
-    const auto expect_failure = [&](const std::string& call, int error, const char* function) {
-        kFiles.expect(call, error, function, [&] {
+    const auto expect_failure = [&](const std::string& call, int error, const char* function,
+                                    const FailuresOf& source = kFiles) {
+        source.expect(call, error, function, [&] {
             AtomicFileWrite file(path_.c_str(), OSAPI::kWrite);
             write_text(file, "half");
             write_text(file, "whole");
@@ -102,11 +104,11 @@ TEST_F(Atomic, FailureAtAnyStepLeavesTheOldFileAndNoRest) {
         EXPECT_EQ(open_descriptors(), before_);
     };
     {
-        const Fault<&Syscalls::write> full(ENOSPC, {.after = 1});
+        const Fault<&FileCalls::write> full(ENOSPC, {.after = 1});
         expect_failure("write", ENOSPC, "write");
     }
     {
-        const Fault<&Syscalls::fsync> fault(ENOSPC);
+        const Fault<&FileCalls::fsync> fault(ENOSPC);
         expect_failure("fsync", ENOSPC, "sync");
     }
     {
@@ -114,16 +116,16 @@ TEST_F(Atomic, FailureAtAnyStepLeavesTheOldFileAndNoRest) {
         expect_failure("close", EIO, "close");
         EXPECT_EQ(closes.calls(), 1);
     }
-    const Fault<&Syscalls::rename> fault(EIO);
-    expect_failure("rename(" + temporary_ + "," + path_ + ")", EIO, "rename");
+    const Fault<&PathCalls::rename> fault(EIO);
+    expect_failure("rename(" + temporary_ + "," + path_ + ")", EIO, "rename", kPaths);
 }
 
 TEST_F(Atomic, ReportsWhatItCannotOpenOrRemove) {
     const std::string path = folder_ / "none/sky.stars";
     kFiles.expect("opening file \"" + path + ".inprogress\"", ENOENT, "open",
                   [&] { AtomicFileWrite(path.c_str(), OSAPI::kWrite); });
-    const Fault<&Syscalls::unlink> fault(EROFS, kAlways);
-    kFiles.expect_from_destructor("unlink(" + temporary_ + ")", EROFS, "rm_ifexist", [&](auto end) {
+    const Fault<&PathCalls::unlink> fault(EROFS, kAlways);
+    kPaths.expect_from_destructor("unlink(" + temporary_ + ")", EROFS, "rm_ifexist", [&](auto end) {
         const AtomicFileWrite file(path_.c_str(), OSAPI::kWrite);
         end();
     });

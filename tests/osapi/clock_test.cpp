@@ -18,8 +18,8 @@
 namespace {
 
 using namespace std::chrono_literals;
+using OSAPI::ClockCalls;
 using OSAPI::Date;
-using OSAPI::Syscalls;
 using std::chrono::seconds;
 using std::chrono::sys_days;
 using std::chrono::year_month_day;
@@ -51,7 +51,7 @@ private:
 };
 
 Date date_at(seconds since_epoch) {
-    const Intercept<&Syscalls::time> times(
+    const Intercept<&ClockCalls::time> times(
         [&](std::time_t*) { return static_cast<std::time_t>(since_epoch.count()); });
     return OSAPI::get_date();
 }
@@ -100,7 +100,7 @@ TEST(Date, FollowsSummerTime) {
 }
 
 TEST(Date, ReportsAFailedClockAndATimeBeyondTheCalendar) {
-    kClock.expect_every<&Syscalls::time>("time()", "get_date", [] { OSAPI::get_date(); });
+    kClock.expect_every<&ClockCalls::time>("time()", "get_date", [] { OSAPI::get_date(); });
     if constexpr (sizeof(std::time_t) > 4) {
         kClock.expect("time()", EOVERFLOW, "get_date",
                       [] { date_at(seconds(std::numeric_limits<std::int64_t>::max())); });
@@ -108,7 +108,7 @@ TEST(Date, ReportsAFailedClockAndATimeBeyondTheCalendar) {
 }
 
 TEST(Microsecs, CountsSecondsAndMicroseconds) {
-    const Intercept<&Syscalls::gettimeofday> times([](timeval* now) {
+    const Intercept<&ClockCalls::gettimeofday> times([](timeval* now) {
         *now = {2147483647, 987654};
         return 0;
     });
@@ -145,7 +145,7 @@ public:
 
 private:
     std::vector<long> microseconds_;
-    Intercept<&Syscalls::gettimeofday> times_;
+    Intercept<&ClockCalls::gettimeofday> times_;
 };
 
 TEST(Profiler, NestedOnesAreIndentedByOneTabALevel) {

@@ -24,9 +24,10 @@
 
 namespace {
 
+using OSAPI::DescriptorCalls;
 using OSAPI::DiskFile;
+using OSAPI::FileCalls;
 using OSAPI::FileDescriptor;
-using OSAPI::Syscalls;
 
 const FailuresOf kDescriptors("osapi/osapi-unix-descriptors.cpp");
 const FailuresOf kFlags("osapi/osapi-unix-descriptor-flags.cpp");
@@ -38,7 +39,7 @@ static_assert(!std::is_copy_constructible_v<DiskFile>);
 
 TEST(FileDescriptor, ClosesOnceHoweverItEnds) {
     std::string closed;
-    const Intercept<&Syscalls::close> closes([&](int fd) {
+    const Intercept<&FileCalls::close> closes([&](int fd) {
         closed += std::to_string(fd) + ' ';
         return 0;
     });
@@ -58,7 +59,7 @@ TEST(FileDescriptor, ClosesOnceHoweverItEnds) {
 }
 
 TEST(FileDescriptor, AdoptsOneDescriptorAtATime) {
-    const Intercept<&Syscalls::close> closes([](int) { return 0; });
+    const Intercept<&FileCalls::close> closes([](int) { return 0; });
     FileDescriptor descriptor;
     descriptor.init(901);
     EXPECT_EQ(failed_assertion([&] { descriptor.init(902); }), "!is_open()");
@@ -66,7 +67,7 @@ TEST(FileDescriptor, AdoptsOneDescriptorAtATime) {
 }
 
 TEST(FileDescriptor, FailedCloseThrowsAndIsNotRepeated) {
-    const Fault<&Syscalls::close> closes(EIO, kAlways);
+    const Fault<&FileCalls::close> closes(EIO, kAlways);
     {
         FileDescriptor descriptor(901);
         kFiles.expect("close", EIO, "close", [&] { descriptor.close(); });
@@ -89,11 +90,11 @@ TEST(FileDescriptor, AsksTheDeviceAndReportsWhatItRefuses) {
     };
     ask(FIONREAD);
     EXPECT_EQ(waiting, 5);
-    kDescriptors.expect("ioctl", ENOTTY, "FileDescriptor::ioctl", [&] { ask(TIOCGWINSZ); });
-    kDescriptors.expect_every<&Syscalls::ioctl>("ioctl", "FileDescriptor::ioctl",
-                                                [&] { ask(FIONREAD); });
+    kFlags.expect("ioctl", ENOTTY, "FileDescriptor::ioctl", [&] { ask(TIOCGWINSZ); });
+    kFlags.expect_every<&DescriptorCalls::ioctl>("ioctl", "FileDescriptor::ioctl",
+                                                 [&] { ask(FIONREAD); });
     unsigned long asked = 0;
-    const Intercept<&Syscalls::ioctl> asks([&](int, unsigned long request, char*) {
+    const Intercept<&DescriptorCalls::ioctl> asks([&](int, unsigned long request, char*) {
         asked = request;
         return 3;
     });
@@ -127,7 +128,7 @@ TEST(DiskFile, TellsTheSystemsRecordAndTheTime) {
     EXPECT_EQ(info.st_size, 5);
     EXPECT_TRUE(S_ISREG(info.st_mode));
     EXPECT_EQ(file.get_mtime(), 1234567890);
-    const Fault<&Syscalls::fstat> fault(EIO, kAlways);
+    const Fault<&FileCalls::fstat> fault(EIO, kAlways);
     kDescriptors.expect("fstat", EIO, "DiskFile::stat", [&] { file.stat(&info); });
     kDescriptors.expect("fstat", EIO, "DiskFile::stat", [&] { file.get_mtime(); });
     kFiles.expect("fstat", EIO, "getsize", [&] { file.getsize(); });
@@ -172,7 +173,7 @@ TEST_F(DescriptorFlags, FailureOfEitherCallIsReportedAndChangesNothing) {
     for (const bool blocking : {false, true}) {
         for (const int error : kErrors) {
             for (int n = 0; n < 2; ++n) {
-                const NthCallFault<&Syscalls::fcntl> fault(error, n + 1);
+                const NthCallFault<&DescriptorCalls::fcntl> fault(error, n + 1);
                 kFlags.expect("fcntl", error, "set_blocking",
                               [&] { OSAPI::set_blocking(fd(), blocking); });
                 EXPECT_EQ(fault.calls(), n + 1);
@@ -188,8 +189,8 @@ TEST_F(DescriptorFlags, CloseOnExec) {
     OSAPI::close_on_exec(fd());
     EXPECT_EQ(fcntl(fd(), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
     EXPECT_TRUE(blocks());
-    kFlags.expect_every<&Syscalls::fcntl>("fcntl", "close_on_exec",
-                                          [&] { OSAPI::close_on_exec(fd()); });
+    kFlags.expect_every<&DescriptorCalls::fcntl>("fcntl", "close_on_exec",
+                                                 [&] { OSAPI::close_on_exec(fd()); });
 }
 
 TEST_F(DescriptorFlags, CopiesReachTheSameFile) {
@@ -212,8 +213,8 @@ TEST_F(DescriptorFlags, CopiesReachTheSameFile) {
 TEST_F(DescriptorFlags, FailedCopyIsReportedAndLeavesNone) {
     const int before = open_descriptors();
     kFlags.expect("dup2", EBADF, "dup2", [&] { OSAPI::dup2(-1, fd()); });
-    kFlags.expect_every<&Syscalls::dup>("dup", "dup", [&] { OSAPI::dup(fd()); });
-    kFlags.expect_every<&Syscalls::dup2>("dup2", "dup2", [&] { OSAPI::dup2(fd(), 900); });
+    kFlags.expect_every<&DescriptorCalls::dup>("dup", "dup", [&] { OSAPI::dup(fd()); });
+    kFlags.expect_every<&DescriptorCalls::dup2>("dup2", "dup2", [&] { OSAPI::dup2(fd(), 900); });
     EXPECT_EQ(open_descriptors(), before);
 }
 
@@ -243,7 +244,7 @@ TEST(ScopedFile, FailureNamesPathAndModeAndClosesTheDescriptor) {
     kScopedFiles.expect_text("fdopen(\"" + path + "\", \"no mode\")", "ScopedFILE::ScopedFILE",
                              [&] { open_as("no mode"); });
     for (const int error : kErrors) {
-        const Fault<&Syscalls::fdopen> fault(error);
+        const Fault<&DescriptorCalls::fdopen> fault(error);
         kScopedFiles.expect_text("fdopen(\"" + path + "\", \"r\")", "ScopedFILE::ScopedFILE",
                                  [&] { open_as("r"); });
     }
@@ -309,7 +310,7 @@ TEST(StandardDescriptors, StayAsTheyAreIfTheyAreOpen) {
 
 TEST(StandardDescriptors, StayClosedWhereNothingCanBeOpened) {
     EXPECT_TRUE(holds_without({0, 2}, [] {
-        const Fault<&OSAPI::Syscalls::open> fault(ENOENT);
+        const Fault<&OSAPI::FileCalls::open> fault(ENOENT);
         OSAPI::hold_standard_descriptors();
         return !is_open(0) && !is_open(2) && fault.calls() == 1;
     }));

@@ -42,3 +42,4 @@ private:
 };
 
 inline const FailuresOf kFiles("osapi/osapi-unix.cpp");
+inline const FailuresOf kPaths("osapi/osapi-unix-paths.cpp");

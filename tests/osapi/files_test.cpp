@@ -22,7 +22,9 @@
 namespace {
 
 using OSAPI::DiskFile;
-using OSAPI::Syscalls;
+using OSAPI::FileCalls;
+using OSAPI::MappingCalls;
+using OSAPI::PathCalls;
 
 TEST(Open, GivesTheSystemTheFlagsOfTheMode) {
     // The mode's bits by their values: saved calls depend on these numbers.
@@ -42,7 +44,7 @@ TEST(Open, GivesTheSystemTheFlagsOfTheMode) {
     for (const auto& row : table) {
         int flags = 0;
         mode_t wanted = 0;
-        const Intercept<&Syscalls::open> opens([&](const char*, int f, mode_t p) {
+        const Intercept<&FileCalls::open> opens([&](const char*, int f, mode_t p) {
             flags = f;
             wanted = p;
             return -1;
@@ -71,7 +73,7 @@ TEST(Open, CreatesTruncatesAndClosesOnExec) {
 }
 
 TEST(Open, UnsupportedModeFailsWithoutACallAndLeavesTheErrorAlone) {
-    const Fault<&Syscalls::open> opens(EIO, kAlways);
+    const Fault<&FileCalls::open> opens(EIO, kAlways);
     for (const int mode : {4, 5, 6, 7, 12, 15}) {
         errno = ENOSPC;
         EXPECT_EQ(OSAPI::open_can_fail("/", mode), -1);
@@ -97,7 +99,7 @@ TEST(Open, FailureNamesThePathAndLeavesNoDescriptor) {
 
 TEST(Close, ReportsAFailureAndIsNeverRetried) {
     kFiles.expect("close", EBADF, "close", [] { OSAPI::close(-1); });
-    kFiles.expect_every<&Syscalls::close>("close", "close", [] { OSAPI::close(1000); });
+    kFiles.expect_every<&FileCalls::close>("close", "close", [] { OSAPI::close(1000); });
 }
 
 // Ten bytes in a file that is open for reading and writing.
@@ -134,7 +136,7 @@ private:
 };
 
 TEST_F(TenBytes, ReadGivesExactlyWhatIsAskedForHoweverItComes) {
-    const Hesitant<&Syscalls::read> reads;
+    const Hesitant<&FileCalls::read> reads;
     EXPECT_EQ(OSAPI::read(fd(), buffer_, 4), 4);
     EXPECT_STREQ(buffer_, "0123");
     EXPECT_EQ(reads.calls(), 3 * 2);
@@ -145,7 +147,7 @@ TEST_F(TenBytes, ReadGivesExactlyWhatIsAskedForHoweverItComes) {
 }
 
 TEST_F(TenBytes, ReadUpToStopsAtTheEndOnly) {
-    const Hesitant<&Syscalls::read> reads;
+    const Hesitant<&FileCalls::read> reads;
     EXPECT_EQ(OSAPI::read_up_to(fd(), buffer_, 4), 4);
     EXPECT_STREQ(buffer_, "0123");
     EXPECT_EQ(reads.calls(), 3 * 2);
@@ -156,8 +158,8 @@ TEST_F(TenBytes, ReadUpToStopsAtTheEndOnly) {
 }
 
 TEST_F(TenBytes, TransfersAtAnOffsetAdvanceItAndKeepThePosition) {
-    const Hesitant<&Syscalls::pread> reads;
-    const Hesitant<&Syscalls::pwrite> writes;
+    const Hesitant<&FileCalls::pread> reads;
+    const Hesitant<&FileCalls::pwrite> writes;
     EXPECT_EQ(OSAPI::pread(fd(), buffer_, 8, 2), 8);
     EXPECT_STREQ(buffer_, "23456789");
     EXPECT_EQ(reads.calls(), 3 * 3);
@@ -169,13 +171,13 @@ TEST_F(TenBytes, TransfersAtAnOffsetAdvanceItAndKeepThePosition) {
 
 TEST_F(TenBytes, WriteSendsAllInAsManyChunksAsItTakes) {
     {
-        const Hesitant<&Syscalls::write> writes;
+        const Hesitant<&FileCalls::write> writes;
         EXPECT_EQ(OSAPI::write(fd(), "abcdefghij", 10), 10);
         EXPECT_EQ(writes.calls(), 3 * 4);
         EXPECT_EQ(content(), "abcdefghij");
     }
     // Nothing written and no failure: tried again.
-    const Intercept<&Syscalls::write> writes([&](int fd, const void* buffer, size_t count) {
+    const Intercept<&FileCalls::write> writes([&](int fd, const void* buffer, size_t count) {
         return writes.calls() == 1 ? ssize_t{0} : writes.real(fd, buffer, count);
     });
     EXPECT_EQ(OSAPI::write(fd(), "kl", 2), 2);
@@ -190,10 +192,10 @@ TEST_F(TenBytes, ReadBeyondTheEndThrowsAfterTakingWhatThereIs) {
 }
 
 TEST_F(TenBytes, EveryTransferReportsAnyOtherFailureAtOnce) {
-    const Fault<&Syscalls::read> reads(EIO, kAlways);
-    const Fault<&Syscalls::pread> preads(EIO, kAlways);
-    const Fault<&Syscalls::write> writes(ENOSPC, kAlways);
-    const Fault<&Syscalls::pwrite> pwrites(ENOSPC, kAlways);
+    const Fault<&FileCalls::read> reads(EIO, kAlways);
+    const Fault<&FileCalls::pread> preads(EIO, kAlways);
+    const Fault<&FileCalls::write> writes(ENOSPC, kAlways);
+    const Fault<&FileCalls::pwrite> pwrites(ENOSPC, kAlways);
     kFiles.expect("read", EIO, "read", [&] { OSAPI::read(fd(), buffer_, 10); });
     kFiles.expect("read", EIO, "read_short", [&] { OSAPI::read_short(fd(), buffer_, 4); });
     kFiles.expect("read", EIO, "read_up_to", [&] { OSAPI::read_up_to(fd(), buffer_, 3); });
@@ -206,13 +208,13 @@ TEST_F(TenBytes, EveryTransferReportsAnyOtherFailureAtOnce) {
 
 TEST_F(TenBytes, ReadShortGivesWhatThereIsAndRetriesInterruptionsOnly) {
     {
-        const Fault<&Syscalls::read> fault(EINTR, {.after = 0, .times = 2});
+        const Fault<&FileCalls::read> fault(EINTR, {.after = 0, .times = 2});
         EXPECT_EQ(OSAPI::read_short(fd(), buffer_, 16), 10);
         EXPECT_EQ(fault.calls(), 3);
     }
     EXPECT_STREQ(buffer_, "0123456789");
     EXPECT_EQ(OSAPI::read_short(fd(), buffer_, 16), 0);
-    const Fault<&Syscalls::read> fault(EAGAIN, kAlways);
+    const Fault<&FileCalls::read> fault(EAGAIN, kAlways);
     EXPECT_EQ(OSAPI::read_short(fd(), buffer_, 4), 0);
     EXPECT_EQ(fault.calls(), 1);
 }
@@ -222,7 +224,7 @@ TEST(Transfer, AsksForNoMoreThanAnIntCounts) {
         const uword count = static_cast<uword>(INT_MAX) + 5;
         std::vector<size_t> asked;
         // Counts only: the buffer's bytes are never touched.
-        const Intercept<&Syscalls::write> writes([&](int, const void*, size_t size) {
+        const Intercept<&FileCalls::write> writes([&](int, const void*, size_t size) {
             asked.push_back(size);
             return static_cast<ssize_t>(size);
         });
@@ -238,7 +240,7 @@ TEST_F(TenBytes, Sizes) {
     EXPECT_EQ(file_->getsize(), 10U);
     EXPECT_EQ(OSAPI::getsize(path.c_str()), 10U);
     kFiles.expect("fstat", EBADF, "getsize", [] { OSAPI::getsize(-1); });
-    kFiles.expect("stat", ENOENT, "getsize", [&] { OSAPI::getsize((path + "x").c_str()); });
+    kPaths.expect("stat", ENOENT, "getsize", [&] { OSAPI::getsize((path + "x").c_str()); });
 }
 
 TEST_F(TenBytes, TruncateAndSizesBeyondFourGigabytes) {
@@ -267,10 +269,10 @@ TEST_F(TenBytes, Seeking) {
 TEST_F(TenBytes, SyncOfAFileReportsFailuresThatOfTheSystemHasNone) {
     OSAPI::sync(fd());
     OSAPI::datasync(fd());
-    const Fault<&Syscalls::fsync> fault(EIO, kAlways);
+    const Fault<&FileCalls::fsync> fault(EIO, kAlways);
     kFiles.expect("fsync", EIO, "sync", [&] { OSAPI::sync(fd()); });
     kFiles.expect("fsync", EIO, "sync", [&] { OSAPI::datasync(fd()); });
-    const Intercept<&Syscalls::sync> syncs([] {});
+    const Intercept<&FileCalls::sync> syncs([] {});
     OSAPI::sync();
     EXPECT_EQ(syncs.calls(), 1);
 }
@@ -283,17 +285,17 @@ TEST(Names, AreChangedAndRemovedOrNamedInTheFailure) {
     write_file(to, "old");
     OSAPI::rename(from.c_str(), to.c_str());
     EXPECT_EQ(read_file(to), "new");
-    kFiles.expect("rename(" + from + "," + to + ")", ENOENT, "rename",
+    kPaths.expect("rename(" + from + "," + to + ")", ENOENT, "rename",
                   [&] { OSAPI::rename(from.c_str(), to.c_str()); });
     for (const auto remove : {OSAPI::rm, OSAPI::rm_ifexist}) {
         write_file(to, "");
         remove(to.c_str());
         EXPECT_FALSE(std::filesystem::exists(to));
     }
-    kFiles.expect("unlink(" + to + ")", ENOENT, "rm", [&] { OSAPI::rm(to.c_str()); });
+    kPaths.expect("unlink(" + to + ")", ENOENT, "rm", [&] { OSAPI::rm(to.c_str()); });
     OSAPI::rm_ifexist(to.c_str());  // a missing file alone is no error
-    const Fault<&Syscalls::unlink> fault(EROFS);
-    kFiles.expect("unlink(" + to + ")", EROFS, "rm_ifexist",
+    const Fault<&PathCalls::unlink> fault(EROFS);
+    kPaths.expect("unlink(" + to + ")", EROFS, "rm_ifexist",
                   [&] { OSAPI::rm_ifexist(to.c_str()); });
 }
 
@@ -304,7 +306,7 @@ TEST(FileExists, AsksForThePermissionsOfTheMode) {
     write_file(path, "");
     EXPECT_TRUE(OSAPI::file_exists(path.c_str(), 0));
     std::vector<int> asked;
-    const Intercept<&Syscalls::access> checks([&](const char*, int what) {
+    const Intercept<&PathCalls::access> checks([&](const char*, int what) {
         asked.push_back(what);
         return 0;
     });
@@ -329,8 +331,8 @@ std::string reason_of(Run run) {
 
 TEST(Reason, IsTheSystemsTextForEveryError) {
     for (int error = 1; error < 140; ++error) {
-        const Fault<&Syscalls::open> opens(error);
-        const Fault<&Syscalls::close> closes(error);
+        const Fault<&FileCalls::open> opens(error);
+        const Fault<&FileCalls::close> closes(error);
         const std::string text = std::strerror(error);
         EXPECT_EQ(reason_of([] { OSAPI::open("a", OSAPI::kRead); }), text);
         EXPECT_EQ(reason_of([] { OSAPI::close(-1); }), text);
@@ -339,8 +341,8 @@ TEST(Reason, IsTheSystemsTextForEveryError) {
 
 TEST(Reason, IsNotMisledByThePath) {
     const std::string text = std::strerror(ENOENT);
-    const Fault<&Syscalls::open> opens(ENOENT);
-    const Fault<&Syscalls::rename> renames(ENOENT);
+    const Fault<&FileCalls::open> opens(ENOENT);
+    const Fault<&PathCalls::rename> renames(ENOENT);
     for (const char* path : {"a: b in <c> (d:1)", "a\": b", "a): b", ": ", "", "\": "}) {
         EXPECT_EQ(reason_of([path] { OSAPI::open(path, OSAPI::kRead); }), text);
         EXPECT_EQ(reason_of([path] { OSAPI::rename(path, path); }), text);
@@ -374,11 +376,11 @@ TEST_F(FileMapping, ShowsTheWholeFileAfterItsDescriptorIsClosed) {
 TEST_F(FileMapping, FailureNamesTheCallAndLeavesNothing) {
     const auto map = [&] { OSAPI::FileMapping(path_.c_str(), OSAPI::kRead); };
     {
-        const Fault<&Syscalls::fstat> fault(EIO);
+        const Fault<&FileCalls::fstat> fault(EIO);
         kFiles.expect("fstat", EIO, "getsize", map);
     }
     {
-        const Intercept<&Syscalls::munmap> unmaps(
+        const Intercept<&MappingCalls::munmap> unmaps(
             [&](void* addr, size_t size) { return unmaps.real(addr, size); });
         const CloseFault closes(EIO);
         kFiles.expect("close", EIO, "close", map);
@@ -411,7 +413,7 @@ TEST_F(FileMapping, WritesReachTheFile) {
 
 TEST_F(FileMapping, ProtectionFollowsTheMode) {
     std::vector<int> asked;
-    const Intercept<&Syscalls::mmap> maps(
+    const Intercept<&MappingCalls::mmap> maps(
         [&](void*, size_t size, int protection, int flags, int fd, off_t offset) {
             asked.push_back(protection);
             EXPECT_EQ(size, 10U);
@@ -429,7 +431,7 @@ TEST_F(FileMapping, ProtectionFollowsTheMode) {
 TEST(AnonMapping, IsZeroedWritableAndSharedOrPrivateAsAsked) {
     for (const bool shared : {false, true}) {
         int flags = 0;
-        const Intercept<&Syscalls::mmap> maps(
+        const Intercept<&MappingCalls::mmap> maps(
             [&](void* where, size_t size, int protection, int f, int fd, off_t offset) {
                 flags = f;
                 return maps.real(where, size, protection, f, fd, offset);
@@ -443,13 +445,13 @@ TEST(AnonMapping, IsZeroedWritableAndSharedOrPrivateAsAsked) {
 }
 
 TEST(AnonMapping, FailureNamesTheCall) {
-    const Fault<&Syscalls::mmap> fault(ENOMEM);
+    const Fault<&MappingCalls::mmap> fault(ENOMEM);
     kMappings.expect("mmap(anonymous)", ENOMEM, "AnonMapping::AnonMapping",
                      [] { OSAPI::AnonMapping(100, false); });
 }
 
 TEST(MemoryMapping, UnmapsWhatItHasAndReportsThatItCannot) {
-    const Fault<&Syscalls::munmap> fault(EINVAL, kAlways);
+    const Fault<&MappingCalls::munmap> fault(EINVAL, kAlways);
     { const OSAPI::MemoryMapping empty; }
     EXPECT_EQ(fault.calls(), 0);
     kMappings.expect_from_destructor("munmap", EINVAL, "MemoryMapping::~MemoryMapping",
@@ -462,12 +464,12 @@ TEST(MemoryMapping, UnmapsWhatItHasAndReportsThatItCannot) {
 TEST(LockMemory, PinsAndUnpinsTheRange) {
     char page[64];
     std::string log;
-    const Intercept<&Syscalls::mlock> locks([&](const void* addr, size_t size) {
+    const Intercept<&MappingCalls::mlock> locks([&](const void* addr, size_t size) {
         EXPECT_EQ(addr, page);
         log += "lock " + std::to_string(size);
         return 0;
     });
-    const Intercept<&Syscalls::munlock> unlocks([&](const void* addr, size_t size) {
+    const Intercept<&MappingCalls::munlock> unlocks([&](const void* addr, size_t size) {
         EXPECT_EQ(addr, page);
         log += " unlock " + std::to_string(size);
         errno = ENOMEM;
@@ -478,8 +480,8 @@ TEST(LockMemory, PinsAndUnpinsTheRange) {
 }
 
 TEST(LockMemory, FailureNamesTheCallAndUnlocksNothing) {
-    const Fault<&Syscalls::mlock> fault(EPERM);
-    const Fault<&Syscalls::munlock> unlocks(ENOMEM);
+    const Fault<&MappingCalls::mlock> fault(EPERM);
+    const Fault<&MappingCalls::munlock> unlocks(ENOMEM);
     char page[64];
     kMappings.expect("mlock", EPERM, "LockMemory::LockMemory",
                      [&] { OSAPI::LockMemory(page, sizeof page); });

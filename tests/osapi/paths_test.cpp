@@ -15,9 +15,8 @@
 
 namespace {
 
-using OSAPI::Syscalls;
-
-const FailuresOf kPaths("osapi/osapi-unix-paths.cpp");
+using OSAPI::DirectoryCalls;
+using OSAPI::PathCalls;
 
 TEST(Path, HasADirectoryABasenameAndAnExtension) {
     const struct {
@@ -102,13 +101,13 @@ TEST_F(PathStatus, IsReportedWhereItCannotBeHad) {
     errno = EDOM;
     kPaths.expect("stat(" + file_ + ")", EDOM, "get_mtime",
                   [&] { OSAPI::get_mtime(file_.c_str()); });
-    const Fault<&Syscalls::stat> fault(EACCES, kAlways);
+    const Fault<&PathCalls::stat> fault(EACCES, kAlways);
     expect_failures(file_, EACCES, "get_mtime_ifexist");
 }
 
 TEST_F(PathStatus, ModificationTimeGoesInAndComesOut) {
     for (const OSAPI::FileTime time : {1L, 1234567890L, -1L}) {
-        const Intercept<&Syscalls::utime> utimes([&](const char* path, const utimbuf* times) {
+        const Intercept<&PathCalls::utime> utimes([&](const char* path, const utimbuf* times) {
             EXPECT_EQ(times->actime, time) << "of access too";
             return utimes.real(path, times);
         });
@@ -133,14 +132,16 @@ TEST_F(PathStatus, RemoverRemovesOnEveryWayOutAndReportsWhatItCannotRemove) {
     EXPECT_THROW(interrupted(), int);
     EXPECT_FALSE(std::filesystem::exists(file_));
     EXPECT_THROW(interrupted(), int) << "nothing left to remove is no error";
-    const Fault<&Syscalls::unlink> fault(EROFS, kAlways);
-    kFiles.expect_from_destructor("unlink(" + file_ + ")", EROFS, "rm_ifexist", [&](auto end) {
+    const Fault<&PathCalls::unlink> fault(EROFS, kAlways);
+    kPaths.expect_from_destructor("unlink(" + file_ + ")", EROFS, "rm_ifexist", [&](auto end) {
         const OSAPI::Remover remover(file_.c_str());
         end();
     });
 }
 
 const FailuresOf kDirectories("osapi/osapi-unix-directories.cpp");
+const FailuresOf kWorkingDirectory("osapi/osapi-unix-working-directory.cpp");
+const FailuresOf kGlobs("osapi/osapi-unix-glob.cpp");
 
 std::vector<std::string> texts(const Array<String>& names) {
     std::vector<std::string> result;
@@ -180,7 +181,7 @@ TEST_F(Directories, ListingKeepsTheSystemsOrderAndAppends) {
     dirent entries[2] = {};
     std::strcpy(entries[0].d_name, "b");
     std::strcpy(entries[1].d_name, "a");
-    const Intercept<&Syscalls::readdir> reads([&](DIR*) -> dirent* {
+    const Intercept<&DirectoryCalls::readdir> reads([&](DIR*) -> dirent* {
         return reads.calls() <= 2 ? &entries[reads.calls() - 1] : nullptr;
     });
     Array<String> names;
@@ -198,11 +199,11 @@ TEST_F(Directories, ListingReportsEveryFailureAndLeaksNothing) {
     expect_failure("opendir", missing_, ENOENT);
     EXPECT_TRUE(names.empty());
     {
-        const Fault<&Syscalls::readdir> fault(EIO, {.after = 1});
+        const Fault<&DirectoryCalls::readdir> fault(EIO, {.after = 1});
         expect_failure("readdir", path_, EIO);
     }
     // Closed for real, as the system does.
-    const Intercept<&Syscalls::closedir> closes([&](DIR* directory) {
+    const Intercept<&DirectoryCalls::closedir> closes([&](DIR* directory) {
         closes.real(directory);
         errno = EIO;
         return -1;
@@ -214,8 +215,8 @@ TEST_F(Directories, ListingReportsEveryFailureAndLeaksNothing) {
 TEST_F(Directories, ChangingTheCurrentOne) {
     OSAPI::chdir(path_.c_str());
     EXPECT_EQ(std::string(OSAPI::getcwd().c_str()), path_);
-    kDirectories.expect("chdir(" + missing_ + ")", ENOENT, "chdir",
-                        [&] { OSAPI::chdir(missing_.c_str()); });
+    kWorkingDirectory.expect("chdir(" + missing_ + ")", ENOENT, "chdir",
+                             [&] { OSAPI::chdir(missing_.c_str()); });
     EXPECT_EQ(std::string(OSAPI::getcwd().c_str()), path_);
 }
 
@@ -223,12 +224,12 @@ TEST_F(Directories, CurrentOneMayHaveBeenRemoved) {
     std::filesystem::create_directory(path_ + "/gone");
     OSAPI::chdir((path_ + "/gone").c_str());
     std::filesystem::remove(path_ + "/gone");
-    kDirectories.expect("getcwd", ENOENT, "getcwd", [] { OSAPI::getcwd(); });
-    const Fault<&Syscalls::chdir> changes(EIO, kAlways);
+    kWorkingDirectory.expect("getcwd", ENOENT, "getcwd", [] { OSAPI::getcwd(); });
+    const Fault<&PathCalls::chdir> changes(EIO, kAlways);
     OSAPI::chdir(".");
     EXPECT_EQ(changes.calls(), 0);
     // Only the very text "." is exempt.
-    kDirectories.expect("chdir(./)", EIO, "chdir", [] { OSAPI::chdir("./"); });
+    kWorkingDirectory.expect("chdir(./)", EIO, "chdir", [] { OSAPI::chdir("./"); });
 }
 
 TEST_F(Directories, ScopedChangeEndsWithItsObject) {
@@ -239,17 +240,17 @@ TEST_F(Directories, ScopedChangeEndsWithItsObject) {
     };
     EXPECT_THROW(interrupted(), int);
     EXPECT_EQ(std::filesystem::current_path(), start_);
-    kDirectories.expect("chdir(" + missing_ + ")", ENOENT, "chdir",
-                        [&] { OSAPI::ScopedChdir(missing_.c_str()); });
+    kWorkingDirectory.expect("chdir(" + missing_ + ")", ENOENT, "chdir",
+                             [&] { OSAPI::ScopedChdir(missing_.c_str()); });
     EXPECT_EQ(std::filesystem::current_path(), start_);
-    kDirectories.expect_from_destructor(
+    kWorkingDirectory.expect_from_destructor(
         "chdir(" + start_.string() + ")", EACCES, "chdir", [&](auto end) {
             std::filesystem::current_path(start_);
-            const Fault<&Syscalls::chdir> fault(EACCES, {.after = 1});
+            const Fault<&PathCalls::chdir> fault(EACCES, {.after = 1});
             const OSAPI::ScopedChdir inside(path_.c_str());
             end();
         });
-    const Fault<&Syscalls::chdir> changes(EIO, kAlways);
+    const Fault<&PathCalls::chdir> changes(EIO, kAlways);
     { const OSAPI::ScopedChdir nowhere(""); }
     EXPECT_EQ(changes.calls(), 0);
 }
@@ -270,13 +271,13 @@ TEST_F(Directories, GlobGivesTheMatchesSortedOrNone) {
 }
 
 TEST_F(Directories, GlobReportsTheSystemsCode) {
-    const Intercept<&Syscalls::glob> globs(
+    const Intercept<&PathCalls::glob> globs(
         [](const char*, int flags, int (*)(const char*, int), glob_t*) {
             EXPECT_EQ(flags, 0);
             return GLOB_NOSPACE;
         });
-    kDirectories.expect_text("glob(*.stars): " + std::to_string(GLOB_NOSPACE), "Glob::Glob",
-                             [] { OSAPI::Glob glob("*.stars"); });
+    kGlobs.expect_text("glob(*.stars): " + std::to_string(GLOB_NOSPACE), "Glob::Glob",
+                       [] { OSAPI::Glob glob("*.stars"); });
 }
 
 }  // namespace

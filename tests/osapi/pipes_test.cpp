@@ -19,9 +19,10 @@
 
 namespace {
 
+using OSAPI::DescriptorCalls;
+using OSAPI::FileCalls;
 using OSAPI::FileDescriptor;
 using OSAPI::Pipe;
-using OSAPI::Syscalls;
 
 const FailuresOf kPipes("osapi/osapi-unix-pipes.cpp");
 
@@ -65,7 +66,7 @@ TEST(Pipe, RefusesToOpenWhileAnEndIsOpenAndKeepsWhatItHas) {
 TEST(Pipe, ReportsEveryFailure) {
     const int before = open_descriptors();
     Pipe pipe;
-    kPipes.expect_every<&Syscalls::pipe>("pipe", "Pipe::open", [&] { pipe.open(); });
+    kPipes.expect_every<&DescriptorCalls::pipe>("pipe", "Pipe::open", [&] { pipe.open(); });
     EXPECT_FALSE(pipe.read_end().is_open());
     EXPECT_FALSE(pipe.write_end().is_open());
     EXPECT_EQ(open_descriptors(), before);
@@ -98,8 +99,8 @@ TEST(NamedPipe, ReportsPathAndError) {
     write_file(path, "");
     kPipes.expect("mknod(" + path + ")", EEXIST, "make_named_pipe",
                   [&] { OSAPI::make_named_pipe(path.c_str()); });
-    kPipes.expect_every<&Syscalls::mknod>("mknod(p)", "make_named_pipe",
-                                          [&] { OSAPI::make_named_pipe("p"); });
+    kPipes.expect_every<&DescriptorCalls::mknod>("mknod(p)", "make_named_pipe",
+                                                 [&] { OSAPI::make_named_pipe("p"); });
 }
 
 const FailuresOf kPolling("osapi/osapi-unix-polling.cpp");
@@ -134,7 +135,7 @@ TEST_F(Polling, GivesZeroWhenTheTimeIsUp) {
 
 TEST_F(Polling, WaitsOnWhenSignalsArrive) {
     for (const bool restart : {false, true}) {  // this call is never restarted by the system
-        const ThreeInterruptions<&Syscalls::poll> polls([&] { make_readable(); }, restart);
+        const ThreeInterruptions<&DescriptorCalls::poll> polls([&] { make_readable(); }, restart);
         pollfd one = {reader(), POLLIN, 0};
         EXPECT_EQ(OSAPI::poll(&one, 1, -1, false), 1);
         EXPECT_EQ(polls.calls(), 4);
@@ -155,7 +156,7 @@ TEST_F(Polling, ReportsAnyOtherFailure) {
     pollfd one = {writer(), POLLOUT, 0};
     for (const int error : {EAGAIN, ENOSPC, EIO, EMFILE}) {
         for (const bool return_on_interrupt : {false, true}) {
-            const Fault<&Syscalls::poll> fault(error);
+            const Fault<&DescriptorCalls::poll> fault(error);
             kPolling.expect("poll", error, "poll",
                             [&] { OSAPI::poll(&one, 1, -1, return_on_interrupt); });
             EXPECT_EQ(fault.calls(), 1);
@@ -165,7 +166,7 @@ TEST_F(Polling, ReportsAnyOtherFailure) {
 
 TEST_F(Polling, ReadingWaitsOnTheSameWay) {
     for (const auto read : {OSAPI::read, OSAPI::read_short}) {
-        const ThreeInterruptions<&Syscalls::read> reads([&] { make_readable(); });
+        const ThreeInterruptions<&FileCalls::read> reads([&] { make_readable(); });
         char byte = 0;
         EXPECT_EQ(read(reader(), &byte, 1), 1);
         EXPECT_EQ(byte, 'x');

@@ -29,7 +29,8 @@ namespace {
 
 using OSAPI::_wait_until_dead;
 using OSAPI::ChildProcess;
-using OSAPI::Syscalls;
+using OSAPI::FileCalls;
+using OSAPI::ProcessCalls;
 
 const FailuresOf kProcesses("osapi/osapi-unix-processes.cpp");
 
@@ -70,7 +71,7 @@ TEST(Fork, GivesZeroToTheChildAndTheChildsIdToTheParent) {
     EXPECT_NE(pid, OSAPI::getpid());
     EXPECT_EQ(OSAPI::getpid(), ::getpid());
     EXPECT_EQ(_wait_until_dead(pid, nullptr, false), 0);
-    kProcesses.expect_every<&Syscalls::fork>("fork", "fork", [] { OSAPI::fork(); });
+    kProcesses.expect_every<&ProcessCalls::fork>("fork", "fork", [] { OSAPI::fork(); });
 }
 
 TEST(Exec, RunsAProgramFoundAlongThePathWithItsArgumentsOrItsNameAlone) {
@@ -88,8 +89,8 @@ TEST(Exec, ReturnsOnlyByThrowing) {
     const std::string missing = folder / "none";
     kProcesses.expect("exec(" + missing + ")", ENOENT, "exec",
                       [&] { OSAPI::exec(missing.c_str(), nullptr); });
-    kProcesses.expect_every<&Syscalls::execvp>("exec(true)", "exec",
-                                               [] { OSAPI::exec("true", nullptr); });
+    kProcesses.expect_every<&ProcessCalls::execvp>("exec(true)", "exec",
+                                                   [] { OSAPI::exec("true", nullptr); });
 }
 
 TEST(Wait, GivesTheExitCodeAndTheIdOfTheChild) {
@@ -117,7 +118,7 @@ TEST(Wait, GoesOnWhenTheSystemReportsAStopOrAContinuation) {
     WaitingChild child;
     std::string seen;
     // As for a traced child, whose stops are always reported.
-    const Intercept<&Syscalls::waitpid> waits([&](pid_t pid, int* status, int options) {
+    const Intercept<&ProcessCalls::waitpid> waits([&](pid_t pid, int* status, int options) {
         const pid_t result = waits.real(pid, status, options | WUNTRACED | WCONTINUED);
         if (WIFSTOPPED(*status)) {
             seen += "stopped ";
@@ -158,7 +159,7 @@ TEST(Wait, ForWhatIsNoChildGives15) {
 
 TEST(Wait, IsRepeatedWhenASignalArrives) {
     WaitingChild child;
-    const ThreeInterruptions<&Syscalls::waitpid> waits([&] { child.let_go(); });
+    const ThreeInterruptions<&ProcessCalls::waitpid> waits([&] { child.let_go(); });
     EXPECT_EQ(_wait_until_dead(child.pid(), nullptr, false), 0);
     EXPECT_EQ(waits.calls(), 4);
 }
@@ -166,7 +167,7 @@ TEST(Wait, IsRepeatedWhenASignalArrives) {
 TEST(Wait, ReportsAnyOtherFailure) {
     const int pid = fork_child([] { return 6; });
     for (const int error : {EAGAIN, ENOSPC, EIO, EMFILE}) {
-        const Fault<&Syscalls::waitpid> fault(error);
+        const Fault<&ProcessCalls::waitpid> fault(error);
         kProcesses.expect("waitpid", error, "_wait_until_dead",
                           [&] { _wait_until_dead(pid, nullptr, false); });
         EXPECT_EQ(fault.calls(), 1);
@@ -175,7 +176,7 @@ TEST(Wait, ReportsAnyOtherFailure) {
 }
 
 TEST(Wait, RefusesAReturnWithoutAnEnd) {
-    const Intercept<&Syscalls::waitpid> waits([](pid_t, int*, int) { return pid_t{0}; });
+    const Intercept<&ProcessCalls::waitpid> waits([](pid_t, int*, int) { return pid_t{0}; });
     kProcesses.expect_text("unexpected return value from waitpid()", "_wait_until_dead",
                            [] { _wait_until_dead(1, nullptr, false); });
     EXPECT_EQ(_wait_until_dead(1, nullptr, true), -1);
@@ -196,7 +197,7 @@ TEST(Kill, ReportsProcessAndSignal) {
     OSAPI::kill(self, 0);  // only asks whether it could
     kProcesses.expect("kill(" + std::to_string(self) + ",12345)", EINVAL, "kill",
                       [&] { OSAPI::kill(self, 12345); });
-    kProcesses.expect_every<&Syscalls::kill>("kill(-7,9)", "kill", [] { OSAPI::kill(-7, 9); });
+    kProcesses.expect_every<&ProcessCalls::kill>("kill(-7,9)", "kill", [] { OSAPI::kill(-7, 9); });
 }
 
 OSAPI::Pipe* cleaned_up = nullptr;
@@ -239,7 +240,7 @@ TEST(Sleep, TellsWhatIsLeftWhenASignalArrives) {
 }
 
 TEST(Yield, AsksTheSystem) {
-    const Intercept<&Syscalls::sched_yield> yields([&] { return yields.real(); });
+    const Intercept<&ProcessCalls::sched_yield> yields([&] { return yields.real(); });
     OSAPI::yield();
     EXPECT_EQ(yields.calls(), 1);
 }
@@ -249,7 +250,7 @@ TEST(ChildProcess, RunsOneFunctionAtATimeAndIsWaitedFor) {
     EXPECT_EQ(child.pid(), -1);
     child.stop();  // none: nothing to wait for
     {
-        const Fault<&Syscalls::fork> fault(EAGAIN);
+        const Fault<&ProcessCalls::fork> fault(EAGAIN);
         kProcesses.expect("fork", EAGAIN, "fork", [&] { child.start([] { return 0; }); });
         EXPECT_EQ(child.pid(), -1);
     }
@@ -312,8 +313,8 @@ TEST(LeadGroup, MakesAGroupThatChildrenJoin) {
 }
 
 TEST(LeadGroup, ReportsEveryFailure) {
-    kDescendants.expect_every<&Syscalls::setpgid>("setpgid", "lead_group",
-                                                  [] { OSAPI::lead_group(); });
+    kDescendants.expect_every<&ProcessCalls::setpgid>("setpgid", "lead_group",
+                                                      [] { OSAPI::lead_group(); });
 }
 
 TEST(Children, AreOwnOnesAloneUntilTheyAreWaitedFor) {
@@ -332,14 +333,14 @@ TEST(Children, AreOwnOnesAloneUntilTheyAreWaitedFor) {
     _wait_until_dead(first, nullptr, false);
     // What is told of a process that ended between two calls: process 1, say, which comes first.
     {
-        const Fault<&Syscalls::open> gone(ENOENT);
+        const Fault<&FileCalls::open> gone(ENOENT);
         const std::vector<int> one = OSAPI::children();
         EXPECT_FALSE(holds(one, first));
         EXPECT_TRUE(holds(one, second));
         EXPECT_GT(gone.calls(), 1);
     }
     {
-        const Fault<&Syscalls::read> gone(ESRCH);
+        const Fault<&FileCalls::read> gone(ESRCH);
         EXPECT_TRUE(holds(OSAPI::children(), second));
         EXPECT_GT(gone.calls(), 1);
     }
@@ -382,7 +383,7 @@ TEST(AdoptOrphans, MakesChildrenOfThem) {
 }
 
 TEST(AdoptOrphans, SaysWhereThereIsNoSuchThing) {
-    const Fault<&Syscalls::become_reaper> fault(ENOSYS);
+    const Fault<&ProcessCalls::become_reaper> fault(ENOSYS);
     EXPECT_FALSE(OSAPI::adopt_orphans());
     EXPECT_EQ(fault.calls(), 1);
 }

@@ -24,7 +24,7 @@
 
 namespace {
 
-using OSAPI::Syscalls;
+using OSAPI::SocketCalls;
 
 // The name is kept for the whole process: each test asks in one that has not asked yet.
 
@@ -43,7 +43,7 @@ TEST(HostName, IsTheSystemsOwn) {
 
 TEST(HostName, IsAskedForOnceUnlessThatFails) {
     EXPECT_TRUE(holds_in_child([] {
-        const Intercept<&Syscalls::gethostname> asks([&](char* name, std::size_t size) {
+        const Intercept<&SocketCalls::gethostname> asks([&](char* name, std::size_t size) {
             std::strcpy(name, asks.calls() == 1 ? "first" : "second");
             return size == 256 ? 0 : -1;
         });
@@ -52,7 +52,7 @@ TEST(HostName, IsAskedForOnceUnlessThatFails) {
     EXPECT_TRUE(holds_in_child([] {
         int failures = 0;
         for (const int error : kErrors) {
-            const Fault<&Syscalls::gethostname> fault(error);
+            const Fault<&SocketCalls::gethostname> fault(error);
             const std::string message = thrown_message([] { OSAPI::gethostname(); });
             failures += message.find(with_error("gethostname", error) + " in <") == 0 ? 1 : 0;
         }
@@ -62,7 +62,7 @@ TEST(HostName, IsAskedForOnceUnlessThatFails) {
 
 TEST(HostName, LongNameIsCutToTheBuffer) {
     EXPECT_TRUE(holds_in_child([] {
-        const Intercept<&Syscalls::gethostname> asks([](char* name, std::size_t size) {
+        const Intercept<&SocketCalls::gethostname> asks([](char* name, std::size_t size) {
             std::memset(name, 'n', size);
             return 0;
         });
@@ -101,7 +101,7 @@ TEST(Console, IsAskedForByDescriptorAndNeitherAFileNorWhatIsNotOpen) {
     EXPECT_FALSE(OSAPI::is_console(file.fd()));
     EXPECT_FALSE(OSAPI::is_console(-1));
     std::vector<int> asked;
-    const Intercept<&OSAPI::Syscalls::isatty> asks([&](int fd) {
+    const Intercept<&OSAPI::DescriptorCalls::isatty> asks([&](int fd) {
         asked.push_back(fd);
         return fd == 2 ? 0 : 1;
     });
@@ -115,7 +115,7 @@ TEST(Console, IsAskedForByDescriptorAndNeitherAFileNorWhatIsNotOpen) {
 TEST(Root, IsTheEffectiveUserZero) {
     EXPECT_EQ(OSAPI::running_as_root(), geteuid() == 0);
     uid_t user = 0;
-    const Intercept<&OSAPI::Syscalls::geteuid> asks([&] { return user; });
+    const Intercept<&OSAPI::ProcessCalls::geteuid> asks([&] { return user; });
     EXPECT_TRUE(OSAPI::running_as_root());
     user = 1000;
     EXPECT_FALSE(OSAPI::running_as_root());

@@ -12,11 +12,11 @@
 
 namespace {
 
+using OSAPI::ProcessCalls;
 using OSAPI::Signal;
 using OSAPI::SignalDefault;
 using OSAPI::SignalHandler;
 using OSAPI::SignalIgnore;
-using OSAPI::Syscalls;
 
 static_assert(!std::is_nothrow_destructible_v<SignalHandler>);
 static_assert(!std::is_copy_constructible_v<SignalHandler>);
@@ -127,7 +127,7 @@ TEST_F(Signals, GuardThatInstalledTwiceRestoresWhatItFoundFirst) {
 }
 
 TEST_F(Signals, GuardThatInstalledNothingRestoresNothing) {
-    const Fault<&Syscalls::sigaction> calls(EIO, kAlways);
+    const Fault<&ProcessCalls::sigaction> calls(EIO, kAlways);
     { const Signal guard(SIGUSR1); }
     EXPECT_EQ(calls.calls(), 0);
 }
@@ -162,14 +162,14 @@ TEST_F(Signals, FailureNamesTheSignal) {
                     [] { const SignalHandler guard(SIGKILL, first, true); });
     const std::string call = "sigaction(" + std::to_string(SIGUSR1) + ")";
     // Each time one call: there is nothing to restore.
-    kSignals.expect_every<&Syscalls::sigaction>(call, "Signal::install",
-                                                [] { const SignalIgnore guard(SIGUSR1); });
+    kSignals.expect_every<&ProcessCalls::sigaction>(call, "Signal::install",
+                                                    [] { const SignalIgnore guard(SIGUSR1); });
     EXPECT_EQ(disposition(SIGUSR1).sa_handler, SIG_DFL);
-    kSignals.expect_every<&Syscalls::sigaction>(call, "is_signal_ignored",
-                                                [] { OSAPI::is_signal_ignored(SIGUSR1); });
+    kSignals.expect_every<&ProcessCalls::sigaction>(call, "is_signal_ignored",
+                                                    [] { OSAPI::is_signal_ignored(SIGUSR1); });
     const SignalHandler outer(SIGUSR1, first, true);
     kSignals.expect_from_destructor(call, EIO, "Signal::~Signal", [](auto end) {
-        const Fault<&Syscalls::sigaction> fault(EIO, {.after = 1});
+        const Fault<&ProcessCalls::sigaction> fault(EIO, {.after = 1});
         const SignalIgnore guard(SIGUSR1);
         end();
     });

@@ -81,8 +81,10 @@ void expect_joined(OSAPI::fd_t from, OSAPI::fd_t to) {
 
 namespace fs = std::filesystem;
 using OSAPI::connect_tcp;
+using OSAPI::DescriptorCalls;
 using OSAPI::FileDescriptor;
-using OSAPI::Syscalls;
+using OSAPI::PathCalls;
+using OSAPI::SocketCalls;
 using OSAPI::TCPServerSocket;
 using OSAPI::UNIXServerSocket;
 
@@ -131,8 +133,8 @@ TEST(TCPServer, ClosesAndOpensAgainOnTheSamePort) {
 }
 
 TEST(Ports, ThatAreNoneAreRefusedBeforeAnyCall) {
-    const Fault<&Syscalls::socket> sockets(EIO, kAlways);
-    const Fault<&Syscalls::gethostbyname> lookups(EIO, kAlways);
+    const Fault<&SocketCalls::socket> sockets(EIO, kAlways);
+    const Fault<&SocketCalls::gethostbyname> lookups(EIO, kAlways);
     const std::string condition = "port > 0 && port <= 65535";
     TCPServerSocket server;
     for (const int port : {0, 65536, -1}) {
@@ -148,14 +150,14 @@ TEST(Ports, ThatAreNoneAreRefusedBeforeAnyCall) {
 
 TEST(TCPServer, AsksForAReusableAddressOnAllInterfacesAndABacklogOfFive) {
     std::string asked;
-    const Intercept<&Syscalls::socket> sockets([&](int family, int type, int protocol) {
+    const Intercept<&SocketCalls::socket> sockets([&](int family, int type, int protocol) {
         EXPECT_EQ(family, AF_INET);
         EXPECT_EQ(type, SOCK_STREAM);
         EXPECT_EQ(protocol, IPPROTO_TCP);
         asked += "socket ";
         return sockets.real(family, type, protocol);
     });
-    const Intercept<&Syscalls::setsockopt> options(
+    const Intercept<&SocketCalls::setsockopt> options(
         [&](int, int level, int name, const void* value, socklen_t size) {
             EXPECT_EQ(level, SOL_SOCKET);
             EXPECT_EQ(name, SO_REUSEADDR);
@@ -164,7 +166,7 @@ TEST(TCPServer, AsksForAReusableAddressOnAllInterfacesAndABacklogOfFive) {
             asked += "setsockopt ";
             return 0;
         });
-    const Intercept<&Syscalls::bind> binds([&](int, const sockaddr* address, socklen_t size) {
+    const Intercept<&SocketCalls::bind> binds([&](int, const sockaddr* address, socklen_t size) {
         sockaddr_in wanted = {};
         EXPECT_EQ(size, sizeof wanted);
         std::memcpy(&wanted, address, sizeof wanted);
@@ -177,7 +179,7 @@ TEST(TCPServer, AsksForAReusableAddressOnAllInterfacesAndABacklogOfFive) {
         asked += "bind ";
         return 0;
     });
-    const Intercept<&Syscalls::listen> listens([&](int, int backlog) {
+    const Intercept<&SocketCalls::listen> listens([&](int, int backlog) {
         EXPECT_EQ(backlog, 5);
         asked += "listen";
         return 0;
@@ -188,16 +190,16 @@ TEST(TCPServer, AsksForAReusableAddressOnAllInterfacesAndABacklogOfFive) {
 
 TEST(TCPServer, EveryFailureOfOpeningHasItsTextAndLeavesNothingOpen) {
     const ReservedPort port;
-    expect_every_failure<&Syscalls::socket, &Syscalls::setsockopt, &Syscalls::bind,
-                         &Syscalls::listen, &Syscalls::fcntl>(
+    expect_every_failure<&SocketCalls::socket, &SocketCalls::setsockopt, &SocketCalls::bind,
+                         &SocketCalls::listen, &DescriptorCalls::fcntl>(
         {"socket", "setsockopt(SO_REUSEADDR)", "bind", "listen", "fcntl"},
         [&] { const TCPServerSocket server(port.number()); });
 }
 
 TEST(ConnectTCP, UnknownHostIsReportedInTheResolversWordsAndAnotherFamilyRefused) {
-    const Fault<&Syscalls::socket> sockets(EIO, kAlways);
+    const Fault<&SocketCalls::socket> sockets(EIO, kAlways);
     for (const int error : {HOST_NOT_FOUND, TRY_AGAIN, NO_RECOVERY, NO_DATA}) {
-        const Intercept<&Syscalls::gethostbyname> lookups([error](const char*) -> hostent* {
+        const Intercept<&SocketCalls::gethostbyname> lookups([error](const char*) -> hostent* {
             h_errno = error;
             return nullptr;
         });
@@ -206,7 +208,7 @@ TEST(ConnectTCP, UnknownHostIsReportedInTheResolversWordsAndAnotherFamilyRefused
     }
     hostent host = {};
     host.h_addrtype = AF_INET6;
-    const Intercept<&Syscalls::gethostbyname> lookups([&](const char*) { return &host; });
+    const Intercept<&SocketCalls::gethostbyname> lookups([&](const char*) { return &host; });
     EXPECT_EQ(failed_assertion([] { connect_tcp("six", 80); }), "h->h_addrtype == AF_INET");
     EXPECT_EQ(sockets.calls(), 0);
 }
@@ -219,19 +221,20 @@ TEST(ConnectTCP, TakesTheHostsFirstAddress) {
     host.h_addrtype = AF_INET;
     host.h_length = 4;
     host.h_addr_list = addresses;
-    const Intercept<&Syscalls::gethostbyname> lookups([&](const char* name) {
+    const Intercept<&SocketCalls::gethostbyname> lookups([&](const char* name) {
         EXPECT_STREQ(name, "two");
         return &host;
     });
-    const Intercept<&Syscalls::connect> connects([](int, const sockaddr* address, socklen_t size) {
-        sockaddr_in wanted = {};
-        EXPECT_EQ(size, sizeof wanted);
-        std::memcpy(&wanted, address, sizeof wanted);
-        EXPECT_EQ(wanted.sin_family, AF_INET);
-        EXPECT_EQ(wanted.sin_addr.s_addr, htonl(0x0A010203));
-        EXPECT_EQ(wanted.sin_port, htons(80));
-        return 0;
-    });
+    const Intercept<&SocketCalls::connect> connects(
+        [](int, const sockaddr* address, socklen_t size) {
+            sockaddr_in wanted = {};
+            EXPECT_EQ(size, sizeof wanted);
+            std::memcpy(&wanted, address, sizeof wanted);
+            EXPECT_EQ(wanted.sin_family, AF_INET);
+            EXPECT_EQ(wanted.sin_addr.s_addr, htonl(0x0A010203));
+            EXPECT_EQ(wanted.sin_port, htons(80));
+            return 0;
+        });
     const FileDescriptor client(connect_tcp("two", 80));
     EXPECT_EQ(connects.calls(), 1);
 }
@@ -239,7 +242,7 @@ TEST(ConnectTCP, TakesTheHostsFirstAddress) {
 TEST(ConnectTCP, EveryFailureHasItsTextAndLeavesNothingOpen) {
     TCPServerSocket server;
     const int port = open_on_free_port(server);
-    expect_every_failure<&Syscalls::socket, &Syscalls::connect>(
+    expect_every_failure<&SocketCalls::socket, &SocketCalls::connect>(
         {"socket", "connect(\"127.0.0.1:" + std::to_string(port) + "\")"},
         [&] { const FileDescriptor client(connect_tcp("127.0.0.1", port)); });
 }
@@ -251,12 +254,12 @@ protected:
 };
 
 TEST_F(LocalServer, AsksForALocalStreamAndABacklogOfFive) {
-    const Intercept<&Syscalls::socket> sockets([&](int family, int type, int protocol) {
+    const Intercept<&SocketCalls::socket> sockets([&](int family, int type, int protocol) {
         EXPECT_EQ(family, AF_UNIX);
         EXPECT_EQ(type, SOCK_STREAM);
         return sockets.real(family, type, protocol);
     });
-    const Intercept<&Syscalls::listen> listens([&](int fd, int backlog) {
+    const Intercept<&SocketCalls::listen> listens([&](int fd, int backlog) {
         EXPECT_EQ(backlog, 5);
         return listens.real(fd, backlog);
     });
@@ -285,9 +288,9 @@ TEST_F(LocalServer, RemovesItsPathWhenItCloses) {
 
 TEST_F(LocalServer, ClosesEvenWhenItsPathCannotBeRemoved) {
     const int before = open_descriptors();
-    kFiles.expect_from_destructor("unlink(" + path_ + ")", EIO, "rm_ifexist", [&](auto end) {
+    kPaths.expect_from_destructor("unlink(" + path_ + ")", EIO, "rm_ifexist", [&](auto end) {
         fs::remove(path_);
-        const Fault<&Syscalls::unlink> fault(EIO);
+        const Fault<&PathCalls::unlink> fault(EIO);
         const UNIXServerSocket server(path_.c_str());
         end();
     });
@@ -296,7 +299,7 @@ TEST_F(LocalServer, ClosesEvenWhenItsPathCannotBeRemoved) {
 
 TEST_F(LocalServer, TakesPathsOf1To102Characters) {
     {
-        const Fault<&Syscalls::socket> sockets(EIO, kAlways);
+        const Fault<&SocketCalls::socket> sockets(EIO, kAlways);
         EXPECT_EQ(failed_assertion([] { const UNIXServerSocket server(""); }), "mypath[0] != 0");
         EXPECT_EQ(sockets.calls(), 0);
     }
@@ -328,16 +331,16 @@ TEST_F(LocalServer, LeavesAloneWhatStandsAtItsPath) {
 }
 
 TEST_F(LocalServer, EveryFailureOfOpeningHasItsTextAndLeavesNothing) {
-    expect_every_failure<&Syscalls::socket, &Syscalls::bind, &Syscalls::listen, &Syscalls::fcntl>(
-        {"socket", "bind", "listen", "fcntl"}, [&] {
-            try {
-                const UNIXServerSocket server(path_.c_str());
-                EXPECT_TRUE(fs::is_socket(path_));
-            } catch (...) {
-                EXPECT_FALSE(fs::exists(path_));
-                throw;
-            }
-        });
+    expect_every_failure<&SocketCalls::socket, &SocketCalls::bind, &SocketCalls::listen,
+                         &DescriptorCalls::fcntl>({"socket", "bind", "listen", "fcntl"}, [&] {
+        try {
+            const UNIXServerSocket server(path_.c_str());
+            EXPECT_TRUE(fs::is_socket(path_));
+        } catch (...) {
+            EXPECT_FALSE(fs::exists(path_));
+            throw;
+        }
+    });
 }
 
 using OSAPI::ServerSocket;
@@ -395,7 +398,7 @@ TEST_P(Servers, ReturnOnASignalWhenAskedTo) {
 
 TEST_P(Servers, WaitOnWhenSignalsArrive) {
     FileDescriptor client;
-    const ThreeInterruptions<&Syscalls::accept> accepts([&] { client.init(connected()); });
+    const ThreeInterruptions<&SocketCalls::accept> accepts([&] { client.init(connected()); });
     const FileDescriptor accepted(server().accept(false));
     EXPECT_EQ(accepts.calls(), 4);
     expect_joined(client.fd(), accepted.fd());
@@ -408,12 +411,12 @@ TEST_P(Servers, ReportEveryFailureAndLoseNeitherDescriptorNorClient) {
             const FileDescriptor client(connected());
             const int before = open_descriptors();
             if (error != EINTR) {
-                const Fault<&Syscalls::accept> fault(error);
+                const Fault<&SocketCalls::accept> fault(error);
                 kSockets.expect("accept", error, "ServerSocket::accept", accept);
                 EXPECT_EQ(fault.calls(), 1);
             }
             // The client is still waiting, and lost to what fails after it is accepted.
-            const Fault<&Syscalls::fcntl> fault(error);
+            const Fault<&DescriptorCalls::fcntl> fault(error);
             kSocketFlags.expect("fcntl", error, "close_on_exec", accept);
             EXPECT_EQ(open_descriptors(), before);
         }

@@ -25,10 +25,10 @@ using OSAPI::BufferedFileInput;
 using OSAPI::BufferedFileOutput;
 using OSAPI::DescriptorInput;
 using OSAPI::DiskFile;
+using OSAPI::FileCalls;
 using OSAPI::FileInput;
 using OSAPI::FileOutput;
 using OSAPI::RWFileDescriptor;
-using OSAPI::Syscalls;
 
 class Streams : public testing::Test {
 protected:
@@ -49,7 +49,7 @@ TEST_F(Streams, FileInputIsOneShortReadACall) {
     DiskFile file(file_of("abcdefgh"), OSAPI::kRead);
     FileInput input(file);
     EXPECT_EQ(input.curpos(), 0);
-    const Intercept<&Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
+    const Intercept<&FileCalls::read> reads([&](int fd, void* buffer, size_t count) {
         return reads.real(fd, buffer, std::min<size_t>(count, 3));
     });
     EXPECT_EQ(read_text(input, 5), "abc");
@@ -64,7 +64,7 @@ TEST_F(Streams, FileInputIsOneShortReadACall) {
 TEST_F(Streams, FileInputMovesTheFileOnlyWhereItIsNot) {
     DiskFile file(file_of("abcdefgh"), OSAPI::kRead);
     FileInput input(file);
-    const Intercept<&Syscalls::lseek> seeks(
+    const Intercept<&FileCalls::lseek> seeks(
         [&](int fd, off_t offset, int whence) { return seeks.real(fd, offset, whence); });
     read_text(input, 2);
     EXPECT_EQ(input.seek_from_start(2), 2);
@@ -84,7 +84,7 @@ TEST_F(Streams, FileInputMovesTheFileOnlyWhereItIsNot) {
 TEST_F(Streams, FileOutputWritesAllOfIt) {
     DiskFile file(path(), OSAPI::kWrite);
     FileOutput output(file);
-    const Intercept<&Syscalls::write> writes([&](int fd, const void* bytes, size_t count) {
+    const Intercept<&FileCalls::write> writes([&](int fd, const void* bytes, size_t count) {
         return writes.real(fd, bytes, std::min<size_t>(count, 3));
     });
     EXPECT_EQ(write_text(output, "abcdefgh"), 8);
@@ -96,7 +96,7 @@ TEST_F(Streams, FileOutputWritesAllOfIt) {
 TEST_F(Streams, FileOutputMovesTheFileOnlyWhereItIsNot) {
     DiskFile file(path(), OSAPI::kWrite);
     FileOutput output(file);
-    const Intercept<&Syscalls::lseek> seeks(
+    const Intercept<&FileCalls::lseek> seeks(
         [&](int fd, off_t offset, int whence) { return seeks.real(fd, offset, whence); });
     write_text(output, "abc");
     EXPECT_EQ(output.seek_from_start(3), 3);
@@ -136,7 +136,7 @@ TEST_F(Streams, PositionsBeyondFourGigabytes) {
 TEST_F(Streams, BufferedFileInputReads4096BytesAtATime) {
     BufferedFileInput input(file_of(std::string(10000, 'x')), OSAPI::kRead);
     std::vector<size_t> asked;
-    const Intercept<&Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
+    const Intercept<&FileCalls::read> reads([&](int fd, void* buffer, size_t count) {
         asked.push_back(count);
         return reads.real(fd, buffer, count);
     });
@@ -184,14 +184,14 @@ TEST_F(Streams, BufferedFileOutputLeavesTheDescriptorOpenOnRequestThoughItsLastF
     EXPECT_EQ(read_file(path_), "abc");
     EXPECT_EQ(kept.write("de", 2), 2);
     EXPECT_EQ(read_file(path_), "abcde");
-    const Fault<&Syscalls::write> fault(ENOSPC);
+    const Fault<&FileCalls::write> fault(ENOSPC);
     kFiles.expect("write", ENOSPC, "write", [&] { write_into(kept_too); });
     EXPECT_NE(fcntl(kept_too.fd(), F_GETFD), -1);
     EXPECT_EQ(fault.calls(), 1);
 }
 
 TEST_F(Streams, DestructorThrowsTheFailedFlushAndClosesAllTheSame) {
-    const Fault<&Syscalls::write> fault(ENOSPC, kAlways);
+    const Fault<&FileCalls::write> fault(ENOSPC, kAlways);
     kFiles.expect("write", ENOSPC, "write", [&] {
         BufferedFileOutput output(path(), OSAPI::kWrite);
         write_text(output, "abc");
@@ -200,7 +200,7 @@ TEST_F(Streams, DestructorThrowsTheFailedFlushAndClosesAllTheSame) {
 }
 
 TEST_F(Streams, FailedFlushAndCloseWhileUnwindingArePrinted) {
-    const Fault<&Syscalls::write> fault(ENOSPC, kAlways);
+    const Fault<&FileCalls::write> fault(ENOSPC, kAlways);
     const CloseFault closes(EIO);
     const std::string printed = output_of(stderr, [&] {
         EXPECT_THROW(
@@ -235,7 +235,7 @@ TEST_F(Streams, DescriptorInputFillsItsRequestsFromAPipe) {
     pipe.writing.write("abcdefgh", 8);
     pipe.end();
     DescriptorInput source(pipe.reading);
-    const Intercept<&Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
+    const Intercept<&FileCalls::read> reads([&](int fd, void* buffer, size_t count) {
         return reads.real(fd, buffer, std::min<size_t>(count, 2));
     });
     EXPECT_EQ(read_text(source, 5), "abcde");
@@ -250,7 +250,7 @@ TEST_F(Streams, DescriptorInputFillsItsRequestsFromAPipe) {
 TEST_F(Streams, DescriptorInputWaitsForANonBlockingPipe) {
     OpenPipe pipe;
     fcntl(pipe.reading.fd(), F_SETFL, O_NONBLOCK);
-    const Intercept<&Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
+    const Intercept<&FileCalls::read> reads([&](int fd, void* buffer, size_t count) {
         if (reads.calls() == 3) {
             pipe.writing.write("abc", 3);
             pipe.end();
@@ -371,7 +371,7 @@ TEST_F(Streams, FailureWithoutMemoryForItsTextIsStillAnExceptionOfItsKind) {
 }
 
 TEST_F(Streams, DestructorWithoutMemoryForItsFailureStillClosesTheFile) {
-    const Fault<&Syscalls::write> fault(ENOSPC, kAlways);
+    const Fault<&FileCalls::write> fault(ENOSPC, kAlways);
     for (unsigned int granted = 0; granted < 3; ++granted) {
         FailingAllocator allocator;
         allocator.refuse_after(granted);
@@ -386,8 +386,8 @@ TEST_F(Streams, DestructorWithoutMemoryForItsFailureStillClosesTheFile) {
     }
 }
 
-using AnyCallFault = NthCallFault<&Syscalls::open, &Syscalls::read, &Syscalls::write,
-                                  &Syscalls::lseek, &Syscalls::close>;
+using AnyCallFault = NthCallFault<&FileCalls::open, &FileCalls::read, &FileCalls::write,
+                                  &FileCalls::lseek, &FileCalls::close>;
 
 // Whatever loops for ever must not loop here.
 constexpr int kMostCalls = 10000;
@@ -407,11 +407,11 @@ protected:
 
     /// Expects that the message begins with the failed call's.
     void expect_failure(const AnyCallFault& fault, const std::string& message) const {
-        const std::string call = fault.was<&Syscalls::open>()    ? "opening file \"" + path_ + "\""
-                                 : fault.was<&Syscalls::read>()  ? "read"
-                                 : fault.was<&Syscalls::write>() ? "write"
-                                 : fault.was<&Syscalls::lseek>() ? "lseek"
-                                                                 : "close";
+        const std::string call = fault.was<&FileCalls::open>()    ? "opening file \"" + path_ + "\""
+                                 : fault.was<&FileCalls::read>()  ? "read"
+                                 : fault.was<&FileCalls::write>() ? "write"
+                                 : fault.was<&FileCalls::lseek>() ? "lseek"
+                                                                  : "close";
         EXPECT_EQ(message.find(with_error(call, error()) + " in <"), 0U) << message;
     }
     Result write_once();
@@ -459,7 +459,7 @@ TEST_P(StreamFaults, EveryCallOfAReadingStream) {
             EXPECT_EQ(log, expected);
             break;
         }
-        if (fault.was<&Syscalls::read>() && is_retried()) {
+        if (fault.was<&FileCalls::read>() && is_retried()) {
             EXPECT_EQ(message, "");
             ASSERT_EQ(log.size(), expected.size());
             if (error() == EINTR) {
@@ -513,13 +513,13 @@ TEST_P(StreamFaults, EveryCallOfAWritingStream) {
         const AnyCallFault fault(error(), n);
         const Result result = write_once();
         EXPECT_EQ(open_descriptors(), before_);
-        const bool write_failed = fault.was<&Syscalls::write>();
+        const bool write_failed = fault.was<&FileCalls::write>();
         if (!fault.failed() || (write_failed && is_retried())) {
             EXPECT_EQ(result.message, "");
             EXPECT_EQ(read_file(path_), result.plain.str());
         } else {
             expect_failure(fault, result.message);
-            if (fault.was<&Syscalls::open>()) {
+            if (fault.was<&FileCalls::open>()) {
                 EXPECT_FALSE(OSAPI::file_exists(path_.c_str(), 0));
             } else if (write_failed && result.to_end) {
                 // The destructor's flush: not tried a second time.

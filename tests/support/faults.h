@@ -17,7 +17,7 @@
 
 /// Puts a function of the test in the place of one system call while the object lives:
 ///
-///     Intercept<&OSAPI::Syscalls::read> reads([&](int fd, void* buffer, size_t count) {
+///     Intercept<&OSAPI::FileCalls::read> reads([&](int fd, void* buffer, size_t count) {
 ///         return reads.real(fd, buffer, std::min<size_t>(count, 7));
 ///     });
 ///
@@ -25,18 +25,18 @@
 template <auto Call>
 class Intercept;
 
-template <class Result, class... Arguments, Result (*OSAPI::Syscalls::*Call)(Arguments...)>
+template <class Table, class Result, class... Arguments, Result (*Table::*Call)(Arguments...)>
 class Intercept<Call> {
 public:
     using Replacement = std::function<Result(Arguments...)>;
 
     explicit Intercept(Replacement replacement)
-        : replacement_(std::move(replacement)), real_(OSAPI::syscalls().*Call) {
+        : replacement_(std::move(replacement)), real_(OSAPI::calls<Table>().*Call) {
         if (current_ != nullptr) {
             throw std::logic_error("this call is being intercepted already");
         }
         current_ = this;
-        OSAPI::syscalls().*Call = [](Arguments... arguments) {
+        OSAPI::calls<Table>().*Call = [](Arguments... arguments) {
             ++current_->calls_;
             return current_->replacement_(arguments...);
         };
@@ -44,7 +44,7 @@ public:
     Intercept(const Intercept&) = delete;
     Intercept& operator=(const Intercept&) = delete;
     ~Intercept() {
-        OSAPI::syscalls().*Call = real_;
+        OSAPI::calls<Table>().*Call = real_;
         current_ = nullptr;
     }
 
@@ -75,7 +75,7 @@ public:
     int calls() const { return intercept_.calls(); }
 
 private:
-    Intercept<&OSAPI::Syscalls::close> intercept_;
+    Intercept<&OSAPI::FileCalls::close> intercept_;
 };
 
 /// What a system call returns when it fails.
@@ -100,11 +100,11 @@ inline constexpr When kAlways = {0, std::numeric_limits<int>::max()};
 /// Makes one system call fail with `error` (an errno value) while the object lives; a failing call
 /// does nothing else:
 ///
-///     Fault<&OSAPI::Syscalls::write> full(ENOSPC, {.after = 2});
+///     Fault<&OSAPI::FileCalls::write> full(ENOSPC, {.after = 2});
 template <auto Call>
 class Fault;
 
-template <class Result, class... Arguments, Result (*OSAPI::Syscalls::*Call)(Arguments...)>
+template <class Table, class Result, class... Arguments, Result (*Table::*Call)(Arguments...)>
 class Fault<Call> {
 public:
     explicit Fault(int error, When when = {})
@@ -129,7 +129,7 @@ private:
 /// nevertheless, as it is with the system. To try every place where a piece of code can fail:
 ///
 ///     for (int n = 1;; ++n) {
-///         NthCallFault<&OSAPI::Syscalls::open, &OSAPI::Syscalls::read> fault(EIO, n);
+///         NthCallFault<&OSAPI::FileCalls::open, &OSAPI::FileCalls::read> fault(EIO, n);
 ///         ...
 ///         if (!fault.failed()) break;
 ///     }
@@ -162,7 +162,7 @@ private:
             if (count_ == n_) {
                 first_ = &typeid(Intercept<Call>);
             }
-            using OfClose = Intercept<&OSAPI::Syscalls::close>;
+            using OfClose = Intercept<&OSAPI::FileCalls::close>;
             if constexpr (std::is_same_v<Intercept<Call>, OfClose>) {
                 intercept.real(arguments...);
             }
