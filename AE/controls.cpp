@@ -3,7 +3,8 @@
 #include <AE/commands.h>
 #include <AE/globals.h>
 #include <AE/instance.h>
-#include <osapi/paths.h>
+#include <osapi/path_text.h>
+#include <osapi/system_text.h>
 
 #include <cstring>
 
@@ -114,7 +115,7 @@ String database_choices() {
 
 PF_Err ParamsSetup(PF_InData* in_data, PF_OutData* out_data, PF_ParamDef* /*params*/[],
                    PF_LayerDef* /*output*/) {
-    const String databases = database_choices();
+    const String databases = OSAPI::system_text(database_choices());
     // The length of the text instead of the number of files: projects were saved with such popups.
     const auto database_count = static_cast<A_short>(databases.len());
 

@@ -1,10 +1,10 @@
 #include <AE/globals.h>
 #include <AE/messages.h>
 #include <base/exceptions.h>
-#include <dlfcn.h>
 #include <libimgops/starfile.h>
 #include <osapi/directories.h>
-#include <osapi/paths.h>
+#include <osapi/module_path.h>
+#include <osapi/path_text.h>
 
 #include <cstdint>
 
@@ -13,8 +13,13 @@ namespace {
 // The index between set-up and the first frame, while no database is open: that of no file.
 constexpr std::int32_t kNoDatabase = -99;
 
-// From the executable's directory to the one that holds the bundle.
-constexpr char kBundleParent[] = "/../../..";
+// From the module's directory to the one where the databases stand.
+#ifdef _WIN32
+constexpr char kDatabases[] = "";
+#else
+// Out of the bundle.
+constexpr char kDatabases[] = "/../../..";
+#endif
 
 }  // namespace
 
@@ -28,12 +33,8 @@ void drop_globals() {
 }
 
 String get_lumivar_path() {
-    Dl_info info = {};
-    if (dladdr(reinterpret_cast<const void*>(&get_lumivar_path), &info) == 0 ||
-        info.dli_fname == nullptr) {
-        return String();
-    }
-    return OSAPI::dirname(info.dli_fname) + kBundleParent;
+    const String module = OSAPI::module_path(reinterpret_cast<const void*>(&get_lumivar_path));
+    return module.len() == 0 ? String() : OSAPI::dirname(module.c_str()) + kDatabases;
 }
 
 PF_Err find_star_databases(const String& directory, LumivarGlobals& found, PF_OutData* out_data) {

@@ -1,9 +1,11 @@
 #include <AE/messages.h>
+#include <osapi/system_text.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <iterator>
+#include <utility>
 
 namespace {
 
@@ -29,9 +31,10 @@ const char* table_string(TableString index) {
     return entry->text;
 }
 
-void set_return_msg(PF_OutData* out_data, const String& text) {
+void set_return_msg(PF_OutData* out_data, String text) {
+    const String shown = OSAPI::system_text(std::move(text));
     const std::size_t room = sizeof out_data->return_msg - 1;
-    const std::size_t length = std::min<std::size_t>(text.len(), room);
-    std::memcpy(out_data->return_msg, text.c_str(), length);
+    const std::size_t length = std::min<std::size_t>(shown.len(), room);
+    std::memcpy(out_data->return_msg, shown.c_str(), length);
     out_data->return_msg[length] = '\0';
 }

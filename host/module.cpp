@@ -1,8 +1,7 @@
-#include <dlfcn.h>
 #include <host/errors.h>
 #include <host/module.h>
+#include <osapi/loading.h>
 
-#include <cstring>
 #include <mutex>
 #include <set>
 #include <string>
@@ -19,29 +18,30 @@ std::set<fs::path>& open_modules() {
     return modules;
 }
 
-/// Enters a module file in the list of those in use, by its real path, and returns that path.
-fs::path enter(const fs::path& file) {
-    std::error_code error;
-    fs::path real = fs::canonical(file, error);
-    if (error) {
-        real = file;
+/// A module file in the list of those in use, by its real path, while the object lives.
+class InUse {
+public:
+    explicit InUse(const fs::path& file) {
+        std::error_code error;
+        real_ = fs::canonical(file, error);
+        if (error) {
+            real_ = file;
+        }
+        const std::lock_guard lock(open_modules_mutex);
+        if (!open_modules().insert(real_).second) {
+            throw ModuleError("\"" + file.string() + "\" is already open in this process");
+        }
     }
-    const std::lock_guard lock(open_modules_mutex);
-    if (!open_modules().insert(real).second) {
-        throw ModuleError("\"" + file.string() + "\" is already open in this process");
+    InUse(const InUse&) = delete;
+    InUse& operator=(const InUse&) = delete;
+    ~InUse() {
+        const std::lock_guard lock(open_modules_mutex);
+        open_modules().erase(real_);
     }
-    return real;
-}
 
-void leave(const fs::path& entered) {
-    const std::lock_guard lock(open_modules_mutex);
-    open_modules().erase(entered);
-}
-
-std::string last_loader_error() {
-    const char* text = dlerror();  // NOLINT(concurrency-mt-unsafe)
-    return text == nullptr ? "the loader gives no reason" : text;
-}
+private:
+    fs::path real_;
+};
 
 }  // namespace
 
@@ -65,38 +65,28 @@ fs::path module_file(const fs::path& given) {
     return file;
 }
 
-bool is_resident(const fs::path& file) {
-    void* const handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
-    if (handle == nullptr) {
-        return false;
-    }
-    dlclose(handle);
-    return true;
-}
+struct Module::Opened {
+    explicit Opened(const fs::path& file) : in_use(file) {}
+
+    InUse in_use;
+    OSAPI::LoadedModule loaded;
+};
+
+bool is_resident(const fs::path& file) { return OSAPI::is_loaded(file.string().c_str()); }
 
 Module::Module(const fs::path& bundle_or_file)
-    : file_(module_file(bundle_or_file)), entered_(enter(file_)) {
-    handle_ = dlopen(file_.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (handle_ == nullptr) {
-        const std::string reason = last_loader_error();
-        leave(entered_);
-        throw ModuleError("\"" + file_.string() + "\" cannot be loaded: " + reason);
+    : file_(module_file(bundle_or_file)), opened_(std::make_unique<Opened>(file_)) {
+    if (!opened_->loaded.load(file_.string().c_str())) {
+        throw ModuleError("\"" + file_.string() +
+                          "\" cannot be loaded: " + opened_->loaded.failure().c_str());
     }
-    void* const symbol = dlsym(handle_, kEntryPointName);
-    if (symbol == nullptr) {
-        dlclose(handle_);
-        leave(entered_);
+    entry_point_ = opened_->loaded.find(kEntryPointName);
+    if (entry_point_ == nullptr) {
         throw NoEntryPoint("\"" + file_.string() + "\" exports no entry point " + kEntryPointName);
     }
-    // POSIX promises that pointers to objects and to functions have the same representation.
-    static_assert(sizeof symbol == sizeof entry_point_);
-    std::memcpy(&entry_point_, &symbol, sizeof symbol);
 }
 
-Module::~Module() {
-    dlclose(handle_);
-    leave(entered_);
-}
+Module::~Module() = default;
 
 fs::path plugin_folder(const fs::path& bundle_or_file) {
     // The file system resolves "..", so that a linked bundle gives the folder of the real one.

@@ -1,7 +1,7 @@
 // Shell patterns over POSIX.
 #include <base/exceptions.h>
 #include <glob.h>
-#include <osapi/directories.h>
+#include <osapi/file_patterns.h>
 
 #include "syscalls.h"
 

@@ -1,7 +1,7 @@
 // The current directory over POSIX.
 #include <base/exceptions.h>
 #include <base/release.h>
-#include <osapi/directories.h>
+#include <osapi/working_directory.h>
 
 #include <cerrno>
 #include <cstdlib>

@@ -1,5 +1,5 @@
 // The text of paths.
-#include <osapi/paths.h>
+#include <osapi/path_text.h>
 #include <strings.h>
 
 #include <cstddef>

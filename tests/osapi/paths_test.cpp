@@ -1,7 +1,10 @@
 // Paths and directories.
 #include <gtest/gtest.h>
 #include <osapi/directories.h>
+#include <osapi/file_patterns.h>
+#include <osapi/path_text.h>
 #include <osapi/paths.h>
+#include <osapi/working_directory.h>
 
 #include <algorithm>
 #include <cerrno>

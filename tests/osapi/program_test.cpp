@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <osapi/host_name.h>
 #include <osapi/memory.h>
+#include <osapi/module_path.h>
 #include <osapi/program.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -13,6 +14,7 @@
 #include <cstring>
 #include <filesystem>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -81,6 +83,20 @@ TEST(Program, IsTheFileThatRuns) {
     const fs::path program = OSAPI::program_path().c_str();
     EXPECT_TRUE(program.is_absolute());
     EXPECT_TRUE(fs::equivalent(program, called()));
+}
+
+TEST(ModulePath, IsTheFileThatHoldsTheAddress) {
+    EXPECT_TRUE(fs::equivalent(OSAPI::module_path(reinterpret_cast<const void*>(&called)).c_str(),
+                               called()));
+    const auto of_library = reinterpret_cast<const void*>(&std::system);
+    EXPECT_EQ(fs::path(OSAPI::module_path(of_library).c_str()).filename().string().rfind("libc", 0),
+              0U);
+}
+
+TEST(ModulePath, IsEmptyWhereTheLoaderHasNothing) {
+    const auto on_the_heap = std::make_unique<int>();
+    EXPECT_EQ(OSAPI::module_path(on_the_heap.get()).len(), 0U);
+    EXPECT_EQ(OSAPI::module_path(nullptr).len(), 0U);
 }
 
 TEST(Program, IsFoundBehindLinksAndFromAnyFolder) {

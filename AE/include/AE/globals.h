@@ -28,8 +28,8 @@ extern LumivarGlobals* globals;
 /// database throws.
 void drop_globals();
 
-/// The directory that holds the bundle which this code was loaded from; empty when the loader
-/// cannot tell.
+/// The directory of the databases, which holds the bundle that this code was loaded from (on
+/// Windows the module file itself); empty when the loader cannot tell.
 String get_lumivar_path();
 
 /// Fills the lists of `found` with every file in `directory` whose name contains ".stars", in

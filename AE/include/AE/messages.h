@@ -16,8 +16,9 @@ enum TableString : A_u_long {
 /// A text of the table; never null.
 const char* table_string(TableString index);
 
-/// Puts `text` into the host's message buffer, cut to its 256 characters, terminator included.
-void set_return_msg(PF_OutData* out_data, const String& text);
+/// Puts `text` into the host's message buffer, in the system's 8-bit encoding and cut to the 256
+/// characters, terminator included.
+void set_return_msg(PF_OutData* out_data, String text);
 
 // Where the exceptions that name fixed lines say they were raised, whichever source and function of
 // the room that is: support requests quote them.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 
 namespace host {
 
@@ -41,8 +42,8 @@ public:
 
 private:
     std::filesystem::path file_;
-    std::filesystem::path entered_;  ///< as it stands in the list of open modules
-    void* handle_ = nullptr;
+    struct Opened;
+    std::unique_ptr<Opened> opened_;
     Address entry_point_ = nullptr;
 };
 

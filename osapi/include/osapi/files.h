@@ -5,6 +5,7 @@
 #pragma once
 
 #include <base/words.h>
+#include <osapi/open_mode.h>
 
 struct stat;
 
@@ -16,18 +17,6 @@ inline constexpr fd_t kNoDescriptor = -1;
 
 /// Whole seconds since the epoch.
 using FileTime = sword;
-
-/// How a file is opened: bits of an `int`. Neither reading nor writing means reading.
-/// Writing creates the file (permissions 0664, less the umask) and truncates it.
-enum OpenMode : int {
-    kRead = 1,
-    kWrite = 2,
-    kReadWrite = 3,
-    /// Not offered by this system: opening fails at once.
-    kUnsupported = 4,
-    /// The file must not exist yet.
-    kExclusive = 8,
-};
 
 /// The descriptor, closed when another program is executed, or -1 with `errno` set. A mode with
 /// `kUnsupported` gives -1 without asking the system and leaves `errno` alone. Does not throw.

@@ -2,7 +2,11 @@
 #pragma once
 
 #include <base/words.h>
+#include <osapi/open_mode.h>
+
+#ifndef _WIN32
 #include <osapi/files.h>
+#endif
 
 namespace OSAPI {
 
@@ -39,14 +43,21 @@ public:
     /// Maps the whole file; it stays mapped after its descriptor is closed, which happens before
     /// the constructor returns. Throws "opening file "PATH": ..." and "mmap(file): ...", the latter
     /// for an empty file too.
+    ///
+    /// While it is mapped others may read, write and rename the file, and delete it where the
+    /// system lets them; on Windows it is mapped for reading alone.
     FileMapping(const char* path, int mode);
+#ifndef _WIN32
     /// Maps the first `size` bytes of an open file, which the caller goes on owning.
     FileMapping(fd_t fd, uword size, int mode);
 
     /// The same on an object that maps nothing yet. `kRead` makes the bytes readable, `kWrite`
     /// writable. Throws "mmap(file): ...".
     void map(fd_t fd, uword size, int mode);
+#endif
 };
+
+#ifndef _WIN32
 
 /// Readable and writable zeros from the system.
 class AnonMapping : public MemoryMapping {
@@ -68,5 +79,7 @@ private:
     void* addr_;
     uword size_;
 };
+
+#endif
 
 }  // namespace OSAPI
