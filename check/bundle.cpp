@@ -178,19 +178,27 @@ std::string names_of(const std::vector<const bundle::Processor*>& processors) {
     return names.empty() ? "no processor of these hosts" : names;
 }
 
+std::string without_key(const std::string& processor, const std::string& key) {
+    return "there is no " + key + ", but the module has code for " + processor + "; register " +
+           host::kEntryPointName + " as " + key;
+}
+
+std::string without_slice(const std::string& processor, const std::string& key) {
+    return "there is " + key + ", but the module has no code for " + processor +
+           "; remove the property, or build the module for " + processor + " too";
+}
+
 Texts wrong_slices(const bundle::Registration& resource,
                    const std::vector<const bundle::Processor*>& slices) {
     Texts wrong;
     for (const bundle::Processor& processor : bundle::kProcessors) {
-        const std::string key(processor.key);
         const std::string name(processor.name);
+        const std::string key(processor.key);
         const bool is_there = std::find(slices.begin(), slices.end(), &processor) != slices.end();
         if (is_there && !resource.has(key)) {
-            wrong.push_back("there is no " + key + ", but the module has code for " + name +
-                            "; register " + host::kEntryPointName + " as " + key);
+            wrong.push_back(without_key(name, key));
         } else if (!is_there && resource.has(key)) {
-            wrong.push_back("there is " + key + ", but the module has no code for " + name +
-                            "; remove the property, or build the module for " + name + " too");
+            wrong.push_back(without_slice(name, key));
         }
     }
     return wrong;
