@@ -1,5 +1,6 @@
-// Writes what the host reads of the bundle before it loads the module.
-// usage: write_registration CONTENTS-FOLDER [PROCESSOR...]
+// Writes what the host reads of the bundle before it loads the module, or the resource that it
+// reads of a module for Windows. usage: write_registration CONTENTS-FOLDER [PROCESSOR...]
+//        write_registration --windows FILE
 #include <AE/registration.h>
 
 #include <algorithm>
@@ -47,18 +48,25 @@ void write_registration(const std::filesystem::path& contents, const Processors&
 
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments(argv + 1, argv + argc);
+    const bool for_windows =
+        arguments.size() == 2 && arguments[0] == "--windows" && !arguments[1].empty();
     const std::optional<Processors> processors =
         arguments.empty() || arguments[0].empty() ? std::nullopt
                                                   : named({arguments.begin() + 1, arguments.end()});
-    if (!processors) {
+    if (!for_windows && !processors) {
         std::fputs(
             "usage: write_registration CONTENTS-FOLDER [PROCESSOR...]\n"
+            "       write_registration --windows FILE\n"
             "PROCESSOR: i386, x86_64 or arm64, once for each that the module has code for\n",
             stderr);
         return 2;
     }
     try {
-        write_registration(arguments[0], *processors);
+        if (for_windows) {
+            write_whole(arguments[1], windows_registration_resource());
+        } else {
+            write_registration(arguments[0], *processors);
+        }
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "write_registration: %s\n", failure.what());
         return 1;

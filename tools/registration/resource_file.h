@@ -12,6 +12,9 @@
 /// the processors, versions and flags; big-endian on every processor.
 std::string registration_resource(const std::vector<const bundle::Processor*>& processors);
 
+/// The same as they read them in a module for Windows on x86_64: little-endian.
+std::string windows_registration_resource();
+
 /// A resource fork, kept as a plain file, with one nameless resource; `type` has four characters.
 std::string resource_file(std::string_view type, std::uint16_t identifier,
                           std::string_view resource);

@@ -106,11 +106,13 @@ TEST_F(WriteRegistration, NoticesAFullDisk) {
 
 TEST_F(WriteRegistration, WantsOneFolderAndKnownProcessorsOnceEach) {
     for (const std::string& arguments :
-         {std::string(), std::string("''"), std::string("'' x86_64"), argument + " x86_64",
-          argument + " ppc", argument + " ''", argument + " x86_64 ppc"}) {
+         {std::string(), std::string("''"), std::string("'' x86_64"), std::string("--windows ''"),
+          std::string("--windows a b"), argument + " x86_64", argument + " ppc", argument + " ''",
+          argument + " x86_64 ppc"}) {
         EXPECT_EQ(run(arguments), 2) << arguments;
         EXPECT_EQ(errors(),
                   "usage: write_registration CONTENTS-FOLDER [PROCESSOR...]\n"
+                  "       write_registration --windows FILE\n"
                   "PROCESSOR: i386, x86_64 or arm64, once for each that the module has code for\n")
             << arguments;
     }
