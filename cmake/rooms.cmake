@@ -80,8 +80,8 @@ function(add_room_test)
   if(NOT TEST_SHARDS)
     set(TEST_SHARDS 1)
   endif()
-  if(CMAKE_CROSSCOMPILING_EMULATOR)
-    # An emulator takes about as many times as long.
+  if(CMAKE_CROSSCOMPILING_EMULATOR AND NOT WIN32)
+    # An emulator of a processor takes about as many times as long; Wine is none.
     math(EXPR TEST_TIMEOUT "10 * ${TEST_TIMEOUT}")
     list(APPEND TEST_DEFINITIONS LUMIVAR_EMULATED)
   endif()

@@ -89,8 +89,12 @@ Module::Module(const fs::path& bundle_or_file)
 Module::~Module() = default;
 
 fs::path plugin_folder(const fs::path& bundle_or_file) {
+#ifdef _WIN32
+    const fs::path climbed = module_file(bundle_or_file).parent_path();
+#else
     // The file system resolves "..", so that a linked bundle gives the folder of the real one.
     const fs::path climbed = module_file(bundle_or_file).parent_path() / ".." / ".." / "..";
+#endif
     std::error_code error;
     const fs::path real = fs::canonical(climbed, error);
     return error ? climbed : real;

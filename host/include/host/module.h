@@ -9,7 +9,8 @@ namespace host {
 /// The function that the plug-in's registration names.
 inline constexpr char kEntryPointName[] = "EntryPointFunc";
 
-/// The folder where a bundle, named as for `Module`, stands. Throws `ModuleError`.
+/// The folder where a bundle, named as for `Module`, stands; on Windows, where there are none, that
+/// of the module file. Throws `ModuleError`.
 std::filesystem::path plugin_folder(const std::filesystem::path& bundle_or_file);
 
 /// The file that holds the module of a bundle, absolute; a module file is its own. Throws
@@ -37,7 +38,7 @@ public:
 
     /// The module file, absolute.
     const std::filesystem::path& file() const { return file_; }
-    /// Where a bundle stands: three folders above the module file's.
+    /// `plugin_folder` of the module file.
     std::filesystem::path folder() const { return plugin_folder(file_); }
 
 private:
