@@ -48,11 +48,15 @@ support::Picture picture_of(const host::World& world) {
 
 processors::FrameFile draw(const DumpedScene& dumped) {
     const ScratchFolder root;
-    const fs::path bundle = root / "Lumivar.plugin";
-    fs::create_directories(bundle / "Contents/MacOS");
-    fs::copy_file(LUMIVAR_MODULE, bundle / "Contents/MacOS/Lumivar");
+#ifdef _WIN32
+    const fs::path module = root / "Lumivar.aex";
+#else
+    const fs::path module = root / "Lumivar.plugin/Contents/MacOS/Lumivar";
+    fs::create_directories(module.parent_path());
+#endif
+    fs::copy_file(LUMIVAR_MODULE, module);
     support::write_catalogue(root / "sky.stars", support::kVersion2, dumped.stars);
-    host::Session session(bundle);
+    host::Session session(module);
 
     processors::FrameFile file;
     const host::Frame floating = render(session, dumped, Depth::Float);

@@ -1,25 +1,26 @@
 // A folder of its own for each test, and the process's open descriptors.
 #pragma once
 
-#include <dirent.h>
-#include <stdlib.h>
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 #include <string>
+
+#ifndef _WIN32
+#include <dirent.h>
+#endif
 
 /// A new empty folder, removed with all it holds when the object dies.
 class ScratchFolder {
 public:
     ScratchFolder() {
-        std::string name =
-            (std::filesystem::temp_directory_path() / "lumivar-test-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) {
-            throw std::runtime_error("no scratch folder");
-        }
-        path_ = name;
+        const std::filesystem::path root = std::filesystem::temp_directory_path();
+        std::random_device random;
+        do {
+            path_ = (root / ("lumivar-test-" + std::to_string(random()))).string();
+        } while (!std::filesystem::create_directory(path_));
     }
     ScratchFolder(const ScratchFolder&) = delete;
     ScratchFolder& operator=(const ScratchFolder&) = delete;
@@ -52,6 +53,7 @@ inline std::string read_file(const std::string& path) {
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
+#ifndef _WIN32
 /// How many descriptors the process has open.
 inline int open_descriptors() {
     DIR* table = opendir("/dev/fd");
@@ -65,3 +67,4 @@ inline int open_descriptors() {
     closedir(table);
     return count;
 }
+#endif
