@@ -14,6 +14,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
 set(CMAKE_MODULE_LINKER_FLAGS_INIT -static)
 # Debian has the 64-bit program outside the paths that are searched, and its own script wants the 32-bit one too.
-# Without the two libraries that a new prefix would ask to fetch.
-set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_COMMAND} -E env WINEPREFIX=${CMAKE_BINARY_DIR}/wine WINEDEBUG=-all
+# In the language that fixes the code page, and without the two libraries that a new prefix would ask to fetch.
+set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_COMMAND} -E env LC_ALL=C.UTF-8 WINEPREFIX=${CMAKE_BINARY_DIR}/wine WINEDEBUG=-all
     WINEDLLOVERRIDES=mscoree,mshtml= /usr/lib/wine/wine64)

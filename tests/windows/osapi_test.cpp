@@ -10,6 +10,7 @@
 #include <osapi/system_text.h>
 #include <support/scratch.h>
 #include <windows.h>
+#include <winioctl.h>
 
 #include <algorithm>
 #include <cctype>
@@ -43,6 +44,12 @@ fs::path utf8(const std::string& text) { return std::u8string(text.begin(), text
 std::string text_of(const fs::path& path) {
     const std::u8string text = path.generic_u8string();
     return {text.begin(), text.end()};
+}
+
+std::string lower_case(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char letter) { return std::tolower(letter); });
+    return text;
 }
 
 template <class Run>
@@ -110,6 +117,27 @@ TEST_F(WindowsFiles, MappingHasTheBytesOfAFileOfAnyName) {
     EXPECT_EQ(bytes_of(mapping), bytes);
 }
 
+// A word of the compiler that has 32 bits on this system would lose the upper part of the size.
+TEST_F(WindowsFiles, MappingOfMoreThan4GiBIsWhole) {
+    const std::string path = add("large.stars", "first");
+    constexpr LONGLONG kLast = 0x100000010;
+    const HANDLE file = CreateFileW((folder / "large.stars").c_str(), GENERIC_READ | GENERIC_WRITE,
+                                    0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE);
+    DWORD ignored = 0;
+    // With nothing but holes in between, where the file system can.
+    DeviceIoControl(file, FSCTL_SET_SPARSE, nullptr, 0, nullptr, 0, &ignored, nullptr);
+    LARGE_INTEGER place = {};
+    place.QuadPart = kLast;
+    EXPECT_NE(SetFilePointerEx(file, place, nullptr, FILE_BEGIN), 0);
+    EXPECT_NE(WriteFile(file, "L", 1, &ignored, nullptr), 0);
+    CloseHandle(file);
+    const OSAPI::FileMapping mapping(path.c_str(), OSAPI::kRead);
+    ASSERT_EQ(mapping.size(), 0x100000011U);
+    EXPECT_EQ(mapping.addr()[0], 'f');
+    EXPECT_EQ(mapping.addr()[kLast], 'L');
+}
+
 TEST_F(WindowsFiles, MissingFileIsNamedWithTheSystemsReason) {
     const std::string path = text_of(folder / "none.stars");
     const std::string message = thrown([&] { OSAPI::FileMapping(path.c_str(), OSAPI::kRead); });
@@ -165,6 +193,18 @@ TEST_F(WindowsFiles, ListingHasEveryNameInUtf8) {
     EXPECT_EQ(listing(text_of(folder) + "/"), expected);
 }
 
+// As `dirname` leaves it of a file there.
+TEST_F(WindowsFiles, ListingOfADriveIsThatOfItsRoot) {
+    wchar_t windows[MAX_PATH] = {};
+    ASSERT_GT(GetWindowsDirectoryW(windows, MAX_PATH), 3U);
+    const fs::path place = windows;
+    Names found;
+    for (const std::string& name : listing(place.root_name().string())) {
+        found.insert(lower_case(name));
+    }
+    EXPECT_EQ(found.count(lower_case(place.filename().string())), 1U);
+}
+
 TEST_F(WindowsFiles, ListingOfWhatIsNoFolderNamesIt) {
     const std::string file = add("file", "x");
     for (const std::string& path : {text_of(folder / "none"), file, std::string()}) {
@@ -195,9 +235,8 @@ TEST(WindowsModules, PathIsTheFileThatHoldsTheAddressWithSlashes) {
     EXPECT_EQ(path.find('\\'), String::kNotFound);
     EXPECT_TRUE(fs::exists(utf8(path.c_str())));
     const auto of_system = reinterpret_cast<const void*>(&GetACP);
-    std::string library = OSAPI::basename(OSAPI::module_path(of_system).c_str()).c_str();
-    std::transform(library.begin(), library.end(), library.begin(),
-                   [](unsigned char letter) { return std::tolower(letter); });
+    const std::string library =
+        lower_case(OSAPI::basename(OSAPI::module_path(of_system).c_str()).c_str());
     EXPECT_EQ(library.find("kernel"), 0U) << library;
 }
 
