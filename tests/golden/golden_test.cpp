@@ -46,6 +46,11 @@ Picture product(const Name& name, const std::vector<std::string>& more = {}) {
     arguments.insert(arguments.end(), more.begin(), more.end());
     ToolOptions built;
     built.program = LUMIVAR_PROGRAM;
+#ifdef LUMIVAR_PLUGIN
+    // Another system's bundle in place of this build's own.
+    arguments.insert(arguments.end(), {"--plugin", LUMIVAR_PLUGIN});
+    built.environment = {"LD_PRELOAD=" LUMIVAR_PLUGIN_LOADER};
+#endif
     const ToolResult result = run_tool(arguments, built);
     if (result.code != 0) {
         throw std::runtime_error(result.err);
