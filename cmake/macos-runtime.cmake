@@ -7,8 +7,7 @@ separate_arguments(FLAGS UNIX_COMMAND "${CMAKE_CXX_FLAGS}")
 execute_process(
   COMMAND ${CMAKE_CXX_COMPILER} ${CMAKE_CXX_COMPILER_ARG1} ${FLAGS} -O2 -v ${PROBE}/probe.cpp -o ${PROBE}/probe
   OUTPUT_VARIABLE SAID ERROR_VARIABLE SAID RESULT_VARIABLE FAILED)
-foreach(archive libc++ libc++abi libcompiler_rt)
-  # Of the command that links. Two archives of the C++ run-time call each other, and lld looks through them as often as it takes.
+foreach(archive libc++ libc++abi)
   string(REPLACE "+" "[+]" name ${archive})
   if(FAILED OR NOT SAID MATCHES "zig ld [^\n]* ([^ \n]*/${name}[.]a)")
     message(FATAL_ERROR "The compiler linked no ${archive}.a:\n${SAID}")
@@ -16,6 +15,7 @@ foreach(archive libc++ libc++abi libcompiler_rt)
   file(REAL_PATH ${CMAKE_MATCH_1} path)
   link_libraries(${path})
 endforeach()
+# Not the compiler's library of helpers: it has the C library's functions of memory and texts too, in plain loops.
 
 # The list of what the system's library exports, in words that lld 19 knows: it has no name yet for one variant of the second
 # processor, and the list names that processor by the variant that the system itself is compiled for.

@@ -45,7 +45,7 @@ const std::set<std::string> kKnownSince11 = {
     "_strlen", "_strncmp", "_strncpy", "_strrchr", "_strstr", "_snprintf", "_vsnprintf",
     "__DefaultRuneLocale",
     // Mathematics
-    "___sincos_stret", "_asin", "_erff", "_pow", "_powf",
+    "___sincos_stret", "_asin", "_ceilf", "_erff", "_expf", "_floorf", "_logf", "_pow", "_powf",
     // Errors, and diagnostics on standard error
     "___error", "_strerror", "___stderrp", "_fprintf", "_fputc", "_fputs", "_fwrite", "_vfprintf",
     // Files and folders; where the module is
@@ -213,6 +213,11 @@ TEST_P(ShippedFile, ImportsNothingThatCameAfterMacOS11) {
     }
     EXPECT_EQ(names.count("_mmap"), 1U) << "the list of imports is not what it should be";
     EXPECT_EQ(names.count("__Unwind_RaiseException"), 1U);
+    // Not of a compiler's library in their place, which has them in plain loops and with other
+    // rounding.
+    for (const char* const function : {"_memcpy", "_strlen", "_expf", "_logf", "_powf", "_erff"}) {
+        EXPECT_EQ(names.count(function), 1U) << function;
+    }
     // The table of symbols names the same.
     std::set<std::string> undefined;
     for (const Symbol& symbol : image.symbols) {
@@ -307,6 +312,21 @@ TEST_P(ShippedFile, HandlersOfExceptionsLieWithinTheirFunctions) {
     // The C++ run-time's, which is in the file: the pointer to it is one into the file itself.
     ASSERT_EQ(personalities.size(), 1U);
     EXPECT_EQ(std::count(image.rebases.begin(), image.rebases.end(), *personalities.begin()), 1);
+}
+
+// One source for both: only what the compiler takes into its callers differs between processors. A
+// linker that loses tables on one of them loses most.
+TEST(WholeShippedFile, BothSlicesHaveAboutAsManyTablesOfHandlers) {
+    std::vector<std::uint64_t> counts;
+    for (const Processor processor : {Processor::X86_64, Processor::Arm64}) {
+        const std::vector<UnwoundFunction> functions = read_unwind_table(image_for(processor));
+        counts.push_back(static_cast<std::uint64_t>(std::count_if(
+            functions.begin(), functions.end(),
+            [](const UnwoundFunction& function) { return function.language_data != 0; })));
+    }
+    const auto [least, most] = std::minmax_element(counts.begin(), counts.end());
+    EXPECT_GT(*least, 50U);
+    EXPECT_LE(*most - *least, *most / 20);
 }
 
 // Of what is damaged some is still read; nothing is read beyond the end, and everything ends.

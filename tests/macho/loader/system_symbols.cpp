@@ -62,7 +62,11 @@ Symbols memory_and_text() {
 Symbols mathematics() {
     return {
         {"_asin", address<double(double)>(&std::asin)},
+        {"_ceilf", address<float(float)>(&std::ceil)},
         {"_erff", address<float(float)>(&std::erf)},
+        {"_expf", address<float(float)>(&std::exp)},
+        {"_floorf", address<float(float)>(&std::floor)},
+        {"_logf", address<float(float)>(&std::log)},
         {"_pow", address<double(double, double)>(&std::pow)},
         {"_powf", address<float(float, float)>(&std::pow)},
         {"___sincos_stret", address(&sine_and_cosine)},
