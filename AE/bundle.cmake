@@ -15,7 +15,7 @@ else()
   endif()
 endif()
 
-# A module for macOS that is built elsewhere is built for one processor at a time; the last build takes the others in.
+# A module for macOS that is built elsewhere is built for one processor at a time; the last build joins the other slice to its own.
 set(LUMIVAR_OTHER_SLICE "" CACHE FILEPATH "Module of another processor's build, to be joined into this one")
 set(LUMIVAR_OTHER_PROCESSOR "" CACHE STRING "The processor of LUMIVAR_OTHER_SLICE")
 if(LUMIVAR_OTHER_SLICE)

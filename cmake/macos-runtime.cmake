@@ -17,16 +17,16 @@ foreach(archive libc++ libc++abi)
 endforeach()
 # Not the compiler's library of helpers: it has the C library's functions of memory and texts too, in plain loops.
 
-# The list of what the system's library exports, in words that lld 19 knows: it has no name yet for one variant of the second
-# processor, and the list names that processor by the variant that the system itself is compiled for.
+# The list of what the system's library exports, in words that lld 19 knows: it does not know arm64e.x1 yet, and the list
+# says arm64e, as which the system itself is compiled, where arm64 is meant too.
 file(READ ${LUMIVAR_ZIG}/lib/libc/darwin/libSystem.tbd EXPORTS)
 string(REGEX REPLACE ",[ \n]*arm64e[.]x1-[a-z]+" "" EXPORTS "${EXPORTS}")
 string(REPLACE "arm64e-" "arm64-" EXPORTS "${EXPORTS}")
 file(CONFIGURE OUTPUT ${PROBE}/libSystem.tbd CONTENT "${EXPORTS}" @ONLY)
 link_libraries(${PROBE}/libSystem.tbd)
 
-# The linker, called without a compiler. No symbols of the debugger, which would name every source on the build machine; signed by
-# nobody, page by page: processors of the second kind run no code without that.
+# The linker, called without a compiler. No symbols of the debugger, which would name every source on the build machine; an
+# ad-hoc signature of every page, since arm64 runs no code without one.
 set(CMAKE_CXX_CREATE_SHARED_MODULE
     "ld64.lld-19 -bundle -arch ${LUMIVAR_MACOS_PROCESSOR} -platform_version macos ${LUMIVAR_MACOS_MINIMUM} ${LUMIVAR_MACOS_MINIMUM}\
  -adhoc_codesign -dead_strip -S -x <LINK_FLAGS> <OBJECTS> <LINK_LIBRARIES> -o <TARGET>")

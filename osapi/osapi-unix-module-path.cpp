@@ -6,7 +6,7 @@ namespace OSAPI {
 
 String module_path(const void* address) {
     Dl_info info = {};
-    if (dladdr(address, &info) == 0) {
+    if (dladdr(address, &info) == 0 || info.dli_fname == nullptr) {
         return {};
     }
     return info.dli_fname;

@@ -48,7 +48,8 @@ void lsdir(const char* path, Array<String>& out) {
         fail("opendir", path, ERROR_PATH_NOT_FOUND);
     }
     WIN32_FIND_DATAW entry = {};
-    const HANDLE first = FindFirstFileW(wide_path((String(path) + "/*").c_str()).c_str(), &entry);
+    const std::wstring pattern = wide_path((String(path) + "/*").c_str());
+    const HANDLE first = FindFirstFileW(pattern.c_str(), &entry);
     if (first == INVALID_HANDLE_VALUE) {
         const DWORD error = GetLastError();
         // A root has no "." and may be empty.

@@ -16,7 +16,8 @@ LoadedModule::~LoadedModule() {
 
 bool LoadedModule::load(const char* path) {
     XASSERT(handle_ == nullptr);
-    handle_ = LoadLibraryW(wide_path(path).c_str());
+    const std::wstring wide = wide_path(path);
+    handle_ = LoadLibraryW(wide.c_str());
     if (handle_ == nullptr) {
         failure_ = system_error(GetLastError());
     }

@@ -56,7 +56,8 @@ bool MemoryMapping::adopt(void* mapped, uword size) {
 
 FileMapping::FileMapping(const char* path, int mode) {
     XASSERT(mode == kRead);
-    const Handle file(CreateFileW(wide_path(path).c_str(), GENERIC_READ,
+    const std::wstring wide = wide_path(path);
+    const Handle file(CreateFileW(wide.c_str(), GENERIC_READ,
                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                   OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.is_valid()) {

@@ -18,6 +18,10 @@ String system_text(String utf8) {
     constexpr DWORD kFlags = WC_NO_BEST_FIT_CHARS;
     const int size =
         WideCharToMultiByte(CP_ACP, kFlags, wide.data(), length, nullptr, 0, "?", nullptr);
+    if (size == 0) {
+        // A code page that takes no flags: better odd letters than none.
+        return utf8;
+    }
     std::string text(static_cast<std::size_t>(size), '\0');
     WideCharToMultiByte(CP_ACP, kFlags, wide.data(), length, text.data(), size, "?", nullptr);
     return text.c_str();

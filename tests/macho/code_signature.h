@@ -9,7 +9,7 @@
 
 namespace macho {
 
-constexpr std::uint32_t kAdHoc = 2;  ///< flag: signed by no identity
+constexpr std::uint32_t kAdHoc = 2;  ///< flag: no identity signed it
 
 struct CodeSignature {
     std::uint32_t flags;

@@ -45,7 +45,8 @@ public:
     /// for an empty file too.
     ///
     /// While it is mapped others may read, write and rename the file, and delete it where the
-    /// system lets them; on Windows it is mapped for reading alone.
+    /// system lets them; on Windows files are mapped for reading alone, and
+    /// another mode than `kRead` is an assertion.
     FileMapping(const char* path, int mode);
 #ifndef _WIN32
     /// Maps the first `size` bytes of an open file, which the caller goes on owning.
