@@ -9,11 +9,11 @@
 #include <string>
 #include <utility>
 
+#include "database/star_file.h"
 #include "failure_of.h"
 #include "host/modules/test_effect.h"
 #include "host/session_scene.h"
 #include "host/starry.h"
-#include "star_file.h"
 
 namespace {
 

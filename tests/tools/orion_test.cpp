@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr const char* kScene = LUMIVAR_SCENES "/orion.json";
+constexpr const char* kOrionScene = LUMIVAR_SCENES "/orion.json";
 
 struct Place {
     double ra = 0.0;
@@ -96,7 +96,7 @@ class Orion : public testing::TestWithParam<const char*> {};
 TEST_P(Orion, StarsStandWhereTheSkyHasThem) {
     const ScratchFolder folder;
     const ToolResult result =
-        run_tool({"render", kScene, "-o", folder / "orion.exr", "--size", GetParam()});
+        run_tool({"render", kOrionScene, "-o", folder / "orion.exr", "--size", GetParam()});
     ASSERT_EQ(result.code, 0) << result.err;
     const support::Picture picture = load_rgb(folder / "orion.exr");
     const support::SkyWcs sky(view_of(picture));

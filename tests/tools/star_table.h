@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "stars_writer.h"
+#include "database/stars_writer.h"
 
 inline std::string bytes_of(const lumivar::StarRecord& record) {
     return {reinterpret_cast<const char*>(record.data()), record.size()};

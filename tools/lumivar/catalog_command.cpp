@@ -5,11 +5,11 @@
 #include <memory>
 #include <string>
 
-#include "catalog_import.h"
-#include "catalog_info.h"
+#include "astronomy/star_light.h"
 #include "command_line.h"
-#include "star_file.h"
-#include "star_light.h"
+#include "database/info.h"
+#include "database/star_file.h"
+#include "import/import.h"
 
 namespace lumivar {
 namespace {

@@ -10,7 +10,7 @@
 #include <limits>
 #include <vector>
 
-#include "star_file.h"
+#include "database/star_file.h"
 
 namespace lumivar {
 namespace {

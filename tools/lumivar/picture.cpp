@@ -11,10 +11,10 @@
 #include <optional>
 #include <span>
 
+#include "astronomy/srgb.h"
 #include "atomic_file.h"
 #include "failure.h"
 #include "program_version.h"
-#include "srgb.h"
 
 namespace lumivar {
 

@@ -9,9 +9,9 @@
 #include <system_error>
 #include <vector>
 
+#include "database/star_file.h"
 #include "diagnosis.h"
 #include "failure.h"
-#include "star_file.h"
 
 namespace lumivar {
 namespace fs = std::filesystem;

@@ -4,8 +4,8 @@
 
 #include <system_error>
 
+#include "database/star_file.h"
 #include "failure.h"
-#include "star_file.h"
 #include "working_folder.h"
 
 namespace lumivar {

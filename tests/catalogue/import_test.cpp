@@ -1,5 +1,5 @@
 // lumivar catalog import: what it writes, what it refuses, and what it leaves behind.
-#include "catalog_import.h"
+#include "import/import.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "catalog_info.h"
+#include "database/info.h"
 #include "failure_of.h"
 #include "star_table.h"
 #include "support/scratch.h"

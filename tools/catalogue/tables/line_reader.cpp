@@ -1,4 +1,4 @@
-#include "line_reader.h"
+#include "tables/line_reader.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,5 +1,5 @@
 // lumivar catalog info, on files made by hand.
-#include "catalog_info.h"
+#include "database/info.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,8 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
+#include "database/star_file.h"
 #include "failure_of.h"
-#include "star_file.h"
 #include "star_table.h"
 #include "support/scratch.h"
 #include "tool_run.h"

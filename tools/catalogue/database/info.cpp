@@ -1,4 +1,4 @@
-#include "catalog_info.h"
+#include "database/info.h"
 
 #include <base/string.h>
 #include <libimgops/byte_order.h>
@@ -10,8 +10,8 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "star_file.h"
-#include "star_light.h"
+#include "astronomy/star_light.h"
+#include "database/star_file.h"
 
 namespace lumivar {
 namespace {

@@ -1,4 +1,4 @@
-#include "csv.h"
+#include "tables/csv.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,15 +1,15 @@
-#include "catalog_import.h"
+#include "import/import.h"
 
 #include <cstddef>
 #include <limits>
 #include <optional>
 #include <system_error>
 
+#include "astronomy/star_light.h"
 #include "atomic_file.h"
-#include "csv.h"
+#include "database/stars_writer.h"
 #include "progress.h"
-#include "star_light.h"
-#include "stars_writer.h"
+#include "tables/csv.h"
 
 namespace lumivar {
 namespace {

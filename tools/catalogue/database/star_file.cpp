@@ -1,4 +1,4 @@
-#include "star_file.h"
+#include "database/star_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

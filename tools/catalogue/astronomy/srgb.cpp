@@ -1,4 +1,4 @@
-#include "srgb.h"
+#include "astronomy/srgb.h"
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-#include "csv.h"
+#include "tables/csv.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

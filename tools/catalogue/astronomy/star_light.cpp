@@ -1,10 +1,10 @@
-#include "star_light.h"
+#include "astronomy/star_light.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 
-#include "srgb.h"
+#include "astronomy/srgb.h"
 
 namespace lumivar {
 namespace {

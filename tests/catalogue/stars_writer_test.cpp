@@ -1,5 +1,5 @@
 // The records byte by byte: the same on every machine.
-#include "stars_writer.h"
+#include "database/stars_writer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "stars_writer.h"
+#include "database/stars_writer.h"
 
 #include <bit>
 #include <string_view>

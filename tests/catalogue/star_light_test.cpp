@@ -3,14 +3,14 @@
 // The table was worked out apart from this program from the same published formulas: Ballesteros
 // (2012) for the temperature, Planck's law over the CIE 1931 functions, IEC 61966-2-1 for the
 // codes.
-#include "star_light.h"
+#include "astronomy/star_light.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstddef>
 
-#include "srgb.h"
+#include "astronomy/srgb.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "failure.h"
-#include "line_reader.h"
+#include "tables/line_reader.h"
 
 namespace lumivar {
 
