@@ -1,6 +1,7 @@
 #include <AE/globals.h>
 #include <AE/messages.h>
 #include <base/exceptions.h>
+#include <libimgops/star_database_name.h>
 #include <libimgops/starfile.h>
 #include <osapi/directories.h>
 #include <osapi/module_path.h>
@@ -41,8 +42,7 @@ PF_Err find_star_databases(const String& directory, LumivarGlobals& found, PF_Ou
     Array<String> entries;
     OSAPI::lsdir(directory.c_str(), entries);
     for (uword i = 0; i < entries.len(); ++i) {
-        // Anywhere in the name: users park databases as a.stars.bak and expect them in the list.
-        if (entries[i].find(".stars") == String::kNotFound) {
+        if (!is_star_database_name(entries[i].c_str())) {
             continue;
         }
         const String path = directory + "/" + entries[i];

@@ -184,7 +184,7 @@ SkyFile::SkyFile(const std::vector<star>& stars)
     std::FILE* stream = fdopen(file, "wb");
     must(stream != nullptr, "fdopen");
     star header = {};
-    std::memcpy(&header, "LUMIVAR2", 8);
+    std::memcpy(&header, kStarHeaderWord2, kStarHeaderWordBytes);
     must(std::fwrite(&header, sizeof header, 1, stream) == 1, "fwrite");
     must(std::fwrite(stars.data(), sizeof(star), stars.size(), stream) == stars.size(), "fwrite");
     must(std::fclose(stream) == 0, "fclose");

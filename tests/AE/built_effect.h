@@ -4,6 +4,7 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <libimgops/star_database_name.h>
 #include <support/scratch.h>
 
 #include <filesystem>
@@ -86,7 +87,7 @@ protected:
         Log names;
         for (const auto& entry : std::filesystem::directory_iterator(bundle.root.path())) {
             const std::string name = entry.path().filename();
-            if (name.find(".stars") != std::string::npos) {
+            if (is_star_database_name(name.c_str())) {
                 names.push_back(name);
             }
         }

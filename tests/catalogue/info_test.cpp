@@ -20,7 +20,7 @@ using lumivar::CatalogueStar;
 using lumivar::examine_catalogue;
 using Lines = std::vector<std::string>;
 
-std::string star(double lon, double lat, float luminance, double distance = -1.0) {
+std::string star_bytes(double lon, double lat, float luminance, double distance = -1.0) {
     CatalogueStar result;
     result.lon = lon;
     result.lat = lat;
@@ -41,8 +41,9 @@ protected:
 };
 
 TEST_F(Info, GivesRangesAndMagnitudes) {
-    const CatalogueInfo info = examine_catalogue(
-        file(header + star(10, -20, 1.0F, 5.0) + star(350, 45, 0.01F) + star(180, 0, 2.0F, 8.0)));
+    const CatalogueInfo info =
+        examine_catalogue(file(header + star_bytes(10, -20, 1.0F, 5.0) +
+                               star_bytes(350, 45, 0.01F) + star_bytes(180, 0, 2.0F, 8.0)));
     EXPECT_EQ(info.version, 2);
     EXPECT_EQ(info.stars, 3U);
     EXPECT_EQ(info.bytes, 128U);
@@ -54,17 +55,17 @@ TEST_F(Info, GivesRangesAndMagnitudes) {
     EXPECT_EQ(info.distance.values, 2U);
     EXPECT_NEAR(info.magnitude.low, -0.752575, 1e-6);  // -2.5 log10 2
     // Luminance 0.01 is magnitude 5 exactly, though the stored single precision falls short of it.
-    EXPECT_EQ(info.histogram, (std::map<int, std::uint32_t>{{-1, 1}, {0, 1}, {5, 1}}));
+    EXPECT_EQ(info.histogram, (std::map<int, std::uint64_t>{{-1, 1}, {0, 1}, {5, 1}}));
     EXPECT_EQ(info.warnings, Lines{});
 }
 
 TEST_F(Info, WarnsOfValuesThatAreNotNumbersOrOutOfRange) {
     constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    const CatalogueInfo info =
-        examine_catalogue(file(header + star(1, 2, 1.0F) + star(kNan, 2, 1.0F) +
-                               star(1, -kInfinity, 1.0F) + star(1, 2, std::nanf("")) +
-                               star(1, 2, 1.0F, kNan) + star(-1, 91, 0.0F) + star(361, 2, -1.0F)));
+    const CatalogueInfo info = examine_catalogue(
+        file(header + star_bytes(1, 2, 1.0F) + star_bytes(kNan, 2, 1.0F) +
+             star_bytes(1, -kInfinity, 1.0F) + star_bytes(1, 2, std::nanf("")) +
+             star_bytes(1, 2, 1.0F, kNan) + star_bytes(-1, 91, 0.0F) + star_bytes(361, 2, -1.0F)));
     EXPECT_EQ(info.warnings,
               (Lines{"1 star with a lon that is not a number or infinite (first: star 2)",
                      "1 star with a lat that is not a number or infinite (first: star 3)",
@@ -79,7 +80,7 @@ TEST_F(Info, WarnsOfValuesThatAreNotNumbersOrOutOfRange) {
 }
 
 TEST_F(Info, WarnsOfFilesThatAreNotAsTheyShouldBe) {
-    const std::string one = header + star(1, 2, 1.0F);
+    const std::string one = header + star_bytes(1, 2, 1.0F);
     const CatalogueInfo trailing = examine_catalogue(file(one + std::string(31, 'x')));
     EXPECT_EQ(trailing.stars, 1U);
     EXPECT_EQ(trailing.warnings, Lines{"31 trailing bytes are no whole record and never read"});
@@ -95,7 +96,7 @@ TEST_F(Info, WarnsOfFilesThatAreNotAsTheyShouldBe) {
 
 TEST_F(Info, KnowsVersionOneAndRefusesWhatIsNoStarDatabase) {
     const CatalogueInfo info =
-        examine_catalogue(file("LUMIVAR1" + std::string(24, '\0') + star(1, 2, 1.0F)));
+        examine_catalogue(file("LUMIVAR1" + std::string(24, '\0') + star_bytes(1, 2, 1.0F)));
     EXPECT_EQ(info.version, 1);
     EXPECT_NE(lumivar::info_as_text(info).find("version    1 (distances are not used)"),
               std::string::npos);
@@ -105,8 +106,8 @@ TEST_F(Info, KnowsVersionOneAndRefusesWhatIsNoStarDatabase) {
 }
 
 TEST_F(Info, PrintsATableWithBars) {
-    const std::string path =
-        file(header + star(10, -20, 1.0F, 5.0) + star(20, -10, 1.0F) + star(20, 90, 0.01F));
+    const std::string path = file(header + star_bytes(10, -20, 1.0F, 5.0) +
+                                  star_bytes(20, -10, 1.0F) + star_bytes(20, 90, 0.01F));
     const ToolResult result = run_tool({"catalog", "info", path}, {.program = LUMIVAR_PROGRAM});
     EXPECT_EQ(result.code, 0);
     EXPECT_EQ(result.err, "");
@@ -129,7 +130,7 @@ TEST_F(Info, PrintsATableWithBars) {
 }
 
 TEST_F(Info, PrintsJson) {
-    const std::string path = file(header + star(10, -20, 1.0F) + "tail");
+    const std::string path = file(header + star_bytes(10, -20, 1.0F) + "tail");
     const ToolResult result = run_tool({"catalog", "info", path, "--json"});
     EXPECT_EQ(result.code, 0);
     const nlohmann::json json = nlohmann::json::parse(result.out);

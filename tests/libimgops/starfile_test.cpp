@@ -1,6 +1,7 @@
 #include <base/scoped_ptr.h>
 #include <gtest/gtest.h>
 #include <libimgops/byte_order.h>
+#include <libimgops/star_database_name.h>
 #include <libimgops/starfile.h>
 
 #include <bit>
@@ -68,6 +69,30 @@ TEST(ByteOrder, ReinterpretsFloatsOfTheOtherOrder) {
     const double d = std::bit_cast<double>(le64_to_cpu<std::endian::big>(0xc000000000000001ULL));
     EXPECT_EQ(lefloat_to_cpu<std::endian::big>(&f), 1.5F);
     EXPECT_EQ(std::bit_cast<u64>(ledouble_to_cpu<std::endian::big>(&d)), 0xc000000000000001ULL);
+}
+
+TEST(ByteOrder, StoresWhatItReadsAsEitherHost) {
+    // 1.5F is 3fc00000; -2.0 with its last bit set is c000000000000001.
+    float f;
+    double d;
+    cpu_to_lefloat(1.5F, &f);
+    EXPECT_EQ(std::memcmp(&f, "\0\0\xc0\x3f", 4), 0);
+    cpu_to_ledouble(std::bit_cast<double>(0xc000000000000001ULL), &d);
+    EXPECT_EQ(std::memcmp(&d, "\1\0\0\0\0\0\0\xc0", 8), 0);
+    // The other kind of machine stores its number with the bytes turned round.
+    cpu_to_lefloat<std::endian::big>(1.5F, &f);
+    EXPECT_EQ(std::bit_cast<u32>(f), le32_to_cpu<std::endian::big>(0x3fc00000U));
+    cpu_to_ledouble<std::endian::big>(-2.0, &d);
+    EXPECT_EQ(std::bit_cast<u64>(d), le64_to_cpu<std::endian::big>(0xc000000000000000ULL));
+}
+
+TEST(StarDatabaseName, HoldsDotStarsAnywhere) {
+    for (const char* name : {"a.stars", ".stars", "a.stars.bak", "a.starship"}) {
+        EXPECT_TRUE(is_star_database_name(name)) << name;
+    }
+    for (const char* name : {"", "stars", "a.star", "a.STARS", "a.stats"}) {
+        EXPECT_FALSE(is_star_database_name(name)) << name;
+    }
 }
 
 TEST(StarFile, HandsOutTheRecordsInPlace) {

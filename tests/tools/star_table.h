@@ -3,10 +3,10 @@
 
 #include <string>
 
-#include "database/stars_writer.h"
+#include "database/catalogue_star.h"
 
-inline std::string bytes_of(const lumivar::StarRecord& record) {
-    return {reinterpret_cast<const char*>(record.data()), record.size()};
+inline std::string bytes_of(const star& record) {
+    return {reinterpret_cast<const char*>(&record), sizeof record};
 }
 
 /// A white star of the given place and luminance, as a record.

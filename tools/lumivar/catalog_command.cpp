@@ -1,4 +1,6 @@
 // lumivar catalog import, lumivar catalog info
+#include <libimgops/star_database_name.h>
+
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -31,7 +33,7 @@ void import_command(const ImportArguments& arguments) {
     if (summary.stars == 0) {
         std::fprintf(stderr, "lumivar: warning: %s holds no stars\n", arguments.output.c_str());
     }
-    if (!is_star_file_name(std::filesystem::path(arguments.output).filename().string())) {
+    if (!is_star_database_name(std::filesystem::path(arguments.output).filename().c_str())) {
         std::fprintf(
             stderr,
             "lumivar: warning: the plug-in finds only files with \".stars\" in their name, "

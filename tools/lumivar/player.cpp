@@ -2,6 +2,7 @@
 
 #include <host/errors.h>
 #include <host/module.h>
+#include <libimgops/star_database_name.h>
 #include <libimgops/star_input.h>
 
 #include <algorithm>
@@ -62,7 +63,7 @@ Player::Player(const std::string& plugin, const std::string& catalogue) {
         const fs::path folder = host::plugin_folder(bundle);
         const bool is_name = catalogue.find('/') == std::string::npos;
         std::error_code error;
-        if (is_name && is_star_file_name(catalogue) &&
+        if (is_name && is_star_database_name(catalogue.c_str()) &&
             fs::exists(fs::symlink_status(folder / catalogue, error))) {
             star_file_version(folder / catalogue);
             choice_ = catalogue;

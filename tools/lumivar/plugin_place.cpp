@@ -1,5 +1,6 @@
 #include "plugin_place.h"
 
+#include <libimgops/star_database_name.h>
 #include <osapi/program.h>
 
 #include <system_error>
@@ -69,7 +70,8 @@ fs::path find_plugin(const std::string& named, const std::string& how) {
 std::string staged_name(const fs::path& catalogue) {
     std::string name = catalogue.filename().string();
     // The plug-in joins the names with "|".
-    const bool listable = is_star_file_name(name) && name.find('|') == std::string::npos;
+    const bool listable =
+        is_star_database_name(name.c_str()) && name.find('|') == std::string::npos;
     return listable ? name : "catalogue.stars";
 }
 

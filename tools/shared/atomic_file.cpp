@@ -84,16 +84,24 @@ void AtomicFile::write(std::span<const std::byte> bytes) {
     if (buffer_.size() + bytes.size() > kBufferBytes) {
         flush();
     }
-    buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
+    if (bytes.size() >= kBufferBytes) {
+        write_through(bytes);  // copying a whole buffer would gain nothing
+    } else {
+        buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
+    }
 }
 
 void AtomicFile::flush() {
+    write_through(buffer_);
+    buffer_.clear();
+}
+
+void AtomicFile::write_through(std::span<const std::byte> bytes) {
     try {
-        OSAPI::write(descriptor_, reinterpret_cast<const char*>(buffer_.data()), buffer_.size());
+        OSAPI::write(descriptor_, reinterpret_cast<const char*>(bytes.data()), bytes.size());
     } catch (const StrXception& failure) {
         throw system_failure("cannot write " + shown_.string(), failure);
     }
-    buffer_.clear();
 }
 
 void AtomicFile::publish() {

@@ -31,6 +31,7 @@ public:
 
 private:
     void flush();
+    void write_through(std::span<const std::byte> bytes);
 
     std::filesystem::path shown_;  ///< as the user wrote it
     std::filesystem::path target_;

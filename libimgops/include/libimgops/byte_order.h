@@ -1,4 +1,4 @@
-// Numbers of a file, stored little-endian, as numbers of this processor.
+// Numbers of a file, stored little-endian, as numbers of this processor, and back.
 //
 // `Host` is the byte order to convert to. It is there so that both branches can be tried on any
 // machine; everyone else leaves it alone.
@@ -44,4 +44,19 @@ double ledouble_to_cpu(const double* p) {
     u64 bits;
     std::memcpy(&bits, p, sizeof bits);
     return std::bit_cast<double>(le64_to_cpu<Host>(bits));
+}
+
+/// Puts the number's four bytes at `p`, as `lefloat_to_cpu` reads them: turning bytes round is its
+/// own inverse.
+template <std::endian Host = std::endian::native>
+void cpu_to_lefloat(float x, float* p) {
+    const u32 bits = le32_to_cpu<Host>(std::bit_cast<u32>(x));
+    std::memcpy(p, &bits, sizeof bits);
+}
+
+/// Puts the number's eight bytes at `p`, as `ledouble_to_cpu` reads them.
+template <std::endian Host = std::endian::native>
+void cpu_to_ledouble(double x, double* p) {
+    const u64 bits = le64_to_cpu<Host>(std::bit_cast<u64>(x));
+    std::memcpy(p, &bits, sizeof bits);
 }

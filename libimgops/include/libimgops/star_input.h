@@ -1,42 +1,9 @@
-// The star catalogue: an array of 32-byte records, handed out in place.
-//
-//     record 0       header: "LUMIVAR1" or "LUMIVAR2" and 24 bytes that nobody reads
-//     record 1...    one `star` each
-//
-// Bytes after the last whole record are ignored. There is no count and no checksum; the records
-// themselves are never validated.
+// The star catalogue: an array of 32-byte records, handed out in place. The records themselves are
+// never validated.
 #pragma once
 
 #include <base/words.h>
-
-#include <cstddef>
-
-/// One record as it lies in the file, little-endian: read the numbers through
-/// `libimgops/byte_order.h`.
-struct star {
-    /// Angles on the sky, in degrees.
-    double lon;
-    double lat;
-    /// Linear brightness.
-    float luminance;
-    /// sRGB codes.
-    unsigned char r;
-    unsigned char g;
-    unsigned char b;
-    unsigned char reserved;
-    /// Carries a distance in files of version 2 only.
-    double distance;
-};
-// In the file's own layout on every target; 32-bit ones align double to 4 bytes.
-static_assert(sizeof(star) == 32);
-static_assert(offsetof(star, lon) == 0);
-static_assert(offsetof(star, lat) == 8);
-static_assert(offsetof(star, luminance) == 16);
-static_assert(offsetof(star, r) == 20);
-static_assert(offsetof(star, g) == 21);
-static_assert(offsetof(star, b) == 22);
-static_assert(offsetof(star, reserved) == 23);
-static_assert(offsetof(star, distance) == 24);
+#include <libimgops/star_record.h>
 
 /// A source of records with a cursor, which stands on the header at first. One user at a time.
 ///

@@ -1,17 +1,16 @@
 #include "database/info.h"
 
 #include <base/string.h>
-#include <libimgops/byte_order.h>
-#include <libimgops/starfile.h>
+#include <libimgops/star_database_name.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "astronomy/star_light.h"
-#include "database/star_file.h"
+#include "database/catalogue_star.h"
+#include "database/database_reader.h"
 
 namespace lumivar {
 namespace {
@@ -24,7 +23,7 @@ constexpr double kMagnitudeRounding = 1e-6;
 class Oddity {
 public:
     explicit Oddity(const char* what) : what_(what) {}
-    void note(bool odd, std::uint32_t star) {
+    void note(bool odd, std::uint64_t star) {
         if (odd && ++count_ == 1) {
             first_ = star;
         }
@@ -38,8 +37,8 @@ public:
 
 private:
     const char* what_;
-    std::uint32_t count_ = 0;
-    std::uint32_t first_ = 0;
+    std::uint64_t count_ = 0;
+    std::uint64_t first_ = 0;
 };
 
 bool is_outside(double value, double low, double high) {
@@ -51,17 +50,14 @@ public:
     explicit Examiner(CatalogueInfo& info) : info_(info) {}
 
     void add(const star& record) {
-        const std::uint32_t index = ++info_.stars;
-        const double lon = ledouble_to_cpu(&record.lon);
-        const double lat = ledouble_to_cpu(&record.lat);
-        const double distance = ledouble_to_cpu(&record.distance);
-        const float luminance = lefloat_to_cpu(&record.luminance);
+        const std::uint64_t index = ++info_.stars;
+        const auto [lon, lat, luminance, rgb, distance] = decode_star(record);
         info_.lon.add(lon);
         info_.lat.add(lat);
         info_.luminance.add(static_cast<double>(luminance));
-        info_.red.add(record.r);
-        info_.green.add(record.g);
-        info_.blue.add(record.b);
+        info_.red.add(rgb[0]);
+        info_.green.add(rgb[1]);
+        info_.blue.add(rgb[2]);
         if (distance > 0.0) {
             info_.distance.add(distance);
         }
@@ -132,17 +128,17 @@ void FieldRange::add(double value) {
 CatalogueInfo examine_catalogue(const std::filesystem::path& path) {
     CatalogueInfo info;
     info.path = path.string();
-    info.version = star_file_version(path);
-
-    info.bytes = std::filesystem::file_size(path);
-    const std::unique_ptr<StarInput> records(op_stars_file_input(info.path.c_str()));
+    DatabaseReader database(path);
+    info.version = database.version();
+    info.bytes = database.bytes();
     Examiner examiner(info);
-    records->next();  // the header
-    for (u32 i = 1; i < records->nstars(); ++i) {
-        examiner.add(*records->next());
+    for (auto block = database.next_block(); !block.empty(); block = database.next_block()) {
+        for (const star& record : block) {
+            examiner.add(record);
+        }
     }
 
-    const std::uint64_t trailing = info.bytes % sizeof(star);
+    const std::uint64_t trailing = database.trailing_bytes();
     if (info.bytes < sizeof(star)) {
         info.warnings.emplace_back("the header is cut short: " + std::to_string(info.bytes) +
                                    " bytes instead of 32");
@@ -153,7 +149,7 @@ CatalogueInfo examine_catalogue(const std::filesystem::path& path) {
     if (info.stars == 0) {
         info.warnings.emplace_back("there are no stars: every frame stays black");
     }
-    if (!is_star_file_name(path.filename().string())) {
+    if (!is_star_database_name(path.filename().c_str())) {
         info.warnings.emplace_back(
             "the plug-in finds only files with \".stars\" in their name: rename it");
     }
@@ -166,7 +162,8 @@ std::string info_as_text(const CatalogueInfo& info) {
     text += String::fmt("  version    %d (distances are %s)\n", info.version,
                         info.version == 2 ? "used" : "not used")
                 .c_str();
-    text += String::fmt("  stars      %lu in %llu bytes\n", static_cast<unsigned long>(info.stars),
+    text += String::fmt("  stars      %llu in %llu bytes\n",
+                        static_cast<unsigned long long>(info.stars),
                         static_cast<unsigned long long>(info.bytes))
                 .c_str();
     append_range(text, "lon", info.lon, kDoubleDigits, " degrees");
@@ -177,19 +174,20 @@ std::string info_as_text(const CatalogueInfo& info) {
     append_range(text, "green", info.green, kFloatDigits, "");
     append_range(text, "blue", info.blue, kFloatDigits, "");
     append_range(text, "distance", info.distance, kDoubleDigits, " parsecs");
-    text += String::fmt("  unknown    %lu stars without a distance\n",
-                        static_cast<unsigned long>(info.stars - info.distance.values))
+    text += String::fmt("  unknown    %llu stars without a distance\n",
+                        static_cast<unsigned long long>(info.stars - info.distance.values))
                 .c_str();
-    std::uint32_t most = 1;
+    std::uint64_t most = 1;
     for (const auto& [magnitude, stars] : info.histogram) {
         most = std::max(most, stars);
     }
     text += "  stars by magnitude\n";
     constexpr double kLongestBar = 50.0;
     for (const auto& [magnitude, stars] : info.histogram) {
-        const auto bar = static_cast<std::size_t>(std::ceil(kLongestBar * stars / most));
-        text += String::fmt("    %4d to %3d %8lu ", magnitude, magnitude + 1,
-                            static_cast<unsigned long>(stars))
+        const auto bar = static_cast<std::size_t>(
+            std::ceil(kLongestBar * static_cast<double>(stars) / static_cast<double>(most)));
+        text += String::fmt("    %4d to %3d %8llu ", magnitude, magnitude + 1,
+                            static_cast<unsigned long long>(stars))
                     .c_str();
         text += std::string(bar, '#') + "\n";
     }

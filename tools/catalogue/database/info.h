@@ -14,7 +14,7 @@ namespace lumivar {
 struct FieldRange {
     double low = std::numeric_limits<double>::infinity();
     double high = -std::numeric_limits<double>::infinity();
-    std::uint32_t values = 0;
+    std::uint64_t values = 0;
 
     void add(double value);
 };
@@ -23,7 +23,7 @@ struct CatalogueInfo {
     std::string path;
     int version = 0;
     std::uint64_t bytes = 0;
-    std::uint32_t stars = 0;
+    std::uint64_t stars = 0;
     FieldRange lon, lat;          ///< degrees
     FieldRange luminance;         ///< linear
     FieldRange magnitude;         ///< -2.5 log10 of the luminances above 0
@@ -31,7 +31,7 @@ struct CatalogueInfo {
     FieldRange distance;          ///< of the stars that have one, that is above 0
     /// Stars by whole magnitudes: the key m counts those in m <= magnitude < m + 1
     /// (both less a millionth, for the rounding of the stored luminance).
-    std::map<int, std::uint32_t> histogram;
+    std::map<int, std::uint64_t> histogram;
     /// Whole lines: values that are not numbers or out of range, trailing bytes ...
     std::vector<std::string> warnings;
 };

@@ -1,6 +1,8 @@
 #include "database/star_file.h"
 
 #include <fcntl.h>
+#include <libimgops/star_database_name.h>
+#include <libimgops/star_record.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,8 +15,6 @@
 
 namespace lumivar {
 namespace {
-
-constexpr std::size_t kMagicBytes = 8;
 
 /// The first bytes of a regular file, as many as there are. Returns what went wrong, or nothing.
 std::string read_head(const std::filesystem::path& path, std::string& head) {
@@ -30,7 +30,7 @@ std::string read_head(const std::filesystem::path& path, std::string& head) {
         problem = S_ISDIR(status.st_mode) ? "it is no regular file but a folder"
                                           : "it is no regular file";
     } else {
-        head.resize(kMagicBytes);
+        head.resize(kStarHeaderWordBytes);
         const ssize_t count = pread(descriptor, head.data(), head.size(), 0);
         if (count < 0) {
             problem = std::generic_category().message(errno);
@@ -43,15 +43,13 @@ std::string read_head(const std::filesystem::path& path, std::string& head) {
 
 }  // namespace
 
-bool is_star_file_name(const std::string& name) { return name.find(".stars") != std::string::npos; }
-
 std::vector<std::string> star_files_in(const std::filesystem::path& folder) {
     std::vector<std::string> names;
     std::error_code error;
     for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
          entry.increment(error)) {
         const std::string name = entry->path().filename().string();
-        if (is_star_file_name(name)) {
+        if (is_star_database_name(name.c_str())) {
             names.push_back(name);
         }
     }
@@ -80,17 +78,17 @@ StarFile look_at_star_file(const std::filesystem::path& path) {
     if (!problem.empty()) {
         return {0, "cannot read " + name + ": " + problem};
     }
-    if (head == "LUMIVAR1") {
-        return {1, {}};
+    const int version = head.size() == kStarHeaderWordBytes ? star_header_version(head.data()) : 0;
+    if (version != 0) {
+        return {version, {}};
     }
-    if (head == "LUMIVAR2") {
-        return {2, {}};
-    }
+    const std::string words =
+        std::string("\"") + kStarHeaderWord1 + "\" or \"" + kStarHeaderWord2 + "\"";
     if (head.empty()) {
-        return {0, name + " is empty: a star database begins with \"LUMIVAR1\" or \"LUMIVAR2\""};
+        return {0, name + " is empty: a star database begins with " + words};
     }
     return {0, name + " is not a star database: it begins with " + shown_bytes(head) +
-                   " instead of \"LUMIVAR1\" or \"LUMIVAR2\""};
+                   " instead of " + words};
 }
 
 int star_file_version(const std::filesystem::path& path) {

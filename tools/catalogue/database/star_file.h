@@ -8,9 +8,6 @@
 
 namespace lumivar {
 
-/// Whether the plug-in lists a file of this name: it holds ".stars" anywhere.
-bool is_star_file_name(const std::string& name);
-
 /// The names in a folder that the plug-in lists, sorted. None when the folder cannot be read.
 std::vector<std::string> star_files_in(const std::filesystem::path& folder);
 

@@ -6,8 +6,7 @@
 #include <system_error>
 
 #include "astronomy/star_light.h"
-#include "atomic_file.h"
-#include "database/stars_writer.h"
+#include "database/database_writer.h"
 #include "progress.h"
 #include "tables/csv.h"
 
@@ -70,25 +69,20 @@ ImportSummary import_catalogue(const std::string& input, const std::filesystem::
         throw UsageError("the output would replace its own input " + input);
     }
     LineReader lines(input);
-    AtomicFile file(output);
+    DatabaseWriter database(output);
     CsvReader table(lines, kExampleHeader);
     const Columns columns(table);
 
     ImportSummary summary;
     Progress progress(lines.bytes_in_all(), "bytes");
-    file.write(encode_header());
     while (table.next()) {
-        // A reader counts records, the header among them, in 32 bits.
-        if (summary.stars == std::numeric_limits<std::uint32_t>::max() - 1) {
-            throw table.failure("more stars than a database can hold");
-        }
-        file.write(encode_star(read_star(table, columns, summary)));
+        database.add(read_star(table, columns, summary), 0);
         ++summary.stars;
         if (summary.stars % kStarsBetweenProgress == 0) {
             progress.update(lines.bytes_read());
         }
     }
-    file.publish();
+    database.publish();
     return summary;
 }
 
