@@ -16,7 +16,10 @@ String temporary_path(const char* path) { return String::fmt("%s.inprogress", pa
 }  // namespace
 
 AtomicFileWrite::AtomicFileWrite(const char* path, int mode)
-    : path_(path), temporary_(temporary_path(path)), descriptor_(open(temporary_.c_str(), mode)) {}
+    : AtomicFileWrite(path, temporary_path(path).c_str(), mode) {}
+
+AtomicFileWrite::AtomicFileWrite(const char* path, const char* temporary, int mode)
+    : path_(path), temporary_(temporary), descriptor_(open(temporary_.c_str(), mode)) {}
 
 AtomicFileWrite::AtomicFileWrite(const char* path)
     : path_(path), temporary_(temporary_path(path)), finished_(true) {}

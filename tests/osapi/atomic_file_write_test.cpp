@@ -44,6 +44,26 @@ TEST_F(Atomic, OthersSeeTheOldFileUntilTheNewOneIsComplete) {
     EXPECT_FALSE(in_progress());
 }
 
+TEST_F(Atomic, WritesToATemporaryFileOfAnyName) {
+    const std::string hidden = folder_ / ".hidden";
+    {
+        AtomicFileWrite file(path_.c_str(), hidden.c_str(), OSAPI::kWrite);
+        write_text(file, "new");
+        EXPECT_EQ(read_file(hidden), "new");
+        EXPECT_FALSE(in_progress());
+        file.complete();
+        EXPECT_EQ(read_file(path_), "new");
+    }
+    { const AtomicFileWrite unfinished(path_.c_str(), hidden.c_str(), OSAPI::kWrite); }
+    EXPECT_FALSE(std::filesystem::exists(hidden));
+    EXPECT_EQ(read_file(path_), "new");
+    write_file(hidden, "another's");
+    kFiles.expect("opening file \"" + hidden + "\"", EEXIST, "open", [&] {
+        AtomicFileWrite(path_.c_str(), hidden.c_str(), OSAPI::kWrite | OSAPI::kExclusive);
+    });
+    EXPECT_EQ(read_file(hidden), "another's");
+}
+
 TEST_F(Atomic, DestroyedUnfinishedLeavesNothingAndDoesNotTouchThePath) {
     { const AtomicFileWrite file(path_.c_str(), OSAPI::kWrite); }
     EXPECT_FALSE(in_progress());

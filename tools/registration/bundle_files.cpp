@@ -1,9 +1,10 @@
 #include "bundle_files.h"
 
 #include <AE/registration.h>
+#include <osapi/atomic_file_write.h>
+#include <osapi/files.h>
+#include <osapi/reason.h>
 
-#include <cerrno>
-#include <cstdio>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -12,26 +13,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void fail(const fs::path& path, const std::error_code& error) {
-    throw std::runtime_error("cannot write " + path.string() + ": " + error.message());
-}
-
-std::error_code last_error() { return {errno, std::generic_category()}; }
-
-std::error_code write_plainly(const fs::path& path, const std::string& content) {
-    std::FILE* file = std::fopen(path.c_str(), "wb");
-    if (file == nullptr) {
-        return last_error();
-    }
-    std::error_code error;
-    if (std::fwrite(content.data(), 1, content.size(), file) != content.size()) {
-        error = last_error();
-    }
-    // A full disk may show only when the last bytes leave the buffer.
-    if (std::fclose(file) != 0 && !error) {
-        error = last_error();
-    }
-    return error;
+[[noreturn]] void fail(const fs::path& path, const std::string& reason) {
+    throw std::runtime_error("cannot write " + path.string() + ": " + reason);
 }
 
 std::string entry(std::string_view key, std::string_view value) {
@@ -73,16 +56,14 @@ void write_whole(const fs::path& path, const std::string& content) {
     std::error_code error;
     fs::create_directories(path.parent_path(), error);
     if (error) {
-        fail(path, error);
+        fail(path, error.message());
     }
-    const fs::path unfinished = path.string() + ".inprogress";
-    error = write_plainly(unfinished, content);
-    if (!error) {
-        fs::rename(unfinished, path, error);
-    }
-    if (error) {
-        std::error_code ignored;
-        fs::remove(unfinished, ignored);
-        fail(path, error);
+    try {
+        OSAPI::AtomicFileWrite file(path.c_str(), OSAPI::kWrite);
+        OSAPI::write(file.fd(), content.data(), content.size());
+        // The build makes the file again if the machine stops before the disk has it.
+        file.complete_nosync();
+    } catch (const StrXception& failure) {
+        fail(path, OSAPI::reason(failure).c_str());
     }
 }

@@ -1,12 +1,10 @@
 #include "atomic_file.h"
 
-#include <fcntl.h>
 #include <osapi/files.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <system_error>
-#include <utility>
 
 #include "failure.h"
 
@@ -65,18 +63,21 @@ void check_output_path(const fs::path& path) {
 AtomicFile::AtomicFile(const fs::path& path)
     : shown_(path),
       target_(resolve_target(path)),
-      folder_(target_.parent_path(), "cannot write " + path.string()),
-      temporary_(folder_.file("content")) {
+      folder_(target_.parent_path(), "cannot write " + path.string()) {
     buffer_.reserve(kBufferBytes);
-    descriptor_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (descriptor_ < 0) {
-        throw system_failure("cannot write " + shown_.string(), errno);
+    const fs::path temporary = folder_.file("content");
+    try {
+        file_.reset(new OSAPI::AtomicFileWrite(target_.c_str(), temporary.c_str(),
+                                               OSAPI::kWrite | OSAPI::kExclusive));
+    } catch (const StrXception& failure) {
+        throw system_failure("cannot write " + shown_.string(), failure);
     }
 }
 
-AtomicFile::~AtomicFile() {
-    if (descriptor_ >= 0) {
-        close(descriptor_);
+void AtomicFile::Discard::operator()(OSAPI::AtomicFileWrite* file) const {
+    try {
+        delete file;
+    } catch (const StrXception&) {
     }
 }
 
@@ -98,7 +99,7 @@ void AtomicFile::flush() {
 
 void AtomicFile::write_through(std::span<const std::byte> bytes) {
     try {
-        OSAPI::write(descriptor_, reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        OSAPI::write(file_->fd(), reinterpret_cast<const char*>(bytes.data()), bytes.size());
     } catch (const StrXception& failure) {
         throw system_failure("cannot write " + shown_.string(), failure);
     }
@@ -107,10 +108,7 @@ void AtomicFile::write_through(std::span<const std::byte> bytes) {
 void AtomicFile::publish() {
     flush();
     try {
-        OSAPI::sync(descriptor_);
-        // Only here do some network file systems report that the disk is full.
-        OSAPI::close(std::exchange(descriptor_, OSAPI::kNoDescriptor));
-        OSAPI::rename(temporary_.c_str(), target_.c_str());
+        file_->complete();
     } catch (const StrXception& failure) {
         throw system_failure("cannot write " + shown_.string(), failure);
     }

@@ -1,8 +1,11 @@
 // A file that appears whole under its name, or not at all.
 #pragma once
 
+#include <osapi/atomic_file_write.h>
+
 #include <cstddef>
 #include <filesystem>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -20,7 +23,6 @@ public:
     /// Throws `Failure` when the path cannot become a file: its folder is missing or closed to us,
     /// or something that is no regular file stands there.
     explicit AtomicFile(const std::filesystem::path& path);
-    ~AtomicFile();
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
 
@@ -30,15 +32,19 @@ public:
     void publish();
 
 private:
+    /// Lets no failure out: what cannot be removed goes with the working folder.
+    struct Discard {
+        void operator()(OSAPI::AtomicFileWrite* file) const;
+    };
+
     void flush();
     void write_through(std::span<const std::byte> bytes);
 
     std::filesystem::path shown_;  ///< as the user wrote it
     std::filesystem::path target_;
     WorkingFolder folder_;
-    std::filesystem::path temporary_;
+    std::unique_ptr<OSAPI::AtomicFileWrite, Discard> file_;
     std::vector<std::byte> buffer_;
-    int descriptor_ = -1;
 };
 
 /// Throws the `Failure` that an `AtomicFile` would, for what can be told before there is anything

@@ -6,7 +6,7 @@
 
 namespace OSAPI {
 
-/// Writes to "PATH.inprogress" and renames it to PATH when complete. Not copyable.
+/// Writes to a temporary file and renames it to PATH when complete. Not copyable.
 ///
 /// Destroyed before it is complete, it removes what it wrote and leaves PATH as it was. That may
 /// throw; while another exception is under way the failure is printed instead.
@@ -14,6 +14,10 @@ class AtomicFileWrite {
 public:
     /// Opens "PATH.inprogress". Throws "opening file "PATH.inprogress": ...".
     AtomicFileWrite(const char* path, int mode);
+    /// Opens `temporary` instead, which must be on the file system of `path`: for a folder where
+    /// others would take "PATH.inprogress" for a file of theirs. Throws "opening file
+    /// "TEMPORARY": ...".
+    AtomicFileWrite(const char* path, const char* temporary, int mode);
     AtomicFileWrite(const AtomicFileWrite&) = delete;
     AtomicFileWrite& operator=(const AtomicFileWrite&) = delete;
     ~AtomicFileWrite() noexcept(false);
