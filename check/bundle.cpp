@@ -2,15 +2,13 @@
 #include <base/string.h>
 #include <host/module.h>
 #include <host_api/effect_interface.h>
+#include <osapi/whole_file.h>
 #include <read_property_list.h>
 #include <read_registration.h>
 #include <read_slices.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
-#include <fstream>
-#include <system_error>
 
 #include "run.h"
 
@@ -21,39 +19,6 @@ namespace fs = std::filesystem;
 
 /// More than such a file ever has; larger ones are not read.
 constexpr std::size_t kLargestBundleFile = std::size_t{16} << 20U;
-
-std::string unreadable(const std::error_code& error) {
-    return "cannot be read: " + error.message();
-}
-
-/// Why the file cannot be read into `content`, "is missing"; empty when it was.
-std::string trouble_in_reading(const fs::path& path, std::string& content) {
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    if (!fs::exists(status)) {
-        return status.type() == fs::file_type::not_found ? "is missing" : unreadable(error);
-    }
-    // A device may be without end, and a pipe may keep its reader waiting.
-    if (!fs::is_regular_file(status)) {
-        return "is no regular file";
-    }
-    const std::uintmax_t size = fs::file_size(path, error);
-    if (error) {
-        return unreadable(error);
-    }
-    if (size > kLargestBundleFile) {
-        return "has " + std::to_string(size) + " bytes; " + std::to_string(kLargestBundleFile) +
-               " are read at most";
-    }
-    errno = 0;
-    std::ifstream in(path, std::ios::binary);
-    content.resize(static_cast<std::size_t>(size));
-    if (in.read(content.data(), static_cast<std::streamsize>(size))) {
-        return "";
-    }
-    return errno != 0 ? unreadable({errno, std::generic_category()})
-                      : "ends before its " + std::to_string(size) + " bytes";
-}
 
 void look_at_module(Run& run) {
     const RowText row = {"bundle.module", "load the module", "it opens and exports EntryPointFunc"};
@@ -87,10 +52,12 @@ std::vector<Finding> findings_of(const fs::path& path, const Texts& wrong) {
 std::vector<Finding> findings_in(const fs::path& path, const std::string& remedy,
                                  const std::function<Texts(const std::string& content)>& wrong_in) {
     std::string content;
-    const std::string trouble = trouble_in_reading(path, content);
-    return trouble.empty()
-               ? findings_of(path, wrong_in(content))
-               : std::vector<Finding>{{"\"" + path.string() + "\" " + trouble + "; " + remedy}};
+    try {
+        content = OSAPI::read_whole(path.c_str(), kLargestBundleFile);
+    } catch (const StrXception& failure) {
+        return {{OSAPI::cannot_read(path.string(), failure) + "; " + remedy}};
+    }
+    return findings_of(path, wrong_in(content));
 }
 
 std::string hex(std::uint32_t number) {
@@ -208,10 +175,13 @@ Texts wrong_slices(const bundle::Registration& resource,
 void look_at_slices(Run& run, const fs::path& resource) {
     const RowText row = {"bundle.slices", "compare the module with the registration resource",
                          "an entry point for each processor of the module, and for no other"};
-    std::string head(bundle::kModuleHead, '\0');
-    std::ifstream module(run.file(), std::ios::binary);
-    module.read(head.data(), static_cast<std::streamsize>(head.size()));
-    head.resize(static_cast<std::size_t>(module.gcount()));
+    std::string head;
+    try {
+        head = OSAPI::read_head(run.file().c_str(), bundle::kModuleHead);
+    } catch (const StrXception& failure) {
+        run.leave_out(row.id, OSAPI::cannot_read(run.file().string(), failure));
+        return;
+    }
     const auto slices = bundle::slices_of(head);
     if (slices) {
         run.enter(row, findings_of(resource, wrong_slices(*run.registration, *slices)),

@@ -1,8 +1,8 @@
 #include "scene_text.h"
 
 #include <host/scene.h>
-#include <osapi/reason.h>
 #include <osapi/streams.h>
+#include <osapi/whole_file.h>
 
 #include <algorithm>
 #include <optional>
@@ -81,7 +81,7 @@ std::string read_scene_text(const std::string& path, int most_mebibytes) {
         }
         return text;
     } catch (const StrXception& failure) {
-        throw SceneError(path + ": cannot read the scene: " + OSAPI::reason(failure).c_str());
+        throw SceneError(OSAPI::cannot_read(path, failure));
     }
 }
 

@@ -4,11 +4,10 @@
 #include <base/string.h>
 #include <osapi/descendants.h>
 #include <osapi/directories.h>
-#include <osapi/files.h>
 #include <osapi/processes.h>
+#include <osapi/whole_file.h>
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <cerrno>
 #include <cstddef>
@@ -26,15 +25,10 @@ namespace {
 /// The line that the system keeps of the process called `name`; empty when it is gone, as it may be
 /// from one call to the next.
 std::string stat_line(const std::string& name) {
-    const fd_t fd = open_can_fail(("/proc/" + name + "/stat").c_str(), kRead);
-    if (fd == kNoDescriptor) {
-        return {};
-    }
+    // Longer than all that stands before the parent.
+    constexpr std::size_t kMost = 512;
     try {
-        const FileDescriptor file(fd);
-        std::array<char, 512> line{};
-        const sword size = read_up_to(fd, line.data(), line.size());
-        return {line.data(), static_cast<std::size_t>(size)};
+        return read_head(("/proc/" + name + "/stat").c_str(), kMost);
     } catch (const Xception&) {
         return {};
     }

@@ -69,6 +69,9 @@ protected:
     std::string in_quotes(const std::string& file) const {
         return "\"" + (bundle() / file).string() + "\"";
     }
+    std::string unreadable(const std::string& file, const std::string& reason) const {
+        return "cannot read " + (bundle() / file).string() + ": " + reason;
+    }
 
     ScratchFolder root;
 };
@@ -262,17 +265,16 @@ TEST_F(LumivarCheck, NamesEachFileThatABundleLacks) {
     fs::remove(resource());
     fs::create_directory(resource());
     const Report report = check("bundle.");
-    EXPECT_EQ(
-        row(report, "bundle.info-list").answer,
-        in_quotes("Contents/Info.plist") +
-            " is missing; write one with CFBundlePackageType eFKT, CFBundleSignature FXTC and "
-            "CFBundleExecutable Lumivar");
+    EXPECT_EQ(row(report, "bundle.info-list").answer,
+              unreadable("Contents/Info.plist", "No such file or directory") +
+                  "; write one with CFBundlePackageType eFKT, CFBundleSignature FXTC and "
+                  "CFBundleExecutable Lumivar");
     EXPECT_EQ(row(report, "bundle.package-info").answer,
-              in_quotes("Contents/PkgInfo") +
-                  " is missing; write the eight bytes eFKTFXTC, without a line feed");
+              unreadable("Contents/PkgInfo", "No such file or directory") +
+                  "; write the eight bytes eFKTFXTC, without a line feed");
     EXPECT_EQ(row(report, "bundle.resource").answer,
-              in_quotes("Contents/Resources/Lumivar.rsrc") +
-                  " is no regular file; build it from the effect's property list (PiPL)");
+              unreadable("Contents/Resources/Lumivar.rsrc", "it is no regular file but a folder") +
+                  "; build it from the effect's property list (PiPL)");
     for (const char* id : {"bundle.info-list", "bundle.package-info", "bundle.resource"}) {
         EXPECT_EQ(failing(report).count(id), 1U) << id << ": a bundle that lacks all is ignored";
     }
@@ -280,21 +282,23 @@ TEST_F(LumivarCheck, NamesEachFileThatABundleLacks) {
 
 TEST_F(LumivarCheck, SaysWhyAFileOfABundleCannotBeRead) {
     const fs::path package = bundle() / "Contents/PkgInfo";
-    const std::string name = in_quotes("Contents/PkgInfo");
+    const auto answer = [&] {
+        return row(check("bundle.package-info"), "bundle.package-info").answer;
+    };
     const auto is_told = [&](const std::string& reason) {
-        const std::string answer = row(check("bundle.package-info"), "bundle.package-info").answer;
-        return answer.rfind(name + reason + "; write", 0) == 0;
+        return answer().rfind(unreadable("Contents/PkgInfo", reason) + "; write", 0) == 0;
     };
     write_file(package, "");
-    EXPECT_TRUE(is_told(": holds 0 bytes, \"\""));
+    EXPECT_EQ(answer().rfind(in_quotes("Contents/PkgInfo") + ": holds 0 bytes, \"\"; write", 0),
+              0U);
     fs::resize_file(package, (std::size_t{16} << 20U) + 1);
-    EXPECT_TRUE(is_told(" has 16777217 bytes; 16777216 are read at most"));
+    EXPECT_TRUE(is_told("it has 16777217 bytes; 16777216 are read at most"));
     fs::remove(package);
     ASSERT_EQ(mkfifo(package.c_str(), 0600), 0);
-    EXPECT_TRUE(is_told(" is no regular file")) << "and is not waited for";
+    EXPECT_TRUE(is_told("it is no regular file")) << "and is not waited for";
     fs::remove(package);
     fs::create_symlink("PkgInfo", package);
-    EXPECT_TRUE(is_told(" cannot be read: Too many levels of symbolic links"));
+    EXPECT_TRUE(is_told("Too many levels of symbolic links"));
     fs::remove(package);
     write_file(package, "eFKTFXTC");
     fs::permissions(package, fs::perms::none);
@@ -303,7 +307,7 @@ TEST_F(LumivarCheck, SaysWhyAFileOfABundleCannotBeRead) {
     ASSERT_EQ(chmod(root.path().c_str(), 0755), 0);
     EXPECT_EQ(result_in_child([&] {
                   const bool nobody = geteuid() != 0 || seteuid(kNobody) == 0;
-                  return nobody && is_told(" cannot be read: Permission denied") ? 0 : 1;
+                  return nobody && is_told("Permission denied") ? 0 : 1;
               }),
               0);
 }

@@ -48,7 +48,7 @@ TEST_F(LoadErrors, AFileThatCannotBeReadIsTold) {
          {std::pair{folder_ / "none.json", "No such file or directory"},
           {folder_.path(), "Is a directory"},
           {beyond, "Not a directory"}}) {
-        EXPECT_EQ(error_of_file(path), path + ": cannot read the scene: " + reason);
+        EXPECT_EQ(error_of_file(path), "cannot read " + path + ": " + reason);
     }
 }
 

@@ -427,7 +427,8 @@ TEST_F(Render, UnusableScenesSettingsAndSizesAreOneLine) {
         expect_failure({}, begin + place);
     }
     fs::remove(folder / "scene.json");
-    expect_failure({}, begin);
+    expect_failure(
+        {}, "lumivar: cannot read " + (folder / "scene.json") + ": No such file or directory\n");
     write_file(folder / "scene.json", kScene);
     for (const auto& [setting, words] :
          {std::pair{"Star Brigthness=8", "the effect has no control"},

@@ -1,47 +1,16 @@
 #include "database/star_file.h"
 
-#include <fcntl.h>
 #include <libimgops/star_database_name.h>
 #include <libimgops/star_record.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <osapi/whole_file.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
 #include <system_error>
 
 #include "failure.h"
 
 namespace lumivar {
-namespace {
-
-/// The first bytes of a regular file, as many as there are. Returns what went wrong, or nothing.
-std::string read_head(const std::filesystem::path& path, std::string& head) {
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) {
-        return std::generic_category().message(errno);
-    }
-    struct stat status = {};
-    std::string problem;
-    if (fstat(descriptor, &status) != 0) {
-        problem = std::generic_category().message(errno);
-    } else if (!S_ISREG(status.st_mode)) {
-        problem = S_ISDIR(status.st_mode) ? "it is no regular file but a folder"
-                                          : "it is no regular file";
-    } else {
-        head.resize(kStarHeaderWordBytes);
-        const ssize_t count = pread(descriptor, head.data(), head.size(), 0);
-        if (count < 0) {
-            problem = std::generic_category().message(errno);
-        }
-        head.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-    }
-    close(descriptor);
-    return problem;
-}
-
-}  // namespace
 
 std::vector<std::string> star_files_in(const std::filesystem::path& folder) {
     std::vector<std::string> names;
@@ -74,9 +43,10 @@ std::string shown_bytes(const std::string& bytes) {
 StarFile look_at_star_file(const std::filesystem::path& path) {
     const std::string name = path.string();
     std::string head;
-    const std::string problem = read_head(path, head);
-    if (!problem.empty()) {
-        return {0, "cannot read " + name + ": " + problem};
+    try {
+        head = OSAPI::read_head(path.c_str(), kStarHeaderWordBytes);
+    } catch (const StrXception& failure) {
+        return {0, OSAPI::cannot_read(name, failure)};
     }
     const int version = head.size() == kStarHeaderWordBytes ? star_header_version(head.data()) : 0;
     if (version != 0) {

@@ -1,10 +1,10 @@
 #include "tables/line_reader.h"
 
+#include <osapi/whole_file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 
 #include "failure.h"
@@ -21,11 +21,11 @@ OSAPI::fd_t open_input(const std::string& path) {
     if (path == "-") {
         return STDIN_FILENO;
     }
-    const OSAPI::fd_t fd = OSAPI::open_can_fail(path.c_str(), OSAPI::kRead);
-    if (fd == OSAPI::kNoDescriptor) {
-        throw system_failure("cannot read " + path, errno);
+    try {
+        return OSAPI::open(path.c_str(), OSAPI::kRead);
+    } catch (const StrXception& failure) {
+        throw Failure(OSAPI::cannot_read(path, failure));
     }
-    return fd;
 }
 
 }  // namespace
@@ -58,7 +58,7 @@ bool LineReader::fill() {
         end_ += static_cast<std::size_t>(count);
         return count > 0;
     } catch (const StrXception& failure) {
-        throw system_failure("cannot read " + name_, failure);
+        throw Failure(OSAPI::cannot_read(name_, failure));
     }
 }
 
