@@ -13,7 +13,7 @@
 namespace lumivar {
 namespace {
 
-using Row = std::array<std::string, 5>;
+using TableRow = std::array<std::string, 5>;
 
 bool is_slider(const host::DeclaredControl& control) {
     return control.kind == host::ControlKind::Slider ||
@@ -32,9 +32,9 @@ std::string choices_text(const host::DeclaredControl& control) {
     return text;
 }
 
-Row row_of(const host::DeclaredControl& control) {
-    Row row = {control.name, host::name_of(control.kind), "", "",
-               value_text(control, control.default_value, control.default_colour)};
+TableRow row_of(const host::DeclaredControl& control) {
+    TableRow row = {control.name, host::name_of(control.kind), "", "",
+                    value_text(control, control.default_value, control.default_colour)};
     if (is_slider(control)) {
         row[2] = range_text(control.valid);
         row[3] = range_text(control.slider);
@@ -51,18 +51,18 @@ Row row_of(const host::DeclaredControl& control) {
 }  // namespace
 
 std::string controls_as_text(const std::vector<host::DeclaredControl>& controls) {
-    std::vector<Row> rows = {{"Control", "Kind", "Values", "Slider", "Default"}};
+    std::vector<TableRow> rows = {{"Control", "Kind", "Values", "Slider", "Default"}};
     for (const host::DeclaredControl& control : controls) {
         rows.push_back(row_of(control));
     }
-    std::array<std::size_t, std::tuple_size_v<Row>> widths{};
-    for (const Row& row : rows) {
+    std::array<std::size_t, std::tuple_size_v<TableRow>> widths{};
+    for (const TableRow& row : rows) {
         for (std::size_t column = 0; column < row.size(); ++column) {
             widths[column] = std::max(widths[column], row[column].size());
         }
     }
     std::string text;
-    for (const Row& row : rows) {
+    for (const TableRow& row : rows) {
         std::string line;
         for (std::size_t column = 0; column < row.size(); ++column) {
             line += row[column] + std::string(widths[column] - row[column].size() + 2, ' ');
