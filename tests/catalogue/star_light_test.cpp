@@ -7,9 +7,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 
+#include "../support/random_numbers.h"
 #include "astronomy/srgb.h"
 
 namespace {
@@ -77,6 +80,103 @@ TEST(StarLuminance, FallsByAHundredInFiveMagnitudes) {
     // Over the whole range it is normal in single precision.
     EXPECT_TRUE(std::isnormal(static_cast<float>(lumivar::luminance_from_magnitude(-30))));
     EXPECT_TRUE(std::isnormal(static_cast<float>(lumivar::luminance_from_magnitude(90))));
+}
+
+TEST(StarLuminance, IsOneAtTheZeroPoint) {
+    EXPECT_DOUBLE_EQ(lumivar::luminance_from_magnitude(5.5, 5.5), 1.0);
+    EXPECT_DOUBLE_EQ(lumivar::luminance_from_magnitude(5.0, 10.0), 100.0);
+    EXPECT_DOUBLE_EQ(lumivar::luminance_from_magnitude(0.0, -2.5), 0.1);
+}
+
+TEST(StarTemperature, FollowsTheFormulaInItsPublishedRange) {
+    // By hand: 5040 / (0.4929 + 0.5092 c - 0.0353 c^2).
+    EXPECT_NEAR(lumivar::temperature_from_bp_rp(0.4), 7294.5, 0.1);  // by 0.690932
+    EXPECT_NEAR(lumivar::temperature_from_bp_rp(1.0), 5213.1, 0.1);  // by 0.9668
+    EXPECT_NEAR(lumivar::temperature_from_bp_rp(1.5), 4281.1, 0.1);  // by 1.177275
+    // The Sun, for which others find BP-RP 0.82.
+    EXPECT_NEAR(lumivar::temperature_from_bp_rp(0.82), 5772.0, 100.0);
+}
+
+TEST(StarTemperature, StaysNearMainSequenceStarsBeyondThatRange) {
+    // Pecaut and Mamajek (2013): spectral type, BP-RP, effective temperature.
+    const struct {
+        const char* type;
+        double colour, kelvin, tolerance;
+    } stars[] = {{"B0V", -0.47, 31000, 0.35},
+                 {"A0V", 0.0, 9700, 0.06},
+                 {"M5V", 3.35, 3060, 0.1},
+                 {"M8V", 4.7, 2570, 0.1}};
+    for (const auto& star : stars) {
+        EXPECT_NEAR(lumivar::temperature_from_bp_rp(star.colour) / star.kelvin, 1.0, star.tolerance)
+            << star.type;
+    }
+}
+
+TEST(StarTemperature, FallsWithTheColourAndIsClampedAtTheEnds) {
+    double hotter = 1e9;
+    for (int i = -60; i <= 500; ++i) {
+        const double kelvin = lumivar::temperature_from_bp_rp(0.01 * i);
+        EXPECT_LT(kelvin, hotter) << i;
+        hotter = kelvin;
+    }
+    // The formula has a pole at -0.91 and turns back at 7.2.
+    EXPECT_EQ(lumivar::temperature_from_bp_rp(-3.0), lumivar::temperature_from_bp_rp(-0.6));
+    EXPECT_EQ(lumivar::temperature_from_bp_rp(40.0), lumivar::temperature_from_bp_rp(5.0));
+}
+
+TEST(StarColour, HasTheSunForWhiteOnRequest) {
+    using Code = std::array<std::uint8_t, 3>;
+    EXPECT_EQ(lumivar::black_body_code(5772.0, lumivar::WhitePoint::Sun), (Code{255, 255, 255}));
+    // The table above divided by its row of the Sun, (1, 0.880, 0.823), largest channel 1 again:
+    // at 10,125 K (0.604, 0.690, 1) becomes (0.604, 0.784, 1.215), and (0.497, 0.645, 1).
+    const auto blue = lumivar::black_body_colour(10125.0, lumivar::WhitePoint::Sun);
+    EXPECT_NEAR(blue[0], 0.497, 0.002);
+    EXPECT_NEAR(blue[1], 0.645, 0.002);
+    EXPECT_EQ(blue[2], 1.0);
+    // At 3,794 K (1, 0.626, 0.329) becomes (1, 0.711, 0.400).
+    const auto red = lumivar::black_body_colour(3794.0, lumivar::WhitePoint::Sun);
+    EXPECT_EQ(red[0], 1.0);
+    EXPECT_NEAR(red[1], 0.711, 0.002);
+    EXPECT_NEAR(red[2], 0.400, 0.002);
+}
+
+TEST(StarColours, HasTheCodesOfTheSum) {
+    for (const auto white : {lumivar::WhitePoint::D65, lumivar::WhitePoint::Sun}) {
+        const lumivar::StarColours colours(white);
+        RandomNumbers random(14);
+        for (int i = 0; i < 100000; ++i) {
+            const double kelvin = 1.0 / random.between(1e-5, 1e-3);
+            ASSERT_EQ(colours.code_at(kelvin), lumivar::black_body_code(kelvin, white)) << kelvin;
+        }
+        // Where codes meet: each side of every border that the sum has between two whole kelvins.
+        auto below = lumivar::black_body_code(1000.0, white);
+        for (int kelvin = 1001; kelvin <= 12000; ++kelvin) {
+            const auto above = lumivar::black_body_code(kelvin, white);
+            if (above != below) {
+                double low = kelvin - 1;
+                double high = kelvin;
+                while (high - low > 1e-9) {
+                    const double middle = 0.5 * (low + high);
+                    (lumivar::black_body_code(middle, white) == below ? low : high) = middle;
+                }
+                ASSERT_EQ(colours.code_at(low), lumivar::black_body_code(low, white)) << low;
+                ASSERT_EQ(colours.code_at(high), lumivar::black_body_code(high, white)) << high;
+            }
+            below = above;
+        }
+    }
+}
+
+TEST(StarColours, ClampsTheTemperature) {
+    const lumivar::StarColours colours(lumivar::WhitePoint::D65);
+    const auto coldest = lumivar::black_body_code(1000.0, lumivar::WhitePoint::D65);
+    const auto hottest = lumivar::black_body_code(100000.0, lumivar::WhitePoint::D65);
+    for (const double kelvin : {1000.0, 999.9, 1.0, 0.0, -5.0, -HUGE_VAL, std::nan("")}) {
+        EXPECT_EQ(colours.code_at(kelvin), coldest) << kelvin;
+    }
+    for (const double kelvin : {1e5, 1.00001e5, 1e300, HUGE_VAL}) {
+        EXPECT_EQ(colours.code_at(kelvin), hottest) << kelvin;
+    }
 }
 
 TEST(SrgbCode, FollowsTheCurveBetweenTheClamps) {

@@ -36,9 +36,21 @@ std::array<std::array<double, 3>, kSamples> matching_functions() {
     return table;
 }
 
+// The table of codes over 1 / temperature, from the coldest star to the hottest.
+constexpr double kColdest = 1.0 / 1000.0;
+constexpr double kHottest = 1.0 / 100000.0;
+constexpr std::size_t kTableSteps = 4096;
+constexpr double kTableStep = (kColdest - kHottest) / kTableSteps;
+/// A step is straight if the value in its middle is this close to the line, in codes. Elsewhere in
+/// the step the distance is at most twice as large, even where the curve has a corner.
+constexpr double kStraight = 1e-4;
+constexpr double kNearBorder = 4e-4;
+
 }  // namespace
 
-double luminance_from_magnitude(double magnitude) { return std::pow(10.0, -0.4 * magnitude); }
+double luminance_from_magnitude(double magnitude, double zero_point) {
+    return std::pow(10.0, -0.4 * (magnitude - zero_point));
+}
 
 double magnitude_from_luminance(double luminance) {
     return 0.0 - 2.5 * std::log10(luminance);  // magnitude 0, never -0
@@ -47,6 +59,11 @@ double magnitude_from_luminance(double luminance) {
 double temperature_from_colour_index(double colour_index) {
     const double bv = std::clamp(colour_index, -0.4, 2.0);  // the formula has a pole at -0.674
     return 4600.0 * (1.0 / (0.92 * bv + 1.7) + 1.0 / (0.92 * bv + 0.62));
+}
+
+double temperature_from_bp_rp(double bp_rp) {
+    const double c = std::clamp(bp_rp, -0.6, 5.0);
+    return 5040.0 / (0.4929 + c * (0.5092 - c * 0.0353));
 }
 
 std::array<double, 3> black_body_colour(double kelvin) {
@@ -73,10 +90,71 @@ std::array<double, 3> black_body_colour(double kelvin) {
     return rgb;
 }
 
-std::array<std::uint8_t, 3> code_from_colour_index(double colour_index) {
-    const std::array<double, 3> colour =
-        black_body_colour(temperature_from_colour_index(colour_index));
+std::array<double, 3> black_body_colour(double kelvin, WhitePoint white) {
+    std::array<double, 3> colour = black_body_colour(kelvin);
+    if (white == WhitePoint::Sun) {
+        static const std::array<double, 3> sun = black_body_colour(5772.0);
+        for (std::size_t c = 0; c < 3; ++c) {
+            colour[c] /= sun[c];
+        }
+        const double largest = *std::max_element(colour.begin(), colour.end());
+        for (double& channel : colour) {
+            channel /= largest;
+        }
+    }
+    return colour;
+}
+
+std::array<std::uint8_t, 3> black_body_code(double kelvin, WhitePoint white) {
+    const std::array<double, 3> colour = black_body_colour(kelvin, white);
     return {srgb_code(colour[0]), srgb_code(colour[1]), srgb_code(colour[2])};
+}
+
+std::array<std::uint8_t, 3> code_from_colour_index(double colour_index) {
+    return black_body_code(temperature_from_colour_index(colour_index), WhitePoint::D65);
+}
+
+StarColours::StarColours(WhitePoint white) : white_(white) {
+    const auto values_at = [white](double position) {
+        const std::array<double, 3> colour =
+            black_body_colour(1.0 / (kColdest - position * kTableStep), white);
+        return Values{255.0 * srgb_encode(colour[0]), 255.0 * srgb_encode(colour[1]),
+                      255.0 * srgb_encode(colour[2])};
+    };
+    values_.reserve(kTableSteps + 1);
+    straight_.reserve(kTableSteps);
+    values_.push_back(values_at(0.0));
+    for (std::size_t i = 0; i < kTableSteps; ++i) {
+        const Values middle = values_at(static_cast<double>(i) + 0.5);
+        const Values next = values_at(static_cast<double>(i) + 1.0);
+        bool straight = true;
+        for (std::size_t c = 0; c < 3; ++c) {
+            const double on_line = 0.5 * (values_.back()[c] + next[c]);
+            straight = straight && std::abs(on_line - middle[c]) < kStraight;
+        }
+        straight_.push_back(straight);
+        values_.push_back(next);
+    }
+}
+
+std::array<std::uint8_t, 3> StarColours::code_at(double kelvin) const {
+    // Written so that what is not a number becomes the coldest.
+    const double clamped =
+        kelvin > 1.0 / kColdest ? std::min(kelvin, 1.0 / kHottest) : 1.0 / kColdest;
+    const double position = std::max((kColdest - 1.0 / clamped) / kTableStep, 0.0);
+    const std::size_t i = std::min(static_cast<std::size_t>(position), kTableSteps - 1);
+    const double part = position - static_cast<double>(i);
+    std::array<std::uint8_t, 3> code{};
+    bool decided = straight_[i];
+    for (std::size_t c = 0; c < 3; ++c) {
+        const double value = values_[i][c] + part * (values_[i + 1][c] - values_[i][c]);
+        // No value is below 0, so that cutting rounds; std::lround is a call.
+        const double raised = value + 0.5;
+        const auto rounded = static_cast<std::uint8_t>(raised);
+        decided = decided && std::abs(std::abs(value - rounded) - 0.5) > kNearBorder;
+        code[c] = rounded;
+    }
+    return decided ? code : black_body_code(clamped, white_);
 }
 
 }  // namespace lumivar
