@@ -70,6 +70,10 @@ Argument Argument::one_of(const std::vector<int>& values) {
     option_->check(CLI::IsMember(values))->capture_default_str();
     return *this;
 }
+Argument Argument::one_of(const std::vector<std::string>& values) {
+    option_->check(CLI::IsMember(values))->capture_default_str();
+    return *this;
+}
 Argument Argument::between(double lowest, double highest) {
     option_->check(CLI::Range(lowest, highest));
     return *this;
@@ -102,6 +106,10 @@ Argument Command::add(const std::string& names, std::vector<std::string>& values
     return Argument(app_->add_option(names, values, description)
                         ->allow_extra_args(false)
                         ->trigger_on_parse(false));
+}
+Argument Command::add_all(const std::string& name, std::vector<std::string>& values,
+                          const std::string& description) {
+    return Argument(app_->add_option(name, values, description)->check(not_empty()));
 }
 void Command::add_flag(const std::string& names, bool& value, const std::string& description) {
     app_->add_flag(names, value, description);

@@ -24,6 +24,7 @@ public:
     Argument excludes(Argument other);
     /// Refuses all other values; `--help` shows which one stands there without the argument.
     Argument one_of(const std::vector<int>& values);
+    Argument one_of(const std::vector<std::string>& values);
     Argument between(double lowest, double highest);
 
 private:
@@ -51,6 +52,9 @@ public:
                  const std::string& description);
     Argument add(const std::string& names, std::vector<std::string>& values,
                  const std::string& description);
+    /// One value or more, known by their place.
+    Argument add_all(const std::string& name, std::vector<std::string>& values,
+                     const std::string& description);
     void add_flag(const std::string& names, bool& value, const std::string& description);
 
     /// What `--help` says below the arguments.

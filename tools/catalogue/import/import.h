@@ -1,27 +1,46 @@
-// A table of stars (CSV) to a star database.
+// Catalogues of stars to a star database.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
+
+#include "import/account.h"
+#include "import/import_options.h"
+#include "import/row_converter.h"
 
 namespace lumivar {
 
 struct ImportSummary {
-    std::uint32_t stars = 0;
-    std::uint32_t without_colour = 0;    ///< given the neutral colour
-    std::uint32_t without_distance = 0;  ///< given distance -1
+    Account rows;
+    UnknownValues unknown;     ///< of the rows kept
+    std::uint64_t merged = 0;  ///< kept rows that were a star of an earlier input
+    std::uint64_t stars = 0;   ///< in the database: kept less merged
 };
 
-/// Reads `input` ("-" is standard input) and writes the database `output`, whole or not at all.
+/// Told what goes on, for showing it.
+class ImportWatcher {
+public:
+    ImportWatcher() = default;
+    ImportWatcher(const ImportWatcher&) = delete;
+    ImportWatcher& operator=(const ImportWatcher&) = delete;
+    virtual ~ImportWatcher() = default;
+    /// A file has been recognised; `text` is one line.
+    virtual void recognised(const std::string& text) = 0;
+    /// A row is at fault; `text` is one line that begins with its place.
+    virtual void skipped(const std::string& text) = 0;
+};
+
+/// Reads the catalogues `inputs` ("-" is standard input) one after the other and writes the
+/// database `output`, whole or not at all. The stars keep their order. Memory does not grow with
+/// the inputs.
 ///
-/// Columns are found by their names in the header line, in any order, and others are passed over:
-/// `ra_deg` (0..360 degrees), `dec_deg` (-90..90 degrees), `vmag` (magnitudes, -30..90) must be
-/// there and filled; `bv` (colour index; empty or no such column: `kNeutralColourIndex`) and
-/// `distance_pc` (parsecs above 0; empty or no such column: -1) may be missing. The stars keep
-/// their order.
-///
-/// Throws `Failure`, naming file, line and column.
-ImportSummary import_catalogue(const std::string& input, const std::filesystem::path& output);
+/// Throws `Failure`, naming file and line: an input cannot be read, is no table or has no columns
+/// for stars, its data are damaged; a row is at fault and `options.strict` is set; there were rows
+/// and none is a star. Throws `UsageError` when the output would replace an input.
+ImportSummary import_catalogues(const std::vector<std::string>& inputs,
+                                const std::filesystem::path& output, const ImportOptions& options,
+                                ImportWatcher& watcher);
 
 }  // namespace lumivar

@@ -1,9 +1,5 @@
 #include "tables/line_reader.h"
 
-#include <osapi/whole_file.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstring>
 
@@ -12,90 +8,108 @@
 namespace lumivar {
 namespace {
 
-constexpr std::size_t kReadBytes = std::size_t{1} << 16;
-// Blocks are larger, so they go straight from the file to their place.
-constexpr int kStreamBuffer = 4096;
+constexpr std::size_t kReadBytes = std::size_t{1} << 17;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
-OSAPI::fd_t open_input(const std::string& path) {
-    if (path == "-") {
-        return STDIN_FILENO;
-    }
-    try {
-        return OSAPI::open(path.c_str(), OSAPI::kRead);
-    } catch (const StrXception& failure) {
-        throw Failure(OSAPI::cannot_read(path, failure));
-    }
-}
 
 }  // namespace
 
-LineReader::LineReader(const std::string& path)
-    : name_(path == "-" ? "standard input" : path),
-      file_(open_input(path)),
-      source_(file_),
-      input_(source_, kStreamBuffer),
-      buffer_(kLongestLine + kReadBytes) {
-    struct stat status = {};
-    if (fstat(file_.fd(), &status) == 0 && S_ISREG(status.st_mode)) {
-        file_bytes_ = static_cast<unsigned long long>(status.st_size);
+LineReader::LineReader(ByteStream& bytes) : bytes_(bytes), buffer_(kLongestLine + kReadBytes) {
+    while (end_ < kByteOrderMark.size() && fill()) {
+    }
+    if (std::string_view(buffer_.data(), end_).substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+        begin_ += kByteOrderMark.size();
     }
 }
 
-LineReader::~LineReader() {
-    if (file_.fd() == STDIN_FILENO) {
-        file_.release();  // the program's, not ours to close
-    }
+void LineReader::fail(const DamagedData& damage) const {
+    throw Failure(bytes_.name() + ":" + std::to_string(number_ + 1) + ": " + damage.what());
 }
 
 bool LineReader::fill() {
-    std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
-    end_ -= begin_;
-    begin_ = 0;
+    if (begin_ > 0) {
+        std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+        end_ -= begin_;
+        begin_ = 0;
+    }
     try {
-        const int count = input_.read(
-            buffer_.data() + end_, static_cast<int>(std::min(kReadBytes, buffer_.size() - end_)));
-        end_ += static_cast<std::size_t>(count);
+        const std::size_t count = bytes_.read(buffer_.data() + end_, buffer_.size() - end_);
+        end_ += count;
         return count > 0;
-    } catch (const StrXception& failure) {
-        throw Failure(OSAPI::cannot_read(name_, failure));
+    } catch (const DamagedData& damage) {
+        fail(damage);
     }
 }
 
-bool LineReader::next(std::string_view& line) {
+std::string_view LineReader::look_ahead(std::size_t rows) {
+    std::size_t seen = 0;  // bytes of whole lines that have been counted
+    while (rows > 0) {
+        const std::string_view ready(buffer_.data() + begin_, end_ - begin_);
+        const std::size_t end = ready.find('\n', seen);
+        if (end != std::string_view::npos) {
+            rows -= ready[seen] == '#' ? 0U : 1U;
+            seen = end + 1;
+        } else if (ready.size() > kLongestLine || !fill()) {
+            break;
+        }
+    }
+    return {buffer_.data() + begin_, end_ - begin_};
+}
+
+std::size_t LineReader::read(char* bytes, std::size_t size) {
+    if (begin_ == end_) {
+        try {
+            return bytes_.read(bytes, size);
+        } catch (const DamagedData& damage) {
+            fail(damage);
+        }
+    }
+    const std::size_t count = std::min(size, end_ - begin_);
+    std::memcpy(bytes, buffer_.data() + begin_, count);
+    begin_ += count;
+    return count;
+}
+
+LineReader::Step LineReader::hand_out(std::string_view& line, std::size_t size, std::size_t taken) {
+    line = std::string_view(buffer_.data() + begin_, size);
+    begin_ += taken;
+    ++number_;
+    if (!line.empty() && line.back() == '\r') {
+        line.remove_suffix(1);
+    }
+    return line.size() > kLongestLine ? Step::TooLong : Step::Line;
+}
+
+LineReader::Step LineReader::pass_over() {
+    ++number_;
+    do {
+        const void* found = std::memchr(buffer_.data() + begin_, '\n', end_ - begin_);
+        if (found != nullptr) {
+            begin_ = static_cast<std::size_t>(static_cast<const char*>(found) - buffer_.data()) + 1;
+            return Step::TooLong;
+        }
+        begin_ = end_;
+    } while (fill());
+    return Step::TooLong;
+}
+
+LineReader::Step LineReader::next(std::string_view& line) {
     std::size_t searched = 0;
     for (;;) {
         const char* start = buffer_.data() + begin_;
         const std::size_t length = end_ - begin_;
         const void* found =
             length > searched ? std::memchr(start + searched, '\n', length - searched) : nullptr;
-        bool last = false;
-        if (found == nullptr) {
-            if (length > kLongestLine) {
-                throw Failure(name_ + ":" + std::to_string(number_ + 1) +
-                              ": a line of more than a megabyte: this is no text file");
-            }
-            searched = length;
-            if (fill()) {
-                continue;
-            }
-            if (length == 0) {
-                return false;
-            }
-            start = buffer_.data() + begin_;
-            last = true;
+        if (found != nullptr) {
+            const auto size = static_cast<std::size_t>(static_cast<const char*>(found) - start);
+            return hand_out(line, size, size + 1);
         }
-        const std::size_t size =
-            last ? length : static_cast<std::size_t>(static_cast<const char*>(found) - start);
-        line = std::string_view(start, size);
-        begin_ += last ? size : size + 1;
-        if (!line.empty() && line.back() == '\r') {
-            line.remove_suffix(1);
+        if (length > kLongestLine) {
+            return pass_over();
         }
-        if (++number_ == 1 && line.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
-            line.remove_prefix(kByteOrderMark.size());
+        searched = length;
+        if (!fill()) {
+            return length == 0 ? Step::End : hand_out(line, length, length);
         }
-        return true;
     }
 }
 

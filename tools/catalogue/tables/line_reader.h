@@ -1,56 +1,53 @@
-// Lines of a text file, pipe or standard input, one at a time.
+// Lines of a text, one at a time, in constant memory.
 #pragma once
-
-#include <base/io.h>
-#include <osapi/streams.h>
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tables/byte_stream.h"
+
 namespace lumivar {
 
-/// Catalogues have millions of lines: they are split in place, in blocks of the file, not built up
-/// as `BufferedInput::readline` does.
+/// Catalogues have millions of lines: they are split in place, in blocks of the file. A line is
+/// never copied and never held whole when it is too long.
 class LineReader {
 public:
-    /// Longer lines mean that the file is no text; they are refused instead of filling the memory.
+    /// Longer lines are reported and passed over: they cost no more than reading their bytes.
     static constexpr std::size_t kLongestLine = std::size_t{1} << 20;
 
-    /// Opens `path`; "-" is standard input. Throws `Failure`.
-    explicit LineReader(const std::string& path);
-    ~LineReader();
-    LineReader(const LineReader&) = delete;
-    LineReader& operator=(const LineReader&) = delete;
+    enum class Step { Line, TooLong, End };
 
-    /// Reads the next line, without its line feed and a carriage return before it; a byte-order
-    /// mark at the start of the file is passed over. False at the end. The text stays valid until
-    /// the next call. Throws `Failure` on a read error and on an endless line.
-    bool next(std::string_view& line);
-    /// Number of the line read last, from 1.
+    /// `bytes` must outlive the reader. A byte-order mark at the start is passed over.
+    explicit LineReader(ByteStream& bytes);
+
+    /// Reads the next line, without its line feed and a carriage return before it. The text stays
+    /// valid until the next call of `next` or `look_ahead`. Throws `Failure` on a read error,
+    /// naming file and line.
+    Step next(std::string_view& line);
+    /// Number of the line read last, from 1; 0 before the first.
     unsigned long number() const { return number_; }
-    /// Bytes of the file that have been read, and all of them; 0 for a pipe, whose length nobody
-    /// knows.
-    unsigned long long bytes_read() const {
-        return static_cast<unsigned long long>(input_.curpos());
-    }
-    unsigned long long bytes_in_all() const { return file_bytes_; }
-    /// What messages call the file.
-    const std::string& name() const { return name_; }
+    /// What comes next: `rows` lines that do not begin with "#" and all before them, or the rest of
+    /// the text, or what the buffer holds. For recognising a format before a line of it is read;
+    /// of a pipe no more is asked than that.
+    std::string_view look_ahead(std::size_t rows);
+    /// Bytes as they come, `size` at most; 0 at the end. For what turns out to be no text.
+    std::size_t read(char* bytes, std::size_t size);
+
+    const ByteStream& bytes() const { return bytes_; }
 
 private:
     bool fill();
+    Step pass_over();
+    [[noreturn]] void fail(const DamagedData& damage) const;
+    Step hand_out(std::string_view& line, std::size_t size, std::size_t taken);
 
-    std::string name_;
-    OSAPI::RWFileDescriptor file_;
-    OSAPI::DescriptorInput source_;  ///< also of pipes, which give less than they are asked for
-    BufferedInput input_;
+    ByteStream& bytes_;
     std::vector<char> buffer_;
     std::size_t begin_ = 0;  ///< unread bytes are buffer_[begin_, end_)
     std::size_t end_ = 0;
     unsigned long number_ = 0;
-    unsigned long long file_bytes_ = 0;
 };
 
 }  // namespace lumivar
