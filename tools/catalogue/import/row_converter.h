@@ -32,14 +32,6 @@ public:
     const UnknownValues& unknown() const { return unknown_; }
 
 private:
-    struct Light;
-
-    bool read_place(const Table& table, CatalogueStar& star, RowFault& fault);
-    bool read_light(const Table& table, CatalogueStar& star, RowFault& fault);
-    bool read_colour(const Table& table, Light& light, RowFault& fault);
-    bool read_distance(const Table& table, CatalogueStar& star, RowFault& fault);
-    bool read_stored_light(const Table& table, CatalogueStar& star, RowFault& fault) const;
-
     const ImportOptions& options_;
     StarColours colours_;
     Layout layout_;

@@ -1,0 +1,28 @@
+// Where the star of a row stands in the sky.
+#pragma once
+
+#include <optional>
+
+#include "astronomy/place.h"
+#include "import/import_options.h"
+#include "import/row_values.h"
+
+namespace lumivar {
+
+struct RowPlace {
+    Place place;  ///< degrees, in the frame and of the year that were asked for
+    /// The year could not be reached: the row has no proper motion.
+    bool left_behind = false;
+};
+
+/// Fills `result`. Returns why it cannot, or nothing.
+std::optional<RowFault> read_place(const RowValues& row, const ImportOptions& options,
+                                   RowPlace& result);
+
+/// The factor from that unit to milliarcseconds, or to milliarcseconds a year; 1 where it is no
+/// such unit.
+double milliarcseconds_in(Unit unit);
+/// The factor from that unit to parsecs; 1 where it is no unit of length.
+double parsecs_in(Unit unit);
+
+}  // namespace lumivar
