@@ -3,6 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -65,6 +70,24 @@ TEST(ParseNumber, TellsNumbersFromMissingAndMalformedOnes) {
          {"inf", "-inf", "1e999", "0.5deg", "+", "-", "+-5", "1,5", "0x10", "1 2"}) {
         EXPECT_EQ(lumivar::parse_number(text).state, FieldState::Malformed) << text;
     }
+}
+
+TEST(ParseNumber, IsAsExactAsTheStandardsParser) {
+    std::mt19937_64 random(20);
+    for (int i = 0; i < 200000; ++i) {
+        std::string text = std::to_string(random() >> (random() % 60));
+        text.insert(random() % (text.size() + 1), ".");
+        if (random() % 2 == 0) {
+            text.insert(0, "-");
+        }
+        double expected = 0.0;
+        std::from_chars(text.data(), text.data() + text.size(), expected);
+        const double value = lumivar::parse_number(text).value;
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(value), std::bit_cast<std::uint64_t>(expected))
+            << text;
+    }
+    EXPECT_EQ(lumivar::parse_number(".").state, FieldState::Malformed);
+    EXPECT_TRUE(std::signbit(lumivar::parse_number("-0").value));
 }
 
 }  // namespace

@@ -4,17 +4,6 @@
 
 namespace lumivar {
 
-std::string_view trimmed(std::string_view text) {
-    const auto is_blank = [](char c) { return c == ' ' || c == '\t'; };
-    while (!text.empty() && is_blank(text.front())) {
-        text.remove_prefix(1);
-    }
-    while (!text.empty() && is_blank(text.back())) {
-        text.remove_suffix(1);
-    }
-    return text;
-}
-
 bool FieldSplitter::take_quoted(std::string_view& line) {
     std::string_view field;
     const std::size_t quote = line.find('"', 1);

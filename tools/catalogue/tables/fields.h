@@ -12,7 +12,16 @@ namespace lumivar {
 inline constexpr std::string_view kBlanks = " \t";
 
 /// Without spaces and tabs at both ends.
-std::string_view trimmed(std::string_view text);
+inline std::string_view trimmed(std::string_view text) {
+    const auto is_blank = [](char c) { return c == ' ' || c == '\t'; };
+    while (!text.empty() && is_blank(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && is_blank(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
 
 /// The separator of fields that stand between runs of blanks.
 inline constexpr char kAnyBlanks = ' ';
