@@ -110,10 +110,6 @@ std::array<std::uint8_t, 3> black_body_code(double kelvin, WhitePoint white) {
     return {srgb_code(colour[0]), srgb_code(colour[1]), srgb_code(colour[2])};
 }
 
-std::array<std::uint8_t, 3> code_from_colour_index(double colour_index) {
-    return black_body_code(temperature_from_colour_index(colour_index), WhitePoint::D65);
-}
-
 StarColours::StarColours(WhitePoint white) : white_(white) {
     const auto values_at = [white](double position) {
         const std::array<double, 3> colour =

@@ -53,9 +53,6 @@ std::array<double, 3> black_body_colour(double kelvin, WhitePoint white);
 /// The 8-bit sRGB code of a black body. It takes microseconds; `StarColours` has it for many stars.
 std::array<std::uint8_t, 3> black_body_code(double kelvin, WhitePoint white);
 
-/// The 8-bit sRGB code of a star with that colour index, for white as D65.
-std::array<std::uint8_t, 3> code_from_colour_index(double colour_index);
-
 /// The codes of `black_body_code` for millions of stars, in tens of nanoseconds each. Making one
 /// takes some 20 ms and 100 KiB. `code_at` may be called from several threads at a time.
 class StarColours {
