@@ -200,6 +200,23 @@ TEST(Inputs, FollowEachOtherAndMayLackTheirNames) {
               "cannot read " + (folder / "none.csv") + ": No such file or directory");
 }
 
+TEST(Inputs, ShareTheirStarsWhenAsked) {
+    const ScratchFolder folder;
+    write_file(folder / "1.csv", "ra_deg,dec_deg,vmag\n10,20,3\n11,20,3\n");
+    // 0.9 arcseconds north of the first, with a distance; the other is two magnitudes fainter.
+    write_file(folder / "2.csv",
+               "ra_deg,dec_deg,vmag,distance_pc\n10,20.00025,3.1,50\n11,20,5,60\n");
+    ImportOptions options;
+    options.dedupe = 1.0;
+    const Imported imported = import_files({folder / "1.csv", folder / "2.csv"}, options);
+    ASSERT_EQ(imported.stars.size(), 3U);
+    EXPECT_EQ(imported.summary.merged, 1U);
+    EXPECT_EQ(imported.summary.rows.kept(), 4U);
+    EXPECT_EQ(imported.stars[0].lat, 20.0);
+    EXPECT_EQ(imported.stars[0].distance, 50.0) << "what the first input did not know";
+    EXPECT_EQ(imported.stars[2].distance, 60.0);
+}
+
 TEST(Inputs, OfAnArchiveMayHoldSeveralTables) {
     const std::string first =
         "#Column\tRAJ2000\nRAJ2000\tDEJ2000\tVmag\ndeg\tdeg\tmag\n---\t---\t---\n1\t2\t3\n\n";

@@ -147,6 +147,30 @@ TEST_F(Import, ReadsStandardInput) {
     EXPECT_EQ(std::filesystem::file_size(folder / "t.stars"), 64U);
 }
 
+TEST_F(Import, AccountsForEveryRow) {
+    const std::string sample = LUMIVAR_SAMPLES "/hip_main.dat";
+    write_file(folder / "bad.dat", read_file(sample) + "H|not a row\n");
+    const ToolResult result = run_tool(
+        {"catalog", "import", folder / "bad.dat", "--epoch", "2050", "-o", folder / "t.stars"});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.err, "lumivar: skipped: " + (folder / "bad.dat") +
+                              ":11: has 2 fields where the table has 78 columns; leave an unknown "
+                              "field empty, but keep its separator\n");
+    EXPECT_NE(result.out.find("; places of J1991.25, moved to J2050\n"), std::string::npos)
+        << result.out;
+    const std::size_t accounts = result.out.find("  read ");
+    ASSERT_NE(accounts, std::string::npos) << result.out;
+    EXPECT_EQ(
+        result.out.substr(accounts),
+        "  read       11 rows\n"
+        "  kept       9: 1 without colour (drawn as B-V 0.6), 0 without distance\n"
+        "  skipped    1: more or fewer fields than the table has columns (first: " +
+            (folder / "bad.dat") +
+            ":11)\n"
+            "  skipped    1: no star by the catalogue itself, an entry without a place (first: " +
+            (folder / "bad.dat") + ":8)\n");
+}
+
 TEST_F(Import, WarnsOfANameThatThePluginWouldNotSee) {
     write_file(folder / "t.csv", std::string(kHeader) + "1,2,3,,\n");
     const ToolResult result =

@@ -18,6 +18,7 @@ namespace lumivar {
 namespace {
 
 constexpr std::uint64_t kRowsBetweenProgress = 4096;
+constexpr std::uint64_t kBytesInMegabyte = 1000000;
 /// Rows that are shown one by one; the summary counts the others.
 constexpr std::uint64_t kShownFaults = 5;
 
@@ -63,7 +64,7 @@ public:
           options_(options),
           watcher_(watcher),
           converter_(options),
-          progress_(bytes, "bytes") {}
+          progress_(bytes / kBytesInMegabyte, "MB") {}
 
     void read(const std::string& input, unsigned number) {
         OpenedTable opened(input, options_, output_.parent_path(), previous_);
@@ -144,7 +145,7 @@ private:
             }
             if (++rows_since_progress_ == kRowsBetweenProgress) {
                 rows_since_progress_ = 0;
-                progress_.update(bytes_before_ + table.bytes_read());
+                progress_.update((bytes_before_ + table.bytes_read()) / kBytesInMegabyte);
             }
         }
     }

@@ -1,7 +1,5 @@
 #include "import/layout.h"
 
-#include <base/string.h>
-
 #include <algorithm>
 #include <cctype>
 #include <utility>
@@ -197,9 +195,6 @@ std::string describe_layout(const Layout& layout, const Table& table) {
             text += ")";
         }
         between = ", ";
-    }
-    if (!layout.has(Quantity::Luminance) && !layout.has(Quantity::Epoch)) {
-        text += String::fmt("; places of J%.6g", layout.epoch).c_str();
     }
     return text;
 }

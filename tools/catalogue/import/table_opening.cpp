@@ -1,5 +1,6 @@
 #include "import/table_opening.h"
 
+#include <base/string.h>
 #include <osapi/files.h>
 
 #include <algorithm>
@@ -199,7 +200,22 @@ bool OpenedTable::next_columns() {
 }
 
 std::string OpenedTable::announcement() const {
-    return file_ + ": " + describe_layout(layout_, *table_) + note_;
+    std::string text = file_ + ": " + describe_layout(layout_, *table_) + note_;
+    if (layout_.has(Quantity::Luminance)) {
+        return text;  // a database does not say of which year its places are
+    }
+    const double epoch = options_.catalogue_epoch.value_or(layout_.epoch);
+    const bool in_rows = layout_.has(Quantity::Epoch) && !options_.catalogue_epoch;
+    text += in_rows ? "; places of the year in the row"
+                    : String::fmt("; places of J%.6g", epoch).c_str();
+    if (!in_rows && epoch == options_.epoch) {
+        return text;
+    }
+    const bool can_move =
+        layout_.has(Quantity::ProperMotionRa) && layout_.has(Quantity::ProperMotionDec);
+    text += can_move ? String::fmt(", moved to J%.6g", options_.epoch).c_str()
+                     : ", not moved for want of proper motions";
+    return text;
 }
 
 }  // namespace lumivar
