@@ -39,6 +39,10 @@ if(LUMIVAR_SANITIZE)
   endif()
   add_link_options(-fsanitize=${LUMIVAR_SANITIZE})
 endif()
+if(LUMIVAR_FUZZ)
+  # What the code passes through guides the fuzzer. Its main function is linked to the fuzzers alone.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 
 # The rooms, hosts and tools meet these; tests meet the shorter list. Tests name the fields that they set, {.width = 96}: g++
 # would warn of all the others.

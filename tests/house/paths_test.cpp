@@ -30,8 +30,8 @@ void for_each_source(const std::string& room, Use use) {
 /// stays in the tree.
 std::set<std::string> paths_named_in(const fs::path& document) {
     static const std::set<std::string> rooms = {
-        "base",  "osapi",      "libkelvimage", "libimgops", "AE",   "host",    "check", "tools",
-        "tests", "benchmarks", "data",         "scenes",    "docs", "scripts", "cmake"};
+        "base",  "osapi",      "libkelvimage", "libimgops", "AE",     "host", "check",   "tools",
+        "tests", "benchmarks", "fuzz",         "data",      "scenes", "docs", "scripts", "cmake"};
     const std::string text = read_file(document);
     static const std::regex quoted("`([A-Za-z0-9_.\\-]+(?:/[A-Za-z0-9_.\\-]+)*/?)`");
     std::set<std::string> found;

@@ -1,5 +1,7 @@
 #include "database/database_reader.h"
 
+#include <osapi/whole_file.h>
+
 #include <algorithm>
 #include <cstddef>
 
@@ -17,7 +19,7 @@ auto while_reading(const std::string& path, Use use) {
     try {
         return use();
     } catch (const StrXception& failure) {
-        throw system_failure("cannot read " + path, failure);
+        throw Failure(OSAPI::cannot_read(path, failure));
     }
 }
 
