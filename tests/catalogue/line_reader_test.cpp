@@ -69,6 +69,16 @@ TEST_F(LinesOfText, OfUpToAMegabyteAreReadAndLongerOnesPassedOver) {
               (TextLines{"TOO LONG", "short", "TOO LONG", "next", "TOO LONG"}));
 }
 
+TEST_F(LinesOfText, OfAMegabyteAreReadWhereverABlockOfTheFileEnds) {
+    constexpr std::size_t kBlock = std::size_t{1} << 17;
+    static_assert(LineReader::kLongestLine % kBlock == 0);
+    // The carriage return is the last byte of a block.
+    const std::string before(kBlock - 2, '1');
+    const std::string longest(LineReader::kLongestLine, '7');
+    const TextLines read = all(before + "\n" + longest + "\r\nnext");
+    EXPECT_TRUE(read == (TextLines{before, longest, "next"}));
+}
+
 TEST_F(LinesOfText, CanBeSeenAhead) {
     write_file(path, "# one\n# two\na\nb\nc\nd\n");
     ByteStream stream(path);

@@ -103,7 +103,8 @@ LineReader::Step LineReader::next(std::string_view& line) {
             const auto size = static_cast<std::size_t>(static_cast<const char*>(found) - start);
             return hand_out(line, size, size + 1);
         }
-        if (length > kLongestLine) {
+        // The carriage return of a longest line may be here already, and its line feed not yet.
+        if (length > kLongestLine + 1) {
             return pass_over();
         }
         searched = length;
