@@ -49,10 +49,20 @@ std::optional<RowFault> read_distance(const RowValues& row, const ImportOptions&
     return std::nullopt;
 }
 
+/// Made once for all imports of a process: it takes longer than a small table.
+const StarColours& colours_for(WhitePoint white) {
+    if (white == WhitePoint::Sun) {
+        static const StarColours colours(WhitePoint::Sun);
+        return colours;
+    }
+    static const StarColours colours(WhitePoint::D65);
+    return colours;
+}
+
 }  // namespace
 
 RowConverter::RowConverter(const ImportOptions& options)
-    : options_(options), colours_(options.white_point) {}
+    : options_(options), colours_(colours_for(options.white_point)) {}
 
 bool RowConverter::convert(const Table& table, CatalogueStar& star, RowFault& fault) {
     const RowValues row(table, layout_);

@@ -33,7 +33,7 @@ public:
 
 private:
     const ImportOptions& options_;
-    StarColours colours_;
+    const StarColours& colours_;
     Layout layout_;
     UnknownValues unknown_;
 };
