@@ -27,7 +27,10 @@ TEST(CommandLine, HelpTeachesWithExamplesAndNamesTheExitCodes) {
 
 TEST(CommandLine, EveryCommandHasHelpWithExamples) {
     for (Arguments arguments : {Arguments{"render"}, Arguments{"controls"}, Arguments{"check"},
-                                Arguments{"catalog", "import"}, Arguments{"catalog", "info"}}) {
+                                Arguments{"catalog", "import"}, Arguments{"catalog", "info"},
+                                Arguments{"catalog", "verify"}, Arguments{"catalog", "dump"},
+                                Arguments{"catalog", "merge"}, Arguments{"catalog", "filter"},
+                                Arguments{"catalog", "sort"}}) {
         arguments.push_back("--help");
         const ToolResult result = run_tool(arguments);
         EXPECT_EQ(result.code, 0) << arguments.front();

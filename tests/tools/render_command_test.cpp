@@ -391,6 +391,29 @@ TEST_F(Render, CatalogueOnTheCommandLineOverrulesTheSceneAndWithoutStarsGivesABl
     EXPECT_EQ(read_back(folder / "out/a.exr").samples<float>(), black);
 }
 
+TEST_F(Render, WarnsOnceOfAFaultyCatalogueAndDrawsWhatItCan) {
+    write_file(folder / "scene.json",
+               R"({"composition": {"width": 64, "height": 32, "frame_rate": 2, "duration": 1}})");
+    const std::string real = std::filesystem::canonical(folder.path()) / "bad.stars";
+    const auto warning = [&](const std::string& bytes) {
+        write_file(folder / "bad.stars", bytes);
+        const ToolResult result = render("a.####.exr", {"--frames", "0-1", "--catalogue", real});
+        EXPECT_EQ(result.code, 0);
+        return result.err;
+    };
+    EXPECT_EQ(warning(one_star_database().substr(0, 31)),
+              "lumivar: warning: " + real +
+                  " is faulty: the header is cut short: 31 bytes instead of 32; see lumivar "
+                  "catalog verify " +
+                  real + "\n");
+    EXPECT_EQ(warning(one_star_database() + white_star(-1, 0, 1.0F) + white_star(0, 0, 0.0F)),
+              "lumivar: warning: " + real +
+                  " is faulty: 1 star with a lon outside 0 to 360 degrees (first: star 2), and "
+                  "more; see lumivar catalog verify " +
+                  real + "\n");
+    EXPECT_EQ(warning(one_star_database()), "");
+}
+
 // What is told of such files is shown where they are looked at: here, that it reaches the user.
 TEST_F(Render, FileThatIsNoCatalogueIsOneLine) {
     write_file(folder / "foreign.stars", "PK\x03\x04 a zip archive of something else entirely");

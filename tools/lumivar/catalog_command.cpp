@@ -1,39 +1,44 @@
-// lumivar catalog import, lumivar catalog info
+// lumivar catalog, and what its subcommands share
+#include <libimgops/star_database_name.h>
+
 #include <cstdio>
-#include <memory>
+#include <filesystem>
 #include <string>
 
 #include "catalog_commands.h"
-#include "command_line.h"
-#include "database/info.h"
+#include "database/database_faults.h"
 
 namespace lumivar {
-namespace {
-
-void add_info(Command& catalog) {
-    auto path = std::make_shared<std::string>();
-    auto json = std::make_shared<bool>(false);
-    Command command = catalog.add_command("info", "Say what a star database holds");
-    command.add("DATABASE", *path, "The .stars file").required();
-    command.add_flag("--json", *json, "As JSON, for other programs");
-    command.footer(
-        "Shows version, number of stars, the range of every field, stars by magnitude, and\n"
-        "warns of values that are not numbers or out of range and of trailing bytes.\n\n"
-        "Examples:\n"
-        "  lumivar catalog info hipparcos.stars\n"
-        "  lumivar catalog info hipparcos.stars --json\n");
-    command.run([path, json] {
-        const CatalogueInfo info = examine_catalogue(*path);
-        std::fputs((*json ? info_as_json(info) : info_as_text(info)).c_str(), stdout);
-    });
-}
-
-}  // namespace
 
 void add_catalog_command(Command& program) {
-    Command catalog = program.add_command("catalog", "Make and examine star databases");
+    Command catalog = program.add_command("catalog", "Make, examine and change star databases");
     add_catalog_import_command(catalog);
-    add_info(catalog);
+    add_catalog_info_command(catalog);
+    add_catalog_verify_command(catalog);
+    add_catalog_dump_command(catalog);
+    add_catalog_merge_command(catalog);
+    add_catalog_filter_command(catalog);
+    add_catalog_sort_command(catalog);
+}
+
+void warn_of_unlisted_name(const std::string& database) {
+    if (!is_star_database_name(std::filesystem::path(database).filename().c_str())) {
+        std::fprintf(
+            stderr,
+            "lumivar: warning: the plug-in finds only files with \".stars\" in their name, "
+            "and %s has not\n",
+            database.c_str());
+    }
+}
+
+void warn_of_cut_database(const std::string& database) {
+    for (const std::string& fault : file_faults(DatabaseReader(database))) {
+        std::fprintf(stderr, "lumivar: warning: %s: %s\n", database.c_str(), fault.c_str());
+    }
+}
+
+std::string star_count(unsigned long long stars) {
+    return std::to_string(stars) + (stars == 1 ? " star" : " stars");
 }
 
 }  // namespace lumivar

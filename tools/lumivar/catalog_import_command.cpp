@@ -1,9 +1,6 @@
 // lumivar catalog import
-#include <libimgops/star_database_name.h>
-
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -97,14 +94,7 @@ void import_command(const ImportArguments& arguments) {
     if (summary.stars == 0) {
         std::fprintf(stderr, "lumivar: warning: %s holds no stars\n", arguments.output.c_str());
     }
-    if (!is_star_database_name(
-            std::filesystem::path(arguments.output).filename().string().c_str())) {
-        std::fprintf(
-            stderr,
-            "lumivar: warning: the plug-in finds only files with \".stars\" in their name, "
-            "and %s has not\n",
-            arguments.output.c_str());
-    }
+    warn_of_unlisted_name(arguments.output);
 }
 
 }  // namespace

@@ -52,7 +52,7 @@ public:
                  const std::string& description);
     Argument add(const std::string& names, std::vector<std::string>& values,
                  const std::string& description);
-    /// One value or more, known by their place.
+    /// One value or more, known by their place. None may be empty.
     Argument add_all(const std::string& name, std::vector<std::string>& values,
                      const std::string& description);
     void add_flag(const std::string& names, bool& value, const std::string& description);

@@ -1,4 +1,5 @@
 // lumivar render
+#include <host/printable.h>
 #include <host/scene.h>
 
 #include <chrono>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "atomic_file.h"
+#include "catalogue_warning.h"
 #include "command_line.h"
 #include "failure.h"
 #include "picture.h"
@@ -111,6 +113,17 @@ const char* depth_text(host::Depth depth) {
     return "float";
 }
 
+void warn_of_catalogues(const host::Session& session, const host::Scene& scene,
+                        const std::vector<Shot>& shots) {
+    std::vector<host::Time> times;
+    for (const Shot& shot : shots) {
+        times.push_back(shot.time);
+    }
+    for (const std::string& warning : catalogue_warnings(session, scene, times)) {
+        std::fprintf(stderr, "lumivar: warning: %s\n", host::printable(warning).c_str());
+    }
+}
+
 void render_command(const RenderArguments& arguments) {
     const auto start = std::chrono::steady_clock::now();
     const host::Depth depth{arguments.depth};
@@ -133,6 +146,7 @@ void render_command(const RenderArguments& arguments) {
 
     Player player(arguments.plugin, arguments.catalogue);
     player.choose_catalogue(scene);
+    warn_of_catalogues(player.session(), scene, shots);
     std::optional<CatalogueUsed> catalogue;
     int width = 0;
     int height = 0;

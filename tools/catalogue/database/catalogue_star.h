@@ -5,11 +5,15 @@
 
 #include <array>
 #include <cstdint>
+#include <limits>
 
 namespace lumivar {
 
 /// The version whose distances count.
 inline constexpr int kLatestStarVersion = 2;
+
+/// A reader counts records, the header among them, in 32 bits.
+inline constexpr std::uint64_t kMostStars = std::numeric_limits<std::uint32_t>::max() - 1;
 
 /// One star in the units of the file.
 struct CatalogueStar {

@@ -1,6 +1,5 @@
 #include "database/database_writer.h"
 
-#include <limits>
 #include <span>
 
 #include "failure.h"
@@ -9,7 +8,6 @@ namespace lumivar {
 namespace {
 
 constexpr std::size_t kRecordsInABlock = 8192;
-constexpr std::uint64_t kMostStars = std::numeric_limits<std::uint32_t>::max() - 1;
 
 }  // namespace
 

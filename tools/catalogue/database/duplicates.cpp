@@ -9,6 +9,8 @@
 #include <unordered_map>
 #include <utility>
 
+#include "astronomy/place.h"
+#include "astronomy/separation.h"
 #include "astronomy/star_light.h"
 
 namespace lumivar {
@@ -24,27 +26,6 @@ constexpr double kLowestZone = 1.0 / kArcsecondsInADegree;
 
 /// A luminance is stored in single precision: its magnitude comes back up to 7e-8 off.
 constexpr double kStoredMagnitudeError = 1e-6;
-
-double square_of_sine(double degrees) {
-    const double sine = std::sin(degrees * kRadians);
-    return sine * sine;
-}
-
-/// The square of the sine of half the angle between two places (the haversine formula), which keeps
-/// its precision at small angles. It rises with the angle. `difference`: in right ascension.
-double separation_measure(double declination_a, double declination_b, double difference) {
-    return square_of_sine((declination_a - declination_b) / 2) +
-           std::cos(declination_a * kRadians) * std::cos(declination_b * kRadians) *
-               square_of_sine(difference / 2);
-}
-
-/// Degrees from 0 up to 360.
-double turned_into_circle(double degrees) {
-    const double turned = std::fmod(degrees, kFullCircle);
-    // A tiny negative angle becomes 360 itself when it is turned.
-    const double positive = turned < 0.0 ? turned + kFullCircle : turned;
-    return positive < kFullCircle ? positive : 0.0;
-}
 
 /// Which set each of some things belongs to; sets can be joined.
 class Sets {
@@ -153,7 +134,7 @@ void DuplicateMerger::compare(Member& one, std::int64_t zone_of_one, Member& oth
     const double apart = std::abs(one.right_ascension - other.right_ascension);
     const double separation = separation_measure(one.entry.star.lat, other.entry.star.lat,
                                                  std::min(apart, kFullCircle - apart));
-    if (!(separation <= square_of_sine(radius_ / 2))) {
+    if (!(separation <= separation_measure(radius_))) {
         return;
     }
     if (!std::exchange(one.paired, true)) {

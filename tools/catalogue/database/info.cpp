@@ -10,7 +10,9 @@
 
 #include "astronomy/star_light.h"
 #include "database/catalogue_star.h"
+#include "database/database_faults.h"
 #include "database/database_reader.h"
+#include "database/record_walk.h"
 
 namespace lumivar {
 namespace {
@@ -19,79 +21,23 @@ namespace {
 /// must not fall into the bin below.
 constexpr double kMagnitudeRounding = 1e-6;
 
-/// Counts one kind of oddity and remembers where it first appeared.
-class Oddity {
-public:
-    explicit Oddity(const char* what) : what_(what) {}
-    void note(bool odd, std::uint64_t star) {
-        if (odd && ++count_ == 1) {
-            first_ = star;
-        }
+void count_star(const CatalogueStar& star, CatalogueInfo& info) {
+    ++info.stars;
+    info.lon.add(star.lon);
+    info.lat.add(star.lat);
+    info.luminance.add(static_cast<double>(star.luminance));
+    info.red.add(star.rgb[0]);
+    info.green.add(star.rgb[1]);
+    info.blue.add(star.rgb[2]);
+    if (star.distance > 0.0) {
+        info.distance.add(star.distance);
     }
-    void report(std::vector<std::string>& warnings) const {
-        if (count_ > 0) {
-            warnings.push_back(std::to_string(count_) + (count_ == 1 ? " star" : " stars") +
-                               " with " + what_ + " (first: star " + std::to_string(first_) + ")");
-        }
+    if (star.luminance > 0.0F && std::isfinite(star.luminance)) {
+        const double magnitude = magnitude_from_luminance(static_cast<double>(star.luminance));
+        info.magnitude.add(magnitude);
+        ++info.histogram[static_cast<int>(std::floor(magnitude + kMagnitudeRounding))];
     }
-
-private:
-    const char* what_;
-    std::uint64_t count_ = 0;
-    std::uint64_t first_ = 0;
-};
-
-bool is_outside(double value, double low, double high) {
-    return std::isfinite(value) && (value < low || value > high);
 }
-
-class Examiner {
-public:
-    explicit Examiner(CatalogueInfo& info) : info_(info) {}
-
-    void add(const star& record) {
-        const std::uint64_t index = ++info_.stars;
-        const auto [lon, lat, luminance, rgb, distance] = decode_star(record);
-        info_.lon.add(lon);
-        info_.lat.add(lat);
-        info_.luminance.add(static_cast<double>(luminance));
-        info_.red.add(rgb[0]);
-        info_.green.add(rgb[1]);
-        info_.blue.add(rgb[2]);
-        if (distance > 0.0) {
-            info_.distance.add(distance);
-        }
-        if (luminance > 0.0F && std::isfinite(luminance)) {
-            const double magnitude = magnitude_from_luminance(static_cast<double>(luminance));
-            info_.magnitude.add(magnitude);
-            ++info_.histogram[static_cast<int>(std::floor(magnitude + kMagnitudeRounding))];
-        }
-        lon_nan_.note(!std::isfinite(lon), index);
-        lat_nan_.note(!std::isfinite(lat), index);
-        luminance_nan_.note(!std::isfinite(luminance), index);
-        distance_nan_.note(!std::isfinite(distance), index);
-        lon_range_.note(is_outside(lon, 0.0, 360.0), index);
-        lat_range_.note(is_outside(lat, -90.0, 90.0), index);
-        dark_.note(std::isfinite(luminance) && luminance <= 0.0F, index);
-    }
-
-    void report() const {
-        for (const Oddity* oddity : {&lon_nan_, &lat_nan_, &luminance_nan_, &distance_nan_,
-                                     &lon_range_, &lat_range_, &dark_}) {
-            oddity->report(info_.warnings);
-        }
-    }
-
-private:
-    CatalogueInfo& info_;
-    Oddity lon_nan_{"a lon that is not a number or infinite"};
-    Oddity lat_nan_{"a lat that is not a number or infinite"};
-    Oddity luminance_nan_{"a luminance that is not a number or infinite"};
-    Oddity distance_nan_{"a distance that is not a number or infinite"};
-    Oddity lon_range_{"a lon outside 0 to 360 degrees"};
-    Oddity lat_range_{"a lat outside -90 to 90 degrees"};
-    Oddity dark_{"a luminance of 0 or below"};
-};
 
 constexpr int kDoubleDigits = std::numeric_limits<double>::digits10;
 constexpr int kFloatDigits = std::numeric_limits<float>::digits10;
@@ -131,21 +77,15 @@ CatalogueInfo examine_catalogue(const std::filesystem::path& path) {
     DatabaseReader database(path);
     info.version = database.version();
     info.bytes = database.bytes();
-    Examiner examiner(info);
-    for (auto block = database.next_block(); !block.empty(); block = database.next_block()) {
+    info.warnings = file_faults(database);
+    StarFaults faults(info.version);
+    Progress progress(database.stars(), "stars");
+    for_each_block(database, progress, 0, [&](std::span<const star> block) {
+        faults.add(block);
         for (const star& record : block) {
-            examiner.add(record);
+            count_star(decode_star(record), info);
         }
-    }
-
-    const std::uint64_t trailing = database.trailing_bytes();
-    if (info.bytes < sizeof(star)) {
-        info.warnings.emplace_back("the header is cut short: " + std::to_string(info.bytes) +
-                                   " bytes instead of 32");
-    } else if (trailing != 0) {
-        info.warnings.push_back(std::to_string(trailing) +
-                                " trailing bytes are no whole record and never read");
-    }
+    });
     if (info.stars == 0) {
         info.warnings.emplace_back("there are no stars: every frame stays black");
     }
@@ -153,7 +93,8 @@ CatalogueInfo examine_catalogue(const std::filesystem::path& path) {
         info.warnings.emplace_back(
             "the plug-in finds only files with \".stars\" in their name: rename it");
     }
-    examiner.report();
+    const std::vector<std::string> star_faults = faults.lines();
+    info.warnings.insert(info.warnings.end(), star_faults.begin(), star_faults.end());
     return info;
 }
 
