@@ -49,10 +49,12 @@ std::string_view LineReader::look_ahead(std::size_t rows) {
             rows -= ready[seen] == '#' ? 0U : 1U;
             seen = end + 1;
         } else if (ready.size() > kLongestLine || !fill()) {
-            break;
+            return {buffer_.data() + begin_, end_ - begin_};
         }
     }
-    return {buffer_.data() + begin_, end_ - begin_};
+    // No more than that, even where more is there: what a file is taken for must not depend on the
+    // pieces in which it comes.
+    return {buffer_.data() + begin_, seen};
 }
 
 std::size_t LineReader::read(char* bytes, std::size_t size) {
