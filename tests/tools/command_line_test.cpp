@@ -30,7 +30,7 @@ TEST(CommandLine, EveryCommandHasHelpWithExamples) {
                                 Arguments{"catalog", "import"}, Arguments{"catalog", "info"},
                                 Arguments{"catalog", "verify"}, Arguments{"catalog", "dump"},
                                 Arguments{"catalog", "merge"}, Arguments{"catalog", "filter"},
-                                Arguments{"catalog", "sort"}}) {
+                                Arguments{"catalog", "sort"}, Arguments{"catalog", "synth"}}) {
         arguments.push_back("--help");
         const ToolResult result = run_tool(arguments);
         EXPECT_EQ(result.code, 0) << arguments.front();

@@ -13,6 +13,7 @@ namespace lumivar {
 void add_catalog_command(Command& program) {
     Command catalog = program.add_command("catalog", "Make, examine and change star databases");
     add_catalog_import_command(catalog);
+    add_catalog_synth_command(catalog);
     add_catalog_info_command(catalog);
     add_catalog_verify_command(catalog);
     add_catalog_dump_command(catalog);

@@ -10,6 +10,7 @@ namespace lumivar {
 /// Each adds its subcommand.
 void add_catalog_import_command(Command& catalog);
 void add_catalog_info_command(Command& catalog);
+void add_catalog_synth_command(Command& catalog);
 void add_catalog_verify_command(Command& catalog);
 void add_catalog_dump_command(Command& catalog);
 void add_catalog_merge_command(Command& catalog);
