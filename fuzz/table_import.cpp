@@ -73,7 +73,7 @@ Outcome outcome_of(const std::string& table, bool strict) {
 }
 
 std::string compressed_file(const std::string& bytes) {
-    const std::string path = fuzz_folder() / "table.gz";
+    std::string path = fuzz_folder() / "table.gz";
     gzFile file = gzopen(path.c_str(), "wb1");
     require(gzwrite(file, bytes.data(), static_cast<unsigned>(bytes.size())) ==
                 static_cast<int>(bytes.size()),

@@ -12,6 +12,7 @@
 
 #include "failure.h"
 #include "tables/fields.h"
+#include "tables/fits_headers.h"
 
 namespace lumivar {
 namespace {
@@ -45,6 +46,7 @@ public:
         std::error_code error;
         const std::uintmax_t size = std::filesystem::file_size(path, error);
         size_ = error ? 0 : size;
+        check_fits_headers(path, name_);
         int status = 0;
         // By the plain name: brackets and exclamation marks in it mean nothing.
         fits_open_diskfile(&file_, path.c_str(), READONLY, &status);
