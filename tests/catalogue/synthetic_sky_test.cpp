@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <cstdint>
 #include <numbers>
 #include <string>
@@ -195,6 +196,19 @@ TEST(Synth, WritesWhatItIsAskedFor) {
     EXPECT_EQ(
         read_file(path),
         database_of({.stars = 50, .seed = 9, .brightest = 3, .faintest = 4, .distances = true}));
+}
+
+TEST(Synth, InterruptedLeavesTheOldFileAndNothingElse) {
+    const ScratchFolder folder;
+    const std::string path = folder / "t.stars";
+    write_file(path, "precious");
+    // Takes minutes if nobody stops it.
+    ToolProcess process({"catalog", "synth", "-o", path, "--stars", "1000000000"});
+    wait_until([&folder] { return names_in(folder.path()).size() == 2; });
+    process.send(SIGINT);
+    EXPECT_EQ(process.wait().signal, SIGINT);
+    EXPECT_EQ(names_in(folder.path()), std::vector<std::string>{"t.stars"});
+    EXPECT_EQ(read_file(path), "precious");
 }
 
 TEST(Synth, RefusesSkiesThatThereCannotBe) {

@@ -46,9 +46,9 @@ void add_catalog_sort_command(Command& catalog) {
         "that stars close to each other in the file are close on the sky. Stars that are equal\n"
         "keep their order; records stay as they are. The effect draws the same stars in any\n"
         "order.\n\n"
-        "The output may be the input itself: it takes its place when it is whole. A database\n"
-        "that does not fit into 128 MiB needs one and a quarter times its size beside the output\n"
-        "meanwhile, and twice that beyond some 200 million stars.\n\n"
+        "The output may be the input itself: it takes its place when it is whole. Beyond a\n"
+        "million stars the work needs one and a quarter times the database's size on the disk\n"
+        "beside the output, and twice that beyond some 180 million.\n\n"
         "Examples:\n"
         "  lumivar catalog sort gaia.stars -o gaia.stars --by brightness\n"
         "  lumivar catalog sort gaia.stars -o places.stars --by position\n");

@@ -249,10 +249,10 @@ void RecordSorter::start_reading() {
     if (!places_.empty()) {
         write_run();
     }
-    // The runs need the memory now.
-    entries_ = {};
-    places_ = {};
-    scratch_ = {};
+    // The runs need the memory now. Assigning {} would keep it.
+    std::vector<std::byte>().swap(entries_);
+    std::vector<Place>().swap(places_);
+    std::vector<Place>().swap(scratch_);
     while (runs_.size() > limits_.runs_at_once) {
         merge_runs();
     }

@@ -22,7 +22,7 @@ namespace lumivar {
 
 /// What a sort may use. Tests give less, so that few records make many runs and several passes.
 struct SortLimits {
-    std::size_t bytes_in_memory = std::size_t{128} << 20U;
+    std::size_t bytes_in_memory = std::size_t{96} << 20U;
     std::size_t runs_at_once = 128;  ///< that are merged together, 2 at least
 };
 
