@@ -16,6 +16,9 @@ public:
     void recognised(const std::string& text) override {
         require(text.find('\n') == std::string::npos, "what a file is takes several lines");
     }
+    void remark(const std::string& text) override {
+        require(text.find('\n') == std::string::npos, "a remark takes several lines");
+    }
     void skipped(const std::string& text) override {
         ++shown;
         require(text.find('\n') == std::string::npos, "a fault takes several lines");

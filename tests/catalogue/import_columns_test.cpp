@@ -230,8 +230,158 @@ TEST(Inputs, OfAnArchiveMayHoldSeveralTables) {
     EXPECT_EQ(imported.stars[1].lon, 4.0);
     // V = VT - 0.090 (BT - VT)
     EXPECT_FLOAT_EQ(imported.stars[1].luminance, static_cast<float>(std::pow(10.0, -0.4 * 5.955)));
-    EXPECT_EQ(imported.summary.rows.read(), 2U);
+    EXPECT_EQ(imported.summary.rows.read(), 3U);
+    EXPECT_EQ(imported.summary.rows.skipped(lumivar::FaultKind::OtherTable), 1U);
     EXPECT_EQ(imported.files.size(), 3U);
+}
+
+constexpr const char* kBarnard = "269.45402305,4.66828815,9.54,-797.84,10326.93,549.01\n";
+
+TEST(Epochs, OfGaiaArePlacesOf2016UnlessTheArchiveMovedThem) {
+    // In either case of letters: the same star is moved back 16 years.
+    for (const char* names :
+         {"ra,dec,phot_g_mean_mag,pmra,pmdec,parallax\n",
+          "RA,DEC,PHOT_G_MEAN_MAG,PMRA,PMDEC,PARALLAX\n", "RA_ICRS,DE_ICRS,Gmag,pmRA,pmDE,Plx\n"}) {
+        // 16 years of 10.32693 arcseconds.
+        EXPECT_NEAR(import_text(std::string(names) + kBarnard).stars.at(0).lat,
+                    4.66828815 - 16 * 10.32693 / 3600, 1e-5)
+            << names;
+    }
+    const CatalogueStar computed =
+        import_text(std::string("_RAJ2000,_DEJ2000,Gmag,pmRA,pmDE,Plx,RA_ICRS,DE_ICRS\n"
+                                "269.45,4.7,9,-797.84,10326.93,549.01,269.44,4.8\n"))
+            .stars.at(0);
+    EXPECT_EQ(computed.lat, 4.7);
+}
+
+TEST(Epochs, OfEachTableInAFileAreItsOwn) {
+    const auto table = [](const std::string& epoch) {
+        return "#Coosys\tJ2000_" + epoch +
+               ":\teq_FK5 "
+               "J2000\n#Column\tRAdeg\nRAdeg\tDEdeg\tVmag\tpmRA\tpmDE\tPlx\ndeg\tdeg\tmag\t"
+               "mas/yr\tmas/yr\tmas\n---\t---\t---\t---\t---\t---\n269\t4\t9\t0\t3600\t500\n\n";
+    };
+    const Imported imported = import_text(table("1990.000") + table("2015.500"));
+    ASSERT_EQ(imported.stars.size(), 2U);
+    // A thousandth of a degree a year.
+    EXPECT_NEAR(imported.stars[0].lat, 4.01, 1e-8);
+    EXPECT_NEAR(imported.stars[1].lat, 3.9845, 1e-8);
+}
+
+TEST(Epochs, ThatAreNoYearsAndMotionsWithoutEndAreFaults) {
+    const std::string names = "ra,dec,mag,pmra,pmdec,parallax,rv,ref_epoch\n";
+    const Imported imported = import_text(names +
+                                          "1,2,3,4,5,6,7,2457000\n1,2,3,4,5,6,7,2016\n"
+                                          "1,2,3,4,5,1e308,50,2016\n");
+    EXPECT_EQ(imported.summary.rows.skipped(lumivar::FaultKind::MotionMalformed), 1U);
+    for (const CatalogueStar& star : imported.stars) {
+        EXPECT_TRUE(std::isfinite(star.lon) && std::isfinite(star.lat));
+    }
+    ImportOptions options;
+    options.epoch = 2050.0;
+    const Imported near_nothing =
+        import_text("ra,dec,mag,pmra,pmdec,distance\n1,2,3,4,5,1e-310\n", options);
+    EXPECT_TRUE(std::isfinite(near_nothing.stars.at(0).lat));
+}
+
+TEST(Columns, OfASignMayBeWrittenInManyWays) {
+    const auto declination = [](const std::string& sign, const std::string& degrees) {
+        return import_text("RAh,RAm,RAs,DE-,DEd,DEm,DEs,Vmag\n5,0,0," + sign + "," + degrees +
+                           ",30,0,1\n")
+            .stars.at(0)
+            .lat;
+    };
+    for (const char* south : {"-", "S", "-1", "\xE2\x88\x92"}) {
+        EXPECT_EQ(declination(south, "16"), -16.5) << south;
+    }
+    for (const char* north : {"+", "N", "1", ""}) {
+        EXPECT_EQ(declination(north, "16"), 16.5) << north;
+    }
+    EXPECT_EQ(declination("", "-16"), -16.5);
+    const Imported odd = import_text(
+        "RAh,RAm,RAs,DE-,DEd,DEm,DEs,Vmag\n5,0,0,x,1,2,3,1\n5,61,0,+,1,2,3,1\n5,1,0,+,1,2,3,1\n");
+    ASSERT_EQ(odd.skips.size(), 2U);
+    EXPECT_EQ(odd.skips[0].substr(0, 28), "t.csv:2: column 4 (DE-): \"x\"");
+    EXPECT_EQ(odd.skips[1].substr(0, 29), "t.csv:3: column 2 (RAm): \"61\"");
+}
+
+TEST(Columns, InTheUnitOfAnotherQuantityAreNotMeant) {
+    const std::string archive =
+        "# %ECSV 1.0\n# ---\n# datatype:\n# - {name: ra, unit: deg}\n# - {name: dec, unit: deg}\n"
+        "# - {name: distance, unit: deg}\n# - {name: parallax, unit: mas}\n# - {name: mag, unit: "
+        "mag}\n"
+        "ra,dec,distance,parallax,mag\n1,2,0.03,100,5\n";
+    EXPECT_EQ(import_text(archive).stars.at(0).distance, 10.0);
+    EXPECT_EQ(
+        import_text_failure(archive, with_columns("distance=distance")),
+        "t.csv: --columns distance=distance: the file says that it is in deg, which is no unit of "
+        "that");
+    // A right ascension whose unit is degrees, minutes and seconds.
+    EXPECT_NEAR(
+        import_text("RA\tDE\tVmag\n\"d:m:s\"\t\"d:m:s\"\tmag\n---\t---\t---\n10:17:13\t5:0:0\t3\n")
+            .stars.at(0)
+            .lon,
+        10.0 + 17.0 / 60.0 + 13.0 / 3600.0, 1e-12);
+    // The band g of other surveys.
+    EXPECT_EQ(import_text_failure("RAJ2000,DEJ2000,gmag,rmag\n1,2,3,4\n").substr(0, 48),
+              "t.csv: cannot tell which columns hold: magnitude");
+    EXPECT_EQ(import_text("ra,dec,mag,Gmag,gmag\n1,2,5,4,3\n").stars.size(), 1U);
+    EXPECT_EQ(import_text("\n\n\nra;dec;mag\nrad;rad;mag\n---;---;---\n1;0;3\n").stars.at(0).lon,
+              180.0 / 3.141592653589793);
+}
+
+TEST(Columns, ThatAreNamedReplaceWhatWasRecognised) {
+    const std::string text = "ra_deg,dec_deg,vmag,bv,other\n1,2,3,0.65,10000\n";
+    EXPECT_EQ(import_text(text, with_columns("teff=other")).stars.at(0).rgb,
+              import_text("ra_deg,dec_deg,vmag,teff\n1,2,3,10000\n").stars.at(0).rgb);
+    EXPECT_EQ(import_text_failure(text, with_columns("ra=1,dec=1,mag=3")),
+              "t.csv: --columns dec=1: that column is ra already");
+}
+
+TEST(Columns, OfTheHygFamilyAreInHours) {
+    EXPECT_EQ(import_text("proper,ra,dec,dist,mag,ci\nSirius,6.5,-16.7,2.6,-1.44,0.009\n")
+                  .stars.at(0)
+                  .lon,
+              97.5);
+    const CatalogueStar second =
+        import_text(
+            "StarID,HIP,ProperName,RA,Dec,Distance,PMRA,PMDec,RV,Mag,AbsMag,ColorIndex\n"
+            "32263,32349,Sirius,6.5,-16.7,2.6,0,0,0,-1.44,1.4,0.65\n")
+            .stars.at(0);
+    EXPECT_EQ(second.lon, 97.5);
+    EXPECT_EQ(second.distance, 2.6);
+    EXPECT_EQ(second.rgb, (std::array<std::uint8_t, 3>{255, 241, 234}));
+    // What only looks so is told.
+    std::string table = "ra,dec,mag\n";
+    for (int hour = 0; hour < 24; ++hour) {
+        table += std::to_string(hour) + ",10,5\n";
+    }
+    ASSERT_EQ(import_text(table).remarks.size(), 1U);
+    EXPECT_TRUE(import_text(table + "25,10,5\n").remarks.empty());
+}
+
+TEST(Columns, OfTychoMagnitudesMustBeNumbers) {
+    const Imported imported =
+        import_text("ra,dec,BTmag,VTmag\n1,2,5.5,5\n1,2,ab,5\n1,2,99.9,5\n1,2,,5\n");
+    EXPECT_EQ(imported.stars.size(), 2U);
+    EXPECT_EQ(imported.summary.rows.skipped(lumivar::FaultKind::ColourMalformed), 1U);
+    EXPECT_EQ(imported.summary.rows.skipped(lumivar::FaultKind::ColourOutOfRange), 1U);
+}
+
+TEST(Columns, OfParallaxServeWhereTheDistanceIsUnknown) {
+    EXPECT_EQ(import_text("ra,dec,mag,distance_pc,parallax\n1,2,3,-1,100\n").stars.at(0).distance,
+              10.0);
+    EXPECT_EQ(import_text("ra,dec,mag\n-90,2,3\n").stars.at(0).lon, 270.0);
+}
+
+TEST(Inputs, ThatArePartsOfOneCatalogueKeepTheirDoubleStars) {
+    const ScratchFolder folder;
+    const std::string names = "ra,dec,phot_g_mean_mag\n";
+    write_file(folder / "1.csv", names + "10,20,3\n");
+    write_file(folder / "2.csv", names + "10,20.0001,3\n");
+    ImportOptions options;
+    options.dedupe = 1.0;
+    EXPECT_EQ(import_files({folder / "1.csv", folder / "2.csv"}, options).stars.size(), 2U);
 }
 
 }  // namespace

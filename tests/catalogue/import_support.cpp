@@ -27,6 +27,7 @@ Imported import_files(const std::vector<std::string>& inputs,
     imported.summary = lumivar::import_catalogues(inputs, folder / "t.stars", options, watcher);
     imported.files = watcher.files;
     imported.skips = watcher.skips;
+    imported.remarks = watcher.remarks;
     lumivar::DatabaseReader reader(folder / "t.stars");
     for (std::span<const star> block = reader.next_block(); !block.empty();
          block = reader.next_block()) {

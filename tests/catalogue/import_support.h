@@ -12,9 +12,11 @@ class KeepingWatcher : public lumivar::ImportWatcher {
 public:
     void recognised(const std::string& text) override { files.push_back(text); }
     void skipped(const std::string& text) override { skips.push_back(text); }
+    void remark(const std::string& text) override { remarks.push_back(text); }
 
     std::vector<std::string> files;
     std::vector<std::string> skips;
+    std::vector<std::string> remarks;
 };
 
 struct Imported {
@@ -22,6 +24,7 @@ struct Imported {
     std::vector<lumivar::CatalogueStar> stars;
     std::vector<std::string> files;  ///< what each file was taken for
     std::vector<std::string> skips;  ///< the rows at fault that were shown
+    std::vector<std::string> remarks;
 };
 
 /// The stars of files. Throws as the import does.

@@ -21,15 +21,15 @@ constexpr const char* kGood = "1,2,3,0.5,10\n";
 
 TEST(Malformed, RowsAreSkippedWithFileLineColumnAndRemedy) {
     const std::string angles =
-        "; give 0 to 360 degrees or 0 to 24 hours of right ascension, -90 to 90 degrees of "
-        "declination";
+        "; give 0 to 360 degrees or 0 to 24 hours of right ascension, or -180 to 180 degrees, and "
+        "-90 to 90 degrees of declination";
     const std::string magnitudes = "; give a magnitude from -30 to 90";
     const std::string colours = "; give a colour from -10 to 20, or leave the field empty";
     const std::pair<const char*, std::pair<FaultKind, std::string>> rows[] = {
         {"360.5,2,3,,",
          {FaultKind::PlaceOutOfRange, "column 1 (ra_deg): 360.5 is out of range" + angles}},
-        {"-0.1,2,3,,",
-         {FaultKind::PlaceOutOfRange, "column 1 (ra_deg): -0.1 is out of range" + angles}},
+        {"-180.1,2,3,,",
+         {FaultKind::PlaceOutOfRange, "column 1 (ra_deg): -180.1 is out of range" + angles}},
         {"1,91,3,,",
          {FaultKind::PlaceOutOfRange, "column 2 (dec_deg): 91 is out of range" + angles}},
         {"north,2,3,,",
@@ -92,12 +92,11 @@ TEST(Malformed, RowsAreAllCountedAndTheFirstOfThemShown) {
     EXPECT_EQ(imported.summary.rows.read(), 41U);
     EXPECT_EQ(imported.summary.rows.kept(), 20U);
     EXPECT_EQ(imported.summary.rows.skipped(FaultKind::MagnitudeMissing), 20U);
-    const std::string reasons = imported.summary.rows.reasons();
-    EXPECT_NE(
-        reasons.find("  skipped    1: a right ascension or declination out of range (first: "),
-        std::string::npos)
+    const std::string reasons = imported.summary.rows.reasons("", "; ");
+    EXPECT_NE(reasons.find("1: a right ascension or declination out of range (first: "),
+              std::string::npos)
         << reasons;
-    EXPECT_NE(reasons.find("  skipped    20: no magnitude (first: "), std::string::npos) << reasons;
+    EXPECT_NE(reasons.find("20: no magnitude (first: "), std::string::npos) << reasons;
 }
 
 TEST(Malformed, LinesOfTenMegabytesCostARow) {
@@ -140,15 +139,19 @@ TEST(Malformed, FilesThatAreNoTablesAreRefusedWithTheRemedy) {
          "name, 2 mass; name them with --columns ra=COLUMN,dec=COLUMN,mag=COLUMN,... by name or by "
          "number"},
         {"1 2 3\n",
-         "t.csv: cannot tell which columns hold: right ascension, declination, magnitude; it "
-         "has 1, 2, 3; name them with --columns ra=COLUMN,dec=COLUMN,mag=COLUMN,... by name "
-         "or by number"},
-        {"ra,dec,RA,mag\n1,2,3,4\n",
+         "t.csv: cannot tell which columns hold: right ascension, declination, magnitude; it has 1 "
+         "\"1\", 2 \"2\", 3 \"3\"; name them with --columns ra=COLUMN,dec=COLUMN,mag=COLUMN,... by "
+         "name or by number; a part without a line of names goes behind the part that has one"},
+        {"ra,dec,ra,mag\n1,2,3,4\n",
          "t.csv: columns 1 and 3 are both named \"ra\"; rename one, or choose by number with "
          "--columns"},
         {"ra,dec,mag\n1,95,2\n",
-         "none of 1 rows is a star; nothing is written:\n  skipped    1: a right "
-         "ascension or declination out of range (first: t.csv:2)\n"},
+         "none of 1 rows is a star, nothing is written: 1: a right ascension or declination out of "
+         "range (first: t.csv:2)"},
+        {"ra,dec,mag,\"name\n1,2,3,x\n",
+         "t.csv:1: a double quote in the line of names is not closed, or text follows it"},
+        {"ra,dec,mag\r1,2,3\r",
+         "t.csv is text whose lines end with carriage returns alone; convert it: tr '\\r' '\\n'"},
         {"SIMPLE  =                    T\n", "t.csv: is no FITS file that can be read: "},
     };
     for (const auto& [bytes, complaint] : files) {

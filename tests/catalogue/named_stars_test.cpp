@@ -42,13 +42,13 @@ TEST(NamedStars, OfTheShippedTableStandWhereTheyShould) {
     for (const NamedStar& named : kNamed) {
         SCOPED_TRACE(named.name);
         const CatalogueStar& star = nearest(imported, named.ra, named.dec);
-        EXPECT_NEAR(star.lon, named.ra, 1e-5);
-        EXPECT_NEAR(star.lat, named.dec, 1e-5);
+        EXPECT_NEAR(star.lon, named.ra, 1e-6);
+        EXPECT_NEAR(star.lat, named.dec, 1e-6);
         EXPECT_FLOAT_EQ(star.luminance, static_cast<float>(std::pow(10.0, -0.4 * named.v)));
         for (std::size_t c = 0; c < 3; ++c) {
             EXPECT_NEAR(star.rgb[c], named.rgb[c], 1) << c;
         }
-        EXPECT_NEAR(star.distance, named.parsecs, 0.05);
+        EXPECT_EQ(star.distance, named.parsecs);
     }
 }
 

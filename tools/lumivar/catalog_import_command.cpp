@@ -39,6 +39,9 @@ public:
     void skipped(const std::string& text) override {
         std::fprintf(stderr, "lumivar: skipped: %s\n", text.c_str());
     }
+    void remark(const std::string& text) override {
+        std::fprintf(stderr, "lumivar: hint: %s\n", text.c_str());
+    }
 };
 
 ImportOptions options_of(const ImportArguments& arguments) {
@@ -81,7 +84,9 @@ void print_summary(const std::string& output, const ImportSummary& summary, doub
     if (summary.merged > 0) {
         std::printf("  merged     %llu: the star of an earlier input\n", number(summary.merged));
     }
-    std::fputs(summary.rows.reasons().c_str(), stdout);
+    if (summary.rows.skipped() > 0) {
+        std::printf("%s\n", summary.rows.reasons("  skipped    ", "\n").c_str());
+    }
 }
 
 void import_command(const ImportArguments& arguments) {
@@ -108,9 +113,7 @@ void add_catalog_import_command(Command& catalog) {
                  "Catalogues, plain or as .gz or .zst; - is standard input")
         .required();
     command.add("-o,--output", arguments->output, "The database to write, NAME.stars").required();
-    command.add("--format", arguments->format, "What the files are")
-        .one_of(std::vector<std::string>{"auto", "hyg", "athyg", "hipparcos", "tycho2", "bsc5",
-                                         "gaia", "csv", "tsv", "fits"});
+    command.add("--format", arguments->format, "What the files are").one_of(format_words());
     command.add("--columns", arguments->columns,
                 "WORD=COLUMN,...: which columns to use, by name or by number from 1");
     command.add("--units", arguments->units, "Of right ascension and declination")
@@ -133,7 +136,8 @@ void add_catalog_import_command(Command& catalog) {
         .between(0.0, 1000.0);
     command
         .add("--dedupe", arguments->dedupe,
-             "Stars of several inputs within so many arcseconds are one")
+             "Stars of several catalogues within so many arcseconds are one; files of one "
+             "catalogue are\nits parts")
         .between(0.001, kLargestDuplicateRadius);
     command.add_flag("--strict", arguments->strict, "Stop at the first row that is at fault");
     command.footer(

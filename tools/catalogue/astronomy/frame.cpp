@@ -3,15 +3,12 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <numbers>
 
 namespace lumivar {
 namespace {
 
 /// The axes x, y, z of a frame as directions in the ICRS.
 using Axes = std::array<Direction, 3>;
-
-constexpr double kFrameRadiansPerDegree = std::numbers::pi / 180.0;
 
 Direction cross(const Direction& a, const Direction& b) {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
@@ -22,8 +19,8 @@ Axes axes_of(const Place& pole, double node) {
     const Direction z = direction_of(pole);
     const Direction at_node = direction_of({pole.ra + 90.0, 0.0});
     const Direction beyond = cross(z, at_node);  // 90 degrees further along the plane
-    const double c = std::cos(node * kFrameRadiansPerDegree);
-    const double s = std::sin(node * kFrameRadiansPerDegree);
+    const double c = std::cos(node * kRadiansInDegree);
+    const double s = std::sin(node * kRadiansInDegree);
     Axes axes{};
     for (std::size_t i = 0; i < z.size(); ++i) {
         axes[0][i] = c * at_node[i] - s * beyond[i];

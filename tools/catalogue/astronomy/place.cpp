@@ -1,14 +1,9 @@
 #include "astronomy/place.h"
 
 #include <cmath>
-#include <numbers>
 
 namespace lumivar {
-namespace {
-
-constexpr double kRadiansPerDegree = std::numbers::pi / 180.0;
-
-}  // namespace
+namespace {}  // namespace
 
 double turned_into_circle(double degrees) {
     double turned = std::fmod(degrees, 360.0);
@@ -20,8 +15,8 @@ double turned_into_circle(double degrees) {
 }
 
 Direction direction_of(const Place& place) {
-    const double ra = place.ra * kRadiansPerDegree;
-    const double dec = place.dec * kRadiansPerDegree;
+    const double ra = place.ra * kRadiansInDegree;
+    const double dec = place.dec * kRadiansInDegree;
     return {std::cos(dec) * std::cos(ra), std::cos(dec) * std::sin(ra), std::sin(dec)};
 }
 
@@ -29,8 +24,8 @@ Place place_of(const Direction& direction) {
     const auto [x, y, z] = direction;
     const double in_equator = std::hypot(x, y);
     // The arc tangent of both keeps all digits near the poles, where the arc sine loses half.
-    return {turned_into_circle(std::atan2(y, x) / kRadiansPerDegree),
-            std::atan2(z, in_equator) / kRadiansPerDegree};
+    return {turned_into_circle(std::atan2(y, x) / kRadiansInDegree),
+            std::atan2(z, in_equator) / kRadiansInDegree};
 }
 
 }  // namespace lumivar

@@ -2,8 +2,11 @@
 #pragma once
 
 #include <array>
+#include <numbers>
 
 namespace lumivar {
+
+inline constexpr double kRadiansInDegree = std::numbers::pi / 180.0;
 
 /// Right ascension and declination in degrees; in another frame its longitude and latitude. What
 /// the functions of this folder return has `ra` in [0, 360) and `dec` in [-90, 90].

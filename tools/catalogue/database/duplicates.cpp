@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <numbers>
 #include <numeric>
 #include <tuple>
 #include <unordered_map>
@@ -16,7 +15,6 @@
 namespace lumivar {
 namespace {
 
-constexpr double kRadians = std::numbers::pi / 180.0;
 constexpr double kHalfCircle = 180.0;
 constexpr double kFullCircle = 360.0;
 constexpr double kArcsecondsInADegree = 3600.0;
@@ -121,8 +119,9 @@ double DuplicateMerger::reach_in_right_ascension(double declination) const {
         return kHalfCircle;
     }
     constexpr double kRounding = 1.0 + 1e-9;
-    return kRounding / kRadians *
-           std::asin(std::sin(radius_ * kRadians) / std::cos(declination * kRadians));
+    return kRounding / kRadiansInDegree *
+           std::asin(std::sin(radius_ * kRadiansInDegree) /
+                     std::cos(declination * kRadiansInDegree));
 }
 
 void DuplicateMerger::compare(Member& one, std::int64_t zone_of_one, Member& other,

@@ -17,18 +17,19 @@ std::uint64_t Account::skipped(FaultKind kind) const {
     return entries_[static_cast<std::size_t>(kind)].rows;
 }
 
-std::string Account::reasons() const {
+std::string Account::reasons(const char* before, const char* between) const {
     std::string text;
     for (int kind = 0; kind < kFaultKinds; ++kind) {
         const Entry& entry = entries_[static_cast<std::size_t>(kind)];
         if (entry.rows > 0) {
-            text += "  skipped    ";
+            text += text.empty() ? "" : between;
+            text += before;
             text += std::to_string(entry.rows);
             text += ": ";
             text += fault_text(static_cast<FaultKind>(kind));
             text += " (first: ";
             text += entry.first;
-            text += ")\n";
+            text += ")";
         }
     }
     return text;

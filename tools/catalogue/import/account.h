@@ -22,9 +22,9 @@ public:
     /// Of those the ones that somebody could mend.
     std::uint64_t faulty() const { return faulty_; }
 
-    /// A line for each reason, "  skipped    12: no magnitude (first: FILE:8)", each ending with a
-    /// line feed; nothing when every row was kept.
-    std::string reasons() const;
+    /// "12: no magnitude (first: FILE:8)" for each reason, with `before` before and `between` them;
+    /// nothing when every row was kept.
+    std::string reasons(const char* before, const char* between) const;
 
 private:
     struct Entry {

@@ -1,6 +1,11 @@
 // Columns recognised by their names, as archives and people write them.
 #pragma once
 
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+
 #include "import/layout.h"
 #include "tables/table.h"
 
@@ -20,8 +25,11 @@ bool unit_fits(Quantity quantity, Unit unit);
 /// "1 id, 2 ra, 3 dec": for messages.
 std::string column_list(const Table& table);
 
-/// The column of that name, upper or lower case alike; nothing when there is none. Throws `Failure`
-/// when there are two.
+/// Whether the table has a column of each of these names, which are in lower case, in any case.
+bool has_columns(const Table& table, std::initializer_list<std::string_view> lower_names);
+
+/// The column of that name: written just so, or else in another case. Nothing when there is none.
+/// Throws `Failure` when there are two.
 std::optional<ColumnIndex> find_column(const Table& table, std::string_view name,
                                        const std::string& file);
 

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <map>
 #include <memory>
 #include <optional>
 #include <system_error>
@@ -19,6 +20,9 @@ namespace {
 
 constexpr std::uint64_t kRowsBetweenProgress = 4096;
 constexpr std::uint64_t kBytesInMegabyte = 1000000;
+/// Fewer may happen to lie in the first 24 degrees.
+constexpr std::uint64_t kRowsForHoursHint = 20;
+constexpr double kHoursInCircle = 24.0;
 /// Rows that are shown one by one; the summary counts the others.
 constexpr std::uint64_t kShownFaults = 5;
 
@@ -66,18 +70,28 @@ public:
           converter_(options),
           progress_(bytes / kBytesInMegabyte, "MB") {}
 
-    void read(const std::string& input, unsigned number) {
-        OpenedTable opened(input, options_, output_.parent_path(), previous_);
+    void read(const std::string& input) {
+        OpenedTable opened(input, options_, folder_of_output(), previous_);
         watcher_.recognised(opened.announcement());
         begin_layout(opened.layout(), input);
-        read_rows(opened, input, number);
+        converter_.forget_largest_ra();
+        const std::uint64_t kept_before = summary_.rows.kept();
+        read_rows(opened, input, number_of(opened));
+        if (opened.layout().degrees_by_habit &&
+            summary_.rows.kept() - kept_before >= kRowsForHoursHint &&
+            converter_.largest_ra() < kHoursInCircle) {
+            watcher_.remark(input +
+                            ": no right ascension is above 24: if they are hours, say --units "
+                            "hours");
+        }
         bytes_before_ += opened.table().bytes_in_all();
     }
 
     ImportSummary finish() {
         if (summary_.rows.kept() == 0 && summary_.rows.read() > 0) {
-            throw Failure("none of " + std::to_string(summary_.rows.read()) +
-                          " rows is a star; nothing is written:\n" + summary_.rows.reasons());
+            throw Failure(
+                "none of " + std::to_string(summary_.rows.read()) +
+                " rows is a star, nothing is written: " + summary_.rows.reasons("", "; "));
         }
         if (merger_) {
             summary_.merged = merger_->finish();
@@ -89,6 +103,26 @@ public:
     }
 
 private:
+    /// Where a link leads, the output will stand.
+    std::filesystem::path folder_of_output() const {
+        std::error_code ignored;
+        return std::filesystem::is_symlink(output_, ignored)
+                   ? std::filesystem::weakly_canonical(output_, ignored).parent_path()
+                   : output_.parent_path();
+    }
+
+    /// Of the catalogue, for finding duplicates: the files of a published one are its parts, and so
+    /// is a file without a line of names.
+    unsigned number_of(const OpenedTable& opened) {
+        const std::string& title = opened.layout().title;
+        const bool is_part = opened.continues_previous() ||
+                             (opened.layout().is_published && numbers_.count(title) != 0);
+        if (!is_part) {
+            numbers_[title] = catalogues_++;
+        }
+        return numbers_[title];
+    }
+
     void begin_layout(const Layout& layout, const std::string& input) {
         converter_.use(layout);
         if (!writer_) {
@@ -108,6 +142,7 @@ private:
 
     void read_rows(OpenedTable& opened, const std::string& input, unsigned number) {
         Table& table = opened.table();
+        const RowFault kOtherTable = {FaultKind::OtherTable, ""};
         CatalogueStar star;
         RowFault fault;
         bool are_stars = true;
@@ -127,15 +162,12 @@ private:
                     }
                     break;
                 case Table::Step::Faulty:
-                    if (are_stars) {
-                        skip(table, table.fault());
-                    }
+                    skip(table, are_stars ? table.fault() : kOtherTable);
                     break;
                 case Table::Step::Row:
                     if (!are_stars) {
-                        break;
-                    }
-                    if (converter_.convert(table, star, fault)) {
+                        skip(table, kOtherTable);
+                    } else if (converter_.convert(table, star, fault)) {
                         sink_->add(star, number);
                         summary_.rows.keep();
                     } else {
@@ -175,6 +207,8 @@ private:
     std::optional<DuplicateMerger> merger_;
     StarSink* sink_ = nullptr;
     bool without_depth_ = false;
+    std::map<std::string, unsigned> numbers_;  ///< by the title of the catalogue
+    unsigned catalogues_ = 0;
     std::uint64_t bytes_before_ = 0;
     std::uint64_t rows_since_progress_ = 0;
     ImportSummary summary_;
@@ -188,9 +222,8 @@ ImportSummary import_catalogues(const std::vector<std::string>& inputs,
     check_inputs(inputs, output);
     check_output_path(output);
     Import import(output, options, watcher, bytes_in_all(inputs));
-    unsigned number = 0;
     for (const std::string& input : inputs) {
-        import.read(input, number++);
+        import.read(input);
     }
     return import.finish();
 }

@@ -30,6 +30,8 @@ public:
     virtual void recognised(const std::string& text) = 0;
     /// A row is at fault; `text` is one line that begins with its place.
     virtual void skipped(const std::string& text) = 0;
+    /// Something looks odd, though it may be meant so; `text` is one line.
+    virtual void remark(const std::string& text) = 0;
 };
 
 /// Reads the catalogues `inputs` ("-" is standard input) one after the other and writes the

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <system_error>
+#include <utility>
 
 #include "failure.h"
 #include "import/column_names.h"
@@ -48,6 +49,39 @@ const ColumnWord& word_of(Quantity quantity) {
                          [&](const ColumnWord& known) { return known.quantity == quantity; });
 }
 
+/// Quantities of which a star has one: naming one of them drops the others.
+using Alternatives = std::vector<Quantity>;
+
+void clear_alternatives(Layout& layout, Quantity chosen) {
+    static const std::array<Alternatives, 3> kGroups = {{
+        {Quantity::ColourIndex, Quantity::BpRp, Quantity::Temperature},
+        {Quantity::Distance, Quantity::Parallax},
+        {Quantity::VMagnitude, Quantity::HipparcosMagnitude, Quantity::TychoBt, Quantity::TychoVt,
+         Quantity::GaiaG, Quantity::MagnitudeSource, Quantity::Luminance},
+    }};
+    // BT and VT go together.
+    const bool is_tycho = chosen == Quantity::TychoBt || chosen == Quantity::TychoVt;
+    for (const Alternatives& group : kGroups) {
+        if (std::find(group.begin(), group.end(), chosen) == group.end()) {
+            continue;
+        }
+        for (const Quantity other : group) {
+            const bool goes_along =
+                is_tycho && (other == Quantity::TychoBt || other == Quantity::TychoVt);
+            if (!goes_along) {
+                layout.clear(other);
+            }
+        }
+    }
+    if (chosen == Quantity::RaHours || chosen == Quantity::DecDegrees) {
+        layout.clear(Quantity::RightAscension);
+        layout.clear(Quantity::Declination);
+    }
+    if (chosen == Quantity::RightAscension) {
+        layout.degrees_by_habit = true;
+    }
+}
+
 std::optional<ColumnIndex> number_of(std::string_view text, std::size_t columns) {
     std::size_t number = 0;
     const std::from_chars_result result =
@@ -89,25 +123,35 @@ std::vector<NamedColumn> parse_columns(const std::string& text) {
     }
 }
 
-Layout layout_by_choice(const Table& table, const std::vector<NamedColumn>& columns,
-                        const std::string& file) {
-    Layout layout;
+void choose_columns(Layout& layout, const Table& table, const std::vector<NamedColumn>& columns,
+                    const std::string& file) {
+    std::vector<std::pair<ColumnIndex, const char*>> taken;
     for (const NamedColumn& named : columns) {
+        const ColumnWord& word = word_of(named.quantity);
+        const std::string choice =
+            file + ": --columns " + word.word + "=" + shown_field(named.name) + ": ";
         std::optional<ColumnIndex> column =
             table.has_names() ? find_column(table, named.name, file) : std::nullopt;
         if (!column) {
             column = number_of(named.name, table.columns().size());
         }
-        const ColumnWord& word = word_of(named.quantity);
         if (!column) {
-            throw Failure(file + ": --columns " + word.word + "=" + shown_field(named.name) +
-                          ": there is no such column; it has " + column_list(table));
+            throw Failure(choice + "there is no such column; it has " + column_list(table));
         }
+        for (const auto& [other, other_word] : taken) {
+            if (other == *column) {
+                throw Failure(choice + "that column is " + other_word + " already");
+            }
+        }
+        taken.emplace_back(*column, word.word);
         const std::optional<Unit> given = unit_of(table.columns()[*column].unit);
-        layout.set(named.quantity, *column,
-                   given && unit_fits(named.quantity, *given) ? *given : word.usual);
+        if (given && !unit_fits(named.quantity, *given)) {
+            throw Failure(choice + "the file says that it is in " + unit_text(*given) +
+                          ", which is no unit of that");
+        }
+        clear_alternatives(layout, named.quantity);
+        layout.set(named.quantity, *column, given ? *given : word.usual);
     }
-    return layout;
 }
 
 }  // namespace lumivar

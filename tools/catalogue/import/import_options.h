@@ -49,9 +49,11 @@ inline constexpr const char* kColumnWords =
     "ra, dec (or rah, ram, ras, design, ded, dem, des), mag, bv, bprp, teff, distance, parallax, "
     "pmra, pmdec, rv, epoch, g, bt, vt";
 
-/// The layout that the named columns make, in the units that the table's header says or that are
-/// usual. Throws `Failure` when the table has no such column, or two.
-Layout layout_by_choice(const Table& table, const std::vector<NamedColumn>& columns,
-                        const std::string& file);
+/// Puts the named columns into a layout, in the units that the table's header says or that are
+/// usual. What a column replaces leaves it: another colour, the other kind of distance, magnitudes
+/// of other bands, the other way to give a place. Throws `Failure` when the table has no such
+/// column or two, when one column is to be two quantities, or when its unit is of another quantity.
+void choose_columns(Layout& layout, const Table& table, const std::vector<NamedColumn>& columns,
+                    const std::string& file);
 
 }  // namespace lumivar

@@ -1,7 +1,5 @@
 #include "import/known_formats.h"
 
-#include <libimgops/star_input.h>
-
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -84,6 +82,7 @@ KnownText barred(const char* title, std::size_t columns, std::initializer_list<N
     known.shape.separator = '|';
     known.shape.columns.resize(columns);
     known.layout.title = title;
+    known.layout.is_published = true;
     for (const NamedField& field : used) {
         known.shape.columns[field.column].name = field.name;
         known.layout.set(field.quantity, field.column, field.unit);
@@ -161,6 +160,7 @@ KnownText bright_stars() {
     };
     KnownText known;
     known.layout.title = "Bright Star Catalogue";
+    known.layout.is_published = true;
     known.layout.has_entries_without_place = true;
     for (const Field& field : kFields) {
         known.layout.set(field.quantity, known.shape.columns.size(), field.unit);
@@ -194,18 +194,10 @@ bool begins_bright_stars(std::string_view head) {
     return with_place > 0;
 }
 
-/// Names that a table has all of.
-bool has_names(const Table& table, std::initializer_list<const char*> names) {
-    return std::all_of(names.begin(), names.end(), [&](const char* name) {
-        return std::any_of(table.columns().begin(), table.columns().end(),
-                           [&](const TableColumn& column) { return column.name == name; });
-    });
-}
-
 Layout dump_layout(const Table& table, const std::string& file) {
     Layout layout;
     layout.title = "table of a star database";
-    layout.without_depth = has_names(table, {"distance_unused"});
+    layout.without_depth = has_columns(table, {"distance_unused"});
     const std::pair<const char*, std::pair<Quantity, Unit>> columns[] = {
         {"lon_deg", {Quantity::RightAscension, Unit::Degrees}},
         {"lat_deg", {Quantity::Declination, Unit::Degrees}},
@@ -222,19 +214,6 @@ Layout dump_layout(const Table& table, const std::string& file) {
     return layout;
 }
 
-/// The release of Gaia that VizieR's place columns are of, by the colour column that only they
-/// have.
-void set_gaia_epoch(Layout& layout, const Table& table) {
-    const bool releases_from_vizier = has_names(table, {"RA_ICRS", "Gmag"});
-    if (layout.has(Quantity::GaiaG) && (releases_from_vizier || has_names(table, {"ra", "dec"}))) {
-        layout.epoch = kGaiaEpoch;
-    }
-}
-
-[[noreturn]] void refuse(const std::string& file, const char* what, const char* remedy) {
-    throw Failure(file + " is " + what + "; " + remedy);
-}
-
 void require(bool found, const std::string& file, const char* what) {
     if (!found) {
         throw Failure(file + ": is not a " + what +
@@ -245,42 +224,19 @@ void require(bool found, const std::string& file, const char* what) {
 
 }  // namespace
 
+std::vector<std::string> format_words() {
+    std::vector<std::string> words;
+    for (const FormatWord& known : kFormats) {
+        words.emplace_back(known.word);
+    }
+    return words;
+}
+
 std::optional<Format> format_of(std::string_view word) {
     const auto* const found =
         std::find_if(kFormats.begin(), kFormats.end(),
                      [&](const FormatWord& known) { return word == known.word; });
     return found == kFormats.end() ? std::nullopt : std::optional(found->format);
-}
-
-bool begins_fits(std::string_view head) { return looks_like(head, "SIMPLE  ="); }
-
-void refuse_other_files(std::string_view head, const std::string& file) {
-    const auto begins = [&](std::string_view magic) {
-        return head.substr(0, magic.size()) == magic;
-    };
-    if (begins("\xFF\xFE") || begins("\xFE\xFF")) {
-        refuse(file, "text in UTF-16", "save it as UTF-8, or convert it: iconv -f UTF-16 -t UTF-8");
-    }
-    if (begins("LUMIVAR1") || begins("LUMIVAR2")) {
-        refuse(file, "a star database already",
-               "lumivar catalog merge joins databases, lumivar catalog filter trims them");
-    }
-    if (begins("PK\x03\x04") || begins("BZh") ||
-        begins(std::string_view("\xFD"
-                                "7zXZ",
-                                5))) {
-        refuse(file, "a compressed archive", "unpack it, or compress it as .gz or .zst");
-    }
-    if (begins("<?xml") || begins("<VOTABLE")) {
-        refuse(file, "a VOTable or other XML", "ask the archive for CSV, ECSV or FITS instead");
-    }
-    if (begins("<!DOCTYPE") || begins("<html") || begins("<HTML")) {
-        refuse(file, "a web page and no table",
-               "an address may have answered with an error: look at it");
-    }
-    if (head.find('\0') != std::string_view::npos && !begins_fits(head)) {
-        refuse(file, "no text", "it has bytes of zero; give a table as text or a FITS file");
-    }
 }
 
 std::optional<KnownText> recognise_text(std::string_view head, Format format) {
@@ -307,32 +263,39 @@ std::optional<KnownText> recognise_text(std::string_view head, Format format) {
 Layout recognise_columns(const Table& table, Format format, const std::string& file) {
     const bool any = format == Format::Auto;
     if ((any || format == Format::Csv || format == Format::Tsv) &&
-        has_names(table, {"lon_deg", "lat_deg", "luminance", "r", "g", "b"}) &&
-        (has_names(table, {"distance_pc"}) || has_names(table, {"distance_unused"}))) {
+        has_columns(table, {"lon_deg", "lat_deg", "luminance", "r", "g", "b"}) &&
+        (has_columns(table, {"distance_pc"}) || has_columns(table, {"distance_unused"}))) {
         return dump_layout(table, file);
     }
     Layout layout = layout_by_names(table, file);
     const bool is_athyg =
-        has_names(table, {"ra", "dec", "dist", "mag", "ci", "pos_src", "mag_src"});
-    const bool is_hyg =
-        !is_athyg && has_names(table, {"hip", "ra", "dec", "dist", "mag", "ci", "rarad"});
-    const bool is_gaia = has_names(table, {"ra", "dec", "phot_g_mean_mag"}) ||
-                         has_names(table, {"RA_ICRS", "DE_ICRS", "Gmag"});
+        has_columns(table, {"ra", "dec", "dist", "mag", "ci", "pos_src", "mag_src"});
+    // Also cut down to the columns that count. Degrees would be told by rows out of range.
+    const bool is_hyg = !is_athyg && has_columns(table, {"ra", "dec", "dist", "mag", "ci"});
+    const bool is_hyg_2 =
+        has_columns(table, {"starid", "ra", "dec", "distance", "mag", "colorindex"});
+    const bool is_gaia =
+        layout.has(Quantity::GaiaG) && (has_columns(table, {"ra", "dec", "phot_g_mean_mag"}) ||
+                                        has_columns(table, {"ra_icrs", "de_icrs", "gmag"}));
     if (format == Format::AtHyg) {
         require(is_athyg, file, "table of the AT-HYG catalogue");
     } else if (format == Format::Hyg) {
-        require(is_hyg, file, "table of the HYG catalogue");
+        require(is_hyg || is_hyg_2, file, "table of the HYG catalogue");
     } else if (format == Format::Gaia) {
         require(is_gaia, file, "table of the Gaia catalogue");
     }
-    if ((any && (is_hyg || is_athyg)) || format == Format::Hyg || format == Format::AtHyg) {
+    if ((any || format == Format::Hyg || format == Format::AtHyg) &&
+        (is_hyg || is_hyg_2 || is_athyg)) {
         layout.title = is_athyg ? "AT-HYG catalogue" : "HYG catalogue";
+        layout.is_published = true;
         layout.set(Quantity::RightAscension, *find_column(table, "ra", file), Unit::Hours);
         layout.set(Quantity::Declination, *find_column(table, "dec", file), Unit::Degrees);
-        layout.set(Quantity::Distance, *find_column(table, "dist", file), Unit::Parsecs);
+        layout.set(Quantity::Distance, *find_column(table, is_hyg_2 ? "distance" : "dist", file),
+                   Unit::Parsecs);
         if (is_athyg) {
             layout.set(Quantity::MagnitudeSource, *find_column(table, "mag_src", file), Unit::None);
         }
+        layout.degrees_by_habit = false;
         layout.epoch = 2000.0;
         layout.unknown_distance = kHygUnknownParsecs;
         layout.has_sun = true;
@@ -340,7 +303,14 @@ Layout recognise_columns(const Table& table, Format format, const std::string& f
     }
     if (is_gaia) {
         layout.title = "Gaia catalogue";
-        set_gaia_epoch(layout, table);
+        layout.is_published = true;
+        layout.degrees_by_habit = false;
+        // Beside its own places VizieR computes some of J2000.
+        const std::string& place =
+            table.columns()[layout.use(Quantity::RightAscension)->column].name;
+        if (place.front() != '_') {
+            layout.epoch = kGaiaEpoch;
+        }
     }
     return layout;
 }

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "import/layout.h"
 #include "tables/text_shape.h"
@@ -15,9 +16,8 @@ enum class Format { Auto, Hyg, AtHyg, Hipparcos, Tycho2, Bsc5, Gaia, Csv, Tsv, F
 
 /// "auto", "hyg", ...; nothing for another word.
 std::optional<Format> format_of(std::string_view word);
-/// All of those words, for messages and help.
-inline constexpr const char* kFormatWords =
-    "auto, hyg, athyg, hipparcos, tycho2, bsc5, gaia, csv, tsv or fits";
+/// All of those words.
+std::vector<std::string> format_words();
 
 /// A text whose columns have no names in the file: the catalogue's description says what they hold.
 struct KnownText {
@@ -33,13 +33,5 @@ std::optional<KnownText> recognise_text(std::string_view head, Format format);
 /// names that only they have, every other by names in general use. Throws `Failure` when `format`
 /// names a catalogue that this table is not.
 Layout recognise_columns(const Table& table, Format format, const std::string& file);
-
-/// Refuses what is no table of stars at all, with the remedy: UTF-16, archives, VOTable, a star
-/// database, bytes that are no text. `head` is the beginning of the file, decompressed. Throws
-/// `Failure`.
-void refuse_other_files(std::string_view head, const std::string& file);
-
-/// Whether the bytes begin a FITS file.
-bool begins_fits(std::string_view head);
 
 }  // namespace lumivar

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "import/units.h"
 #include "tables/table.h"
 
 namespace lumivar {
@@ -49,31 +50,6 @@ enum class Quantity {
 };
 inline constexpr std::size_t kQuantities = static_cast<std::size_t>(Quantity::Blue) + 1;
 
-enum class Unit {
-    None,
-    Degrees,
-    Hours,
-    Radians,
-    MilliarcsecondsPerYear,
-    ArcsecondsPerYear,
-    Milliarcseconds,
-    Arcseconds,
-    Parsecs,
-    Kiloparsecs,
-    LightYears,
-    KilometresPerSecond,
-    Years,
-    Magnitudes,
-    Kelvins,
-};
-
-/// "deg", as the announcement of an import shows it; empty for `Unit::None`.
-const char* unit_text(Unit unit);
-/// The unit that a header's text means, in the spellings of FITS, VizieR and ECSV; "h:m:s" is
-/// hours and "d:m:s" degrees, since sexagesimal numbers are read wherever an angle is. Nothing when
-/// the text is empty or not known.
-std::optional<Unit> unit_of(std::string_view text);
-
 struct ColumnUse {
     ColumnIndex column = 0;
     Unit unit = Unit::None;
@@ -89,6 +65,10 @@ struct Layout {
     double unknown_distance = 0.0;
     /// Sexagesimal right ascension is in degrees, not in hours as usual.
     bool sexagesimal_in_degrees = false;
+    /// Nothing but a column's name says that right ascension is in degrees.
+    bool degrees_by_habit = false;
+    /// The title is that of a published catalogue: several files may be parts of it.
+    bool is_published = false;
     /// The catalogue has rows without a place that are no stars, and may have the Sun.
     bool has_entries_without_place = false;
     bool has_sun = false;
@@ -101,6 +81,7 @@ struct Layout {
     void set(Quantity quantity, ColumnIndex column, Unit unit) {
         uses[static_cast<std::size_t>(quantity)] = ColumnUse{column, unit};
     }
+    void clear(Quantity quantity) { uses[static_cast<std::size_t>(quantity)].reset(); }
     bool has(Quantity quantity) const { return use(quantity).has_value(); }
 };
 

@@ -1,5 +1,6 @@
 #include "import/row_converter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 #include <utility>
@@ -8,6 +9,7 @@
 #include "import/row_light.h"
 #include "import/row_place.h"
 #include "import/row_values.h"
+#include "import/units.h"
 
 namespace lumivar {
 namespace {
@@ -39,9 +41,14 @@ std::optional<RowFault> read_distance(const RowValues& row, const ImportOptions&
                                     distance.value, kDistanceRemedy);
         }
         parsecs = known_distance(row.layout(), length);
-    } else if (parallax.state == FieldState::Malformed) {
+    }
+    if (parsecs > 0.0 || row.has_column(Quantity::Luminance)) {
+        return std::nullopt;
+    }
+    if (parallax.state == FieldState::Malformed) {
         return row.malformed(FaultKind::DistanceMalformed, Quantity::Parallax, kDistanceRemedy);
-    } else if (parallax.state == FieldState::Given) {
+    }
+    if (parallax.state == FieldState::Given) {
         parsecs = distance_from_parallax(
             parallax.value * milliarcseconds_in(row.unit(Quantity::Parallax)),
             options.parallax_floor);
@@ -79,6 +86,7 @@ bool RowConverter::convert(const Table& table, CatalogueStar& star, RowFault& fa
         fault = std::move(*found);
         return false;
     }
+    largest_ra_ = std::max(largest_ra_, place.ra_read);
     star.lon = place.place.ra;
     star.lat = place.place.dec;
     star.luminance = light.luminance;

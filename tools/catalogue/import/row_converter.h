@@ -30,12 +30,16 @@ public:
     bool convert(const Table& table, CatalogueStar& star, RowFault& fault);
 
     const UnknownValues& unknown() const { return unknown_; }
+    /// The largest right ascension that has been read, in degrees, whatever became of it then.
+    double largest_ra() const { return largest_ra_; }
+    void forget_largest_ra() { largest_ra_ = 0.0; }
 
 private:
     const ImportOptions& options_;
     const StarColours& colours_;
     Layout layout_;
     UnknownValues unknown_;
+    double largest_ra_ = 0.0;
 };
 
 }  // namespace lumivar

@@ -3,8 +3,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <string_view>
-#include <system_error>
 
 #include "astronomy/photometry.h"
 
@@ -42,18 +42,30 @@ Band band_of(const RowValues& row) {
 }
 
 /// BT-VT of a row whose magnitude is VT.
-std::optional<double> tycho_colour(const RowValues& row, const Band& band) {
+std::optional<RowFault> read_tycho_colour(const RowValues& row, const Band& band,
+                                          std::optional<double>& result) {
+    constexpr const char* kTychoRemedy = "; leave the field empty where BT is not known";
     FieldNumber colour;
+    Quantity quantity = Quantity::TychoBt;
     if (band.quantity == Quantity::TychoVt) {
         const FieldNumber bt = row.number(Quantity::TychoBt);
         colour = {bt.state, bt.value - band.magnitude.value};
     } else if (band.quantity == Quantity::VMagnitude &&
                row.text(Quantity::MagnitudeSource) == "T") {
-        colour = row.number(Quantity::ColourIndex);
+        quantity = Quantity::ColourIndex;
+        colour = row.number(quantity);
     }
-    return colour.state == FieldState::Given && is_colour(colour.value)
-               ? std::optional(colour.value)
-               : std::nullopt;
+    if (colour.state == FieldState::Malformed) {
+        return row.malformed(FaultKind::ColourMalformed, quantity, kTychoRemedy);
+    }
+    if (colour.state == FieldState::Given) {
+        if (!is_colour(colour.value)) {
+            return row.out_of_range(FaultKind::ColourOutOfRange, quantity, colour.value,
+                                    kTychoRemedy);
+        }
+        result = colour.value;
+    }
+    return std::nullopt;
 }
 
 std::optional<RowFault> read_temperature(const RowValues& row, std::optional<double>& kelvin) {
@@ -84,14 +96,21 @@ std::optional<RowFault> read_temperature(const RowValues& row, std::optional<dou
 std::optional<RowFault> read_stored(const RowValues& row, const ImportOptions& options,
                                     RowLight& result) {
     const std::string_view text = row.text(Quantity::Luminance);
-    // Read in single precision: by way of double a number could be rounded twice.
-    const std::from_chars_result parsed =
-        std::from_chars(text.data(), text.data() + text.size(), result.luminance);
-    if (parsed.ec == std::errc::invalid_argument || parsed.ptr != text.data() + text.size()) {
+    const FieldNumber number = row.number(Quantity::Luminance);
+    if (number.state == FieldState::Malformed) {
         return row.malformed(FaultKind::MagnitudeMalformed, Quantity::Luminance, "");
     }
-    if (parsed.ec != std::errc() || !std::isfinite(result.luminance) || result.luminance <= 0.0F) {
-        return row.out_of_range(FaultKind::MagnitudeOutOfRange, Quantity::Luminance, 0.0,
+    // Of a binary table; what single precision cannot hold is out of range.
+    result.luminance = std::fabs(number.value) <= double{std::numeric_limits<float>::max()}
+                           ? static_cast<float>(number.value)
+                           : 0.0F;
+    if (!text.empty()) {
+        // Read in single precision: by way of double a number could be rounded twice.
+        std::from_chars(text.data(), text.data() + text.size(), result.luminance);
+    }
+    if (number.state == FieldState::Missing || !std::isfinite(result.luminance) ||
+        result.luminance <= 0.0F) {
+        return row.out_of_range(FaultKind::MagnitudeOutOfRange, Quantity::Luminance, number.value,
                                 "; give a luminance above 0");
     }
     if (options.zero_point != 0.0) {
@@ -127,7 +146,11 @@ std::optional<RowFault> read_light(const RowValues& row, const ImportOptions& op
     }
     double v = band.magnitude.value;  // also of a band that nothing more is known for
     std::optional<double> kelvin;
-    if (const std::optional<double> colour = tycho_colour(row, band)) {
+    std::optional<double> colour;
+    if (std::optional<RowFault> fault = read_tycho_colour(row, band, colour)) {
+        return fault;
+    }
+    if (colour) {
         const double bt = v + *colour;
         kelvin = temperature_from_colour_index(bv_from_tycho(bt, v));
         v = v_from_tycho(bt, v);

@@ -1,24 +1,25 @@
 #include "import/row_place.h"
 
+#include <array>
 #include <cmath>
-#include <numbers>
+#include <cstddef>
+#include <string_view>
 
 #include "astronomy/epoch.h"
 #include "astronomy/frame.h"
 #include "astronomy/sexagesimal.h"
+#include "import/units.h"
 
 namespace lumivar {
 namespace {
 
-constexpr double kDegreesInHour = 15.0;
-constexpr double kDegreesInRadian = 180.0 / std::numbers::pi;
-constexpr double kMilliarcsecondsInArcsecond = 1000.0;
-constexpr double kParsecsInKiloparsec = 1000.0;
-// 9.4607304725808e15 m in a light year, 3.0856775814913673e16 m in a parsec.
-constexpr double kParsecsInLightYear = 0.30660139378555;
+// Years that a catalogue's places may be of; a Julian date is none.
+constexpr double kFirstEpoch = 1800.0;
+constexpr double kLastEpoch = 2200.0;
 
 constexpr const char* kAngleRemedy =
-    "; give 0 to 360 degrees or 0 to 24 hours of right ascension, -90 to 90 degrees of declination";
+    "; give 0 to 360 degrees or 0 to 24 hours of right ascension, or -180 to 180 degrees, and -90 "
+    "to 90 degrees of declination";
 
 /// An angle of a row in degrees, and the column that a fault of it names.
 struct RowAngle {
@@ -41,10 +42,8 @@ RowAngle angle_of(const RowValues& row, Quantity quantity, bool sexagesimal_hour
         const bool parsed = sexagesimal_hours ? parse_hours(row.text(quantity), angle.value)
                                               : parse_degrees(row.text(quantity), angle.value);
         angle.state = parsed ? FieldState::Given : FieldState::Malformed;
-    } else if (row.unit(quantity) == Unit::Hours) {
-        angle.value *= kDegreesInHour;
-    } else if (row.unit(quantity) == Unit::Radians) {
-        angle.value *= kDegreesInRadian;
+    } else {
+        angle.value *= degrees_in(row.unit(quantity));
     }
     return {angle, quantity};
 }
@@ -53,38 +52,58 @@ RowAngles angles_in_columns(const RowValues& row, Quantity ra, Quantity dec) {
     return {angle_of(row, ra, !row.layout().sexagesimal_in_degrees), angle_of(row, dec, false)};
 }
 
-/// Units, minutes and seconds of three columns as one angle; `units_in_degrees` is 15 for hours.
-FieldNumber joined(const RowValues& row, Quantity units_column, Quantity minutes_column,
-                   Quantity seconds_column, bool negative, double units_in_degrees) {
-    const FieldNumber units = row.number(units_column);
-    const FieldNumber minutes = row.number(minutes_column);
-    const FieldNumber seconds = row.number(seconds_column);
-    for (const FieldNumber& part : {units, minutes, seconds}) {
+/// Units, minutes and seconds of three columns as one angle in degrees. A fault names the column
+/// that it is in.
+RowAngle joined(const RowValues& row, const std::array<Quantity, 3>& columns, bool negative,
+                Unit unit) {
+    std::array<double, 3> parts{};
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const FieldNumber part = row.number(columns[i]);
         if (part.state != FieldState::Given) {
-            return {part.state, 0.0};
+            return {{part.state, 0.0}, columns[i]};
         }
+        // Old catalogues write 60.0 seconds where rounding led there.
+        const bool fits = i == 0   ? true
+                          : i == 1 ? part.value >= 0.0 && part.value < 60.0
+                                   : part.value >= 0.0 && part.value <= 60.0;
+        if (!fits) {
+            return {{FieldState::Malformed, 0.0}, columns[i]};
+        }
+        parts[i] = part.value;
     }
-    // Old catalogues write 60.0 seconds where rounding led there.
-    if (!(minutes.value >= 0.0 && minutes.value < 60.0 && seconds.value >= 0.0 &&
-          seconds.value <= 60.0)) {
-        return {FieldState::Malformed, 0.0};
+    const double angle = from_sexagesimal(negative, std::fabs(parts[0]), parts[1], parts[2]);
+    return {{FieldState::Given, angle * degrees_in(unit)}, columns[0]};
+}
+
+/// Whether a column for the sign of the declination says south; nothing when it says neither.
+std::optional<bool> is_south(const RowValues& row) {
+    const FieldNumber number = row.number(Quantity::DecSign);
+    if (number.state == FieldState::Given) {
+        return number.value < 0.0;
     }
-    return {FieldState::Given, units_in_degrees * from_sexagesimal(negative, std::fabs(units.value),
-                                                                   minutes.value, seconds.value)};
+    const std::string_view sign = row.text(Quantity::DecSign);
+    if (sign == "-" || sign == "S" || sign == "s" || sign == "\xE2\x88\x92") {
+        return true;
+    }
+    return sign.empty() || sign == "+" || sign == "N" || sign == "n" ? std::optional(false)
+                                                                     : std::nullopt;
 }
 
 RowAngles angles_in_parts(const RowValues& row) {
-    // -0 degrees and some minutes are south: the sign is read as a text.
-    const std::string_view sign = row.has_column(Quantity::DecSign)
-                                      ? row.text(Quantity::DecSign)
-                                      : row.text(Quantity::DecDegrees).substr(0, 1);
-    const FieldNumber hours = row.number(Quantity::RaHours);
-    return {{joined(row, Quantity::RaHours, Quantity::RaMinutes, Quantity::RaSeconds,
-                    hours.value < 0.0, kDegreesInHour),
-             Quantity::RaHours},
-            {joined(row, Quantity::DecDegrees, Quantity::DecMinutes, Quantity::DecSeconds,
-                    sign == "-", 1.0),
-             Quantity::DecDegrees}};
+    // -0 degrees and some minutes are south. A text keeps that sign, a whole number in a binary
+    // table does not.
+    const std::optional<bool> south = is_south(row);
+    const bool negative =
+        south.value_or(false) || std::signbit(row.number(Quantity::DecDegrees).value);
+    RowAngles angles = {
+        joined(row, {Quantity::RaHours, Quantity::RaMinutes, Quantity::RaSeconds},
+               std::signbit(row.number(Quantity::RaHours).value), Unit::Hours),
+        joined(row, {Quantity::DecDegrees, Quantity::DecMinutes, Quantity::DecSeconds}, negative,
+               Unit::Degrees)};
+    if (!south) {
+        angles.dec = {{FieldState::Malformed, 0.0}, Quantity::DecSign};
+    }
+    return angles;
 }
 
 std::optional<RowFault> check(const RowValues& row, const RowAngles& angles) {
@@ -101,7 +120,7 @@ std::optional<RowFault> check(const RowValues& row, const RowAngles& angles) {
     }
     const double ra = angles.ra.degrees.value;
     const double dec = angles.dec.degrees.value;
-    if (!(ra >= 0.0 && ra <= 360.0)) {
+    if (!(ra >= -180.0 && ra <= 360.0)) {
         return row.out_of_range(FaultKind::PlaceOutOfRange, angles.ra.quantity, ra, kAngleRemedy);
     }
     if (!(std::fabs(dec) <= 90.0)) {
@@ -113,14 +132,15 @@ std::optional<RowFault> check(const RowValues& row, const RowAngles& angles) {
 /// Parallax in milliarcseconds, from the distance where the row has that instead; 0 unknown.
 double parallax_of(const RowValues& row) {
     const FieldNumber parallax = row.number(Quantity::Parallax);
-    if (parallax.state == FieldState::Given) {
-        return parallax.value * milliarcseconds_in(row.unit(Quantity::Parallax));
-    }
     const FieldNumber distance = row.number(Quantity::Distance);
-    return distance.state == FieldState::Given && distance.value > 0.0
-               ? kMilliarcsecondsInArcsecond /
-                     (distance.value * parsecs_in(row.unit(Quantity::Distance)))
-               : 0.0;
+    double result = 0.0;
+    if (parallax.state == FieldState::Given) {
+        result = parallax.value * milliarcseconds_in(row.unit(Quantity::Parallax));
+    } else if (distance.state == FieldState::Given && distance.value > 0.0) {
+        result = milliarcseconds_in(Unit::Arcseconds) /
+                 (distance.value * parsecs_in(row.unit(Quantity::Distance)));
+    }
+    return std::isfinite(result) ? result : 0.0;
 }
 
 /// Takes the place to the year that was asked for.
@@ -133,6 +153,11 @@ std::optional<RowFault> move(const RowValues& row, const ImportOptions& options,
         }
     }
     const FieldNumber epoch = row.number(Quantity::Epoch);
+    if (epoch.state == FieldState::Given &&
+        !(epoch.value >= kFirstEpoch && epoch.value <= kLastEpoch)) {
+        return row.out_of_range(FaultKind::MotionMalformed, Quantity::Epoch, epoch.value,
+                                "; give a Julian year such as 1991.25");
+    }
     const double from = options.catalogue_epoch            ? *options.catalogue_epoch
                         : epoch.state == FieldState::Given ? epoch.value
                                                            : row.layout().epoch;
@@ -153,21 +178,14 @@ std::optional<RowFault> move(const RowValues& row, const ImportOptions& options,
     motion.parallax = parallax_of(row);
     motion.radial_velocity = row.number(Quantity::RadialVelocity).value;
     result.place = move_to_epoch(motion, options.epoch - from);
+    if (!std::isfinite(result.place.ra) || !std::isfinite(result.place.dec)) {
+        return row.out_of_range(FaultKind::MotionMalformed, Quantity::ProperMotionRa, pm_ra.value,
+                                " with this parallax and radial velocity");
+    }
     return std::nullopt;
 }
 
 }  // namespace
-
-double milliarcseconds_in(Unit unit) {
-    return unit == Unit::Arcseconds || unit == Unit::ArcsecondsPerYear ? kMilliarcsecondsInArcsecond
-                                                                       : 1.0;
-}
-
-double parsecs_in(Unit unit) {
-    return unit == Unit::Kiloparsecs  ? kParsecsInKiloparsec
-           : unit == Unit::LightYears ? kParsecsInLightYear
-                                      : 1.0;
-}
 
 std::optional<RowFault> read_place(const RowValues& row, const ImportOptions& options,
                                    RowPlace& result) {
@@ -184,8 +202,10 @@ std::optional<RowFault> read_place(const RowValues& row, const ImportOptions& op
     if (std::optional<RowFault> fault = check(row, angles)) {
         return fault;
     }
-    result.place = {angles.ra.degrees.value, angles.dec.degrees.value};
+    const double ra = angles.ra.degrees.value;
+    result.place = {ra < 0.0 ? turned_into_circle(ra) : ra, angles.dec.degrees.value};
     result.left_behind = false;
+    result.ra_read = ra;
     // What a database stored is of any epoch, and says none.
     if (!row.has_column(Quantity::Luminance)) {
         if (std::optional<RowFault> fault = move(row, options, observed, result)) {

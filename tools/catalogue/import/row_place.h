@@ -13,16 +13,11 @@ struct RowPlace {
     Place place;  ///< degrees, in the frame and of the year that were asked for
     /// The year could not be reached: the row has no proper motion.
     bool left_behind = false;
+    double ra_read = 0.0;  ///< right ascension as it was read, in degrees
 };
 
 /// Fills `result`. Returns why it cannot, or nothing.
 std::optional<RowFault> read_place(const RowValues& row, const ImportOptions& options,
                                    RowPlace& result);
-
-/// The factor from that unit to milliarcseconds, or to milliarcseconds a year; 1 where it is no
-/// such unit.
-double milliarcseconds_in(Unit unit);
-/// The factor from that unit to parsecs; 1 where it is no unit of length.
-double parsecs_in(Unit unit);
 
 }  // namespace lumivar

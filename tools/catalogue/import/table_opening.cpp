@@ -9,6 +9,7 @@
 #include "failure.h"
 #include "import/column_names.h"
 #include "import/known_formats.h"
+#include "import/other_files.h"
 #include "tables/fits_table.h"
 #include "tables/text_table.h"
 
@@ -16,8 +17,6 @@ namespace lumivar {
 namespace {
 
 constexpr std::size_t kCopyBytes = std::size_t{1} << 17;
-/// Rows that a headless catalogue is recognised by.
-constexpr std::size_t kRowsForRecognition = 4;
 
 std::optional<char> separator_of(Format format) {
     return format == Format::Csv   ? std::optional(',')
@@ -63,7 +62,7 @@ OpenedTable::OpenedTable(const std::string& input, const ImportOptions& options,
       options_(options),
       bytes_(std::make_unique<ByteStream>(input)),
       lines_(std::make_unique<LineReader>(*bytes_)) {
-    const std::string_view head = lines_->look_ahead(kRowsForRecognition);
+    const std::string_view head = lines_->look_ahead(kRowsForShape);
     if (head.empty()) {
         throw Failure(file_ +
                       ": is empty; it must begin with a line that names the columns, such as "
@@ -71,6 +70,9 @@ OpenedTable::OpenedTable(const std::string& input, const ImportOptions& options,
     }
     refuse_other_files(head, file_);
     if (begins_fits(head)) {
+        if (separator_of(options_.format) || is_headless(options_.format)) {
+            throw Failure(file_ + ": is a FITS file; leave --format away to have it recognised");
+        }
         open_fits(*lines_, scratch);
     } else if (options_.format == Format::Fits) {
         throw Failure(file_ +
@@ -112,7 +114,7 @@ void OpenedTable::open_fits(LineReader& lines, const std::filesystem::path& scra
 }
 
 void OpenedTable::open_text(LineReader& lines, std::optional<PreviousText>& previous) {
-    const std::string_view head = lines.look_ahead(kRowsForRecognition);
+    const std::string_view head = lines.look_ahead(kRowsForShape);
     if (options_.columns.empty()) {
         if (std::optional<KnownText> known = recognise_text(head, options_.format)) {
             layout_ = std::move(known->layout);
@@ -126,8 +128,15 @@ void OpenedTable::open_text(LineReader& lines, std::optional<PreviousText>& prev
         }
     }
     TextShape shape = find_text_shape(head, separator_of(options_.format));
+    if (shape.quote_open) {
+        throw Failure(file_ + ":" + std::to_string(shape.lines_before_rows + 1) +
+                      ": a double quote in the line of names is not closed, or text follows it");
+    }
     if (shape.columns.empty()) {
-        throw Failure(file_ + ": holds no line of a table");
+        throw Failure(file_ + ": holds no line of a table" +
+                      (head.size() > LineReader::kLongestLine
+                           ? " in its first megabyte, which is all comments or one line"
+                           : ""));
     }
     if (!shape.has_names && options_.columns.empty() && previous &&
         previous->shape.columns.size() == shape.columns.size() &&
@@ -136,36 +145,46 @@ void OpenedTable::open_text(LineReader& lines, std::optional<PreviousText>& prev
         shape.has_names = true;
         layout_ = previous->layout;
         note_ = ", no line of names: columns as in the file before";
+        continues_previous_ = true;
         table_ = std::make_unique<TextTable>(lines, std::move(shape));
         return;
     }
-    text_epoch_ = shape.epoch;
     const char* kind = separator_text(shape.separator);
     auto text = std::make_unique<TextTable>(lines, std::move(shape));
-    const TextTable& opened = *text;
+    text_ = text.get();
     table_ = std::move(text);
     choose_layout();
     if (layout_.title.empty()) {
         layout_.title = kind;
     }
     if (table_->has_names()) {
-        previous = PreviousText{opened.shape(), layout_};
+        previous = PreviousText{text_->shape(), layout_};
     }
 }
 
 void OpenedTable::choose_layout() {
-    if (!options_.columns.empty()) {
-        layout_ = layout_by_choice(*table_, options_.columns, file_);
-    } else {
+    if (options_.columns.empty()) {
         layout_ = recognise_columns(*table_, options_.format, file_);
+    } else {
+        try {
+            layout_ = recognise_columns(*table_, options_.format, file_);
+        } catch (const Failure&) {
+            layout_ = {};  // the user knows better which of the columns count
+        }
+        choose_columns(layout_, *table_, options_.columns, file_);
     }
     // The place columns that the table's author measured have the epoch that its comments tell;
     // those that the archive computed are of the year in their name.
     const std::optional<ColumnUse>& ra = layout_.use(Quantity::RightAscension);
-    if (text_epoch_ && ra && table_->columns()[ra->column].name.substr(0, 1) != "_") {
-        layout_.epoch = *text_epoch_;
+    if (ra && text_ != nullptr && text_->shape().epoch &&
+        table_->columns()[ra->column].name.substr(0, 1) != "_") {
+        layout_.epoch = *text_->shape().epoch;
+    }
+    if (ra && table_->columns()[ra->column].unit.find("d:m:s") != std::string::npos) {
+        layout_.sexagesimal_in_degrees = true;
     }
     if (options_.angle_unit) {
+        layout_.degrees_by_habit = false;
         layout_.sexagesimal_in_degrees = *options_.angle_unit == Unit::Degrees;
         for (const Quantity quantity : {Quantity::RightAscension, Quantity::Declination}) {
             if (const std::optional<ColumnUse>& use = layout_.use(quantity)) {
@@ -181,7 +200,10 @@ void OpenedTable::choose_layout() {
         throw Failure(file_ + ": cannot tell which columns hold: " + missing + "; it has " +
                       column_list(*table_) +
                       "; name them with --columns ra=COLUMN,dec=COLUMN,mag=COLUMN,... by name or "
-                      "by number");
+                      "by number" +
+                      (table_->has_names() ? ""
+                                           : "; a part without a line of names goes behind the "
+                                             "part that has one"));
     }
 }
 

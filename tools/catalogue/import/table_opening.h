@@ -12,7 +12,7 @@
 #include "tables/byte_stream.h"
 #include "tables/line_reader.h"
 #include "tables/table.h"
-#include "tables/text_shape.h"
+#include "tables/text_table.h"
 #include "working_folder.h"
 
 namespace lumivar {
@@ -42,6 +42,8 @@ public:
     /// Finds the layout again, after the table has said that other columns begin. False when they
     /// are of no stars: then their rows are to be passed over.
     bool next_columns();
+    /// Whether it is a part without a line of names, read like the text before.
+    bool continues_previous() const { return continues_previous_; }
 
 private:
     void open_fits(LineReader& lines, const std::filesystem::path& scratch);
@@ -54,9 +56,10 @@ private:
     std::unique_ptr<LineReader> lines_;
     std::unique_ptr<WorkingFolder> folder_;
     std::unique_ptr<Table> table_;
-    std::optional<double> text_epoch_;
+    const TextTable* text_ = nullptr;  ///< the table, where it is a text
     Layout layout_;
     std::string note_;
+    bool continues_previous_ = false;
 };
 
 }  // namespace lumivar

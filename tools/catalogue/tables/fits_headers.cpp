@@ -143,7 +143,9 @@ private:
         OSAPI::pread(file_.fd(), card_.data(), card_.size(), at_);
         at_ += kCard;
         const std::string_view card(card_.data(), card_.size());
-        if (!is_printable(card)) {
+        const std::string_view keyword = trimmed(card.substr(0, kKeyword));
+        const bool is_remark = keyword.empty() || keyword == "COMMENT" || keyword == "HISTORY";
+        if (!is_remark && !is_printable(card)) {
             fail("it has characters that no header has");
         }
         if (card.substr(kKeyword, 2) == "= " && !is_value(card.substr(kKeyword + 2))) {

@@ -65,6 +65,11 @@ public:
 
     void choose(const std::vector<ColumnIndex>& columns) {
         for (const ColumnIndex column : columns) {
+            if (!usable_[column]) {
+                throw Failure(name_ + ": column " + std::to_string(column + 1) +
+                              " cannot be used: it holds several values in each row, or a text of "
+                              "more than 256 characters");
+            }
             ChosenColumn chosen;
             chosen.column = column;
             chosen.is_text = types_[column] == TSTRING;
@@ -159,6 +164,7 @@ private:
             columns_.push_back({usable ? std::string(trimmed(name.data())) : std::string(),
                                 std::string(trimmed(unit.data()))});
             types_.push_back(type);
+            usable_.push_back(usable);
             widths_.push_back(usable && type == TSTRING ? static_cast<long>(repeat) : 0);
         }
         place_of_.resize(columns_.size());
@@ -211,6 +217,7 @@ private:
     long long loaded_ = 0;
     std::vector<TableColumn> columns_;
     std::vector<int> types_;
+    std::vector<bool> usable_;
     std::vector<long> widths_;
     std::vector<std::size_t> place_of_;
     std::vector<ChosenColumn> chosen_;

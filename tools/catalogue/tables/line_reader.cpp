@@ -46,7 +46,10 @@ std::string_view LineReader::look_ahead(std::size_t rows) {
         const std::string_view ready(buffer_.data() + begin_, end_ - begin_);
         const std::size_t end = ready.find('\n', seen);
         if (end != std::string_view::npos) {
-            rows -= ready[seen] == '#' ? 0U : 1U;
+            const bool is_row =
+                ready[seen] != '#' &&
+                ready.substr(seen, end - seen).find_first_not_of(" \t\r") != std::string_view::npos;
+            rows -= is_row ? 1U : 0U;
             seen = end + 1;
         } else if (ready.size() > kLongestLine || !fill()) {
             return {buffer_.data() + begin_, end_ - begin_};

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,10 +28,10 @@ public:
     /// naming file and line.
     Step next(std::string_view& line);
     /// Number of the line read last, from 1; 0 before the first.
-    unsigned long number() const { return number_; }
-    /// What comes next: `rows` lines that do not begin with "#" and all before them, or the rest of
-    /// the text, or what the buffer holds. For recognising a format before a line of it is read;
-    /// of a pipe no more is asked than that.
+    std::uint64_t number() const { return number_; }
+    /// What comes next: `rows` lines that are neither blank nor begin with "#", all before them, or
+    /// the rest of the text, or what the buffer holds. For recognising a format before a line of it
+    /// is read; of a pipe no more is asked than that.
     std::string_view look_ahead(std::size_t rows);
     /// Bytes as they come, `size` at most; 0 at the end. For what turns out to be no text.
     std::size_t read(char* bytes, std::size_t size);
@@ -47,7 +48,7 @@ private:
     std::vector<char> buffer_;
     std::size_t begin_ = 0;  ///< unread bytes are buffer_[begin_, end_)
     std::size_t end_ = 0;
-    unsigned long number_ = 0;
+    std::uint64_t number_ = 0;
 };
 
 }  // namespace lumivar

@@ -31,11 +31,13 @@ const char* fault_text(FaultKind kind) {
         case FaultKind::DistanceOutOfRange:
             return "a distance out of range";
         case FaultKind::MotionMalformed:
-            return "a motion or epoch that is not a number";
+            return "a motion or epoch that cannot be used";
         case FaultKind::NoStar:
             return "no star by the catalogue itself, an entry without a place";
         case FaultKind::TheSun:
             return "the Sun";
+        case FaultKind::OtherTable:
+            return "a row of another table in the file, which is none of stars";
     }
     return "";
 }

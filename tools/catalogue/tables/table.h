@@ -13,8 +13,9 @@
 namespace lumivar {
 
 struct TableColumn {
-    std::string name;  ///< empty where the file names none
-    std::string unit;  ///< as the file writes it; empty where it does not say
+    std::string name;      ///< empty where the file names none
+    std::string unit;      ///< as the file writes it; empty where it does not say
+    std::string sample{};  ///< of a column without a name: what its first row holds, for messages
 };
 
 /// The position of a column, from 0.
@@ -30,7 +31,7 @@ public:
     };
 
     Table() = default;
-    virtual ~Table();
+    virtual ~Table() = default;
     Table(const Table&) = delete;
     Table& operator=(const Table&) = delete;
 

@@ -26,11 +26,11 @@ public:
         ++number_;
         return true;
     }
-    unsigned long number() const { return number_; }
+    std::uint64_t number() const { return number_; }
 
 private:
     std::string_view rest_;
-    unsigned long number_ = 0;
+    std::uint64_t number_ = 0;
 };
 
 std::string_view without_quotes(std::string_view text) {
@@ -144,24 +144,22 @@ bool is_line_of_names(const std::vector<std::string_view>& fields) {
     });
 }
 
-/// "J2000_1991.250:" in "#Coosys J2000_1991.250: eq_FK5 J2000": the epoch of the places.
-std::optional<double> epoch_of_coosys(std::string_view comment) {
-    constexpr std::string_view kWord = "Coosys";
-    comment = trimmed(comment);
-    if (comment.substr(0, kWord.size()) != kWord) {
+}  // namespace
+
+std::optional<double> epoch_of_comment(std::string_view line) {
+    constexpr std::string_view kWord = "#Coosys";
+    if (line.substr(0, kWord.size()) != kWord) {
         return std::nullopt;
     }
-    comment = trimmed(comment.substr(kWord.size()));
-    comment = comment.substr(0, comment.find(':'));
-    const std::size_t bar = comment.find('_');
+    line = trimmed(line.substr(kWord.size()));
+    line = line.substr(0, line.find(':'));
+    const std::size_t bar = line.find('_');
     if (bar == std::string_view::npos) {
         return std::nullopt;
     }
-    const FieldNumber year = parse_number(comment.substr(bar + 1));
+    const FieldNumber year = parse_number(line.substr(bar + 1));
     return year.state == FieldState::Given ? std::optional(year.value) : std::nullopt;
 }
-
-}  // namespace
 
 TextShape find_text_shape(std::string_view head, std::optional<char> separator) {
     TextShape shape;
@@ -177,7 +175,7 @@ TextShape find_text_shape(std::string_view head, std::optional<char> separator) 
             is_ecsv = is_ecsv || trimmed(comment).substr(0, 5) == "%ECSV";
             if (is_ecsv) {
                 ecsv.read(comment);
-            } else if (const std::optional<double> epoch = epoch_of_coosys(comment)) {
+            } else if (const std::optional<double> epoch = epoch_of_comment(line)) {
                 shape.epoch = epoch;
             }
         } else {
@@ -193,6 +191,7 @@ TextShape find_text_shape(std::string_view head, std::optional<char> separator) 
                                          : likely_separator(line);
     FieldSplitter names(shape.separator);
     if (!names.split(line)) {
+        shape.quote_open = true;
         return shape;
     }
     shape.has_names = is_line_of_names(names.fields());
@@ -201,6 +200,8 @@ TextShape find_text_shape(std::string_view head, std::optional<char> separator) 
         if (shape.has_names) {
             column.name = name;
             column.unit = ecsv.unit_of(column.name);
+        } else {
+            column.sample = name;
         }
         shape.columns.push_back(std::move(column));
     }

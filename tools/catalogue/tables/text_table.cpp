@@ -10,8 +10,6 @@ constexpr std::string_view kColumnComment = "#Column";
 
 }  // namespace
 
-Table::~Table() = default;
-
 TextTable::TextTable(LineReader& lines, TextShape shape)
     : lines_(lines), shape_(std::move(shape)), splitter_(shape_.separator) {
     std::string_view ignored;
@@ -43,9 +41,10 @@ Table::Step TextTable::next() {
                 new_table_announced_ = false;
                 continue;
             }
-            next.epoch = next.epoch ? next.epoch : shape_.epoch;
+            next.epoch = next.epoch ? next.epoch : next_epoch_;
+            next_epoch_.reset();
             next.has_comments = true;
-            for (unsigned long i = 0; i < next.lines_before_rows; ++i) {
+            for (std::uint64_t i = 0; i < next.lines_before_rows; ++i) {
                 lines_.next(line_);
             }
             shape_ = std::move(next);
@@ -62,6 +61,9 @@ Table::Step TextTable::next() {
         }
         if (shape_.has_comments && !line_.empty() && line_.front() == '#') {
             new_table_announced_ = begins_new_table();
+            if (const std::optional<double> epoch = epoch_of_comment(line_)) {
+                next_epoch_ = epoch;
+            }
             continue;
         }
         if (!trimmed(line_).empty()) {

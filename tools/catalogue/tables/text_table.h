@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,7 @@ private:
     std::string_view line_;
     RowFault fault_;
     bool new_table_announced_ = false;
+    std::optional<double> next_epoch_;  ///< what comments said for the table to come
 };
 
 }  // namespace lumivar
