@@ -226,6 +226,7 @@ void require(bool found, const std::string& file, const char* what) {
 
 std::vector<std::string> format_words() {
     std::vector<std::string> words;
+    words.reserve(kFormats.size());
     for (const FormatWord& known : kFormats) {
         words.emplace_back(known.word);
     }

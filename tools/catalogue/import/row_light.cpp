@@ -101,9 +101,10 @@ std::optional<RowFault> read_stored(const RowValues& row, const ImportOptions& o
         return row.malformed(FaultKind::MagnitudeMalformed, Quantity::Luminance, "");
     }
     // Of a binary table; what single precision cannot hold is out of range.
-    result.luminance = std::fabs(number.value) <= double{std::numeric_limits<float>::max()}
-                           ? static_cast<float>(number.value)
-                           : 0.0F;
+    result.luminance =
+        std::fabs(number.value) <= static_cast<double>(std::numeric_limits<float>::max())
+            ? static_cast<float>(number.value)
+            : 0.0F;
     if (!text.empty()) {
         // Read in single precision: by way of double a number could be rounded twice.
         std::from_chars(text.data(), text.data() + text.size(), result.luminance);

@@ -88,7 +88,7 @@ std::array<std::uint8_t, 3> synthetic_colour(double colour_index) {
     std::array<std::uint8_t, 3> code{};
     for (std::size_t c = 0; c < code.size(); ++c) {
         code[c] = static_cast<std::uint8_t>(
-            between(kColours[row][c], kColours[row + 1][c], along - low) + 0.5);
+            std::floor(between(kColours[row][c], kColours[row + 1][c], along - low) + 0.5));
     }
     return code;
 }
