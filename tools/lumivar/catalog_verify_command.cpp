@@ -22,7 +22,7 @@ std::vector<std::string> verdict(const std::string& database, bool& good) {
     std::vector<std::string> lines;
     try {
         for (const std::string& fault : database_faults(database)) {
-            lines.push_back(database + ": " + fault);
+            lines.emplace_back(database).append(": ").append(fault);
         }
     } catch (const Failure& failure) {
         lines.emplace_back(failure.what());  // names the file
