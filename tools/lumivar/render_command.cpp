@@ -116,6 +116,7 @@ const char* depth_text(host::Depth depth) {
 void warn_of_catalogues(const host::Session& session, const host::Scene& scene,
                         const std::vector<Shot>& shots) {
     std::vector<host::Time> times;
+    times.reserve(shots.size());
     for (const Shot& shot : shots) {
         times.push_back(shot.time);
     }
