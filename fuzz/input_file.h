@@ -21,7 +21,7 @@ inline const ScratchFolder& fuzz_folder() {
 
 /// Writes `bytes` to a file of the folder and gives its path.
 inline std::string input_file(const std::string& name, const std::string& bytes) {
-    const std::string path = fuzz_folder() / name;
+    std::string path = fuzz_folder() / name;
     const OSAPI::DiskFile file(path.c_str(), OSAPI::kWrite);
     OSAPI::write(file.fd(), bytes.data(), bytes.size());
     return path;
