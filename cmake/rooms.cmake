@@ -20,6 +20,15 @@ function(compile_plainly_for_tests target)
   endif()
 endfunction()
 
+# compile_briefly(TARGET)
+#
+# With little optimisation, in optimised builds: what takes longer to optimise than it will ever run.
+function(compile_briefly target)
+  if(NOT LUMIVAR_QUICK_TESTS AND CMAKE_BUILD_TYPE STREQUAL "Release")
+    target_compile_options(${target} PRIVATE -O1)
+  endif()
+endfunction()
+
 # compile_together(TARGET)
 #
 # Several sources at a time, with LUMIVAR_TOGETHER: their common headers are read once. They share names then: two
