@@ -10,6 +10,7 @@
 #include <array>
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace host {
 
@@ -70,5 +71,21 @@ std::shared_ptr<const Camera> placed_camera(std::array<Track, 3> position,
 /// A camera with its layer-to-world matrix given, row by row, the translation in the last row.
 /// Interpolated element by element: between two keys that differ by a large turn it shrinks.
 std::shared_ptr<const Camera> matrix_camera(std::array<Track, 16> elements, Lens lens);
+
+/// Where a camera is at one moment, and how far its image plane.
+struct CameraSample {
+    double time = 0.0;        ///< seconds of composition time
+    Matrix layer_to_world{};  ///< a turn and a move: no scale, no shear, no mirror
+    double zoom = 0.0;        ///< pixels, above 0
+};
+
+/// A camera that moves from sample to sample: position and zoom on straight lines, the turn about
+/// one axis at an even pace and the short way round (spherical linear interpolation of unit
+/// quaternions). At a sample's time the matrix is exactly the sample's; before the first and after
+/// the last the camera stands still.
+///
+/// `samples` must be non-empty, with times strictly increasing, a zoom above 0 and matrices whose
+/// axes are of length 1 and square to each other within 1e-6; throws `std::invalid_argument`.
+std::shared_ptr<const Camera> path_camera(std::vector<CameraSample> samples);
 
 }  // namespace host
