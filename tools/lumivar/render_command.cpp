@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "atomic_file.h"
+#include "camera_arguments.h"
 #include "catalogue_warning.h"
 #include "command_line.h"
 #include "failure.h"
@@ -37,6 +38,7 @@ struct RenderArguments {
     std::string plugin;
     std::string catalogue;
     bool raw = false;
+    CameraArguments camera;
 };
 
 /// One picture to make.
@@ -139,6 +141,7 @@ void render_command(const RenderArguments& arguments) {
         settings.push_back(parse_setting(text));
     }
     host::Scene scene = host::load_scene(arguments.scene);
+    bring_camera(arguments.camera, scene);
     for (host::ControlSetting& setting : settings) {
         scene.controls.push_back(std::move(setting));
     }
@@ -209,6 +212,7 @@ void add_render_command(Command& program) {
                 "A database beside the bundle by name, or the path of any .stars file");
     command.add_flag("--raw", arguments->raw,
                      "Write the integer codes of --depth 8 or 16 as they are");
+    add_camera_arguments(command, arguments->camera);
     command.footer(
         "Of an 8- or 16-bit frame .exr and .tif hold the codes divided by 255 or 32768.\n"
         ".png and .jpg are clamped and encoded to sRGB in 8 bits; with --raw they and .tif\n"
@@ -223,6 +227,7 @@ void add_render_command(Command& program) {
         "960x540\n"
         "  lumivar render scenes/orion-pan.json -o pan.####.png --frames 0-23\n"
         "  lumivar render scenes/orion.json -o codes.png --depth 16 --raw\n"
+        "  lumivar render scenes/flight.json -o shot.####.exr --frames 0-47 --camera shot.chan\n"
         "  lumivar render scenes/orion.json -o mine.exr --catalogue ~/stars/mine.stars\n");
     command.run([arguments] { render_command(*arguments); });
 }

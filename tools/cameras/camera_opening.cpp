@@ -1,0 +1,96 @@
+#include "camera_opening.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "chan_file.h"
+#include "csv_file.h"
+#include "failure.h"
+#include "whole_text.h"
+
+namespace lumivar {
+namespace {
+
+bool is_there(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::exists(path, ignored);
+}
+
+std::string ending_of(const std::string& path) {
+    std::string ending = std::filesystem::path(path).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    return ending;
+}
+
+CameraFile read_camera_file(const std::string& path, const CameraReading& reading) {
+    const std::string ending = ending_of(path);
+    if (ending == ".chan") {
+        return read_chan(whole_text(path), path, reading);
+    }
+    if (ending == ".csv") {
+        return read_camera_csv(whole_text(path), path, reading);
+    }
+    throw Failure(path + ": the ending of its name tells no camera file; .chan and .csv do");
+}
+
+std::string listed_names(const std::vector<FileCamera>& cameras) {
+    std::string names;
+    for (const FileCamera& camera : cameras) {
+        names.append(names.empty() ? "\"" : ", \"").append(camera.name).append("\"");
+    }
+    return names;
+}
+
+}  // namespace
+
+CameraChoice parse_camera_choice(const std::string& text) {
+    if (is_there(text)) {
+        return {text, ""};
+    }
+    for (std::size_t colon = text.find(':'); colon != std::string::npos;
+         colon = text.find(':', colon + 1)) {
+        if (is_there(text.substr(0, colon))) {
+            return {text.substr(0, colon), text.substr(colon + 1)};
+        }
+    }
+    return {text, ""};
+}
+
+CameraPaths read_camera_paths(const CameraChoice& choice, const CameraReading& reading) {
+    CameraFile file = read_camera_file(choice.file, reading);
+    if (file.cameras.empty()) {
+        throw Failure(choice.file + ": there is no camera in it");
+    }
+    CameraPaths paths;
+    paths.warnings = file.warnings;
+    for (FileCamera& camera : file.cameras) {
+        if (choice.name.empty() || camera.name == choice.name) {
+            camera.up = reading.up.value_or(camera.up);
+            paths.paths.push_back(world_path(camera, reading.parsecs_per_unit, choice.file));
+        }
+    }
+    if (paths.paths.empty()) {
+        throw Failure(choice.file + ": there is no camera \"" + choice.name + "\" in it; it has " +
+                      listed_names(file.cameras));
+    }
+    return paths;
+}
+
+const CameraPath& only_path(const CameraPaths& paths, const CameraChoice& choice) {
+    if (paths.paths.size() > 1) {
+        std::string names;
+        for (const CameraPath& path : paths.paths) {
+            names.append(names.empty() ? "" : ", ").append(choice.file + ":" + path.name);
+        }
+        throw UsageError(choice.file + " has several cameras; name one of " + names);
+    }
+    return paths.paths.front();
+}
+
+}  // namespace lumivar

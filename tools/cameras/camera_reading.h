@@ -1,0 +1,29 @@
+// What a camera file cannot say of itself.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "camera_file.h"
+#include "rotation_order.h"
+
+namespace lumivar {
+
+struct CameraReading {
+    double frames_per_second = 24.0;  ///< for formats that count frames: frame 0 is second 0
+    RotationOrder rotation_order;     ///< for formats with angles
+    std::optional<UpAxis> up;         ///< nothing: what the file says, else y
+    double parsecs_per_unit = 1.0;
+};
+
+/// Parsecs in a unit: "pc", "ly", "au", "km", "m", or a number above 0. Throws `UsageError`.
+///
+/// The astronomical unit is 149 597 870 700 m and the parsec 648 000 / pi of them (resolutions B2
+/// of 2012 and 2015 of the International Astronomical Union); the light-year is 9 460 730 472 580
+/// 800 m.
+double parsecs_of_unit(const std::string& name);
+
+/// "y" or "z". Throws `UsageError`.
+UpAxis up_axis_of(const std::string& name);
+
+}  // namespace lumivar

@@ -1,0 +1,76 @@
+#include "camera_arguments.h"
+
+#include <host/camera.h>
+#include <host/printable.h>
+#include <host/scene.h>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "camera_opening.h"
+#include "camera_path.h"
+#include "failure.h"
+
+namespace lumivar {
+
+void add_reading_arguments(Command& command, const std::string& prefix,
+                           CameraArguments& arguments) {
+    command.add(prefix + "rotation-order", arguments.rotation_order,
+                "Order in which a file's angles turn, first axis first; ZXY if nothing is said");
+    command.add(prefix + "up", arguments.up,
+                "y or z: which way is up in the file; if not given, what the file says, or y");
+    command.add(prefix + "unit", arguments.unit,
+                "What one unit of the file is: pc, ly, au, km, m or parsecs as a number; pc if "
+                "nothing is said");
+}
+
+CameraReading camera_reading(const CameraArguments& arguments, double frames_per_second) {
+    CameraReading reading;
+    reading.frames_per_second = frames_per_second;
+    if (!arguments.rotation_order.empty()) {
+        reading.rotation_order = RotationOrder(arguments.rotation_order);
+    }
+    if (!arguments.up.empty()) {
+        reading.up = up_axis_of(arguments.up);
+    }
+    if (!arguments.unit.empty()) {
+        reading.parsecs_per_unit = parsecs_of_unit(arguments.unit);
+    }
+    return reading;
+}
+
+void add_camera_arguments(Command& command, CameraArguments& arguments) {
+    command.add("--camera", arguments.camera,
+                "FILE or FILE:NAME: the camera of another program's file, in place of the scene's "
+                "(see docs/cameras.md)");
+    add_reading_arguments(command, "--camera-", arguments);
+}
+
+void bring_camera(const CameraArguments& arguments, host::Scene& scene) {
+    if (arguments.camera.empty()) {
+        if (!(arguments.rotation_order + arguments.up + arguments.unit).empty()) {
+            throw UsageError(
+                "--camera-rotation-order, --camera-up and --camera-unit go with "
+                "--camera, which says the file");
+        }
+        return;
+    }
+    const host::Composition& composition = scene.composition;
+    const CameraChoice choice = parse_camera_choice(arguments.camera);
+    const CameraPaths paths =
+        read_camera_paths(choice, camera_reading(arguments, composition.frame_rate.per_second()));
+    const CameraPath& path = only_path(paths, choice);
+    for (const std::string& warning : paths.warnings) {
+        std::fprintf(stderr, "lumivar: warning: %s: %s\n", host::printable(choice.file).c_str(),
+                     host::printable(warning).c_str());
+    }
+    const std::shared_ptr<const host::Camera> other =
+        scene.camera
+            ? scene.camera
+            : host::look_at_camera(0.0, 0.0, 0.0, host::Lens::new_camera(composition.width));
+    scene.camera =
+        host::path_camera(samples_on_picture(path, composition.width, composition.height, *other));
+}
+
+}  // namespace lumivar
