@@ -13,7 +13,7 @@
 #include <cstdint>
 
 #include "../support/random_numbers.h"
-#include "astronomy/srgb.h"
+#include "srgb.h"
 
 namespace {
 

@@ -1,5 +1,6 @@
 #include "picture_info.h"
 
+#include <base/newmatrix.h>
 #include <base/string.h>
 #include <host/controls.h>
 #include <libkelvimage/metadata.h>
@@ -80,6 +81,28 @@ PictureInfo picture_info(const host::Session& session, const host::Scene& scene,
     }
     info.settings = picture_settings(session, scene, time, catalogue).metadata->stringify().c_str();
     return info;
+}
+
+ShotInfo shot_info(const host::Scene& scene, host::Time time, std::optional<int> frame) {
+    ShotInfo shot;
+    const host::FrameRate& rate = scene.composition.frame_rate;
+    shot.frame_rate = {static_cast<int>(rate.num), static_cast<int>(rate.den)};
+    shot.frame = frame;
+    if (!scene.camera) {
+        return shot;
+    }
+    const host::Matrix to_world = scene.camera->layer_to_world(time.seconds());
+    Matrix4<double> matrix;
+    for (int i = 0; i < 16; ++i) {
+        matrix(i / 4, i % 4) = to_world[static_cast<std::size_t>(i)];
+    }
+    matrix.invert();
+    shot.world_to_camera.emplace();
+    for (int i = 0; i < 16; ++i) {
+        (*shot.world_to_camera)[static_cast<std::size_t>(i)] =
+            static_cast<float>(matrix(i / 4, i % 4));
+    }
+    return shot;
 }
 
 }  // namespace lumivar

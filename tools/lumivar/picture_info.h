@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "picture.h"
+#include "picture_file.h"
 #include "player.h"
 
 namespace lumivar {
@@ -17,6 +17,10 @@ namespace lumivar {
 /// one-line text form.
 PictureInfo picture_info(const host::Session& session, const host::Scene& scene, host::Time time,
                          const std::optional<CatalogueUsed>& catalogue);
+
+/// What compositing programs read: the composition's rate, the frame's number where it is one, and
+/// the camera.
+ShotInfo shot_info(const host::Scene& scene, host::Time time, std::optional<int> frame);
 
 /// A control's value at a time as text: a number, a choice's name, "on", "128, 128, 128".
 std::string value_text(const host::DeclaredControl& control, double number,

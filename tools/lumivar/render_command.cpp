@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,7 +18,8 @@
 #include "catalogue_warning.h"
 #include "command_line.h"
 #include "failure.h"
-#include "picture.h"
+#include "picture_arguments.h"
+#include "picture_file.h"
 #include "picture_info.h"
 #include "player.h"
 #include "progress.h"
@@ -37,7 +39,7 @@ struct RenderArguments {
     std::vector<std::string> settings;
     std::string plugin;
     std::string catalogue;
-    bool raw = false;
+    PictureArguments picture_arguments;
     CameraArguments camera;
 };
 
@@ -46,6 +48,7 @@ struct Shot {
     host::Time time;
     std::string path;
     std::string shown_time;  ///< "frame 12 (0.500 s)" or "0.512 s"
+    std::optional<int> frame;
 };
 
 std::string seconds_text(double seconds) {
@@ -62,7 +65,7 @@ Shot shot_of_frame(const host::Composition& composition, int frame, const std::s
     }
     const host::Time time = composition.frame_time(frame);
     return {time, numbered_path(pattern, frame),
-            "frame " + std::to_string(frame) + " (" + seconds_text(time.seconds()) + ")"};
+            "frame " + std::to_string(frame) + " (" + seconds_text(time.seconds()) + ")", frame};
 }
 
 std::vector<Shot> plan_shots(const RenderArguments& arguments,
@@ -94,7 +97,7 @@ std::vector<Shot> plan_shots(const RenderArguments& arguments,
                              seconds_text(composition.duration));
         }
         const host::Time time = composition.time_at(*arguments.time);
-        return {{time, arguments.picture, seconds_text(time.seconds())}};
+        return {{time, arguments.picture, seconds_text(time.seconds()), std::nullopt}};
     }
     return {shot_of_frame(composition, arguments.frame.value_or(0), arguments.picture)};
 }
@@ -130,7 +133,6 @@ void warn_of_catalogues(const host::Session& session, const host::Scene& scene,
 void render_command(const RenderArguments& arguments) {
     const auto start = std::chrono::steady_clock::now();
     const host::Depth depth{arguments.depth};
-    check_picture_request(arguments.picture, depth, arguments.raw);
     host::RenderOptions options;
     options.depth = depth;
     if (!arguments.size.empty()) {
@@ -145,6 +147,9 @@ void render_command(const RenderArguments& arguments) {
     for (host::ControlSetting& setting : settings) {
         scene.controls.push_back(std::move(setting));
     }
+    const char* const ocio = std::getenv("OCIO");
+    const PictureContent content = picture_content(
+        arguments.picture_arguments, {}, arguments.picture, depth, ocio != nullptr ? ocio : "");
     const std::vector<Shot> shots = plan_shots(arguments, scene.composition);
     check_output_path(shots.front().path);
 
@@ -162,9 +167,10 @@ void render_command(const RenderArguments& arguments) {
             catalogue = player.catalogue_used(scene, shot.time);
             width = frame.world.width();
             height = frame.world.height();
-            write_picture(shot.path, view_of(frame.world),
-                          picture_info(player.session(), scene, shot.time, catalogue),
-                          arguments.raw);
+            PictureInfo info = picture_info(player.session(), scene, shot.time, catalogue);
+            info.details.emplace_back("picture", content_text(content));
+            info.shot = shot_info(scene, shot.time, shot.frame);
+            write_picture(shot.path, view_of(frame.world), info, content);
             progress.update(++done);
         }
     }
@@ -176,9 +182,10 @@ void render_command(const RenderArguments& arguments) {
                                  : shots.front().shown_time + " to " + shots.back().shown_time;
     const std::string stars =
         catalogue ? catalogue->name + " (" + std::to_string(catalogue->stars) + " stars)" : "none";
-    std::printf("%s: %dx%d, %s, %s, catalogue %s, %.2f s\n",
+    std::printf("%s: %dx%d, %s, %s, catalogue %s, %s, %.2f s\n",
                 (shots.size() == 1 ? shots.front().path : arguments.picture).c_str(), width, height,
-                depth_text(depth), what.c_str(), stars.c_str(), seconds.count());
+                depth_text(depth), what.c_str(), stars.c_str(), content_text(content).c_str(),
+                seconds.count());
 }
 
 }  // namespace
@@ -210,13 +217,13 @@ void add_render_command(Command& program) {
                 "The plug-in's bundle; if not given, the one that goes with this program");
     command.add("--catalogue", arguments->catalogue,
                 "A database beside the bundle by name, or the path of any .stars file");
-    command.add_flag("--raw", arguments->raw,
-                     "Write the integer codes of --depth 8 or 16 as they are");
+    add_picture_arguments(command, arguments->picture_arguments);
     add_camera_arguments(command, arguments->camera);
     command.footer(
         "Of an 8- or 16-bit frame .exr and .tif hold the codes divided by 255 or 32768.\n"
-        ".png and .jpg are clamped and encoded to sRGB in 8 bits; with --raw they and .tif\n"
-        "hold the codes themselves (16-bit white is 32768).\n"
+        ".png and .jpg show a float frame in the photo view and an 8- or 16-bit one, which is\n"
+        "cut off at white already, in the plain view; with --bits 16 so does .tif. With --raw\n"
+        "they hold the codes themselves (16-bit white is 32768).\n"
         "--set takes numbers, on and off, names of choices, and colours as R,G,B in 0..255;\n"
         "lumivar controls lists the controls. Without --catalogue and a choice in the scene\n"
         "the plug-in uses the first database beside it. For the path of a database it is\n"
@@ -226,6 +233,8 @@ void add_render_command(Command& program) {
         "  lumivar render scenes/orion.json -o orion.png --set \"Star Brightness=8\" --size "
         "960x540\n"
         "  lumivar render scenes/orion-pan.json -o pan.####.png --frames 0-23\n"
+        "  lumivar render scenes/orion.json -o bright.png --exposure 1.5 --halo 2\n"
+        "  lumivar render scenes/orion.json -o plain.png --view plain\n"
         "  lumivar render scenes/orion.json -o codes.png --depth 16 --raw\n"
         "  lumivar render scenes/flight.json -o shot.####.exr --frames 0-47 --camera shot.chan\n"
         "  lumivar render scenes/orion.json -o mine.exr --catalogue ~/stars/mine.stars\n");

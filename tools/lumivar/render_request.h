@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "picture.h"
+#include "picture_file.h"
 
 namespace lumivar {
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "astronomy/srgb.h"
+#include "srgb.h"
 
 namespace lumivar {
 namespace {

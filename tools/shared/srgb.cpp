@@ -1,4 +1,4 @@
-#include "astronomy/srgb.h"
+#include "srgb.h"
 
 #include <cmath>
 

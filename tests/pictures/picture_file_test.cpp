@@ -1,5 +1,5 @@
 // Pictures, read back through the picture library, which is the public judge of the formats.
-#include "picture.h"
+#include "picture_file.h"
 
 #include <gtest/gtest.h>
 
@@ -57,7 +57,7 @@ protected:
     /// The frame as a file of this name has it.
     template <class Sample>
     ReadBack written(const std::string& name, const Frame<Sample>& frame, bool raw = false) {
-        write_picture(folder / name, frame.view(), {}, raw);
+        write_picture(folder / name, frame.view(), {}, {.raw = raw});
         return read_back(folder / name);
     }
 
@@ -206,7 +206,7 @@ TEST_F(Picture, SaysHowItWasMade) {
     info.settings = "KELVMETA1 float:gain=0.5";
     for (const char* name : {"a.exr", "a.tif", "a.png", "a.jpg"}) {
         SCOPED_TRACE(name);
-        write_picture(folder / name, frame.view(), info, false);
+        write_picture(folder / name, frame.view(), info, {});
         const OIIO::ImageSpec spec = read_back(folder / name).spec;
         const std::string description = spec.get_string_attribute("ImageDescription");
         EXPECT_EQ(description,
@@ -226,16 +226,16 @@ TEST_F(Picture, SaysHowItWasMade) {
 TEST_F(Picture, SameFrameGivesTheSameBytes) {
     Frame<float> frame(5, 4, Depth::Float);
     for (const char* name : {"a.png", "a.jpg"}) {  // the others hold the date of making
-        write_picture(folder / name, frame.view(), {}, false);
+        write_picture(folder / name, frame.view(), {}, {});
         const std::string first = read_file(folder / name);
-        write_picture(folder / name, frame.view(), {}, false);
+        write_picture(folder / name, frame.view(), {}, {});
         EXPECT_TRUE(read_file(folder / name) == first) << name;
     }
 }
 
 TEST_F(Picture, RefusesWhatDoesNotGoTogether) {
     const auto fault = [](const std::string& path, Depth depth, bool raw) {
-        return failure_of([&] { lumivar::check_picture_request(path, depth, raw); });
+        return failure_of([&] { lumivar::check_picture_request(path, depth, {.raw = raw}); });
     };
     for (const std::string path : {"a.gif", "exr"}) {
         EXPECT_EQ(fault(path, Depth::Bits8, false),
@@ -250,6 +250,93 @@ TEST_F(Picture, RefusesWhatDoesNotGoTogether) {
               "--raw with 16 bits does not fit .jpg; use .png or .tif, or --depth 8");
     EXPECT_EQ(fault("a.jpg", Depth::Bits8, true), "no failure");
     EXPECT_EQ(fault("a.PNG", Depth::Bits16, true), "no failure");
+}
+
+TEST_F(Picture, TellsCompositingProgramsOfItsShot) {
+    Frame<float> frame(2, 2, Depth::Float);
+    PictureInfo info;
+    info.shot.frame_rate = {24, 1};
+    info.shot.frame = 90000 + 24 * 61 + 7;
+    info.shot.world_to_camera.emplace();
+    for (std::size_t i = 0; i < 16; ++i) {
+        (*info.shot.world_to_camera)[i] = static_cast<float>(i) + 0.5F;
+    }
+    write_picture(folder / "a.exr", frame.view(), info, {});
+    const OIIO::ImageSpec spec = read_back(folder / "a.exr").spec;
+    int rate[2] = {0, 0};
+    ASSERT_TRUE(spec.getattribute("FramesPerSecond", OIIO::TypeRational, rate));
+    EXPECT_EQ(rate[0], 24);
+    EXPECT_EQ(rate[1], 1);
+    EXPECT_EQ(spec.get_int_attribute("frame"), 91471);
+    // 91471 frames are 3811 s and 7 frames: 1 h 3 min 31 s.
+    std::uint32_t code[2] = {0, 0};
+    ASSERT_TRUE(spec.getattribute("smpte:TimeCode", OIIO::TypeTimeCode, code));
+    EXPECT_EQ(code[0], 0x01033107U);
+    float matrix[16] = {};
+    ASSERT_TRUE(spec.getattribute("worldtocamera", OIIO::TypeMatrix, matrix));
+    for (int i = 0; i < 16; ++i) {
+        EXPECT_EQ(matrix[i], static_cast<float>(i) + 0.5F);
+    }
+}
+
+TEST_F(Picture, HasNoTimeCodeWhereTheRateIsBroken) {
+    Frame<float> frame(2, 2, Depth::Float);
+    PictureInfo info;
+    info.shot.frame_rate = {24000, 1001};
+    info.shot.frame = 3;
+    write_picture(folder / "a.exr", frame.view(), info, {});
+    const OIIO::ImageSpec spec = read_back(folder / "a.exr").spec;
+    int rate[2] = {0, 0};
+    ASSERT_TRUE(spec.getattribute("FramesPerSecond", OIIO::TypeRational, rate));
+    EXPECT_EQ(rate[0], 24000);
+    EXPECT_EQ(rate[1], 1001);
+    std::uint32_t code[2] = {0, 0};
+    EXPECT_FALSE(spec.getattribute("smpte:TimeCode", OIIO::TypeTimeCode, code));
+}
+
+TEST_F(Picture, OfSixteenBitsIsEncodedToo) {
+    Frame<float> frame(1, 1, Depth::Float);
+    frame.set(0, 0, 1, 0.2F, 0.5F, 0.002F);  // 31754, 48192, 1693: see the test of the codes
+    lumivar::PictureContent content;
+    content.look = lumivar::Look{};
+    content.look->bits = 16;
+    for (const char* name : {"a.png", "a.tif"}) {
+        write_picture(folder / name, frame.view(), {}, content);
+        const ReadBack picture = read_back(folder / name);
+        ASSERT_EQ(picture.spec.format, OIIO::TypeUInt16) << name;
+        EXPECT_EQ(picture.samples<std::uint16_t>(),
+                  (std::vector<std::uint16_t>{31754, 48192, 1693}));
+    }
+}
+
+TEST_F(Picture, OfLinearLightHasAHaloWhereOneIsWanted) {
+    Frame<float> frame(64, 64, Depth::Float);
+    support::for_each_pixel(64, 64, [&](int x, int y) { frame.set(x, y, 0.25F, 0, 0, 0); });
+    frame.set(32, 32, 0.25F, 0, 1000, 0);
+    lumivar::PictureContent content;
+    content.linear_halo = 1.0;
+    write_picture(folder / "a.exr", frame.view(), {}, content);
+    const ReadBack picture = read_back(folder / "a.exr");
+    // At 64 pixels of width the Gaussians' sigmas are a thirtieth: 0.1, 0.267, 0.8 and 2.33.
+    EXPECT_LT(picture.at<float>(32, 32, 1), 1000.0F);
+    EXPECT_GT(picture.at<float>(34, 32, 1), 0.1F);
+    EXPECT_EQ(picture.at<float>(34, 32, 0), 0.0F);
+    EXPECT_EQ(picture.at<float>(34, 32, 3), 0.25F);
+}
+
+TEST_F(Picture, RefusesALookWhereItCannotBe) {
+    lumivar::PictureContent content;
+    content.look = lumivar::Look{};
+    const auto fault = [&](const std::string& path) {
+        return failure_of([&] { lumivar::check_picture_request(path, Depth::Float, content); });
+    };
+    EXPECT_EQ(fault("a.exr"),
+              ".exr stays scene-linear, without exposure and view; use .png, .jpg or .tif for a "
+              "picture to look at");
+    EXPECT_EQ(fault("a.jpg"), "no failure");
+    content.look->bits = 16;
+    EXPECT_EQ(fault("a.jpg"), ".jpg has no channels of 16 bits; use .png or .tif");
+    EXPECT_EQ(fault("a.tif"), "no failure");
 }
 
 }  // namespace
