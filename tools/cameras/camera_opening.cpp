@@ -10,6 +10,7 @@
 #include "chan_file.h"
 #include "csv_file.h"
 #include "failure.h"
+#include "gltf_file.h"
 #include "whole_text.h"
 
 namespace lumivar {
@@ -36,7 +37,11 @@ CameraFile read_camera_file(const std::string& path, const CameraReading& readin
     if (ending == ".csv") {
         return read_camera_csv(whole_text(path), path, reading);
     }
-    throw Failure(path + ": the ending of its name tells no camera file; .chan and .csv do");
+    if (ending == ".gltf" || ending == ".glb") {
+        return read_gltf(path);
+    }
+    throw Failure(path +
+                  ": the ending of its name tells no camera file; .chan, .csv, .gltf and .glb do");
 }
 
 std::string listed_names(const std::vector<FileCamera>& cameras) {

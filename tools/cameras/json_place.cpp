@@ -36,6 +36,7 @@ std::shared_ptr<const nlohmann::json> parse_document(std::string_view text,
 bool JsonPlace::is_object() const { return value_->is_object(); }
 bool JsonPlace::is_array() const { return value_->is_array(); }
 bool JsonPlace::is_string() const { return value_->is_string(); }
+bool JsonPlace::is_true() const { return value_->is_boolean() && value_->get<bool>(); }
 bool JsonPlace::has(const std::string& member) const {
     return value_->is_object() && value_->contains(member);
 }

@@ -25,6 +25,7 @@ public:
     bool is_object() const;
     bool is_array() const;
     bool is_string() const;
+    bool is_true() const;
     bool has(const std::string& member) const;
     /// Elements of an array; 0 of anything else.
     std::size_t size() const;

@@ -1,0 +1,16 @@
+// The cameras of a glTF 2.0 file, .gltf or .glb: its nodes, their perspective lenses and what its
+// animations do to a camera's node and to those above it.
+#pragma once
+
+#include <string>
+
+#include "camera_file.h"
+
+namespace lumivar {
+
+/// A camera is called after its node, or after itself where the node has no name. A path is sampled
+/// at the keys of all that moves it, and in between wherever the straight way would differ by more
+/// than a millionth of a radian or a ten-millionth of the path's extent. Throws `Failure`.
+CameraFile read_gltf(const std::string& path);
+
+}  // namespace lumivar
