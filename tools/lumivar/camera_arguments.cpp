@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "camera_opening.h"
 #include "camera_path.h"
@@ -40,6 +41,22 @@ CameraReading camera_reading(const CameraArguments& arguments, double frames_per
     return reading;
 }
 
+void warn_of_camera_file(const CameraChoice& choice, const CameraPaths& paths) {
+    for (const std::string& warning : paths.warnings) {
+        std::fprintf(stderr, "lumivar: warning: %s: %s\n", host::printable(choice.file).c_str(),
+                     host::printable(warning).c_str());
+    }
+}
+
+std::vector<host::CameraSample> samples_in_scene(const CameraPath& path, const host::Scene& scene) {
+    const host::Composition& composition = scene.composition;
+    const std::shared_ptr<const host::Camera> other =
+        scene.camera
+            ? scene.camera
+            : host::look_at_camera(0.0, 0.0, 0.0, host::Lens::new_camera(composition.width));
+    return samples_on_picture(path, composition.width, composition.height, *other);
+}
+
 void add_camera_arguments(Command& command, CameraArguments& arguments) {
     command.add("--camera", arguments.camera,
                 "FILE or FILE:NAME: the camera of another program's file, in place of the scene's "
@@ -56,21 +73,12 @@ void bring_camera(const CameraArguments& arguments, host::Scene& scene) {
         }
         return;
     }
-    const host::Composition& composition = scene.composition;
     const CameraChoice choice = parse_camera_choice(arguments.camera);
-    const CameraPaths paths =
-        read_camera_paths(choice, camera_reading(arguments, composition.frame_rate.per_second()));
+    const CameraPaths paths = read_camera_paths(
+        choice, camera_reading(arguments, scene.composition.frame_rate.per_second()));
     const CameraPath& path = only_path(paths, choice);
-    for (const std::string& warning : paths.warnings) {
-        std::fprintf(stderr, "lumivar: warning: %s: %s\n", host::printable(choice.file).c_str(),
-                     host::printable(warning).c_str());
-    }
-    const std::shared_ptr<const host::Camera> other =
-        scene.camera
-            ? scene.camera
-            : host::look_at_camera(0.0, 0.0, 0.0, host::Lens::new_camera(composition.width));
-    scene.camera =
-        host::path_camera(samples_on_picture(path, composition.width, composition.height, *other));
+    warn_of_camera_file(choice, paths);
+    scene.camera = host::path_camera(samples_in_scene(path, scene));
 }
 
 }  // namespace lumivar

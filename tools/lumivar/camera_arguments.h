@@ -4,7 +4,10 @@
 #include <host/scene.h>
 
 #include <string>
+#include <vector>
 
+#include "camera_opening.h"
+#include "camera_path.h"
 #include "camera_reading.h"
 #include "command_line.h"
 
@@ -24,6 +27,13 @@ void add_reading_arguments(Command& command, const std::string& prefix, CameraAr
 
 /// Throws `UsageError`.
 CameraReading camera_reading(const CameraArguments& arguments, double frames_per_second);
+
+/// Says on standard error what of the file is not taken over.
+void warn_of_camera_file(const CameraChoice& choice, const CameraPaths& paths);
+
+/// The path on the scene's picture. Samples without a lens take that of the scene's camera, or of a
+/// new one.
+std::vector<host::CameraSample> samples_in_scene(const CameraPath& path, const host::Scene& scene);
 
 /// Adds `--camera` and what belongs to it.
 void add_camera_arguments(Command& command, CameraArguments& arguments);

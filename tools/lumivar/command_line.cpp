@@ -127,6 +127,7 @@ int run_command_line(int argc, const char* const* argv) {
                                "  lumivar controls\n"
                                "  lumivar catalog import data/hip.csv -o hipparcos.stars\n"
                                "  lumivar catalog info hipparcos.stars\n"
+                               "  lumivar camera info shot.chan\n"
                                "  lumivar check\n"
                                "Each command has a --help of its own, with more of them.\n\n") +
                    kExitCodesHelp);
@@ -134,6 +135,7 @@ int run_command_line(int argc, const char* const* argv) {
     add_render_command(commands);
     add_controls_command(commands);
     add_catalog_command(commands);
+    add_camera_command(commands);
     add_check_command(commands);
     try {
         program.parse(argc, argv);

@@ -73,6 +73,7 @@ int run_command_line(int argc, const char* const* argv);
 void add_render_command(Command& program);
 void add_controls_command(Command& program);
 void add_catalog_command(Command& program);
+void add_camera_command(Command& program);
 void add_check_command(Command& program);
 
 }  // namespace lumivar
