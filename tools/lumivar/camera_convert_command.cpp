@@ -40,7 +40,8 @@ std::vector<host::CameraSample> at_frames(const std::vector<host::CameraSample>&
     constexpr double kMostSamples = 1e6;
     constexpr double kRounding = 1e-9;
     const double interval = step / frames_per_second;
-    const double first = std::ceil(samples.front().time / interval - kRounding);
+    // Not -0, which would be written so.
+    const double first = std::ceil(samples.front().time / interval - kRounding) + 0.0;
     const double last = std::floor(samples.back().time / interval + kRounding);
     if (!(last - first < kMostSamples)) {
         throw UsageError("--step is so small that there would be more than a million samples");
