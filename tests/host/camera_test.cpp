@@ -7,6 +7,7 @@
 #include <cmath>
 #include <memory>
 #include <numbers>
+#include <stdexcept>
 
 namespace {
 
@@ -226,6 +227,100 @@ TEST(MatrixCamera, IsTheGivenMatrixElementByElement) {
     const Matrix m = host::matrix_camera(elements, Lens::zoom(1.0))->layer_to_world(0.5);
     for (std::size_t i = 0; i < 16; ++i) {
         EXPECT_EQ(m[i], i == 12 ? 6.0 : static_cast<double>(i));
+    }
+}
+
+/// A turn about the y axis, as a layer's orientation turns it.
+Matrix turned_right(double degrees, double x = 0.0) {
+    const double s = std::sin(degrees * kDegree), c = std::cos(degrees * kDegree);
+    return {c, 0, -s, 0, 0, 1, 0, 0, s, 0, c, 0, x, 0, 0, 1};
+}
+
+TEST(PathCamera, IsExactAtItsSamplesAndStandsStillOutside) {
+    const Matrix first = turned_right(10, 1);
+    const Matrix last = turned_right(30, 5);
+    const auto camera = host::path_camera({{1.0, first, 100.0}, {3.0, last, 200.0}});
+    for (const double time : {-5.0, 1.0}) {
+        EXPECT_EQ(camera->layer_to_world(time), first);
+        EXPECT_EQ(camera->zoom(time), 100.0);
+    }
+    for (const double time : {3.0, 99.0}) {
+        EXPECT_EQ(camera->layer_to_world(time), last);
+        EXPECT_EQ(camera->zoom(time), 200.0);
+    }
+}
+
+TEST(PathCamera, TurnsAtAnEvenPaceTheShortWay) {
+    const struct {
+        double from, to, quarter;  // degrees
+    } turns[] = {
+        {0, 120, 30}, {350, 370, 355}, {170, 190, 175}, {-100, 120, -135}, {0, 1e-7, 2.5e-8}};
+    for (const auto& turn : turns) {
+        const auto camera = host::path_camera(
+            {{0.0, turned_right(turn.from, 4), 100.0}, {2.0, turned_right(turn.to, 8), 300.0}});
+        const Matrix got = camera->layer_to_world(0.5);
+        const Matrix want = turned_right(turn.quarter, 5);
+        for (std::size_t i = 0; i < 16; ++i) {
+            EXPECT_NEAR(got[i], want[i], 1e-14) << turn.from << " to " << turn.to;
+        }
+        EXPECT_EQ(camera->zoom(0.5), 150.0);
+    }
+}
+
+TEST(PathCamera, TurnsAboutAnyAxis) {
+    // Half turns about each axis and in between, from the matrix of the axis and the angle.
+    for (const std::array<double, 3> axis : {std::array<double, 3>{1, 0, 0},
+                                             {0, 1, 0},
+                                             {0, 0, 1},
+                                             {0.6, 0, 0.8},
+                                             {0.48, -0.64, 0.6}}) {
+        const auto about_axis = [&](double degrees) {
+            const double s = std::sin(degrees * kDegree), c = std::cos(degrees * kDegree);
+            const auto [x, y, z] = axis;
+            const double t = 1 - c;
+            // For row vectors.
+            return Matrix{t * x * x + c,
+                          t * x * y + s * z,
+                          t * x * z - s * y,
+                          0,
+                          t * x * y - s * z,
+                          t * y * y + c,
+                          t * y * z + s * x,
+                          0,
+                          t * x * z + s * y,
+                          t * y * z - s * x,
+                          t * z * z + c,
+                          0,
+                          0,
+                          0,
+                          0,
+                          1};
+        };
+        for (const double start : {0.0, 90.0, 150.0, 179.0, 260.0}) {
+            const auto camera = host::path_camera(
+                {{0.0, about_axis(start), 1.0}, {1.0, about_axis(start + 40), 1.0}});
+            const Matrix got = camera->layer_to_world(0.25);
+            const Matrix want = about_axis(start + 10);
+            for (std::size_t i = 0; i < 16; ++i) {
+                EXPECT_NEAR(got[i], want[i], 1e-14);
+            }
+        }
+    }
+}
+
+TEST(PathCamera, RefusesWhatIsNoPath) {
+    const Matrix good = turned_right(0);
+    Matrix scaled = good;
+    scaled[0] = 2.0;
+    Matrix mirrored = good;
+    mirrored[0] = -1.0;
+    Matrix broken = good;
+    broken[5] = std::nan("");
+    EXPECT_THROW(host::path_camera({}), std::invalid_argument);
+    EXPECT_THROW(host::path_camera({{1.0, good, 1.0}, {1.0, good, 1.0}}), std::invalid_argument);
+    EXPECT_THROW(host::path_camera({{0.0, good, 0.0}}), std::invalid_argument);
+    for (const Matrix& matrix : {scaled, mirrored, broken}) {
+        EXPECT_THROW(host::path_camera({{0.0, matrix, 1.0}}), std::invalid_argument);
     }
 }
 

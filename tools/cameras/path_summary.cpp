@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <numbers>
 #include <string>
@@ -45,17 +46,18 @@ double turn_between(const host::Matrix& a, const host::Matrix& b) {
     return 2.0 * std::asin(std::min(1.0, std::sqrt(square / 8.0))) * kToDegrees;
 }
 
-/// With so many digits behind the point.
+/// With so many digits behind the point. What they do not show of a number below 0 leaves no sign.
 std::string fixed(double number, int digits) {
     char text[400];  // the largest number has 309 before it
     std::snprintf(text, sizeof text, "%.*f", digits, number);
-    return text;
+    const bool is_nothing = std::strpbrk(text, "123456789") == nullptr;
+    return text + (is_nothing && text[0] == '-' ? 1 : 0);
 }
 
-/// With six digits in all.
+/// With six digits in all; 0 has no sign.
 std::string rounded(double number) {
     char text[40];
-    std::snprintf(text, sizeof text, "%.6g", number);
+    std::snprintf(text, sizeof text, "%.6g", number == 0.0 ? 0.0 : number);
     return text;
 }
 

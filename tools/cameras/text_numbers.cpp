@@ -25,7 +25,7 @@ std::optional<double> finite_number(std::string_view text) {
 
 std::string number_text(double number) {
     char text[40];
-    const auto [end, error] = std::to_chars(text, text + sizeof text, number);
+    const auto [end, error] = std::to_chars(text, text + sizeof text, number == 0.0 ? 0.0 : number);
     return error == std::errc() ? std::string(text, end) : std::to_string(number);
 }
 

@@ -12,7 +12,7 @@ namespace lumivar {
 /// The whole text as a finite number; nothing if it is none. A sign may stand before it.
 std::optional<double> finite_number(std::string_view text);
 
-/// The shortest text that reads back as the same number.
+/// The shortest text that reads back as the same number; 0 has no sign.
 std::string number_text(double number);
 
 struct TextLine {

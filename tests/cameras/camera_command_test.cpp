@@ -1,0 +1,147 @@
+// lumivar camera and lumivar render --camera, as users call them.
+#include <gtest/gtest.h>
+#include <host/scene.h>
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <string>
+
+#include "one_move_camera.h"
+#include "support/catalogue.h"
+#include "support/scratch.h"
+#include "tool_run.h"
+#include "tools/failure_of.h"
+#include "tools/read_back.h"
+
+namespace {
+
+TEST(CameraInfo, SaysWhereItLooksAndDrawsThePath) {
+    const ScratchFolder folder;
+    // y by -90 turns the view from -z to +x: from 6 h to 0 h; x by 30 tilts it up.
+    write_file(folder / "pan.chan", "0 0 0 0 0 0 0 90\n24 1 2 3 30 -90 0 90\n");
+    const ToolResult result = run_tool({"camera", "info", folder / "pan.chan"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    for (const char* part :
+         {"pan\n", "2, 0.000 s to 1.000 s (frames 0 to 24 at 24 a second)",
+          "ra 90.000, dec 0.000; at the end ra 0.000, dec 30.000",
+          "[0, 0, 0]; at the end [1, -2, -3] parsecs", "field of view 90.000 degrees",
+          "10.13 mm on film 36 mm wide"}) {  // 36 / 1920 * 540
+        EXPECT_TRUE(holds(result.out, part)) << part << "\n" << result.out;
+    }
+    // 18 columns are 6 h: 6 h is in column 54 of the row of the equator, the tenth.
+    EXPECT_TRUE(holds(result.out, "    0  |" + std::string(54, '.') + "S")) << result.out;
+    EXPECT_TRUE(holds(result.out, "E|\n")) << result.out;
+}
+
+TEST(CameraInfo, NamesAreAskedForWhereTheyAreNeeded) {
+    const ScratchFolder folder;
+    const std::string two = folder / "two:b.gltf";
+    write_file(two, R"({"asset": {"version": "2.0"},
+        "nodes": [{"name": "a", "camera": 0}, {"name": "b:c", "camera": 0}],
+        "cameras": [{"type": "perspective", "perspective": {"yfov": 1}}]})");
+    EXPECT_EQ(run_tool({"camera", "info", two}).code, 0);
+    ToolResult result = run_tool({"camera", "convert", two, "-o", folder / "a.chan"});
+    EXPECT_EQ(result.code, 2);
+    EXPECT_TRUE(holds(result.err, "has several cameras; name one of")) << result.err;
+    EXPECT_EQ(run_tool({"camera", "convert", two + ":b:c", "-o", folder / "a.chan"}).code, 0);
+    result = run_tool({"camera", "info", two + ":d"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_TRUE(holds(result.err, "there is no camera \"d\" in it; it has \"a\", \"b:c\""));
+    result = run_tool({"camera", "info", folder / "none.chan"});
+    EXPECT_TRUE(holds(result.err, "none.chan: No such file")) << result.err;
+    write_file(folder / "a.txt", "");
+    EXPECT_TRUE(holds(run_tool({"camera", "info", folder / "a.txt"}).err, "tells no camera file"));
+}
+
+TEST(CameraConvert, KeepsTheScenesOtherMembers) {
+    const ScratchFolder folder;
+    write_file(folder / "a.chan", "0 0 0 0 0 0 0\n10 0 0 0 0 90 0\n");
+    write_file(folder / "base.json",
+               "{\"composition\": {\"width\": 640, \"frame_rate\": 10}, // mine\n"
+               "\"camera\": {\"zoom\": 333}, \"controls\": {\"Star Brightness\": 7}}");
+    const ToolResult result =
+        run_tool({"camera", "convert", folder / "a.chan", "-o", folder / "b.json", "--scene",
+                  folder / "base.json", "--step", "0.5"});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_TRUE(holds(result.out, "21 samples; between them off the path by ")) << result.out;
+    const host::Scene scene = host::load_scene(folder / "b.json");
+    EXPECT_EQ(scene.composition.width, 640);
+    EXPECT_EQ(scene.controls.at(0).name, "Star Brightness");
+    // The file says nothing of a lens, and frame 5 is half a second.
+    EXPECT_EQ(scene.camera->zoom(0.5), 333.0);
+    // y by 45 turns the view to the left: from 6 h towards 12 h.
+    EXPECT_NEAR(scene.camera->layer_to_world(0.5)[8], -std::sqrt(0.5), 1e-12);
+    EXPECT_EQ(run_tool({"camera", "convert", folder / "a.chan", "-o", folder / "b.txt"}).code, 2);
+    EXPECT_EQ(run_tool({"camera", "convert", folder / "a.chan", "-o", folder / "b.json", "--step",
+                        "0.00001"})
+                  .code,
+              2);
+}
+
+/// The middle of the light of a picture's first channel.
+one_move::Pixel middle_of_light(const std::string& name) {
+    const ReadBack picture = read_back(name);
+    double light = 0.0;
+    one_move::Pixel sum = {0.0, 0.0};
+    for (int y = 0; y < picture.spec.height; ++y) {
+        for (int x = 0; x < picture.spec.width; ++x) {
+            const auto value = static_cast<double>(picture.at<float>(x, y, 0));
+            light += value;
+            sum.x += x * value;
+            sum.y += y * value;
+        }
+    }
+    EXPECT_GT(light, 0.0);
+    return {sum.x / light, sum.y / light};
+}
+
+TEST(RenderCamera, DrawsAStarWhereTheFileSays) {
+    const ScratchFolder folder;
+    write_file(folder / "a.chan", one_move::as_chan());
+    write_file(folder / "z.csv", one_move::as_csv(true));
+    write_file(folder / "scene.json",
+               "{\"controls\": {\"Star Saturation\": 1, \"Star Spot Size\": 12, "
+               "\"Parallax Crush\": 0}}");
+    const one_move::Star star = {2, 3, 60};
+    support::write_catalogue(folder / "one.stars", support::kVersion2,
+                             {{.lon = star.ra, .lat = star.dec, .distance = star.parsecs}});
+    // The shutter opens a quarter of a frame before the frame.
+    const one_move::Moment moment = one_move::moments().at(9);
+    ASSERT_EQ(moment.frame, 0.75);
+    const one_move::Pixel want = one_move::seen(moment, star);
+    for (const std::vector<std::string>& camera :
+         {std::vector<std::string>{"--camera", folder / "a.chan"},
+          {"--camera", folder / "z.csv", "--camera-up", "z"}}) {
+        std::vector<std::string> arguments = {
+            "render",      folder / "scene.json", "-o",      folder / "a.exr",
+            "--catalogue", folder / "one.stars",  "--frame", "1"};
+        arguments.insert(arguments.end(), camera.begin(), camera.end());
+        const ToolResult result = run_tool(arguments);
+        ASSERT_EQ(result.code, 0) << result.err;
+        const one_move::Pixel got = middle_of_light(folder / "a.exr");
+        EXPECT_NEAR(got.x, want.x, 0.02);
+        EXPECT_NEAR(got.y, want.y, 0.02);
+    }
+}
+
+TEST(RenderCamera, SaysWhatDoesNotGoTogether) {
+    const ScratchFolder folder;
+    write_file(folder / "s.json", "{}");
+    write_file(folder / "a.chan", "0 0 0 0 0 0 0\n");
+    const auto said = [&](std::vector<std::string> more) {
+        std::vector<std::string> arguments = {"render", folder / "s.json", "-o", folder / "a.png"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const ToolResult result = run_tool(arguments);
+        EXPECT_EQ(result.code, 2) << result.err;
+        return result.err;
+    };
+    EXPECT_TRUE(holds(said({"--camera-up", "z"}), "go with --camera"));
+    const std::string file = folder / "a.chan";
+    EXPECT_TRUE(holds(said({"--camera", file, "--camera-up", "x"}), "give y or z"));
+    EXPECT_TRUE(holds(said({"--camera", file, "--camera-unit", "mile"}), "there is no unit"));
+    EXPECT_TRUE(holds(said({"--camera", file, "--camera-rotation-order", "XX"}),
+                      "there is no rotation order"));
+}
+
+}  // namespace
