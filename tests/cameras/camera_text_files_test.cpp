@@ -4,8 +4,10 @@
 
 #include <cmath>
 #include <cstddef>
+#include <optional>
 #include <string>
 
+#include "camera_path.h"
 #include "camera_reading.h"
 #include "chan_file.h"
 #include "csv_file.h"
@@ -147,6 +149,39 @@ TEST(CameraJson, SaysWhatIsWrongAndWhere) {
         json_failure(R"({"cameras": [{"name": "a", "samples": [{"time": 0, "matrix": [1]}]}]})"),
         "usd: /cameras/0/samples/0/matrix: expected 16 elements, found 1");
     EXPECT_TRUE(holds(json_failure("[1e999]"), "too large"));
+}
+
+TEST(CameraNumbers, ThatNoShotHasAreRefused) {
+    const auto world_failure = [](const std::string& line) {
+        return failure_of([&] {
+            const CameraFile file = lumivar::read_chan(line, "a.chan", kUsual);
+            lumivar::world_path(file.cameras[0], 1e30, "a.chan");
+        });
+    };
+    EXPECT_EQ(world_failure("0 1e290 0 0 0 0 0 50"),
+              "a.chan: the camera \"a\" at 0 s has a matrix with a number that is not finite");
+    EXPECT_EQ(world_failure("2.4e11 0 0 0 0 0 0 50"),
+              "a.chan: the camera \"a\" at 1e+10 s is too far away in time");
+    EXPECT_EQ(world_failure("0 0 0 0 0 0 0 1e-200"),
+              "a.chan: the camera \"a\" at 0 s has a lens that sees nothing");
+}
+
+TEST(CameraMatrices, LoseTheirScaleHoweverLargeOrSmall) {
+    lumivar::FileCamera camera;
+    for (const double scale : {1e-310, 1e-200, 0.3, 1e300}) {
+        // x and y lean towards each other and towards z: z keeps its direction, y its side.
+        camera.samples = {{0.0,
+                           {scale, 0, 0, 0, scale / 2, scale, scale, 0, 0, 0, scale, 0, 0, 0, 0, 1},
+                           std::nullopt}};
+        const host::Matrix got = lumivar::world_path(camera, 1.0, "a").samples[0].layer_to_world;
+        // y lies along (1/2, 1); x square to it. In the host's axes the signs of y and z turn over
+        // twice, for the world and for the camera.
+        const double c = 1 / std::sqrt(1.25), s = 0.5 / std::sqrt(1.25);
+        const host::Matrix want = {c, s, 0, 0, -s, c, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+        for (std::size_t i = 0; i < 16; ++i) {
+            EXPECT_NEAR(got[i], want[i], scale < 1e-300 ? 1e-9 : 1e-15) << scale << " " << i;
+        }
+    }
 }
 
 TEST(CameraUnits, AreInParsecs) {

@@ -1,5 +1,6 @@
 #include "camera_path.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -8,11 +9,15 @@
 
 #include "failure.h"
 #include "file_axes.h"
+#include "text_numbers.h"
 
 namespace lumivar {
 namespace {
 
 using Axis = std::array<double, 3>;
+
+constexpr double kFarthestTime = 1e9;    // seconds: thirty years
+constexpr double kSmallestRatio = 1e-9;  // of the image's distance to the picture's size
 
 double dot(const Axis& a, const Axis& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
@@ -20,10 +25,16 @@ Axis cross(const Axis& a, const Axis& b) {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
-/// Of length 1; all 0 when it has none.
+/// Of length 1; all 0 when it has none. Its largest element is made 1 first, as a length that is
+/// hardly a number, large or small, has few digits.
 Axis normalized(const Axis& a) {
-    const double length = std::hypot(a[0], a[1], a[2]);
-    return length > 0.0 ? Axis{a[0] / length, a[1] / length, a[2] / length} : Axis{};
+    const double largest = std::max({std::abs(a[0]), std::abs(a[1]), std::abs(a[2])});
+    if (!(largest > 0.0)) {
+        return {};
+    }
+    const Axis b = {a[0] / largest, a[1] / largest, a[2] / largest};
+    const double length = std::hypot(b[0], b[1], b[2]);
+    return {b[0] / length, b[1] / length, b[2] / length};
 }
 
 /// Without scale and shear: z keeps its direction, y its side of z. `where` is told in messages.
@@ -59,13 +70,21 @@ CameraPath world_path(const FileCamera& camera, double parsecs_per_unit,
     path.name = camera.name;
     path.samples.reserve(camera.samples.size());
     for (const FileCameraSample& sample : camera.samples) {
-        host::Matrix matrix = turn_and_move(sample.camera_to_world,
-                                            source + ": the camera \"" + camera.name + "\" at " +
-                                                std::to_string(sample.time) + " s");
+        const std::string where =
+            source + ": the camera \"" + camera.name + "\" at " + number_text(sample.time) + " s";
+        if (!(std::abs(sample.time) <= kFarthestTime)) {
+            throw Failure(where + " is too far away in time");
+        }
+        if (sample.lens &&
+            !(sample.lens->ratio > kSmallestRatio && sample.lens->ratio < 1.0 / kSmallestRatio)) {
+            throw Failure(where + " has a lens that sees nothing");
+        }
+        host::Matrix matrix = sample.camera_to_world;
         for (std::size_t i = 12; i < 15; ++i) {
             matrix[i] *= parsecs_per_unit;
         }
-        path.samples.push_back({sample.time, world_matrix(matrix, camera.up), sample.lens});
+        path.samples.push_back(
+            {sample.time, world_matrix(turn_and_move(matrix, where), camera.up), sample.lens});
     }
     return path;
 }

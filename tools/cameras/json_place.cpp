@@ -109,6 +109,10 @@ std::string JsonPlace::place() const {
 }
 
 void JsonPlace::fail(const std::string& expected) const {
+    // What holds others may hold them to any depth.
+    if (value_->is_structured() && !value_->empty()) {
+        complain("expected " + expected + ", found an " + value_->type_name());
+    }
     constexpr std::size_t kLongestText = 60;
     std::string found = value_->dump(-1, ' ', true, nlohmann::json::error_handler_t::replace);
     if (found.size() > kLongestText) {

@@ -37,6 +37,7 @@ public:
 
 private:
     static constexpr int kMostDivisions = 12;
+    static constexpr std::size_t kMostSamples = 500000;
     static constexpr double kTurn = 1e-6;
     static constexpr double kExtent = 1e-7;
     static constexpr double kZoom = 1e-6;
@@ -63,8 +64,8 @@ private:
     /// Appends what is needed between two samples, without the two.
     void divide(const FileCameraSample& start, const FileCameraSample& end, int divisions) {
         const double middle = start.time + (end.time - start.time) / 2.0;
-        if (divisions == 0 || !(middle > start.time && middle < end.time) ||
-            is_straight(start, end)) {
+        if (divisions == 0 || samples_.size() > kMostSamples ||
+            !(middle > start.time && middle < end.time) || is_straight(start, end)) {
             return;
         }
         const FileCameraSample sample = sample_at_(middle);

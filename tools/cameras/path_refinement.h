@@ -12,7 +12,8 @@ namespace lumivar {
 /// Samples at `times` (one at least, increasing), and between two of them wherever a camera that
 /// goes the straight way, as `host::path_camera` does, would be off by more than 1e-6 in an element
 /// of its axes (radians), a 1e-7th of the path's extent in position, or a millionth of its zoom.
-/// An interval is divided 4096-fold at most. `source` is told in the `Failure` of a matrix that no
+/// An interval is divided 4096-fold at most, and none any more from half a million samples on.
+/// `source` is told in the `Failure` of a matrix that no
 /// camera can have.
 std::vector<FileCameraSample> refined(
     const std::vector<double>& times,

@@ -1,4 +1,6 @@
 // lumivar camera info
+#include <host/printable.h>
+
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -23,7 +25,7 @@ void camera_info_command(const CameraInfoArguments& arguments) {
     warn_of_camera_file(choice, paths);
     std::string text;
     for (const CameraPath& path : paths.paths) {
-        text.append(path.name).append("\n");
+        text.append(host::printable(path.name)).append("\n");
         text.append(path_summary(path, arguments.frame_rate)).append(path_plot(path));
     }
     std::fputs(text.c_str(), stdout);
