@@ -28,8 +28,8 @@ struct CameraPath {
 /// A file's camera in the world (see file_axes.h).
 ///
 /// Scale and shear are taken out: the camera keeps where it looks, and which way up. `source` names
-/// the file. Throws `Failure` for a matrix that mirrors or flattens, and for what is no number that a
-/// shot can have.
+/// the file. Throws `Failure` for a matrix that mirrors or flattens, and for what is no number that
+/// a shot can have.
 CameraPath world_path(const FileCamera& camera, double parsecs_per_unit, const std::string& source);
 
 /// The path for a picture of that size. Samples without a lens take that of `other` at their time.
