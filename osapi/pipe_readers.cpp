@@ -10,7 +10,8 @@ namespace {
 constexpr std::size_t kPiece = 4096;
 constexpr std::size_t kTail = 2 * kPiece;
 
-/// Appends what has come; false at the pipe's end, which closes this one.
+}  // namespace
+
 bool append_what_came(FileDescriptor& end, std::string& text) {
     std::array<char, kPiece> piece{};
     const sword size = read_short(end.fd(), piece.data(), piece.size());
@@ -20,8 +21,6 @@ bool append_what_came(FileDescriptor& end, std::string& text) {
     }
     return size != 0;
 }
-
-}  // namespace
 
 bool LineReader::read(const std::function<void(const std::string&)>& take) {
     const bool goes_on = append_what_came(end_, rest_);

@@ -11,6 +11,7 @@
 #include "csv_file.h"
 #include "failure.h"
 #include "gltf_file.h"
+#include "usd_cameras.h"
 #include "whole_text.h"
 
 namespace lumivar {
@@ -29,7 +30,11 @@ std::string ending_of(const std::string& path) {
     return ending;
 }
 
-CameraFile read_camera_file(const std::string& path, const CameraReading& reading) {
+CameraFile read_camera_file(const CameraChoice& choice, const CameraReading& reading) {
+    const std::string& path = choice.file;
+    if (is_usd_name(path)) {
+        return read_usd_cameras(path, choice.name);
+    }
     const std::string ending = ending_of(path);
     if (ending == ".chan") {
         return read_chan(whole_text(path), path, reading);
@@ -41,7 +46,8 @@ CameraFile read_camera_file(const std::string& path, const CameraReading& readin
         return read_gltf(path);
     }
     throw Failure(path +
-                  ": the ending of its name tells no camera file; .chan, .csv, .gltf and .glb do");
+                  ": the ending of its name tells no camera file; .chan, .csv, .gltf, .glb, .usd, "
+                  ".usda, .usdc and .usdz do");
 }
 
 std::string listed_names(const std::vector<FileCamera>& cameras) {
@@ -68,14 +74,16 @@ CameraChoice parse_camera_choice(const std::string& text) {
 }
 
 CameraPaths read_camera_paths(const CameraChoice& choice, const CameraReading& reading) {
-    CameraFile file = read_camera_file(choice.file, reading);
+    CameraFile file = read_camera_file(choice, reading);
     if (file.cameras.empty()) {
         throw Failure(choice.file + ": there is no camera in it");
     }
     CameraPaths paths;
     paths.warnings = file.warnings;
+    // The reader of USD has chosen already: it takes the last name of a prim path too.
+    const bool chosen = choice.name.empty() || is_usd_name(choice.file);
     for (FileCamera& camera : file.cameras) {
-        if (choice.name.empty() || camera.name == choice.name) {
+        if (chosen || camera.name == choice.name) {
             camera.up = reading.up.value_or(camera.up);
             paths.paths.push_back(world_path(camera, reading.parsecs_per_unit, choice.file));
         }

@@ -1,4 +1,4 @@
-// What comes through a pipe while somebody writes: line by line, or its end alone.
+// What comes through a pipe while somebody writes: all, line by line, or its end alone.
 #pragma once
 
 #include <osapi/files.h>
@@ -7,6 +7,10 @@
 #include <string>
 
 namespace OSAPI {
+
+/// Appends what has come to the text, waiting for some; false at the pipe's end, where this end is
+/// closed. Throws "read: ...".
+bool append_what_came(FileDescriptor& end, std::string& text);
 
 /// Reads from an end of a pipe that the caller owns.
 class LineReader {
