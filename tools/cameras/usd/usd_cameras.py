@@ -49,27 +49,27 @@ class Moment:
 
     def __init__(self, camera, code):
         time = Usd.TimeCode(code)
-        place = f"the camera {camera.GetPath()} at time code {code:g}"
+        self.camera = camera
         self.code = code
         self.matrix = camera.ComputeLocalToWorldTransform(time)
         self.focal_length = number(camera.GetFocalLengthAttr(), time)
         self.horizontal_aperture = number(camera.GetHorizontalApertureAttr(), time)
-        if not all(math.isfinite(self.matrix[row][column]) for row in range(4) for column in range(4)):
-            raise Unusable(f"{place} has a place that is no number")
         if not (0.0 < self.focal_length < math.inf and 0.0 < self.horizontal_aperture < math.inf):
-            raise Unusable(
-                f"{place} has the focal length {self.focal_length:g} and the horizontal aperture "
+            raise self.fault(
+                f"has the focal length {self.focal_length:g} and the horizontal aperture "
                 f"{self.horizontal_aperture:g}; both have to be above 0")
-        axes = [Gf.Vec3d(*self.matrix.GetRow3(row)) for row in range(3)]
+        axes = [self.matrix.GetRow3(row) for row in range(3)]
         lengths = [axis.GetLength() for axis in axes]
+        self.position = self.matrix.ExtractTranslation()
+        if not math.isfinite(sum(lengths) + self.position.GetLength()):
+            raise self.fault("has a matrix with what is no number")
         if min(lengths) < 1e-12:
-            raise Unusable(f"{place} has a scale of 0")
+            raise self.fault("has a scale of 0")
         if self.matrix.GetDeterminant3() < 0.0:
-            raise Unusable(f"{place} is mirrored by a negative scale")
+            raise self.fault("is mirrored by a negative scale")
         right, up, back = (axis / length for axis, length in zip(axes, lengths))
         self.evenly_scaled = (max(lengths) - min(lengths) <= 1e-5 * max(lengths)
                               and max(abs(right * up), abs(up * back), abs(back * right)) <= 1e-5)
-        self.position = self.matrix.ExtractTranslation()
         # Forward and up stay where a scale pulls the axes apart.
         right = Gf.Cross(up, back).GetNormalized()
         up = Gf.Cross(back, right)
@@ -78,6 +78,9 @@ class Moment:
             turn.SetRow3(row, axis)
         self.turn = turn.ExtractRotationQuat().GetNormalized()
         self.lens = self.focal_length / self.horizontal_aperture
+
+    def fault(self, words):
+        return Unusable(f"the camera {self.camera.GetPath()} at time code {self.code:g} {words}")
 
     def sample(self, codes_per_second):
         return {
