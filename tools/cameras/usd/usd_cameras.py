@@ -12,7 +12,8 @@ quotient matters.
 There is a sample at each time at which the file has one for the camera's lens or for any transform above it, also between
 frames and through layer offsets. USD interpolates each number of a transform by itself; who reads this moves a camera on a
 straight line and turns it by the shortest way. Where the two would differ by more than a two hundredth of a pixel, samples are
-added in between.
+added in between. One thing is not followed: some programs write angles that go from 180 to -180 from one frame to the next,
+which would turn the camera right round within this frame.
 
 Run by the interpreter that scripts/install-usd sets up. What goes wrong is one line on standard error, with exit code 1.
 """
@@ -34,10 +35,12 @@ except ImportError as error:
 FRAME_WIDTH = 1920.0  # pixels
 MOST_PIXELS = 0.005  # by which a star far away may be misplaced
 MOST_UNITS = 2.5e-6  # by which the camera may be: 0.005 pixels for a star at one unit, by a lens as long as the frame is wide
+UNEVEN = 1e-3  # by which the axes of a camera may differ in length: a pixel at the edge of the frame
 MOST_SAMPLES = 100000  # of a camera
 # Where else than in its middle an interval is looked at: whole turns hide from no three places at such uneven distances.
 ASIDE = (0.19, 0.77)
 SHORTEST = 1.0 / 1024.0  # time codes; a jump between two samples is not followed further
+WILD = math.radians(45.0)  # off the shortest way in the middle of a frame: no camera moves so, it is angles that jump
 
 
 class Unusable(Exception):
@@ -68,8 +71,8 @@ class Moment:
         if self.matrix.GetDeterminant3() < 0.0:
             raise self.fault("is mirrored by a negative scale")
         right, up, back = (axis / length for axis, length in zip(axes, lengths))
-        self.evenly_scaled = (max(lengths) - min(lengths) <= 1e-5 * max(lengths)
-                              and max(abs(right * up), abs(up * back), abs(back * right)) <= 1e-5)
+        self.evenly_scaled = (max(lengths) - min(lengths) <= UNEVEN * max(lengths)
+                              and max(abs(right * up), abs(up * back), abs(back * right)) <= UNEVEN)
         # Forward and up stay where a scale pulls the axes apart.
         right = Gf.Cross(up, back).GetNormalized()
         up = Gf.Cross(back, right)
@@ -99,15 +102,19 @@ def number(attribute, time):
     return math.nan if value is None else float(value)
 
 
+def angle_off(before, between, after):
+    """From the shortest turn from `before` to `after` at its time, in radians where it is small, and no less where it is not."""
+    turn = Gf.Slerp((between.code - before.code) / (after.code - before.code), before.turn, after.turn)
+    return 2.0 * min((turn - between.turn).GetLength(), (turn + between.turn).GetLength())
+
+
 def follows(before, between, after):
     """Whether a straight line and the shortest turn from `before` to `after` come by `between`."""
     part = (between.code - before.code) / (after.code - before.code)
     lens = before.lens + part * (after.lens - before.lens)
     if abs(lens / between.lens - 1.0) * FRAME_WIDTH / 2.0 > MOST_PIXELS:
         return False
-    turn = Gf.Slerp(part, before.turn, after.turn)
-    angle = 2.0 * min((turn - between.turn).GetLength(), (turn + between.turn).GetLength())
-    if angle * between.lens * FRAME_WIDTH > MOST_PIXELS:
+    if angle_off(before, between, after) * between.lens * FRAME_WIDTH > MOST_PIXELS:
         return False
     position = before.position + part * (after.position - before.position)
     # Far from the origin single precision, in which many files have their numbers, allows no more.
@@ -115,23 +122,37 @@ def follows(before, between, after):
     return (position - between.position).GetLength() <= allowed
 
 
-def moments(camera, codes):
-    """The camera at the codes, and in between where it does not go straight; whether there was room for all of these."""
-    at_codes = [Moment(camera, code) for code in codes]
-    found = [at_codes[0]]
-    for start, end in zip(at_codes, at_codes[1:]):
+class Path:
+    """The camera at the given time codes, and in between where it does not go straight."""
+
+    def __init__(self, camera, codes, codes_per_frame):
+        self.keys = [Moment(camera, code) for code in codes]
+        self.moments = [self.keys[0]]
+        self.is_full = False
+        self.jumps = []  # time codes before angles that jump
+        for start, end in zip(self.keys, self.keys[1:]):
+            if end.code - start.code <= 1.001 * codes_per_frame:
+                middle = Moment(camera, 0.5 * (start.code + end.code))
+                if angle_off(start, middle, end) > WILD:
+                    self.jumps.append(start.code)
+                    self.moments.append(end)
+                    continue
+            self.add_to(camera, end)
+
+    def add_to(self, camera, end):
         open_ends = [end]
         while open_ends:
-            before, after = found[-1], open_ends[-1]
+            before, after = self.moments[-1], open_ends[-1]
             span = after.code - before.code
-            if span > SHORTEST and len(found) + len(open_ends) < MOST_SAMPLES:
+            if len(self.moments) + len(open_ends) >= MOST_SAMPLES:
+                self.is_full = True
+            elif span > SHORTEST:
                 middle = Moment(camera, before.code + 0.5 * span)
                 if not (follows(before, middle, after)
                         and all(follows(before, Moment(camera, before.code + part * span), after) for part in ASIDE)):
                     open_ends.append(middle)
                     continue
-            found.append(open_ends.pop())
-    return found, len(found) < MOST_SAMPLES or len(found) == len(codes)
+            self.moments.append(open_ends.pop())
 
 
 def knots(attribute):
@@ -187,16 +208,20 @@ def read_camera(camera, stage, warnings):
     codes = authored_codes(camera)
     if not codes:
         codes = [stage.GetStartTimeCode() if stage.HasAuthoredTimeCodeRange() else 0.0]
-    found, all_there = moments(camera, codes)
+    codes_per_second = stage.GetTimeCodesPerSecond()
+    moves = Path(camera, codes, codes_per_second / stage.GetFramesPerSecond())
     warnings.extend(f"{path}: {loss}" for loss in losses(camera))
-    if not all(moment.evenly_scaled for moment in found):
+    if not all(moment.evenly_scaled for moment in moves.keys):
         warnings.append(f"{path}: its uneven scale is taken off: the picture is not stretched")
-    if not all_there:
+    if moves.jumps:
+        warnings.append(
+            f"{path}: its angles jump within a frame, first behind time code {moves.jumps[0]:g}; it is turned the short way there")
+    if moves.is_full:
         warnings.append(f"{path}: it has {MOST_SAMPLES} samples, too few to follow its move in between; add keys to the file")
     return {
         "name": path,
         "up_axis": UsdGeom.GetStageUpAxis(stage),
-        "samples": [moment.sample(stage.GetTimeCodesPerSecond()) for moment in found],
+        "samples": [moment.sample(codes_per_second) for moment in moves.moments],
     }
 
 
