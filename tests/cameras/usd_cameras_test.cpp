@@ -18,6 +18,7 @@
 #include "failure.h"
 #include "support/scratch.h"
 #include "support/variable.h"
+#include "usd_here.h"
 
 namespace fs = std::filesystem;
 using lumivar::CameraFile;
@@ -211,11 +212,7 @@ TEST(UsdConverter, BrokenJsonIsToldWithTheFile) {
 
 class UsdStages : public testing::Test {
 protected:
-    void SetUp() override {
-        if (!fs::exists(lumivar::usd_environment() / "bin" / "python")) {
-            GTEST_SKIP() << "not run: needs usd-core, which scripts/install-usd installs";
-        }
-    }
+    void SetUp() override { SKIP_WITHOUT_USD(); }
 };
 
 TEST_F(UsdStages, HaveTheCameraWhereItsMatricesSay) {
@@ -306,6 +303,31 @@ TEST_F(UsdStages, TurnBetweenKeysAsTheirAnglesDo) {
     };
     EXPECT_LT(largest_miss(camera, 24.0, turn), 0.02);
     EXPECT_LT(camera.samples.size(), 5000U);
+}
+
+/// A stage of 24 codes a second, with a camera that turns from 170 to -170 degrees up to the code.
+std::string half_turn(const std::string& last_code) {
+    return "#usda 1.0\n(\n    timeCodesPerSecond = 24\n)\ndef Camera \"c\"\n{\n"
+           "    double xformOp:rotateY.timeSamples = {\n        0: 170,\n        " +
+           last_code +
+           ": -170,\n    }\n    uniform token[] xformOpOrder = [\"xformOp:rotateY\"]\n}\n";
+}
+
+TEST_F(UsdStages, TurnTheShortWayWhereAnglesJumpWithinAFrame) {
+    const ScratchFolder folder;
+    const std::string stage = folder / "jump.usda";
+    write_file(stage, half_turn("1"));
+    const CameraFile jump = read_usd_cameras(stage);
+    EXPECT_EQ(jump.warnings, std::vector<std::string>{
+                                 "/c: its angles jump within a frame, first behind time code 0; it "
+                                 "is turned the short way there"});
+    EXPECT_EQ(jump.cameras.at(0).samples.size(), 2U);
+    // In a quarter of a second a camera may well turn by 340 degrees.
+    write_file(stage, half_turn("6"));
+    const CameraFile turn = read_usd_cameras(stage);
+    EXPECT_TRUE(turn.warnings.empty());
+    const auto about = [](double code) { return about_y(170 - 340 * code / 6); };
+    EXPECT_LT(largest_miss(turn.cameras.at(0), 6.0, about), 0.02);
 }
 
 TEST_F(UsdStages, FollowSplines) {
