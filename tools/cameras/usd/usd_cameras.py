@@ -215,7 +215,8 @@ def read_camera(camera, stage, warnings):
         warnings.append(f"{path}: its uneven scale is taken off: the picture is not stretched")
     if moves.jumps:
         warnings.append(
-            f"{path}: its angles jump within a frame, first behind time code {moves.jumps[0]:g}; it is turned the short way there")
+            f"{path}: its angles jump within a frame, first behind time code {moves.jumps[0]:g}; "
+            "it is turned the short way there")
     if moves.is_full:
         warnings.append(f"{path}: it has {MOST_SAMPLES} samples, too few to follow its move in between; add keys to the file")
     return {
