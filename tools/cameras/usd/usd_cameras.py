@@ -40,6 +40,7 @@ MOST_SAMPLES = 100000  # of a camera
 # Where else than in its middle an interval is looked at: whole turns hide from no three places at such uneven distances.
 ASIDE = (0.19, 0.77)
 SHORTEST = 1.0 / 1024.0  # time codes; a jump between two samples is not followed further
+MOST_WORDS = 200  # characters of a complaint that the library makes: a broken file has one for each of its parts
 WILD = math.radians(45.0)  # off the shortest way in the middle of a frame: no camera moves so, it is angles that jump
 
 
@@ -247,7 +248,7 @@ def told(failure):
     if place:
         what = place["what"] if "pxrInternal" not in place["what"] else "this is not as the format wants it"
         return f"line {place['line']}, column {place['column']}: {what}"
-    return text
+    return text[:MOST_WORDS]
 
 
 def opened(file):
