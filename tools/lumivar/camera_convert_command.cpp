@@ -140,7 +140,7 @@ void add_camera_convert_command(Command& camera) {
         camera.add_command("convert", "Write another program's camera as a scene or a .chan file");
     command
         .add("FILE", arguments->camera.camera,
-             "The file, .chan, .csv, .gltf or .glb, or FILE:NAME for one camera of it")
+             "The file, .chan, .csv, .gltf, .glb or of USD, or FILE:NAME for one camera of it")
         .required();
     command
         .add("-o,--output", arguments->output,

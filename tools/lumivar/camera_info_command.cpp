@@ -38,7 +38,7 @@ void add_camera_info_command(Command& camera) {
     Command command = camera.add_command("info", "Say what cameras a file has and how they move");
     command
         .add("FILE", arguments->camera.camera,
-             "The file, .chan, .csv, .gltf or .glb, or FILE:NAME for one camera of it")
+             "The file, .chan, .csv, .gltf, .glb or of USD, or FILE:NAME for one camera of it")
         .required();
     command
         .add("--frame-rate", arguments->frame_rate,
