@@ -189,6 +189,15 @@ TEST(UsdConverter, ASilentEndIsTold) {
               "a.usda: the converter of USD cameras killed by SIGSEGV");
 }
 
+TEST(UsdConverter, APythonThatCannotBeStartedIsTold) {
+    const StandInPython python("");
+    const std::string file = python / "bin/python";
+    fs::permissions(file, fs::perms::owner_read);
+    EXPECT_EQ(message_of([] { read_usd_cameras("a.usda"); }),
+              "a.usda: the converter of USD cameras says: " + file +
+                  " cannot be started: Permission denied");
+}
+
 TEST(UsdConverter, MuchOnBothStreamsDoesNotBlock) {
     const StandInPython python(R"(head -c 300000 /dev/zero >&2
 head -c 300000 /dev/zero | tr '\0' ' '

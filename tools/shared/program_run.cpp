@@ -8,6 +8,7 @@
 #include <osapi/pipes.h>
 #include <osapi/polling.h>
 #include <osapi/processes.h>
+#include <osapi/reason.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -35,8 +36,9 @@ constexpr int kNotStarted = 127;
         OSAPI::dup2(output.write_end().fd(), STDOUT_FILENO);
         OSAPI::dup2(errors.write_end().fd(), STDERR_FILENO);
         OSAPI::exec(argv.front(), argv.data());
-    } catch (const Xception& failure) {
-        failure.print();
+    } catch (const StrXception& failure) {
+        std::fprintf(stderr, "%s cannot be started: %s\n", argv.front(),
+                     OSAPI::reason(failure).c_str());
     }
     OSAPI::exit_now(kNotStarted);
 }
