@@ -17,11 +17,6 @@ struct Vector {
     double x, y, z;
 };
 
-/// a * `s` + b * `t`.
-Vector blend(const Vector& a, double s, const Vector& b, double t) {
-    return {a.x * s + b.x * t, a.y * s + b.y * t, a.z * s + b.z * t};
-}
-
 /// A lens, and a function that gives the matrix at a time.
 class LensCamera : public Camera {
 public:
@@ -34,22 +29,6 @@ private:
     Lens lens_;
     std::function<Matrix(double)> placing_;
 };
-
-Matrix look_at(double ra, double dec, double roll) {
-    // In the stars' space, y up.
-    const Vector forward = {std::cos(dec) * std::cos(ra), std::sin(dec),
-                            std::cos(dec) * std::sin(ra)};
-    const Vector north = {-std::sin(dec) * std::cos(ra), std::cos(dec),
-                          -std::sin(dec) * std::sin(ra)};
-    const Vector west = {std::sin(ra), 0.0, -std::cos(ra)};
-    const Vector right = blend(west, std::cos(roll), north, -std::sin(roll));
-    const Vector up = blend(west, std::sin(roll), north, std::cos(roll));
-    // In the host's space: world y and the camera's own y axis both turn over.
-    return {right.x,   -right.y,   right.z,   0.0,  //
-            -up.x,     up.y,       -up.z,     0.0,  //
-            forward.x, -forward.y, forward.z, 0.0,  //
-            0.0,       0.0,        0.0,       1.0};
-}
 
 /// The numbers of three tracks at a time.
 Vector at(const std::array<Track, 3>& tracks, double seconds) {
@@ -75,14 +54,6 @@ Matrix placed(const Vector& place, const Vector& turn) {
 double Lens::zoom_at(double seconds) const {
     const double value = value_.at(seconds);
     return half_height_ > 0.0 ? half_height_ / std::tan(radians(value) / 2.0) : value;
-}
-
-std::shared_ptr<const Camera> look_at_camera(Track ra, Track dec, Track roll, Lens lens) {
-    return std::make_shared<LensCamera>(std::move(lens), [ra = std::move(ra), dec = std::move(dec),
-                                                          roll = std::move(roll)](double seconds) {
-        return look_at(radians(ra.at(seconds)), radians(dec.at(seconds)),
-                       radians(roll.at(seconds)));
-    });
 }
 
 std::shared_ptr<const Camera> placed_camera(std::array<Track, 3> position,

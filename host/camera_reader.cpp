@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "scene_readers.h"
+#include "sky_reader.h"
 #include "track_reader.h"
 
 namespace host {
@@ -16,22 +17,22 @@ NumberRule angle_of_view() {
     return {"a number above 0 and below 180", [](double x) { return x > 0.0 && x < 180.0; }};
 }
 
-NumberRule sky_rule(const std::string& name) {
-    return name == "dec" ? number_from(-90, 90) : any_number();
-}
-
-/// The three ways to place a camera exclude each other.
+/// The three ways to place a camera exclude each other. A position goes with an aim or an
+/// orientation.
 void expect_one_placing(const JsonNode& node) {
     std::vector<std::string> found;
     if (node.has("look_at")) {
         found.emplace_back("\"look_at\"");
     }
-    if (node.has("position") && node.has("orientation")) {
-        found.emplace_back("\"position\" with \"orientation\"");
-    } else if (node.has("position") || node.has("orientation")) {
-        found.emplace_back(node.has("position") ? "\"position\"" : "\"orientation\"");
+    if (node.has("orientation")) {
+        found.emplace_back(node.has("position") && !node.has("look_at")
+                               ? "\"position\" with \"orientation\""
+                               : "\"orientation\"");
     }
     if (node.has("matrix")) {
+        if (node.has("position") && found.empty()) {
+            found.emplace_back("\"position\"");
+        }
         found.emplace_back("\"matrix\"");
     }
     if (found.size() > 1) {
@@ -55,39 +56,6 @@ Lens read_lens(const JsonNode& node, const Composition& composition) {
                                   composition.height);
     }
     return Lens::new_camera(composition.width);
-}
-
-std::shared_ptr<const Camera> read_look_at(const JsonNode& node, Lens lens) {
-    const std::array<std::string, 3> names = {"ra", "dec", "roll"};
-    std::array<Track, 3> tracks;
-    node.expect_object();
-    if (!node.has("keys")) {
-        node.expect_members({"ra", "dec", "roll"});
-        for (std::size_t i = 0; i < names.size(); ++i) {
-            if (node.has(names[i])) {
-                tracks[i] = read_track(node[names[i]], sky_rule(names[i]));
-            }
-        }
-        return look_at_camera(tracks[0], tracks[1], tracks[2], std::move(lens));
-    }
-    const std::vector<KeyNode> keys = read_keys(node);
-    std::vector<std::vector<double>> values;
-    for (const KeyNode& key : keys) {
-        key.value.expect_members({"ra", "dec", "roll"});
-        std::vector<double>& numbers = values.emplace_back();
-        for (const std::string& name : names) {
-            // A member that one key alone leaves out would be taken as 0 there, and the camera
-            // would swing.
-            if (key.value.has(name) != keys.front().value.has(name)) {
-                key.value.fail("the same members as in the first key",
-                               (key.value.has(name) ? "\"" : "no \"") + name + '"');
-            }
-            numbers.push_back(key.value.has(name) ? read_number(key.value[name], sky_rule(name))
-                                                  : 0.0);
-        }
-    }
-    const std::vector<Track> split = split_keys(keys, values);
-    return look_at_camera(split[0], split[1], split[2], std::move(lens));
 }
 
 /// Determinant of the part that turns and scales.
@@ -123,13 +91,13 @@ std::shared_ptr<const Camera> read_matrix(const JsonNode& node, Lens lens) {
 }
 
 std::shared_ptr<const Camera> read_placed(const JsonNode& node, Lens lens,
-                                          const Composition& composition) {
+                                          const Composition& composition, const SkyReader& sky) {
     // A new camera stands where the composition's plane fills the picture.
     std::array<Track, 3> position = {composition.width / 2.0, composition.height / 2.0,
                                      -lens.zoom_at(0.0)};
     std::array<Track, 3> orientation;
     if (node.has("position")) {
-        position = read_track_array<3>(node["position"], {any_number()});
+        position = sky.read_position(node["position"]);
     }
     if (node.has("orientation")) {
         orientation = read_track_array<3>(node["orientation"], {any_number()});
@@ -139,17 +107,27 @@ std::shared_ptr<const Camera> read_placed(const JsonNode& node, Lens lens,
 
 }  // namespace
 
-std::shared_ptr<const Camera> read_camera(const JsonNode& node, const Composition& composition) {
-    node.expect_members({"look_at", "position", "orientation", "matrix", "zoom", "vertical_fov"});
+std::shared_ptr<const Camera> read_camera(const JsonNode& node, const Composition& composition,
+                                          const StarResolver& stars) {
+    node.expect_members(
+        {"look_at", "position", "unit", "orientation", "matrix", "zoom", "vertical_fov"});
     expect_one_placing(node);
     Lens lens = read_lens(node, composition);
-    if (node.has("look_at")) {
-        return read_look_at(node["look_at"], std::move(lens));
-    }
     if (node.has("matrix")) {
+        if (node.has("unit")) {
+            node["unit"].fail("no \"unit\" beside \"matrix\", whose translation is in parsecs");
+        }
         return read_matrix(node["matrix"], std::move(lens));
     }
-    return read_placed(node, std::move(lens), composition);
+    const SkyReader sky(node.has("unit") ? read_length_unit(node["unit"]) : 1.0, stars);
+    if (node.has("look_at")) {
+        std::array<Track, 3> position;
+        if (node.has("position")) {
+            position = sky.read_position(node["position"]);
+        }
+        return sky.read_look_at(node["look_at"], std::move(position), std::move(lens));
+    }
+    return read_placed(node, std::move(lens), composition, sky);
 }
 
 }  // namespace host

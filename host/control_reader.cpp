@@ -106,7 +106,7 @@ std::variant<Track, std::string, Colour> read_value(const JsonNode& node) {
     std::vector<Track::Key> numbers;
     numbers.reserve(keys.size());
     for (const KeyNode& key : keys) {
-        numbers.push_back({key.time, read_switch_or_number(key.value)});
+        numbers.push_back({key.time, read_switch_or_number(key.value), key.interpolation});
     }
     return Track(std::move(numbers));
 }

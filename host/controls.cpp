@@ -5,7 +5,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "nearest.h"
+#include <host/nearest.h>
 
 namespace host {
 namespace {

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <nlohmann/json.hpp>
 
-#include "nearest.h"
+#include <host/nearest.h>
 
 namespace host {
 

@@ -1,4 +1,4 @@
-#include "nearest.h"
+#include <host/nearest.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -9,9 +9,11 @@
 
 namespace host {
 
-Scene load_scene(const std::string& path) { return parse_scene(read_scene_text(path), path); }
+Scene load_scene(const std::string& path, const StarResolver& stars) {
+    return parse_scene(read_scene_text(path), path, stars);
+}
 
-Scene parse_scene(const std::string& text, const std::string& source) {
+Scene parse_scene(const std::string& text, const std::string& source, const StarResolver& stars) {
     if (text.empty()) {
         throw SceneError(source + ": expected a scene (a JSON object), found an empty file");
     }
@@ -24,7 +26,7 @@ Scene parse_scene(const std::string& text, const std::string& source) {
         scene.composition = read_composition(root["composition"]);
     }
     if (root.has("camera")) {
-        scene.camera = read_camera(root["camera"], scene.composition);
+        scene.camera = read_camera(root["camera"], scene.composition, stars);
     }
     if (root.has("controls")) {
         scene.controls = read_controls(root["controls"]);

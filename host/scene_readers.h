@@ -13,8 +13,10 @@ namespace host {
 
 Composition read_composition(const JsonNode& node);
 
-/// `composition` gives the defaults of a new camera and the height that an angle of view spans.
-std::shared_ptr<const Camera> read_camera(const JsonNode& node, const Composition& composition);
+/// `composition` gives the defaults of a new camera and the height that an angle of view spans;
+/// `stars` finds stars by name.
+std::shared_ptr<const Camera> read_camera(const JsonNode& node, const Composition& composition,
+                                          const StarResolver& stars);
 
 std::vector<ControlSetting> read_controls(const JsonNode& node);
 

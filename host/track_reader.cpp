@@ -9,6 +9,22 @@ namespace {
 
 const std::string kOrKeys = " or {\"keys\": [...]}";
 
+/// The member "interpolation" of `node`, or `unsaid`.
+Interpolation read_interpolation(const JsonNode& node, Interpolation unsaid) {
+    if (!node.has("interpolation")) {
+        return unsaid;
+    }
+    const JsonNode word = node["interpolation"];
+    for (const auto& [name, meant] : {std::pair{"linear", Interpolation::Linear},
+                                      {"smooth", Interpolation::Smooth},
+                                      {"hold", Interpolation::Hold}}) {
+        if (word.is_string() && word.string() == name) {
+            return meant;
+        }
+    }
+    word.fail("\"linear\", \"smooth\" or \"hold\"");
+}
+
 }  // namespace
 
 NumberRule any_number() {
@@ -25,7 +41,7 @@ NumberRule number_above_0() {
 }
 
 std::vector<KeyNode> read_keys(const JsonNode& node) {
-    node.expect_members({"keys"});
+    node.expect_members({"keys", "interpolation"});
     if (!node.has("keys")) {
         node.fail("\"keys\"");
     }
@@ -33,10 +49,11 @@ std::vector<KeyNode> read_keys(const JsonNode& node) {
     if (!list.is_array() || list.size() == 0) {
         list.fail("a list of keys, each {\"time\": seconds, \"value\": ...}");
     }
+    const Interpolation unsaid = read_interpolation(node, Interpolation::Linear);
     std::vector<KeyNode> keys;
     for (std::size_t i = 0; i < list.size(); ++i) {
         const JsonNode key = list[i];
-        key.expect_members({"time", "value"});
+        key.expect_members({"time", "value", "interpolation"});
         for (const char* member : {"time", "value"}) {
             if (!key.has(member)) {
                 key.fail("\"time\" and \"value\"", "no \"" + std::string(member) + '"');
@@ -46,7 +63,7 @@ std::vector<KeyNode> read_keys(const JsonNode& node) {
         if (!keys.empty() && !(time > keys.back().time)) {
             key["time"].fail("a time after that of the key before, " + list[i - 1]["time"].text());
         }
-        keys.push_back({time, key["value"]});
+        keys.push_back({time, key["value"], read_interpolation(key, unsaid)});
     }
     return keys;
 }
@@ -65,7 +82,7 @@ Track read_track(const JsonNode& node, const NumberRule& rule) {
     }
     std::vector<Track::Key> keys;
     for (const KeyNode& key : read_keys(node)) {
-        keys.push_back({key.time, read_number(key.value, rule)});
+        keys.push_back({key.time, read_number(key.value, rule), key.interpolation});
     }
     return Track(std::move(keys));
 }
@@ -91,7 +108,7 @@ std::vector<Track> split_keys(const std::vector<KeyNode>& keys,
     for (std::size_t element = 0; element < values.front().size(); ++element) {
         std::vector<Track::Key> column;
         for (std::size_t i = 0; i < keys.size(); ++i) {
-            column.push_back({keys[i].time, values[i][element]});
+            column.push_back({keys[i].time, values[i][element], keys[i].interpolation});
         }
         tracks.emplace_back(std::move(column));
     }

@@ -28,10 +28,12 @@ NumberRule number_above_0();
 struct KeyNode {
     double time;
     JsonNode value;
+    Interpolation interpolation;  ///< from here to the next key
 };
 
 /// The keys of `{"keys": [{"time": s, "value": v}, ...]}`; at least one, times strictly increasing.
-/// The values are unchecked.
+/// A key may have its own "interpolation"; one beside "keys" is for those that have none. The
+/// values are unchecked.
 std::vector<KeyNode> read_keys(const JsonNode& node);
 
 /// A plain number.

@@ -7,7 +7,10 @@
 #include <cmath>
 #include <memory>
 #include <numbers>
+#include <optional>
 #include <stdexcept>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -43,9 +46,10 @@ struct Place {
 
 /// Where the effect sees a star through `camera`: its own way from the host's matrix to the
 /// picture, that is the inverse with the y axis of both spaces turned over, in the foundation's
-/// matrices.
-Place seen(const Camera& camera, double ra, double dec) {
-    const Matrix w = camera.layer_to_world(0.0);
+/// matrices. `distance` in parsecs; 0 is infinitely far.
+Place seen(const Camera& camera, double ra, double dec, double distance = 0.0,
+           double seconds = 0.0) {
+    const Matrix w = camera.layer_to_world(seconds);
     DblMatrix4 m(w[0], w[1], w[2], w[3], w[4], w[5], w[6], w[7], w[8], w[9], w[10], w[11], w[12],
                  w[13], w[14], w[15]);
     m.invert();
@@ -56,7 +60,8 @@ Place seen(const Camera& camera, double ra, double dec) {
         m(i, 1) = -m(i, 1);
     }
     VectorN<double, 4> p(std::cos(dec * kDegree) * std::cos(ra * kDegree), std::sin(dec * kDegree),
-                         std::cos(dec * kDegree) * std::sin(ra * kDegree), 0.0);
+                         std::cos(dec * kDegree) * std::sin(ra * kDegree),
+                         distance > 0.0 ? 1.0 / distance : 0.0);
     transform(m, p);
     return {p[0] / p[2], p[1] / p[2], p[2]};
 }
@@ -164,6 +169,99 @@ TEST(LookAt, EveryAngleIsTakenAtItsTime) {
         host::look_at_camera(Track({{0.0, 350.0}, {2.0, 370.0}}), Track({{0.0, 0.0}, {2.0, 10.0}}),
                              Track({{0.0, 0.0}, {1.0, 30.0}}), Lens::zoom(1.0));
     expect_near(camera->layer_to_world(1.0), look_at(0.0, 5.0, 30.0)->layer_to_world(0.0));
+}
+
+/// Where a camera looks, in the stars' space.
+std::array<double, 3> ahead(const Camera& camera, double seconds) {
+    const Matrix m = camera.layer_to_world(seconds);
+    return {m[8], -m[9], m[10]};
+}
+
+std::shared_ptr<const Camera> at_point(std::array<Track, 3> position, double ra, double dec,
+                                       double distance) {
+    return host::look_at_camera(std::move(position), ra, dec, Track(distance), 0.0,
+                                Lens::zoom(1000.0));
+}
+
+TEST(LookAt, FromAnotherPlaceADirectionStaysAndAPointIsLookedAt) {
+    // Infinitely far: the matrix of the origin, moved.
+    const auto afar =
+        host::look_at_camera({1.0, 2.0, 3.0}, 83.0, -1.0, std::nullopt, 5.0, Lens::zoom(1000.0));
+    Matrix want = look_at(83.0, -1.0, 5.0)->layer_to_world(0.0);
+    want[12] = 1.0;
+    want[13] = 2.0;
+    want[14] = 3.0;
+    EXPECT_EQ(afar->layer_to_world(0.0), want);
+    // The point (10, 0, 0) from (0, 0, -10), and from (0, 10, 0), which is below, as y is down.
+    const double half = std::sqrt(0.5);
+    expect_near(ahead(*at_point({0.0, 0.0, -10.0}, 0.0, 0.0, 10.0), 0.0), {half, 0.0, half});
+    expect_near(ahead(*at_point({0.0, 10.0, 0.0}, 0.0, 0.0, 10.0), 0.0), {half, half, 0.0});
+    // In the very point, as from the origin.
+    expect_near(ahead(*at_point({10.0, 0.0, 0.0}, 0.0, 0.0, 10.0), 0.0), {1.0, 0.0, 0.0});
+}
+
+TEST(LookAt, APointIsAtTheMiddleOfThePictureFromEverywhereOnTheWay) {
+    const auto camera =
+        at_point({Track({{0.0, -3.0}, {4.0, 30.0}}), Track({{0.0, 7.0}, {4.0, -9.0}}),
+                  Track({{0.0, 1.0}, {4.0, 60.0}})},
+                 88.8, 7.4, 152.7);
+    for (const double seconds : {0.0, 0.7, 2.0, 3.9, 4.0}) {
+        const Place star = seen(*camera, 88.8, 7.4, 152.7, seconds);
+        EXPECT_NEAR(star.x, 0.0, 1e-12);
+        EXPECT_NEAR(star.y, 0.0, 1e-12);
+        EXPECT_GT(star.ahead, 0.0);
+        // What is a little north of it is above it, and on the middle line to first order.
+        const Place north = seen(*camera, 88.8, 7.41, 152.7, seconds);
+        EXPECT_GT(north.y, 1e-4);
+    }
+}
+
+std::shared_ptr<const Camera> aimed(std::vector<host::AimKey> aims) {
+    return host::aimed_camera({0.0, 0.0, 0.0}, std::move(aims), 0.0, Lens::zoom(1000.0));
+}
+
+TEST(Aimed, GoesAlongTheGreatCircle) {
+    using host::Interpolation;
+    // 90 degrees apart: a third of the way is 30 degrees, where the sine is a half.
+    const host::SkyPlace from = {0.0, 0.0, {}};
+    const host::SkyPlace to = {90.0, 60.0, {}};
+    const double sine = std::sin(60.0 * kDegree);
+    const auto linear = aimed({{1.0, from}, {4.0, to}});
+    expect_near(ahead(*linear, 2.0), {std::cos(30.0 * kDegree), 0.5 * sine, 0.5 * 0.5});
+    expect_near(ahead(*linear, 0.0), {1.0, 0.0, 0.0});
+    expect_near(ahead(*linear, 4.0), {0.0, sine, 0.5});
+    expect_near(ahead(*linear, 9.0), {0.0, sine, 0.5});
+    // 3 / 16 - 2 / 64 of the way after a quarter of the time.
+    const auto smooth = aimed({{0.0, from, Interpolation::Smooth}, {4.0, to}});
+    const double angle = 0.15625 * 90.0 * kDegree;
+    expect_near(ahead(*smooth, 1.0),
+                {std::cos(angle), std::sin(angle) * sine, std::sin(angle) * 0.5});
+    const auto held = aimed({{0.0, from, Interpolation::Hold}, {4.0, to}});
+    expect_near(ahead(*held, 3.99), {1.0, 0.0, 0.0});
+    expect_near(ahead(*held, 4.0), {0.0, sine, 0.5});
+}
+
+TEST(Aimed, TakesTheShortWayAcrossTheStartOfRightAscensionAndByNorthToTheOppositePlace) {
+    expect_near(ahead(*aimed({{0.0, {350.0, 0.0, {}}}, {2.0, {10.0, 0.0, {}}}}), 1.0),
+                {1.0, 0.0, 0.0});
+    expect_near(ahead(*aimed({{0.0, {0.0, 0.0, {}}}, {2.0, {180.0, 0.0, {}}}}), 1.0),
+                {0.0, 1.0, 0.0});
+    expect_near(ahead(*aimed({{0.0, {30.0, 20.0, {}}}, {2.0, {390.0, 20.0, {}}}}), 1.0),
+                ahead(*look_at(30.0, 20.0), 0.0));
+}
+
+TEST(Aimed, BothEndsAreSeenFromWhereTheCameraIs) {
+    // Half way, at (0, 0, 5): the point (5, 0, 0) is seen at ra -45, the point (0, 0, 10) at 90.
+    const auto camera = host::aimed_camera({0.0, 0.0, Track({{0.0, 0.0}, {2.0, 10.0}})},
+                                           {{0.0, {0.0, 0.0, 5.0}}, {2.0, {90.0, 0.0, 10.0}}}, 0.0,
+                                           Lens::zoom(1000.0));
+    const double middle = 22.5 * kDegree;
+    expect_near(ahead(*camera, 1.0), {std::cos(middle), 0.0, std::sin(middle)});
+}
+
+TEST(Aimed, RefusesNoKeysAndKeysOutOfOrder) {
+    EXPECT_THROW(aimed({}), std::invalid_argument);
+    EXPECT_THROW(aimed({{1.0, {}}, {1.0, {}}}), std::invalid_argument);
 }
 
 std::shared_ptr<const Camera> turned(double x, double y, double z) {

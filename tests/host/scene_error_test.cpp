@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <thread>
 #include <utility>
@@ -284,12 +285,20 @@ TEST(SceneErrors, OfControlsAreTold) {
             {R"([1, {"keys": [{"time": 0, "value": 1}, {"time": 1, "time": 2}]}])",
              "/1/keys/1/time: expected each member once, found \"time\" twice"},
             // Unknown members, with the nearest name.
-            {R"({"kyes": []})", "/kyes: expected \"keys\", found \"kyes\"; did you mean \"keys\"?"},
+            {R"({"kyes": []})",
+             "/kyes: expected one of \"keys\", \"interpolation\", found \"kyes\"; did you mean "
+             "\"keys\"?"},
             {R"({"keys": [{"tme": 0, "value": 1}]})",
-             "/keys/0/tme: expected one of \"time\", \"value\", found \"tme\"; did you mean "
+             "/keys/0/tme: expected one of \"time\", \"value\", \"interpolation\", found \"tme\"; "
+             "did you mean "
              "\"time\"?"},
             {R"({"keys": [{"time": 0, "value": 1}], "ease": 1})",
-             "/ease: expected \"keys\", found \"ease\""},
+             "/ease: expected one of \"keys\", \"interpolation\", found \"ease\""},
+            {R"({"keys": [{"time": 0, "value": 1, "interpolation": "cubic"}]})",
+             "/keys/0/interpolation: expected \"linear\", \"smooth\" or \"hold\", found "
+             "\"cubic\""},
+            {R"({"keys": [{"time": 0, "value": 1}], "interpolation": 2})",
+             "/interpolation: expected \"linear\", \"smooth\" or \"hold\", found 2"},
             // Keys.
             {"{}", ": expected \"keys\", found an empty object"},
             {R"({"keys": []})", "/keys" + kList + "an empty array"},
@@ -332,26 +341,50 @@ TEST(SceneErrors, OfControlsAreTold) {
         });
 }
 
+TEST(SceneErrors, AnUnknownStarIsToldWithTheNearestName) {
+    const auto error = [](const char* likely) {
+        return error_of_run([likely] {
+            host::parse_scene(R"({"camera": {"look_at": {"keys": [
+                {"time": 0, "value": {"star": "Riegl"}}]}}})",
+                              "s.json", [likely](const std::string&) {
+                                  return host::StarAnswer{std::nullopt,
+                                                          *likely != '\0'
+                                                              ? std::optional<std::string>(likely)
+                                                              : std::nullopt};
+                              });
+        });
+    };
+    const std::string told =
+        "s.json: /camera/look_at/keys/0/value/star: expected the name of a star, found \"Riegl\"";
+    EXPECT_EQ(error("Rigel"), told + "; did you mean \"Rigel\"?");
+    EXPECT_EQ(error(""), told);
+}
+
 TEST(SceneErrors, OfTheCameraAreTold) {
     expect_errors(
         R"({"camera": {)", "}}", "/camera",
         {
             // Unknown members, with the nearest name.
             {R"("fov": 24)",
-             "/fov: expected one of \"look_at\", \"position\", \"orientation\", \"matrix\", "
-             "\"zoom\", \"vertical_fov\", found \"fov\""},
+             "/fov: expected one of \"look_at\", \"position\", \"unit\", \"orientation\", "
+             "\"matrix\", \"zoom\", \"vertical_fov\", found \"fov\""},
             {R"("look_at": {"rol": 24})",
-             "/look_at/rol: expected one of \"ra\", \"dec\", \"roll\", found \"rol\"; did you mean "
+             "/look_at/rol: expected one of \"ra\", \"dec\", \"distance\", \"roll\", \"star\", "
+             "\"keys\", found \"rol\"; did you mean "
              "\"roll\"?"},
             // One way to place the camera.
-            {R"("look_at": {}, "position": [0, 0, 0])",
-             kOneWay + "\"look_at\" and \"position\"; remove one of them"},
+            {R"("look_at": {}, "orientation": [0, 0, 0], "position": [0, 0, 0])",
+             kOneWay + "\"look_at\" and \"orientation\"; remove one of them"},
+            {R"("matrix": [], "position": [0, 0, 0])",
+             kOneWay + "\"position\" and \"matrix\"; remove one of them"},
+            {R"("matrix": [], "orientation": [0, 0, 0], "look_at": {})",
+             kOneWay + "\"look_at\", \"orientation\" and \"matrix\"; remove two of them"},
             {R"("look_at": {}, "orientation": [0, 0, 0])",
              kOneWay + "\"look_at\" and \"orientation\"; remove one of them"},
             {R"("matrix": [], "orientation": [0, 0, 0], "position": [0, 0, 0])",
              kOneWay + "\"position\" with \"orientation\" and \"matrix\"; remove one of them"},
             {R"("look_at": {}, "matrix": [], "position": [0, 0, 0])",
-             kOneWay + "\"look_at\", \"position\" and \"matrix\"; remove two of them"},
+             kOneWay + "\"look_at\" and \"matrix\"; remove one of them"},
             // One way to say how much it sees.
             {R"("look_at": {}, "zoom": 100, "vertical_fov": 24)",
              ": expected one way to say how much the camera sees, found \"zoom\" and "
@@ -367,7 +400,8 @@ TEST(SceneErrors, OfTheCameraAreTold) {
              "/look_at/ra: expected a number or {\"keys\": [...]}, found \"5h35m\""},
             {R"("look_at": {"dec": 90.5})",
              "/look_at/dec: expected a number from -90 to 90, found 90.5"},
-            {R"("look_at": {"keys": [], "ra": 1})", "/look_at/ra: expected \"keys\", found \"ra\""},
+            {R"("look_at": {"keys": [], "ra": 1})",
+             "/look_at/ra: expected one of \"keys\", \"interpolation\", found \"ra\""},
             {R"("look_at": {"keys": [{"time": 0, "value": 5}]})",
              "/look_at/keys/0/value: expected an object, found 5"},
             // Keys that give the same members.
@@ -377,6 +411,26 @@ TEST(SceneErrors, OfTheCameraAreTold) {
             {R"("look_at": {"keys": [{"time": 0, "value": {"ra": 1}},
                                                    {"time": 1, "value": {"ra": 1, "roll": 2}}]})",
              "/look_at/keys/1/value" + kSameMembers + "\"roll\""},
+            // Stars, where none is known by name, and places.
+            {R"("look_at": {"star": "Rigel"})",
+             "/look_at/star: expected \"ra\" and \"dec\" instead, as no stars are known by name "
+             "here, found \"Rigel\""},
+            {R"("look_at": {"star": 7})", "/look_at/star: expected the name of a star, found 7"},
+            {R"("look_at": {"star": "Rigel", "ra": 7})",
+             "/look_at/ra: expected one of \"star\", \"roll\", found \"ra\""},
+            {R"("look_at": {"ra": 7, "distance": 0})",
+             "/look_at/distance: expected a number above 0, found 0"},
+            {R"("position": {"distance": 7})",
+             "/position: expected \"toward\" a star, or \"ra\" and \"dec\", found no \"ra\""},
+            {R"("position": {"ra": 7, "dec": 0})",
+             "/position: expected a \"distance\" from the Sun, found an object"},
+            {R"("position": {"toward": "Rigel", "ra": 7, "distance": 1})",
+             "/position/ra: expected either \"toward\" or \"ra\" and \"dec\", not both, found 7"},
+            {R"("position": [0, 0, 0], "unit": "km")",
+             "/unit: expected \"pc\", \"ly\" or \"au\", found \"km\""},
+            {R"("matrix": [], "unit": "ly")",
+             "/unit: expected no \"unit\" beside \"matrix\", whose translation is in parsecs, "
+             "found \"ly\""},
             // Arrays of so many numbers.
             {R"("position": [1, 2])",
              "/position: expected an array of 3 numbers, found an array of 2"},

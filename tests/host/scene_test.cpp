@@ -17,6 +17,7 @@ namespace {
 
 using host::Colour;
 using host::ControlSetting;
+using host::Interpolation;
 using host::Matrix;
 using host::Scene;
 using host::Track;
@@ -59,6 +60,114 @@ TEST(Track, AtAKeyTheValueIsExactlyTheKeysAndBetweenEqualOnesNothingMoves) {
     for (int i = 0; i <= 100; ++i) {
         EXPECT_EQ(still.at(i / 100.0), 0.1);
     }
+}
+
+TEST(Track, HeldKeysJumpAtTheNextKeysTime) {
+    const Track track({{0.0, 5.0, Interpolation::Hold}, {1.0, 7.0}, {2.0, 9.0}});
+    EXPECT_EQ(track.at(0.999), 5.0);
+    EXPECT_EQ(track.at(1.0), 7.0);
+    EXPECT_EQ(track.at(1.5), 8.0);
+}
+
+TEST(Track, SmoothKeysAreJoinedByTheCubicWithTheirNeighboursSlope) {
+    constexpr auto kSmooth = Interpolation::Smooth;
+    const struct {
+        const char* what;
+        Track track;
+        double time, value;
+    } cases[] = {
+        // Between two keys alone: 3 / 16 - 2 / 64 of the way after a quarter of it.
+        {"two keys", Track({{0.0, 0.0, kSmooth}, {4.0, 8.0}}), 1.0, 1.25},
+        // The slope at 1 is 2 / 3. In the middle of a way the ends' slopes count an eighth of its
+        // length.
+        {"before", Track({{0.0, 0.0, kSmooth}, {1.0, 1.0, kSmooth}, {3.0, 2.0}}), 0.5,
+         0.5 - 2.0 / 3.0 / 8.0},
+        {"after", Track({{0.0, 0.0, kSmooth}, {1.0, 1.0, kSmooth}, {3.0, 2.0}}), 2.0,
+         1.5 + 2.0 * 2.0 / 3.0 / 8.0},
+        // 21 / 2 is cut to three times the rise of 1.
+        {"too steep", Track({{0.0, 0.0, kSmooth}, {1.0, 1.0, kSmooth}, {2.0, 21.0}}), 0.5,
+         0.5 - 3.0 / 8.0},
+        {"down", Track({{0.0, 0.0, kSmooth}, {1.0, -1.0, kSmooth}, {2.0, -21.0}}), 0.5,
+         -0.5 + 3.0 / 8.0},
+        {"turning point", Track({{0.0, 0.0, kSmooth}, {1.0, 1.0, kSmooth}, {2.0, 0.0}}), 1.25,
+         1.0 - 0.15625},
+        {"behind a line", Track({{0.0, 0.0}, {1.0, 1.0, kSmooth}, {2.0, 3.0}}), 1.5,
+         2.0 + 1.0 / 8.0},
+        {"before a line", Track({{0.0, 0.0, kSmooth}, {1.0, 2.0}, {2.0, 3.0}}), 0.5,
+         1.0 - 1.0 / 8.0},
+        {"behind a hold", Track({{0.0, 0.0, Interpolation::Hold}, {1.0, 1.0, kSmooth}, {2.0, 3.0}}),
+         1.5, 2.0},
+        {"a rest",
+         Track({{0.0, 0.0, kSmooth}, {1.0, 1.0, kSmooth}, {2.0, 1.0, kSmooth}, {3.0, 5.0}}), 1.3,
+         1.0},
+        // Their difference is beyond the largest number.
+        {"huge", Track({{0.0, -1.5e308, kSmooth}, {1.0, 1.5e308}}), 0.5, 0.0},
+    };
+    for (const auto& each : cases) {
+        EXPECT_NEAR(each.track.at(each.time), each.value, 1e-15) << each.what;
+        for (const Track::Key& key : each.track.keys()) {
+            EXPECT_EQ(each.track.at(key.time), key.value) << each.what;
+        }
+    }
+}
+
+TEST(Track, ASmoothWayHasNoCornerAndNeverLeavesItsKeys) {
+    const Track track({{0.0, 0.0, Interpolation::Smooth},
+                       {1.0, 1.0, Interpolation::Smooth},
+                       {1.5, 30.0, Interpolation::Smooth},
+                       {4.0, 31.0, Interpolation::Smooth},
+                       {5.0, -7.0, Interpolation::Smooth},
+                       {9.0, -7.0}});
+    constexpr double kStep = 1e-6;
+    for (const Track::Key& key : track.keys()) {
+        const double before = (key.value - track.at(key.time - kStep)) / kStep;
+        const double after = (track.at(key.time + kStep) - key.value) / kStep;
+        EXPECT_NEAR(before, after, 1e-3) << key.time;
+    }
+    for (std::size_t i = 1; i < track.keys().size(); ++i) {
+        const auto& from = track.keys()[i - 1];
+        const auto& to = track.keys()[i];
+        for (int step = 0; step <= 1000; ++step) {
+            const double value = track.at(from.time + (to.time - from.time) * step / 1000.0);
+            EXPECT_GE(value, std::min(from.value, to.value));
+            EXPECT_LE(value, std::max(from.value, to.value));
+        }
+    }
+}
+
+TEST(Track, ScaledHasTheProductsAtAllTimes) {
+    const Track track(
+        {{0.0, 1.0, Interpolation::Smooth}, {1.0, 3.0, Interpolation::Hold}, {2.0, 4.0}});
+    for (const double time : {-1.0, 0.0, 0.25, 1.5, 2.0}) {
+        EXPECT_EQ(track.scaled(-4.0).at(time), -4.0 * track.at(time));
+    }
+}
+
+TEST(Keys, HaveAnInterpolationOfTheirOwnOrThatOfTheirList) {
+    const Track own = number(R"({"keys": [{"time": 0, "value": 0, "interpolation": "hold"},
+        {"time": 1, "value": 8, "interpolation": "smooth"}, {"time": 5, "value": 0}]})");
+    EXPECT_EQ(own.at(0.5), 0.0);
+    EXPECT_EQ(own.at(2.0), 8.0 - 1.25);
+    const Track shared = number(R"({"interpolation": "smooth", "keys": [{"time": 0, "value": 0},
+        {"time": 4, "value": 8, "interpolation": "linear"}, {"time": 5, "value": 0}]})");
+    EXPECT_EQ(shared.at(1.0), 1.25);
+    EXPECT_EQ(shared.at(4.25), 6.0);
+    // Wherever keys stand.
+    const std::string keys = R"({"interpolation": "hold", "keys": [)";
+    const Scene scene = parse(R"({"composition": {"shutter_angle": )" + keys +
+                              R"({"time": 0, "value": 10}, {"time": 1, "value": 20}]}},
+        "camera": {"position": )" +
+                              keys + R"({"time": 0, "value": [1, 2, 3]},
+            {"time": 1, "value": [4, 5, 6]}]}, "zoom": )" +
+                              keys +
+                              R"({"time": 0, "value": 5}, {"time": 1, "value": 6}]}},
+        "controls": {"A": )" + keys +
+                              R"({"time": 0, "value": "#010203"},
+            {"time": 1, "value": "#040506"}]}}})");
+    EXPECT_EQ(scene.composition.shutter_angle.at(0.9), 10.0);
+    EXPECT_EQ(scene.camera->layer_to_world(0.9)[12], 1.0);
+    EXPECT_EQ(scene.camera->zoom(0.9), 5.0);
+    EXPECT_EQ(std::get<Colour>(scene.controls.at(0).value).channels[2].at(0.9), 3.0);
 }
 
 TEST(Track, RefusesKeysOutOfOrderAndNoKeys) {
@@ -278,6 +387,99 @@ TEST(CameraObject, LookAtTakesKeysNumberByNumberOrAsAWhole) {
     EXPECT_EQ(whole.camera->layer_to_world(0.5), still.camera->layer_to_world(0.0));
 }
 
+/// Two stars: one 100 parsecs off at ra 90 on the equator, one of unknown distance at the pole.
+host::StarAnswer two_stars(const std::string& name) {
+    if (name == "Near") {
+        return {host::StarPlace{90.0, 0.0, 100.0}, std::nullopt};
+    }
+    if (name == "Pole") {
+        return {host::StarPlace{0.0, 90.0, std::nullopt}, std::nullopt};
+    }
+    return {std::nullopt, "Near"};
+}
+
+/// The matrix of a camera among these stars.
+Matrix among_stars(const std::string& camera, double seconds = 0.0) {
+    return host::parse_scene("{\"camera\": {" + camera + "}}", "s.json", two_stars)
+        .camera->layer_to_world(seconds);
+}
+
+void expect_row(const Matrix& m, std::size_t row, const std::array<double, 3>& want) {
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_NEAR(m[4 * row + i], want[i], 1e-12) << "element " << i;
+    }
+}
+
+TEST(CameraObject, LooksFromAPositionAtADirectionOrAPoint) {
+    const double half = std::sqrt(0.5);
+    expect_row(among_stars(R"("position": [50, 0, 0], "look_at": {"ra": 90})"), 2, {0, 0, 1});
+    // The point (0, 0, 50) from (50, 0, 0).
+    const Matrix m =
+        among_stars(R"("position": [50, 0, 0], "look_at": {"ra": 90, "distance": 50})");
+    expect_row(m, 2, {-half, 0, half});
+    expect_row(m, 3, {50, 0, 0});
+    // Keys of whole places, the distance interpolated too: (0, 0, 50) half way.
+    expect_row(among_stars(R"("position": [50, 0, 0], "look_at": {"keys": [
+        {"time": 0, "value": {"ra": 90, "distance": 20}},
+        {"time": 1, "value": {"ra": 90, "distance": 80}}]})",
+                           0.5),
+               2, {-half, 0, half});
+}
+
+TEST(CameraObject, LooksAtAStarByItsName) {
+    const double half = std::sqrt(0.5);
+    expect_row(among_stars(R"("look_at": {"star": "Near"})"), 2, {0, 0, 1});
+    expect_row(among_stars(R"("position": [100, 0, 0], "look_at": {"star": "Near"})"), 2,
+               {-half, 0, half});
+    // Of unknown distance it is infinitely far: straight up, which is -y.
+    expect_row(among_stars(R"("position": [100, 0, 0], "look_at": {"star": "Pole"})"), 2,
+               {0, -1, 0});
+    // A quarter about the view: right is what was down.
+    expect_row(among_stars(R"("look_at": {"star": "Near", "roll": 90})"), 0, {0, 1, 0});
+}
+
+TEST(CameraObject, KeysThatNameStarsAreJoinedByGreatCircles) {
+    const std::string keys = R"("look_at": {"keys": [{"time": 0, "value": {"star": "Near"}},
+        {"time": 2, "value": {"star": "Pole"}}, {"time": 4, "value": {"ra": 0, "dec": 0}}])";
+    const double half = std::sqrt(0.5);
+    expect_row(among_stars(keys + "}", 1.0), 2, {0, -half, half});
+    expect_row(among_stars(keys + "}", 3.0), 2, {half, -half, 0});
+    const double angle = 0.15625 * std::numbers::pi / 2.0;
+    expect_row(among_stars(keys + R"(, "interpolation": "smooth"})", 0.5), 2,
+               {0, -std::sin(angle), std::cos(angle)});
+}
+
+TEST(CameraObject, StandsTowardAStarOrAPlace) {
+    expect_row(among_stars(R"("position": {"toward": "Near", "distance": -3})"), 3, {0, 0, -3});
+    expect_row(among_stars(R"("position": {"ra": 0, "dec": 90, "distance":
+        {"keys": [{"time": 0, "value": 0}, {"time": 1, "value": 8}]}})",
+                           0.25),
+               3, {0, -2, 0});
+    // From one place to another in a straight line.
+    expect_row(among_stars(R"("position": {"keys": [{"time": 0, "value": [4, 0, 0]},
+        {"time": 1, "value": {"toward": "Near", "distance": 8}}]})",
+                           0.5),
+               3, {2, 0, 4});
+}
+
+TEST(CameraObject, LengthsHaveAUnit) {
+    // A parsec is 3.26156 light years and 206264.806 astronomical units.
+    const Matrix ly = among_stars(R"("unit": "ly", "position": [32.6156, 0, 0])");
+    EXPECT_NEAR(ly[12], 10.0, 1e-4);
+    const Matrix au =
+        among_stars(R"("unit": "au", "position": {"toward": "Near", "distance": 412529.612})");
+    EXPECT_NEAR(au[14], 2.0, 1e-8);
+    EXPECT_EQ(among_stars(R"("unit": "pc", "position": [7, 0, 0])")[12], 7.0);
+    const double half = std::sqrt(0.5);
+    expect_row(among_stars(R"("unit": "ly", "position": [50, 0, 0],
+        "look_at": {"ra": 90, "distance": 50})"),
+               2, {-half, 0, half});
+    // A star's distance is in parsecs whatever the scene's unit.
+    const Matrix star = among_stars(R"("unit": "ly", "position": [326.156, 0, 0],
+        "look_at": {"star": "Near"})");
+    EXPECT_NEAR(star[8], -half, 1e-6);
+}
+
 TEST(CameraObject, AVerticalAngleOfViewSpansTheHeight) {
     const Scene scene =
         parse(R"({"composition": {"height": 600}, "camera": {"look_at": {}, "vertical_fov": 90}})");
@@ -321,6 +523,8 @@ TEST(ScenesShipped, ThePanMovesAndIsBlurred) {
     EXPECT_EQ(std::get<Track>(scene.controls[1].value).at(0.0), 16.0);
 }
 
+host::StarAnswer any_star(const std::string&) { return {host::StarPlace{}, std::nullopt}; }
+
 TEST(ScenesShipped, TheDescriptionsExamplesAreScenes) {
     std::ifstream file(SCENES_DIR "/README.md");
     const std::string text{std::istreambuf_iterator<char>(file), {}};
@@ -328,10 +532,11 @@ TEST(ScenesShipped, TheDescriptionsExamplesAreScenes) {
     const std::string fence = "```json\n";
     for (std::size_t at = text.find(fence); at != std::string::npos; at = text.find(fence, at)) {
         at += fence.size();
-        EXPECT_NO_THROW(parse(text.substr(at, text.find("```", at) - at)));
+        EXPECT_NO_THROW(
+            host::parse_scene(text.substr(at, text.find("```", at) - at), "s.json", any_star));
         ++examples;
     }
-    EXPECT_EQ(examples, 4);
+    EXPECT_EQ(examples, 7);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -55,6 +56,42 @@ private:
 /// orientation does. These axes, y turned down, are the rows of the layer-to-world matrix. At the
 /// poles north is where it is along the meridian `ra`.
 std::shared_ptr<const Camera> look_at_camera(Track ra, Track dec, Track roll, Lens lens);
+
+/// A place in the sky, or in space: `distance` parsecs from the Sun, which is the origin; nothing
+/// is infinitely far. `ra` and `dec` in degrees.
+struct SkyPlace {
+    double ra = 0.0;
+    double dec = 0.0;
+    std::optional<double> distance;
+};
+
+/// The point of the world that stands at `place`, in parsecs, x right, y down: its direction where
+/// it is infinitely far.
+std::array<double, 3> world_point(const SkyPlace& place);
+
+/// As above, at `position` (parsecs) instead of the origin. With `distance`, above 0, it looks from
+/// there at the point that is as far from the origin as that; without it, in the direction of `ra`
+/// and `dec`. Where camera and point coincide it looks in the point's direction.
+std::shared_ptr<const Camera> look_at_camera(std::array<Track, 3> position, Track ra, Track dec,
+                                             std::optional<Track> distance, Track roll, Lens lens);
+
+/// What a camera looks at from a time on.
+struct AimKey {
+    double time;  ///< seconds of composition time
+    SkyPlace place;
+    Interpolation interpolation = Interpolation::Linear;  ///< from here to the next key
+};
+
+/// A camera at `position` (parsecs) that looks at one place after another, held before the first
+/// key and after the last. In between its aim goes along the great circle that leads from the one
+/// place to the other as seen from where the camera is at that moment: at an even pace if linear;
+/// if smooth, by the share 3 s^2 - 2 s^3 of the way after the share s of the time, so that it comes
+/// to rest at each place, since the next great circle leaves in another direction. Between opposite
+/// places it goes by north. North is up and east to the left, then rolled by `roll` (degrees).
+///
+/// `aims` must be non-empty, with times strictly increasing; throws `std::invalid_argument`.
+std::shared_ptr<const Camera> aimed_camera(std::array<Track, 3> position, std::vector<AimKey> aims,
+                                           Track roll, Lens lens);
 
 /// A camera at `position` (pixels), turned by `orientation` (degrees about x, y, z). The
 /// layer-to-world matrix is Rz * Ry * Rx * T: a point of the camera is turned about z first, then

@@ -6,8 +6,11 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <variant>
@@ -23,13 +26,36 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// A number over time: constant, or keyframes joined by straight lines and held before the first
-/// and after the last. At a key's time the value is exactly the key's.
+/// How a value goes from one key to the next.
+enum class Interpolation {
+    Linear,  ///< in a straight line
+    Smooth,  ///< in a curve without corners
+    Hold,    ///< not at all until the next key's time, where it jumps
+};
+
+/// A number over time: constant, or keyframes, held before the first and after the last. At a key's
+/// time the value is exactly the key's, and between two keys it never leaves their range.
+///
+/// A smooth way from key 0 to key 1, with h = t1 - t0 and s = (t - t0) / h, is the cubic with the
+/// slopes m0 and m1 at its ends:
+///
+///     v0 + (v1 - v0) (3 s^2 - 2 s^3) + h m0 (s^3 - 2 s^2 + s) + h m1 (s^3 - s^2)
+///
+/// The slope at a key, whose ways before and after rise by a and b a second on average, is
+///
+/// - 0 at the first and the last key, at a turning point (a and b differ in sign or one is 0) and
+///   beside a way that holds;
+/// - that of the straight line where one of the two ways is linear;
+/// - else (v_next - v_before) / (t_next - t_before), as of Catmull and Rom;
+///
+/// but never steeper than three times the less steep of a and b, so that the curve stays between
+/// its keys (Fritsch and Carlson, 1980).
 class Track {
 public:
     struct Key {
         double time;  ///< seconds of composition time
         double value;
+        Interpolation interpolation = Interpolation::Linear;  ///< from here to the next key
     };
 
     Track(double constant = 0.0) : keys_{{0.0, constant}} {}  // NOLINT(google-explicit-constructor)
@@ -40,8 +66,13 @@ public:
     /// One key, that is the same value at all times.
     bool is_constant() const { return keys_.size() == 1; }
     const std::vector<Key>& keys() const { return keys_; }
+    /// The track of `factor` times these values.
+    Track scaled(double factor) const;
 
 private:
+    double smooth_at(std::size_t before, double seconds) const;
+    double slope_at(std::size_t key) const;
+
     std::vector<Key> keys_;
 };
 
@@ -132,10 +163,28 @@ struct Scene {
     std::vector<ControlSetting> controls;  ///< in the order of the file, each name once
 };
 
-/// Reads a scene file. Throws `SceneError`, also for a file that cannot be read.
-Scene load_scene(const std::string& path);
+/// Where a star stands.
+struct StarPlace {
+    double ra = 0.0;                 ///< right ascension, degrees
+    double dec = 0.0;                ///< declination, degrees
+    std::optional<double> distance;  ///< from the Sun, parsecs, above 0; nothing: not known
+};
+
+/// What is known of a star's name.
+struct StarAnswer {
+    std::optional<StarPlace> place;      ///< nothing: no star has this name
+    std::optional<std::string> nearest;  ///< the likely name then, for the message
+};
+
+/// Finds stars for a scene that names them. The host itself knows no catalogue.
+using StarResolver = std::function<StarAnswer(const std::string& name)>;
+
+/// Reads a scene file. Throws `SceneError`, also for a file that cannot be read. Without `stars` a
+/// star's name in the scene is an error.
+Scene load_scene(const std::string& path, const StarResolver& stars = {});
 /// Reads a scene from JSON text (UTF-8; `//` and `/* */` comments are allowed); `source` stands for
 /// the file's name in messages. Throws `SceneError`.
-Scene parse_scene(const std::string& text, const std::string& source);
+Scene parse_scene(const std::string& text, const std::string& source,
+                  const StarResolver& stars = {});
 
 }  // namespace host
