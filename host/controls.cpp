@@ -1,11 +1,10 @@
 #include <host/controls.h>
+#include <host/nearest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <sstream>
 #include <stdexcept>
-
-#include <host/nearest.h>
 
 namespace host {
 namespace {

@@ -1,13 +1,12 @@
 // Places of values in their file, and messages about them.
 #include "json_node.h"
 
+#include <host/nearest.h>
 #include <host/scene.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <nlohmann/json.hpp>
-
-#include <host/nearest.h>
 
 namespace host {
 

@@ -5,7 +5,9 @@
 
 namespace lumivar {
 
+/// Each adds its subcommand.
 void add_camera_info_command(Command& camera);
 void add_camera_convert_command(Command& camera);
+void add_camera_tour_command(Command& camera);
 
 }  // namespace lumivar

@@ -24,6 +24,7 @@
 #include "player.h"
 #include "progress.h"
 #include "render_request.h"
+#include "star_resolver.h"
 
 namespace lumivar {
 namespace {
@@ -142,7 +143,7 @@ void render_command(const RenderArguments& arguments) {
     for (const std::string& text : arguments.settings) {
         settings.push_back(parse_setting(text));
     }
-    host::Scene scene = host::load_scene(arguments.scene);
+    host::Scene scene = host::load_scene(arguments.scene, resolve_star);
     bring_camera(arguments.camera, scene);
     for (host::ControlSetting& setting : settings) {
         scene.controls.push_back(std::move(setting));
