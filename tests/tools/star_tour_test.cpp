@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "read_back.h"
 #include "star_resolver.h"
 #include "tool_run.h"
 
@@ -148,6 +149,34 @@ TEST(ScenesShipped, BetelgeuseIsFlownAt) {
     expect_aim(scene, 10.0, 88.792939, 7.407063);
     const host::Matrix end = scene.camera->layer_to_world(10.0);
     EXPECT_NEAR(std::hypot(end[12], end[13], end[14]), 140.0, 1e-9);
+}
+
+// The catalogue that is drawn has the star where its name says: from 100 parsecs aside a distance
+// a tenth of a parsec off would move it by more than ten pixels.
+TEST(ScenesThatNameStars, AreDrawnWithTheStarInTheMiddle) {
+    const ScratchFolder folder;
+    const std::string scene = folder / "aside.json";
+    write_file(scene, R"({"composition": {"width": 200, "height": 160, "duration": 2},
+        "camera": {"position": {"keys": [{"time": 0, "value": [0, 0, 0]},
+                                         {"time": 1, "value": {"ra": 180, "dec": 0, "distance": 100}}]},
+                   "look_at": {"star": "Betelgeuse"}, "vertical_fov": 0.2},
+        "controls": {"Parallax Crush": 0, "Star Brightness": 5}})");
+    const ToolResult run = run_tool({"render", scene, "-o", folder / "aside.exr", "--time", "1"});
+    ASSERT_EQ(run.code, 0) << run.err;
+    const ReadBack picture = read_back(folder / "aside.exr");
+    double light = 0.0, x_sum = 0.0, y_sum = 0.0;
+    for (int y = 60; y <= 100; ++y) {
+        for (int x = 80; x <= 120; ++x) {
+            const auto value = static_cast<double>(picture.at<float>(x, y, 0));
+            light += value;
+            x_sum += value * x;
+            y_sum += value * y;
+        }
+    }
+    ASSERT_GT(light, 1.0);
+    // Half a pixel: the effect takes angles in single precision, the database in five decimals.
+    EXPECT_NEAR(x_sum / light, 100.0, 0.5);
+    EXPECT_NEAR(y_sum / light, 80.0, 0.5);
 }
 
 }  // namespace
