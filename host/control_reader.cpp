@@ -75,7 +75,9 @@ double read_switch_or_number(const JsonNode& node) {
     return read_number(node, {"a number, or true or false", any_number().holds});
 }
 
-std::variant<Track, std::string, Colour> read_value(const JsonNode& node) {
+}  // namespace
+
+std::variant<Track, std::string, Colour> read_control_value(const JsonNode& node) {
     if (node.is_number() || node.is_boolean()) {
         return Track(read_switch_or_number(node));
     }
@@ -111,14 +113,12 @@ std::variant<Track, std::string, Colour> read_value(const JsonNode& node) {
     return Track(std::move(numbers));
 }
 
-}  // namespace
-
 std::vector<ControlSetting> read_controls(const JsonNode& node) {
     node.expect_object();
     std::vector<ControlSetting> controls;
     for (const std::string& name : node.members()) {
         const JsonNode control = node[name];
-        controls.push_back({name, control.place(), read_value(control)});
+        controls.push_back({name, control.place(), read_control_value(control)});
     }
     return controls;
 }

@@ -10,6 +10,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "json_node.h"
@@ -42,6 +43,21 @@ std::optional<std::string> between(const std::string& text, const std::string& b
     return text.substr(from, to == std::string::npos ? to : to - from);
 }
 
+/// The word that the byte before `position` belongs to, or the last one of the text, and its start.
+std::pair<std::size_t, std::string> word_at(const std::string& text, std::size_t position) {
+    const std::string ends = " \t\r\n{}[]\",:/";
+    const std::size_t last = std::min(position, text.size());
+    const std::size_t before = last == 0 ? std::string::npos : text.find_last_of(ends, last - 1);
+    const std::size_t start = before == std::string::npos ? 0 : before + 1;
+    return {start, text.substr(start, text.find_first_of(ends, start) - start)};
+}
+
+/// Of visible ASCII characters, at least one.
+bool is_printable(const std::string& word) {
+    return !word.empty() &&
+           std::all_of(word.begin(), word.end(), [](char c) { return c > ' ' && c <= '~'; });
+}
+
 /// Walks over a document, keeps nothing of it, and stops at the first error or repeated member.
 class Checker : public nlohmann::json_sax<Json> {
 public:
@@ -57,11 +73,7 @@ public:
     bool string(string_t&) override { return value(); }
     bool binary(binary_t&) override { return value(); }
 
-    bool start_object(std::size_t) override {
-        value();
-        open_.emplace_back();
-        return true;
-    }
+    bool start_object(std::size_t) override { return begin(); }
     bool key(string_t& name) override {
         Level& level = open_.back();
         level.step = name;
@@ -78,8 +90,8 @@ public:
     }
     bool end_object() override { return close(); }
     bool start_array(std::size_t) override {
-        value();
-        open_.emplace_back().is_array = true;
+        begin();
+        open_.back().is_array = true;
         return true;
     }
     bool end_array() override { return close(); }
@@ -104,12 +116,21 @@ public:
             } else if (found != "end of input") {
                 length = 1;
             }
-            if (what.ends_with("expected end of input")) {
+            if (whole_) {
                 expected = "the end of the scene";
             }
         } else if (const auto broken = between(what, " - ", "; last read: ")) {
             found = *broken;
             length = 1;
+            if (whole_ && found == "invalid literal") {
+                // What follows the scene is no value, however it is spelled: the word is shown.
+                expected = "the end of the scene";
+                const auto [start, word] = word_at(text_, position);
+                if (is_printable(word)) {
+                    found = word.size() > kLongestText ? "a long word" : word;
+                    length = position - start;
+                }
+            }
         } else {
             expected = "a finite number";
             found = token;
@@ -134,17 +155,27 @@ private:
     bool value() {
         if (!open_.empty()) {
             ++open_.back().index;
+        } else {
+            whole_ = true;
         }
+        return true;
+    }
+    bool begin() {
+        value();
+        whole_ = false;
+        open_.emplace_back();
         return true;
     }
     bool close() {
         open_.pop_back();
+        whole_ = open_.empty();
         return true;
     }
 
     const std::string& text_;
     const std::string& source_;
     std::vector<Level> open_;
+    bool whole_ = false;  ///< the document's one value has been read to its end
     std::string error_;
 };
 

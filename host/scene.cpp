@@ -10,7 +10,7 @@
 namespace host {
 
 Scene load_scene(const std::string& path, const StarResolver& stars) {
-    return parse_scene(read_scene_text(path), path, stars);
+    return parse_scene(read_scene_text(path), name_of_scene(path), stars);
 }
 
 Scene parse_scene(const std::string& text, const std::string& source, const StarResolver& stars) {
@@ -32,6 +32,12 @@ Scene parse_scene(const std::string& text, const std::string& source, const Star
         scene.controls = read_controls(root["controls"]);
     }
     return scene;
+}
+
+ControlSetting parse_control(const std::string& name, const std::string& text,
+                             const std::string& place) {
+    const auto document = parse_json(text, place);
+    return {name, place, read_control_value(JsonNode(*document, place))};
 }
 
 }  // namespace host

@@ -5,6 +5,8 @@
 #include <host/scene.h>
 
 #include <memory>
+#include <string>
+#include <variant>
 #include <vector>
 
 #include "json_node.h"
@@ -18,6 +20,8 @@ Composition read_composition(const JsonNode& node);
 std::shared_ptr<const Camera> read_camera(const JsonNode& node, const Composition& composition,
                                           const StarResolver& stars);
 
+/// A control's value, whatever its kind.
+std::variant<Track, std::string, Colour> read_control_value(const JsonNode& node);
 std::vector<ControlSetting> read_controls(const JsonNode& node);
 
 }  // namespace host

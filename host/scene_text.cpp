@@ -1,8 +1,10 @@
 #include "scene_text.h"
 
 #include <host/scene.h>
+#include <osapi/files.h>
 #include <osapi/streams.h>
 #include <osapi/whole_file.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <optional>
@@ -16,6 +18,8 @@ namespace {
 // Reading a single byte moves the rest of the buffer, so a small buffer is several times faster
 // here than one of a page.
 constexpr int kStreamBuffer = 256;
+
+const std::string kStandardInput = "-";
 
 bool is_lost_in_lines(char byte) { return byte == '\0' || byte == '\xFF'; }
 
@@ -56,12 +60,32 @@ private:
     std::optional<char> refused_;
 };
 
+/// The scene's file, or standard input, which is the program's and stays open.
+class SceneFile : public OSAPI::RWFileDescriptor {
+public:
+    explicit SceneFile(const std::string& path)
+        : RWFileDescriptor(path == kStandardInput ? STDIN_FILENO
+                                                  : OSAPI::open(path.c_str(), OSAPI::kRead)) {}
+    SceneFile(const SceneFile&) = delete;
+    SceneFile& operator=(const SceneFile&) = delete;
+    ~SceneFile() noexcept(false) {
+        if (fd() == STDIN_FILENO) {
+            release();
+        }
+    }
+};
+
 }  // namespace
+
+std::string name_of_scene(const std::string& path) {
+    return path == kStandardInput ? "standard input" : path;
+}
 
 std::string read_scene_text(const std::string& path, int most_mebibytes) {
     const s64 longest = s64{most_mebibytes} << 20U;
+    const std::string name = name_of_scene(path);
     try {
-        OSAPI::DiskFile file(path.c_str(), OSAPI::kRead);
+        SceneFile file(path);
         // Pipes give fewer bytes than they are asked for; this reads on.
         OSAPI::DescriptorInput bytes(file);
         TextInput source(bytes, longest + 1);
@@ -71,17 +95,17 @@ std::string read_scene_text(const std::string& path, int most_mebibytes) {
             text += line.c_str();
         }
         if (const auto byte = source.refused()) {
-            throw SceneError(path + ": " + line_and_column(text, text.size()) +
+            throw SceneError(name + ": " + line_and_column(text, text.size()) +
                              ": expected text, found the byte " +
                              (*byte == '\0' ? "0x00" : "0xFF") + "; save the scene as UTF-8 text");
         }
         if (static_cast<s64>(text.size()) > longest) {
-            throw SceneError(path + ": expected a scene, found a file of more than " +
+            throw SceneError(name + ": expected a scene, found a file of more than " +
                              std::to_string(most_mebibytes) + " MiB");
         }
         return text;
     } catch (const StrXception& failure) {
-        throw SceneError(OSAPI::cannot_read(path, failure));
+        throw SceneError(OSAPI::cannot_read(name, failure));
     }
 }
 

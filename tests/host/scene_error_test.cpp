@@ -131,7 +131,7 @@ TEST_F(LoadErrors, ASceneOfOneLongLineIsReadWhole) {
     const std::string path = write(start + numbers + "]}} x");
     EXPECT_EQ(error_of_file(path), path + ": line 1, column " +
                                        std::to_string(start.size() + numbers.size() + 5) +
-                                       ": expected a value, found invalid literal");
+                                       ": expected the end of the scene, found x");
 }
 
 const std::string kName = "expected a member's name in double quotes, found ";
@@ -175,6 +175,13 @@ TEST(SceneErrors, OfTheWholeAreTold) {
             {"// nothing\n", "line 2, column 1: " + kValue + "end of input"},
             // What follows the scene.
             {"{} {}", "line 1, column 4: expected the end of the scene, found '{'"},
+            {"{} x", "line 1, column 4: expected the end of the scene, found x"},
+            {"{}x1 y", "line 1, column 3: expected the end of the scene, found x1"},
+            {"{}\n\n  tru", "line 3, column 3: expected the end of the scene, found tru"},
+            {"{} nuts /* too */", "line 1, column 4: expected the end of the scene, found nuts"},
+            {"{} @", "line 1, column 4: expected the end of the scene, found @"},
+            {"{} \xC3\xA9",
+             "line 1, column 4: expected the end of the scene, found invalid literal"},
             // Columns are counted in characters.
             {"{\"\xC3\xA9toile\" 5}", "line 1, column 11: expected ':', found 5"},
             // Broken tokens, at the break.

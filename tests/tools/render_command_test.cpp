@@ -102,7 +102,7 @@ TEST_F(Render, DrawsTheStarThatTheCameraLooksAtInTheMiddle) {
     ASSERT_EQ(result.code, 0) << result.err;
     EXPECT_EQ(result.err, "");
     const std::string start = (folder / "out/a.exr") +
-                              ": 64x32, float, frame 0 (0.000 s), catalogue one.stars (1 stars), ";
+                              ": 64x32, float, frame 0 (0.000 s), catalogue one.stars (1 star), ";
     EXPECT_EQ(result.out.substr(0, start.size()), start);
     EXPECT_EQ(names_in(folder / "out"), Names{"a.exr"});
 
@@ -149,7 +149,7 @@ TEST_F(Render, SaysInTheFileHowItWasMade) {
     const OIIO::ImageSpec spec = read_back(folder / "out/a.exr").spec;
     const std::pair<const char*, std::string> attributes[] = {
         {"Software", "Lumivar 2.0.0"},
-        {"lumivar:catalogue", "one.stars, 1 stars, version 2"},
+        {"lumivar:catalogue", "one.stars, 1 star, version 2"},
         {"lumivar:plugin", "2.0.0"},
         {"lumivar:scene", folder / "scene.json"},
         {"lumivar:composition", "64x32, 24 frames/s"},
@@ -201,6 +201,41 @@ TEST_F(Render, SaysInTheFileHowItWasMade) {
     // Without motion blur there is no shutter.
     float angle = 0;
     EXPECT_EQ(settings.get_meta("float", "shutter_angle", angle), 1);
+}
+
+TEST_F(Render, NamesTheChoicesThatNobodyMade) {
+    ASSERT_EQ(render("a.exr", {"--plugin", own_bundle(), "--catalogue", folder / "one.stars"}).code,
+              0);
+    const OIIO::ImageSpec spec = read_back(folder / "out/a.exr").spec;
+    EXPECT_EQ(spec.get_string_attribute("lumivar:control:Projection"), "Persp");
+    EXPECT_EQ(spec.get_string_attribute("lumivar:control:Treat Pixels As"), "Linear Luminance");
+    const Kelv::ImageSpec::MetaData settings = settings_in(spec);
+    EXPECT_EQ(text_in(settings, "control:Projection"), "Persp");
+    // The database that the plug-in takes by itself: the only one beside its bundle.
+    ASSERT_EQ(run_tool({"render", folder / "scene.json", "-o", folder / "out/a.exr"}, options).code,
+              0);
+    EXPECT_EQ(
+        read_back(folder / "out/a.exr").spec.get_string_attribute("lumivar:control:Star Database"),
+        "hipparcos.stars");
+}
+
+TEST_F(Render, ReadsTheSceneFromStandardInput) {
+    options.input = folder / "scene.json";
+    const auto from_input = [this](const std::string& picture) {
+        return run_tool(
+            {"render", "-", "-o", folder / ("out/" + picture), "--catalogue", folder / "one.stars"},
+            options);
+    };
+    const ToolResult result = from_input("b.exr");
+    ASSERT_EQ(result.code, 0) << result.err;
+    ASSERT_EQ(render("a.exr").code, 0);
+    const ReadBack piped = read_back(folder / "out/b.exr");
+    EXPECT_EQ(piped.samples<float>(), read_back(folder / "out/a.exr").samples<float>());
+    EXPECT_EQ(piped.spec.get_string_attribute("lumivar:scene"), "standard input");
+    write_file(folder / "broken.json", "{\"camera\": 1}");
+    options.input = folder / "broken.json";
+    EXPECT_EQ(from_input("c.exr").err,
+              "lumivar: standard input: /camera: expected an object, found 1\n");
 }
 
 TEST_F(Render, LeavesOutOfTheSettingsWhatTheirTextDoesNotCarry) {
@@ -328,10 +363,10 @@ TEST_F(Render, ChoosesADatabaseBesideTheBundleByName) {
                one_star_database() + white_star(91, 0, 0.1F) + white_star(92, 0, 0.1F));
     // The order of the list is the folder's: only the names tell.
     for (const auto& [name, stars] :
-         {std::pair{"a.stars", "0"}, {"b.stars", "1"}, {"c.stars", "3"}}) {
+         {std::pair{"a.stars", "0 stars"}, {"b.stars", "1 star"}, {"c.stars", "3 stars"}}) {
         const ToolResult result = render("a.exr", {"--plugin", bundle, "--catalogue", name});
         EXPECT_EQ(result.code, 0) << result.err;
-        EXPECT_NE(result.out.find(std::string("catalogue ") + name + " (" + stars + " stars)"),
+        EXPECT_NE(result.out.find(std::string("catalogue ") + name + " (" + stars + ")"),
                   std::string::npos)
             << result.out;
     }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "catalog_commands.h"
+#include "counted.h"
 #include "database/database_faults.h"
 
 namespace lumivar {
@@ -38,8 +39,6 @@ void warn_of_cut_database(const std::string& database) {
     }
 }
 
-std::string star_count(unsigned long long stars) {
-    return std::to_string(stars) + (stars == 1 ? " star" : " stars");
-}
+std::string star_count(unsigned long long stars) { return counted(stars, "star", "stars"); }
 
 }  // namespace lumivar

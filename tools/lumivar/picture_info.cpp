@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <string>
 
+#include "counted.h"
 #include "picture_settings.h"
 
 namespace lumivar {
@@ -49,6 +50,13 @@ std::string value_text(const host::DeclaredControl& control, double number,
     }
 }
 
+std::string used_value_text(const host::DeclaredControl& control, double number,
+                            const host::Argb& colour) {
+    const bool before_the_first = control.kind == host::ControlKind::Popup && number < 1.0;
+    return before_the_first && !control.choices.empty() ? control.choices.front()
+                                                        : value_text(control, number, colour);
+}
+
 PictureInfo picture_info(const host::Session& session, const host::Scene& scene, host::Time time,
                          const std::optional<CatalogueUsed>& catalogue) {
     const host::Composition& composition = scene.composition;
@@ -66,9 +74,10 @@ PictureInfo picture_info(const host::Session& session, const host::Scene& scene,
                               text_of(composition.shutter_phase.at(seconds))
                         : "no motion blur"},
         {"camera", camera_text(scene, seconds)},
-        {"catalogue", catalogue ? catalogue->name + ", " + std::to_string(catalogue->stars) +
-                                      " stars, version " + std::to_string(catalogue->version)
-                                : "none"},
+        {"catalogue", catalogue
+                          ? catalogue->name + ", " + counted(catalogue->stars, "star", "stars") +
+                                ", version " + std::to_string(catalogue->version)
+                          : "none"},
         {"plugin", session.info().version_text()},
     };
     const host::ControlValues values(session.controls(), scene.controls);
@@ -77,7 +86,8 @@ PictureInfo picture_info(const host::Session& session, const host::Scene& scene,
         const bool is_colour = control.kind == host::ControlKind::Colour;
         const double number = is_colour ? 0.0 : values.number(place, seconds);
         const host::Argb colour = is_colour ? values.colour(place, seconds) : host::Argb{};
-        info.details.emplace_back("control:" + control.name, value_text(control, number, colour));
+        info.details.emplace_back("control:" + control.name,
+                                  used_value_text(control, number, colour));
     }
     info.settings = picture_settings(session, scene, time, catalogue).metadata->stringify().c_str();
     return info;

@@ -26,4 +26,9 @@ ShotInfo shot_info(const host::Scene& scene, host::Time time, std::optional<int>
 std::string value_text(const host::DeclaredControl& control, double number,
                        const host::Argb& colour);
 
+/// The same as a frame shows it: of a popup that stands before its first choice, where those of the
+/// effect start, the name of the first, which the effect then uses.
+std::string used_value_text(const host::DeclaredControl& control, double number,
+                            const host::Argb& colour);
+
 }  // namespace lumivar

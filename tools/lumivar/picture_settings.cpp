@@ -83,7 +83,7 @@ Kelv::ImageSpec picture_settings(const host::Session& session, const host::Scene
                 set_text(spec, name, value_text(control, 0.0, values.colour(place, seconds)));
                 break;
             default:
-                set_text(spec, name, value_text(control, values.number(place, seconds), {}));
+                set_text(spec, name, used_value_text(control, values.number(place, seconds), {}));
         }
     }
     return spec;

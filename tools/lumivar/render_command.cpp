@@ -17,6 +17,7 @@
 #include "camera_arguments.h"
 #include "catalogue_warning.h"
 #include "command_line.h"
+#include "counted.h"
 #include "failure.h"
 #include "picture_arguments.h"
 #include "picture_file.h"
@@ -182,7 +183,8 @@ void render_command(const RenderArguments& arguments) {
                                  ? shots.front().shown_time
                                  : shots.front().shown_time + " to " + shots.back().shown_time;
     const std::string stars =
-        catalogue ? catalogue->name + " (" + std::to_string(catalogue->stars) + " stars)" : "none";
+        catalogue ? catalogue->name + " (" + counted(catalogue->stars, "star", "stars") + ")"
+                  : "none";
     std::printf("%s: %dx%d, %s, %s, catalogue %s, %s, %.2f s\n",
                 (shots.size() == 1 ? shots.front().path : arguments.picture).c_str(), width, height,
                 depth_text(depth), what.c_str(), stars.c_str(), content_text(content).c_str(),
@@ -194,7 +196,9 @@ void render_command(const RenderArguments& arguments) {
 void add_render_command(Command& program) {
     auto arguments = std::make_shared<RenderArguments>();
     Command command = program.add_command("render", "Render a scene through the plug-in");
-    command.add("SCENE", arguments->scene, "The scene, a JSON file (see scenes/README.md)")
+    command
+        .add("SCENE", arguments->scene,
+             "The scene, a JSON file (see scenes/README.md); - is standard input")
         .required();
     command
         .add("-o,--output", arguments->picture,
@@ -225,8 +229,9 @@ void add_render_command(Command& program) {
         ".png and .jpg show a float frame in the photo view and an 8- or 16-bit one, which is\n"
         "cut off at white already, in the plain view; with --bits 16 so does .tif. With --raw\n"
         "they hold the codes themselves (16-bit white is 32768).\n"
-        "--set takes numbers, on and off, names of choices, and colours as R,G,B in 0..255;\n"
-        "lumivar controls lists the controls. Without --catalogue and a choice in the scene\n"
+        "--set takes numbers, on and off, names of choices, colours as R,G,B in 0..255, and all\n"
+        "that a scene takes: \"#ffc880\", [255, 200, 128], {\"keys\": [...]}. lumivar controls\n"
+        "lists the controls. Without --catalogue and a choice in the scene\n"
         "the plug-in uses the first database beside it. For the path of a database it is\n"
         "copied to a temporary folder (TMPDIR) with that database alone.\n\n"
         "Examples:\n"

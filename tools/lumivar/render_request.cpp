@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -44,6 +45,22 @@ std::optional<host::Colour> parse_colour(std::string_view text) {
         text.remove_prefix(last ? text.size() : comma + 1);
     }
     return colour;
+}
+
+/// Whether the value is written as a scene has it: keys, a list, a text in quotes or "#rrggbb".
+bool is_written_as_in_a_scene(const std::string& text) { return text.find_first_of("{[\"#") == 0; }
+
+host::ControlSetting parse_as_in_a_scene(const std::string& name, const std::string& text,
+                                         const std::string& place) {
+    const std::string json =
+        text.front() == '#'
+            ? nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)
+            : text;
+    try {
+        return host::parse_control(name, json, place);
+    } catch (const host::SceneError& error) {
+        throw UsageError(error.what());
+    }
 }
 
 decltype(host::ControlSetting::value) parse_value(const std::string& text) {
@@ -110,7 +127,13 @@ host::ControlSetting parse_setting(const std::string& text) {
             "--set \"" + text +
             "\": give the control's name and its value, such as \"Star Brightness=8\"");
     }
-    return {text.substr(0, equals), "--set \"" + text + "\"", parse_value(text.substr(equals + 1))};
+    const std::string name = text.substr(0, equals);
+    const std::string value = text.substr(equals + 1);
+    const std::string place = "--set \"" + text + "\"";
+    if (is_written_as_in_a_scene(value)) {
+        return parse_as_in_a_scene(name, value, place);
+    }
+    return {name, place, parse_value(value)};
 }
 
 bool has_number_place(const std::string& pattern) { return number_place(pattern).second > 0; }

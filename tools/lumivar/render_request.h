@@ -18,8 +18,8 @@ std::pair<int, int> parse_size(const std::string& text);
 std::pair<int, int> parse_frames(const std::string& text);
 
 /// "NAME=VALUE" as a setting that overrules the scene's: a number, on and off (also true and false,
-/// as 1 and 0), three numbers apart by commas for a colour, else the name of a choice. Throws
-/// `UsageError`.
+/// as 1 and 0), three numbers apart by commas for a colour, what begins as keys, a list, a text in
+/// quotes or "#rrggbb" do in a scene, else the name of a choice. Throws `UsageError`.
 host::ControlSetting parse_setting(const std::string& text);
 
 /// Puts the frame's number, with zeros before it, in the place of the last run of "#" in the file's

@@ -179,12 +179,18 @@ struct StarAnswer {
 /// Finds stars for a scene that names them. The host itself knows no catalogue.
 using StarResolver = std::function<StarAnswer(const std::string& name)>;
 
-/// Reads a scene file. Throws `SceneError`, also for a file that cannot be read. Without `stars` a
-/// star's name in the scene is an error.
+/// Reads a scene file; "-" is standard input, which is then the scene's `source` in these words.
+/// Throws `SceneError`, also for a file that cannot be read. Without `stars` a star's name in the
+/// scene is an error.
 Scene load_scene(const std::string& path, const StarResolver& stars = {});
 /// Reads a scene from JSON text (UTF-8; `//` and `/* */` comments are allowed); `source` stands for
 /// the file's name in messages. Throws `SceneError`.
 Scene parse_scene(const std::string& text, const std::string& source,
                   const StarResolver& stars = {});
+
+/// Reads one control's value from JSON text, in any form that a scene takes. `place` stands for the
+/// file's name and place in messages. Throws `SceneError`.
+ControlSetting parse_control(const std::string& name, const std::string& text,
+                             const std::string& place);
 
 }  // namespace host

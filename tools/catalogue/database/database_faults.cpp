@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <limits>
 
+#include "counted.h"
 #include "database/record_walk.h"
 
 namespace lumivar {
@@ -94,9 +95,8 @@ std::vector<std::string> StarFaults::lines() const {
     std::vector<std::string> lines;
     for (const Kind& kind : kinds_) {
         if (kind.stars > 0) {
-            lines.push_back(std::to_string(kind.stars) + (kind.stars == 1 ? " star" : " stars") +
-                            " with " + kind.what + " (first: star " + std::to_string(kind.first) +
-                            ")");
+            lines.push_back(counted(kind.stars, "star", "stars") + " with " + kind.what +
+                            " (first: star " + std::to_string(kind.first) + ")");
         }
     }
     return lines;

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "astronomy/star_light.h"
+#include "counted.h"
 #include "database/catalogue_star.h"
 #include "database/database_faults.h"
 #include "database/database_reader.h"
@@ -115,9 +116,8 @@ std::string info_as_text(const CatalogueInfo& info) {
     append_range(text, "green", info.green, kFloatDigits, "");
     append_range(text, "blue", info.blue, kFloatDigits, "");
     append_range(text, "distance", info.distance, kDoubleDigits, " parsecs");
-    text += String::fmt("  unknown    %llu stars without a distance\n",
-                        static_cast<unsigned long long>(info.stars - info.distance.values))
-                .c_str();
+    text += "  unknown    " + counted(info.stars - info.distance.values, "star", "stars") +
+            " without a distance\n";
     std::uint64_t most = 1;
     for (const auto& [magnitude, stars] : info.histogram) {
         most = std::max(most, stars);
