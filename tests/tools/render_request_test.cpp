@@ -71,8 +71,7 @@ TEST(ParseSetting, TellsWhatIsWrongWithAValueAsInAScene) {
         {"A=#ffc88",
          "--set \"A=#ffc88\": expected a colour ([red, green, blue] from 0 to 255, or "
          "\"#rrggbb\"), found \"#ffc88\""},
-        {"A=[1,2,300]",
-         "--set \"A=[1,2,300]\": /2: expected a number from 0 to 255, found 300"},
+        {"A=[1,2,300]", "--set \"A=[1,2,300]\": /2: expected a number from 0 to 255, found 300"},
         {"A={\"keys\":[]}",
          "--set \"A={\"keys\":[]}\": /keys: expected a list of keys, each "
          "{\"time\": seconds, \"value\": ...}, found an empty array"},

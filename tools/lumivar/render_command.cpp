@@ -25,6 +25,7 @@
 #include "player.h"
 #include "progress.h"
 #include "render_request.h"
+#include "run_hints.h"
 #include "star_resolver.h"
 
 namespace lumivar {
@@ -42,6 +43,7 @@ struct RenderArguments {
     std::string plugin;
     std::string catalogue;
     PictureArguments picture_arguments;
+    bool quiet = false;
     CameraArguments camera;
 };
 
@@ -120,13 +122,17 @@ const char* depth_text(host::Depth depth) {
     return "float";
 }
 
-void warn_of_catalogues(const host::Session& session, const host::Scene& scene,
-                        const std::vector<Shot>& shots) {
+std::vector<host::Time> times_of(const std::vector<Shot>& shots) {
     std::vector<host::Time> times;
     times.reserve(shots.size());
     for (const Shot& shot : shots) {
         times.push_back(shot.time);
     }
+    return times;
+}
+
+void warn_of_catalogues(const host::Session& session, const host::Scene& scene,
+                        const std::vector<host::Time>& times) {
     for (const std::string& warning : catalogue_warnings(session, scene, times)) {
         std::fprintf(stderr, "lumivar: warning: %s\n", host::printable(warning).c_str());
     }
@@ -157,7 +163,10 @@ void render_command(const RenderArguments& arguments) {
 
     Player player(arguments.plugin, arguments.catalogue);
     player.choose_catalogue(scene);
-    warn_of_catalogues(player.session(), scene, shots);
+    const std::vector<host::Time> times = times_of(shots);
+    warn_of_catalogues(player.session(), scene, times);
+    RunHints hints(arguments.quiet, player.session(), scene, times);
+    hints.before();
     std::optional<CatalogueUsed> catalogue;
     int width = 0;
     int height = 0;
@@ -167,6 +176,7 @@ void render_command(const RenderArguments& arguments) {
         for (const Shot& shot : shots) {
             const host::Frame frame = player.render(scene, shot.time, options);
             catalogue = player.catalogue_used(scene, shot.time);
+            hints.note(frame.world);
             width = frame.world.width();
             height = frame.world.height();
             PictureInfo info = picture_info(player.session(), scene, shot.time, catalogue);
@@ -176,6 +186,7 @@ void render_command(const RenderArguments& arguments) {
             progress.update(++done);
         }
     }
+    hints.after(catalogue);
     player.close();
 
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
@@ -223,6 +234,8 @@ void add_render_command(Command& program) {
     command.add("--catalogue", arguments->catalogue,
                 "A database beside the bundle by name, or the path of any .stars file");
     add_picture_arguments(command, arguments->picture_arguments);
+    command.add_flag("--quiet", arguments->quiet,
+                     "No hints at settings that the picture does not show");
     add_camera_arguments(command, arguments->camera);
     command.footer(
         "Of an 8- or 16-bit frame .exr and .tif hold the codes divided by 255 or 32768.\n"
