@@ -19,7 +19,7 @@ Scene parse_scene(const std::string& text, const std::string& source, const Star
     }
     const auto document = parse_json(text, source);
     const JsonNode root(*document, source);
-    root.expect_members({"composition", "camera", "controls"});
+    root.expect_members({"composition", "camera", "controls", "picture"});
     Scene scene;
     scene.source = source;
     if (root.has("composition")) {
@@ -30,6 +30,9 @@ Scene parse_scene(const std::string& text, const std::string& source, const Star
     }
     if (root.has("controls")) {
         scene.controls = read_controls(root["controls"]);
+    }
+    if (root.has("picture")) {
+        scene.picture = read_picture(root["picture"]);
     }
     return scene;
 }

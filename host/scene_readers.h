@@ -24,4 +24,6 @@ std::shared_ptr<const Camera> read_camera(const JsonNode& node, const Compositio
 std::variant<Track, std::string, Colour> read_control_value(const JsonNode& node);
 std::vector<ControlSetting> read_controls(const JsonNode& node);
 
+Picture read_picture(const JsonNode& node);
+
 }  // namespace host

@@ -203,10 +203,12 @@ TEST(SceneErrors, OfTheWholeAreTold) {
              "/controls/a~1b: expected each member once, found \"a/b\" twice"},
             // Unknown members, with the nearest name.
             {R"({"compositon": {}})",
-             "/compositon: expected one of \"composition\", \"camera\", \"controls\", found "
+             "/compositon: expected one of \"composition\", \"camera\", \"controls\", \"picture\", "
+             "found "
              "\"compositon\"; did you mean \"composition\"?"},
             {R"({"Camera": {}})",
-             "/Camera: expected one of \"composition\", \"camera\", \"controls\", found "
+             "/Camera: expected one of \"composition\", \"camera\", \"controls\", \"picture\", "
+             "found "
              "\"Camera\"; did you mean \"camera\"?"},
             // Parts of the wrong type.
             {"[]", "expected an object, found an empty array"},
@@ -220,7 +222,8 @@ TEST(SceneErrors, OfTheWholeAreTold) {
              "/controls/a\\u0000\\nb: expected a colour ([red, green, blue] from 0 to 255, or "
              "\"#rrggbb\"), found an empty array"},
             {R"({"a\nb": 1})",
-             "/a\\nb: expected one of \"composition\", \"camera\", \"controls\", found \"a\\nb\""},
+             "/a\\nb: expected one of \"composition\", \"camera\", \"controls\", \"picture\", "
+             "found \"a\\nb\""},
             {R"({"a\nb": 1, "a\nb": 1})",
              "/a\\nb: expected each member once, found \"a\\nb\" twice"},
             // Long texts are not repeated.
@@ -365,6 +368,24 @@ TEST(SceneErrors, AnUnknownStarIsToldWithTheNearestName) {
         "s.json: /camera/look_at/keys/0/value/star: expected the name of a star, found \"Riegl\"";
     EXPECT_EQ(error("Rigel"), told + "; did you mean \"Rigel\"?");
     EXPECT_EQ(error(""), told);
+}
+
+TEST(SceneErrors, OfThePictureAreTold) {
+    expect_errors(
+        R"({"picture": )", "}", "/picture",
+        {
+            {"1", ": expected an object, found 1"},
+            {R"({"exposre": 1})",
+             "/exposre: expected one of \"exposure\", \"view\", \"halo\", "
+             "\"limiting_magnitude\", found \"exposre\"; did you mean \"exposure\"?"},
+            {R"({"exposure": "1"})", "/exposure: expected a number from -100 to 100, found \"1\""},
+            {R"({"exposure": 101})", "/exposure: expected a number from -100 to 100, found 101"},
+            {R"({"view": "Photo"})", "/view: expected \"photo\" or \"plain\", found \"Photo\""},
+            {R"({"view": 1})", "/view: expected \"photo\" or \"plain\", found 1"},
+            {R"({"halo": -0.5})", "/halo: expected a number not below 0, found -0.5"},
+            {R"({"limiting_magnitude": "6"})",
+             "/limiting_magnitude: expected a number or {\"keys\": [...]}, found \"6\""},
+        });
 }
 
 TEST(SceneErrors, OfTheCameraAreTold) {

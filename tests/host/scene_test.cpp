@@ -486,6 +486,24 @@ TEST(CameraObject, AVerticalAngleOfViewSpansTheHeight) {
     EXPECT_NEAR(scene.camera->zoom(0.0), 300.0, 1e-9);
 }
 
+TEST(PictureObject, SaysWhatThePictureFileShallShow) {
+    for (const char* text : {"{}", R"({"picture": {}})"}) {
+        const host::Picture empty = parse(text).picture;
+        EXPECT_FALSE(empty.exposure || empty.view || empty.halo || empty.limiting_magnitude);
+        EXPECT_EQ(empty.limiting_magnitude_place, "");
+    }
+    const host::Picture picture = parse(R"({"picture": {"exposure": -1.5, "view": "plain",
+        "halo": 0, "limiting_magnitude": {"keys": [{"time": 0, "value": 4},
+                                                   {"time": 2, "value": 8}]}}})")
+                                      .picture;
+    EXPECT_EQ(picture.exposure, -1.5);
+    EXPECT_EQ(picture.view, "plain");
+    EXPECT_EQ(picture.halo, 0.0);
+    ASSERT_TRUE(picture.limiting_magnitude);
+    EXPECT_EQ(picture.limiting_magnitude->at(1.0), 6.0);
+    EXPECT_EQ(picture.limiting_magnitude_place, "s.json: /picture/limiting_magnitude");
+}
+
 TEST(ScenesShipped, OrionFramesTheWholeFigure) {
     const Scene scene = host::load_scene(SCENES_DIR "/orion.json");
     EXPECT_EQ(scene.composition.width, 1920);
@@ -536,7 +554,7 @@ TEST(ScenesShipped, TheDescriptionsExamplesAreScenes) {
             host::parse_scene(text.substr(at, text.find("```", at) - at), "s.json", any_star));
         ++examples;
     }
-    EXPECT_EQ(examples, 7);
+    EXPECT_EQ(examples, 8);
 }
 
 }  // namespace

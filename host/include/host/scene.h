@@ -156,11 +156,23 @@ struct ControlSetting {
     std::variant<Track, std::string, Colour> value;
 };
 
+/// What a scene asks of the picture file that is made of a frame. The host only reads it: frames
+/// are the same with and without it. What the scene does not say is left empty.
+struct Picture {
+    std::optional<double> exposure;           ///< stops, -100 to 100
+    std::optional<std::string> view;          ///< "photo" or "plain"
+    std::optional<double> halo;               ///< strength, not below 0
+    std::optional<Track> limiting_magnitude;  ///< the faintest stars to be drawn, any number
+    /// Where the limit was said, for messages: "FILE: /picture/limiting_magnitude".
+    std::string limiting_magnitude_place;
+};
+
 struct Scene {
     std::string source;  ///< file name, for messages
     Composition composition;
     std::shared_ptr<const Camera> camera;  ///< null: the composition has no camera
     std::vector<ControlSetting> controls;  ///< in the order of the file, each name once
+    Picture picture;
 };
 
 /// Where a star stands.
