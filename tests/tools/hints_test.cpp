@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "run_hints.h"
+#include "star_resolver.h"
 #include "support/scratch.h"
 #include "tool_run.h"
 
@@ -52,7 +53,7 @@ TEST(Hints, NoneForTheShippedScenes) {
     for (const auto& entry : std::filesystem::directory_iterator(LUMIVAR_SCENES)) {
         if (entry.path().extension() == ".json") {
             ++scenes;
-            EXPECT_EQ(hints_of(host::load_scene(entry.path().string())), Lines{}) << entry.path();
+            EXPECT_EQ(hints_of(host::load_scene(entry.path().string(), lumivar::resolve_star)), Lines{}) << entry.path();
         }
     }
     EXPECT_GE(scenes, 4);
