@@ -98,6 +98,16 @@ void add_picture_arguments(Command& command, PictureArguments& arguments) {
                      "Write the integer codes of --depth 8 or 16 as they are");
 }
 
+PictureWishes picture_wishes(const host::Scene& scene) {
+    const host::Picture& picture = scene.picture;
+    if (picture.halo && *picture.halo > kStrongestHalo) {
+        throw Failure(scene.source + ": /picture/halo: expected a strength from 0 to " +
+                      String::fmt("%.3f", kStrongestHalo).c_str() + ", found " +
+                      number_text(*picture.halo));
+    }
+    return {picture.exposure, picture.view, picture.halo};
+}
+
 PictureContent picture_content(const PictureArguments& arguments, const PictureWishes& wishes,
                                const std::string& path, host::Depth depth,
                                const std::string& environment_config) {

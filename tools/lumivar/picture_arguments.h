@@ -1,6 +1,7 @@
 // What the command line and the scene say of how a picture is to look.
 #pragma once
 
+#include <host/scene.h>
 #include <host/world.h>
 
 #include <optional>
@@ -29,6 +30,9 @@ struct PictureWishes {
     std::optional<std::string> view;
     std::optional<double> halo;
 };
+
+/// The wishes of a scene. Throws `Failure` for a halo that takes more light than there is.
+PictureWishes picture_wishes(const host::Scene& scene);
 
 /// Adds the arguments; they are stored in `arguments`, which must live until the command has run.
 void add_picture_arguments(Command& command, PictureArguments& arguments);

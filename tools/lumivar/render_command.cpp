@@ -19,6 +19,7 @@
 #include "command_line.h"
 #include "counted.h"
 #include "failure.h"
+#include "magnitudes.h"
 #include "picture_arguments.h"
 #include "picture_file.h"
 #include "picture_info.h"
@@ -44,6 +45,7 @@ struct RenderArguments {
     std::string catalogue;
     PictureArguments picture_arguments;
     bool quiet = false;
+    MagnitudeArguments magnitudes;
     CameraArguments camera;
 };
 
@@ -152,18 +154,21 @@ void render_command(const RenderArguments& arguments) {
     }
     host::Scene scene = host::load_scene(arguments.scene, resolve_star);
     bring_camera(arguments.camera, scene);
+    const char* const ocio = std::getenv("OCIO");
+    const PictureContent content =
+        picture_content(arguments.picture_arguments, picture_wishes(scene), arguments.picture,
+                        depth, ocio != nullptr ? ocio : "");
+    const std::vector<Shot> shots = plan_shots(arguments, scene.composition);
+    check_output_path(shots.front().path);
+    const std::vector<host::Time> times = times_of(shots);
+    const bool by_magnitude =
+        bring_limiting_magnitude(arguments.magnitudes, settings, times, scene);
     for (host::ControlSetting& setting : settings) {
         scene.controls.push_back(std::move(setting));
     }
-    const char* const ocio = std::getenv("OCIO");
-    const PictureContent content = picture_content(
-        arguments.picture_arguments, {}, arguments.picture, depth, ocio != nullptr ? ocio : "");
-    const std::vector<Shot> shots = plan_shots(arguments, scene.composition);
-    check_output_path(shots.front().path);
 
     Player player(arguments.plugin, arguments.catalogue);
     player.choose_catalogue(scene);
-    const std::vector<host::Time> times = times_of(shots);
     warn_of_catalogues(player.session(), scene, times);
     RunHints hints(arguments.quiet, player.session(), scene, times);
     hints.before();
@@ -187,6 +192,9 @@ void render_command(const RenderArguments& arguments) {
         }
     }
     hints.after(catalogue);
+    const std::vector<std::string> magnitudes =
+        magnitude_lines(player.session(), scene, shots.front().time, shots.back().time,
+                        by_magnitude, content.look ? content.look->exposure : 0.0);
     player.close();
 
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
@@ -200,6 +208,9 @@ void render_command(const RenderArguments& arguments) {
                 (shots.size() == 1 ? shots.front().path : arguments.picture).c_str(), width, height,
                 depth_text(depth), what.c_str(), stars.c_str(), content_text(content).c_str(),
                 seconds.count());
+    for (const std::string& line : magnitudes) {
+        std::printf("  %s\n", line.c_str());
+    }
 }
 
 }  // namespace
@@ -236,6 +247,7 @@ void add_render_command(Command& program) {
     add_picture_arguments(command, arguments->picture_arguments);
     command.add_flag("--quiet", arguments->quiet,
                      "No hints at settings that the picture does not show");
+    add_magnitude_arguments(command, arguments->magnitudes);
     add_camera_arguments(command, arguments->camera);
     command.footer(
         "Of an 8- or 16-bit frame .exr and .tif hold the codes divided by 255 or 32768.\n"
@@ -253,6 +265,7 @@ void add_render_command(Command& program) {
         "960x540\n"
         "  lumivar render scenes/orion-pan.json -o pan.####.png --frames 0-23\n"
         "  lumivar render scenes/orion.json -o bright.png --exposure 1.5 --halo 2\n"
+        "  lumivar render scenes/orion.json -o eye.png --limiting-magnitude 6\n"
         "  lumivar render scenes/orion.json -o plain.png --view plain\n"
         "  lumivar render scenes/orion.json -o codes.png --depth 16 --raw\n"
         "  lumivar render scenes/flight.json -o shot.####.exr --frames 0-47 --camera shot.chan\n"
