@@ -53,7 +53,9 @@ TEST(Hints, NoneForTheShippedScenes) {
     for (const auto& entry : std::filesystem::directory_iterator(LUMIVAR_SCENES)) {
         if (entry.path().extension() == ".json") {
             ++scenes;
-            EXPECT_EQ(hints_of(host::load_scene(entry.path().string(), lumivar::resolve_star)), Lines{}) << entry.path();
+            EXPECT_EQ(hints_of(host::load_scene(entry.path().string(), lumivar::resolve_star)),
+                      Lines{})
+                << entry.path();
         }
     }
     EXPECT_GE(scenes, 4);
