@@ -140,7 +140,7 @@ TEST_F(Import, ReadsStandardInput) {
                          "(deg), declination from dec_deg (deg), distance from distance_pc "
                          "(pc), magnitude V from vmag (mag), colour B-V from bv (mag); places "
                          "of J2000\n" +
-                             (folder / "t.stars") + ": 1 stars in ",
+                             (folder / "t.stars") + ": 1 star in ",
                          0),
         0U)
         << result.out;

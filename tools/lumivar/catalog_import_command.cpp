@@ -71,7 +71,7 @@ ImportOptions options_of(const ImportArguments& arguments) {
 unsigned long long number(std::uint64_t value) { return value; }
 
 void print_summary(const std::string& output, const ImportSummary& summary, double seconds) {
-    std::printf("%s: %llu stars in %.2f s\n", output.c_str(), number(summary.stars), seconds);
+    std::printf("%s: %s in %.2f s\n", output.c_str(), star_count(summary.stars).c_str(), seconds);
     std::printf("  read       %llu rows\n", number(summary.rows.read()));
     std::printf("  kept       %llu: %llu without colour (drawn as B-V %.1f), %llu without distance",
                 number(summary.rows.kept()), number(summary.unknown.colours), kNeutralColourIndex,
