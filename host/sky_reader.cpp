@@ -218,6 +218,7 @@ std::shared_ptr<const Camera> SkyReader::read_look_at(const JsonNode& node,
                                          [](const KeyNode& key) { return key.value.has("star"); });
     if (names_stars) {
         std::vector<AimKey> aims;
+        aims.reserve(keys.size());
         for (const KeyNode& key : keys) {
             aims.push_back({key.time, read_aim(key.value), key.interpolation});
         }
