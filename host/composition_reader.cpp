@@ -18,8 +18,8 @@ NumberRule rate() {
     return {"a number from 0.001 to 999", [](double x) { return x >= 0.001 && x <= 999.0; }};
 }
 
-/// The fraction meant by a decimal number: the broadcast rates 1000/1001 below a whole one are
-/// written with two or three decimals; others are taken as the nearest fraction.
+}  // namespace
+
 FrameRate frame_rate_of(double per_second) {
     for (const std::uint32_t whole : {24U, 30U, 48U, 60U, 120U}) {
         const double nominal = std::round(whole * 1000.0 / 1001.0 * 1000.0) / 1000.0;
@@ -41,8 +41,6 @@ FrameRate frame_rate_of(double per_second) {
     }
     return best;
 }
-
-}  // namespace
 
 Composition read_composition(const JsonNode& node) {
     node.expect_members({"width", "height", "frame_rate", "duration", "motion_blur",

@@ -125,7 +125,8 @@ bool only_turns(const Matrix& m) {
 
 class PathCamera : public Camera {
 public:
-    explicit PathCamera(std::vector<CameraSample> samples) : samples_(std::move(samples)) {
+    PathCamera(std::vector<CameraSample> samples, std::shared_ptr<const Camera> lens)
+        : samples_(std::move(samples)), lens_(std::move(lens)) {
         if (samples_.empty()) {
             throw std::invalid_argument("a camera's path has no sample");
         }
@@ -158,6 +159,9 @@ public:
     }
 
     double zoom(double seconds) const override {
+        if (lens_) {
+            return lens_->zoom(seconds);
+        }
         const auto [index, part] = place(seconds);
         return part == 0.0 ? samples_[index].zoom
                            : blend(samples_[index].zoom, samples_[index + 1].zoom, part);
@@ -180,13 +184,15 @@ private:
     }
 
     std::vector<CameraSample> samples_;
-    std::vector<Quaternion> turns_;  ///< of the samples
+    std::shared_ptr<const Camera> lens_;  ///< null: the samples' zoom
+    std::vector<Quaternion> turns_;       ///< of the samples
 };
 
 }  // namespace
 
-std::shared_ptr<const Camera> path_camera(std::vector<CameraSample> samples) {
-    return std::make_shared<PathCamera>(std::move(samples));
+std::shared_ptr<const Camera> path_camera(std::vector<CameraSample> samples,
+                                          std::shared_ptr<const Camera> lens) {
+    return std::make_shared<PathCamera>(std::move(samples), std::move(lens));
 }
 
 }  // namespace host

@@ -1,11 +1,11 @@
 // Scenes from files and texts.
 #include <host/scene.h>
+#include <host/scene_text.h>
 
 #include <string>
 
 #include "json_node.h"
 #include "scene_readers.h"
-#include "scene_text.h"
 
 namespace host {
 

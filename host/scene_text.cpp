@@ -1,6 +1,5 @@
-#include "scene_text.h"
-
 #include <host/scene.h>
+#include <host/scene_text.h>
 #include <osapi/files.h>
 #include <osapi/streams.h>
 #include <osapi/whole_file.h>

@@ -79,6 +79,102 @@ TEST(CameraConvert, KeepsTheScenesOtherMembers) {
               2);
 }
 
+TEST(CameraConvert, TakesAScenesNamedStarsAndStandardInput) {
+    const ScratchFolder folder;
+    write_file(folder / "a.chan", "0 0 0 0 0 0 0 40\n10 0 0 0 0 90 0 40\n");
+    write_file(
+        folder / "base.json",
+        R"({"camera": {"look_at": {"star": "Betelgeuse"}}, "controls": {"Tint Strength": 1}})");
+    ToolOptions options;
+    options.input = folder / "base.json";
+    for (const std::string& base : {folder / "base.json", std::string("-")}) {
+        const ToolResult result = run_tool(
+            {"camera", "convert", folder / "a.chan", "-o", folder / "b.json", "--scene", base},
+            options);
+        ASSERT_EQ(result.code, 0) << result.err;
+        EXPECT_EQ(host::load_scene(folder / "b.json").controls.at(0).name, "Tint Strength");
+    }
+}
+
+TEST(CameraConvert, KeepsALensThatChangesInTheScene) {
+    const ScratchFolder folder;
+    // One sample, without a lens; the scene zooms.
+    write_file(folder / "a.chan", "0 0 0 0 0 0 0\n");
+    write_file(folder / "base.json",
+               R"({"composition": {"frame_rate": 24, "duration": 2}, "camera": {"zoom":
+                   {"keys": [{"time": 0, "value": 500}, {"time": 2, "value": 5000}]}}})");
+    ASSERT_EQ(run_tool({"camera", "convert", folder / "a.chan", "-o", folder / "b.json", "--scene",
+                        folder / "base.json"})
+                  .code,
+              0);
+    EXPECT_NEAR(host::load_scene(folder / "b.json").camera->zoom(1.0), 2750.0, 1e-9);
+    EXPECT_NEAR(host::load_scene(folder / "b.json").camera->zoom(2.0), 5000.0, 1e-9);
+}
+
+/// The number before `unit` in the summary of a conversion.
+double told(const std::string& out, const std::string& unit) {
+    const std::size_t end = out.find(" " + unit);
+    return end == std::string::npos ? -1.0 : std::stod(out.substr(out.rfind(' ', end - 1)));
+}
+
+TEST(CameraConvert, SaysHowMuchACoarseStepLoses) {
+    const ScratchFolder folder;
+    // A quarter turn to the left and back, two parsecs aside and back. With the first and the last
+    // frame alone, all of it is lost: at most, so near to the middle as the summary looks.
+    write_file(folder / "a.chan", "0 0 0 0 0 0 0 40\n24 2 0 0 0 90 0 40\n48 0 0 0 0 0 0 40\n");
+    const auto converted = [&](const char* step) {
+        const ToolResult result = run_tool(
+            {"camera", "convert", folder / "a.chan", "-o", folder / "b.json", "--step", step});
+        EXPECT_EQ(result.code, 0) << result.err;
+        return result.out;
+    };
+    const std::string coarse = converted("48");
+    EXPECT_NEAR(told(coarse, "degrees"), 0.75 * 90, 1.0) << coarse;
+    EXPECT_NEAR(told(coarse, "parsecs"), 0.75 * 2, 0.1) << coarse;
+    const std::string fine = converted("1");
+    EXPECT_LT(told(fine, "degrees"), 1e-6) << fine;
+    // The last frame stays, though 48 is no multiple of 20.
+    (void)converted("20");
+    const host::Scene scene = host::load_scene(folder / "b.json");
+    EXPECT_NEAR(scene.camera->layer_to_world(2.0)[12], 0.0, 1e-12);
+    EXPECT_NEAR(scene.camera->layer_to_world(40.0 / 24.0)[12], 2.0 / 3.0, 1e-12);
+}
+
+TEST(CameraConvert, RefusesFramesThatCannotBeCounted) {
+    const ScratchFolder folder;
+    write_file(folder / "a.chan", "2e10 0 0 0 0 0 0 40\n");
+    const ToolResult result = run_tool(
+        {"camera", "convert", folder / "a.chan", "-o", folder / "b.chan", "--step", "1e-6"});
+    EXPECT_EQ(result.code, 2) << result.err;
+    // A scene of this length there is none: the file that was there stays.
+    write_file(folder / "b.json", "mine");
+    EXPECT_EQ(run_tool({"camera", "convert", folder / "a.chan", "-o", folder / "b.json"}).code, 1);
+    EXPECT_EQ(read_file(folder / "b.json"), "mine");
+}
+
+TEST(CameraConvert, MeansABroadcastRateByItsDecimals) {
+    const ScratchFolder folder;
+    write_file(folder / "a.chan", "1000 0 0 0 0 0 0 40\n1001 1 0 0 0 0 0 40\n");
+    ASSERT_EQ(run_tool({"camera", "convert", folder / "a.chan", "-o", folder / "b.json",
+                        "--frame-rate", "23.976"})
+                  .code,
+              0);
+    // Frame 1000 at 24000/1001 a second.
+    const host::Scene scene = host::load_scene(folder / "b.json");
+    EXPECT_NEAR(scene.camera->layer_to_world(1000.0 * 1001.0 / 24000.0)[12], 0.0, 1e-9);
+    EXPECT_NEAR(scene.camera->layer_to_world(1000.5 * 1001.0 / 24000.0)[12], 0.5, 1e-9);
+}
+
+TEST(CameraInfo, AsksForAMatrixForRowVectors) {
+    const ScratchFolder folder;
+    write_file(folder / "a.csv",
+               "time,m00,m01,m02,m03,m10,m11,m12,m13,m20,m21,m22,m23,m30,m31,m32,m33\n"
+               "0,1,0,0,5,0,1,0,6,0,0,1,7,0,0,0,1\n");
+    const ToolResult result = run_tool({"camera", "info", folder / "a.csv"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_TRUE(holds(result.err, "whose last column is not 0, 0, 0, 1")) << result.err;
+}
+
 /// The middle of the light of a picture's first channel.
 one_move::Pixel middle_of_light(const std::string& name) {
     const ReadBack picture = read_back(name);

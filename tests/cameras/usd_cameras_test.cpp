@@ -18,6 +18,7 @@
 #include "failure.h"
 #include "support/scratch.h"
 #include "support/variable.h"
+#include "tools/failure_of.h"
 #include "usd_here.h"
 
 namespace fs = std::filesystem;
@@ -348,6 +349,27 @@ TEST_F(UsdStages, FollowSplines) {
         return about_y(90.0 * (3.0 - 2.0 * t) * t * t);
     };
     EXPECT_LT(largest_miss(camera, 24.0, turn), 0.02);
+}
+
+TEST_F(UsdStages, KeepTheCamerasWhereALayerOfTheWholeStageIsLost) {
+    const ScratchFolder folder;
+    write_file(folder / "shot.usda",
+               "#usda 1.0\n(subLayers = [@./gone.usda@])\ndef Camera \"cam\" {}\n");
+    const CameraFile file = read_usd_cameras(folder / "shot.usda");
+    ASSERT_EQ(file.cameras.size(), 1U);
+    EXPECT_EQ(file.cameras[0].name, "/cam");
+    ASSERT_EQ(file.warnings.size(), 1U);
+    EXPECT_NE(file.warnings[0].find("gone.usda"), std::string::npos);
+}
+
+TEST_F(UsdStages, NeedTimeCodesThatGoForward) {
+    const ScratchFolder folder;
+    for (const char* rate : {"0", "-24"}) {
+        write_file(folder / "shot.usda", std::string("#usda 1.0\n(timeCodesPerSecond = ") + rate +
+                                             ")\ndef Camera \"cam\" {}\n");
+        const std::string fault = failure_of([&] { (void)read_usd_cameras(folder / "shot.usda"); });
+        EXPECT_NE(fault.find("no time codes or frames per second"), std::string::npos) << fault;
+    }
 }
 
 TEST_F(UsdStages, SayWhatIsLost) {

@@ -1,7 +1,7 @@
 // Every way a scene can be wrong, with the whole text that the user gets.
 #include <gtest/gtest.h>
 #include <host/scene.h>
-#include <scene_text.h>
+#include <host/scene_text.h>
 #include <support/scratch.h>
 #include <sys/stat.h>
 

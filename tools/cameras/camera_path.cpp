@@ -44,6 +44,12 @@ host::Matrix turn_and_move(const host::Matrix& m, const std::string& where) {
             throw Failure(where + " has a matrix with a number that is not finite");
         }
     }
+    constexpr double kRounding = 1e-6;
+    if (std::fabs(m[3]) + std::fabs(m[7]) + std::fabs(m[11]) + std::fabs(m[15] - 1.0) > kRounding) {
+        throw Failure(where +
+                      " has a matrix whose last column is not 0, 0, 0, 1; points are row vectors "
+                      "here, and the last row moves them: is it transposed?");
+    }
     const Axis given_x = {m[0], m[1], m[2]};
     const Axis given_y = {m[4], m[5], m[6]};
     const Axis z = normalized({m[8], m[9], m[10]});

@@ -46,9 +46,16 @@ fs::path usd_environment() {
         return named;
     }
     const std::string data = from_environment("XDG_DATA_HOME");
-    const fs::path share =
-        data.empty() ? fs::path(from_environment("HOME")) / ".local" / "share" : fs::path(data);
-    return share / "lumivar" / "usd";
+    if (!data.empty()) {
+        return fs::path(data) / "lumivar" / "usd";
+    }
+    const std::string home = from_environment("HOME");
+    if (home.empty()) {
+        throw Failure(
+            "there is no home folder (HOME) to look for the reader of USD files in; name its "
+            "folder in LUMIVAR_USD");
+    }
+    return fs::path(home) / ".local" / "share" / "lumivar" / "usd";
 }
 
 CameraFile read_usd_cameras(const fs::path& file, const std::string& name) {

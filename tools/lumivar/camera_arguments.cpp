@@ -4,6 +4,7 @@
 #include <host/printable.h>
 #include <host/scene.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -48,13 +49,19 @@ void warn_of_camera_file(const CameraChoice& choice, const CameraPaths& paths) {
     }
 }
 
-std::vector<host::CameraSample> samples_in_scene(const CameraPath& path, const host::Scene& scene) {
+std::shared_ptr<const host::Camera> camera_in_scene(const CameraPath& path,
+                                                    const host::Scene& scene) {
     const host::Composition& composition = scene.composition;
     const std::shared_ptr<const host::Camera> other =
         scene.camera
             ? scene.camera
             : host::look_at_camera(0.0, 0.0, 0.0, host::Lens::new_camera(composition.width));
-    return samples_on_picture(path, composition.width, composition.height, *other);
+    const bool has_lens =
+        std::any_of(path.samples.begin(), path.samples.end(),
+                    [](const PathSample& sample) { return sample.lens.has_value(); });
+    return host::path_camera(
+        samples_on_picture(path, composition.width, composition.height, *other),
+        has_lens ? nullptr : other);
 }
 
 void add_camera_arguments(Command& command, CameraArguments& arguments) {
@@ -78,7 +85,7 @@ void bring_camera(const CameraArguments& arguments, host::Scene& scene) {
         choice, camera_reading(arguments, scene.composition.frame_rate.per_second()));
     const CameraPath& path = only_path(paths, choice);
     warn_of_camera_file(choice, paths);
-    scene.camera = host::path_camera(samples_in_scene(path, scene));
+    scene.camera = camera_in_scene(path, scene);
 }
 
 }  // namespace lumivar

@@ -3,6 +3,7 @@
 
 #include <host/scene.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -31,15 +32,16 @@ CameraReading camera_reading(const CameraArguments& arguments, double frames_per
 /// Says on standard error what of the file is not taken over.
 void warn_of_camera_file(const CameraChoice& choice, const CameraPaths& paths);
 
-/// The path on the scene's picture. Samples without a lens take that of the scene's camera, or of a
-/// new one.
-std::vector<host::CameraSample> samples_in_scene(const CameraPath& path, const host::Scene& scene);
+/// The path as a camera of the scene. A file that says nothing of a lens leaves the scene's camera
+/// that of its own, moving or not, or that of a new camera.
+std::shared_ptr<const host::Camera> camera_in_scene(const CameraPath& path,
+                                                    const host::Scene& scene);
 
 /// Adds `--camera` and what belongs to it.
 void add_camera_arguments(Command& command, CameraArguments& arguments);
 
-/// Replaces the scene's camera by that of the file, if one was given. Samples without a lens keep
-/// that of the scene. Throws `Failure`.
+/// Replaces the scene's camera by that of the file, if one was given. A file without a lens leaves
+/// the scene's. Throws `Failure`.
 void bring_camera(const CameraArguments& arguments, host::Scene& scene);
 
 }  // namespace lumivar

@@ -2,16 +2,19 @@
 #include <host/camera.h>
 #include <host/printable.h>
 #include <host/scene.h>
+#include <host/scene_text.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <numbers>
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "atomic_file.h"
@@ -21,7 +24,7 @@
 #include "chan_file.h"
 #include "failure.h"
 #include "path_scene.h"
-#include "whole_text.h"
+#include "star_resolver.h"
 
 namespace lumivar {
 namespace {
@@ -34,28 +37,81 @@ struct CameraConvertArguments {
     std::optional<double> step;
 };
 
-/// The path at every `step` frames, from the first whole one of them to the last.
-std::vector<host::CameraSample> at_frames(const std::vector<host::CameraSample>& samples,
-                                          double step, double frames_per_second) {
-    constexpr double kMostSamples = 1e6;
+constexpr double kMostSamples = 1e6;
+
+/// Every `step` frames from the first time to the last, and these two.
+std::vector<double> stepped_times(double first, double last, double step,
+                                  double frames_per_second) {
     constexpr double kRounding = 1e-9;
+    constexpr double kCountable = 1e15;  // beyond, adding 1 to a number may leave it as it is
     const double interval = step / frames_per_second;
-    // Not -0, which would be written so.
-    const double first = std::ceil(samples.front().time / interval - kRounding) + 0.0;
-    const double last = std::floor(samples.back().time / interval + kRounding);
-    if (!(last - first < kMostSamples)) {
+    const double begin = std::ceil(first / interval - kRounding) + 0.0;  // not -0
+    const double end = std::floor(last / interval + kRounding);
+    if (!(end - begin < kMostSamples && std::fabs(begin) < kCountable &&
+          std::fabs(end) < kCountable)) {
         throw UsageError("--step is so small that there would be more than a million samples");
     }
-    const auto camera = host::path_camera(samples);
-    std::vector<host::CameraSample> found;
-    for (double index = first; index <= last; ++index) {
-        const double time = index * step / frames_per_second;
-        found.push_back({time, camera->layer_to_world(time), camera->zoom(time)});
+    std::vector<double> times = {first};
+    const auto steps = static_cast<std::int64_t>(end - begin);
+    for (std::int64_t i = 0; i <= steps; ++i) {
+        const double time = (begin + static_cast<double>(i)) * step / frames_per_second;
+        if (time > times.back() + kRounding * interval) {
+            times.push_back(time);
+        }
     }
-    if (found.empty()) {
-        throw UsageError("the path has no frame at a multiple of --step");
+    if (last > times.back() + kRounding * interval) {
+        times.push_back(last);
     }
-    return found;
+    return times;
+}
+
+/// Both, in order and each once.
+std::vector<double> united(std::vector<double> times, const std::vector<double>& more) {
+    times.insert(times.end(), more.begin(), more.end());
+    std::sort(times.begin(), times.end());
+    times.erase(std::unique(times.begin(), times.end()), times.end());
+    return times;
+}
+
+std::vector<double> own_times(const CameraPath& path) {
+    std::vector<double> times;
+    times.reserve(path.samples.size());
+    for (const PathSample& sample : path.samples) {
+        times.push_back(sample.time);
+    }
+    return times;
+}
+
+/// When the camera is to be written down: at its own samples or every `step` frames; where its lens
+/// is the scene's and changes, at all frames of the scene too.
+std::vector<double> written_times(const CameraPath& path, const host::Camera& camera,
+                                  std::optional<double> step, const host::Scene& scene,
+                                  double frames_per_second) {
+    std::vector<double> times = own_times(path);
+    if (step) {
+        times = stepped_times(times.front(), times.back(), *step, frames_per_second);
+    }
+    if (!path.samples.front().lens) {
+        const std::vector<double> frames = stepped_times(
+            std::min(0.0, times.front()), std::max(scene.composition.duration, times.back()), 1.0,
+            frames_per_second);
+        if (std::any_of(frames.begin(), frames.end(), [&](double time) {
+                return camera.zoom(time) != camera.zoom(frames.front());
+            })) {
+            times = united(std::move(times), frames);
+        }
+    }
+    return times;
+}
+
+std::vector<host::CameraSample> samples_at(const host::Camera& camera,
+                                           const std::vector<double>& times) {
+    std::vector<host::CameraSample> samples;
+    samples.reserve(times.size());
+    for (const double time : times) {
+        samples.push_back({time, camera.layer_to_world(time), camera.zoom(time)});
+    }
+    return samples;
 }
 
 /// The largest angle, in degrees, by which an axis of one camera is off the other's.
@@ -71,15 +127,41 @@ double off_by(const host::Camera& one, const host::Camera& other, double seconds
     return largest * (180.0 / std::numbers::pi);
 }
 
-/// What is written, read again.
-std::shared_ptr<const host::Camera> read_again(const std::string& text, bool is_chan,
-                                               const host::Composition& composition,
+/// How far one camera stands from where the other does, in parsecs.
+double apart(const host::Camera& one, const host::Camera& other, double seconds) {
+    const host::Matrix a = one.layer_to_world(seconds);
+    const host::Matrix b = other.layer_to_world(seconds);
+    return std::hypot(a[12] - b[12], a[13] - b[13], a[14] - b[14]);
+}
+
+struct Deviation {
+    double degrees = 0.0;
+    double parsecs = 0.0;
+};
+
+/// The largest between the times.
+Deviation deviation(const host::Camera& path, const host::Camera& written,
+                    const std::vector<double>& times) {
+    Deviation largest;
+    for (std::size_t i = 1; i < times.size(); ++i) {
+        for (const double part : {0.25, 0.5, 0.75}) {
+            const double time = times[i - 1] + part * (times[i] - times[i - 1]);
+            largest.degrees = std::max(largest.degrees, off_by(path, written, time));
+            largest.parsecs = std::max(largest.parsecs, apart(path, written, time));
+        }
+    }
+    return largest;
+}
+
+/// What is to be written, read again.
+std::shared_ptr<const host::Camera> read_again(const std::string& text, const std::string& name,
+                                               bool is_chan, const host::Composition& composition,
                                                const CameraReading& reading) {
     if (!is_chan) {
-        return host::parse_scene(text, "the scene").camera;
+        return host::parse_scene(text, name, resolve_star).camera;
     }
-    const CameraFile file = read_chan(text, "the file", reading);
-    const CameraPath path = world_path(file.cameras.front(), 1.0, "the file");
+    const CameraFile file = read_chan(text, name, reading);
+    const CameraPath path = world_path(file.cameras.front(), 1.0, name);
     const auto nothing = host::look_at_camera(0.0, 0.0, 0.0, host::Lens::zoom(1.0));
     return host::path_camera(
         samples_on_picture(path, composition.width, composition.height, *nothing));
@@ -94,10 +176,11 @@ void camera_convert_command(const CameraConvertArguments& arguments) {
     check_output_path(arguments.output);
     host::Scene base;
     std::string base_text;
-    double frames_per_second = arguments.frame_rate.value_or(24.0);
+    double frames_per_second =
+        host::frame_rate_of(arguments.frame_rate.value_or(24.0)).per_second();
     if (!arguments.scene.empty()) {
-        base = host::load_scene(arguments.scene);
-        base_text = whole_text(arguments.scene);
+        base_text = host::read_scene_text(arguments.scene);
+        base = host::parse_scene(base_text, host::name_of_scene(arguments.scene), resolve_star);
         frames_per_second = base.composition.frame_rate.per_second();
     }
     const CameraChoice choice = parse_camera_choice(arguments.camera.camera);
@@ -105,31 +188,27 @@ void camera_convert_command(const CameraConvertArguments& arguments) {
         read_camera_paths(choice, camera_reading(arguments.camera, frames_per_second));
     const CameraPath& path = only_path(paths, choice);
     warn_of_camera_file(choice, paths);
-    std::vector<host::CameraSample> samples = samples_in_scene(path, base);
-    if (arguments.step) {
-        samples = at_frames(samples, *arguments.step, frames_per_second);
-    }
+    const std::shared_ptr<const host::Camera> camera = camera_in_scene(path, base);
+    const std::vector<double> times =
+        written_times(path, *camera, arguments.step, base, frames_per_second);
+    const std::vector<host::CameraSample> samples = samples_at(*camera, times);
     CameraReading written;  // y up, ZXY, parsecs
     written.frames_per_second = frames_per_second;
-    if (base_text.empty()) {
-        base_text = new_scene(frames_per_second, samples.back().time);
+    if (arguments.scene.empty()) {
+        base_text = new_scene(frames_per_second, times.back());
     }
-    const std::string text = is_chan ? chan_text(samples, base.composition.height, written)
-                                     : scene_with_path(base_text, arguments.scene, samples);
+    const std::string text =
+        is_chan ? chan_text(samples, base.composition.height, written)
+                : scene_with_path(base_text, host::name_of_scene(arguments.scene), samples);
+    // Before a file of this name gives way to it.
+    const auto after = read_again(text, arguments.output, is_chan, base.composition, written);
+    const Deviation off = deviation(*camera, *after, united(times, own_times(path)));
     AtomicFile file(arguments.output);
     file.write(std::as_bytes(std::span(text.data(), text.size())));
     file.publish();
-
-    const auto before = host::path_camera(samples);
-    const auto after = read_again(text, is_chan, base.composition, written);
-    double between = 0.0;
-    for (std::size_t i = 1; i < samples.size(); ++i) {
-        between = std::max(between,
-                           off_by(*before, *after, (samples[i - 1].time + samples[i].time) / 2.0));
-    }
-    std::printf("%s: %zu %s; between them off the path by %.2g degrees at most\n",
+    std::printf("%s: %zu %s; between them off the path by %.2g degrees and %.2g parsecs at most\n",
                 host::printable(arguments.output).c_str(), samples.size(),
-                samples.size() == 1 ? "sample" : "samples", between);
+                samples.size() == 1 ? "sample" : "samples", off.degrees, off.parsecs);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // lumivar camera info
 #include <host/printable.h>
+#include <host/scene.h>
 
 #include <cstdio>
 #include <memory>
@@ -20,13 +21,14 @@ struct CameraInfoArguments {
 
 void camera_info_command(const CameraInfoArguments& arguments) {
     const CameraChoice choice = parse_camera_choice(arguments.camera.camera);
+    const double frames_per_second = host::frame_rate_of(arguments.frame_rate).per_second();
     const CameraPaths paths =
-        read_camera_paths(choice, camera_reading(arguments.camera, arguments.frame_rate));
+        read_camera_paths(choice, camera_reading(arguments.camera, frames_per_second));
     warn_of_camera_file(choice, paths);
     std::string text;
     for (const CameraPath& path : paths.paths) {
         text.append(host::printable(path.name)).append("\n");
-        text.append(path_summary(path, arguments.frame_rate)).append(path_plot(path));
+        text.append(path_summary(path, frames_per_second)).append(path_plot(path));
     }
     std::fputs(text.c_str(), stdout);
 }

@@ -123,6 +123,9 @@ struct CameraSample {
 ///
 /// `samples` must be non-empty, with times strictly increasing, a zoom above 0 and matrices whose
 /// axes are of length 1 and square to each other within 1e-6; throws `std::invalid_argument`.
-std::shared_ptr<const Camera> path_camera(std::vector<CameraSample> samples);
+///
+/// `lens`, if given, is the camera whose zoom is taken instead of the samples'.
+std::shared_ptr<const Camera> path_camera(std::vector<CameraSample> samples,
+                                          std::shared_ptr<const Camera> lens = nullptr);
 
 }  // namespace host

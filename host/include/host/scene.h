@@ -83,6 +83,11 @@ struct FrameRate {
     double per_second() const { return static_cast<double>(num) / den; }
 };
 
+/// The fraction that a decimal number of frames a second means: 23.976, 29.97, 47.952, 59.94 and
+/// 119.88 are 1000/1001 of the whole rate, others the nearest fraction with a denominator up to
+/// 1000. `per_second` is 0.001 to 999.
+FrameRate frame_rate_of(double per_second);
+
 /// A time as the effect interface tells it: `value` / `scale` seconds.
 struct Time {
     std::int32_t value = 0;

@@ -27,7 +27,7 @@ import re
 import sys
 
 try:
-    from pxr import Gf, Tf, Usd, UsdGeom
+    from pxr import Gf, Sdf, Tf, Usd, UsdGeom
 except ImportError as error:
     sys.exit(f"this Python cannot load usd-core ({error}); run scripts/install-usd once")
 
@@ -271,6 +271,8 @@ def missing_parts(stage):
 
 def read_cameras(file, name):
     stage = opened(file)
+    if not (stage.GetTimeCodesPerSecond() > 0.0 and stage.GetFramesPerSecond() > 0.0):
+        raise Unusable("it has no time codes or frames per second; both have to be above 0")
     missing = missing_parts(stage)
     prims = Usd.PrimRange.Stage(stage, Usd.TraverseInstanceProxies())
     cameras = [UsdGeom.Camera(prim) for prim in prims if prim.IsA(UsdGeom.Camera)]
@@ -283,7 +285,8 @@ def read_cameras(file, name):
     for camera in cameras:
         try:
             for path, words in missing:
-                if camera.GetPath().HasPrefix(path):
+                # A lost layer of the whole stage is told, but the camera may well be in another.
+                if path != Sdf.Path.absoluteRootPath and camera.GetPath().HasPrefix(path):
                     raise Unusable(f"the camera {camera.GetPath()} lacks a part: {words}")
             converted.append(read_camera(camera, stage, warnings))
         except Unusable as fault:
