@@ -54,6 +54,17 @@ TEST(CameraInfo, NamesAreAskedForWhereTheyAreNeeded) {
     EXPECT_TRUE(holds(run_tool({"camera", "info", folder / "a.txt"}).err, "tells no camera file"));
 }
 
+TEST(CameraInfo, SaysWhyAFileHasNoCameraThatIsOfUse) {
+    const ScratchFolder folder;
+    write_file(folder / "plan.gltf", R"({"asset": {"version": "2.0"},
+        "nodes": [{"name": "plan", "camera": 0}], "cameras": [{"type": "orthographic",
+        "orthographic": {"xmag": 1, "ymag": 1, "znear": 0, "zfar": 1}}]})");
+    const ToolResult result = run_tool({"camera", "info", folder / "plan.gltf"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_TRUE(holds(result.err, "there is no camera in it; ")) << result.err;
+    EXPECT_TRUE(holds(result.err, "\"plan\" is not one of perspective")) << result.err;
+}
+
 TEST(CameraConvert, KeepsTheScenesOtherMembers) {
     const ScratchFolder folder;
     write_file(folder / "a.chan", "0 0 0 0 0 0 0\n10 0 0 0 0 90 0\n");

@@ -91,7 +91,7 @@ TEST_F(ColourManagement, NamesWhatAConfigurationHasWhereItLacksSomething) {
                   "\"swapped\"");
     EXPECT_EQ(fault({folder / "none.ocio", "", "", ""}),
               "there is no OpenColorIO configuration " + folder / "none.ocio" +
-                  "; give the path of its config.ocio to --ocio or in $OCIO");
+                  "; give the path of a config.ocio to --ocio or in $OCIO, or choose --view photo");
     std::ofstream(folder / "broken.ocio") << "ocio_profile_version: 2\nroles: [\n";
     const std::string broken = fault({folder / "broken.ocio", "", "", ""});
     EXPECT_TRUE(broken.starts_with("cannot read the OpenColorIO configuration " +

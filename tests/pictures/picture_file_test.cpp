@@ -264,9 +264,16 @@ TEST_F(Picture, TellsCompositingProgramsOfItsShot) {
     write_picture(folder / "a.exr", frame.view(), info, {});
     const OIIO::ImageSpec spec = read_back(folder / "a.exr").spec;
     int rate[2] = {0, 0};
-    ASSERT_TRUE(spec.getattribute("FramesPerSecond", OIIO::TypeRational, rate));
+    ASSERT_TRUE(spec.getattribute("framesPerSecond", OIIO::TypeRational, rate));
     EXPECT_EQ(rate[0], 24);
     EXPECT_EQ(rate[1], 1);
+    // The names and types of the format itself, whatever the library calls them.
+    const std::string bytes = read_file(folder / "a.exr");
+    for (const std::string& attribute :
+         {std::string("framesPerSecond\0rational", 24), std::string("timeCode\0timecode", 17),
+          std::string("worldToCamera\0m44f", 18)}) {
+        EXPECT_NE(bytes.find(attribute), std::string::npos) << attribute;
+    }
     EXPECT_EQ(spec.get_int_attribute("frame"), 91471);
     // 91471 frames are 3811 s and 7 frames: 1 h 3 min 31 s.
     std::uint32_t code[2] = {0, 0};
@@ -287,7 +294,7 @@ TEST_F(Picture, HasNoTimeCodeWhereTheRateIsBroken) {
     write_picture(folder / "a.exr", frame.view(), info, {});
     const OIIO::ImageSpec spec = read_back(folder / "a.exr").spec;
     int rate[2] = {0, 0};
-    ASSERT_TRUE(spec.getattribute("FramesPerSecond", OIIO::TypeRational, rate));
+    ASSERT_TRUE(spec.getattribute("framesPerSecond", OIIO::TypeRational, rate));
     EXPECT_EQ(rate[0], 24000);
     EXPECT_EQ(rate[1], 1001);
     std::uint32_t code[2] = {0, 0};

@@ -65,6 +65,8 @@ TEST(Hints, NoneWhereAllIsWell) {
     const char* const scenes[] = {
         "{}",
         R"({"camera": {}})",
+        R"({"camera": {}, "controls": {"Parallax Crush": 50}})",
+        R"({"camera": {}, "controls": {"Parallax Crush": 90}})",
         R"({"camera": {"look_at": {"ra": 83, "dec": -1}}, "controls": {"Projection": "HemiSph"}})",
         R"({"controls": {"Projection": "AzEqu", "Parallax Crush": 0}})",
         R"({"composition": {"motion_blur": true}, "camera": {"vertical_fov": 20}})",

@@ -121,6 +121,15 @@ TEST_F(Magnitudes, TheSummaryTellsTheFaintestStarAndTheCeiling) {
               "  stars of every magnitude (Luminance Threshold 0)" + ceiling);
     EXPECT_EQ(lines("", {"--limiting-magnitude", "6.5"}),
               "  stars to magnitude 6.50 (in the host: Luminance Threshold 0.002511)" + ceiling);
+    for (const auto& [magnitude, control] : {std::pair<std::string, std::string>{"5", "0.010000"},
+                                             {"10", "0.000100"},
+                                             {"12.5", "0.000010"},
+                                             {"15", "0.000001"}}) {
+        EXPECT_NE(lines("", {"--limiting-magnitude", magnitude})
+                      .find("(in the host: Luminance Threshold " + control + ");"),
+                  std::string::npos)
+            << magnitude;
+    }
     // 10^(-5.6) = 0.00000251, of which six decimals leave 0.000002: 2.5 (6 - log10 2) = 14.247.
     EXPECT_EQ(lines("", {"--limiting-magnitude", "14"}),
               "  stars to magnitude 14.00 (in the host: Luminance Threshold 0.000002, which is "
@@ -154,6 +163,11 @@ TEST_F(Magnitudes, AnExposureIsToldInMagnitudesAndInTheEffectsControl) {
     EXPECT_EQ(line("", {"--exposure", "-1", "--set", "Star Brightness=8"}),
               "  exposure -1: 0.75 magnitudes darker (in the host: Star Brightness 4.00 instead of "
               "8)\n");
+    // 5 / 4096 = 0.0012207, which two decimals would make 0.
+    EXPECT_EQ(
+        line("", {"--exposure", "-12"}),
+        "  exposure -12: 9.03 magnitudes darker (in the host: Star Brightness 0.001221 instead "
+        "of 5)\n");
     EXPECT_EQ(line("", {"--exposure", "8"}),
               "  exposure +8: 6.02 magnitudes brighter (in the host: beyond Star Brightness, which "
               "ends at 1000)\n");

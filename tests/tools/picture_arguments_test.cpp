@@ -5,6 +5,8 @@
 #include <string>
 
 #include "failure_of.h"
+#include "support/scratch.h"
+#include "tool_run.h"
 
 namespace {
 
@@ -75,9 +77,25 @@ TEST(PictureContent, RefusesWhatDoesNotGoTogether) {
               "is a common lens");
     EXPECT_EQ(fault_of({.exposure = 1000.0}, "a.png"), "--exposure takes stops from -100 to 100");
     EXPECT_EQ(fault_of({.view = "photo", .ocio = "config.ocio"}, "a.png"),
-              "--view and --ocio both choose a view; give one of them");
+              "--view and the --ocio options both choose a view; give one of them");
     EXPECT_EQ(fault_of({.ocio_display = "Television"}, "a.png"),
               "no OpenColorIO configuration is named; give its config.ocio to --ocio or in $OCIO");
+}
+
+TEST(PictureContent, OfARunIsTheEnvironmentsConfiguration) {
+    const ScratchFolder folder;
+    write_file(folder / "scene.json", "{}");
+    ToolOptions options;
+    options.environment = {"OCIO=/no/config"};
+    const std::vector<std::string> render = {
+        "render", folder / "scene.json", "-o", folder / "a.png", "--size", "32x18"};
+    const ToolResult refused = run_tool(render, options);
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_NE(refused.err.find("OpenColorIO configuration /no/config"), std::string::npos)
+        << refused.err;
+    std::vector<std::string> plain = render;
+    plain.insert(plain.end(), {"--view", "plain"});
+    EXPECT_EQ(run_tool(plain, options).code, 0);
 }
 
 TEST(PictureContent, TakesTheEnvironmentsConfigurationWhereNoViewIsNamed) {
@@ -87,8 +105,8 @@ TEST(PictureContent, TakesTheEnvironmentsConfigurationWhereNoViewIsNamed) {
         });
     };
     const std::string missing =
-        "there is no OpenColorIO configuration /no/config; give the path of its config.ocio to "
-        "--ocio or in $OCIO";
+        "there is no OpenColorIO configuration /no/config; give the path of a config.ocio to "
+        "--ocio or in $OCIO, or choose --view photo";
     EXPECT_EQ(fault({}, {}), missing);
     EXPECT_EQ(fault({.ocio_view = "Film"}, {}), missing);
     EXPECT_EQ(fault({.view = "photo"}, {}), "no failure");

@@ -47,7 +47,7 @@ protected:
 
 TEST_F(CameraTour, RestsAtEachStarAndTurnsTheShortWay) {
     const ToolResult run = tour({"betelgeuse@0", "HIP 24436@2.5", "Sirius@5", "--hold", "0.5",
-                                 "--fov", "20", "--size", "960x540", "--rate", "25"});
+                                 "--fov", "20", "--size", "960x540", "--frame-rate", "25"});
     ASSERT_EQ(run.code, 0) << run.err;
     EXPECT_EQ(run.out, path_ + ": 3 stars, 5.5 s\n");
     const host::Scene scene = written();
@@ -117,7 +117,7 @@ TEST_F(CameraTour, WhatCannotBeIsRefusedAndNothingIsWritten) {
          "Vega@2.5: its time must come after Rigel@2 and its rest of 0.5 s"},
         {{"Rigel@2", "--hold", "-1"}, "--hold takes seconds, 0 or more"},
         {{"Rigel@2", "--fov", "180"}, "--fov takes degrees, above 0 and below 180"},
-        {{"Rigel@2", "--rate", "0"}, "--rate takes frames a second, 0.001 to 999"},
+        {{"Rigel@2", "--frame-rate", "0"}, "--frame-rate takes frames a second, 0.001 to 999"},
     };
     for (const auto& each : cases) {
         const ToolResult run = tour(each.arguments);

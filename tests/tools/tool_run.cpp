@@ -85,6 +85,7 @@ ToolProcess::ToolProcess(const std::vector<std::string>& arguments, const ToolOp
         const rlimit limit = {*options.memory_limit, *options.memory_limit};
         setrlimit(RLIMIT_AS, &limit);
     }
+    unsetenv("OCIO");  // whoever runs the tests may have colours of their own
     for (std::string& variable : environment) {
         putenv(variable.data());
     }

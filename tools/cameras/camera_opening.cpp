@@ -76,7 +76,8 @@ CameraChoice parse_camera_choice(const std::string& text) {
 CameraPaths read_camera_paths(const CameraChoice& choice, const CameraReading& reading) {
     CameraFile file = read_camera_file(choice, reading);
     if (file.cameras.empty()) {
-        throw Failure(choice.file + ": there is no camera in it");
+        throw Failure(choice.file + ": there is no camera in it" +
+                      (file.warnings.empty() ? "" : "; " + file.warnings.front()));
     }
     CameraPaths paths;
     paths.warnings = file.warnings;

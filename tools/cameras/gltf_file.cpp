@@ -147,7 +147,7 @@ public:
             }
         }
     }
-    void hang_on(Node node) { chain_.push_back(std::move(node)); }
+    void hang_on(const Node& node) { chain_.push_back(node); }
 
     FileCameraSample at(double seconds) const {
         FileCameraSample sample;

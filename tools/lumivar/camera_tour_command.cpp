@@ -59,7 +59,7 @@ void add_camera_tour_command(Command& camera) {
     command.add("--fov", arguments->tour.vertical_fov,
                 "Angle from the bottom to the top of the picture, degrees; 30 if not given");
     command.add("--size", arguments->size, "WIDTHxHEIGHT of the frames; 1920x1080 if not given");
-    command.add("--rate", arguments->tour.frame_rate, "Frames a second; 24 if not given");
+    command.add("--frame-rate", arguments->tour.frame_rate, "Frames a second; 24 if not given");
     command.footer(
         "A star is called by its proper name, by its designation (Gam2 Vel, Gamma2 Velorum,\n"
         "86 Peg), or by its number in the Hipparcos or the Bright Star Catalogue (HIP 27989,\n"

@@ -91,9 +91,11 @@ double distance(const Place& a, const Place& b = {}) {
 
 std::string short_number(double number) { return String::fmt("%.4g", number).c_str(); }
 
-/// All distances are at infinity from here on: see `world_to_screen`, which takes a hundredth of it
-/// off a star's inverse distance. No star is nearer than one parsec.
-constexpr double kAllAtInfinity = 100.0;
+/// "Parallax Crush" takes a hundredth of it off a star's inverse distance. From here on all stars
+/// are at infinity: the nearest is 1.30 parsecs away.
+constexpr double kAllAtInfinity = 77.0;
+/// Up to here stars of ten parsecs and less keep a distance, enough of them to be seen as a crowd.
+constexpr double kManyAtADistance = 10.0;
 
 /// Beyond most of the stars whose distance is known.
 constexpr double kOutsideTheStars = 1000.0;
@@ -181,7 +183,7 @@ void hint_at_place(const NamedValues& values, const host::Scene& scene,
                             " keeps every star at infinity, where none moves; set it to 0 to fly "
                             "among the stars");
         }
-    } else if (values.always(crush, [](double number) { return number < kAllAtInfinity; }) &&
+    } else if (values.always(crush, [](double number) { return number <= kManyAtADistance; }) &&
                std::all_of(times.begin(), times.end(), [&](const host::Time& time) {
                    return stands_as_new(scene, time.seconds());
                })) {

@@ -23,7 +23,7 @@ constexpr char kBrightness[] = "Star Brightness";
 constexpr double kBiasOffset = 0.000001;
 /// The range of "Star Brightness" ends here.
 constexpr double kLargestBrightness = 1000.0;
-/// Beyond it a luminance is no longer a normal number in single precision.
+/// Well before the smallest normal number of single precision, at magnitude 94.8.
 constexpr double kFaintestMagnitude = 90.0;
 
 bool sets_threshold(const host::ControlSetting& setting) { return setting.name == kThreshold; }
@@ -77,7 +77,10 @@ std::string faintest_text(double threshold, bool by_magnitude) {
     if (!by_magnitude) {
         return text + " (" + kThreshold + " " + shortest(threshold) + ")";
     }
-    const double typed = std::floor(threshold * 1e6) / 1e6;
+    double typed = std::round(threshold * 1e6) / 1e6;
+    if (static_cast<double>(static_cast<float>(typed)) > threshold) {
+        typed = std::floor(threshold * 1e6) / 1e6;  // no star may be lost
+    }
     text += std::string(" (in the host: ") + kThreshold + " " + String::fmt("%.6f", typed).c_str();
     // The control's six decimals are coarse for faint stars: say where they lead elsewhere.
     if (typed <= 0.0) {
@@ -116,8 +119,9 @@ std::string exposure_text(double brightness, double exposure) {
     if (same > kLargestBrightness) {
         return text + "beyond " + kBrightness + ", which ends at 1000)";
     }
-    return text + kBrightness + " " + two_decimals(same) + " instead of " + shortest(brightness) +
-           ")";
+    return text + kBrightness + " " +
+           (same >= 1.0 ? two_decimals(same) : String::fmt("%.4g", same).c_str()) + " instead of " +
+           shortest(brightness) + ")";
 }
 
 }  // namespace

@@ -44,7 +44,7 @@ bool bring_limiting_magnitude(const MagnitudeArguments& arguments,
 /// otherwise than the first is told too. Empty for an effect without these controls.
 ///
 /// `by_magnitude`: the threshold was set by a limiting magnitude. It is then told in the control's
-/// six decimals, rounded down so that no star is lost.
+/// six decimals, rounded so that no star is lost.
 std::vector<std::string> magnitude_lines(const host::Session& session, const host::Scene& scene,
                                          host::Time first, host::Time last, bool by_magnitude,
                                          double exposure);

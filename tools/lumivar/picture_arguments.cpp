@@ -41,7 +41,7 @@ void check_numbers(const PictureArguments& arguments) {
 void choose_view(const PictureArguments& arguments, const PictureWishes& wishes, host::Depth depth,
                  const std::string& environment_config, Look& look) {
     if (!arguments.view.empty() && asks_for_management(arguments)) {
-        throw UsageError("--view and --ocio both choose a view; give one of them");
+        throw UsageError("--view and the --ocio options both choose a view; give one of them");
     }
     std::string view = arguments.view;
     if (view.empty() && asks_for_management(arguments)) {

@@ -252,7 +252,8 @@ void add_render_command(Command& program) {
     command.footer(
         "Of an 8- or 16-bit frame .exr and .tif hold the codes divided by 255 or 32768.\n"
         ".png and .jpg show a float frame in the photo view and an 8- or 16-bit one, which is\n"
-        "cut off at white already, in the plain view; with --bits 16 so does .tif. With --raw\n"
+        "cut off at white already, in the plain view; .tif does so where --view, --exposure,\n"
+        "--bits or an --ocio option asks for it, and holds linear light otherwise. With --raw\n"
         "they hold the codes themselves (16-bit white is 32768).\n"
         "--set takes numbers, on and off, names of choices, colours as R,G,B in 0..255, and all\n"
         "that a scene takes: \"#ffc880\", [255, 200, 128], {\"keys\": [...]}. lumivar controls\n"

@@ -122,13 +122,15 @@ std::pair<int, int> parse_frames(const std::string& text) {
 
 host::ControlSetting parse_setting(const std::string& text) {
     const std::size_t equals = text.find('=');
-    if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
+    // As in a scene, blanks around a value do not count.
+    const std::size_t first = text.find_first_not_of(" \t", equals + 1);
+    if (equals == std::string::npos || equals == 0 || first == std::string::npos) {
         throw UsageError(
             "--set \"" + text +
             "\": give the control's name and its value, such as \"Star Brightness=8\"");
     }
     const std::string name = text.substr(0, equals);
-    const std::string value = text.substr(equals + 1);
+    const std::string value = text.substr(first, text.find_last_not_of(" \t") - first + 1);
     const std::string place = "--set \"" + text + "\"";
     if (is_written_as_in_a_scene(value)) {
         return parse_as_in_a_scene(name, value, place);

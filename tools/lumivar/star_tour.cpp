@@ -57,7 +57,7 @@ void require_possible(const StarTour& tour) {
     require(tour.vertical_fov > 0.0 && tour.vertical_fov < 180.0,
             "--fov takes degrees, above 0 and below 180");
     require(tour.frame_rate >= 0.001 && tour.frame_rate <= 999.0,
-            "--rate takes frames a second, 0.001 to 999");
+            "--frame-rate takes frames a second, 0.001 to 999");
     require(tour.stops.front().time >= 0.0,
             tour.stops.front().said + ": a tour starts at 0 seconds or later");
     for (std::size_t i = 1; i < tour.stops.size(); ++i) {
@@ -105,8 +105,9 @@ std::vector<TourStop> read_tour_stops(std::istream& input, const std::string& so
         const std::size_t blank = text.find_first_of(" \t");
         const std::optional<double> seconds = parse_seconds(text.substr(0, blank));
         if (!seconds || blank == std::string::npos) {
-            throw Failure(place + "expected a time and a star, as in \"2.5 Rigel\", found \"" +
-                          text + "\"");
+            std::string fault = place;
+            fault.append("expected a time and a star, as in \"2.5 Rigel\", found \"");
+            throw Failure(fault.append(text).append("\""));
         }
         const std::string name = text.substr(text.find_first_not_of(" \t", blank));
         const NamedStar* const star = find_star(name);

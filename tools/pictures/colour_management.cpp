@@ -19,8 +19,9 @@ namespace {
 std::unique_ptr<OIIO::ColorConfig> open_config(const std::string& path) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error)) {
-        throw Failure("there is no OpenColorIO configuration " + path +
-                      "; give the path of its config.ocio to --ocio or in $OCIO");
+        throw Failure(
+            "there is no OpenColorIO configuration " + path +
+            "; give the path of a config.ocio to --ocio or in $OCIO, or choose --view photo");
     }
     auto config = std::make_unique<OIIO::ColorConfig>(path);
     if (config->has_error()) {

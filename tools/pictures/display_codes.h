@@ -16,9 +16,9 @@ enum class Encoding { Srgb, Done };
 std::vector<std::uint8_t> codes_8(const LinearImage& image, Encoding encoding);
 
 /// 8-bit codes with dithering: a value between two codes becomes one or the other, by chance, so
-/// that their mean over an area is the value. Black and white, and every value that a code hits,
-/// stay as they are. The chance is a pattern that depends on place and channel alone: the same
-/// frame gives the same codes.
+/// that their mean over an area is the value. Black and white stay as they are. The chance is a
+/// pattern that depends on the place in the file and the channel alone: the same frame gives the
+/// same codes.
 std::vector<std::uint8_t> dithered_codes_8(const LinearImage& image, Encoding encoding);
 
 /// 16-bit codes, 65535 is white, rounded to nearest.

@@ -14,9 +14,8 @@ struct HaloPart {
     double sigma = 0.0;  ///< of the Gaussian, in pixels of a frame 1920 pixels wide
 };
 
-/// Fitted by eye to photographs of bright stars through a plain camera lens: a sum of Gaussians
-/// stands for the steep middle and the long tail of the scattered light. 0.77 of the light stays
-/// where it is.
+/// Chosen by eye: a sum of Gaussians stands for the steep middle and the long tail of the scattered
+/// light. 0.77 of the light stays where it is.
 inline constexpr std::array<HaloPart, 4> kHaloParts = {
     {{0.10, 3.0}, {0.06, 8.0}, {0.04, 24.0}, {0.03, 70.0}}};
 
@@ -29,7 +28,10 @@ inline constexpr double kStrongestHalo = 1.0 / 0.23;
 /// and has no halo.
 ///
 /// Wide Gaussians are drawn in smaller images, halved again and again, and enlarged smoothly. What
-/// that spreads by itself is known, and taken off the Gaussian: each is within 0.3 % of its peak.
+/// that spreads by itself is known, and taken off the Gaussian: the sum is within 0.6 % of what
+/// their peaks are together, in frames at least 320 pixels wide. In narrow frames, below some 1000
+/// pixels, the narrowest Gaussian is hardly wider than a pixel, and its values are those at the
+/// pixels' middles.
 void add_halo(LinearImage& image, double strength);
 
 }  // namespace lumivar

@@ -62,11 +62,14 @@ std::vector<std::byte> collect(const FrameView& frame, int channels, Function va
     return bytes;
 }
 
+constexpr const char* kLinear = "Linear";
+constexpr const char* kSrgb = "sRGB";
+
 struct Encoded {
     OIIO::TypeDesc type;
     int channels;
     std::vector<std::byte> samples;
-    bool linear;
+    const char* space;  ///< as the library names it; null: a display's own
 };
 
 template <class Code>
@@ -75,16 +78,18 @@ Encoded encode_codes(const FrameView& frame, int channels) {
         OIIO::BaseTypeFromC<Code>::value, channels,
         collect<Code>(frame, channels,
                       [&](int x, int y, std::size_t c) { return code_at<Code>(frame, x, y, c); }),
-        true};
+        kLinear};
 }
 
 Encoded encode_look(const FrameView& frame, const Look& look) {
     const LookedAt codes = look_at(linear_image(frame), look);
+    // What a display of a configuration is sent, the configuration alone knows.
+    const char* const space = look.view == Look::View::Managed ? nullptr : kSrgb;
     return std::visit(
-        [](const auto& all) -> Encoded {
+        [space](const auto& all) -> Encoded {
             const auto bytes = std::as_bytes(std::span(all));
             return {OIIO::BaseTypeFromC<std::decay_t<decltype(all[0])>>::value, 3,
-                    std::vector<std::byte>(bytes.begin(), bytes.end()), false};
+                    std::vector<std::byte>(bytes.begin(), bytes.end()), space};
         },
         codes);
 }
@@ -95,7 +100,7 @@ Encoded encode_linear(const FrameView& frame, double halo) {
         OIIO::TypeFloat, kChannels,
         collect<float>(frame, kChannels,
                        [&](int x, int y, std::size_t c) { return linear_sample(frame, x, y, c); }),
-        true};
+        kLinear};
     if (halo != 0.0) {
         LinearImage light = linear_image(frame);
         add_halo(light, halo);
@@ -127,7 +132,7 @@ std::uint32_t packed_digits(int number) {
 void describe_shot(OIIO::ImageSpec& spec, const ShotInfo& shot) {
     if (shot.frame_rate) {
         const std::array<int, 2> rate = {shot.frame_rate->first, shot.frame_rate->second};
-        spec.attribute("FramesPerSecond", OIIO::TypeRational, rate.data());
+        spec.attribute("framesPerSecond", OIIO::TypeRational, rate.data());
     }
     if (shot.frame) {
         spec.attribute("frame", *shot.frame);
@@ -169,8 +174,8 @@ OIIO::ImageSpec describe(const FrameView& frame, const Encoded& encoded, Picture
     }
     // For .tif the word "sRGB" would make the library write a second directory of values, and the
     // offsets in what it writes to memory are then wrong. Integer samples are sRGB by custom.
-    if (encoded.linear || format != PictureFormat::Tiff) {
-        spec.attribute("oiio:ColorSpace", encoded.linear ? "Linear" : "sRGB");
+    if (encoded.space != nullptr && (encoded.space == kLinear || format != PictureFormat::Tiff)) {
+        spec.attribute("oiio:ColorSpace", encoded.space);
     }
     if (format == PictureFormat::Jpeg) {
         spec.attribute("Compression", "jpeg:95");

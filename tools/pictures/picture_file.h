@@ -6,10 +6,9 @@
 //   codes of an 8- or 16-bit frame divided by 255 or 32768. With alpha.
 // - A picture for looking at (`.png`, `.jpg`, `.tif`): the light through a `Look`, encoded for a
 //   display, 8 or 16 bits a channel. Without alpha, as the frames are opaque.
-// - The host's integer codes as they are (`.png`, `.jpg`, `.tif`, depths 8 and 16 only): 8-bit
-// codes
-//   in 8-bit channels, 16-bit codes (0..32768) in 16-bit channels. JPEG has 8-bit channels only,
-//   and its compression changes codes; EXR has no such channels at all.
+// - The host's integer codes as they are (`.png`, `.jpg`, `.tif`, depths 8 and 16 only): those of
+//   8 bits in 8-bit channels, those of 16 bits (0..32768) in 16-bit channels. JPEG has 8-bit
+//   channels only, and its compression changes codes; EXR has no such channels at all.
 #pragma once
 
 #include <array>

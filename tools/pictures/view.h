@@ -17,9 +17,9 @@ double film_response(double exposure);
 
 /// The photo view: a pixel's largest channel m becomes `film_response(m)`, the others keep their
 /// proportion to it. So does hue, in every space in which it does not depend on the brightness of
-/// linear light, hue angle of HSV and of Oklab among them. Negative channels become 0 first. What
-/// is not a number becomes 0; an infinite channel 1, with those that are finite 0. The result is
-/// linear light from 0 to 1.
+/// linear light, hue angle of HSV and of Oklab among them; 8-bit codes of dim light can only be
+/// near it. Negative channels become 0 first. What is not a number becomes 0; an infinite channel
+/// 1, with those that are finite 0. The result is linear light from 0 to 1.
 void view_as_photo(LinearImage& image);
 
 }  // namespace lumivar
