@@ -16,6 +16,30 @@
 
 namespace {
 
+/// What the plot shows from 25 to 35 degrees of a camera that turns from 6 h on the equator to 0 h
+/// at 30 degrees: by x 30 and then y -90, which is one turn about a slanted axis.
+std::string row_of_30_degrees() {
+    const double s = std::sin(15 * one_move::kDegree);
+    const double c = std::cos(15 * one_move::kDegree);
+    // The product of both quaternions is (c, s, -c, s) / sqrt 2, w first.
+    const double length = std::hypot(s, c, s);
+    const double angle = 2.0 * std::acos(c * std::sqrt(0.5)) / one_move::kDegree;
+    std::string row = ":" + std::string(71, ' ') + "E";
+    row[18] = row[36] = row[54] = ':';
+    constexpr int kSteps = 20000;
+    for (int step = 0; step < kSteps; ++step) {
+        const one_move::Vector ahead = one_move::in_sky(one_move::turned(
+            {0, 0, -1}, {s / length, -c / length, s / length}, angle * step / kSteps));
+        const double right_ascension = std::atan2(ahead[1], ahead[0]) / one_move::kDegree;
+        // A column is 5 degrees wide; 24 h is the first, and the last is kept for the end.
+        const auto column = static_cast<std::size_t>(std::lround((360.0 - right_ascension) / 5.0));
+        if (std::asin(ahead[2]) / one_move::kDegree >= 25.0 && column < 72) {
+            row[column] = '*';
+        }
+    }
+    return row;
+}
+
 TEST(CameraInfo, SaysWhereItLooksAndDrawsThePath) {
     const ScratchFolder folder;
     // y by -90 turns the view from -z to +x: from 6 h to 0 h; x by 30 tilts it up.
@@ -31,7 +55,7 @@ TEST(CameraInfo, SaysWhereItLooksAndDrawsThePath) {
     }
     // 18 columns are 6 h: 6 h is in column 54 of the row of the equator, the tenth.
     EXPECT_TRUE(holds(result.out, "    0  |" + std::string(54, '.') + "S")) << result.out;
-    EXPECT_TRUE(holds(result.out, "E|\n")) << result.out;
+    EXPECT_TRUE(holds(result.out, "   30  |" + row_of_30_degrees() + "|\n")) << result.out;
 }
 
 TEST(CameraInfo, NamesAreAskedForWhereTheyAreNeeded) {

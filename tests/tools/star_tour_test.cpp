@@ -128,6 +128,24 @@ TEST_F(CameraTour, WhatCannotBeIsRefusedAndNothingIsWritten) {
     }
 }
 
+TEST_F(CameraTour, LooksAtTheOutputBeforeTheStars) {
+    path_ = folder_ / "tour.txt";
+    const ToolResult ending = tour({"Riegl@0"});
+    EXPECT_EQ(ending.code, 2);
+    EXPECT_NE(ending.err.find("give NAME.json"), std::string::npos) << ending.err;
+    path_ = folder_ / "none" + "/tour.json";
+    const ToolResult folder = tour({"Riegl@0"});
+    EXPECT_EQ(folder.code, 1);
+    EXPECT_NE(folder.err.find("cannot write " + path_), std::string::npos) << folder.err;
+}
+
+TEST_F(CameraTour, ShowsNoControlCharactersOfTheName) {
+    path_ = folder_ / "to\x1b[2Jur.json";
+    const ToolResult run = tour({"Rigel@0"});
+    ASSERT_EQ(run.code, 0) << run.err;
+    EXPECT_EQ(run.out.find('\x1b'), std::string::npos) << run.out;
+}
+
 TEST(StarResolver, GivesPlaceAndDistanceOrTheLikelyName) {
     const host::StarAnswer star = lumivar::resolve_star("BETELGEUSE");
     ASSERT_TRUE(star.place);

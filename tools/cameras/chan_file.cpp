@@ -44,7 +44,7 @@ CameraFile read_chan(std::string_view text, const std::string& source,
     camera.up = reading.up.value_or(UpAxis::Y);
     std::size_t columns = 0;
     double last_frame = 0.0;
-    for (const TextLine& line : telling_lines(text)) {
+    for (const TextLine& line : content_lines(text)) {
         const std::string place = source + ": line " + std::to_string(line.number);
         const std::vector<double> numbers = numbers_of_line(line, place);
         if (numbers.size() != kChanColumns.size() && numbers.size() + 1 != kChanColumns.size()) {

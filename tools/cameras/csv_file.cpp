@@ -137,7 +137,7 @@ Columns columns_of(Header& header) {
     return columns;
 }
 
-/// The numbers of a line; those of columns that nobody took may be texts, and are 0.
+/// The fields of a line as numbers. Columns that nobody took are not looked at and may hold texts.
 class Row {
 public:
     Row(const TextLine& line, char separator, const Header& header, const std::string& source)
@@ -203,7 +203,7 @@ std::optional<FileLens> lens_of(const Row& row, const Columns& columns) {
 
 CameraFile read_camera_csv(std::string_view text, const std::string& source,
                            const CameraReading& reading) {
-    const std::vector<TextLine> lines = telling_lines(text);
+    const std::vector<TextLine> lines = content_lines(text);
     if (lines.size() < 2) {
         throw Failure(source + ": expected a line of column names and lines of numbers");
     }

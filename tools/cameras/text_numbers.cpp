@@ -29,7 +29,7 @@ std::string number_text(double number) {
     return error == std::errc() ? std::string(text, end) : std::to_string(number);
 }
 
-std::vector<TextLine> telling_lines(std::string_view text) {
+std::vector<TextLine> content_lines(std::string_view text) {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     if (text.starts_with(kByteOrderMark)) {
         text.remove_prefix(kByteOrderMark.size());

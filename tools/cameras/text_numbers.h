@@ -21,10 +21,10 @@ struct TextLine {
 };
 
 /// The lines of `text` that say something: without blank ones and those that begin with "#".
-/// Spaces at both ends, a carriage return and a mark of UTF-8 at the start are taken off.
-std::vector<TextLine> telling_lines(std::string_view text);
+/// White space at both ends, a carriage return and a mark of UTF-8 at the start are taken off.
+std::vector<TextLine> content_lines(std::string_view text);
 
-/// Without spaces and tabs at both ends.
+/// Without white space at both ends.
 std::string_view trimmed(std::string_view text);
 
 }  // namespace lumivar

@@ -1,4 +1,6 @@
 // lumivar camera tour
+#include <host/printable.h>
+
 #include <cstddef>
 #include <cstdio>
 #include <iostream>
@@ -25,6 +27,11 @@ struct TourArguments {
 };
 
 void tour_command(const TourArguments& arguments) {
+    if (!arguments.output.ends_with(".json")) {
+        throw UsageError("a tour is written as a scene; give NAME.json, not \"" + arguments.output +
+                         "\"");
+    }
+    check_output_path(arguments.output);
     StarTour tour = arguments.tour;
     std::tie(tour.width, tour.height) = parse_size(arguments.size);
     if (arguments.stops == std::vector<std::string>{"-"}) {
@@ -39,7 +46,7 @@ void tour_command(const TourArguments& arguments) {
     file.write(std::as_bytes(std::span(scene)));
     file.publish();
     const std::size_t stars = tour.stops.size();
-    std::printf("%s: %zu %s, %g s\n", arguments.output.c_str(), stars,
+    std::printf("%s: %zu %s, %g s\n", host::printable(arguments.output).c_str(), stars,
                 stars == 1 ? "star" : "stars", tour.stops.back().time + tour.hold);
 }
 

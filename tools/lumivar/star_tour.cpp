@@ -1,48 +1,23 @@
 #include "star_tour.h"
 
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <optional>
-#include <system_error>
+#include <string>
+#include <string_view>
 
 #include "failure.h"
 #include "star_resolver.h"
+#include "text_numbers.h"
 
 namespace lumivar {
 namespace {
-
-std::optional<double> parse_seconds(const std::string& text) {
-    double seconds = 0.0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(seconds)) {
-        return std::nullopt;
-    }
-    return seconds;
-}
-
-/// The shortest text that reads back as this number.
-std::string number_text(double number) {
-    char text[32];
-    const auto [end, error] = std::to_chars(text, text + sizeof text, number);
-    return {text, error == std::errc() ? end : text};
-}
 
 std::string unknown_star(const std::string& name) {
     const host::StarAnswer answer = resolve_star(name);
     return "no star is called \"" + name + "\"" +
            (answer.nearest ? "; did you mean \"" + *answer.nearest + "\"?"
                            : "; names are as in data/bright-stars.csv, or HIP and a number");
-}
-
-/// Text up to a comment, without blanks at its ends.
-std::string trimmed(const std::string& line) {
-    const std::string text = line.substr(0, line.find('#'));
-    const std::size_t first = text.find_first_not_of(" \t\r");
-    if (first == std::string::npos) {
-        return "";
-    }
-    return text.substr(first, text.find_last_not_of(" \t\r") + 1 - first);
 }
 
 void require(bool holds, const std::string& otherwise) {
@@ -81,7 +56,8 @@ std::string key_text(double time, const TourStop& stop) {
 TourStop parse_tour_stop(const std::string& text) {
     const std::size_t at = text.rfind('@');
     const std::optional<double> seconds =
-        at == std::string::npos ? std::nullopt : parse_seconds(text.substr(at + 1));
+        at == std::string::npos ? std::nullopt
+                                : finite_number(std::string_view(text).substr(at + 1));
     if (!seconds) {
         throw UsageError("a stop is a star and a time, as in Rigel@2, not \"" + text + "\"");
     }
@@ -97,13 +73,13 @@ std::vector<TourStop> read_tour_stops(std::istream& input, const std::string& so
     std::vector<TourStop> stops;
     std::string line;
     for (int number = 1; std::getline(input, line); ++number) {
-        const std::string text = trimmed(line);
+        const std::string text(trimmed(std::string_view(line).substr(0, line.find('#'))));
         if (text.empty()) {
             continue;
         }
         const std::string place = source + ": line " + std::to_string(number) + ": ";
         const std::size_t blank = text.find_first_of(" \t");
-        const std::optional<double> seconds = parse_seconds(text.substr(0, blank));
+        const std::optional<double> seconds = finite_number(text.substr(0, blank));
         if (!seconds || blank == std::string::npos) {
             std::string fault = place;
             fault.append("expected a time and a star, as in \"2.5 Rigel\", found \"");
