@@ -8,6 +8,7 @@
 #include <string>
 
 #include "one_move_camera.h"
+#include "one_move_gltf.h"
 #include "support/catalogue.h"
 #include "support/scratch.h"
 #include "tool_run.h"
@@ -231,23 +232,41 @@ TEST(RenderCamera, DrawsAStarWhereTheFileSays) {
     const ScratchFolder folder;
     write_file(folder / "a.chan", one_move::as_chan());
     write_file(folder / "z.csv", one_move::as_csv(true));
-    write_file(folder / "scene.json",
-               "{\"controls\": {\"Star Saturation\": 1, \"Star Spot Size\": 12, "
-               "\"Parallax Crush\": 0}}");
+    write_file(folder / "xyz.chan", one_move::as_chan_xyz_in_light_years());
+    write_file(folder / "a.gltf", one_move::gltf_keys().json(one_move::gltf_members(
+                                      R"(, "aspectRatio": 1.7777777777777777)")));
+    const std::string controls =
+        R"("controls": {"Star Saturation": 1, "Star Spot Size": 12, "Parallax Crush": 0}})";
+    write_file(folder / "wide.json", "{" + controls);
+    write_file(folder / "narrow.json",
+               R"({"composition": {"width": 1000, "height": 800}, )" + controls);
     const one_move::Star star = {2, 3, 60};
     support::write_catalogue(folder / "one.stars", support::kVersion2,
                              {{.lon = star.ra, .lat = star.dec, .distance = star.parsecs}});
     // The shutter opens a quarter of a frame before the frame.
     const one_move::Moment moment = one_move::moments().at(9);
     ASSERT_EQ(moment.frame, 0.75);
-    const one_move::Pixel want = one_move::seen(moment, star);
-    for (const std::vector<std::string>& camera :
-         {std::vector<std::string>{"--camera", folder / "a.chan"},
-          {"--camera", folder / "z.csv", "--camera-up", "z"}}) {
+    const one_move::Picture narrow = {1000, 800, 16.0 / 9.0};
+    const struct {
+        std::vector<std::string> camera;
+        const char* scene;
+        one_move::Picture picture;
+    } cases[] = {
+        {{folder / "a.chan"}, "wide.json", {}},
+        {{folder / "z.csv", "--camera-up", "z"}, "wide.json", {}},
+        {{folder / "xyz.chan", "--camera-rotation-order", "XYZ", "--camera-unit", "ly"},
+         "wide.json",
+         {}},
+        {{folder / "a.gltf:head"}, "narrow.json", narrow},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.camera.front());
+        const one_move::Pixel want = one_move::seen(moment, star, each.picture);
         std::vector<std::string> arguments = {
-            "render",      folder / "scene.json", "-o",      folder / "a.exr",
-            "--catalogue", folder / "one.stars",  "--frame", "1"};
-        arguments.insert(arguments.end(), camera.begin(), camera.end());
+            "render",      folder / each.scene,  "-o",      folder / "a.exr",
+            "--catalogue", folder / "one.stars", "--frame", "1",
+            "--camera"};
+        arguments.insert(arguments.end(), each.camera.begin(), each.camera.end());
         const ToolResult result = run_tool(arguments);
         ASSERT_EQ(result.code, 0) << result.err;
         const one_move::Pixel got = middle_of_light(folder / "a.exr");

@@ -85,17 +85,26 @@ struct Pixel {
     double x, y;
 };
 
+struct Picture {
+    int width = kWidth;
+    int height = kHeight;
+    /// Width by height of the film, whose width fills the picture's. The vertical field of view is
+    /// the film's.
+    double film = static_cast<double>(kWidth) / kHeight;
+};
+
 /// Where a star is in the picture: x to the right, y down.
-inline Pixel seen(const Moment& moment, const Star& star) {
+inline Pixel seen(const Moment& moment, const Star& star, const Picture& picture = {}) {
     Vector v = star.place();
     const Vector from = in_sky(moment.position);
     for (std::size_t i = 0; i < 3; ++i) {
         v[i] -= from[i];
     }
     const double ahead = dot(v, in_sky(moment.axis({0, 0, -1})));
-    const double image = kHeight / 2.0 / std::tan(moment.vertical_fov * kDegree / 2.0);
-    return {kWidth / 2.0 + image * dot(v, in_sky(moment.axis({1, 0, 0}))) / ahead,
-            kHeight / 2.0 - image * dot(v, in_sky(moment.axis({0, 1, 0}))) / ahead};
+    const double image =
+        picture.width / 2.0 / picture.film / std::tan(moment.vertical_fov * kDegree / 2.0);
+    return {picture.width / 2.0 + image * dot(v, in_sky(moment.axis({1, 0, 0}))) / ahead,
+            picture.height / 2.0 - image * dot(v, in_sky(moment.axis({0, 1, 0}))) / ahead};
 }
 
 inline std::string joined(const std::vector<double>& numbers, const char* separator) {
@@ -106,12 +115,80 @@ inline std::string joined(const std::vector<double>& numbers, const char* separa
     return text;
 }
 
+/// Where the camera's own axes point, as a file has it.
+struct Axes {
+    Vector x, y, z;
+};
+
+inline Axes axes_of(const Moment& m, bool z_up) {
+    const auto in_file = [&](const Vector& v) { return z_up ? in_sky(m.axis(v)) : m.axis(v); };
+    return {in_file({1, 0, 0}), in_file({0, 1, 0}), in_file({0, 0, 1})};
+}
+
+inline Vector position_of(const Moment& m, bool z_up) {
+    return z_up ? in_sky(m.position) : m.position;
+}
+
+/// Angles that turn z first, then x, then y: the camera's z comes to
+/// (sin y cos x, -sin x, cos y cos x), and what its axes have of y is cos x (sin z, cos z).
+inline Vector angles_zxy(const Axes& axes) {
+    return {std::asin(-axes.z[1]) / kDegree, std::atan2(axes.z[0], axes.z[2]) / kDegree,
+            std::atan2(axes.x[1], axes.y[1]) / kDegree};
+}
+
+/// Angles that turn x first, then y, then z: the camera's x comes to
+/// (cos y cos z, cos y sin z, -sin y), and what the others have of z is cos y (sin x, cos x).
+inline Vector angles_xyz(const Axes& axes) {
+    return {std::atan2(axes.y[2], axes.z[2]) / kDegree, std::asin(-axes.x[2]) / kDegree,
+            std::atan2(axes.x[1], axes.x[0]) / kDegree};
+}
+
 inline std::string as_chan() {
     std::string text = "# a move\n\n";
     for (const Moment& m : moments()) {
         text.append(joined({m.frame, m.position[0], m.position[1], m.position[2], m.angles[0],
                             m.angles[1], m.angles[2], m.vertical_fov},
                            " "))
+            .append("\n");
+    }
+    return text;
+}
+
+/// With z up, the angles in the order ZXY.
+inline std::string as_chan_with_z_up() {
+    std::string text;
+    for (const Moment& m : moments()) {
+        const Vector p = position_of(m, true);
+        const Vector a = angles_zxy(axes_of(m, true));
+        text.append(joined({m.frame, p[0], p[1], p[2], a[0], a[1], a[2], m.vertical_fov}, "\t"))
+            .append("\n");
+    }
+    return text;
+}
+
+/// With y up, the angles in the order XYZ, in light-years.
+inline std::string as_chan_xyz_in_light_years() {
+    // A parsec is 648000 / pi astronomical units; light goes one year of 365.25 days.
+    const double light_years =
+        648000.0 / std::numbers::pi * 149597870700.0 / (299792458.0 * 86400.0 * 365.25);
+    std::string text;
+    for (const Moment& m : moments()) {
+        const Vector a = angles_xyz(axes_of(m, false));
+        text.append(joined({m.frame, m.position[0] * light_years, m.position[1] * light_years,
+                            m.position[2] * light_years, a[0], a[1], a[2], m.vertical_fov},
+                           " "))
+            .append("\n");
+    }
+    return text;
+}
+
+/// Angles in the order ZXY, and frames.
+inline std::string as_csv_of_angles(bool z_up) {
+    std::string text = "frame;vfov;tx;ty;tz;rx;ry;rz\n";
+    for (const Moment& m : moments()) {
+        const Vector p = position_of(m, z_up);
+        const Vector a = angles_zxy(axes_of(m, z_up));
+        text.append(joined({m.frame, m.vertical_fov, p[0], p[1], p[2], a[0], a[1], a[2]}, ";"))
             .append("\n");
     }
     return text;

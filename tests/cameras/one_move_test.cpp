@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "camera_opening.h"
-#include "gltf_writer.h"
 #include "one_move_camera.h"
+#include "one_move_gltf.h"
 #include "support/scratch.h"
 #include "tool_run.h"
 
@@ -21,58 +21,13 @@ namespace {
 
 using one_move::Moment;
 
-using Quaternion = std::array<double, 4>;  // x, y, z, w
-
-Quaternion quaternion(std::size_t axis, double degrees) {
-    Quaternion q = {0, 0, 0, std::cos(degrees * one_move::kDegree / 2)};
-    q[axis] = std::sin(degrees * one_move::kDegree / 2);
-    return q;
-}
-
-/// Hamilton's product: `b` turns first.
-Quaternion times(const Quaternion& a, const Quaternion& b) {
-    return {a[3] * b[0] + a[0] * b[3] + a[1] * b[2] - a[2] * b[1],
-            a[3] * b[1] - a[0] * b[2] + a[1] * b[3] + a[2] * b[0],
-            a[3] * b[2] + a[0] * b[1] - a[1] * b[0] + a[2] * b[3],
-            a[3] * b[3] - a[0] * b[0] - a[1] * b[1] - a[2] * b[2]};
-}
-
-/// The move in glTF: the position on a node above the camera's, the turn on the camera's own, the
-/// lens by a pointer.
-GltfWriter buffer_of_the_move() {
-    std::vector<double> times_of_keys, positions, turns, lenses;
-    for (const Moment& m : one_move::moments()) {
-        times_of_keys.push_back(m.frame / one_move::kFramesPerSecond);
-        positions.insert(positions.end(), m.position.begin(), m.position.end());
-        const Quaternion q = times(quaternion(1, m.angles[1]),
-                                   times(quaternion(0, m.angles[0]), quaternion(2, m.angles[2])));
-        turns.insert(turns.end(), q.begin(), q.end());
-        lenses.push_back(m.vertical_fov * one_move::kDegree);
-    }
-    GltfWriter writer;
-    writer.add("SCALAR", times_of_keys);
-    writer.add("VEC3", positions);
-    writer.add("VEC4", turns);
-    writer.add("SCALAR", lenses);
-    return writer;
-}
-
-const char* const kGltfMove =
-    R"("nodes": [{"name": "dolly", "children": [1]}, {"name": "head", "camera": 0}],
-       "cameras": [{"type": "perspective", "perspective": {"yfov": 1, "znear": 0.1}}],
-       "animations": [{"samplers": [{"input": 0, "output": 1}, {"input": 0, "output": 2},
-                                    {"input": 0, "output": 3}],
-         "channels": [{"sampler": 0, "target": {"node": 0, "path": "translation"}},
-                      {"sampler": 1, "target": {"node": 1, "path": "rotation"}},
-                      {"sampler": 2, "target": {"path": "pointer", "extensions":
-                        {"KHR_animation_pointer": {"pointer": "/cameras/0/perspective/yfov"}}}}]}])";
-
-void expect_the_move(const host::Camera& camera, double pixels) {
+void expect_the_move(const host::Camera& camera, double pixels,
+                     const one_move::Picture& picture = {}) {
     for (const Moment& moment : one_move::moments()) {
         const double time = moment.frame / one_move::kFramesPerSecond;
         for (const one_move::Star& star : one_move::stars()) {
-            const one_move::Pixel want = one_move::seen(moment, star);
-            const one_move::Pixel got = one_move::drawn(camera, time, star);
+            const one_move::Pixel want = one_move::seen(moment, star, picture);
+            const one_move::Pixel got = one_move::drawn(camera, time, star, picture);
             ASSERT_NEAR(got.x, want.x, pixels) << "frame " << moment.frame;
             ASSERT_NEAR(got.y, want.y, pixels) << "frame " << moment.frame;
         }
@@ -81,28 +36,65 @@ void expect_the_move(const host::Camera& camera, double pixels) {
 
 TEST(OneMove, IsTheSameInEveryFormat) {
     const ScratchFolder folder;
-    const GltfWriter writer = buffer_of_the_move();
+    const GltfWriter writer = one_move::gltf_keys();
     write_file(folder / "a.chan", one_move::as_chan());
     write_file(folder / "a.csv", one_move::as_csv(false));
-    write_file(folder / "a.gltf", writer.json(kGltfMove));
-    write_file(folder / "b.gltf", writer.json(kGltfMove, "b%20c.bin"));
+    write_file(folder / "a.gltf", writer.json(one_move::gltf_members()));
+    write_file(folder / "b.gltf", writer.json(one_move::gltf_members(), "b%20c.bin"));
     write_file(folder / "b c.bin", writer.bytes());
-    write_file(folder / "a.glb", writer.binary(kGltfMove));
+    write_file(folder / "a.glb", writer.binary(one_move::gltf_members()));
     expect_the_move(*one_move::camera_of(folder / "a.chan"), 1e-6);
     expect_the_move(*one_move::camera_of(folder / "a.csv"), 1e-6);
+    write_file(folder / "angles.csv", one_move::as_csv_of_angles(false));
+    expect_the_move(*one_move::camera_of(folder / "angles.csv"), 1e-6);
     // Its floats of 32 bits are good for two hundredths of a pixel.
     for (const char* name : {"a.gltf", "b.gltf", "a.glb"}) {
         SCOPED_TRACE(name);
-        expect_the_move(*one_move::camera_of(folder / name), 0.02);
+        expect_the_move(*one_move::camera_of(folder / name + ":head"), 0.02);
     }
 }
 
 TEST(OneMove, IsTheSameInItsTwinWithZUp) {
     const ScratchFolder folder;
-    write_file(folder / "z.csv", one_move::as_csv(true));
+    write_file(folder / "matrices.csv", one_move::as_csv(true));
+    write_file(folder / "angles.csv", one_move::as_csv_of_angles(true));
+    write_file(folder / "z.chan", one_move::as_chan_with_z_up());
+    write_file(folder / "z.gltf", one_move::gltf_keys(true).json(one_move::gltf_members()));
     lumivar::CameraReading reading;
     reading.up = lumivar::UpAxis::Z;
-    expect_the_move(*one_move::camera_of(folder / "z.csv", reading), 1e-6);
+    for (const char* name : {"matrices.csv", "angles.csv", "z.chan"}) {
+        SCOPED_TRACE(name);
+        expect_the_move(*one_move::camera_of(folder / name, reading), 1e-6);
+    }
+    expect_the_move(*one_move::camera_of(folder / "z.gltf:head", reading), 0.02);
+}
+
+TEST(OneMove, IsTheSameInAnotherOrderOfAnglesAndAnotherUnit) {
+    const ScratchFolder folder;
+    write_file(folder / "a.chan", one_move::as_chan_xyz_in_light_years());
+    lumivar::CameraReading reading;
+    reading.rotation_order = lumivar::RotationOrder("XYZ");
+    reading.parsecs_per_unit = lumivar::parsecs_of_unit("ly");
+    expect_the_move(*one_move::camera_of(folder / "a.chan", reading), 1e-6);
+}
+
+TEST(OneMove, KeepsWhatItsFormatSaysInAPictureOfAnotherShape) {
+    const ScratchFolder folder;
+    write_file(folder / "a.chan", one_move::as_chan());
+    write_file(folder / "a.csv", one_move::as_csv(false));
+    const GltfWriter keys = one_move::gltf_keys();
+    write_file(folder / "a.gltf", keys.json(one_move::gltf_members()));
+    // 1.777... of the picture it was made for.
+    write_file(folder / "wide.gltf",
+               keys.json(one_move::gltf_members(R"(, "aspectRatio": 1.7777777777777777)")));
+    // A field of view alone goes by the picture's height.
+    const one_move::Picture by_height = {1000, 800, 1000.0 / 800.0};
+    expect_the_move(*one_move::camera_of(folder / "a.chan", {}, by_height), 1e-6, by_height);
+    expect_the_move(*one_move::camera_of(folder / "a.gltf:head", {}, by_height), 0.02, by_height);
+    // A film back, and a field of view with the film's shape, go by its width.
+    const one_move::Picture by_width = {1000, 800, 16.0 / 9.0};
+    expect_the_move(*one_move::camera_of(folder / "a.csv", {}, by_width), 1e-6, by_width);
+    expect_the_move(*one_move::camera_of(folder / "wide.gltf:head", {}, by_width), 0.02, by_width);
 }
 
 TEST(OneMove, IsKeptByConverting) {
