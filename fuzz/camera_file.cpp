@@ -35,7 +35,7 @@ lumivar::CameraFile read(const std::string& text, int kind) {
         case 2:
             return lumivar::read_camera_json(text, "a.json");
         default:
-            return lumivar::read_gltf(input_file("a.gltf", text));
+            return lumivar::read_gltf(input_file("a.gltf", text), "");
     }
 }
 

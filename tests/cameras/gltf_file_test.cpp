@@ -23,21 +23,27 @@ using lumivar::FileCamera;
 const std::string kLens =
     R"("cameras": [{"type": "perspective", "perspective": {"yfov": 1.5707963267948966}}])";
 
-CameraFile read(const std::string& bytes) {
+CameraFile read(const std::string& bytes, const std::string& name = "") {
     const ScratchFolder folder;
     write_file(folder / "a.gltf", bytes);
-    return lumivar::read_gltf(folder / "a.gltf");
+    return lumivar::read_gltf(folder / "a.gltf", name);
 }
 
 /// Without the folder's name.
-std::string gltf_failure(const std::string& bytes) {
+std::string gltf_failure(const std::string& bytes, const std::string& name = "") {
     const ScratchFolder folder;
     write_file(folder / "a.gltf", bytes);
     const std::string text = failure_of([&] {
-        lumivar::read_camera_paths({folder / "a.gltf", ""}, lumivar::CameraReading());
+        lumivar::read_camera_paths({folder / "a.gltf", name}, lumivar::CameraReading());
     });
     const std::size_t at = text.find("a.gltf");
     return at == std::string::npos ? text : text.substr(at);
+}
+
+lumivar::CameraPaths paths_of(const std::string& bytes) {
+    const ScratchFolder folder;
+    write_file(folder / "a.gltf", bytes);
+    return lumivar::read_camera_paths({folder / "a.gltf", ""}, lumivar::CameraReading());
 }
 
 /// A camera on a node that one sampler moves: input 0, output 1.
@@ -150,6 +156,133 @@ TEST(GltfFile, NamesAreKeptApartAndOtherCamerasPassedOver) {
     EXPECT_TRUE(holds(file.warnings[0], "\"plan\" is not one of perspective"));
 }
 
+TEST(GltfFile, WhatMovesNoCameraIsNotLookedAt) {
+    // Node 0 has the camera. What moves node 1 cannot be read, and is there twice; node 2 is moved
+    // in a way that no node knows.
+    GltfWriter writer;
+    writer.add("SCALAR", {0, 1});
+    writer.add("VEC3", {1, 0, 0, 3, 0, 0});
+    const std::string samplers =
+        R"("samplers": [{"input": 0, "output": 1}, {"input": 0, "output": 77}])";
+    const std::string of_bones =
+        R"({"sampler": 1, "target": {"node": 1, "path": "translation"}},
+           {"sampler": 0, "target": {"node": 1, "path": "rotation"}},
+           {"sampler": 0, "target": {"node": 2, "path": "colour"}})";
+    const std::string members =
+        kLens + R"(, "nodes": [{"camera": 0}, {}, {}], "animations": [{)" + samplers +
+        R"(, "channels": [{"sampler": 0, "target": {"node": 0, "path": "translation"}}, )" +
+        of_bones + "]}, {" + samplers + R"(, "channels": [)" + of_bones + "]}]";
+    const CameraFile file = read(writer.json(members));
+    EXPECT_TRUE(file.warnings.empty()) << file.warnings.front();
+    EXPECT_NEAR(world_at(file.cameras.at(0), 0.5, 12), 2.0, 1e-12);
+
+    // With the camera on node 1 or below node 2 the same is refused.
+    const auto hung = [&](const std::string& nodes) {
+        std::string text = members;
+        const std::string before = R"([{"camera": 0}, {}, {}])";
+        return gltf_failure(writer.json(text.replace(text.find(before), before.size(), nodes)));
+    };
+    EXPECT_TRUE(holds(hung(R"([{}, {"camera": 0}, {}])"), "/animations/0/samplers/1/output"));
+    EXPECT_TRUE(holds(hung(R"([{"camera": 0}, {}, {"children": [0]}])"),
+                      "/animations/0/channels/3/target/path: expected \"translation\""));
+}
+
+TEST(GltfFile, OfTwoAnimationsOfACameraTheFirstHolds) {
+    GltfWriter writer;
+    writer.add("SCALAR", {0});
+    writer.add("VEC3", {1, 0, 0});
+    writer.add("VEC3", {2, 0, 0});
+    const std::string channels =
+        R"("channels": [{"sampler": 0, "target": {"node": 0, "path": "translation"}}]})";
+    const CameraFile file = read(
+        writer.json(kLens + R"(, "nodes": [{"children": [1, 2]}, {"camera": 0}, {"camera": 0}],
+            "animations": [{"samplers": [{"input": 0, "output": 1}], )" +
+                    channels + R"(, {"samplers": [{"input": 0, "output": 2}], )" + channels + "]"));
+    // Once, though two cameras hang there.
+    EXPECT_EQ(file.warnings, std::vector<std::string>{"several animations move "
+                                                      "/nodes/0/translation; the first is taken"});
+    EXPECT_EQ(world_at(file.cameras.at(1), 0.0, 12), 1.0);
+}
+
+TEST(GltfFile, OnlyWholePointersMoveACamera) {
+    GltfWriter writer;
+    writer.add("SCALAR", {0});
+    writer.add("VEC3", {4, 4, 4});
+    writer.add("SCALAR", {0.5});
+    const auto moved = [&](const std::string& pointer, int output) {
+        return read(writer.json(
+            kLens + R"(, "nodes": [{"camera": 0}], "animations": [{"samplers": [{"input": 0,
+                "output": )" +
+            std::to_string(output) + R"(}], "channels": [{"sampler": 0, "target": {"path":
+                "pointer", "extensions": {"KHR_animation_pointer": {"pointer": ")" +
+            pointer + R"("}}}}]}])"));
+    };
+    EXPECT_EQ(world_at(moved("/nodes/0/translation", 1).cameras.at(0), 0.0, 12), 4.0);
+    for (const std::string pointer :
+         {"/nodes/0/extensions/EXT_other/translation", "/nodes/00/translation",
+          "/nodes/translation", "/nodes/0/extras/scale"}) {
+        const CameraFile file = moved(pointer, 1);
+        EXPECT_EQ(world_at(file.cameras.at(0), 0.0, 12), 0.0) << pointer;
+        EXPECT_TRUE(file.warnings.empty()) << pointer;
+    }
+    const auto ratio = [](const CameraFile& file) {
+        return file.cameras.at(0).samples[0].lens->ratio;
+    };
+    // Half a height at the tangent of half the angle.
+    EXPECT_NEAR(ratio(moved("/cameras/0/perspective/yfov", 2)), 0.5 / std::tan(0.25), 1e-12);
+    const CameraFile file = moved("/cameras/0/extensions/EXT_other/perspective/yfov", 2);
+    EXPECT_NEAR(ratio(file), 0.5, 1e-12);
+    EXPECT_EQ(file.warnings,
+              std::vector<std::string>{"the animation of /cameras/0/extensions/EXT_other/"
+                                       "perspective/yfov is not read"});
+}
+
+TEST(GltfFile, OfSeveralCamerasThoseThatCannotBeUsedAreLeftOut) {
+    GltfWriter writer;
+    writer.add("SCALAR", {0, 1});
+    writer.add("VEC3", {0, 0, 0, 1, 0, 0});
+    // One is mirrored and moves, one is mirrored and stands, one is moved by what is not there.
+    const std::string text =
+        writer.json(kLens + R"(, "nodes": [{"name": "bad", "camera": 0, "scale": [-1, 1, 1]},
+            {"name": "cam", "camera": 0}, {"name": "still", "camera": 0, "scale": [1, -1, 1]},
+            {"name": "lost", "camera": 0}],
+            "animations": [{"samplers": [{"input": 0, "output": 1}, {"input": 0, "output": 9}],
+             "channels": [{"sampler": 0, "target": {"node": 0, "path": "translation"}},
+                          {"sampler": 1, "target": {"node": 3, "path": "translation"}}]}])");
+    const lumivar::CameraPaths paths = paths_of(text);
+    ASSERT_EQ(paths.paths.size(), 1U);
+    EXPECT_EQ(paths.paths[0].name, "cam");
+    ASSERT_EQ(paths.warnings.size(), 3U);
+    EXPECT_TRUE(holds(paths.warnings[0], "the camera \"still\" is left out: "));
+    EXPECT_TRUE(holds(paths.warnings[1], "the camera \"bad\" is left out: "));
+    EXPECT_TRUE(
+        holds(paths.warnings[2], "the camera \"lost\" is left out: /animations/0/samplers/1"));
+
+    EXPECT_EQ(gltf_failure(text, "cam"), "no failure");
+    const std::string mirrors =
+        "has a matrix that mirrors; take the negative scale from the camera or from what it hangs "
+        "on";
+    EXPECT_EQ(gltf_failure(text, "bad"), "a.gltf: the camera \"bad\" at 0 s " + mirrors);
+    EXPECT_EQ(gltf_failure(text, "still"), "a.gltf: the camera \"still\" at 0 s " + mirrors);
+    EXPECT_TRUE(holds(gltf_failure(text, "lost"), "/animations/0/samplers/1/output"));
+    EXPECT_EQ(gltf_failure(text, "eye"),
+              "a.gltf: there is no camera \"eye\" in it; it has \"bad\", \"cam\", \"still\", "
+              "\"lost\"");
+}
+
+TEST(GltfFile, WithoutAUsableCameraItSaysWhy) {
+    const std::string text = R"({"asset": {"version": "2.0"}, "nodes": [{"camera": 0}],
+        "cameras": [{"name": "plan", "type": "orthographic", "orthographic": {}}]})";
+    EXPECT_EQ(gltf_failure(text),
+              "a.gltf: there is no camera in it; the camera \"plan\" is not one of "
+              "perspective and is passed over");
+    EXPECT_EQ(gltf_failure(text, "plan"), "a.gltf: the camera \"plan\" is not one of perspective");
+    EXPECT_EQ(gltf_failure(R"({"asset": {"version": "2.0"}})"), "a.gltf: there is no camera in it");
+    EXPECT_TRUE(holds(gltf_failure(R"({"asset": {"version": "2.0"}, )" + kLens + R"(, "nodes": [
+                      {"camera": 0, "scale": [-1, 1, 1]}, {"camera": 0, "scale": [0, 1, 1]}]})"),
+                      "there is no camera in it; the camera \"camera 0\" is left out: "));
+}
+
 TEST(GltfFile, SaysWhatIsWrongAndWhere) {
     const auto document = [](const std::string& members) {
         return R"({"asset": {"version": "2.0"}, )" + members + "}";
@@ -207,6 +340,10 @@ TEST(GltfFile, SaysWhatIsWrongWithItsNumbers) {
     EXPECT_TRUE(holds(changed("\"count\": 2", "\"count\": 9"), "/accessors/0: it reaches beyond"));
     EXPECT_TRUE(holds(changed("\"byteLength\": 24", "\"byteLength\": 25"),
                       "/bufferViews/1: it reaches beyond"));
+    EXPECT_TRUE(holds(changed("\"byteOffset\": 8", "\"byteOffset\": 8, \"byteStride\": 8"),
+                      "/bufferViews/1/byteStride: expected 12 bytes at least, the size of an "
+                      "element, found 8"));
+    EXPECT_EQ(changed("\"byteOffset\": 8", "\"byteOffset\": 8, \"byteStride\": 12"), "no failure");
     EXPECT_TRUE(holds(changed("base64,", "base64,*"), "expected data in base64"));
     EXPECT_TRUE(holds(changed("\"byteLength\": 32", "\"byteLength\": 99"), "cut short"));
     EXPECT_TRUE(holds(changed("\"bufferView\": 0,", "\"bufferView\": 0, \"sparse\": {},"),

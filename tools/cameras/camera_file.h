@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "failure.h"
+
 namespace lumivar {
 
 /// Which way is up in the world of a file. Right-handed both: with y up z points to the viewer,
@@ -46,5 +48,13 @@ struct CameraFile {
     std::vector<FileCamera> cameras;
     std::vector<std::string> warnings;  ///< what the file has and a camera here cannot carry
 };
+
+/// Throws the `Failure` of a file that has cameras, but of other names.
+[[noreturn]] void fail_unknown_camera(const std::string& file, const std::string& name,
+                                      const std::vector<std::string>& names);
+
+/// What is said of a camera that is left out of several, for a failure that names the file.
+std::string left_out_warning(const std::string& name, const Failure& failure,
+                             const std::string& file);
 
 }  // namespace lumivar

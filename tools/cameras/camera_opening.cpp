@@ -43,19 +43,30 @@ CameraFile read_camera_file(const CameraChoice& choice, const CameraReading& rea
         return read_camera_csv(whole_text(path), path, reading);
     }
     if (ending == ".gltf" || ending == ".glb") {
-        return read_gltf(path);
+        return read_gltf(path, choice.name);
     }
     throw Failure(path +
                   ": the ending of its name tells no camera file; .chan, .csv, .gltf, .glb, .usd, "
                   ".usda, .usdc and .usdz do");
 }
 
-std::string listed_names(const std::vector<FileCamera>& cameras) {
-    std::string names;
+/// Leaves the one that is named.
+void choose_camera(std::vector<FileCamera>& cameras, const CameraChoice& choice) {
+    std::vector<std::string> names;
+    names.reserve(cameras.size());
     for (const FileCamera& camera : cameras) {
-        names.append(names.empty() ? "\"" : ", \"").append(camera.name).append("\"");
+        names.push_back(camera.name);
     }
-    return names;
+    std::erase_if(cameras, [&](const FileCamera& camera) { return camera.name != choice.name; });
+    if (cameras.empty()) {
+        fail_unknown_camera(choice.file, choice.name, names);
+    }
+}
+
+[[noreturn]] void fail_without_camera(const CameraChoice& choice,
+                                      const std::vector<std::string>& warnings) {
+    throw Failure(choice.file + ": there is no camera in it" +
+                  (warnings.empty() ? "" : "; " + warnings.front()));
 }
 
 }  // namespace
@@ -76,22 +87,27 @@ CameraChoice parse_camera_choice(const std::string& text) {
 CameraPaths read_camera_paths(const CameraChoice& choice, const CameraReading& reading) {
     CameraFile file = read_camera_file(choice, reading);
     if (file.cameras.empty()) {
-        throw Failure(choice.file + ": there is no camera in it" +
-                      (file.warnings.empty() ? "" : "; " + file.warnings.front()));
+        fail_without_camera(choice, file.warnings);
+    }
+    // The reader of USD has chosen already: it takes the last name of a prim path too.
+    if (!choice.name.empty() && !is_usd_name(choice.file)) {
+        choose_camera(file.cameras, choice);
     }
     CameraPaths paths;
-    paths.warnings = file.warnings;
-    // The reader of USD has chosen already: it takes the last name of a prim path too.
-    const bool chosen = choice.name.empty() || is_usd_name(choice.file);
     for (FileCamera& camera : file.cameras) {
-        if (chosen || camera.name == choice.name) {
-            camera.up = reading.up.value_or(camera.up);
+        camera.up = reading.up.value_or(camera.up);
+        try {
             paths.paths.push_back(world_path(camera, reading.parsecs_per_unit, choice.file));
+        } catch (const Failure& failure) {
+            if (file.cameras.size() == 1) {
+                throw;
+            }
+            paths.warnings.push_back(left_out_warning(camera.name, failure, choice.file));
         }
     }
+    paths.warnings.insert(paths.warnings.end(), file.warnings.begin(), file.warnings.end());
     if (paths.paths.empty()) {
-        throw Failure(choice.file + ": there is no camera \"" + choice.name + "\" in it; it has " +
-                      listed_names(file.cameras));
+        fail_without_camera(choice, paths.warnings);
     }
     return paths;
 }

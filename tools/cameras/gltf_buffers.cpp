@@ -206,7 +206,15 @@ std::vector<double> GltfDocument::numbers(const JsonPlace& place, std::size_t co
         view.complain("it reaches beyond its buffer of " + std::to_string(bytes.size()) + " bytes");
     }
     const std::size_t element = components * component.size;
-    const std::size_t stride = std::max(element, optional_size(view, "byteStride"));
+    std::size_t stride = element;
+    if (const auto given = view.find("byteStride")) {
+        stride = given->index(kNoEnd);
+        if (stride < element) {
+            given->complain("expected " + std::to_string(element) +
+                            " bytes at least, the size of an element, found " +
+                            std::to_string(stride));
+        }
+    }
     const std::size_t start = optional_size(accessor, "byteOffset");
     const std::size_t count = accessor["count"].index(kNoEnd);
     // Divided, not multiplied: a product of numbers from a file may not fit.

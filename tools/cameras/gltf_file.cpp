@@ -73,20 +73,114 @@ std::array<double, size> numbers_or(const JsonPlace& node, const char* member,
     return numbers;
 }
 
-/// What an animation does to one property, by the pointer to it: "/nodes/3/translation",
-/// "/cameras/0/perspective/yfov".
-using Tracks = std::map<std::string, GltfTrack>;
+/// What the animations do to each property, by the pointer to it: "/nodes/3/translation",
+/// "/cameras/0/perspective/yfov". A file's animations move much that no camera hangs on, in ways
+/// that are not read here, so a channel is read only when its property is asked for.
+class Animations {
+public:
+    Animations(const GltfDocument& document, std::vector<std::string>& warnings)
+        : document_(document), warnings_(warnings) {
+        const auto animations = document.root().find("animations");
+        for (std::size_t i = 0; animations && i < animations->array().size(); ++i) {
+            const JsonPlace channels = (*animations)[i]["channels"];
+            const JsonPlace samplers = (*animations)[i]["samplers"];
+            for (std::size_t c = 0; c < channels.array().size(); ++c) {
+                enter(channels[c], samplers.array());
+            }
+        }
+    }
+
+    /// Nothing where the property stands still. Of several channels that move it the first holds.
+    const GltfTrack* track(const std::string& pointer, std::size_t components,
+                           GltfTrack::Kind kind) {
+        if (const auto read = tracks_.find(pointer); read != tracks_.end()) {
+            return &read->second;
+        }
+        const auto found = channels_.find(pointer);
+        if (found == channels_.end()) {
+            return nullptr;
+        }
+        const Channel& channel = found->second;
+        const JsonPlace sampler =
+            channel.samplers[channel.place["sampler"].index(channel.samplers.size())];
+        const auto read =
+            tracks_.emplace(pointer, GltfTrack(document_, sampler, components, kind)).first;
+        if (channel.is_repeated) {
+            warnings_.push_back("several animations move " + pointer + "; the first is taken");
+        }
+        return &read->second;
+    }
+
+    /// Throws `Failure` where a channel moves what no node has.
+    void check_node(const std::string& prefix) const {
+        each_below(prefix, [](const std::string& property, const Channel& channel) {
+            const JsonPlace path = channel.place["target"]["path"];
+            if (property != "translation" && property != "rotation" && property != "scale" &&
+                path.text() != "pointer") {
+                path.fail("\"translation\", \"rotation\", \"scale\", \"weights\" or \"pointer\"");
+            }
+        });
+    }
+    /// Warns of all that moves in a camera but its angle, once however many nodes show it.
+    void check_camera(const std::string& prefix) {
+        if (!checked_cameras_.insert(prefix).second) {
+            return;
+        }
+        each_below(prefix, [&](const std::string& property, const Channel& /*channel*/) {
+            if (property != "perspective/yfov") {
+                warnings_.push_back("the animation of " + prefix + property + " is not read");
+            }
+        });
+    }
+
+private:
+    struct Channel {
+        JsonPlace place;
+        JsonPlace samplers;
+        bool is_repeated = false;
+    };
+
+    void enter(const JsonPlace& channel, const JsonPlace& samplers) {
+        const JsonPlace target = channel["target"];
+        const std::string path = target["path"].text();
+        std::string pointer;
+        if (path == "pointer") {
+            pointer = target["extensions"]["KHR_animation_pointer"]["pointer"].text();
+        } else if (target.has("node") && path != "weights") {
+            const std::size_t nodes = document_.root()["nodes"].array().size();
+            pointer = "/nodes/" + std::to_string(target["node"].index(nodes)) + "/" + path;
+        } else {
+            return;  // as the standard wants it: without a target it is passed over
+        }
+        const auto [entry, is_new] = channels_.try_emplace(pointer, Channel{channel, samplers});
+        entry->second.is_repeated = entry->second.is_repeated || !is_new;
+    }
+
+    /// Calls `use` with what follows the prefix, and the channel.
+    template <typename Use>
+    void each_below(const std::string& prefix, const Use& use) const {
+        for (auto at = channels_.lower_bound(prefix);
+             at != channels_.end() && at->first.starts_with(prefix); ++at) {
+            use(at->first.substr(prefix.size()), at->second);
+        }
+    }
+
+    const GltfDocument& document_;
+    std::vector<std::string>& warnings_;
+    std::map<std::string, Channel> channels_;
+    std::map<std::string, GltfTrack> tracks_;  ///< those that were asked for
+    std::set<std::string> checked_cameras_;
+};
 
 /// A node's place in the one above it.
 class Node {
 public:
-    Node(const JsonPlace& node, std::size_t index, const Tracks& tracks) {
-        const std::string pointer = "/nodes/" + std::to_string(index) + "/";
-        for (std::size_t i = 0; i < 3; ++i) {
-            const auto found =
-                tracks.find(pointer + std::array{"translation", "rotation", "scale"}[i]);
-            moved_by_[i] = found == tracks.end() ? nullptr : &found->second;
-        }
+    Node(const JsonPlace& node, std::size_t index, Animations& animations) {
+        const std::string prefix = "/nodes/" + std::to_string(index) + "/";
+        animations.check_node(prefix);
+        moved_by_ = {animations.track(prefix + "translation", 3, GltfTrack::Kind::Numbers),
+                     animations.track(prefix + "rotation", 4, GltfTrack::Kind::Rotation),
+                     animations.track(prefix + "scale", 3, GltfTrack::Kind::Numbers)};
         if (node.has("matrix")) {
             // Stored by columns for column vectors: the same numbers as by rows for row vectors.
             matrix_ = numbers_or<16>(node, "matrix", {});
@@ -130,10 +224,11 @@ private:
 /// A camera of the file, with what it hangs on.
 class GltfCamera {
 public:
-    GltfCamera(const JsonPlace& perspective, const std::string& pointer, const Tracks& tracks)
+    GltfCamera(const JsonPlace& perspective, std::size_t index, Animations& animations)
         : yfov_(perspective["yfov"].number()) {
-        const auto found = tracks.find(pointer + "/perspective/yfov");
-        yfov_moved_by_ = found == tracks.end() ? nullptr : &found->second;
+        const std::string prefix = "/cameras/" + std::to_string(index) + "/";
+        animations.check_camera(prefix);
+        yfov_moved_by_ = animations.track(prefix + "perspective/yfov", 1, GltfTrack::Kind::Numbers);
         if (const auto ratio = perspective.find("aspectRatio")) {
             aspect_ratio_ = ratio->number();
             if (!(aspect_ratio_ > 0.0)) {
@@ -231,73 +326,6 @@ std::vector<std::optional<std::size_t>> parents_of(const JsonPlace& nodes) {
     return parents;
 }
 
-/// Reads the animations' channels. Of two that move the same property the first holds.
-class TrackReader {
-public:
-    TrackReader(const GltfDocument& document, std::vector<std::string>& warnings)
-        : document_(document), warnings_(warnings) {}
-
-    Tracks read() {
-        const auto animations = document_.root().find("animations");
-        for (std::size_t i = 0; animations && i < animations->array().size(); ++i) {
-            const JsonPlace channels = (*animations)[i]["channels"];
-            const JsonPlace samplers = (*animations)[i]["samplers"];
-            for (std::size_t c = 0; c < channels.array().size(); ++c) {
-                read_channel(channels[c], samplers.array());
-            }
-        }
-        return std::move(tracks_);
-    }
-
-private:
-    void read_channel(const JsonPlace& channel, const JsonPlace& samplers) {
-        const JsonPlace target = channel["target"];
-        const std::string path = target["path"].text();
-        std::string pointer;
-        if (path == "pointer") {
-            pointer = target["extensions"]["KHR_animation_pointer"]["pointer"].text();
-            if (!is_readable(pointer)) {
-                if (pointer.starts_with("/cameras/")) {
-                    warnings_.push_back("the animation of " + pointer + " is not read");
-                }
-                return;
-            }
-        } else if (target.has("node") && path != "weights") {
-            const std::size_t nodes = document_.root()["nodes"].array().size();
-            pointer = "/nodes/" + std::to_string(target["node"].index(nodes)) + "/" + path;
-        } else {
-            return;  // as the standard wants it: without a target it is passed over
-        }
-        const std::string property = pointer.substr(pointer.rfind('/') + 1);
-        const bool turns = property == "rotation";
-        if (!turns && property != "translation" && property != "scale" && property != "yfov") {
-            target["path"].fail(
-                "\"translation\", \"rotation\", \"scale\", \"weights\" or "
-                "\"pointer\"");
-        }
-        if (tracks_.count(pointer) != 0) {
-            warnings_.push_back("several animations move " + pointer + "; the first is taken");
-            return;
-        }
-        const std::size_t components = turns ? 4 : property == "yfov" ? 1 : 3;
-        const JsonPlace sampler = samplers[channel["sampler"].index(samplers.size())];
-        tracks_.emplace(pointer,
-                        GltfTrack(document_, sampler, components,
-                                  turns ? GltfTrack::Kind::Rotation : GltfTrack::Kind::Numbers));
-    }
-
-    static bool is_readable(const std::string& pointer) {
-        return (pointer.starts_with("/cameras/") && pointer.ends_with("/perspective/yfov")) ||
-               (pointer.starts_with("/nodes/") &&
-                (pointer.ends_with("/translation") || pointer.ends_with("/rotation") ||
-                 pointer.ends_with("/scale")));
-    }
-
-    const GltfDocument& document_;
-    std::vector<std::string>& warnings_;
-    Tracks tracks_;
-};
-
 std::string name_of(const JsonPlace& node, const JsonPlace& camera, std::size_t index,
                     std::set<std::string>& taken) {
     std::string name = "camera " + std::to_string(index);
@@ -313,9 +341,43 @@ std::string name_of(const JsonPlace& node, const JsonPlace& camera, std::size_t 
     return unique;
 }
 
+/// A node that has a camera.
+struct CameraNode {
+    std::string name;
+    std::size_t node;
+    std::size_t camera;
+};
+
+std::vector<CameraNode> camera_nodes(const JsonPlace& nodes, const JsonPlace& cameras) {
+    std::vector<CameraNode> found;
+    std::set<std::string> names;
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        if (const auto reference = nodes[i].find("camera")) {
+            const std::size_t index = reference->index(cameras.size());
+            found.push_back({name_of(nodes[i], cameras[index], index, names), i, index});
+        }
+    }
+    return found;
+}
+
+/// Leaves the one of that name.
+void choose(std::vector<CameraNode>& found, const std::string& name, const std::string& path) {
+    const auto chosen = std::find_if(found.begin(), found.end(),
+                                     [&](const CameraNode& node) { return node.name == name; });
+    if (chosen == found.end()) {
+        std::vector<std::string> names;
+        names.reserve(found.size());
+        for (const CameraNode& node : found) {
+            names.push_back(node.name);
+        }
+        fail_unknown_camera(path, name, names);
+    }
+    found = {CameraNode(*chosen)};
+}
+
 }  // namespace
 
-CameraFile read_gltf(const std::string& path) {
+CameraFile read_gltf(const std::string& path, const std::string& name) {
     const GltfDocument document(path);
     const JsonPlace root = document.root();
     CameraFile file;
@@ -324,36 +386,54 @@ CameraFile read_gltf(const std::string& path) {
     }
     const JsonPlace nodes = root["nodes"].array();
     const JsonPlace cameras = root["cameras"].array();
-    const auto parents = parents_of(nodes);
-    const Tracks tracks = TrackReader(document, file.warnings).read();
-    std::set<std::string> names;
-    for (std::size_t i = 0; i < nodes.size(); ++i) {
-        const auto reference = nodes[i].find("camera");
-        if (!reference) {
-            continue;
-        }
-        const std::size_t index = reference->index(cameras.size());
-        const JsonPlace description = cameras[index];
-        FileCamera camera;
-        camera.name = name_of(nodes[i], description, index, names);
-        if (description["type"].text() != "perspective") {
-            file.warnings.push_back("the camera \"" + camera.name +
-                                    "\" is not one of perspective and is passed over");
-            continue;
-        }
-        GltfCamera sampled(description["perspective"], "/cameras/" + std::to_string(index), tracks);
-        std::size_t above = 0;
-        for (std::optional<std::size_t> node = i; node; node = parents[*node]) {
-            if (++above > nodes.size()) {
-                nodes[i].complain("it hangs on itself");
-            }
-            sampled.hang_on(Node(nodes[*node], *node, tracks));
-        }
-        camera.samples = refined(
-            key_times(sampled), [&](double seconds) { return sampled.at(seconds); },
-            path + ": the camera \"" + camera.name + "\"");
-        file.cameras.push_back(std::move(camera));
+    std::vector<CameraNode> wanted = camera_nodes(nodes, cameras);
+    if (!name.empty() && !wanted.empty()) {
+        choose(wanted, name, path);
     }
+    std::vector<std::string> left_out;
+    const auto is_another_kind = [&](const CameraNode& node) {
+        if (cameras[node.camera]["type"].text() == "perspective") {
+            return false;
+        }
+        const std::string reason = "the camera \"" + node.name + "\" is not one of perspective";
+        if (!name.empty()) {
+            throw Failure(path + ": " + reason);
+        }
+        left_out.push_back(reason + " and is passed over");
+        return true;
+    };
+    std::erase_if(wanted, is_another_kind);
+
+    const auto parents = parents_of(nodes);
+    Animations animations(document, file.warnings);
+    const auto read = [&](const CameraNode& node) {
+        GltfCamera sampled(cameras[node.camera]["perspective"], node.camera, animations);
+        std::size_t above = 0;
+        for (std::optional<std::size_t> at = node.node; at; at = parents[*at]) {
+            if (++above > nodes.size()) {
+                nodes[node.node].complain("it hangs on itself");
+            }
+            sampled.hang_on(Node(nodes[*at], *at, animations));
+        }
+        FileCamera camera;
+        camera.name = node.name;
+        camera.samples = refined(
+            key_times(sampled), [&](double seconds) { return sampled.at(seconds); }, path,
+            node.name);
+        return camera;
+    };
+    for (const CameraNode& node : wanted) {
+        try {
+            file.cameras.push_back(read(node));
+        } catch (const Failure& failure) {
+            if (wanted.size() == 1) {
+                throw;
+            }
+            left_out.push_back(left_out_warning(node.name, failure, path));
+        }
+    }
+    // Before the others: where no camera is left, the first warning is told as the reason.
+    file.warnings.insert(file.warnings.begin(), left_out.begin(), left_out.end());
     return file;
 }
 

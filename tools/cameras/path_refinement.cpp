@@ -9,6 +9,7 @@
 #include <functional>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "camera_path.h"
@@ -21,8 +22,9 @@ constexpr std::array<double, 3> kProbes = {0.25, 0.5, 0.75};
 
 class Refinement {
 public:
-    Refinement(const std::function<FileCameraSample(double)>& sample_at, std::string source)
-        : sample_at_(sample_at), source_(std::move(source)) {}
+    Refinement(const std::function<FileCameraSample(double)>& sample_at, std::string source,
+               std::string name)
+        : sample_at_(sample_at), source_(std::move(source)), name_(std::move(name)) {}
 
     std::vector<FileCameraSample> run(const std::vector<double>& times) {
         measure_extent(times);
@@ -76,12 +78,14 @@ private:
 
     bool is_straight(const FileCameraSample& start, const FileCameraSample& end) const {
         FileCamera ends;
+        ends.name = name_;
         ends.samples = {start, end};
         const auto straight = host::path_camera(in_world(ends));
         const double off_position = std::max(kExtent * extent_, 1e-13 * largest_);
         for (const double part : kProbes) {
             const double time = start.time + part * (end.time - start.time);
             FileCamera curve;
+            curve.name = name_;
             curve.samples = {sample_at_(time)};
             const host::CameraSample right = in_world(curve).front();
             const host::Matrix got = straight->layer_to_world(time);
@@ -110,6 +114,7 @@ private:
 
     const std::function<FileCameraSample(double)>& sample_at_;
     std::string source_;
+    std::string name_;  ///< of the camera
     double extent_ = 0.0;
     double largest_ = 0.0;  ///< of all coordinates
     std::vector<FileCameraSample> samples_;
@@ -119,8 +124,9 @@ private:
 
 std::vector<FileCameraSample> refined(
     const std::vector<double>& times,
-    const std::function<FileCameraSample(double seconds)>& sample_at, const std::string& source) {
-    return Refinement(sample_at, source).run(times);
+    const std::function<FileCameraSample(double seconds)>& sample_at, const std::string& source,
+    const std::string& name) {
+    return Refinement(sample_at, source, name).run(times);
 }
 
 }  // namespace lumivar
