@@ -1,6 +1,7 @@
 #include "gltf_file.h"
 
 #include <host/camera.h>
+#include <host/quaternion.h>
 
 #include <algorithm>
 #include <array>
@@ -30,25 +31,10 @@ namespace {
 
 using Numbers = std::array<double, 4>;
 
-host::Matrix scaled_turned_moved(const Numbers& scale, const Numbers& q,
+host::Matrix scaled_turned_moved(const Numbers& scale, const Numbers& turn,
                                  const Numbers& translation) {
-    const auto [x, y, z, w] = q;
-    host::Matrix m = {1.0 - 2.0 * (y * y + z * z),
-                      2.0 * (x * y + w * z),
-                      2.0 * (x * z - w * y),
-                      0.0,  //
-                      2.0 * (x * y - w * z),
-                      1.0 - 2.0 * (x * x + z * z),
-                      2.0 * (y * z + w * x),
-                      0.0,  //
-                      2.0 * (x * z + w * y),
-                      2.0 * (y * z - w * x),
-                      1.0 - 2.0 * (x * x + y * y),
-                      0.0,  //
-                      translation[0],
-                      translation[1],
-                      translation[2],
-                      1.0};
+    host::Matrix m = host::matrix_of({turn[3], turn[0], turn[1], turn[2]},
+                                     {translation[0], translation[1], translation[2]});
     for (std::size_t row = 0; row < 3; ++row) {
         for (std::size_t column = 0; column < 3; ++column) {
             m[4 * row + column] *= scale[row];

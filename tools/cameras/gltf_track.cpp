@@ -1,8 +1,9 @@
 #include "gltf_track.h"
 
+#include <host/quaternion.h>
+
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -17,27 +18,12 @@ Value mixed(const Value& a, double s, const Value& b, double t) {
     return {a[0] * s + b[0] * t, a[1] * s + b[1] * t, a[2] * s + b[2] * t, a[3] * s + b[3] * t};
 }
 
-/// Of length 1; no turn when it has none.
-Value unit_quaternion(const Value& q) {
-    const double length = std::sqrt(q[0] * q[0] + q[1] * q[1] + q[2] * q[2] + q[3] * q[3]);
-    return length > 0.0 ? mixed(q, 1.0 / length, {}, 0.0) : Value{0.0, 0.0, 0.0, 1.0};
+/// The file has x, y, z, w.
+host::Quaternion quaternion(const Value& value) {
+    return host::normalized({value[3], value[0], value[1], value[2]});
 }
 
-/// Spherical linear interpolation, the short way.
-Value turned_between(const Value& a, const Value& b, double t) {
-    const double product = a[0] * b[0] + a[1] * b[1] + a[2] * b[2] + a[3] * b[3];
-    const double sign = product < 0.0 ? -1.0 : 1.0;
-    const Value difference = mixed(b, sign, a, -1.0);
-    const double chord = std::sqrt(difference[0] * difference[0] + difference[1] * difference[1] +
-                                   difference[2] * difference[2] + difference[3] * difference[3]);
-    // From the chord, as the cosine cannot tell small angles apart.
-    const double angle = 2.0 * std::asin(std::min(1.0, chord / 2.0));
-    if (std::sin(angle) < 1e-9) {
-        return unit_quaternion(mixed(a, 1.0 - t, b, sign * t));
-    }
-    return unit_quaternion(mixed(a, std::sin((1.0 - t) * angle) / std::sin(angle), b,
-                                 sign * std::sin(t * angle) / std::sin(angle)));
-}
+Value stored_turn(const host::Quaternion& q) { return {q[1], q[2], q[3], q[0]}; }
 
 }  // namespace
 
@@ -83,7 +69,7 @@ std::array<double, 4> GltfTrack::at(double seconds) const {
     const bool cubic = interpolation_ == Interpolation::Cubic;
     const auto value_of_key = [&](std::size_t key) { return stored(cubic ? 3 * key + 1 : key); };
     const auto finished = [&](const Value& value) {
-        return kind_ == Kind::Rotation ? unit_quaternion(value) : value;
+        return kind_ == Kind::Rotation ? stored_turn(quaternion(value)) : value;
     };
     const auto after = std::upper_bound(times_.begin(), times_.end(), seconds);
     if (after == times_.begin()) {
@@ -98,7 +84,7 @@ std::array<double, 4> GltfTrack::at(double seconds) const {
     const Value a = value_of_key(key);
     const Value b = value_of_key(key + 1);
     if (!cubic) {
-        return kind_ == Kind::Rotation ? turned_between(unit_quaternion(a), unit_quaternion(b), t)
+        return kind_ == Kind::Rotation ? stored_turn(host::slerp(quaternion(a), quaternion(b), t))
                                        : mixed(a, 1.0 - t, b, t);
     }
     const Value out_tangent = stored(3 * key + 2);

@@ -4,6 +4,7 @@
 #include <host/world.h>
 
 #include <cstddef>
+#include <cstring>
 
 namespace lumivar {
 
@@ -15,5 +16,17 @@ struct FrameView {
     int height = 0;
     host::Depth depth = host::Depth::Float;
 };
+
+/// One sample as the host stores it; channels 0 to 3 are alpha, red, green, blue. `Code` is the
+/// type of the frame's depth. A copy through the same type keeps every bit, of not-a-numbers too.
+template <class Code>
+Code stored_sample(const FrameView& frame, int x, int y, std::size_t channel) {
+    Code code;
+    std::memcpy(&code,
+                static_cast<const std::byte*>(frame.pixels) + y * frame.row_bytes +
+                    (static_cast<std::size_t>(x) * 4 + channel) * sizeof(Code),
+                sizeof(Code));
+    return code;
+}
 
 }  // namespace lumivar

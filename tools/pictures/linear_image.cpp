@@ -1,25 +1,10 @@
 #include "linear_image.h"
 
 #include <cstdint>
-#include <cstring>
 
 namespace lumivar {
 
 using host::Depth;
-
-namespace {
-
-template <class Code>
-Code stored_sample(const FrameView& frame, int x, int y, std::size_t channel) {
-    Code code;
-    std::memcpy(&code,
-                static_cast<const std::byte*>(frame.pixels) + y * frame.row_bytes +
-                    (static_cast<std::size_t>(x) * 4 + channel) * sizeof(Code),
-                sizeof(Code));
-    return code;
-}
-
-}  // namespace
 
 float linear_sample(const FrameView& frame, int x, int y, std::size_t channel) {
     switch (frame.depth) {
@@ -31,7 +16,6 @@ float linear_sample(const FrameView& frame, int x, int y, std::size_t channel) {
         case Depth::Float:
             break;
     }
-    // A copy through the same type keeps every bit, of not-a-numbers too.
     return stored_sample<float>(frame, x, y, channel);
 }
 

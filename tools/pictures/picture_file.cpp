@@ -27,17 +27,6 @@ using host::Depth;
 
 namespace {
 
-/// One channel of a pixel as the host stores it.
-template <class Code>
-Code code_at(const FrameView& frame, int x, int y, std::size_t channel) {
-    Code code;
-    std::memcpy(&code,
-                static_cast<const std::byte*>(frame.pixels) + y * frame.row_bytes +
-                    (static_cast<std::size_t>(x) * 4 + channel) * sizeof(Code),
-                sizeof(Code));
-    return code;
-}
-
 // The host's order is alpha, red, green, blue; files hold red, green, blue(, alpha).
 constexpr std::size_t host_channel(int file_channel) {
     return static_cast<std::size_t>(file_channel + 1) % 4;
@@ -74,11 +63,11 @@ struct Encoded {
 
 template <class Code>
 Encoded encode_codes(const FrameView& frame, int channels) {
-    return {
-        OIIO::BaseTypeFromC<Code>::value, channels,
-        collect<Code>(frame, channels,
-                      [&](int x, int y, std::size_t c) { return code_at<Code>(frame, x, y, c); }),
-        kLinear};
+    return {OIIO::BaseTypeFromC<Code>::value, channels,
+            collect<Code>(
+                frame, channels,
+                [&](int x, int y, std::size_t c) { return stored_sample<Code>(frame, x, y, c); }),
+            kLinear};
 }
 
 Encoded encode_look(const FrameView& frame, const Look& look) {
