@@ -14,6 +14,11 @@ NumberRule size_in_pixels() {
             [](double x) { return x >= 1.0 && x <= 30000.0 && x == std::floor(x); }};
 }
 
+NumberRule frame_number() {
+    return {"a whole number from -1000000000 to 1000000000",
+            [](double x) { return x >= -1e9 && x <= 1e9 && x == std::floor(x); }};
+}
+
 NumberRule rate() {
     return {"a number from 0.001 to 999", [](double x) { return x >= 0.001 && x <= 999.0; }};
 }
@@ -43,7 +48,7 @@ FrameRate frame_rate_of(double per_second) {
 }
 
 Composition read_composition(const JsonNode& node) {
-    node.expect_members({"width", "height", "frame_rate", "duration", "motion_blur",
+    node.expect_members({"width", "height", "frame_rate", "duration", "first_frame", "motion_blur",
                          "shutter_angle", "shutter_phase"});
     Composition composition;
     if (node.has("width")) {
@@ -67,6 +72,10 @@ Composition read_composition(const JsonNode& node) {
             duration.fail("at most " + json_text(std::floor(longest)) +
                           " seconds at this frame rate");
         }
+    }
+    if (node.has("first_frame")) {
+        composition.first_frame =
+            static_cast<int>(read_constant(node["first_frame"], frame_number()));
     }
     if (node.has("motion_blur")) {
         if (!node["motion_blur"].is_boolean()) {

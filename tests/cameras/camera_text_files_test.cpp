@@ -58,6 +58,23 @@ TEST(ChanFile, CountsTheScenesFramesAndTurnsAboutZThenXThenY) {
     EXPECT_NEAR(samples[1].lens->zoom(1920, 1080), 540.0, 1e-9);
 }
 
+TEST(ChanFile, CountsFromTheScenesFirstFrame) {
+    CameraReading reading;
+    reading.frames_per_second = 25.0;
+    reading.first_frame = 1001;
+    const CameraFile chan = lumivar::read_chan("1001 0 0 0 0 0 0\n1026 0 0 1 0 0 0", "a", reading);
+    EXPECT_EQ(chan.cameras[0].samples[0].time, 0.0);
+    EXPECT_EQ(chan.cameras[0].samples[1].time, 1.0);
+    const CameraFile table =
+        lumivar::read_camera_csv("frame,tx,ty,tz,rx,ry,rz\n1026,0,0,1,0,0,0", "a", reading);
+    EXPECT_EQ(table.cameras[0].samples[0].time, 1.0);
+    host::CameraSample sample;
+    sample.time = 1.0;
+    sample.layer_to_world = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    sample.zoom = 540.0;
+    EXPECT_NE(lumivar::chan_text({sample}, 1080, reading).find("\n1026 "), std::string::npos);
+}
+
 TEST(ChanFile, MayLeaveTheLensToTheScene) {
     const CameraFile file = lumivar::read_chan("0 0 0 0 0 0 0\n", "a.chan", kUsual);
     EXPECT_FALSE(file.cameras[0].samples[0].lens);

@@ -243,7 +243,8 @@ TEST(SceneErrors, OfTheCompositionAreTold) {
             // Unknown members, with the nearest name.
             {R"("fps": 24)",
              "/fps: expected one of \"width\", \"height\", \"frame_rate\", \"duration\", "
-             "\"motion_blur\", \"shutter_angle\", \"shutter_phase\", found \"fps\""},
+             "\"first_frame\", \"motion_blur\", \"shutter_angle\", \"shutter_phase\", found "
+             "\"fps\""},
             // Sizes are whole numbers.
             {R"("width": 0)", "/width" + kSide + "0"},
             {R"("height": 30001)", "/height" + kSide + "30001"},

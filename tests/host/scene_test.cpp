@@ -185,6 +185,7 @@ TEST(Scene, AnEmptyObjectIsANewCompositionWithoutCameraAndSettings) {
         EXPECT_EQ(scene.composition.frame_rate.num, 24U);
         EXPECT_EQ(scene.composition.frame_rate.den, 1U);
         EXPECT_EQ(scene.composition.duration, 10.0);
+        EXPECT_EQ(scene.composition.first_frame, 0);
         EXPECT_FALSE(scene.composition.motion_blur);
         EXPECT_EQ(scene.composition.shutter_angle.at(0.0), 180.0);
         EXPECT_EQ(scene.composition.shutter_phase.at(0.0), -90.0);
@@ -195,8 +196,10 @@ TEST(Scene, AnEmptyObjectIsANewCompositionWithoutCameraAndSettings) {
 
 TEST(Composition, TakesEveryMember) {
     const auto made = parse(R"({"composition": {"width": 1, "height": 30000, "frame_rate": 25,
-        "duration": 0.5, "motion_blur": true, "shutter_angle": 720, "shutter_phase": -360}})")
+        "duration": 0.5, "motion_blur": true, "shutter_angle": 720, "shutter_phase": -360,
+        "first_frame": -8}})")
                           .composition;
+    EXPECT_EQ(made.first_frame, -8);
     EXPECT_EQ(made.width, 1);
     EXPECT_EQ(made.height, 30000);
     EXPECT_EQ(made.frame_rate.num, 25U);

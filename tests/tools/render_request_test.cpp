@@ -6,8 +6,6 @@
 
 namespace {
 
-using lumivar::numbered_path;
-using lumivar::parse_frames;
 using lumivar::parse_setting;
 using lumivar::parse_size;
 using lumivar::UsageError;
@@ -18,15 +16,6 @@ TEST(ParseSize, TakesWidthAndHeight) {
     for (const char* text : {"", "x", "1920", "1920x", "x1080", "0x5", "5x0", "-5x5", "5x5x5",
                              "5 x 5", "5.5x4", "99999999999x1"}) {
         EXPECT_THROW(parse_size(text), UsageError) << text;
-    }
-}
-
-TEST(ParseFrames, TakesOneOrARange) {
-    EXPECT_EQ(parse_frames("0-47"), (std::pair{0, 47}));
-    EXPECT_EQ(parse_frames("5"), (std::pair{5, 5}));
-    EXPECT_EQ(parse_frames("7-7"), (std::pair{7, 7}));
-    for (const char* text : {"", "-", "-1", "-1-5", "5-", "5-4", "a-b", "0-1-2", "1.5-2"}) {
-        EXPECT_THROW(parse_frames(text), UsageError) << text;
     }
 }
 
@@ -97,17 +86,6 @@ TEST(ParseSetting, RefusesWhatHasNoNameOrNoValue) {
     for (const char* text : {"", "Star Brightness", "=8", "Star Brightness="}) {
         EXPECT_THROW(parse_setting(text), UsageError) << text;
     }
-}
-
-TEST(NumberedPath, ReplacesTheLastRunInTheName) {
-    EXPECT_EQ(numbered_path("out/pan.####.png", 7), "out/pan.0007.png");
-    EXPECT_EQ(numbered_path("#.png", 123), "123.png");
-    EXPECT_EQ(numbered_path("a#b##.png", 5), "a#b05.png");
-    EXPECT_EQ(numbered_path("take#1/a.png", 5), "take#1/a.png");
-    EXPECT_EQ(numbered_path("take#1/a#.png", 5), "take#1/a5.png");
-    EXPECT_EQ(numbered_path("a.png", 5), "a.png");
-    EXPECT_TRUE(lumivar::has_number_place("a#.png"));
-    EXPECT_FALSE(lumivar::has_number_place("take#1/a.png"));
 }
 
 }  // namespace

@@ -10,7 +10,8 @@
 namespace lumivar {
 
 struct CameraReading {
-    double frames_per_second = 24.0;  ///< for formats that count frames: frame 0 is second 0
+    double frames_per_second = 24.0;  ///< for formats that count frames
+    double first_frame = 0.0;         ///< the number of the frame at second 0, for these
     RotationOrder rotation_order;     ///< for formats with angles
     std::optional<UpAxis> up;         ///< nothing: what the file says, else y
     double parsecs_per_unit = 1.0;

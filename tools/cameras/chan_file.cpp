@@ -65,7 +65,7 @@ CameraFile read_chan(std::string_view text, const std::string& source,
         columns = numbers.size();
         last_frame = numbers[0];
         FileCameraSample sample;
-        sample.time = numbers[0] / reading.frames_per_second;
+        sample.time = (numbers[0] - reading.first_frame) / reading.frames_per_second;
         sample.camera_to_world =
             moved(reading.rotation_order.matrix({numbers[4], numbers[5], numbers[6]}),
                   {numbers[1], numbers[2], numbers[3]});
@@ -101,7 +101,7 @@ std::string chan_text(const std::vector<host::CameraSample>& samples, int height
         angles = reading.rotation_order.angles(matrix, angles);
         const double fov = 2.0 * std::atan(height / 2.0 / sample.zoom) * (180.0 / std::numbers::pi);
         // What is a whole frame but for rounding is written as one.
-        const double frame = sample.time * reading.frames_per_second;
+        const double frame = sample.time * reading.frames_per_second + reading.first_frame;
         const double whole = std::round(frame);
         text.append("\n").append(number_text(std::abs(frame - whole) < 1e-9 ? whole : frame));
         for (std::size_t i = 12; i < 15; ++i) {

@@ -219,7 +219,8 @@ CameraFile read_camera_csv(std::string_view text, const std::string& source,
         const Row row(lines[i], separator, header, source);
         FileCameraSample sample;
         sample.time = columns.time.empty()
-                          ? row.number(columns.frame.front()) / reading.frames_per_second
+                          ? (row.number(columns.frame.front()) - reading.first_frame) /
+                                reading.frames_per_second
                           : row.number(columns.time.front());
         if (!camera.samples.empty() && !(sample.time > camera.samples.back().time)) {
             row.fail("its time is not after that of the line before");

@@ -27,9 +27,11 @@ void add_reading_arguments(Command& command, const std::string& prefix,
                 "nothing is said");
 }
 
-CameraReading camera_reading(const CameraArguments& arguments, double frames_per_second) {
+CameraReading camera_reading(const CameraArguments& arguments, double frames_per_second,
+                             int first_frame) {
     CameraReading reading;
     reading.frames_per_second = frames_per_second;
+    reading.first_frame = first_frame;
     if (!arguments.rotation_order.empty()) {
         reading.rotation_order = RotationOrder(arguments.rotation_order);
     }
@@ -82,7 +84,8 @@ void bring_camera(const CameraArguments& arguments, host::Scene& scene) {
     }
     const CameraChoice choice = parse_camera_choice(arguments.camera);
     const CameraPaths paths = read_camera_paths(
-        choice, camera_reading(arguments, scene.composition.frame_rate.per_second()));
+        choice, camera_reading(arguments, scene.composition.frame_rate.per_second(),
+                               scene.composition.first_frame));
     const CameraPath& path = only_path(paths, choice);
     warn_of_camera_file(choice, paths);
     scene.camera = camera_in_scene(path, scene);

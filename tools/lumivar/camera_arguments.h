@@ -27,7 +27,8 @@ struct CameraArguments {
 void add_reading_arguments(Command& command, const std::string& prefix, CameraArguments& arguments);
 
 /// Throws `UsageError`.
-CameraReading camera_reading(const CameraArguments& arguments, double frames_per_second);
+CameraReading camera_reading(const CameraArguments& arguments, double frames_per_second,
+                             int first_frame = 0);
 
 /// Says on standard error what of the file is not taken over.
 void warn_of_camera_file(const CameraChoice& choice, const CameraPaths& paths);

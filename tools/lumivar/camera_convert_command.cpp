@@ -184,8 +184,8 @@ void camera_convert_command(const CameraConvertArguments& arguments) {
         frames_per_second = base.composition.frame_rate.per_second();
     }
     const CameraChoice choice = parse_camera_choice(arguments.camera.camera);
-    const CameraPaths paths =
-        read_camera_paths(choice, camera_reading(arguments.camera, frames_per_second));
+    const CameraPaths paths = read_camera_paths(
+        choice, camera_reading(arguments.camera, frames_per_second, base.composition.first_frame));
     const CameraPath& path = only_path(paths, choice);
     warn_of_camera_file(choice, paths);
     const std::shared_ptr<const host::Camera> camera = camera_in_scene(path, base);
@@ -194,6 +194,7 @@ void camera_convert_command(const CameraConvertArguments& arguments) {
     const std::vector<host::CameraSample> samples = samples_at(*camera, times);
     CameraReading written;  // y up, ZXY, parsecs
     written.frames_per_second = frames_per_second;
+    written.first_frame = base.composition.first_frame;
     if (arguments.scene.empty()) {
         base_text = new_scene(frames_per_second, times.back());
     }

@@ -27,6 +27,7 @@
 #include "progress.h"
 #include "render_request.h"
 #include "run_hints.h"
+#include "shot_plan.h"
 #include "star_resolver.h"
 
 namespace lumivar {
@@ -35,9 +36,7 @@ namespace {
 struct RenderArguments {
     std::string scene;
     std::string picture;
-    std::optional<double> time;
-    std::optional<int> frame;
-    std::string frames;
+    ShotRequest shots;
     int depth = 32;
     std::string size;
     std::vector<std::string> settings;
@@ -48,65 +47,6 @@ struct RenderArguments {
     MagnitudeArguments magnitudes;
     CameraArguments camera;
 };
-
-/// One picture to make.
-struct Shot {
-    host::Time time;
-    std::string path;
-    std::string shown_time;  ///< "frame 12 (0.500 s)" or "0.512 s"
-    std::optional<int> frame;
-};
-
-std::string seconds_text(double seconds) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%.3f s", seconds);
-    return text;
-}
-
-Shot shot_of_frame(const host::Composition& composition, int frame, const std::string& pattern) {
-    const int last = composition.frames() - 1;
-    if (frame < 0 || frame > last) {
-        throw UsageError("there is no frame " + std::to_string(frame) +
-                         "; the scene has frames 0 to " + std::to_string(last));
-    }
-    const host::Time time = composition.frame_time(frame);
-    return {time, numbered_path(pattern, frame),
-            "frame " + std::to_string(frame) + " (" + seconds_text(time.seconds()) + ")", frame};
-}
-
-std::vector<Shot> plan_shots(const RenderArguments& arguments,
-                             const host::Composition& composition) {
-    if (!arguments.frames.empty()) {
-        const auto [first, last] = parse_frames(arguments.frames);
-        if (!has_number_place(arguments.picture)) {
-            throw UsageError(
-                "--frames writes a picture a frame: put #### for its number into the name \"" +
-                arguments.picture + "\"");
-        }
-        std::vector<Shot> shots;
-        shots.push_back(
-            shot_of_frame(composition, last, arguments.picture));  // refused before work
-        shots.clear();
-        for (int frame = first; frame <= last; ++frame) {
-            shots.push_back(shot_of_frame(composition, frame, arguments.picture));
-        }
-        return shots;
-    }
-    if (arguments.time) {
-        if (has_number_place(arguments.picture)) {
-            throw UsageError(
-                "#### stands for the number of a frame; use --frame or --frames with it");
-        }
-        if (!(*arguments.time >= 0.0 && *arguments.time <= composition.duration)) {
-            throw UsageError("--time " + seconds_text(*arguments.time) +
-                             " lies outside the scene's 0 to " +
-                             seconds_text(composition.duration));
-        }
-        const host::Time time = composition.time_at(*arguments.time);
-        return {{time, arguments.picture, seconds_text(time.seconds()), std::nullopt}};
-    }
-    return {shot_of_frame(composition, arguments.frame.value_or(0), arguments.picture)};
-}
 
 FrameView view_of(const host::World& world) {
     return {world.row(0), world.row_bytes(), world.width(), world.height(), world.depth()};
@@ -122,15 +62,6 @@ const char* depth_text(host::Depth depth) {
             break;
     }
     return "float";
-}
-
-std::vector<host::Time> times_of(const std::vector<Shot>& shots) {
-    std::vector<host::Time> times;
-    times.reserve(shots.size());
-    for (const Shot& shot : shots) {
-        times.push_back(shot.time);
-    }
-    return times;
 }
 
 void warn_of_catalogues(const host::Session& session, const host::Scene& scene,
@@ -158,7 +89,8 @@ void render_command(const RenderArguments& arguments) {
     const PictureContent content =
         picture_content(arguments.picture_arguments, picture_wishes(scene), arguments.picture,
                         depth, ocio != nullptr ? ocio : "");
-    const std::vector<Shot> shots = plan_shots(arguments, scene.composition);
+    const std::vector<Shot> shots =
+        plan_shots(arguments.shots, scene.composition, FrameNames(arguments.picture));
     check_output_path(shots.front().path);
     const std::vector<host::Time> times = times_of(shots);
     const bool by_magnitude =
@@ -199,8 +131,8 @@ void render_command(const RenderArguments& arguments) {
 
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
     const std::string what = shots.size() == 1
-                                 ? shots.front().shown_time
-                                 : shots.front().shown_time + " to " + shots.back().shown_time;
+                                 ? shown_time(shots.front())
+                                 : shown_time(shots.front()) + " to " + shown_time(shots.back());
     const std::string stars =
         catalogue ? catalogue->name + " (" + counted(catalogue->stars, "star", "stars") + ")"
                   : "none";
@@ -226,11 +158,13 @@ void add_render_command(Command& program) {
         .add("-o,--output", arguments->picture,
              "The picture: .exr and .tif hold linear light, .png and .jpg are for looking at")
         .required();
-    Argument time = command.add("--time", arguments->time, "The moment to render, in seconds");
-    Argument frame =
-        command.add("--frame", arguments->frame, "The frame to render; 0 if nothing is said");
-    const Argument frames = command.add("--frames", arguments->frames,
-                                        "A-B: frames A to B, with #### in the picture's name");
+    Argument time =
+        command.add("--time", arguments->shots.time, "The moment to render, in seconds");
+    Argument frame = command.add("--frame", arguments->shots.frame,
+                                 "The frame to render; the first if nothing is said");
+    const Argument frames = command.add("--frames", arguments->shots.frames,
+                                        "Frames such as 1001-1240, 1-100x2 or 1,5,9-12, with "
+                                        "#### or %04d in the picture's name");
     time.excludes(frame).excludes(frames);
     frame.excludes(frames);
     command.add("--depth", arguments->depth, "Bits a channel that the plug-in renders in")

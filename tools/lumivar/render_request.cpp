@@ -79,21 +79,6 @@ decltype(host::ControlSetting::value) parse_value(const std::string& text) {
     return text;
 }
 
-/// Start and length of the last run of "#" in the file's name; a length of 0 when there is none.
-std::pair<std::size_t, std::size_t> number_place(const std::string& pattern) {
-    const std::size_t slash = pattern.rfind('/');
-    const std::size_t name = slash == std::string::npos ? 0 : slash + 1;
-    const std::size_t last = pattern.rfind('#');
-    if (last == std::string::npos || last < name) {
-        return {0, 0};
-    }
-    std::size_t first = last;
-    while (first > name && pattern[first - 1] == '#') {
-        --first;
-    }
-    return {first, last - first + 1};
-}
-
 }  // namespace
 
 std::pair<int, int> parse_size(const std::string& text) {
@@ -106,18 +91,6 @@ std::pair<int, int> parse_size(const std::string& text) {
         }
     }
     throw UsageError("--size \"" + text + "\": give width and height in pixels, such as 1920x1080");
-}
-
-std::pair<int, int> parse_frames(const std::string& text) {
-    const std::size_t dash = text.find('-', 1);
-    const auto first = parse_whole<int>(std::string_view(text).substr(0, dash));
-    const auto last = dash == std::string::npos
-                          ? first
-                          : parse_whole<int>(std::string_view(text).substr(dash + 1));
-    if (first && last && *first >= 0 && *first <= *last) {
-        return {*first, *last};
-    }
-    throw UsageError("--frames \"" + text + "\": give the first and the last frame, such as 0-47");
 }
 
 host::ControlSetting parse_setting(const std::string& text) {
@@ -136,21 +109,6 @@ host::ControlSetting parse_setting(const std::string& text) {
         return parse_as_in_a_scene(name, value, place);
     }
     return {name, place, parse_value(value)};
-}
-
-bool has_number_place(const std::string& pattern) { return number_place(pattern).second > 0; }
-
-std::string numbered_path(const std::string& pattern, int frame) {
-    const auto [start, length] = number_place(pattern);
-    if (length == 0) {
-        return pattern;
-    }
-    std::string number = std::to_string(frame);
-    if (number.size() < length) {
-        number.insert(0, length - number.size(), '0');
-    }
-    std::string path = pattern;
-    return path.replace(start, length, number);
 }
 
 }  // namespace lumivar

@@ -112,6 +112,9 @@ struct Composition {
     int height = 1080;  ///< pixels
     FrameRate frame_rate;
     double duration = 10.0;  ///< seconds
+    /// What the frame at time 0 is called; a shot of the field begins at 1001, say. Times and the
+    /// indices below count from the composition's start all the same.
+    int first_frame = 0;
     bool motion_blur = false;
     Track shutter_angle = 180.0;  ///< degrees; 360 is the whole frame
     Track shutter_phase = -90.0;  ///< degrees from the frame's time to the shutter's opening
