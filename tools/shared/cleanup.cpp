@@ -1,5 +1,6 @@
 #include "cleanup.h"
 
+#include <osapi/processes.h>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -23,6 +24,8 @@ constexpr std::array<int, 4> kSignals = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
 // Changed by the main thread alone, with the signals blocked; read by the handler in that thread.
 RemoveOnSignal::Entry* volatile first_entry = nullptr;
 pthread_t main_thread;
+// Those of `kSignals` that were not ignored when the program began.
+sigset_t ending_signals;
 
 sigset_t handled_signals() {
     sigset_t set;
@@ -75,17 +78,43 @@ static void remove_and_die(int number) {
 }
 }
 
-SignalCleanup::SignalCleanup() : file_size_limit_(SIGXFSZ) {
-    main_thread = pthread_self();
+namespace {
+
+struct sigaction removal() {
     struct sigaction action = {};
     action.sa_handler = remove_and_die;
     action.sa_mask = handled_signals();
     action.sa_flags = SA_RESTART;
+    return action;
+}
+
+}  // namespace
+
+SignalCleanup::SignalCleanup() : file_size_limit_(SIGXFSZ) {
+    main_thread = pthread_self();
+    sigemptyset(&ending_signals);
+    const struct sigaction action = removal();
     for (const int number : kSignals) {
         if (!OSAPI::is_signal_ignored(number)) {
             ends_.emplace_back(number).install(&action);
+            sigaddset(&ending_signals, number);
         }
     }
+}
+
+int fork_with_own_cleanup() {
+    const SignalsBlocked blocked;  // or a signal would find the child with its parent's list
+    const int id = OSAPI::fork();
+    if (id == 0) {
+        first_entry = nullptr;
+        const struct sigaction action = removal();
+        for (const int number : kSignals) {
+            if (sigismember(&ending_signals, number) == 1) {
+                sigaction(number, &action, nullptr);
+            }
+        }
+    }
+    return id;
 }
 
 RemoveOnSignal::RemoveOnSignal(const std::filesystem::path& path, Kind kind)

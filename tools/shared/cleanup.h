@@ -26,6 +26,11 @@ private:
     std::deque<OSAPI::Signal> ends_;
 };
 
+/// A copy of the process that goes on in this program: 0 in the child, its id in the parent. What
+/// is on the list stays the parent's to remove: the child begins with an empty one, and signals end
+/// it as `SignalCleanup` says, whatever the parent does at them by then. Throws as `OSAPI::fork`.
+int fork_with_own_cleanup();
+
 /// Puts one file or one empty-by-then folder on the list for the lifetime of the object; does not
 /// remove it itself. Registered before the entry is created, so that there is no moment in which a
 /// signal could leave it behind; an entry that is not there is passed over.

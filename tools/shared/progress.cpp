@@ -44,21 +44,33 @@ std::string progress_text(std::uint64_t done, std::uint64_t total, double second
     return cut(what.empty() ? text : text + ": " + what, kNarrow);
 }
 
-Progress::Progress(std::uint64_t total, std::string unit)
-    : total_(total),
-      unit_(std::move(unit)),
-      shown_(OSAPI::stderr_is_console()),
-      start_(Clock::now()),
-      last_(start_) {}
+ProgressLine::ProgressLine() : shown_(OSAPI::stderr_is_console()), last_(Clock::now()) {}
 
-Progress::~Progress() {
-    if (line_open_) {
-        std::fputs(kWipe, stderr);
+ProgressLine::~ProgressLine() { wipe(); }
+
+bool ProgressLine::is_due() const { return shown_ && Clock::now() - last_ >= kBetweenLines; }
+
+void ProgressLine::show(const std::string& text) {
+    if (shown_) {
+        last_ = Clock::now();
+        std::fprintf(stderr, "%s%s", kWipe, text.c_str());
+        std::fflush(stderr);
+        open_ = true;
     }
 }
 
+void ProgressLine::wipe() {
+    if (open_) {
+        std::fputs(kWipe, stderr);
+        open_ = false;
+    }
+}
+
+Progress::Progress(std::uint64_t total, std::string unit)
+    : total_(total), unit_(std::move(unit)), start_(Clock::now()) {}
+
 void Progress::update(std::uint64_t done) {
-    if (shown_ && Clock::now() - last_ >= kBetweenLines) {
+    if (line_.is_due()) {
         show(done);
     }
 }
@@ -69,18 +81,12 @@ void Progress::update(std::uint64_t done, const std::string& what) {
         return;
     }
     what_ = what;
-    if (shown_) {
-        show(done);
-    }
+    show(done);
 }
 
 void Progress::show(std::uint64_t done) {
-    last_ = Clock::now();
-    const std::chrono::duration<double> elapsed = last_ - start_;
-    std::fprintf(stderr, "%s%s", kWipe,
-                 progress_text(done, total_, elapsed.count(), unit_, what_).c_str());
-    std::fflush(stderr);
-    line_open_ = true;
+    const std::chrono::duration<double> elapsed = Clock::now() - start_;
+    line_.show(progress_text(done, total_, elapsed.count(), unit_, what_));
 }
 
 }  // namespace lumivar

@@ -18,14 +18,35 @@ std::string progress_text(std::uint64_t done, std::uint64_t total, double second
 std::string progress_text(std::uint64_t done, std::uint64_t total, double seconds,
                           const std::string& unit, const std::string& what);
 
+/// The line itself.
+class ProgressLine {
+public:
+    ProgressLine();
+    /// Wipes it.
+    ~ProgressLine();
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+
+    /// Whether it is time to rewrite it: a few times a second at most, and only on a terminal.
+    bool is_due() const;
+    bool is_shown() const { return shown_; }
+    /// Rewrites it, where there is a terminal.
+    void show(const std::string& text);
+    /// Makes room for another line on standard error.
+    void wipe();
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    bool shown_;
+    bool open_ = false;
+    Clock::time_point last_;
+};
+
 class Progress {
 public:
     /// `total` 0: unknown. `unit` in the plural.
     Progress(std::uint64_t total, std::string unit);
-    /// Wipes the line.
-    ~Progress();
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
 
     /// Cheap: rewrites the line a few times a second at most.
     void update(std::uint64_t done);
@@ -40,10 +61,8 @@ private:
     std::uint64_t total_;
     std::string unit_;
     std::string what_;
-    bool shown_;
-    bool line_open_ = false;
+    ProgressLine line_;
     Clock::time_point start_;
-    Clock::time_point last_;
 };
 
 }  // namespace lumivar
