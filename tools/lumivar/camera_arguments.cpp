@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "camera_opening.h"
@@ -51,8 +52,15 @@ void warn_of_camera_file(const CameraChoice& choice, const CameraPaths& paths) {
     }
 }
 
-std::shared_ptr<const host::Camera> camera_in_scene(const CameraPath& path,
-                                                    const host::Scene& scene) {
+namespace {
+
+/// A path's samples in the scene's picture, and the scene's camera where they have no lens.
+struct SceneSamples {
+    std::vector<host::CameraSample> samples;
+    std::shared_ptr<const host::Camera> lens;
+};
+
+SceneSamples samples_in_scene(const CameraPath& path, const host::Scene& scene) {
     const host::Composition& composition = scene.composition;
     const std::shared_ptr<const host::Camera> other =
         scene.camera
@@ -61,9 +69,16 @@ std::shared_ptr<const host::Camera> camera_in_scene(const CameraPath& path,
     const bool has_lens =
         std::any_of(path.samples.begin(), path.samples.end(),
                     [](const PathSample& sample) { return sample.lens.has_value(); });
-    return host::path_camera(
-        samples_on_picture(path, composition.width, composition.height, *other),
-        has_lens ? nullptr : other);
+    return {samples_on_picture(path, composition.width, composition.height, *other),
+            has_lens ? nullptr : other};
+}
+
+}  // namespace
+
+std::shared_ptr<const host::Camera> camera_in_scene(const CameraPath& path,
+                                                    const host::Scene& scene) {
+    const SceneSamples found = samples_in_scene(path, scene);
+    return host::path_camera(found.samples, found.lens);
 }
 
 void add_camera_arguments(Command& command, CameraArguments& arguments) {
@@ -73,14 +88,14 @@ void add_camera_arguments(Command& command, CameraArguments& arguments) {
     add_reading_arguments(command, "--camera-", arguments);
 }
 
-void bring_camera(const CameraArguments& arguments, host::Scene& scene) {
+std::vector<host::CameraSample> bring_camera(const CameraArguments& arguments, host::Scene& scene) {
     if (arguments.camera.empty()) {
         if (!(arguments.rotation_order + arguments.up + arguments.unit).empty()) {
             throw UsageError(
                 "--camera-rotation-order, --camera-up and --camera-unit go with "
                 "--camera, which says the file");
         }
-        return;
+        return {};
     }
     const CameraChoice choice = parse_camera_choice(arguments.camera);
     const CameraPaths paths = read_camera_paths(
@@ -88,7 +103,9 @@ void bring_camera(const CameraArguments& arguments, host::Scene& scene) {
                                scene.composition.first_frame));
     const CameraPath& path = only_path(paths, choice);
     warn_of_camera_file(choice, paths);
-    scene.camera = camera_in_scene(path, scene);
+    SceneSamples found = samples_in_scene(path, scene);
+    scene.camera = host::path_camera(found.samples, found.lens);
+    return std::move(found.samples);
 }
 
 }  // namespace lumivar

@@ -41,8 +41,8 @@ std::shared_ptr<const host::Camera> camera_in_scene(const CameraPath& path,
 /// Adds `--camera` and what belongs to it.
 void add_camera_arguments(Command& command, CameraArguments& arguments);
 
-/// Replaces the scene's camera by that of the file, if one was given. A file without a lens leaves
-/// the scene's. Throws `Failure`.
-void bring_camera(const CameraArguments& arguments, host::Scene& scene);
+/// Replaces the scene's camera by that of the file, if one was given, and gives its samples. A file
+/// without a lens leaves the scene's. Throws `Failure`.
+std::vector<host::CameraSample> bring_camera(const CameraArguments& arguments, host::Scene& scene);
 
 }  // namespace lumivar

@@ -111,8 +111,8 @@ Argument Command::add_all(const std::string& name, std::vector<std::string>& val
                           const std::string& description) {
     return Argument(app_->add_option(name, values, description)->check(not_empty()));
 }
-void Command::add_flag(const std::string& names, bool& value, const std::string& description) {
-    app_->add_flag(names, value, description);
+Argument Command::add_flag(const std::string& names, bool& value, const std::string& description) {
+    return Argument(app_->add_flag(names, value, description));
 }
 void Command::footer(const std::string& text) { app_->footer(text); }
 void Command::run(const std::function<void()>& work) { app_->callback(work); }

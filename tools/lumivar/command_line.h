@@ -55,7 +55,7 @@ public:
     /// One value or more, known by their place. None may be empty.
     Argument add_all(const std::string& name, std::vector<std::string>& values,
                      const std::string& description);
-    void add_flag(const std::string& names, bool& value, const std::string& description);
+    Argument add_flag(const std::string& names, bool& value, const std::string& description);
 
     /// What `--help` says below the arguments.
     void footer(const std::string& text);

@@ -79,6 +79,7 @@ Player::Player(const std::string& plugin, const std::string& catalogue) {
         }
     }
     session_ = load(bundle);
+    bundle_ = bundle;
     require_countable_choices(session_->folder());
 }
 
@@ -95,13 +96,17 @@ void Player::choose_catalogue(host::Scene& scene) const {
     scene.controls.push_back({kCatalogueControl, "--catalogue", choice_});
 }
 
-host::Frame Player::render(const host::Scene& scene, host::Time time,
-                           const host::RenderOptions& options) {
+void Player::require_drawable(const host::Scene& scene, const host::RenderOptions& options) const {
     const int width = options.width != 0 ? options.width : scene.composition.width;
     const int height = options.height != 0 ? options.height : scene.composition.height;
     if (const auto refusal = refuse_size(width, height)) {
         throw Failure(*refusal);
     }
+}
+
+host::Frame Player::render(const host::Scene& scene, host::Time time,
+                           const host::RenderOptions& options) {
+    require_drawable(scene, options);
     host::Frame frame = session_->render(scene, time, options);
     if (!frame.drawn) {
         throw Failure(explain_frame(*session_, scene, frame));
@@ -124,6 +129,10 @@ std::optional<CatalogueUsed> Player::catalogue_used(const host::Scene& scene,
     used.stars = error || records == 0 ? 0 : records - 1;
     return used;
 }
+
+fs::path Player::module_file() const { return host::module_file(bundle_); }
+
+void Player::forget() { session_->forget(); }
 
 void Player::close() {
     session_->close();

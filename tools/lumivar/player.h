@@ -35,6 +35,8 @@ public:
 
     /// Makes the scene choose the wanted catalogue, if one was named.
     void choose_catalogue(host::Scene& scene) const;
+    /// Throws `Failure` when the plug-in cannot draw frames of this size.
+    void require_drawable(const host::Scene& scene, const host::RenderOptions& options) const;
     /// Draws a frame. Throws `Failure` with the cause when it is too large for the plug-in or the
     /// plug-in did not draw it, and the host's errors.
     host::Frame render(const host::Scene& scene, host::Time time,
@@ -43,11 +45,17 @@ public:
     std::optional<CatalogueUsed> catalogue_used(const host::Scene& scene, host::Time time) const;
 
     const host::Session& session() const { return *session_; }
+    /// The file of the plug-in's code, absolute.
+    std::filesystem::path module_file() const;
+    /// For a copy of the process that goes on with the loaded plug-in: what the plug-in did before
+    /// is told by the process that loaded it.
+    void forget();
     /// Ends the session; says on standard error what rules of the host the plug-in broke.
     void close();
 
 private:
     std::unique_ptr<StagedPlugin> stage_;  ///< outlives the session
+    std::filesystem::path bundle_;
     std::unique_ptr<host::Session> session_;
     std::string choice_;  ///< the wanted catalogue as the plug-in lists it; empty: none wanted
 };

@@ -1,14 +1,17 @@
 // lumivar render
+#include <base/string.h>
 #include <host/printable.h>
 #include <host/scene.h>
+#include <host/scene_text.h>
 
-#include <chrono>
-#include <cstdint>
+#include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -19,16 +22,20 @@
 #include "command_line.h"
 #include "counted.h"
 #include "failure.h"
+#include "frame_fingerprints.h"
+#include "frame_range.h"
+#include "frame_worker.h"
 #include "magnitudes.h"
 #include "picture_arguments.h"
 #include "picture_file.h"
-#include "picture_info.h"
 #include "player.h"
-#include "progress.h"
 #include "render_request.h"
+#include "render_run.h"
+#include "render_summary.h"
 #include "run_hints.h"
 #include "shot_plan.h"
 #include "star_resolver.h"
+#include "worker_pool.h"
 
 namespace lumivar {
 namespace {
@@ -43,14 +50,15 @@ struct RenderArguments {
     std::string plugin;
     std::string catalogue;
     PictureArguments picture_arguments;
+    std::optional<int> jobs;
+    bool resume = false;
+    bool skip_existing = false;
+    std::string progress = "text";
+    bool json = false;
     bool quiet = false;
     MagnitudeArguments magnitudes;
     CameraArguments camera;
 };
-
-FrameView view_of(const host::World& world) {
-    return {world.row(0), world.row_bytes(), world.width(), world.height(), world.depth()};
-}
 
 const char* depth_text(host::Depth depth) {
     switch (depth) {
@@ -71,8 +79,90 @@ void warn_of_catalogues(const host::Session& session, const host::Scene& scene,
     }
 }
 
+/// A camera file that is shorter than the shot is a mistake more often than not: the camera stands
+/// still there.
+void warn_of_short_camera(const std::vector<host::CameraSample>& camera, const std::string& file,
+                          const std::vector<Shot>& shots) {
+    constexpr double kRounding = 1e-6;  // seconds; files have times as decimals
+    if (camera.size() < 2) {
+        return;  // a still one
+    }
+    std::vector<int> outside;
+    for (const Shot& shot : shots) {
+        const double seconds = shot.time.seconds();
+        if (shot.frame && (seconds < camera.front().time - kRounding ||
+                           seconds > camera.back().time + kRounding)) {
+            outside.push_back(*shot.frame);
+        }
+    }
+    if (!outside.empty()) {
+        std::fprintf(stderr,
+                     "lumivar: warning: the camera of %s does not reach frames %s; it stands still "
+                     "there\n",
+                     host::printable(file).c_str(), frame_range_text(outside).c_str());
+    }
+}
+
+/// What decides of the frames' pixels beside scene, camera, catalogue and plug-in.
+std::vector<std::pair<std::string, std::string>> option_texts(const RenderArguments& arguments,
+                                                              const PictureContent& content) {
+    std::vector<std::pair<std::string, std::string>> options;
+    for (const std::string& setting : arguments.settings) {
+        options.emplace_back("set", setting);
+    }
+    options.emplace_back("depth", std::to_string(arguments.depth));
+    options.emplace_back("size", arguments.size);
+    if (const auto limit = arguments.magnitudes.limiting_magnitude) {
+        options.emplace_back("limiting magnitude", String::fmt("%.17g", *limit).c_str());
+    }
+    options.emplace_back("picture", content_text(content));
+    if (content.look) {
+        options.emplace_back("exposure", String::fmt("%.17g", content.look->exposure).c_str());
+        options.emplace_back("halo", String::fmt("%.17g", content.look->halo).c_str());
+        options.emplace_back("bits", std::to_string(content.look->bits));
+        const std::string& config = content.look->managed.config;
+        std::error_code error;
+        if (std::filesystem::is_regular_file(config, error)) {
+            options.emplace_back("configuration", file_fingerprint(config));
+        }
+    }
+    options.emplace_back("linear halo", String::fmt("%.17g", content.linear_halo).c_str());
+    return options;
+}
+
+Existing existing_of(const RenderArguments& arguments) {
+    if (arguments.resume) {
+        return Existing::Resume;
+    }
+    return arguments.skip_existing ? Existing::Keep : Existing::Replace;
+}
+
+int jobs_of(const RenderArguments& arguments, std::size_t shots) {
+    constexpr int kMostJobs = 1024;
+    if (arguments.jobs && (*arguments.jobs < 1 || *arguments.jobs > kMostJobs)) {
+        throw UsageError("--jobs takes 1 to " + std::to_string(kMostJobs) + " worker processes");
+    }
+    const int wanted =
+        arguments.jobs.value_or(static_cast<int>(std::thread::hardware_concurrency()));
+    return std::clamp(wanted, 1, static_cast<int>(std::min<std::size_t>(shots, kMostJobs)));
+}
+
+/// Throws where a picture is missing; the summary is told by then.
+void require_all(const RenderRun& run, const std::vector<Shot>& shots, const PoolEnd& end) {
+    const std::vector<std::size_t> missing = run.missing();
+    if (missing.empty()) {
+        return;
+    }
+    if (shots.size() == 1) {
+        throw Failure(run.last_failure());
+    }
+    throw Failure((end.stopped ? run.last_failure() + "; " : "") + run.names_of(missing) + " of " +
+                  counted(shots.size(), "frame", "frames") +
+                  (missing.size() == 1 ? " is" : " are") +
+                  " missing; the same command with --resume renders what is missing");
+}
+
 void render_command(const RenderArguments& arguments) {
-    const auto start = std::chrono::steady_clock::now();
     const host::Depth depth{arguments.depth};
     host::RenderOptions options;
     options.depth = depth;
@@ -83,8 +173,11 @@ void render_command(const RenderArguments& arguments) {
     for (const std::string& text : arguments.settings) {
         settings.push_back(parse_setting(text));
     }
-    host::Scene scene = host::load_scene(arguments.scene, resolve_star);
-    bring_camera(arguments.camera, scene);
+    RunInputs inputs;
+    inputs.scene_text = host::read_scene_text(arguments.scene);
+    host::Scene scene =
+        host::parse_scene(inputs.scene_text, host::name_of_scene(arguments.scene), resolve_star);
+    inputs.camera = bring_camera(arguments.camera, scene);
     const char* const ocio = std::getenv("OCIO");
     const PictureContent content =
         picture_content(arguments.picture_arguments, picture_wishes(scene), arguments.picture,
@@ -92,57 +185,60 @@ void render_command(const RenderArguments& arguments) {
     const std::vector<Shot> shots =
         plan_shots(arguments.shots, scene.composition, FrameNames(arguments.picture));
     check_output_path(shots.front().path);
+    warn_of_short_camera(inputs.camera, arguments.camera.camera, shots);
     const std::vector<host::Time> times = times_of(shots);
     const bool by_magnitude =
         bring_limiting_magnitude(arguments.magnitudes, settings, times, scene);
     for (host::ControlSetting& setting : settings) {
         scene.controls.push_back(std::move(setting));
     }
+    inputs.options = option_texts(arguments, content);
 
     Player player(arguments.plugin, arguments.catalogue);
     player.choose_catalogue(scene);
+    player.require_drawable(scene, options);
     warn_of_catalogues(player.session(), scene, times);
     RunHints hints(arguments.quiet, player.session(), scene, times);
     hints.before();
-    std::optional<CatalogueUsed> catalogue;
-    int width = 0;
-    int height = 0;
-    {
-        Progress progress(shots.size(), "frames");
-        std::uint64_t done = 0;
-        for (const Shot& shot : shots) {
-            const host::Frame frame = player.render(scene, shot.time, options);
-            catalogue = player.catalogue_used(scene, shot.time);
-            hints.note(frame.world);
-            width = frame.world.width();
-            height = frame.world.height();
-            PictureInfo info = picture_info(player.session(), scene, shot.time, catalogue);
-            info.details.emplace_back("picture", content_text(content));
-            info.shot = shot_info(scene, shot.time, shot.frame);
-            write_picture(shot.path, view_of(frame.world), info, content);
-            progress.update(++done);
+    const FrameFingerprints fingerprints(inputs, player, scene, shots);
+    const FrameWork work{scene, shots, fingerprints, options, content, existing_of(arguments)};
+    const int jobs = jobs_of(arguments, shots.size());
+    RenderRun run(shots,
+                  arguments.progress == "json"   ? ProgressStyle::Json
+                  : arguments.progress == "none" ? ProgressStyle::None
+                                                 : ProgressStyle::Text,
+                  jobs);
+    const PoolEnd end = run_worker_pool(
+        shots.size(), jobs, [&](WorkerLink& link) { work_on_frames(link, player, work); }, run);
+    run.end_progress();
+    if (end.signal != 0) {
+        run.tell_interruption();
+        std::raise(end.signal);  // removes what is left and ends the program
+    }
+    for (const auto& [item, report] : run.reports()) {
+        if (!report.kept) {
+            hints.note(report.brightest > 0.0F);
         }
     }
-    hints.after(catalogue);
-    const std::vector<std::string> magnitudes =
-        magnitude_lines(player.session(), scene, shots.front().time, shots.back().time,
-                        by_magnitude, content.look ? content.look->exposure : 0.0);
-    player.close();
-
-    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-    const std::string what = shots.size() == 1
-                                 ? shown_time(shots.front())
-                                 : shown_time(shots.front()) + " to " + shown_time(shots.back());
-    const std::string stars =
-        catalogue ? catalogue->name + " (" + counted(catalogue->stars, "star", "stars") + ")"
-                  : "none";
-    std::printf("%s: %dx%d, %s, %s, catalogue %s, %s, %.2f s\n",
-                (shots.size() == 1 ? shots.front().path : arguments.picture).c_str(), width, height,
-                depth_text(depth), what.c_str(), stars.c_str(), content_text(content).c_str(),
-                seconds.count());
-    for (const std::string& line : magnitudes) {
-        std::printf("  %s\n", line.c_str());
+    if (run.rendered() > 0) {
+        hints.after(player.catalogue_used(scene, shots.back().time));
     }
+    const SummaryFacts facts{
+        arguments.scene, arguments.picture, depth_text(depth), content_text(content), jobs,
+        run.seconds()};
+    if (arguments.json) {
+        std::printf("%s\n", summary_json(run, shots, facts).c_str());
+    } else if (run.missing().size() < shots.size()) {
+        std::printf("%s", summary_text(run, shots, facts).c_str());
+        for (const std::string& line :
+             magnitude_lines(player.session(), scene, shots.front().time, shots.back().time,
+                             by_magnitude, content.look ? content.look->exposure : 0.0)) {
+            std::printf("  %s\n", line.c_str());
+        }
+    }
+    std::fflush(stdout);  // before what follows on standard error
+    player.close();
+    require_all(run, shots, end);
 }
 
 }  // namespace
@@ -179,6 +275,21 @@ void add_render_command(Command& program) {
     command.add("--catalogue", arguments->catalogue,
                 "A database beside the bundle by name, or the path of any .stars file");
     add_picture_arguments(command, arguments->picture_arguments);
+    command.add("--jobs", arguments->jobs,
+                "Worker processes that draw frames side by side; as many as the cores that this "
+                "program may "
+                "use if nothing is said");
+    Argument resume = command.add_flag(
+        "--resume", arguments->resume,
+        "Render only what is missing, damaged or made of other things than it would be now");
+    resume.excludes(command.add_flag("--skip-existing", arguments->skip_existing,
+                                     "Leave every picture alone that is there, whatever it holds"));
+    command
+        .add("--progress", arguments->progress,
+             "text: a line on a terminal, elsewhere one every ten seconds; json: an object a "
+             "frame on standard error; none")
+        .one_of(std::vector<std::string>{"text", "json", "none"});
+    command.add_flag("--json", arguments->json, "Print the result as a JSON object");
     command.add_flag("--quiet", arguments->quiet,
                      "No hints at settings that the picture does not show");
     add_magnitude_arguments(command, arguments->magnitudes);

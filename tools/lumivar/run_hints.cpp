@@ -67,9 +67,7 @@ void RunHints::before() {
     }
 }
 
-void RunHints::note(const host::World& world) {
-    has_light_ = has_light_ || quiet_ || has_light(world);
-}
+void RunHints::note(bool lit) { has_light_ = has_light_ || lit; }
 
 void RunHints::after(const std::optional<CatalogueUsed>& catalogue) const {
     if (quiet_ || has_light_ || !catalogue) {

@@ -22,9 +22,8 @@ public:
     /// What can be said before the first frame. Throws `host::SceneError` for controls that do not
     /// fit.
     void before();
-    /// Takes note of a frame. Cheap, as it stops at the first pixel with light, and looks at no
-    /// frame after one that has any.
-    void note(const host::World& world);
+    /// Takes note of a frame, and whether it has any light.
+    void note(bool lit);
     /// What can be said after the last frame. Reads the database if no frame had any light.
     void after(const std::optional<CatalogueUsed>& catalogue) const;
 
@@ -36,7 +35,7 @@ private:
     bool has_light_ = false;
 };
 
-/// Whether any colour channel of any pixel is not 0.
+/// Whether any colour channel of any pixel is not 0. Cheap, as it stops at the first one.
 bool has_light(const host::World& world);
 
 }  // namespace lumivar

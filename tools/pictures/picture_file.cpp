@@ -231,11 +231,10 @@ void check_picture_request(const std::filesystem::path& path, Depth depth,
     }
 }
 
-void write_picture(const std::filesystem::path& path, const FrameView& frame,
+void write_picture(AtomicFile& file, const std::filesystem::path& path, const FrameView& frame,
                    const PictureInfo& info, const PictureContent& content) {
     check_picture_request(path, frame.depth, content);
     const PictureFormat format = *picture_format(path);
-    AtomicFile file(path);
     // What is for looking at alone holds no linear light.
     PictureContent held = content;
     if (!held.raw && !held.look && is_for_looking(format)) {
@@ -257,6 +256,12 @@ void write_picture(const std::filesystem::path& path, const FrameView& frame,
         throw Failure(shown + output->geterror());
     }
     file.write(std::as_bytes(std::span(bytes)));
+}
+
+void write_picture(const std::filesystem::path& path, const FrameView& frame,
+                   const PictureInfo& info, const PictureContent& content) {
+    AtomicFile file(path);
+    write_picture(file, path, frame, info, content);
     file.publish();
 }
 

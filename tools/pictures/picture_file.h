@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#include "atomic_file.h"
 #include "frame_view.h"
 #include "look.h"
 
@@ -60,7 +61,12 @@ std::optional<PictureFormat> picture_format(const std::filesystem::path& path);
 void check_picture_request(const std::filesystem::path& path, host::Depth depth,
                            const PictureContent& content);
 
-/// Writes the picture, whole or not at all (see `AtomicFile`). Throws `Failure`.
+/// Writes the picture into `file` as the ending of `path` says, and leaves its publishing to the
+/// caller. Throws `Failure`.
+void write_picture(AtomicFile& file, const std::filesystem::path& path, const FrameView& frame,
+                   const PictureInfo& info, const PictureContent& content);
+
+/// The same, whole or not at all (see `AtomicFile`).
 void write_picture(const std::filesystem::path& path, const FrameView& frame,
                    const PictureInfo& info, const PictureContent& content);
 

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "failure.h"
 
@@ -70,7 +71,20 @@ bool remove_if_orphan(const fs::path& folder) {
     return removed;
 }
 
+/// Of the folders that this process made; used by its main thread alone.
+std::vector<int>& held_locks() {
+    static std::vector<int> locks;
+    return locks;
+}
+
 }  // namespace
+
+void leave_working_folders_to_parent() {
+    for (const int lock : held_locks()) {
+        close(lock);
+    }
+    held_locks().clear();
+}
 
 int remove_orphans(const fs::path& parent) {
     int removed = 0;
@@ -109,6 +123,7 @@ bool WorkingFolder::claim(const fs::path& candidate) {
     // the folder is never taken for an orphan.
     if (lock_ >= 0 && (flock(lock_, LOCK_EX) != 0 || same_file(lock_, candidate / kLockName))) {
         path_ = candidate;
+        held_locks().push_back(lock_);
         return true;
     }
     const int error = errno;
@@ -128,6 +143,7 @@ bool WorkingFolder::claim(const fs::path& candidate) {
 WorkingFolder::~WorkingFolder() {
     std::error_code ignored;
     fs::remove_all(path_, ignored);
+    std::erase(held_locks(), lock_);
     close(lock_);
 }
 

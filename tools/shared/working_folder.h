@@ -44,6 +44,11 @@ private:
     int lock_ = -1;
 };
 
+/// For a copy of the process, to be called first: closes its copies of the locks, by which the
+/// folders of the parent would look as if they had an owner after the parent's end. The objects
+/// must not be used there.
+void leave_working_folders_to_parent();
+
 /// Removes the working folders in `parent` whose owner is gone, and says how many. What cannot be
 /// listed, locked or removed is left alone: it is not this run's business to fail over it.
 int remove_orphans(const std::filesystem::path& parent);

@@ -49,6 +49,8 @@ public:
     void update(const ShotStanding& standing);
     /// A line of another kind on standard error, "lumivar: " before it if it has no such beginning.
     void say(const std::string& line);
+    /// Wipes the line.
+    void end() { line_.wipe(); }
     /// Seconds since the run began.
     double seconds() const;
 

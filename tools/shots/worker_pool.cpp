@@ -28,6 +28,7 @@
 
 #include "cleanup.h"
 #include "failure.h"
+#include "working_folder.h"
 
 namespace lumivar {
 namespace {
@@ -191,6 +192,7 @@ private:
     [[noreturn]] void be_worker(Worker& own) noexcept {
         int code = 0;
         try {
+            leave_working_folders_to_parent();
             // An end that this copy held open would hide the end of another worker.
             interrupts_.close_all();
             for (const auto& other : workers_) {
