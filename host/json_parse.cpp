@@ -9,8 +9,8 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
+#include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "json_node.h"
@@ -41,15 +41,6 @@ std::optional<std::string> between(const std::string& text, const std::string& b
     const std::size_t from = at + before.size();
     const std::size_t to = text.find(after, from);
     return text.substr(from, to == std::string::npos ? to : to - from);
-}
-
-/// The word that the byte before `position` belongs to, or the last one of the text, and its start.
-std::pair<std::size_t, std::string> word_at(const std::string& text, std::size_t position) {
-    const std::string ends = " \t\r\n{}[]\",:/";
-    const std::size_t last = std::min(position, text.size());
-    const std::size_t before = last == 0 ? std::string::npos : text.find_last_of(ends, last - 1);
-    const std::size_t start = before == std::string::npos ? 0 : before + 1;
-    return {start, text.substr(start, text.find_first_of(ends, start) - start)};
 }
 
 /// Of visible ASCII characters, at least one.
@@ -122,10 +113,13 @@ public:
         } else if (const auto broken = between(what, " - ", "; last read: ")) {
             found = *broken;
             length = 1;
-            if (whole_ && found == "invalid literal") {
+            const bool in_comment = found.find("invalid comment") == 0;
+            if (whole_ && !in_comment) {
                 // What follows the scene is no value, however it is spelled: the word is shown.
                 expected = "the end of the scene";
-                const auto [start, word] = word_at(text_, position);
+                const std::size_t start = rest_of(text_);
+                const std::string word =
+                    text_.substr(start, text_.find_first_of(" \t\r\n", start) - start);
                 if (is_printable(word)) {
                     found = word.size() > kLongestText ? "a long word" : word;
                     length = position - start;
@@ -172,12 +166,40 @@ private:
         return true;
     }
 
+    static std::size_t rest_of(const std::string& text);
+
     const std::string& text_;
     const std::string& source_;
     std::vector<Level> open_;
     bool whole_ = false;  ///< the document's one value has been read to its end
     std::string error_;
 };
+
+/// Where the text goes on behind its one value, white space and comments passed over. For texts
+/// that begin with a whole object or array.
+std::size_t Checker::rest_of(const std::string& text) {
+    std::istringstream in(text);
+    const std::string nowhere;
+    Checker first_value(nowhere, nowhere);
+    constexpr bool kStrict = false;
+    constexpr bool kComments = true;
+    Json::sax_parse(in, &first_value, Json::input_format_t::json, kStrict, kComments);
+    // Nothing is read beyond the last bracket.
+    const std::streamoff end = in.tellg();
+    std::size_t at = end < 0 ? text.size() : static_cast<std::size_t>(end);
+    while (true) {
+        at = std::min(text.find_first_not_of(" \t\r\n", at), text.size());
+        const bool is_line = text.compare(at, 2, "//") == 0;
+        if (!is_line && text.compare(at, 2, "/*") != 0) {
+            return at;
+        }
+        const std::size_t close = text.find(is_line ? "\n" : "*/", at + 2);
+        if (close == std::string::npos) {
+            return at;  // a comment without an end is what is wrong
+        }
+        at = close + (is_line ? 1 : 2);
+    }
+}
 
 }  // namespace
 

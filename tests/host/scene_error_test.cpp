@@ -176,6 +176,11 @@ TEST(SceneErrors, OfTheWholeAreTold) {
             // What follows the scene.
             {"{} {}", "line 1, column 4: expected the end of the scene, found '{'"},
             {"{} x", "line 1, column 4: expected the end of the scene, found x"},
+            {"{} nul", "line 1, column 4: expected the end of the scene, found nul"},
+            {"{} nulx y", "line 1, column 4: expected the end of the scene, found nulx"},
+            {"{} -", "line 1, column 4: expected the end of the scene, found -"},
+            {"{}\n // end\n  \"x", "line 3, column 3: expected the end of the scene, found \"x"},
+            {"{}/* c */tru", "line 1, column 10: expected the end of the scene, found tru"},
             {"{}x1 y", "line 1, column 3: expected the end of the scene, found x1"},
             {"{}\n\n  tru", "line 3, column 3: expected the end of the scene, found tru"},
             {"{} nuts /* too */", "line 1, column 4: expected the end of the scene, found nuts"},
