@@ -1,9 +1,10 @@
 #include "sky_reader.h"
 
+#include <host/length_units.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <initializer_list>
-#include <numbers>
 #include <optional>
 #include <string>
 #include <utility>
@@ -14,12 +15,6 @@
 namespace host {
 
 namespace {
-
-// A parsec is the distance at which one astronomical unit spans one second of arc. The astronomical
-// unit (IAU 2012) and the light year (of 365.25 days) in metres.
-constexpr double kAstronomicalUnitsInParsec = 648000.0 / std::numbers::pi;
-constexpr double kMetresInAstronomicalUnit = 149597870700.0;
-constexpr double kMetresInLightYear = 9460730472580800.0;
 
 NumberRule sky_rule(const std::string& name) {
     if (name == "dec") {
@@ -58,16 +53,12 @@ void expect_star_alone(const JsonNode& node) { node.expect_members({"star", "rol
 }  // namespace
 
 double read_length_unit(const JsonNode& node) {
-    if (node.is_string() && node.string() == "pc") {
-        return 1.0;
+    if (node.is_string()) {
+        if (const auto parsecs = parsecs_in(node.string())) {
+            return *parsecs;
+        }
     }
-    if (node.is_string() && node.string() == "ly") {
-        return kMetresInLightYear / (kMetresInAstronomicalUnit * kAstronomicalUnitsInParsec);
-    }
-    if (node.is_string() && node.string() == "au") {
-        return 1.0 / kAstronomicalUnitsInParsec;
-    }
-    node.fail("\"pc\", \"ly\" or \"au\"");
+    node.fail("\"pc\", \"ly\", \"au\", \"km\" or \"m\"");
 }
 
 StarPlace SkyReader::read_star(const JsonNode& name) const {

@@ -460,8 +460,8 @@ TEST(SceneErrors, OfTheCameraAreTold) {
              "/position: expected a \"distance\" from the Sun, found an object"},
             {R"("position": {"toward": "Rigel", "ra": 7, "distance": 1})",
              "/position/ra: expected either \"toward\" or \"ra\" and \"dec\", not both, found 7"},
-            {R"("position": [0, 0, 0], "unit": "km")",
-             "/unit: expected \"pc\", \"ly\" or \"au\", found \"km\""},
+            {R"("position": [0, 0, 0], "unit": "mi")",
+             "/unit: expected \"pc\", \"ly\", \"au\", \"km\" or \"m\", found \"mi\""},
             {R"("matrix": [], "unit": "ly")",
              "/unit: expected no \"unit\" beside \"matrix\", whose translation is in parsecs, "
              "found \"ly\""},

@@ -472,6 +472,11 @@ TEST(CameraObject, LengthsHaveAUnit) {
     const Matrix au =
         among_stars(R"("unit": "au", "position": {"toward": "Near", "distance": 412529.612})");
     EXPECT_NEAR(au[14], 2.0, 1e-8);
+    // 1 pc is 3.0856776e13 km.
+    const Matrix km = among_stars(R"("unit": "km", "position": [3.0856776e14, 0, 0])");
+    EXPECT_NEAR(km[12], 10.0, 1e-6);
+    const Matrix m = among_stars(R"("unit": "m", "position": [3.0856776e17, 0, 0])");
+    EXPECT_NEAR(m[12], 10.0, 1e-6);
     EXPECT_EQ(among_stars(R"("unit": "pc", "position": [7, 0, 0])")[12], 7.0);
     const double half = std::sqrt(0.5);
     expect_row(among_stars(R"("unit": "ly", "position": [50, 0, 0],

@@ -1,32 +1,16 @@
 #include "camera_reading.h"
 
-#include <cmath>
-#include <map>
-#include <numbers>
+#include <host/length_units.h>
+
 #include <string>
 
 #include "failure.h"
 #include "text_numbers.h"
 
 namespace lumivar {
-namespace {
-
-constexpr double kAuInMetres = 149597870700.0;
-constexpr double kParsecInAu = 648000.0 / std::numbers::pi;
-constexpr double kParsecInMetres = kParsecInAu * kAuInMetres;
-constexpr double kLightYearInMetres = 9460730472580800.0;
-
-}  // namespace
-
 double parsecs_of_unit(const std::string& name) {
-    static const std::map<std::string, double> kUnits = {
-        {"pc", 1.0},
-        {"ly", kLightYearInMetres / kParsecInMetres},
-        {"au", 1.0 / kParsecInAu},
-        {"km", 1000.0 / kParsecInMetres},
-        {"m", 1.0 / kParsecInMetres}};
-    if (const auto unit = kUnits.find(name); unit != kUnits.end()) {
-        return unit->second;
+    if (const auto parsecs = host::parsecs_in(name)) {
+        return *parsecs;
     }
     const auto number = finite_number(name);
     if (!number || !(*number > 0.0)) {

@@ -17,11 +17,7 @@ struct CameraReading {
     double parsecs_per_unit = 1.0;
 };
 
-/// Parsecs in a unit: "pc", "ly", "au", "km", "m", or a number above 0. Throws `UsageError`.
-///
-/// The astronomical unit is 149 597 870 700 m and the parsec 648 000 / pi of them (resolutions B2
-/// of 2012 and 2015 of the International Astronomical Union); the light-year is 9 460 730 472 580
-/// 800 m.
+/// Parsecs in a unit: a name of `host::kLengthUnits`, or a number above 0. Throws `UsageError`.
 double parsecs_of_unit(const std::string& name);
 
 /// "y" or "z". Throws `UsageError`.
