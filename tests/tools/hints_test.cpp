@@ -2,9 +2,12 @@
 #include "hints.h"
 
 #include <gtest/gtest.h>
+#include <host/camera.h>
 #include <host/session.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -127,6 +130,33 @@ TEST(Hints, SegmentsWithoutMotionBlur) {
                      "off; set \"motion_blur\": true"}));
 }
 
+TEST(Hints, KeyedSegmentsCountWhereTheyBlurNothingAtAnyFrame) {
+    const auto keyed = [](const char* first, const char* last) {
+        return hints_of_controls(R"("Motion Blur Segments": {"keys": [{"time": 0, "value": )" +
+                                 std::string(first) + R"(}, {"time": 0.4, "value": )" + last +
+                                 "}]}");
+    };
+    EXPECT_EQ(keyed("16", "32").size(), 1U);
+    EXPECT_EQ(keyed("0", "1"), Lines{}) << "no blur is asked for";
+    // With motion blur on, segments in some of the frames are enough.
+    EXPECT_EQ(hints_of(R"({"composition": {"duration": 0.5, "motion_blur": true},
+                           "camera": {"look_at": {}, "vertical_fov": 24},
+                           "controls": {"Motion Blur Segments": {"keys": [
+                               {"time": 0, "value": 0}, {"time": 0.4, "value": 16}]}}})"),
+              Lines{});
+}
+
+TEST(Hints, LensOfABroughtCameraThatTheProjectionDoesNotUse) {
+    host::Scene scene = host::parse_scene(R"({"controls": {"Projection": "HemiSph"}})", "s.json");
+    host::CameraSample sample;
+    sample.layer_to_world = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    sample.zoom = 900.0;
+    scene.camera = host::path_camera({sample});
+    const Lines hints = hints_of(scene);
+    ASSERT_EQ(hints.size(), 1U);
+    EXPECT_EQ(hints[0].rfind("the camera's lens is not used", 0), 0U) << hints[0];
+}
+
 TEST(Hints, MotionBlurWithoutSegmentsShutterOrCamera) {
     const auto blurred = [](const std::string& composition, const std::string& rest) {
         return hints_of(R"({"composition": {"duration": 0.5, "motion_blur": true)" + composition +
@@ -190,8 +220,11 @@ TEST(Hints, ControlsWithoutEffect) {
 
 std::string black_hint(const std::string& text, lumivar::BlackFrames frames = {100, 2.0}) {
     const host::Scene scene = host::parse_scene(text, "s.json");
-    return lumivar::black_frame_hint(plugin_controls(), scene, {scene.composition.frame_time(0)},
-                                     frames)
+    // A scene that says its duration means all its frames.
+    const bool all = text.find("\"duration\"") != std::string::npos;
+    return lumivar::black_frame_hint(
+               plugin_controls(), scene,
+               all ? all_frames(scene) : std::vector{scene.composition.frame_time(0)}, frames)
         .value_or("none");
 }
 
@@ -226,15 +259,58 @@ TEST(BlackFrameHint, TellsTheLikelyReason) {
     EXPECT_EQ(black_hint(R"({"controls": {"Star Brightness": 0}})"), "none");
 }
 
-TEST(HasLight, LooksAtTheColoursAlone) {
+TEST(BlackFrameHint, NamesAReasonOnlyWhereItHoldsForEveryFrame) {
+    // Two frames: of the first each reason holds, of the second none.
+    const std::string keys = R"({"keys": [{"time": 0, "value": )";
+    const auto between = [&keys](const char* first, const char* last) {
+        return keys + first + R"(}, {"time": 0.5, "value": )" + last + "}]}";
+    };
+    const auto hint = [](const std::string& members) {
+        return black_hint(R"({"composition": {"frame_rate": 2, "duration": 1}, )" + members + "}",
+                          {1, 0.25});
+    };
+    const std::string other =
+        "there is no star in any frame: none that the camera sees is bright enough; raise \"Star "
+        "Brightness\", lower \"Luminance Threshold\", or turn the camera";
+    EXPECT_EQ(hint(R"("controls": {"Luminance Threshold": )" + between("0.5", "0.1") + "}"), other);
+    EXPECT_EQ(hint(R"("camera": {"position": [0, 0, )" + between("5000", "0") +
+                   R"(]}, "controls": {"Parallax Crush": 0})"),
+              other);
+    EXPECT_EQ(hint(R"("camera": {"look_at": {}, "vertical_fov": )" + between("0.5", "50") + "}"),
+              other);
+    EXPECT_EQ(hint(R"("controls": {"Luminance Threshold": )" + between("0.5", "0.6") + "}"),
+              "there is no star in any frame: the brightest of the database has luminance 0.25, "
+              "below \"Luminance Threshold\" 0.5; lower that");
+}
+
+TEST(BlackFrameHint, BlamesNoThresholdWhereTheBrightestStarIsNotKnown) {
+    EXPECT_NE(black_hint(R"({"controls": {"Luminance Threshold": 0.5}})", {1, std::nullopt})
+                  .find("none that the camera sees is bright enough"),
+              std::string::npos);
+}
+
+TEST(BlackPictureHint, TellsByHowMuchTheExposureIsToBeRaised) {
+    // From 0.001 to 0.016 it is a factor of 16, four stops.
+    EXPECT_EQ(lumivar::black_picture_hint(0.001, 0.016),
+              "the picture is black, though the frame is not: its brightest light, 0.001, is too "
+              "dark for it; raise --exposure by 4 stops or more");
+    EXPECT_EQ(lumivar::black_picture_hint(0.016, 0.016), std::nullopt);
+    EXPECT_EQ(lumivar::black_picture_hint(1e-9, 0.0), std::nullopt) << "linear light";
+}
+
+TEST(BrightestChannel, LooksAtTheColoursAlone) {
     for (const host::Depth depth : {host::Depth::Bits8, host::Depth::Bits16, host::Depth::Float}) {
         host::World world(3, 2, depth);
         const std::size_t channel = static_cast<std::size_t>(depth) / 8;
         world.row(1)[2 * 4 * channel] = std::byte{1};  // alpha of the last pixel
-        EXPECT_FALSE(lumivar::has_light(world));
+        EXPECT_EQ(lumivar::brightest_channel(world), 0.0F);
         world.row(1)[(2 * 4 + 3) * channel] = std::byte{1};  // its blue
-        EXPECT_TRUE(lumivar::has_light(world));
+        EXPECT_GT(lumivar::brightest_channel(world), 0.0F);
     }
+    host::World white(1, 1, host::Depth::Bits16);
+    const std::uint16_t code = 32768;
+    std::memcpy(white.row(0) + 2, &code, sizeof code);
+    EXPECT_EQ(lumivar::brightest_channel(white), 1.0F);
 }
 
 TEST(HintsOfARun, AppearOnceAndNotWhenQuiet) {
@@ -266,6 +342,32 @@ TEST(HintsOfARun, TellOfBlackFramesAfterThem) {
               "bottom to top; widen it, or lower \"Luminance Threshold\" with a deeper database\n");
     arguments.emplace_back("--quiet");
     EXPECT_EQ(run_tool(arguments).err, "");
+}
+
+TEST(HintsOfARun, TellOfAPictureThatIsDarkerThanItsFrame) {
+    const ScratchFolder folder;
+    std::vector<std::string> arguments = {"render",     LUMIVAR_SCENES "/orion.json",
+                                          "-o",         folder / "a.png",
+                                          "--size",     "64x36",
+                                          "--exposure", "-20"};
+    EXPECT_EQ(run_tool(arguments).err.rfind("lumivar: hint: the picture is black, though the frame "
+                                            "is not: its brightest light, ",
+                                            0),
+              0U);
+    arguments.back() = "-2";
+    EXPECT_EQ(run_tool(arguments).err, "");
+}
+
+TEST(HintsOfARun, NoneForAnyShippedScene) {
+    const ScratchFolder folder;
+    for (const auto& entry : std::filesystem::directory_iterator(LUMIVAR_SCENES)) {
+        if (entry.path().extension() == ".json") {
+            const ToolResult result = run_tool(
+                {"render", entry.path().string(), "-o", folder / "a.png", "--size", "64x36"});
+            EXPECT_EQ(result.code, 0) << entry.path();
+            EXPECT_EQ(result.err, "") << entry.path();
+        }
+    }
 }
 
 }  // namespace

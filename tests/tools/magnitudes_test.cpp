@@ -20,7 +20,7 @@ namespace {
 constexpr float kMagnitude6And5 = 0.0025118864F;
 
 std::string scene_of(const std::string& members) {
-    return R"({"composition": {"width": 64, "height": 32, "frame_rate": 24, "duration": 1.0},
+    return R"({"composition": {"width": 1600, "height": 32, "frame_rate": 24, "duration": 1.0},
                "camera": {"look_at": {"ra": 90, "dec": 0}, "vertical_fov": 24.0})" +
            members + "}";
 }
@@ -117,8 +117,11 @@ TEST_F(Magnitudes, KeysAreJoinedInMagnitudes) {
 TEST_F(Magnitudes, TheSummaryTellsTheFaintestStarAndTheCeiling) {
     const std::string ceiling = "; those brighter than 0.75 all alike (Maximum Luminance 0.5)\n";
     EXPECT_EQ(lines(""), "  stars to magnitude 10.00 (Luminance Threshold 0.0001)" + ceiling);
-    EXPECT_EQ(lines("", {"--set", "Luminance Threshold=0"}),
-              "  stars of every magnitude (Luminance Threshold 0)" + ceiling);
+    EXPECT_EQ(
+        lines("", {"--set", "Luminance Threshold=0"}),
+        "  stars of every magnitude (Luminance Threshold 0), but those fainter than 12.74 are "
+        "too dark to be drawn" +
+            ceiling);
     EXPECT_EQ(lines("", {"--limiting-magnitude", "6.5"}),
               "  stars to magnitude 6.50 (in the host: Luminance Threshold 0.002511)" + ceiling);
     for (const auto& [magnitude, control] : {std::pair<std::string, std::string>{"5", "0.010000"},
@@ -126,19 +129,20 @@ TEST_F(Magnitudes, TheSummaryTellsTheFaintestStarAndTheCeiling) {
                                              {"12.5", "0.000010"},
                                              {"15", "0.000001"}}) {
         EXPECT_NE(lines("", {"--limiting-magnitude", magnitude})
-                      .find("(in the host: Luminance Threshold " + control + ");"),
+                      .find("(in the host: Luminance Threshold " + control + ")"),
                   std::string::npos)
             << magnitude;
     }
+    const std::string dark = ", but those fainter than 12.74 are too dark to be drawn";
     // 10^(-5.6) = 0.00000251, of which six decimals leave 0.000002: 2.5 (6 - log10 2) = 14.247.
     EXPECT_EQ(lines("", {"--limiting-magnitude", "14"}),
               "  stars to magnitude 14.00 (in the host: Luminance Threshold 0.000002, which is "
               "magnitude 14.25)" +
-                  ceiling);
+                  dark + ceiling);
     EXPECT_EQ(lines("", {"--limiting-magnitude", "16"}),
               "  stars to magnitude 16.00 (in the host: Luminance Threshold 0.000000, which draws "
               "every star)" +
-                  ceiling);
+                  dark + ceiling);
     const std::string faintest = "  stars to magnitude 10.00 (Luminance Threshold 0.0001); ";
     // -2.5 log10 4 = -1.505; a bias of 2 takes the root first, so 0.1 is reached at 0.1^2.
     EXPECT_EQ(lines("", {"--set", "Maximum Luminance=4"}),
@@ -149,6 +153,49 @@ TEST_F(Magnitudes, TheSummaryTellsTheFaintestStarAndTheCeiling) {
               faintest + "all alike (Maximum Luminance 5e-05)\n");
     EXPECT_EQ(lines("", {"--set", "Maximum Luminance=0"}),
               faintest + "all black (Maximum Luminance 0)\n");
+}
+
+TEST_F(Magnitudes, TheSummaryTellsWhatIsTooDarkToBeDrawn) {
+    const auto fainter = [this](const std::vector<std::string>& more,
+                                const std::string& members = "") {
+        std::vector<std::string> arguments = {"--set", "Luminance Threshold=0"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const std::string text = lines(members, arguments);
+        const std::size_t at = text.find("but ");
+        return text.substr(at, text.find(" to be drawn") - at);
+    };
+    // A spot's light is 4 x brightness x luminance, and 1/6250 of it is the least: at brightness 5
+    // luminance 1 / 125000, magnitude 2.5 log10 125000 = 12.74; at 50 it is 2.5 more.
+    EXPECT_EQ(fainter({}), "but those fainter than 12.74 are too dark");
+    EXPECT_EQ(fainter({"--set", "Star Brightness=50"}),
+              "but those fainter than 15.24 are too dark");
+    // A bias of 2 takes the root of the luminance first.
+    EXPECT_EQ(fainter({"--set", "Brightness Bias=2"}), "but those fainter than 25.48 are too dark");
+    // At 160 pixels a spot of 2.5 thousandths of half the width is 0.2 pixels: 0.04 of the light,
+    // 3.49 magnitudes; one that is 10 times as wide as high has 0.2.
+    EXPECT_EQ(fainter({"--size", "160x32"}), "but those fainter than 9.25 are too dark");
+    EXPECT_EQ(fainter({"--size", "160x32", "--set", "Star Aspect Ratio=10"}),
+              "but those fainter than 10.99 are too dark");
+    // Sixteen streaks have a sixteenth of the light each: 3.01 magnitudes.
+    EXPECT_EQ(fainter({"--set", "Motion Blur Segments=16"}),
+              "but those fainter than 12.74 are too dark")
+        << "there is no motion blur";
+    write_file(folder_ / "blur.json",
+               R"({"composition": {"width": 1600, "height": 32, "motion_blur": true},
+                   "camera": {"look_at": {"ra": 90, "dec": 0}, "vertical_fov": 24.0},
+                   "controls": {"Luminance Threshold": 0, "Motion Blur Segments": 16}})");
+    const ToolResult blur = run_tool({"render", folder_ / "blur.json", "-o", folder_ / "a.exr",
+                                      "--catalogue", folder_ / "star.stars"});
+    EXPECT_NE(blur.out.find("fainter than 9.73 are"), std::string::npos) << blur.out;
+    EXPECT_EQ(fainter({"--set", "Star Brightness=0.00001"}), "but all are too dark");
+    EXPECT_EQ(lines("").find("too dark"), std::string::npos);
+}
+
+TEST_F(Magnitudes, AStarThatIsToldToBeTooDarkIsNotDrawn) {
+    // By the frame: the same star of magnitude 6.5 just above and just below its least brightness,
+    // 1 / (6250 x 4 x 0.0025118864) = 0.015924.
+    EXPECT_TRUE(draws("", {"--set", "Star Brightness=0.01594"}));
+    EXPECT_FALSE(draws("", {"--set", "Star Brightness=0.01591"}));
 }
 
 TEST_F(Magnitudes, AnExposureIsToldInMagnitudesAndInTheEffectsControl) {
@@ -172,6 +219,7 @@ TEST_F(Magnitudes, AnExposureIsToldInMagnitudesAndInTheEffectsControl) {
               "  exposure +8: 6.02 magnitudes brighter (in the host: beyond Star Brightness, which "
               "ends at 1000)\n");
     EXPECT_EQ(line("", {}), "");
+    EXPECT_EQ(line("", {"--exposure", "1.5", "--depth", "8"}), "") << "cut off at white already";
     EXPECT_EQ(line(R"(, "picture": {"exposure": 1})", {"--exposure", "0"}), "");
 }
 

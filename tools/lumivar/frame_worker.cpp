@@ -144,7 +144,7 @@ Drawn draw(Player& player, const FrameWork& work, std::size_t item) {
     drawn.report.render_seconds = seconds_since(start);
     drawn.report.width = drawn.frame.world.width();
     drawn.report.height = drawn.frame.world.height();
-    drawn.report.brightest = has_light(drawn.frame.world) ? 1.0F : 0.0F;
+    drawn.report.brightest = brightest_channel(drawn.frame.world);
     const std::optional<CatalogueUsed> catalogue = player.catalogue_used(work.scene, shot.time);
     if (catalogue) {
         drawn.report.catalogue = catalogue->name;

@@ -267,21 +267,27 @@ std::optional<std::string> black_frame_hint(const std::vector<host::DeclaredCont
                short_number(values.first(threshold)) + "; lower that";
     }
     if (scene.camera) {
-        const double seconds = times.front().seconds();
-        const double parsecs = distance(place_of(*scene.camera, seconds));
-        if (parsecs >= kOutsideTheStars &&
-            values.always("Parallax Crush", [](double n) { return n < kAllAtInfinity; })) {
-            return start + "the camera stands " + short_number(parsecs) +
+        const auto parsecs = [&scene](host::Time time) {
+            return distance(place_of(*scene.camera, time.seconds()));
+        };
+        if (values.always("Parallax Crush", [](double n) { return n < kAllAtInfinity; }) &&
+            std::all_of(times.begin(), times.end(),
+                        [&](host::Time time) { return parsecs(time) >= kOutsideTheStars; })) {
+            return start + "the camera stands " + short_number(parsecs(times.front())) +
                    " parsecs from the Sun, outside the stars; move it nearer or set \"Parallax "
                    "Crush\" to 100";
         }
         const std::string projection = values.choice("Projection");
         constexpr double kNarrow = 2.0;  // degrees; there are catalogues of a star a square degree
-        const double degrees =
-            2.0 * std::atan(scene.composition.height / 2.0 / scene.camera->zoom(seconds)) * 180.0 /
-            std::numbers::pi;
-        if (projection != "HemiSph" && projection != "AzEqu" && degrees < kNarrow) {
-            return start + "the lens shows only " + short_number(degrees) +
+        const auto degrees = [&scene](host::Time time) {
+            return 2.0 *
+                   std::atan(scene.composition.height / 2.0 / scene.camera->zoom(time.seconds())) *
+                   180.0 / std::numbers::pi;
+        };
+        if (projection != "HemiSph" && projection != "AzEqu" &&
+            std::all_of(times.begin(), times.end(),
+                        [&](host::Time time) { return degrees(time) < kNarrow; })) {
+            return start + "the lens shows only " + short_number(degrees(times.front())) +
                    " degrees from bottom to top; widen it, or lower \"" + threshold +
                    "\" with a deeper database";
         }
@@ -289,6 +295,16 @@ std::optional<std::string> black_frame_hint(const std::vector<host::DeclaredCont
     return start +
            "none that the camera sees is bright enough; raise \"Star Brightness\", lower \"" +
            threshold + "\", or turn the camera";
+}
+
+std::optional<std::string> black_picture_hint(double brightest, double least_visible) {
+    if (!(brightest < least_visible)) {
+        return std::nullopt;
+    }
+    const double stops = std::ceil(std::log2(least_visible / brightest));
+    return "the picture is black, though the frame is not: its brightest light, " +
+           short_number(brightest) + ", is too dark for it; raise --exposure by " +
+           short_number(stops) + " stops or more";
 }
 
 }  // namespace lumivar

@@ -17,8 +17,8 @@ namespace lumivar {
 
 /// What is known of the database from which frames without light were drawn.
 struct BlackFrames {
-    std::uint64_t stars = 0;  ///< in the database
-    /// Luminance of the database's brightest star, nothing when it is not known.
+    std::uint64_t stars = 0;  ///< in the databases that the frames used
+    /// Luminance of the brightest star there, nothing when it is not known.
     std::optional<double> brightest;
 };
 
@@ -36,5 +36,9 @@ std::optional<std::string> black_frame_hint(const std::vector<host::DeclaredCont
                                             const host::Scene& scene,
                                             const std::vector<host::Time>& times,
                                             const BlackFrames& frames);
+
+/// Said of pictures that are black though the frames are not: `brightest` is the most light in any
+/// frame, of which less than `least_visible` is black in a picture.
+std::optional<std::string> black_picture_hint(double brightest, double least_visible);
 
 }  // namespace lumivar

@@ -19,6 +19,16 @@ constexpr char kCeiling[] = "Maximum Luminance";
 constexpr char kBias[] = "Brightness Bias";
 constexpr char kBrightness[] = "Star Brightness";
 
+constexpr char kSpotSize[] = "Star Spot Size";
+constexpr char kAspect[] = "Star Aspect Ratio";
+constexpr char kSegments[] = "Motion Blur Segments";
+
+/// Of the framebuffer's unit: a spot that is nowhere brighter is not drawn.
+constexpr double kFaintestLight = 1.0 / 6250.0;
+/// The brightest light of a spot is so many times "Star Brightness", for a star of luminance 1.
+constexpr double kLightPerBrightness = 4.0;
+/// "Star Spot Size" is in thousandths of half the frame's width.
+constexpr double kWidthPerSpotSize = 0.0005;
 /// The effect adds this to "Brightness Bias" before it divides by it.
 constexpr double kBiasOffset = 0.000001;
 /// The range of "Star Brightness" ends here.
@@ -48,6 +58,9 @@ struct StarControls {
     double ceiling;
     double bias;
     double brightness;
+    double spot_size;
+    double aspect;
+    double segments;  ///< of the camera's path, into which a star's light is parted
 };
 
 std::optional<StarControls> controls_at(const host::Session& session, const host::Scene& scene,
@@ -55,10 +68,11 @@ std::optional<StarControls> controls_at(const host::Session& session, const host
     const std::vector<host::DeclaredControl>& declared = session.controls();
     const host::ControlValues values(declared, scene.controls);
     std::vector<double> numbers;
-    for (const char* name : {kThreshold, kCeiling, kBias, kBrightness}) {
+    for (const char* name :
+         {kThreshold, kCeiling, kBias, kBrightness, kSpotSize, kAspect, kSegments}) {
         const auto found = std::find_if(
             declared.begin(), declared.end(), [name](const host::DeclaredControl& one) {
-                return one.name == name && one.kind == host::ControlKind::FloatSlider;
+                return one.name == name && one.kind != host::ControlKind::Colour;
             });
         if (found == declared.end()) {
             return std::nullopt;
@@ -66,7 +80,34 @@ std::optional<StarControls> controls_at(const host::Session& session, const host
         numbers.push_back(
             values.number(static_cast<std::size_t>(found - declared.begin()), time.seconds()));
     }
-    return StarControls{numbers[0], numbers[1], numbers[2], numbers[3]};
+    const bool blurs = scene.composition.motion_blur && scene.camera &&
+                       scene.composition.shutter_angle.at(time.seconds()) > 0.0;
+    return StarControls{numbers[0],
+                        numbers[1],
+                        numbers[2],
+                        numbers[3],
+                        numbers[4],
+                        numbers[5],
+                        blurs ? std::max(1.0, numbers[6]) : 1.0};
+}
+
+/// ", but those fainter than 12.74 are too dark to be drawn"; empty where the threshold, or the
+/// ceiling, says all.
+std::string darkness_text(const StarControls& controls, int width) {
+    // A spot is never smaller than a pixel; a smaller one is darker instead.
+    const double height = width * controls.spot_size * kWidthPerSpotSize;
+    const double light = kLightPerBrightness * controls.brightness / controls.segments *
+                         std::min(1.0, height) * std::min(1.0, height * controls.aspect);
+    const double needed = kFaintestLight / light;  // after the bias
+    if (!(light > 0.0) || needed >= controls.ceiling) {
+        return ", but all are too dark to be drawn";
+    }
+    const double luminance = std::pow(needed, controls.bias + kBiasOffset);
+    if (luminance <= controls.threshold) {
+        return "";
+    }
+    return ", but those fainter than " + two_decimals(magnitude_from_luminance(luminance)) +
+           " are too dark to be drawn";
 }
 
 std::string faintest_text(double threshold, bool by_magnitude) {
@@ -106,8 +147,10 @@ std::string ceiling_text(const StarControls& controls) {
     return "those brighter than " + two_decimals(magnitude) + " all alike" + control + ")";
 }
 
-std::string stars_text(const StarControls& controls, bool by_magnitude) {
-    return faintest_text(controls.threshold, by_magnitude) + "; " + ceiling_text(controls);
+std::string stars_text(const StarControls& controls, int width, bool by_magnitude) {
+    const std::string ceiling = ceiling_text(controls);
+    return faintest_text(controls.threshold, by_magnitude) +
+           (controls.ceiling > 0.0 ? darkness_text(controls, width) : "") + "; " + ceiling;
 }
 
 std::string exposure_text(double brightness, double exposure) {
@@ -187,8 +230,8 @@ bool bring_limiting_magnitude(const MagnitudeArguments& arguments,
 }
 
 std::vector<std::string> magnitude_lines(const host::Session& session, const host::Scene& scene,
-                                         host::Time first, host::Time last, bool by_magnitude,
-                                         double exposure) {
+                                         host::Time first, host::Time last, int width,
+                                         bool by_magnitude, double exposure) {
     const std::optional<StarControls> at_first = controls_at(session, scene, first);
     const std::optional<StarControls> at_last = controls_at(session, scene, last);
     if (!at_first || !at_last) {
@@ -201,7 +244,7 @@ std::vector<std::string> magnitude_lines(const host::Session& session, const hos
             lines.push_back("at the end " + then);
         }
     };
-    add(stars_text(*at_first, by_magnitude), stars_text(*at_last, by_magnitude));
+    add(stars_text(*at_first, width, by_magnitude), stars_text(*at_last, width, by_magnitude));
     if (exposure != 0.0) {
         add(exposure_text(at_first->brightness, exposure),
             exposure_text(at_last->brightness, exposure));

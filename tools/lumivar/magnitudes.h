@@ -38,15 +38,20 @@ bool bring_limiting_magnitude(const MagnitudeArguments& arguments,
                               const std::vector<host::ControlSetting>& settings,
                               const std::vector<host::Time>& times, host::Scene& scene);
 
-/// Which stars the frames from `first` to `last` show, for the summary of a render: a line for the
-/// faintest star and the ceiling of the brightest, and one for `exposure` (stops) unless it is 0.
-/// Each gives the effect's own controls, as they can be typed in the host. What the last frame has
-/// otherwise than the first is told too. Empty for an effect without these controls.
+/// Which stars the frames from `first` to `last`, `width` pixels wide, show, for the summary of a
+/// render: a line for the faintest star and the ceiling of the brightest, and one for `exposure`
+/// (stops) unless it is 0. Each gives the effect's own controls, as they can be typed in the host.
+/// What the last frame has otherwise than the first is told too. Empty for an effect without these
+/// controls.
+///
+/// The effect leaves out a star whose spot, or whose streak from one sample of the camera to the
+/// next, is nowhere brighter than 1/6250. Where that is more than the threshold leaves out, it is
+/// told.
 ///
 /// `by_magnitude`: the threshold was set by a limiting magnitude. It is then told in the control's
 /// six decimals, rounded so that no star is lost.
 std::vector<std::string> magnitude_lines(const host::Session& session, const host::Scene& scene,
-                                         host::Time first, host::Time last, bool by_magnitude,
-                                         double exposure);
+                                         host::Time first, host::Time last, int width,
+                                         bool by_magnitude, double exposure);
 
 }  // namespace lumivar

@@ -130,6 +130,20 @@ std::optional<CatalogueUsed> Player::catalogue_used(const host::Scene& scene,
     return used;
 }
 
+std::vector<CatalogueUsed> Player::catalogues_used(const host::Scene& scene,
+                                                   const std::vector<host::Time>& times) const {
+    std::vector<CatalogueUsed> all;
+    for (const host::Time& time : times) {
+        const std::optional<CatalogueUsed> used = catalogue_used(scene, time);
+        if (used && std::none_of(all.begin(), all.end(), [&used](const CatalogueUsed& other) {
+                return other.path == used->path;
+            })) {
+            all.push_back(*used);
+        }
+    }
+    return all;
+}
+
 fs::path Player::module_file() const { return host::module_file(bundle_); }
 
 void Player::forget() { session_->forget(); }

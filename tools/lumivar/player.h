@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "plugin_place.h"
 
@@ -43,6 +44,9 @@ public:
                        const host::RenderOptions& options);
     /// The database that a frame of the scene uses. Throws `Failure` when it cannot be read.
     std::optional<CatalogueUsed> catalogue_used(const host::Scene& scene, host::Time time) const;
+    /// Those of several frames, each once.
+    std::vector<CatalogueUsed> catalogues_used(const host::Scene& scene,
+                                               const std::vector<host::Time>& times) const;
 
     const host::Session& session() const { return *session_; }
     /// The file of the plug-in's code, absolute.

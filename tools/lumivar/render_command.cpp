@@ -217,12 +217,15 @@ void render_command(const RenderArguments& arguments) {
     }
     for (const auto& [item, report] : run.reports()) {
         if (!report.kept) {
-            hints.note(report.brightest > 0.0F);
+            hints.note(report.brightest);
         }
     }
     if (run.rendered() > 0) {
-        hints.after(player.catalogue_used(scene, shots.back().time));
+        hints.after(player.catalogues_used(scene, times), least_visible_light(content));
     }
+    // The control gives the same picture of a float frame alone: others are cut off at white first.
+    const double told_exposure =
+        content.look && depth == host::Depth::Float ? content.look->exposure : 0.0;
     const SummaryFacts facts{
         arguments.scene, arguments.picture, depth_text(depth), content_text(content), jobs,
         run.seconds()};
@@ -232,7 +235,8 @@ void render_command(const RenderArguments& arguments) {
         std::printf("%s", summary_text(run, shots, facts).c_str());
         for (const std::string& line :
              magnitude_lines(player.session(), scene, shots.front().time, shots.back().time,
-                             by_magnitude, content.look ? content.look->exposure : 0.0)) {
+                             options.width != 0 ? options.width : scene.composition.width,
+                             by_magnitude, told_exposure)) {
             std::printf("  %s\n", line.c_str());
         }
     }

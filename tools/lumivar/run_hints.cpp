@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
+#include <optional>
 #include <string>
 
 #include "database/catalogue_star.h"
@@ -22,24 +24,25 @@ void tell_hint(const std::string& hint) {
 }
 
 template <class Channel>
-bool has_lit_pixel(const host::World& world) {
+Channel largest_channel(const host::World& world) {
+    Channel largest{};
     std::vector<Channel> row(4 * static_cast<std::size_t>(world.width()));
     for (int y = 0; y < world.height(); ++y) {
         world.read_row<Channel>(y, row);
         for (std::size_t at = 0; at < row.size(); at += 4) {
-            if (row[at + 1] != Channel{} || row[at + 2] != Channel{} || row[at + 3] != Channel{}) {
-                return true;
+            for (std::size_t colour = at + 1; colour < at + 4; ++colour) {
+                largest = row[colour] > largest ? row[colour] : largest;
             }
         }
     }
-    return false;
+    return largest;
 }
 
 /// Nothing for a database without stars, or one that cannot be read any more.
-std::optional<double> brightest_luminance(const CatalogueUsed& catalogue) {
+std::optional<double> brightest_luminance(const std::filesystem::path& catalogue) {
     std::optional<double> brightest;
     try {
-        DatabaseReader database(catalogue.path);
+        DatabaseReader database(catalogue);
         for_each_record(database, [&brightest](const star& record) {
             const double luminance = static_cast<double>(decode_star(record).luminance);
             if (!brightest || luminance > *brightest) {
@@ -67,28 +70,42 @@ void RunHints::before() {
     }
 }
 
-void RunHints::note(bool lit) { has_light_ = has_light_ || lit; }
+void RunHints::note(float brightest) { brightest_ = std::max(brightest_, brightest); }
 
-void RunHints::after(const std::optional<CatalogueUsed>& catalogue) const {
-    if (quiet_ || has_light_ || !catalogue) {
+void RunHints::after(const std::vector<CatalogueUsed>& catalogues, double least_visible) const {
+    if (quiet_ || catalogues.empty()) {
         return;
     }
-    const BlackFrames frames = {catalogue->stars, brightest_luminance(*catalogue)};
+    if (brightest_ > 0.0F) {
+        if (const auto hint = black_picture_hint(static_cast<double>(brightest_), least_visible)) {
+            tell_hint(*hint);
+        }
+        return;
+    }
+    BlackFrames frames;
+    for (const CatalogueUsed& catalogue : catalogues) {
+        frames.stars += catalogue.stars;
+        if (const auto brightest = brightest_luminance(catalogue.path)) {
+            frames.brightest = std::max(frames.brightest.value_or(0.0), *brightest);
+        }
+    }
     if (const auto hint = black_frame_hint(session_.controls(), scene_, times_, frames)) {
         tell_hint(*hint);
     }
 }
 
-bool has_light(const host::World& world) {
+float brightest_channel(const host::World& world) {
+    constexpr float kWhite8 = 255.0F;
+    constexpr float kWhite16 = 32768.0F;
     switch (world.depth()) {
         case host::Depth::Bits8:
-            return has_lit_pixel<std::uint8_t>(world);
+            return static_cast<float>(largest_channel<std::uint8_t>(world)) / kWhite8;
         case host::Depth::Bits16:
-            return has_lit_pixel<std::uint16_t>(world);
+            return static_cast<float>(largest_channel<std::uint16_t>(world)) / kWhite16;
         case host::Depth::Float:
             break;
     }
-    return has_lit_pixel<float>(world);
+    return largest_channel<float>(world);
 }
 
 }  // namespace lumivar

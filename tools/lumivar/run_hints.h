@@ -5,7 +5,6 @@
 #include <host/session.h>
 #include <host/world.h>
 
-#include <optional>
 #include <vector>
 
 #include "player.h"
@@ -22,20 +21,23 @@ public:
     /// What can be said before the first frame. Throws `host::SceneError` for controls that do not
     /// fit.
     void before();
-    /// Takes note of a frame, and whether it has any light.
-    void note(bool lit);
-    /// What can be said after the last frame. Reads the database if no frame had any light.
-    void after(const std::optional<CatalogueUsed>& catalogue) const;
+    /// Takes note of a frame, by the brightest of its colour channels.
+    void note(float brightest);
+    /// What can be said after the last frame. `catalogues` are those that the frames used; they are
+    /// read if no frame had any light. Less than `least_visible` of the frames' light is black in
+    /// the pictures.
+    void after(const std::vector<CatalogueUsed>& catalogues, double least_visible) const;
 
 private:
     bool quiet_;
     const host::Session& session_;
     const host::Scene& scene_;
     const std::vector<host::Time>& times_;
-    bool has_light_ = false;
+    float brightest_ = 0.0F;
 };
 
-/// Whether any colour channel of any pixel is not 0. Cheap, as it stops at the first one.
-bool has_light(const host::World& world);
+/// The largest value of any colour channel of any pixel, 1 as white; 0 for a black frame. Not a
+/// number counts as nothing.
+float brightest_channel(const host::World& world);
 
 }  // namespace lumivar

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -229,6 +230,16 @@ void check_picture_request(const std::filesystem::path& path, Depth depth,
     if (format == PictureFormat::Jpeg && depth == Depth::Bits16) {
         throw UsageError("--raw with 16 bits does not fit .jpg; use .png or .tif, or --depth 8");
     }
+}
+
+double least_visible_light(const PictureContent& content) {
+    if (!content.look || content.look->view == Look::View::Managed) {
+        return 0.0;
+    }
+    // Both views are straight near black, where sRGB multiplies by 12.92; half a code rounds up.
+    constexpr double kSlopeAtBlack = 12.92;
+    const double white = content.look->bits == 16 ? 65535.0 : 255.0;
+    return 0.5 / white / kSlopeAtBlack / std::exp2(content.look->exposure);
 }
 
 void write_picture(AtomicFile& file, const std::filesystem::path& path, const FrameView& frame,

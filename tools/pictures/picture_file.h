@@ -51,6 +51,10 @@ struct PictureContent {
     double linear_halo = 0.0;  ///< linear light; with a halo of this strength
 };
 
+/// The least of a frame's light, 1 as white, that is more than black in such a picture; 0 where
+/// every light is, and where only a configuration of the colour management knows.
+double least_visible_light(const PictureContent& content);
+
 enum class PictureFormat { Exr, Tiff, Png, Jpeg };
 
 /// By the ending of the name; nothing for one that is not known.
