@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <numbers>
 #include <string>
 
 #include "one_move_camera.h"
@@ -174,6 +175,38 @@ TEST(CameraConvert, SaysHowMuchACoarseStepLoses) {
     const host::Scene scene = host::load_scene(folder / "b.json");
     EXPECT_NEAR(scene.camera->layer_to_world(2.0)[12], 0.0, 1e-12);
     EXPECT_NEAR(scene.camera->layer_to_world(40.0 / 24.0)[12], 2.0 / 3.0, 1e-12);
+}
+
+TEST(CameraConvert, StaysOnAPathOnWhichTheHostsAnglesTurnOver) {
+    const ScratchFolder folder;
+    // Two seconds past 0 h, 0.3 degrees north of the equator.
+    std::string chan;
+    for (int frame = 0; frame <= 48; ++frame) {
+        const double part = frame / 48.0;
+        chan +=
+            std::to_string(frame) + " 0 0 0 0.3 " + std::to_string(-80.0 - 20.0 * part) + " 0 40\n";
+    }
+    write_file(folder / "a.chan", chan);
+    ToolResult result = run_tool({"camera", "convert", folder / "a.chan", "-o", folder / "b.json"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_GE(told(result.out, "degrees"), 0.0);
+    EXPECT_LT(told(result.out, "degrees"), 0.01) << result.out;
+    EXPECT_TRUE(holds(result.out,
+                      "; written as matrices, as angles to type into the host would be "
+                      "off by 0."))
+        << result.out;
+    // Half a frame between two keys, by the file itself.
+    const host::Scene scene = host::load_scene(folder / "b.json");
+    const double angle = (90.0 - 80.0 - 20.0 * 24.5 / 48.0) * std::numbers::pi / 180.0;
+    const host::Matrix matrix = scene.camera->layer_to_world(24.5 / 24.0);
+    const double length = std::hypot(matrix[8], matrix[9], matrix[10]);
+    // -z turned about y by -90 degrees is +x, 0 h; beyond, the view turns on toward +z of the file.
+    EXPECT_NEAR(matrix[8] / length, std::cos(angle) * std::cos(0.3 * std::numbers::pi / 180.0),
+                1e-4);
+    // Elsewhere they are angles, as before.
+    write_file(folder / "a.chan", "0 0 0 0 0 0 0 40\n24 0 0 0 0 20 0 40\n");
+    result = run_tool({"camera", "convert", folder / "a.chan", "-o", folder / "b.json"});
+    EXPECT_EQ(result.out.find("matrices"), std::string::npos) << result.out;
 }
 
 TEST(CameraConvert, RefusesFramesThatCannotBeCounted) {

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <nlohmann/json.hpp>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -18,9 +19,12 @@ namespace {
 using OrderedJson = nlohmann::ordered_json;
 
 /// "[1, 2, 3]".
-std::string listed(const std::array<double, 3>& numbers) {
-    return "[" + number_text(numbers[0]) + ", " + number_text(numbers[1]) + ", " +
-           number_text(numbers[2]) + "]";
+std::string listed(std::span<const double> numbers) {
+    std::string text = "[";
+    for (const double number : numbers) {
+        text.append(text.size() == 1 ? "" : ", ").append(number_text(number));
+    }
+    return text + "]";
 }
 
 /// The value alone where all are the same, else a key for each sample, a line each.
@@ -45,15 +49,16 @@ std::string keyed(const std::vector<host::CameraSample>& samples,
 }  // namespace
 
 std::string scene_with_path(const std::string& base, const std::string& source,
-                            const std::vector<host::CameraSample>& samples) {
+                            const std::vector<host::CameraSample>& samples, Placing placing) {
     // The host's orientation turns about z first, then y, then x.
     const RotationOrder order("ZYX");
-    std::vector<std::string> positions, orientations, zooms;
+    std::vector<std::string> positions, orientations, matrices, zooms;
     std::array<double, 3> angles = {};
     for (const host::CameraSample& sample : samples) {
         const host::Matrix& matrix = sample.layer_to_world;
         angles = order.angles(matrix, angles);
-        positions.push_back(listed({matrix[12], matrix[13], matrix[14]}));
+        positions.push_back(listed(std::span(matrix).subspan(12, 3)));
+        matrices.push_back(listed(matrix));
         orientations.push_back(listed(angles));
         zooms.push_back(number_text(sample.zoom));
     }
@@ -69,8 +74,13 @@ std::string scene_with_path(const std::string& base, const std::string& source,
     } catch (const nlohmann::json::exception&) {
         throw Failure(source + ": this is no scene");
     }
-    text.append("  \"camera\": {\n    \"position\": ").append(keyed(samples, positions));
-    text.append(",\n    \"orientation\": ").append(keyed(samples, orientations));
+    text.append("  \"camera\": {\n");
+    if (placing == Placing::Angles) {
+        text.append("    \"position\": ").append(keyed(samples, positions));
+        text.append(",\n    \"orientation\": ").append(keyed(samples, orientations));
+    } else {
+        text.append("    \"matrix\": ").append(keyed(samples, matrices));
+    }
     text.append(",\n    \"zoom\": ").append(keyed(samples, zooms));
     return text + "\n  }\n}\n";
 }

@@ -1,4 +1,5 @@
 // lumivar camera convert
+#include <base/string.h>
 #include <host/camera.h>
 #include <host/printable.h>
 #include <host/scene.h>
@@ -38,6 +39,8 @@ struct CameraConvertArguments {
 };
 
 constexpr double kMostSamples = 1e6;
+/// Between keys, beyond which angles are not good enough: less than a pixel of the widest lens.
+constexpr double kMostDegreesOff = 0.01;
 
 /// Every `step` frames from the first time to the last, and these two.
 std::vector<double> stepped_times(double first, double last, double step,
@@ -114,10 +117,21 @@ std::vector<host::CameraSample> samples_at(const host::Camera& camera,
     return samples;
 }
 
+host::Matrix with_unit_axes(host::Matrix matrix) {
+    for (std::size_t row = 0; row < 12; row += 4) {
+        const double length = std::hypot(matrix[row], matrix[row + 1], matrix[row + 2]);
+        for (std::size_t i = row; i < row + 3; ++i) {
+            matrix[i] /= length;
+        }
+    }
+    return matrix;
+}
+
 /// The largest angle, in degrees, by which an axis of one camera is off the other's.
 double off_by(const host::Camera& one, const host::Camera& other, double seconds) {
-    const host::Matrix a = one.layer_to_world(seconds);
-    const host::Matrix b = other.layer_to_world(seconds);
+    // Between keys of a matrix the axes are a little short, which no star shows.
+    const host::Matrix a = with_unit_axes(one.layer_to_world(seconds));
+    const host::Matrix b = with_unit_axes(other.layer_to_world(seconds));
     double largest = 0.0;
     for (std::size_t row = 0; row < 3; ++row) {
         const double chord = std::hypot(a[4 * row] - b[4 * row], a[4 * row + 1] - b[4 * row + 1],
@@ -198,18 +212,36 @@ void camera_convert_command(const CameraConvertArguments& arguments) {
     if (arguments.scene.empty()) {
         base_text = new_scene(frames_per_second, times.back());
     }
-    const std::string text =
-        is_chan ? chan_text(samples, base.composition.height, written)
-                : scene_with_path(base_text, host::name_of_scene(arguments.scene), samples);
-    // Before a file of this name gives way to it.
-    const auto after = read_again(text, arguments.output, is_chan, base.composition, written);
-    const Deviation off = deviation(*camera, *after, united(times, own_times(path)));
+    const std::string source = host::name_of_scene(arguments.scene);
+    std::string text = is_chan ? chan_text(samples, base.composition.height, written)
+                               : scene_with_path(base_text, source, samples, Placing::Angles);
+    const auto off_path = [&](const std::string& what) {
+        // Before a file of this name gives way to it.
+        const auto after = read_again(what, arguments.output, is_chan, base.composition, written);
+        return deviation(*camera, *after, united(times, own_times(path)));
+    };
+    Deviation off = off_path(text);
+    std::string note;
+    if (!is_chan && off.degrees > kMostDegreesOff) {
+        const std::string matrices = scene_with_path(base_text, source, samples, Placing::Matrices);
+        const Deviation better = off_path(matrices);
+        if (better.degrees < off.degrees) {
+            note = String::fmt(
+                       "; written as matrices, as angles to type into the host would be "
+                       "off by %.2g degrees",
+                       off.degrees)
+                       .c_str();
+            text = matrices;
+            off = better;
+        }
+    }
     AtomicFile file(arguments.output);
     file.write(std::as_bytes(std::span(text.data(), text.size())));
     file.publish();
-    std::printf("%s: %zu %s; between them off the path by %.2g degrees and %.2g parsecs at most\n",
-                host::printable(arguments.output).c_str(), samples.size(),
-                samples.size() == 1 ? "sample" : "samples", off.degrees, off.parsecs);
+    std::printf(
+        "%s: %zu %s; between them off the path by %.2g degrees and %.2g parsecs at most%s\n",
+        host::printable(arguments.output).c_str(), samples.size(),
+        samples.size() == 1 ? "sample" : "samples", off.degrees, off.parsecs, note.c_str());
 }
 
 }  // namespace
