@@ -346,4 +346,78 @@ TEST_F(Picture, RefusesALookWhereItCannotBe) {
     EXPECT_EQ(fault("a.tif"), "no failure");
 }
 
+TEST_F(Picture, IsPackedAsAskedAndKeepsEveryBitButForCosines) {
+    using lumivar::ExrCompression;
+    Frame<float> frame(40, 37, Depth::Float);
+    support::for_each_pixel(40, 37, [&](int x, int y) {
+        const float light = std::exp(-0.05F * static_cast<float>((x - 20) * (x - 20) + y));
+        frame.set(x, y, 1, light, 0.5F * light, 1e-5F * static_cast<float>(x * y % 7));
+    });
+    write_picture(folder / "usual.exr", frame.view(), {}, {});
+    const ReadBack usual = read_back(folder / "usual.exr");
+    EXPECT_EQ(usual.spec.get_string_attribute("compression"), "zips");
+    const std::pair<ExrCompression, const char*> kinds[] = {
+        {ExrCompression::None, "none"}, {ExrCompression::Rle, "rle"},
+        {ExrCompression::Zips, "zips"}, {ExrCompression::Zip, "zip"},
+        {ExrCompression::Piz, "piz"},   {ExrCompression::Dwaa, "dwaa"}};
+    for (const auto& [compression, name] : kinds) {
+        write_picture(folder / "a.exr", frame.view(), {}, {.compression = compression});
+        const ReadBack picture = read_back(folder / "a.exr");
+        EXPECT_EQ(picture.spec.get_string_attribute("compression").substr(0, 4),
+                  std::string(name).substr(0, 4));
+        if (compression != ExrCompression::Dwaa) {
+            EXPECT_EQ(picture.bytes, usual.bytes) << name;
+        } else {
+            EXPECT_NEAR(picture.at<float>(20, 0, 0), 1.0F, 0.05F);
+        }
+    }
+}
+
+TEST_F(Picture, OfHalvesRoundsToElevenBits) {
+    Frame<float> frame(3, 300, Depth::Float);  // more rows than are converted at a time
+    frame.set(0, 299, 1.0F, 0.5F, 1.0F + 0x1p-10F, 1.0F + 0x1p-12F);
+    frame.set(1, 0, 1.0F, 65504.0F, 65520.0F, -1e30F);
+    frame.set(2, 299, 1.0F, std::numeric_limits<float>::quiet_NaN(), 0x1p-24F, 0x1p-26F);
+    write_picture(folder / "a.exr", frame.view(), {}, {.half = true});
+    const ReadBack picture = read_back(folder / "a.exr");
+    ASSERT_EQ(picture.spec.format, OIIO::TypeHalf);
+    const auto bits = [&](int x, int y, int c) { return picture.at<std::uint16_t>(x, y, c); };
+    // By the format of IEEE 754: a sign, five bits of exponent with a bias of 15, ten of fraction.
+    EXPECT_EQ(bits(0, 299, 0), 0x3800);
+    EXPECT_EQ(bits(0, 299, 1), 0x3C01);
+    EXPECT_EQ(bits(0, 299, 2), 0x3C00);
+    EXPECT_EQ(bits(0, 299, 3), 0x3C00);
+    EXPECT_EQ(bits(1, 0, 0), 0x7BFF) << "the largest number";
+    EXPECT_EQ(bits(1, 0, 1), 0x7C00) << "infinite from halfway to the next one on";
+    EXPECT_EQ(bits(1, 0, 2), 0xFC00);
+    EXPECT_GT(bits(2, 299, 0) & 0x7FFFU, 0x7C00U) << "not a number";
+    EXPECT_EQ(bits(2, 299, 1), 0x0001) << "the smallest";
+    EXPECT_EQ(bits(2, 299, 2), 0x0000);
+    lumivar::PictureContent content;
+    content.half = true;
+    EXPECT_EQ(failure_of([&] { lumivar::check_picture_request("a.tif", Depth::Float, content); }),
+              "--half and --compression are of .exr; leave them out, or name the picture .exr");
+}
+
+TEST_F(Picture, OfAConfigurationsViewIsNotCalledSrgb) {
+    write_file(folder / "config.ocio", R"(ocio_profile_version: 2
+roles: {default: linear, scene_linear: linear}
+displays:
+  Screen:
+    - !<View> {name: Plain, colorspace: linear}
+colorspaces:
+  - !<ColorSpace> {name: linear}
+)");
+    Frame<float> frame(2, 2, Depth::Float);
+    lumivar::PictureContent content;
+    content.look.emplace();
+    write_picture(folder / "a.png", frame.view(), {}, content);
+    EXPECT_NE(read_file(folder / "a.png").find("sRGB"), std::string::npos);
+    content.look->view = lumivar::Look::View::Managed;
+    content.look->managed = lumivar::found_in_config({folder / "config.ocio", "", "", ""});
+    write_picture(folder / "a.png", frame.view(), {}, content);
+    EXPECT_EQ(read_file(folder / "a.png").find("sRGB"), std::string::npos);
+    EXPECT_EQ(read_file(folder / "a.png").find("gAMA"), std::string::npos);
+}
+
 }  // namespace

@@ -18,9 +18,8 @@ struct ToolResult {
 
 struct ToolOptions {
     /// What is run instead: LUMIVAR_PROGRAM where it matters how the program was built and started.
-    /// Otherwise its function runs in a copy of this process, which spares the half second in which
-    /// the picture library's two hundred others are loaded; no sanitizer looks for leaks at its
-    /// end.
+    /// Otherwise its function runs in a copy of this process, which spares its start; no sanitizer
+    /// looks for leaks at its end.
     std::string program;
     std::string input = "/dev/null";  ///< file for standard input
     std::string output;               ///< file for standard output instead of `out`

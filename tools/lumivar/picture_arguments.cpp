@@ -2,7 +2,10 @@
 
 #include <base/string.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,6 +18,26 @@ namespace {
 
 /// Beyond, the factor of the light is no number any more.
 constexpr double kMostStops = 100.0;
+
+/// In the order of `ExrCompression`.
+constexpr std::array<const char*, 6> kCompressions = {"none", "rle", "zips", "zip", "piz", "dwaa"};
+
+std::vector<std::string> compression_names() {
+    return {kCompressions.begin(), kCompressions.end()};
+}
+
+const char* name_of(ExrCompression compression) {
+    return kCompressions[static_cast<std::size_t>(compression)];
+}
+
+/// Nothing for an empty name.
+std::optional<ExrCompression> named_compression(const std::string& name) {
+    const auto* const found = std::find(kCompressions.begin(), kCompressions.end(), name);
+    if (found == kCompressions.end()) {
+        return std::nullopt;
+    }
+    return static_cast<ExrCompression>(found - kCompressions.begin());
+}
 
 bool asks_for_management(const PictureArguments& arguments) {
     return !(arguments.ocio + arguments.ocio_display + arguments.ocio_view + arguments.ocio_space)
@@ -94,6 +117,11 @@ void add_picture_arguments(Command& command, PictureArguments& arguments) {
     command.add("--ocio-view", arguments.ocio_view, "Its view, if not the display's default one");
     command.add("--ocio-space", arguments.ocio_space,
                 "The space of the frame's light, if not the role scene_linear");
+    command
+        .add("--compression", arguments.compression,
+             "How an .exr is packed; zips if nothing is said, and all but dwaa keep every bit")
+        .one_of(compression_names());
+    command.add_flag("--half", arguments.half, "Channels of 16 bits instead of 32 in an .exr");
     command.add_flag("--raw", arguments.raw,
                      "Write the integer codes of --depth 8 or 16 as they are");
 }
@@ -135,6 +163,8 @@ PictureContent picture_content(const PictureArguments& arguments, const PictureW
             content.linear_halo = arguments.halo.value_or(0.0);
         }
     }
+    content.half = arguments.half;
+    content.compression = named_compression(arguments.compression);
     check_picture_request(path, depth, content);
     return content;
 }
@@ -164,6 +194,12 @@ std::string content_text(const PictureContent& content) {
     }
     if (halo != 0.0) {
         text.append(", halo ").append(number_text(halo));
+    }
+    if (content.half) {
+        text.append(", half");
+    }
+    if (content.compression) {
+        text.append(", ").append(name_of(*content.compression));
     }
     return text;
 }

@@ -22,6 +22,8 @@ struct PictureArguments {
     std::string ocio_view;
     std::string ocio_space;
     bool raw = false;
+    std::string compression;
+    bool half = false;
 };
 
 /// What a scene says of it.

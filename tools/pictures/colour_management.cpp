@@ -1,12 +1,9 @@
 #include "colour_management.h"
 
-#include <OpenImageIO/color.h>
-#include <OpenImageIO/imagebuf.h>
-#include <OpenImageIO/imagebufalgo.h>
+#include <OpenColorIO/OpenColorIO.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -16,20 +13,52 @@
 namespace lumivar {
 namespace {
 
-std::unique_ptr<OIIO::ColorConfig> open_config(const std::string& path) {
+namespace OCIO = OCIO_NAMESPACE;
+
+std::string in_one_line(std::string text) {
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
+}
+
+OCIO::ConstConfigRcPtr open_config(const std::string& path) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error)) {
         throw Failure(
             "there is no OpenColorIO configuration " + path +
             "; give the path of a config.ocio to --ocio or in $OCIO, or choose --view photo");
     }
-    auto config = std::make_unique<OIIO::ColorConfig>(path);
-    if (config->has_error()) {
-        std::string reason = config->geterror();
-        std::replace(reason.begin(), reason.end(), '\n', ' ');
-        throw Failure("cannot read the OpenColorIO configuration " + path + ": " + reason);
+    // The library says on standard error what it thinks of a configuration; failures say it too.
+    OCIO::SetLoggingLevel(OCIO::LOGGING_LEVEL_NONE);
+    try {
+        return OCIO::Config::CreateFromFile(path.c_str());
+    } catch (const OCIO::Exception& reason) {
+        throw Failure("cannot read the OpenColorIO configuration " + path + ": " +
+                      in_one_line(reason.what()));
     }
-    return config;
+}
+
+std::vector<std::string> displays_of(const OCIO::Config& config) {
+    std::vector<std::string> names;
+    for (int at = 0; at < config.getNumDisplays(); ++at) {
+        names.emplace_back(config.getDisplay(at));
+    }
+    return names;
+}
+
+std::vector<std::string> views_of(const OCIO::Config& config, const std::string& display) {
+    std::vector<std::string> names;
+    for (int at = 0; at < config.getNumViews(display.c_str()); ++at) {
+        names.emplace_back(config.getView(display.c_str(), at));
+    }
+    return names;
+}
+
+std::vector<std::string> spaces_of(const OCIO::Config& config) {
+    std::vector<std::string> names;
+    for (int at = 0; at < config.getNumColorSpaces(); ++at) {
+        names.emplace_back(config.getColorSpaceNameByIndex(at));
+    }
+    return names;
 }
 
 std::string listed(const std::vector<std::string>& names) {
@@ -48,43 +77,46 @@ void require_name(const std::string& what, const std::string& name,
     }
 }
 
-std::string text_of(const char* text) { return text != nullptr ? text : ""; }
-
 }  // namespace
 
 ManagedView found_in_config(const ManagedView& wanted) {
     const auto config = open_config(wanted.config);
     ManagedView found = wanted;
     if (found.display.empty()) {
-        found.display = text_of(config->getDefaultDisplayName());
+        found.display = config->getDefaultDisplay();
     }
-    require_name("display", found.display, config->getDisplayNames(), found.config);
+    require_name("display", found.display, displays_of(*config), found.config);
     if (found.view.empty()) {
-        found.view = text_of(config->getDefaultViewName(found.display));
+        found.view = config->getDefaultView(found.display.c_str());
     }
-    require_name("view", found.view, config->getViewNames(found.display), found.config);
+    require_name("view", found.view, views_of(*config, found.display), found.config);
     if (found.space.empty()) {
-        found.space = text_of(config->getColorSpaceNameByRole("scene_linear"));
+        const OCIO::ConstColorSpaceRcPtr linear = config->getColorSpace(OCIO::ROLE_SCENE_LINEAR);
+        found.space = linear ? linear->getName() : "";
         if (found.space.empty()) {
             throw Failure("the OpenColorIO configuration " + found.config +
                           " does not say its scene_linear space; name the space of the stars' "
                           "light with --ocio-space: " +
-                          listed(config->getColorSpaceNames()));
+                          listed(spaces_of(*config)));
         }
     }
-    require_name("colour space", found.space, config->getColorSpaceNames(), found.config);
+    require_name("colour space", found.space, spaces_of(*config), found.config);
     return found;
 }
 
 void view_managed(LinearImage& image, const ManagedView& view) {
     const auto config = open_config(view.config);
-    const OIIO::ImageSpec spec(image.width, image.height, 3, OIIO::TypeFloat);
-    OIIO::ImageBuf pixels(spec, image.samples.data());
-    // One thread: the same frame must give the same bytes, and other frames may be under way.
-    if (!OIIO::ImageBufAlgo::ociodisplay(pixels, pixels, view.display, view.view, view.space, "",
-                                         false, "", "", config.get(), {}, 1)) {
+    try {
+        const auto transform = OCIO::DisplayViewTransform::Create();
+        transform->setSrc(view.space.c_str());
+        transform->setDisplay(view.display.c_str());
+        transform->setView(view.view.c_str());
+        const auto processor = config->getProcessor(transform)->getDefaultCPUProcessor();
+        OCIO::PackedImageDesc pixels(image.samples.data(), image.width, image.height, 3);
+        processor->apply(pixels);
+    } catch (const OCIO::Exception& reason) {
         throw Failure("the OpenColorIO configuration " + view.config + " cannot show \"" +
-                      view.view + "\" on \"" + view.display + "\": " + pixels.geterror());
+                      view.view + "\" on \"" + view.display + "\": " + in_one_line(reason.what()));
     }
 }
 

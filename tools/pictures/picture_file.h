@@ -44,11 +44,26 @@ struct PictureInfo {
     ShotInfo shot;
 };
 
+/// How `.exr` packs its rows; all but the last keep every bit.
+enum class ExrCompression {
+    None,
+    Rle,   ///< runs of equal bytes
+    Zips,  ///< deflate, each row by itself
+    Zip,   ///< deflate, 16 rows together
+    Piz,   ///< wavelets
+    Dwaa   ///< cosines, with loss
+};
+
+/// What is written where nobody says otherwise: see docs/pictures.md for what was measured.
+inline constexpr ExrCompression kUsualCompression = ExrCompression::Zips;
+
 /// What a file is to hold.
 struct PictureContent {
     bool raw = false;          ///< the host's integer codes
     std::optional<Look> look;  ///< otherwise a picture for looking at, or
     double linear_halo = 0.0;  ///< linear light; with a halo of this strength
+    std::optional<ExrCompression> compression = std::nullopt;  ///< of an `.exr`, else the usual one
+    bool half = false;  ///< an `.exr` with channels of 16 bits
 };
 
 /// The least of a frame's light, 1 as white, that is more than black in such a picture; 0 where

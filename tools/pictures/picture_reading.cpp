@@ -1,49 +1,32 @@
 #include "picture_reading.h"
 
-#include <OpenImageIO/imageio.h>
+#include <base/exceptions.h>
 
-#include <cstddef>
-#include <memory>
-#include <sstream>
-#include <string_view>
-#include <vector>
-
+#include "exr_file.h"
 #include "failure.h"
+#include "jpeg_file.h"
+#include "picture_file.h"
+#include "png_file.h"
+#include "tiff_file.h"
 
 namespace lumivar {
-namespace {
 
-constexpr std::string_view kPrefix = "lumivar:";
-
-}  // namespace
-
-std::map<std::string, std::string> read_picture_details(const std::filesystem::path& path) {
-    const std::string shown = "cannot read the picture " + path.string() + ": ";
-    const std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(path.string());
-    if (!input) {
-        throw Failure(shown + OIIO::geterror());
-    }
-    const OIIO::ImageSpec& spec = input->spec();
-    std::vector<std::byte> samples(spec.image_bytes(true));
-    if (!input->read_image(0, 0, 0, spec.nchannels, OIIO::TypeUnknown, samples.data())) {
-        throw Failure(shown + input->geterror());
-    }
-    std::map<std::string, std::string> details;
-    for (const auto& attribute : spec.extra_attribs) {
-        const std::string name = attribute.name().string();
-        if (name.rfind(kPrefix, 0) == 0) {
-            details[name.substr(kPrefix.size())] = attribute.get_string();
+PictureDetails read_picture_details(const std::filesystem::path& path) {
+    try {
+        switch (picture_format(path).value_or(PictureFormat::Exr)) {
+            case PictureFormat::Exr:
+                return read_exr_details(path);
+            case PictureFormat::Tiff:
+                return read_tiff_details(path);
+            case PictureFormat::Png:
+                return read_png_details(path);
+            case PictureFormat::Jpeg:
+                return read_jpeg_details(path);
         }
+    } catch (const StrXception& failure) {
+        throw system_failure("cannot read the picture " + path.string(), failure);
     }
-    // Formats without attributes of any name have them in the description, a line each.
-    std::istringstream lines(spec.get_string_attribute("ImageDescription"));
-    for (std::string line; std::getline(lines, line);) {
-        const std::size_t colon = line.find(": ");
-        if (colon != std::string::npos) {
-            details.emplace(line.substr(0, colon), line.substr(colon + 2));
-        }
-    }
-    return details;
+    return {};
 }
 
 }  // namespace lumivar

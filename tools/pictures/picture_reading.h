@@ -2,13 +2,13 @@
 #pragma once
 
 #include <filesystem>
-#include <map>
-#include <string>
+
+#include "picture_text.h"
 
 namespace lumivar {
 
 /// The details that `write_picture` put into the file, by their keys. Every pixel is read, so that
 /// a file that was cut short or damaged is a `Failure`, which names it.
-std::map<std::string, std::string> read_picture_details(const std::filesystem::path& path);
+PictureDetails read_picture_details(const std::filesystem::path& path);
 
 }  // namespace lumivar

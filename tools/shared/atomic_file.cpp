@@ -105,6 +105,15 @@ void AtomicFile::write_through(std::span<const std::byte> bytes) {
     }
 }
 
+void AtomicFile::seek(std::uint64_t position) {
+    flush();
+    try {
+        OSAPI::seek_from_start(file_->fd(), static_cast<s64>(position));
+    } catch (const StrXception& failure) {
+        throw system_failure("cannot write " + shown_.string(), failure);
+    }
+}
+
 void AtomicFile::publish() {
     flush();
     try {

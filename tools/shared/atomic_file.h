@@ -4,6 +4,7 @@
 #include <osapi/atomic_file_write.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <span>
@@ -28,6 +29,9 @@ public:
 
     /// Appends bytes. Throws `Failure` when the disk does not take them.
     void write(std::span<const std::byte> bytes);
+    /// Moves the place of the next `write`, in bytes from the file's start: for formats that tell at their beginning what
+    /// stands further on. Throws `Failure`.
+    void seek(std::uint64_t position);
     /// Puts the file in its place. Throws `Failure`; call it once, last.
     void publish();
 
