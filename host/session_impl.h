@@ -86,7 +86,7 @@ private:
     PF_Err ask_dynamic_flags();
     void plain_render(FrameRun& run);
     void note_status(PF_Err status, Frame& result);
-    void inspect_worlds(const FrameState& frame);
+    void inspect_worlds(const FrameRun& run);
 };
 
 }  // namespace host

@@ -128,8 +128,10 @@ void Session::Impl::prepare_worlds(FrameRun& run, const Rect& area) {
     frame.output.mark(options.mark);
     frame.input =
         World(input.width(), input.height(), options.depth, options.input_padding, frame.order);
-    // With a blank input an effect that clears or scales it would not be noticed.
-    frame.input.fill_with_pattern();
+    if (!options.blank_input) {
+        // With a blank input an effect that clears or scales it would not be noticed.
+        frame.input.fill_with_pattern();
+    }
     frame.output_record = record_of(frame.output, area, frame.layer, true);
     frame.input_record = record_of(frame.input, input, frame.layer, false);
     frame.rendering = true;
@@ -212,7 +214,7 @@ void Session::Impl::smart_render(FrameRun& run) {
     check_kept("PF_Cmd_SMART_RENDER: the render input", kept);
     check_kept("PF_Cmd_SMART_RENDER: the output world", kept_output);
     check_kept("PF_Cmd_SMART_RENDER: the input world", kept_input);
-    inspect_worlds(run.frame);
+    inspect_worlds(run);
     for (auto& [id, layer] : run.frame.layers) {
         result.open_layer_checkouts += std::exchange(layer.held, false) ? 1 : 0;
     }
@@ -280,10 +282,11 @@ void Session::Impl::plain_render(FrameRun& run) {
     if (result.status == PF_Err_NONE && set_down != PF_Err_NONE) {
         note_status(set_down, result);
     }
-    inspect_worlds(frame);
+    inspect_worlds(run);
 }
 
-void Session::Impl::inspect_worlds(const FrameState& frame) {
+void Session::Impl::inspect_worlds(const FrameRun& run) {
+    const FrameState& frame = run.frame;
     if (const auto breach = frame.output.breach()) {
         state.violation(Rule::Bounds, "the plug-in wrote outside the output's pixels: " + *breach);
     }
@@ -292,7 +295,7 @@ void Session::Impl::inspect_worlds(const FrameState& frame) {
                         "the plug-in wrote outside the input layer's pixels: " + *breach);
     }
     const bool may_write = (info.out_flags & PF_OutFlag_I_WRITE_INPUT_BUFFER) != 0;
-    if (!may_write && !frame.input.shows_pattern()) {
+    if (!may_write && !run.options.blank_input && !frame.input.shows_pattern()) {
         state.violation(Rule::InputPixels, "the plug-in wrote to the input layer's pixels");
     }
 }

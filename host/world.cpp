@@ -2,8 +2,10 @@
 #include <host/world.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -125,7 +127,10 @@ World::World(int width, int height, Depth depth, int row_padding, ChannelOrder o
     row_bytes_ = static_cast<int>(row);
     guard_ = static_cast<std::size_t>(guard);
     size_ = static_cast<std::size_t>(size);
-    bytes_ = std::make_unique<std::byte[]>(size_);
+    bytes_.reset(static_cast<std::byte*>(std::calloc(std::max<std::size_t>(size_, 1), 1)));
+    if (!bytes_) {
+        throw std::bad_alloc();
+    }
 
     std::fill_n(bytes_.get(), guard_, kGuard);
     for (int y = 0; y < height_; ++y) {

@@ -166,6 +166,7 @@ void render_command(const RenderArguments& arguments) {
     const host::Depth depth{arguments.depth};
     host::RenderOptions options;
     options.depth = depth;
+    options.blank_input = true;
     if (!arguments.size.empty()) {
         std::tie(options.width, options.height) = parse_size(arguments.size);
     }

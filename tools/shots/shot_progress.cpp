@@ -98,7 +98,7 @@ void ShotProgress::update(const ShotStanding& standing) {
         if (line_.is_due()) {
             line_.show(shot_progress_text(standing));
         }
-    } else if (Clock::now() - last_log_ >= kBetweenLogLines) {
+    } else if (standing.total > 1 && Clock::now() - last_log_ >= kBetweenLogLines) {
         last_log_ = Clock::now();
         std::fprintf(stderr, "lumivar: %s\n", shot_progress_text(standing).c_str());
     }

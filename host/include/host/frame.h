@@ -36,6 +36,9 @@ struct RenderOptions {
     /// What every byte of the output holds before the plug-in draws. A picture that changes with
     /// it has pixels that the plug-in left undrawn.
     std::byte mark = kDefaultMark;
+    /// The input layer is blank and not looked at afterwards, for frames that are wanted for their
+    /// picture: at large sizes the layer costs as much memory as the frame otherwise.
+    bool blank_input = false;
     /// Pixel format to tell the plug-in in place of the depth's own, to see what it does with it.
     std::optional<std::int32_t> pixel_format;
     /// False: after the pre-render the host does not ask for pixels. Has no effect on the single

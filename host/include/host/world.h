@@ -13,6 +13,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <span>
@@ -138,7 +139,11 @@ private:
     std::size_t guard_ = 0;  ///< bytes on either side
     std::size_t size_ = 0;
     std::byte mark_ = kDefaultMark;
-    std::unique_ptr<std::byte[]> bytes_;
+    struct Free {
+        void operator()(std::byte* bytes) const { std::free(bytes); }
+    };
+    /// Zeros, of which the system makes none before they are touched: a blank world costs nothing.
+    std::unique_ptr<std::byte[], Free> bytes_;
 };
 
 }  // namespace host
