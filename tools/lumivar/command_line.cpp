@@ -111,6 +111,10 @@ Argument Command::add_all(const std::string& name, std::vector<std::string>& val
                           const std::string& description) {
     return Argument(app_->add_option(name, values, description)->check(not_empty()));
 }
+Argument Command::add_rest(const std::string& name, std::vector<std::string>& values,
+                           const std::string& description) {
+    return Argument(app_->add_option(name, values, description));
+}
 Argument Command::add_flag(const std::string& names, bool& value, const std::string& description) {
     return Argument(app_->add_flag(names, value, description));
 }
@@ -137,6 +141,7 @@ int run_command_line(int argc, const char* const* argv) {
     add_catalog_command(commands);
     add_camera_command(commands);
     add_check_command(commands);
+    add_farm_command(commands);
     try {
         program.parse(argc, argv);
         return finish();

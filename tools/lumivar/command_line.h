@@ -55,6 +55,9 @@ public:
     /// One value or more, known by their place. None may be empty.
     Argument add_all(const std::string& name, std::vector<std::string>& values,
                      const std::string& description);
+    /// The same, but there may be none.
+    Argument add_rest(const std::string& name, std::vector<std::string>& values,
+                      const std::string& description);
     Argument add_flag(const std::string& names, bool& value, const std::string& description);
 
     /// What `--help` says below the arguments.
@@ -75,5 +78,6 @@ void add_controls_command(Command& program);
 void add_catalog_command(Command& program);
 void add_camera_command(Command& program);
 void add_check_command(Command& program);
+void add_farm_command(Command& program);
 
 }  // namespace lumivar
