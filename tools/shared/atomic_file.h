@@ -29,8 +29,8 @@ public:
 
     /// Appends bytes. Throws `Failure` when the disk does not take them.
     void write(std::span<const std::byte> bytes);
-    /// Moves the place of the next `write`, in bytes from the file's start: for formats that tell at their beginning what
-    /// stands further on. Throws `Failure`.
+    /// Moves the place of the next `write`, in bytes from the file's start: for formats that tell
+    /// at their beginning what stands further on. Throws `Failure`.
     void seek(std::uint64_t position);
     /// Puts the file in its place. Throws `Failure`; call it once, last.
     void publish();
