@@ -106,9 +106,10 @@ TEST(PictureContent, TakesTheEnvironmentsConfigurationWhereNoViewIsNamed) {
     };
     const std::string missing =
         "there is no OpenColorIO configuration /no/config; give the path of a config.ocio to "
-        "--ocio or in $OCIO, or choose --view photo";
-    EXPECT_EQ(fault({}, {}), missing);
-    EXPECT_EQ(fault({.ocio_view = "Film"}, {}), missing);
+        "--ocio or in $OCIO, or choose --view photo (named by ";
+    EXPECT_EQ(fault({}, {}), missing + "the environment variable OCIO)");
+    EXPECT_EQ(fault({.ocio_view = "Film"}, {}), missing + "the environment variable OCIO)");
+    EXPECT_EQ(fault({.ocio = "/no/config"}, {}), missing + "--ocio)");
     EXPECT_EQ(fault({.view = "photo"}, {}), "no failure");
     EXPECT_EQ(fault({}, {.view = "plain"}), "no failure");
 }

@@ -89,8 +89,16 @@ void choose_view(const PictureArguments& arguments, const PictureWishes& wishes,
                 "no OpenColorIO configuration is named; give its config.ocio to --ocio or in "
                 "$OCIO");
         }
-        look.managed = found_in_config(
-            {config, arguments.ocio_display, arguments.ocio_view, arguments.ocio_space});
+        try {
+            look.managed = found_in_config(
+                {config, arguments.ocio_display, arguments.ocio_view, arguments.ocio_space});
+        } catch (const Failure& failure) {
+            // The variable may have been set long ago, for another program.
+            throw Failure(failure.what() +
+                          std::string(arguments.ocio.empty()
+                                          ? " (named by the environment variable OCIO)"
+                                          : " (named by --ocio)"));
+        }
     }
 }
 
