@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <limits>
 #include <numbers>
+#include <random>
 #include <variant>
 #include <vector>
 
@@ -89,6 +90,29 @@ TEST(PhotoView, KeepsHueUpToSixStopsAboveWhite) {
             }
             EXPECT_LT(std::fabs(std::remainder(after - before, 360.0)), 0.5) << stops << ": " << i;
         }
+    }
+}
+
+TEST(PhotoView, KeepsTheHueOfRandomColours) {
+    std::mt19937 random(20261123);
+    std::uniform_real_distribution<double> channel(0.02, 1.0);
+    std::uniform_real_distribution<double> stops(-4.0, 6.0);
+    for (int i = 0; i < 5000; ++i) {
+        Colour colour = {channel(random), channel(random), channel(random)};
+        const double largest = *std::max_element(colour.begin(), colour.end());
+        for (double& part : colour) {
+            part /= largest;
+        }
+        const double exposure = stops(random);
+        const std::vector<std::uint16_t> codes = photo_codes({colour}, exposure);
+        const Colour seen = {linear_of(codes[0] / 65535.0), linear_of(codes[1] / 65535.0),
+                             linear_of(codes[2] / 65535.0)};
+        const auto [before, chroma] = oklab_hue(colour);
+        if (chroma < 0.001) {
+            continue;  // grey has no hue
+        }
+        ASSERT_LT(std::fabs(std::remainder(oklab_hue(seen).first - before, 360.0)), 2.0)
+            << colour[0] << ", " << colour[1] << ", " << colour[2] << " at " << exposure;
     }
 }
 
