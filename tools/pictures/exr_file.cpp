@@ -42,7 +42,8 @@ constexpr std::array<const char*, 4> kChannels = {"R", "G", "B", "A"};
 constexpr std::array<std::size_t, 4> kInFrame = {1, 2, 3, 0};
 /// Rows that are converted together: enough for any block of the format.
 constexpr int kRowsAtOnce = 256;
-/// Frames of stars become 1 % larger than at the library's own level, 4, and are packed a quarter faster.
+/// Frames of stars become 1 % larger than at the library's own level, 4, and are packed a quarter
+/// faster.
 constexpr int kDeflateLevel = 1;
 /// All work in the calling thread: other frames are under way in other processes.
 constexpr int kNoThreads = 0;
