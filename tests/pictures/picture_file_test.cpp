@@ -331,6 +331,15 @@ TEST_F(Picture, OfLinearLightHasAHaloWhereOneIsWanted) {
     EXPECT_EQ(picture.at<float>(34, 32, 3), 0.25F);
 }
 
+TEST_F(Picture, ThatAFormatCannotHoldIsAFailureThatNamesTheFile) {
+    const Frame<float> wide(65536, 1, Depth::Float);  // a .jpg has 16 bits for its width
+    const std::string failure =
+        failure_of([&] { write_picture(folder / "a.jpg", wide.view(), {}, {}); });
+    EXPECT_EQ(failure.rfind("cannot write " + (folder / "a.jpg") + ": ", 0), 0U) << failure;
+    EXPECT_NE(failure.find("dimension"), std::string::npos) << failure;
+    EXPECT_TRUE(names_in(folder.path()).empty());
+}
+
 TEST_F(Picture, RefusesALookWhereItCannotBe) {
     lumivar::PictureContent content;
     content.look = lumivar::Look{};

@@ -244,7 +244,7 @@ void write_exr(AtomicFile& file, const FrameView& frame, const PictureInfo& info
         }
     } catch (const Iex::BaseExc& error) {
         stream.rethrow();
-        throw Failure(std::string("cannot write the picture: ") + error.what());
+        throw Failure("cannot write " + file.path().string() + ": " + error.what());
     }
     // The library writes its last table when the file is taken down, where nothing may be thrown.
     stream.rethrow();

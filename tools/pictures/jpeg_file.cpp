@@ -164,7 +164,7 @@ void write_jpeg(AtomicFile& file, const SampleRows& rows, const PictureInfo& inf
     const std::string description = description_of(info);
     std::vector<std::byte> row(rows.row_bytes());
     if (!write_all(jpeg, trouble, rows, description, exif_of(description), row.data())) {
-        throw Failure(std::string("cannot write the picture: ") + trouble.text.data());
+        throw Failure("cannot write " + file.path().string() + ": " + trouble.text.data());
     }
     file.write(std::as_bytes(std::span(target.bytes, target.size)));
 }

@@ -190,7 +190,7 @@ void write_png(AtomicFile& file, const SampleRows& rows, const PictureInfo& info
         if (trouble.failure) {
             std::rethrow_exception(trouble.failure);
         }
-        throw Failure("cannot write the picture: " + trouble.text);
+        throw Failure("cannot write " + file.path().string() + ": " + trouble.text);
     }
 }
 

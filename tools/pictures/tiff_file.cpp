@@ -121,7 +121,7 @@ void require_written(const Target& target, bool written) {
         std::rethrow_exception(target.failure);
     }
     if (!written) {
-        throw Failure("cannot write the picture: " + target.text);
+        throw Failure("cannot write " + target.file->path().string() + ": " + target.text);
     }
 }
 

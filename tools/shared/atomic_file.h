@@ -34,6 +34,8 @@ public:
     void seek(std::uint64_t position);
     /// Puts the file in its place. Throws `Failure`; call it once, last.
     void publish();
+    /// As the user wrote it, for messages.
+    const std::filesystem::path& path() const { return shown_; }
 
 private:
     /// Lets no failure out: what cannot be removed goes with the working folder.
