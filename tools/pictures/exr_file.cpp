@@ -110,8 +110,7 @@ Imf::Compression library_compression(ExrCompression compression) {
 void describe_shot(Imf::Header& header, const ShotInfo& shot) {
     if (shot.frame_rate) {
         const auto [num, den] = *shot.frame_rate;
-        header.insert("framesPerSecond",
-                      Imf::RationalAttribute(Imf::Rational(num, static_cast<unsigned int>(den))));
+        header.insert("framesPerSecond", Imf::RationalAttribute(Imf::Rational(num, den)));
     }
     if (shot.frame) {
         header.insert("frame", Imf::IntAttribute(*shot.frame));

@@ -1,5 +1,6 @@
 #include "tiff_file.h"
 
+#include <base/printf_format.h>
 #include <tiffio.h>
 
 #include <algorithm>
@@ -30,6 +31,7 @@ struct Target {
     std::string text;
 };
 
+PRINTF_FORMAT(4, 0)
 int note_error(TIFF*, void* target, const char*, const char* format, std::va_list arguments) {
     std::array<char, 500> text{};
     std::vsnprintf(text.data(), text.size(), format, arguments);
