@@ -90,6 +90,7 @@ std::string FrameFingerprints::of(const Shot& shot) const {
     frame.add("run", run_);
     frame.add("time", std::to_string(shot.time.value) + "/" + std::to_string(shot.time.scale));
     frame.add("frame", shot.frame ? std::to_string(*shot.frame) : "");
+    frame.add("face", shot.face);
     frame.add("kind", std::to_string(static_cast<int>(*picture_format(shot.path))));
     const auto catalogue = catalogues_.find(catalogue_of(shot));
     frame.add("catalogue", catalogue == catalogues_.end() ? "" : catalogue->second.fingerprint);

@@ -139,21 +139,22 @@ bool is_to_be_kept(const FrameWork& work, const Shot& shot) {
 
 Drawn draw(Player& player, const FrameWork& work, std::size_t item) {
     const Shot& shot = work.shots[item];
+    const host::Scene& scene = work.scenes[shot.scene];
     const Clock::time_point start = Clock::now();
-    Drawn drawn{item, shot.path, player.render(work.scene, shot.time, work.options), {}, {}};
+    Drawn drawn{item, shot.path, player.render(scene, shot.time, work.options), {}, {}};
     drawn.report.render_seconds = seconds_since(start);
     drawn.report.width = drawn.frame.world.width();
     drawn.report.height = drawn.frame.world.height();
     drawn.report.brightest = brightest_channel(drawn.frame.world);
-    const std::optional<CatalogueUsed> catalogue = player.catalogue_used(work.scene, shot.time);
+    const std::optional<CatalogueUsed> catalogue = player.catalogue_used(scene, shot.time);
     if (catalogue) {
         drawn.report.catalogue = catalogue->name;
         drawn.report.stars = catalogue->stars;
     }
-    drawn.info = picture_info(player.session(), work.scene, shot.time, catalogue);
+    drawn.info = picture_info(player.session(), scene, shot.time, catalogue);
     drawn.info.details.emplace_back("picture", content_text(work.content));
     drawn.info.details.emplace_back(kFingerprintDetail, work.fingerprints.of(shot));
-    drawn.info.shot = shot_info(work.scene, shot.time, shot.frame);
+    drawn.info.shot = shot_info(scene, shot.time, shot.frame);
     return drawn;
 }
 

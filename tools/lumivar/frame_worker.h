@@ -24,7 +24,7 @@ enum class Existing {
 
 /// The frames of a run, for all workers alike.
 struct FrameWork {
-    const host::Scene& scene;
+    const std::vector<host::Scene>& scenes;  ///< that the shots name
     const std::vector<Shot>& shots;
     const FrameFingerprints& fingerprints;
     host::RenderOptions options;

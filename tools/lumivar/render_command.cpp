@@ -21,6 +21,7 @@
 #include "catalogue_warning.h"
 #include "command_line.h"
 #include "counted.h"
+#include "cube_map.h"
 #include "failure.h"
 #include "frame_fingerprints.h"
 #include "frame_range.h"
@@ -50,6 +51,7 @@ struct RenderArguments {
     std::string plugin;
     std::string catalogue;
     PictureArguments picture_arguments;
+    std::optional<int> cube_side;
     std::optional<int> jobs;
     bool resume = false;
     bool skip_existing = false;
@@ -112,6 +114,7 @@ std::vector<std::pair<std::string, std::string>> option_texts(const RenderArgume
     }
     options.emplace_back("depth", std::to_string(arguments.depth));
     options.emplace_back("size", arguments.size);
+    options.emplace_back("cube", arguments.cube_side ? std::to_string(*arguments.cube_side) : "");
     if (const auto limit = arguments.magnitudes.limiting_magnitude) {
         options.emplace_back("limiting magnitude", String::fmt("%.17g", *limit).c_str());
     }
@@ -128,6 +131,32 @@ std::vector<std::pair<std::string, std::string>> option_texts(const RenderArgume
     }
     options.emplace_back("linear halo", String::fmt("%.17g", content.linear_halo).c_str());
     return options;
+}
+
+/// Of a cube each shot six times, a face each.
+std::vector<Shot> shots_of(const RenderArguments& arguments, const host::Composition& composition) {
+    if (!arguments.cube_side) {
+        return plan_shots(arguments.shots, composition, FrameNames(arguments.picture));
+    }
+    constexpr int kLargestSide = 16384;
+    if (*arguments.cube_side < 1 || *arguments.cube_side > kLargestSide) {
+        throw UsageError("--cube-map takes the pixels of a face's side, 1 to " +
+                         std::to_string(kLargestSide));
+    }
+    std::vector<Shot> shots;
+    for (std::size_t face = 0; face < kCubeFaces.size(); ++face) {
+        const FrameNames names(face_pattern(arguments.picture, kCubeFaces[face]));
+        for (Shot& shot : plan_shots(arguments.shots, composition, names)) {
+            shot.scene = face;
+            shot.face = kCubeFaces[face];
+            shots.push_back(std::move(shot));
+        }
+    }
+    // Frame by frame, so that whole cubes appear one after the other.
+    std::stable_sort(shots.begin(), shots.end(), [](const Shot& a, const Shot& b) {
+        return a.time.seconds() < b.time.seconds();
+    });
+    return shots;
 }
 
 Existing existing_of(const RenderArguments& arguments) {
@@ -183,8 +212,7 @@ void render_command(const RenderArguments& arguments) {
     const PictureContent content =
         picture_content(arguments.picture_arguments, picture_wishes(scene), arguments.picture,
                         depth, ocio != nullptr ? ocio : "");
-    const std::vector<Shot> shots =
-        plan_shots(arguments.shots, scene.composition, FrameNames(arguments.picture));
+    const std::vector<Shot> shots = shots_of(arguments, scene.composition);
     check_output_path(shots.front().path);
     warn_of_short_camera(inputs.camera, arguments.camera.camera, shots);
     const std::vector<host::Time> times = times_of(shots);
@@ -197,12 +225,17 @@ void render_command(const RenderArguments& arguments) {
 
     Player player(arguments.plugin, arguments.catalogue);
     player.choose_catalogue(scene);
+    const std::vector<host::Scene> scenes =
+        arguments.cube_side ? cube_scenes(scene, *arguments.cube_side) : std::vector{scene};
+    if (arguments.cube_side) {
+        scene = scenes.front();  // all have its size, lens and projection
+    }
     player.require_drawable(scene, options);
     warn_of_catalogues(player.session(), scene, times);
     RunHints hints(arguments.quiet, player.session(), scene, times);
     hints.before();
     const FrameFingerprints fingerprints(inputs, player, scene, shots);
-    const FrameWork work{scene, shots, fingerprints, options, content, existing_of(arguments)};
+    const FrameWork work{scenes, shots, fingerprints, options, content, existing_of(arguments)};
     const int jobs = jobs_of(arguments, shots.size());
     RenderRun run(shots,
                   arguments.progress == "json"   ? ProgressStyle::Json
@@ -270,9 +303,14 @@ void add_render_command(Command& program) {
     frame.excludes(frames);
     command.add("--depth", arguments->depth, "Bits a channel that the plug-in renders in")
         .one_of({8, 16, 32});
-    command.add("--size", arguments->size,
-                "WIDTHxHEIGHT instead of the composition's; what is in the picture from top "
-                "to bottom stays");
+    Argument size =
+        command.add("--size", arguments->size,
+                    "WIDTHxHEIGHT instead of the composition's; what is in the picture from top "
+                    "to bottom stays");
+    size.excludes(command.add(
+        "--cube-map", arguments->cube_side,
+        "SIDE: six square pictures around the camera instead of one, front, right, back, left, up "
+        "and down, with FACE in the picture's name"));
     command.add("--set", arguments->settings,
                 "NAME=VALUE: a control, in place of the scene's; may be repeated");
     command.add("--plugin", arguments->plugin,
@@ -320,6 +358,7 @@ void add_render_command(Command& program) {
         "  lumivar render scenes/orion.json -o plain.png --view plain\n"
         "  lumivar render scenes/orion.json -o codes.png --depth 16 --raw\n"
         "  lumivar render scenes/flight.json -o shot.####.exr --frames 0-47 --camera shot.chan\n"
+        "  lumivar render scenes/orion.json -o sky.FACE.exr --cube-map 2048\n"
         "  lumivar render scenes/orion.json -o mine.exr --catalogue ~/stars/mine.stars\n");
     command.run([arguments] { render_command(*arguments); });
 }

@@ -1,5 +1,6 @@
 #include "render_run.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "counted.h"
@@ -87,7 +88,10 @@ std::vector<std::size_t> RenderRun::missing() const {
     return items;
 }
 
-std::string RenderRun::name_of(std::size_t item) const { return names_of({item}); }
+std::string RenderRun::name_of(std::size_t item) const {
+    const std::string& face = shots_[item].face;
+    return names_of({item}) + (face.empty() ? "" : " " + face);
+}
 
 std::string RenderRun::names_of(const std::vector<std::size_t>& items) const {
     std::vector<int> frames;
@@ -97,6 +101,8 @@ std::string RenderRun::names_of(const std::vector<std::size_t>& items) const {
         }
         frames.push_back(*shots_[item].frame);
     }
+    // A cube has six pictures of a frame.
+    frames.erase(std::unique(frames.begin(), frames.end()), frames.end());
     return (frames.size() == 1 ? "frame " : "frames ") + frame_range_text(frames);
 }
 

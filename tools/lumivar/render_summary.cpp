@@ -114,6 +114,7 @@ std::string summary_json(const RenderRun& run, const std::vector<Shot>& shots,
             missing.push_back(*shots[item].frame);
         }
     }
+    missing.erase(std::unique(missing.begin(), missing.end()), missing.end());
     object["missing"] = frame_range_text(missing);
     object["slowest"] = json::array();
     for (const std::size_t item : slowest(run)) {

@@ -36,8 +36,11 @@ std::vector<Shot> shots_of_frames(const host::Composition& composition,
     std::vector<Shot> shots;
     shots.reserve(frames.size());
     for (const int frame : frames) {
-        shots.push_back(
-            {composition.frame_time(frame - composition.first_frame), frame, names.name_of(frame)});
+        shots.push_back({composition.frame_time(frame - composition.first_frame),
+                         frame,
+                         names.name_of(frame),
+                         0,
+                         {}});
     }
     return shots;
 }
@@ -67,7 +70,7 @@ std::vector<Shot> plan_shots(const ShotRequest& request, const host::Composition
         throw UsageError("--time " + seconds_text(*request.time) +
                          " lies outside the scene's 0 to " + seconds_text(composition.duration));
     }
-    return {{composition.time_at(*request.time), std::nullopt, names.pattern()}};
+    return {{composition.time_at(*request.time), std::nullopt, names.pattern(), 0, {}}};
 }
 
 std::string shown_time(const Shot& shot) {

@@ -3,6 +3,7 @@
 
 #include <host/scene.h>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,6 +24,8 @@ struct Shot {
     host::Time time;
     std::optional<int> frame;
     std::string path;
+    std::size_t scene = 0;  ///< which of the run's scenes it shows
+    std::string face;       ///< of a cube; empty: the whole picture
 };
 
 /// In ascending order, one at least. Throws `UsageError` for moments that the composition does not
