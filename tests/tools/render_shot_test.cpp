@@ -310,6 +310,53 @@ TEST_F(RenderShot, TellsAProgramWhatItDoesAndWhatCameOfIt) {
     EXPECT_EQ(states[1], "rendered");
 }
 
+TEST_F(RenderShot, MakesAFilmWithTheColoursOfThePictures) {
+    // A spot that fills the picture with one colour, as far as light and codes go: 20000
+    // thousandths of half the width.
+    json scene = json::parse(kShot);
+    scene["controls"] = {{"Star Spot Size", 1000},  {"Star Brightness", 0.5},
+                         {"Maximum Luminance", 10}, {"Tint Strength", 1},
+                         {"Star Saturation", 1},    {"Tint Color", {255, 96, 32}}};
+    write_file(folder / "scene.json", scene.dump());
+    ASSERT_EQ(
+        render("a.##.exr", "0-2", {"--preview", folder / "out/a.mp4", "--view", "plain"}).code, 2)
+        << "an .exr has no view";
+    const ToolResult result = render("a.##.exr", "0-2", {"--preview", folder / "out/a.mp4"});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(names_in(folder / "out").size(), 4U);
+    ASSERT_EQ(render("b.##.png", "0-2").code, 0);
+    // Decoded again by the colours that the film says it has.
+    const std::string decode = "ffmpeg -v error -i " + (folder / "out/a.mp4") +
+                               " -vf scale=in_color_matrix=bt709:in_range=tv,format=rgb24 " +
+                               (folder / "out/film.%02d.png");
+    ASSERT_EQ(std::system(decode.c_str()), 0);
+    EXPECT_TRUE(fs::exists(folder / "out/film.03.png")) << "three frames";
+    const ReadBack film = picture("film.01.png");
+    const ReadBack still = picture("b.00.png");
+    for (int c = 0; c < 3; ++c) {
+        EXPECT_NEAR(film.at<std::uint8_t>(32, 16, c), still.at<std::uint8_t>(32, 16, c), 4) << c;
+    }
+    EXPECT_GT(still.at<std::uint8_t>(32, 16, 0), still.at<std::uint8_t>(32, 16, 2) + 40)
+        << "there is a colour to lose";
+    // Frames that are kept are in the film too.
+    fs::remove(folder / "out/a.mp4");
+    const ToolResult again =
+        render("a.##.exr", "0-2", {"--preview", folder / "out/a.mp4", "--resume", "--json"});
+    EXPECT_EQ(json::parse(again.out)["frames"]["kept"], 3);
+    EXPECT_TRUE(fs::exists(folder / "out/a.mp4"));
+}
+
+TEST_F(RenderShot, RefusesAFilmThatCannotBe) {
+    EXPECT_EQ(render("a.#.exr", "0-2", {"--preview", folder / "out/a.mov"}).code, 2);
+    EXPECT_EQ(render("a.#.exr", "0", {"--preview", folder / "out/a.mp4"}).code, 2);
+    options.environment.push_back("PATH=" + (folder / "tmp"));
+    const ToolResult result = render("a.#.exr", "0-2", {"--preview", folder / "out/a.mp4"});
+    EXPECT_EQ(result.err,
+              "lumivar: --preview needs the program ffmpeg; install it (on Debian the "
+              "package ffmpeg)\n");
+    EXPECT_TRUE(names_in(folder / "out").empty());
+}
+
 TEST_F(RenderShot, RefusesOtherThanAFewJobs) {
     EXPECT_EQ(render("a.#.exr", "0", {"--jobs", "0"}).code, 2);
     EXPECT_EQ(render("a.#.exr", "0", {"--jobs", "-2"}).code, 2);

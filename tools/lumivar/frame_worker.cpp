@@ -16,6 +16,7 @@
 #include "picture_arguments.h"
 #include "picture_info.h"
 #include "picture_reading.h"
+#include "preview_film.h"
 #include "run_hints.h"
 
 namespace lumivar {
@@ -49,6 +50,7 @@ FrameView view_of(const host::World& world) {
 /// A frame on its way to its picture.
 struct Drawn {
     std::size_t item = 0;
+    bool kept = false;  ///< its picture is there already, and this is for the film alone
     std::string path;
     host::Frame frame;
     PictureInfo info;
@@ -71,7 +73,12 @@ public:
     void start(Drawn drawn) {
         drawn_.emplace(std::move(drawn));
         try {
-            file_.emplace(drawn_->path);
+            if (!drawn_->kept) {
+                file_.emplace(drawn_->path);
+            }
+            if (!work_.film_folder.empty()) {
+                film_file_.emplace(work_.film_folder / film_picture(drawn_->item));
+            }
         } catch (...) {
             error_ = error_text();
             return;
@@ -88,6 +95,7 @@ public:
             thread_.join();
         }
         file_.reset();
+        film_file_.reset();
         const Drawn done = std::move(*drawn_);
         drawn_.reset();
         if (const auto error = std::exchange(error_, std::nullopt)) {
@@ -101,10 +109,21 @@ private:
     void write() {
         try {
             const Clock::time_point start = Clock::now();
-            write_picture(*file_, drawn_->path, view_of(drawn_->frame.world), drawn_->info,
-                          work_.content);
+            const FrameView view = view_of(drawn_->frame.world);
+            if (file_) {
+                write_picture(*file_, drawn_->path, view, drawn_->info, work_.content);
+            }
+            if (film_file_) {
+                write_picture(*film_file_, film_picture(drawn_->item), view, {},
+                              work_.film_content);
+            }
             work_.fingerprints.require_unchanged_catalogues();
-            file_->publish();
+            if (file_) {
+                file_->publish();
+            }
+            if (film_file_) {
+                film_file_->publish();
+            }
             drawn_->report.write_seconds = seconds_since(start);
         } catch (...) {
             error_ = error_text();
@@ -115,6 +134,7 @@ private:
     const FrameWork& work_;
     std::optional<Drawn> drawn_;
     std::optional<AtomicFile> file_;
+    std::optional<AtomicFile> film_file_;
     std::optional<std::string> error_;
     std::thread thread_;
 };
@@ -141,7 +161,7 @@ Drawn draw(Player& player, const FrameWork& work, std::size_t item) {
     const Shot& shot = work.shots[item];
     const host::Scene& scene = work.scenes[shot.scene];
     const Clock::time_point start = Clock::now();
-    Drawn drawn{item, shot.path, player.render(scene, shot.time, work.options), {}, {}};
+    Drawn drawn{item, false, shot.path, player.render(scene, shot.time, work.options), {}, {}};
     drawn.report.render_seconds = seconds_since(start);
     drawn.report.width = drawn.frame.world.width();
     drawn.report.height = drawn.frame.world.height();
@@ -175,13 +195,15 @@ void work_on_frames(WorkerLink& link, Player& player, const FrameWork& work) {
         }
         const std::size_t item = next.task->item;
         try {
-            if (is_to_be_kept(work, work.shots[item])) {
+            const bool kept = is_to_be_kept(work, work.shots[item]);
+            if (kept && work.film_folder.empty()) {
                 FrameReport report;
                 report.kept = true;
                 link.done(item, report_text(report));
                 continue;
             }
             Drawn drawn = draw(player, work, item);
+            drawn.kept = drawn.report.kept = kept;
             writer.finish();
             writer.start(std::move(drawn));
         } catch (...) {

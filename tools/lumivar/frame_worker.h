@@ -5,6 +5,7 @@
 #include <host/frame.h>
 #include <host/scene.h>
 
+#include <filesystem>
 #include <vector>
 
 #include "frame_fingerprints.h"
@@ -30,6 +31,10 @@ struct FrameWork {
     host::RenderOptions options;
     PictureContent content;
     Existing existing = Existing::Replace;
+    /// Where each shot's picture for the preview film goes, by `film_picture`, and what it shows;
+    /// empty: there is no film. A frame that is kept is drawn for it all the same.
+    std::filesystem::path film_folder = {};
+    PictureContent film_content = {};
 };
 
 /// Settles the items that `link` brings: each is the place of a shot. The reports are those of

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,6 +31,7 @@
 #include "picture_arguments.h"
 #include "picture_file.h"
 #include "player.h"
+#include "preview_film.h"
 #include "render_request.h"
 #include "render_run.h"
 #include "render_summary.h"
@@ -37,6 +39,7 @@
 #include "shot_plan.h"
 #include "star_resolver.h"
 #include "worker_pool.h"
+#include "working_folder.h"
 
 namespace lumivar {
 namespace {
@@ -53,6 +56,7 @@ struct RenderArguments {
     PictureArguments picture_arguments;
     std::optional<int> cube_side;
     std::optional<int> jobs;
+    std::string preview;
     bool resume = false;
     bool skip_existing = false;
     std::string progress = "text";
@@ -176,6 +180,33 @@ int jobs_of(const RenderArguments& arguments, std::size_t shots) {
     return std::clamp(wanted, 1, static_cast<int>(std::min<std::size_t>(shots, kMostJobs)));
 }
 
+/// What the pictures of the film show: what a .png of the same command would.
+PictureContent film_content(const RenderArguments& arguments, const PictureWishes& wishes,
+                            host::Depth depth) {
+    PictureArguments looked_at = arguments.picture_arguments;
+    looked_at.raw = false;
+    looked_at.half = false;
+    looked_at.compression.clear();
+    looked_at.bits = 8;
+    const char* const ocio = std::getenv("OCIO");
+    return picture_content(looked_at, wishes, "film.png", depth, ocio != nullptr ? ocio : "");
+}
+
+/// What can be told of the film before the first frame.
+void check_preview(const RenderArguments& arguments, const std::vector<Shot>& shots) {
+    if (arguments.preview.empty()) {
+        return;
+    }
+    check_film_name(arguments.preview);
+    if (shots.size() < 2 || arguments.cube_side) {
+        throw UsageError(
+            "--preview makes a film of several frames; give them with --frames, and without "
+            "--cube-map");
+    }
+    check_output_path(arguments.preview);
+    require_film_encoder();
+}
+
 /// Throws where a picture is missing; the summary is told by then.
 void require_all(const RenderRun& run, const std::vector<Shot>& shots, const PoolEnd& end) {
     const std::vector<std::size_t> missing = run.missing();
@@ -214,6 +245,7 @@ void render_command(const RenderArguments& arguments) {
                         depth, ocio != nullptr ? ocio : "");
     const std::vector<Shot> shots = shots_of(arguments, scene.composition);
     check_output_path(shots.front().path);
+    check_preview(arguments, shots);
     warn_of_short_camera(inputs.camera, arguments.camera.camera, shots);
     const std::vector<host::Time> times = times_of(shots);
     const bool by_magnitude =
@@ -235,7 +267,14 @@ void render_command(const RenderArguments& arguments) {
     RunHints hints(arguments.quiet, player.session(), scene, times);
     hints.before();
     const FrameFingerprints fingerprints(inputs, player, scene, shots);
-    const FrameWork work{scenes, shots, fingerprints, options, content, existing_of(arguments)};
+    FrameWork work{scenes, shots, fingerprints, options, content, existing_of(arguments)};
+    std::optional<WorkingFolder> film_folder;
+    if (!arguments.preview.empty()) {
+        film_folder.emplace(std::filesystem::temp_directory_path(),
+                            "cannot make the film " + arguments.preview);
+        work.film_folder = film_folder->path();
+        work.film_content = film_content(arguments, picture_wishes(scene), depth);
+    }
     const int jobs = jobs_of(arguments, shots.size());
     RenderRun run(shots,
                   arguments.progress == "json"   ? ProgressStyle::Json
@@ -246,6 +285,7 @@ void render_command(const RenderArguments& arguments) {
         shots.size(), jobs, [&](WorkerLink& link) { work_on_frames(link, player, work); }, run);
     run.end_progress();
     if (end.signal != 0) {
+        film_folder.reset();  // what workers have put into it, no signal removes
         run.tell_interruption();
         std::raise(end.signal);  // removes what is left and ends the program
     }
@@ -277,6 +317,12 @@ void render_command(const RenderArguments& arguments) {
     std::fflush(stdout);  // before what follows on standard error
     player.close();
     require_all(run, shots, end);
+    if (film_folder) {
+        const auto [num, den] =
+            std::pair(scene.composition.frame_rate.num, scene.composition.frame_rate.den);
+        make_film(film_folder->path(), {static_cast<int>(num), static_cast<int>(den)},
+                  arguments.preview);
+    }
 }
 
 }  // namespace
@@ -322,6 +368,9 @@ void add_render_command(Command& program) {
                 "Worker processes that draw frames side by side; as many as the cores that this "
                 "program may "
                 "use if nothing is said");
+    command.add(
+        "--preview", arguments->preview,
+        "NAME.mp4: a film of the frames too, as a .png of the same command would show them");
     Argument resume = command.add_flag(
         "--resume", arguments->resume,
         "Render only what is missing, damaged or made of other things than it would be now");
@@ -358,6 +407,7 @@ void add_render_command(Command& program) {
         "  lumivar render scenes/orion.json -o plain.png --view plain\n"
         "  lumivar render scenes/orion.json -o codes.png --depth 16 --raw\n"
         "  lumivar render scenes/flight.json -o shot.####.exr --frames 0-47 --camera shot.chan\n"
+        "  lumivar render scenes/orion-pan.json -o pan.####.exr --frames 0-23 --preview pan.mp4\n"
         "  lumivar render scenes/orion.json -o sky.FACE.exr --cube-map 2048\n"
         "  lumivar render scenes/orion.json -o mine.exr --catalogue ~/stars/mine.stars\n");
     command.run([arguments] { render_command(*arguments); });
