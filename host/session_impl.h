@@ -61,6 +61,8 @@ public:
     // First, so that it is unloaded last: the state may hold objects whose code is the module's.
     std::optional<Module> module;
     HostState state;
+    /// Kept from one frame to the next, for those with a blank input layer.
+    World blank_input;
     EffectInfo info;
     std::vector<DeclaredControl> controls;
     std::vector<Message> messages;

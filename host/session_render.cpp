@@ -126,8 +126,14 @@ void Session::Impl::prepare_worlds(FrameRun& run, const Rect& area) {
     frame.output =
         World(area.width(), area.height(), options.depth, options.output_padding, frame.order);
     frame.output.mark(options.mark);
-    frame.input =
-        World(input.width(), input.height(), options.depth, options.input_padding, frame.order);
+    if (options.blank_input && blank_input.width() == input.width() &&
+        blank_input.height() == input.height() && blank_input.depth() == options.depth &&
+        blank_input.order() == frame.order) {
+        frame.input = std::move(blank_input);
+    } else {
+        frame.input =
+            World(input.width(), input.height(), options.depth, options.input_padding, frame.order);
+    }
     if (!options.blank_input) {
         // With a blank input an effect that clears or scales it would not be noticed.
         frame.input.fill_with_pattern();
@@ -345,7 +351,13 @@ Frame Session::Impl::render(InstanceState& instance, const Project& project, con
     report_balance(run->ledger);
     run->ledger = {};
     run->note_violations(first_violation);
-    return finish(*run);
+    Frame made = finish(*run);
+    const bool may_write = (info.out_flags & PF_OutFlag_I_WRITE_INPUT_BUFFER) != 0;
+    if (options.blank_input && !may_write) {
+        // The next frame's layer: made anew, it would be cleared byte by byte.
+        blank_input = std::move(run->frame.input);
+    }
+    return made;
 }
 
 }  // namespace host

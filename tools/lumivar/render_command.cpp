@@ -227,6 +227,7 @@ void render_command(const RenderArguments& arguments) {
     host::RenderOptions options;
     options.depth = depth;
     options.blank_input = true;
+    options.input_padding = 0;  // whose bytes would be touched in every row
     if (!arguments.size.empty()) {
         std::tie(options.width, options.height) = parse_size(arguments.size);
     }
