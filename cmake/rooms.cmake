@@ -61,7 +61,7 @@ function(add_room_test_parts name shards timeout labels)
 endfunction()
 
 # add_room_test(NAME base_test SOURCES array_test.cpp string_test.cpp ... DEPENDS base ... [LABELS unit]
-#               [DEFINITIONS NAME=VALUE ...] [TIMEOUT 900] [SHARDS 1] [RELEASE_ONLY Whole/*:Slow.*])
+#               [DEFINITIONS NAME=VALUE ...] [TIMEOUT 900] [SHARDS 1] [RELEASE_ONLY Whole/*:Slow.*] [ALL_ROUNDS])
 #
 # A GoogleTest program: all the tests of a room that have a label in common. A new test source goes into the list of its room's
 # program. A source needs a program of its own only where its label differs, or what it is linked with would disturb the others.
@@ -71,6 +71,8 @@ endfunction()
 # RELEASE_ONLY is a GoogleTest filter. The cases that it names become a CTest test of their own, base_test.whole, with the label
 # release_only beside the others: the test presets of the sanitizers, of clang++ and of the other processors leave it out. A
 # program whose cases are all of this kind has LABELS host release_only instead.
+# With ALL_ROUNDS the program plays a third of its random rounds (tests/support/rounds.h), and CTest has it a second time, as
+# base_test.all_rounds with the label slow alone, which plays all of them.
 #
 # Cases share a process: a case that changes what belongs to the process (its folder, its environment, a signal's
 # handler) puts it back, or runs in a child (tests/support/child.h). Sources share names: what is not a test stands in a nameless
@@ -79,7 +81,7 @@ endfunction()
 # Ordinary tests are compiled without optimisation, in every build, with GoogleTest's header compiled once for all of them. What
 # runs long is optimised: the rooms, the libraries of tests/support, and tests with the label property, golden or slow.
 function(add_room_test)
-  cmake_parse_arguments(TEST "" "NAME;TIMEOUT;SHARDS;RELEASE_ONLY" "SOURCES;DEPENDS;LABELS;DEFINITIONS" ${ARGN})
+  cmake_parse_arguments(TEST "ALL_ROUNDS" "NAME;TIMEOUT;SHARDS;RELEASE_ONLY" "SOURCES;DEPENDS;LABELS;DEFINITIONS" ${ARGN})
   if(NOT TEST_LABELS)
     set(TEST_LABELS unit)
   endif()
@@ -93,6 +95,9 @@ function(add_room_test)
     # An emulator of a processor takes about as many times as long; Wine is none.
     math(EXPR TEST_TIMEOUT "10 * ${TEST_TIMEOUT}")
     list(APPEND TEST_DEFINITIONS LUMIVAR_EMULATED)
+  endif()
+  if(TEST_ALL_ROUNDS)
+    list(APPEND TEST_DEFINITIONS LUMIVAR_SOME_ROUNDS)
   endif()
   add_executable(${TEST_NAME} ${TEST_SOURCES})
   target_compile_options(${TEST_NAME} PRIVATE ${LUMIVAR_TEST_WARNINGS})
@@ -109,4 +114,8 @@ function(add_room_test)
     list(APPEND TEST_ARGUMENTS --gtest_filter=-${TEST_RELEASE_ONLY})
   endif()
   add_room_test_parts(${TEST_NAME} ${TEST_SHARDS} ${TEST_TIMEOUT} "${TEST_LABELS}" ${TEST_NAME} ${TEST_ARGUMENTS})
+  if(TEST_ALL_ROUNDS)
+    add_room_test_parts(${TEST_NAME}.all_rounds ${TEST_SHARDS} ${TEST_TIMEOUT} slow
+                        ${CMAKE_COMMAND} -E env LUMIVAR_ALL_ROUNDS=1 $<TARGET_FILE:${TEST_NAME}>)
+  endif()
 endfunction()

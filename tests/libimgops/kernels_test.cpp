@@ -19,6 +19,7 @@
 #include "kernels/kernel_sets.h"
 #include "plain_fast_scene.h"
 #include "support/memory_stars.h"
+#include "support/rounds.h"
 
 namespace {
 
@@ -163,7 +164,7 @@ constexpr int kWidths[] = {1, 2, 3, 4, 5, 7, 8, 15, 16, 17, 31, 33, 64, 100, 257
 // changes nothing.
 TEST_P(EachSet, DrawsSpotsAndStreaksAsTheOthersInAnyRuns) {
     RandomNumbers random(1);
-    for (int i = 0; i < 5000; ++i) {
+    for (int i = 0; i < support::rounds(5000); ++i) {
         const int width = random.of(kWidths);
         const int height = random.whole(1, 60);
         const bool is_covered = i % 3 != 0;
@@ -204,7 +205,7 @@ TEST_P(EachSet, DrawsSpotsAndStreaksAsTheOthersInAnyRuns) {
 // Pixels that a streak does not visit keep every bit, also those of -0.
 TEST_P(EachSet, DrawsTrailsAsTheirStreaksOneAfterTheOther) {
     RandomNumbers random(2);
-    for (int i = 0; i < 4000; ++i) {
+    for (int i = 0; i < support::rounds(4000); ++i) {
         const int width = random.of(kWidths);
         const int height = random.whole(1, 60);
         Noise expected(random, width, height);
@@ -288,7 +289,7 @@ TEST_P(EachSet, RejectsStarsAsTheOthers) {
 TEST_P(EachSet, DrawsWholeFramesAsTheOthers) {
     const PathInUse fast(DrawPath::Fast);
     RandomNumbers random(5);
-    for (int i = 0; i < 250; ++i) {
+    for (int i = 0; i < support::rounds(250); ++i) {
         const Scene scene = random_scene(random);
         const auto frame_of = [&](const Kernels& kernels) {
             const kernel_sets::InUse in_use(&kernels);

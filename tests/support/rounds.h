@@ -1,6 +1,8 @@
 // How often a test of random input plays.
 #pragma once
 
+#include <cstdlib>
+
 namespace support {
 
 /// Under the address sanitizer and on an emulated processor, which look for faults that every round
@@ -11,10 +13,24 @@ inline constexpr bool kPlaysLess = true;
 inline constexpr bool kPlaysLess = false;
 #endif
 
-/// So many rounds, and a tenth of them where less is played.
-constexpr int rounds(int wanted) { return kPlaysLess ? wanted / 10 : wanted; }
+/// Programs that are made with ALL_ROUNDS (cmake/rooms.cmake) play a third of their rounds, and all
+/// of them when CTest runs them with the label slow, which sets this variable.
+#if defined(LUMIVAR_SOME_ROUNDS)
+inline bool plays_all() { return std::getenv("LUMIVAR_ALL_ROUNDS") != nullptr; }
+#else
+constexpr bool plays_all() { return true; }
+#endif
 
-/// Likewise so many seeds, and a quarter of them.
+/// So many rounds, or the part of them that is played: a tenth where less is played.
+inline int rounds(int wanted) {
+    if (kPlaysLess) {
+        return wanted / 10;
+    }
+    return plays_all() ? wanted : wanted / 3;
+}
+
+/// Likewise so many seeds: a quarter of them where less is played. Elsewhere all, so that each seed
+/// keeps its name.
 constexpr unsigned seeds(unsigned wanted) { return kPlaysLess ? wanted / 4 : wanted; }
 
 }  // namespace support
