@@ -29,14 +29,18 @@ function(compile_briefly target)
   endif()
 endfunction()
 
-# compile_together(TARGET)
+# compile_together(TARGET [SOURCES_AT_A_TIME])
 #
-# Several sources at a time, with LUMIVAR_TOGETHER: their common headers are read once. They share names then: two
-# that both define one, in a nameless namespace too, do not belong into one target, unless one of them has the source property
-# SKIP_UNITY_BUILD_INCLUSION. The plug-in's own rooms are not for this: what ships is compiled as it stands.
+# Several sources at a time (eight, where nothing is said), with LUMIVAR_TOGETHER: their common headers are read once. They share
+# names then: two that both define one, in a nameless namespace too, do not belong into one target, unless one of them has the
+# source property SKIP_UNITY_BUILD_INCLUSION. The plug-in's own rooms are not for this: what ships is compiled as it stands.
 function(compile_together target)
   if(LUMIVAR_TOGETHER)
-    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+    set(batch 8)
+    if(ARGC GREATER 1)
+      set(batch ${ARGV1})
+    endif()
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${batch})
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
       # It takes the sources for headers, in which a nameless namespace would be a mistake.
       target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
