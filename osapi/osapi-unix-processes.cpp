@@ -1,10 +1,12 @@
 // Processes over POSIX.
 #include <base/exceptions.h>
 #include <osapi/processes.h>
+#include <sched.h>
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -105,6 +107,17 @@ void yield() { calls<ProcessCalls>().sched_yield(); }
 void pause() { calls<ProcessCalls>().pause(); }
 
 unsigned int sleep(unsigned int seconds) { return calls<ProcessCalls>().sleep(seconds); }
+
+int usable_processors() {
+#ifdef CPU_COUNT
+    cpu_set_t bound;
+    if (sched_getaffinity(0, sizeof bound, &bound) == 0) {
+        return std::max(1, CPU_COUNT(&bound));
+    }
+    // More processors than the set has room for.
+#endif
+    return std::max(1, static_cast<int>(sysconf(_SC_NPROCESSORS_ONLN)));
+}
 
 void ChildProcess::start(int (*run)()) {
     XASSERT(pid_ == kNoChild);

@@ -6,6 +6,7 @@
 #include <osapi/pipes.h>
 #include <osapi/processes.h>
 #include <osapi/shared_text.h>
+#include <sched.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -222,6 +223,26 @@ std::string clean_up_before(void (*end)(int)) {
 TEST(Exit, CleansUpUnlessItIsNow) {
     EXPECT_EQ(clean_up_before([](int code) { OSAPI::exit(code); }), "cleaned up");
     EXPECT_EQ(clean_up_before([](int code) { OSAPI::exit_now(code); }), "");
+}
+
+TEST(UsableProcessors, AreThoseThatTheProcessIsBoundTo) {
+    EXPECT_GE(OSAPI::usable_processors(), 1);
+    EXPECT_LE(OSAPI::usable_processors(), sysconf(_SC_NPROCESSORS_ONLN));
+#ifdef CPU_COUNT
+    EXPECT_EQ(result_in_child([] {
+                  cpu_set_t bound;
+                  sched_getaffinity(0, sizeof bound, &bound);
+                  int first = 0;
+                  while (!CPU_ISSET(first, &bound)) {
+                      ++first;
+                  }
+                  CPU_ZERO(&bound);
+                  CPU_SET(first, &bound);
+                  sched_setaffinity(0, sizeof bound, &bound);
+                  return OSAPI::usable_processors();
+              }),
+              1);
+#endif
 }
 
 TEST(Pause, ReturnsAfterASignal) {
