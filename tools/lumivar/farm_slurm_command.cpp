@@ -65,7 +65,7 @@ void check_options(const std::vector<std::string>& options) {
 fs::path make_state_folder(const fs::path& output) {
     const fs::path parent = fs::absolute(output).parent_path();
     for (int attempt = 0;; ++attempt) {
-        const fs::path folder = parent / ("lumivar-farm." + std::to_string(attempt));
+        fs::path folder = parent / ("lumivar-farm." + std::to_string(attempt));
         std::error_code error;
         if (fs::create_directory(folder, error)) {
             return folder;

@@ -3,6 +3,7 @@
 #include <OpenColorIO/OpenColorIO.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -39,6 +40,7 @@ OCIO::ConstConfigRcPtr open_config(const std::string& path) {
 
 std::vector<std::string> displays_of(const OCIO::Config& config) {
     std::vector<std::string> names;
+    names.reserve(static_cast<std::size_t>(config.getNumDisplays()));
     for (int at = 0; at < config.getNumDisplays(); ++at) {
         names.emplace_back(config.getDisplay(at));
     }
@@ -47,6 +49,7 @@ std::vector<std::string> displays_of(const OCIO::Config& config) {
 
 std::vector<std::string> views_of(const OCIO::Config& config, const std::string& display) {
     std::vector<std::string> names;
+    names.reserve(static_cast<std::size_t>(config.getNumViews(display.c_str())));
     for (int at = 0; at < config.getNumViews(display.c_str()); ++at) {
         names.emplace_back(config.getView(display.c_str(), at));
     }
@@ -55,6 +58,7 @@ std::vector<std::string> views_of(const OCIO::Config& config, const std::string&
 
 std::vector<std::string> spaces_of(const OCIO::Config& config) {
     std::vector<std::string> names;
+    names.reserve(static_cast<std::size_t>(config.getNumColorSpaces()));
     for (int at = 0; at < config.getNumColorSpaces(); ++at) {
         names.emplace_back(config.getColorSpaceNameByIndex(at));
     }

@@ -30,8 +30,8 @@ void kill(int pid, int sig);
 [[noreturn]] void exit(int code);
 [[noreturn]] void exit_now(int code);
 
-/// How many processors this process may run on, 1 at least: those that it was bound to (taskset, a batch
-/// system), where the system tells, else those of the machine.
+/// How many processors this process may run on, 1 at least: those that it was bound to (taskset, a
+/// batch system), where the system tells, else those of the machine.
 int usable_processors();
 
 int getpid();
