@@ -279,6 +279,26 @@ TEST_F(RenderShot, InterruptedSaysHowToGoOnWithinASecond) {
     }
 }
 
+TEST_F(RenderShot, ResumesAfterAHardKillAtAnyMoment) {
+    write_file(folder / "one.stars", many_stars());
+    const Arguments size = {"--size", "320x320"};
+    ASSERT_EQ(render("whole.##.exr", "0-11", size).code, 0);
+    for (const char* last : {"00", "03", "07"}) {
+        SCOPED_TRACE(last);
+        ToolProcess process(command("a.##.exr", "0-11", size), options);
+        wait_until([&] { return fs::exists(folder / ("out/a." + std::string(last) + ".exr")); });
+        process.send(SIGKILL);
+        EXPECT_EQ(process.wait().signal, SIGKILL);
+        const ToolResult rest = render("a.##.exr", "0-11", {"--size", "320x320", "--resume"});
+        EXPECT_EQ(rest.code, 0) << rest.err;
+        for (int frame = 0; frame < 12; ++frame) {
+            const std::string end = (frame < 10 ? ".0" : ".") + std::to_string(frame) + ".exr";
+            EXPECT_EQ(picture("a" + end).bytes, picture("whole" + end).bytes) << frame;
+            fs::remove(folder / ("out/a" + end));
+        }
+    }
+}
+
 TEST_F(RenderShot, WarnsOfACameraThatIsShorterThanTheRange) {
     write_file(folder / "shot.chan", "2 0 0 0 0 0 0 24\n3 0 0 0 0 1 0 24\n4 0 0 0 0 1 0 24\n");
     const ToolResult result = render("a.##.exr", "0-6", {"--camera", folder / "shot.chan"});
