@@ -251,21 +251,31 @@ void write_exr(AtomicFile& file, const FrameView& frame, const PictureInfo& info
 
 PictureDetails read_exr_details(const std::filesystem::path& path) {
     try {
+        // A file may say what it likes of its size: the library would make a table of that many
+        // rows.
+        constexpr int kLongestSide = 1 << 17;
+        constexpr std::size_t kMostChannels = 64;
+        Imf::Header::setMaxImageSize(kLongestSide, kLongestSide);
         Imf::InputFile input(path.c_str(), kNoThreads);
         if (!input.isComplete()) {
             throw Failure("cannot read the picture " + path.string() + ": it was cut short");
         }
         const Imath::Box2i window = input.header().dataWindow();
-        constexpr std::int64_t kWidest = 1 << 17;  // a file may say what it likes
         const std::int64_t columns = std::int64_t{window.max.x} - window.min.x + 1;
-        if (columns < 1 || columns > kWidest) {
-            throw Failure("cannot read the picture " + path.string() + ": it is too wide");
+        const auto fail = [&path]() -> Failure {
+            return Failure("cannot read the picture " + path.string() + ": it is too large");
+        };
+        if (columns < 1 || columns > kLongestSide) {
+            throw fail();
         }
         const auto width = static_cast<std::size_t>(columns);
         Imf::FrameBuffer buffer;
         std::vector<std::vector<float>> rows;
         const Imf::ChannelList& channels = input.header().channels();
         for (auto channel = channels.begin(); channel != channels.end(); ++channel) {
+            if (rows.size() == kMostChannels) {
+                throw fail();
+            }
             // Every row into the same memory: what is in it does not matter.
             rows.emplace_back(width);
             buffer.insert(channel.name(),

@@ -2,6 +2,8 @@
 
 #include <base/exceptions.h>
 
+#include <new>
+
 #include "exr_file.h"
 #include "failure.h"
 #include "jpeg_file.h"
@@ -25,6 +27,9 @@ PictureDetails read_picture_details(const std::filesystem::path& path) {
         }
     } catch (const StrXception& failure) {
         throw system_failure("cannot read the picture " + path.string(), failure);
+    } catch (const std::bad_alloc&) {
+        // A library believes what a damaged file says of its sizes, before it has read as much.
+        throw Failure("cannot read the picture " + path.string() + ": it wants too much memory");
     }
     return {};
 }
