@@ -159,7 +159,9 @@ TEST(EqualStars, KeepTheBoundOfTheirNumber) {
     double most_of_1000 = 0;
     for (const int count : {16, 40, 200, 1000}) {
         const double bound = std::max(kOrdinaryBound, count * kEqualPartBound);
-        for (int i = 0; i < support::rounds(60); ++i) {
+        // How many scenes it takes until one needs the larger bound differs with the compiler.
+        const auto shows_its_need = [&] { return count < 1000 || most_of_1000 > kOrdinaryBound; };
+        for (int i = 0; i < support::rounds(60) || (!shows_its_need() && i < 300); ++i) {
             Scene scene = default_scene(random, 24, 16);
             scene.data.brightness = random.on_scale(0.1, 10);
             if (random.chance(0.5)) {
@@ -174,7 +176,9 @@ TEST(EqualStars, KeepTheBoundOfTheirNumber) {
                            std::vector<bool>(static_cast<std::size_t>(scene.width * scene.height)));
             const double allowed = count * short_segment_allowance(scene) / off.peak;
             ASSERT_LE(off.ordinary, std::max(bound, allowed)) << count << ": " << describe(scene);
-            most_of_1000 = std::max(most_of_1000, count == 1000 ? off.ordinary : 0);
+            if (count == 1000) {
+                most_of_1000 = std::max(most_of_1000, off.ordinary);
+            }
         }
     }
     // What the bound is for.
