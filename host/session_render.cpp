@@ -125,7 +125,9 @@ void Session::Impl::prepare_worlds(FrameRun& run, const Rect& area) {
     const Rect& input = frame.input_area.empty() ? frame.request : frame.input_area;
     frame.output =
         World(area.width(), area.height(), options.depth, options.output_padding, frame.order);
-    frame.output.mark(options.mark);
+    if (options.mark != std::byte{}) {
+        frame.output.mark(options.mark);
+    }
     if (options.blank_input && blank_input.width() == input.width() &&
         blank_input.height() == input.height() && blank_input.depth() == options.depth &&
         blank_input.order() == frame.order) {

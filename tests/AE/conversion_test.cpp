@@ -129,6 +129,33 @@ TEST_P(Conversion, FloatsAreCopiedAsTheyAre) {
     EXPECT_TRUE(world.margins_intact());
 }
 
+TEST_P(Conversion, RowsOfALargeImageAreCopiedBeforeTheirMemoryGoesBack) {
+    // As large as the least image that gives memory back; every number below is a float exactly.
+    constexpr int kWidth = 4096;
+    constexpr int kHeight = 2048;
+    Kelv::Image image(Kelv::ImageSpec(kWidth, kHeight, Kelv::ImageSpec::BGRA_FLOAT));
+    for (int y = 0; y < kHeight; ++y) {
+        float* const row = image.line_float(y);
+        for (int x = 0; x < kWidth; ++x) {
+            row[4 * x + 1] = static_cast<float>(x);
+            row[4 * x + 2] = static_cast<float>(y);
+            row[4 * x + 3] = static_cast<float>(kWidth * y + x);
+        }
+    }
+    FakeWorld world(kWidth, kHeight, PF_PixelFormat_ARGB128);
+    convert_image(image, PF_PixelFormat_ARGB128, &world.world);
+    int wrong = 0;
+    support::for_each_pixel(kWidth, kHeight, [&](int x, int y) {
+        const PF_PixelFloat pixel = world.at_float(x, y);
+        const bool is_right = pixel.red == static_cast<float>(x) &&
+                              pixel.green == static_cast<float>(y) &&
+                              pixel.blue == static_cast<float>(kWidth * y + x);
+        wrong += is_right ? 0 : 1;
+    });
+    EXPECT_EQ(wrong, 0);
+    EXPECT_TRUE(world.margins_intact());
+}
+
 TEST_P(Conversion, OddRowsOfAHostAreWritten) {
     // 16-bit and float pixels at addresses that suit no number.
     Frame frame;

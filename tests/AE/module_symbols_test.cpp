@@ -36,9 +36,9 @@ const std::set<std::string> kFromMathematics = {
 // What the databases need: folders are listed, files are opened, measured and mapped; the loader
 // tells where the module is. The calls on open files come together.
 const std::set<std::string> kFromTheSystem = {
-    "close", "closedir", "dladdr", "fstat",   "fsync",      "ftruncate", "getpagesize",
-    "lseek", "mlock",    "mmap",   "munlock", "munmap",     "open",      "opendir",
-    "pread", "pwrite",   "read",   "readdir", "strcasecmp", "sync",      "write"};
+    "close",   "closedir", "dladdr",  "fstat",      "fsync",  "ftruncate", "getpagesize", "lseek",
+    "madvise", "mlock",    "mmap",    "munlock",    "munmap", "open",      "opendir",     "pread",
+    "pwrite",  "read",     "readdir", "strcasecmp", "sync",   "write"};
 
 bool is_allowed(std::string name) {
     // The compiler's own run-time, and names that it gives to functions of the C library.

@@ -89,6 +89,8 @@ TEST(Misbehaviour, WhatIsLeftUndrawnHoldsTheMarkWishedFor) {
     const Frame half = session.render(mischievous(kDrawHalf), {0, 24});
     EXPECT_TRUE(half.drawn);
     EXPECT_EQ(half.undrawn_pixels, 64u * 18u);
+    const Frame over_zeros = session.render(mischievous(kDrawHalf), {0, 24}, {.mark = std::byte{}});
+    EXPECT_EQ(over_zeros.undrawn_pixels, 64u * 18u);
 }
 
 TEST(Misbehaviour, AFailedRenderKeepsItsStatusAndMessage) {

@@ -100,6 +100,19 @@ TEST_F(RenderShot, ManyWorkersDrawTheFramesOfOne) {
     EXPECT_NE(picture("one.0000.exr").bytes, picture("one.0007.exr").bytes);
 }
 
+TEST_F(RenderShot, HoldsOneFloatImageOfALargeFrame) {
+    options.program = LUMIVAR_PROGRAM;
+    const ToolResult result =
+        render("a.####.exr", "0", {"--size", "4096x2048", "--compression", "rle"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    if (result.peak_bytes == 0) {
+        GTEST_SKIP() << "the sanitizer's own memory is no measure";
+    }
+    constexpr double kFloatImage = 4096.0 * 2048 * 16;
+    EXPECT_GE(result.peak_bytes, kFloatImage);
+    EXPECT_LT(result.peak_bytes, 1.5 * kFloatImage);
+}
+
 TEST_F(RenderShot, RendersEveryFrameAnewUnlessToldOtherwise) {
     EXPECT_EQ(counts("0-3", {}), "4 rendered, 0 kept");
     EXPECT_EQ(counts("0-3", {}), "4 rendered, 0 kept");

@@ -24,6 +24,21 @@ namespace {
 /// A copy of this process has none of its threads: the picture library must not wait for any there.
 const bool kWithoutThreads = OIIO::attribute("threads", 1) && OIIO::attribute("exr_threads", -1);
 
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kAddressSanitizer = true;
+#elif defined(__has_feature)
+constexpr bool kAddressSanitizer = __has_feature(address_sanitizer);
+#else
+constexpr bool kAddressSanitizer = false;
+#endif
+
+// Linux counts in KiB, macOS in bytes.
+#if defined(__APPLE__)
+constexpr unsigned long kMaxrssUnit = 1;
+#else
+constexpr unsigned long kMaxrssUnit = 1024;
+#endif
+
 std::string temporary_file() {
     std::string name = (std::filesystem::temp_directory_path() / "lumivar-run-XXXXXX").string();
     const int descriptor = mkstemp(name.data());
@@ -117,7 +132,8 @@ void ToolProcess::send(int signal) const { OSAPI::kill(id_, signal); }
 
 ToolResult ToolProcess::wait() {
     int status = 0;
-    if (waitpid(id_, &status, 0) != id_) {
+    rusage used = {};
+    if (wait4(id_, &status, 0, &used) != id_) {
         throw std::runtime_error("lost the child");
     }
     id_ = -1;
@@ -126,6 +142,9 @@ ToolResult ToolProcess::wait() {
         result.code = WEXITSTATUS(status);
     } else {
         result.signal = WTERMSIG(status);
+    }
+    if (!kAddressSanitizer) {
+        result.peak_bytes = static_cast<unsigned long>(used.ru_maxrss) * kMaxrssUnit;
     }
     result.out = take_file(out_file_);
     result.err = take_file(err_file_);

@@ -14,6 +14,9 @@ struct ToolResult {
     int signal = 0;   ///< the signal that ended it, or 0
     std::string out;  ///< standard output
     std::string err;  ///< standard error
+    /// The most memory that the run, or a process that it started, held at a time; 0 under the
+    /// address sanitizer, which holds more.
+    unsigned long peak_bytes = 0;
 };
 
 struct ToolOptions {

@@ -205,6 +205,8 @@ void render_command(const RenderArguments& arguments) {
     host::RenderOptions options;
     options.depth = depth;
     options.blank_input = true;
+    // The plug-in's pixels are opaque, so that no drawn one is taken for a mark.
+    options.mark = std::byte{};
     options.input_padding = 0;  // whose bytes would be touched in every row
     if (!arguments.size.empty()) {
         std::tie(options.width, options.height) = parse_size(arguments.size);

@@ -26,8 +26,9 @@ void delete_MyInstance(void* instance);
 /// (0 to 255), 16-bit (0 to 32768) or float ARGB; the result is opaque whatever the image's alpha.
 /// Integer codes are rounded half up; what lies beyond their range becomes the range's end, what is
 /// not a number 0; floats are copied as they are. Throws `StrXception` for any other format, before
-/// anything is written.
-void convert_image(const Kelv::Image& image, PF_PixelFormat format, PF_EffectWorld* output);
+/// anything is written. A large image gives its memory back on the way: what it holds is undefined
+/// afterwards.
+void convert_image(Kelv::Image& image, PF_PixelFormat format, PF_EffectWorld* output);
 
 /// Whether an image's 32-bit sizes can hold a frame of four floats a pixel.
 bool float_image_fits(int width, int height);

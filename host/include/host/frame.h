@@ -34,7 +34,8 @@ struct RenderOptions {
     int output_padding = kDefaultRowPadding;
     int input_padding = kDefaultRowPadding + 16;
     /// What every byte of the output holds before the plug-in draws. A picture that changes with
-    /// it has pixels that the plug-in left undrawn.
+    /// it has pixels that the plug-in left undrawn. With zeros, transparent black counts as
+    /// undrawn, and what is not drawn yet takes no memory.
     std::byte mark = kDefaultMark;
     /// The input layer is blank and not looked at afterwards, for frames that are wanted for their
     /// picture: at large sizes the layer costs as much memory as the frame otherwise.

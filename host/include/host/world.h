@@ -102,7 +102,7 @@ public:
     void fill(const Rect& area, const std::array<std::uint8_t, 4>& argb);
 
     /// Sets every byte of every pixel to `value`, so that `marked_pixels` counts what was not
-    /// drawn.
+    /// drawn. A new world is marked with zeros, which take no memory until they are drawn over.
     void mark(std::byte value = kDefaultMark);
     /// Pixels that still hold the mark, byte for byte.
     std::size_t marked_pixels() const;
@@ -138,7 +138,7 @@ private:
     int row_bytes_ = 0;
     std::size_t guard_ = 0;  ///< bytes on either side
     std::size_t size_ = 0;
-    std::byte mark_ = kDefaultMark;
+    std::byte mark_{};
     struct Free {
         void operator()(std::byte* bytes) const { std::free(bytes); }
     };
