@@ -64,6 +64,38 @@ TEST_P(PictureReading, NeverTakesDamageForMoreThanAFailure) {
     }
 }
 
+TEST(PictureReadingOfNames, FindsLettersOfAllAlphabets) {
+    const ScratchFolder folder;
+    const std::vector<float> pixels(4);
+    for (const char* const name : {"a.jpg", "a.png", "a.exr", "a.tif"}) {
+        lumivar::PictureInfo info;
+        info.details = {{"scene", "Sch\u00fctze \u5357\u6597.json"}, {"fingerprint", "0123"}};
+        lumivar::write_picture(folder / name, {pixels.data(), 16, 1, 1}, info, {});
+        EXPECT_EQ(read_picture_details(folder / name)["scene"], "Sch\u00fctze \u5357\u6597.json")
+            << name;
+    }
+    EXPECT_NE(read_file(folder / "a.png").find("iTXtlumivar:scene"), std::string::npos)
+        << "the kind of text that is UTF-8";
+}
+
+TEST(PictureReadingOfLongTexts, FindsWhatComesLast) {
+    // Beyond what a marker of a .jpg holds, with and without a line's end to part it at.
+    const ScratchFolder folder;
+    const std::vector<float> pixels(4);
+    for (const char* const name : {"a.jpg", "a.png", "a.exr", "a.tif"}) {
+        for (const std::size_t length : {std::size_t{65000}, std::size_t{200000}}) {
+            lumivar::PictureInfo info;
+            info.title = "Star field";
+            info.details = {{"long", std::string(length, 'x')},
+                            {"other", std::string(length, 'y')},
+                            {"fingerprint", "0123"}};
+            lumivar::write_picture(folder / name, {pixels.data(), 16, 1, 1}, info, {});
+            EXPECT_EQ(read_picture_details(folder / name)["fingerprint"], "0123")
+                << name << " behind " << length;
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Formats, PictureReading,
                          testing::Values("a.exr", "a.png", "a.jpg", "a.tif"),
                          [](const auto& format) { return std::string(format.param).substr(2); });

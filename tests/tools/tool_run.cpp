@@ -26,8 +26,6 @@ const bool kWithoutThreads = OIIO::attribute("threads", 1) && OIIO::attribute("e
 
 #if defined(__SANITIZE_ADDRESS__)
 constexpr bool kAddressSanitizer = true;
-#elif defined(__has_feature)
-constexpr bool kAddressSanitizer = __has_feature(address_sanitizer);
 #else
 constexpr bool kAddressSanitizer = false;
 #endif

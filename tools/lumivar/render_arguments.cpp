@@ -45,7 +45,7 @@ void add_render_arguments(Command& command, RenderArguments& arguments) {
         "NAME.mp4: a film of the frames too, as a .png of the same command would show them");
     Argument resume = command.add_flag(
         "--resume", arguments.resume,
-        "Render only what is missing, damaged or made of other things than it would be now");
+        "Render only what is missing, unreadable or made of other things than it would be now");
     resume.excludes(command.add_flag("--skip-existing", arguments.skip_existing,
                                      "Leave every picture alone that is there, whatever it holds"));
     command

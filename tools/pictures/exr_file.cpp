@@ -25,6 +25,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "failure.h"
@@ -58,11 +59,15 @@ public:
         keep(
             [&] { file_.write(std::as_bytes(std::span(bytes, static_cast<std::size_t>(count)))); });
         position_ += static_cast<std::uint64_t>(count);
+        if (went_back_) {
+            keep([&] { block_table_.append(bytes, static_cast<std::size_t>(count)); });
+        }
     }
     std::uint64_t tellp() override { return position_; }
     void seekp(std::uint64_t position) override {
         if (position != position_) {
             keep([&] { file_.seek(position); });
+            went_back_ = position < position_;
             position_ = position;
         }
     }
@@ -71,6 +76,19 @@ public:
         if (failure_) {
             std::rethrow_exception(failure_);
         }
+    }
+    /// Whether the library has gone back and told where each block of rows lies: it passes over
+    /// blocks that could not be packed, for want of memory say, and over a failure to tell, without
+    /// a word. A block that is missing lies at 0.
+    bool has_all_blocks() const {
+        constexpr std::size_t kPlaceBytes = 8;
+        const std::string_view table = block_table_;
+        for (std::size_t at = 0; at < table.size(); at += kPlaceBytes) {
+            if (table.substr(at, kPlaceBytes).find_first_not_of('\0') == std::string_view::npos) {
+                return false;
+            }
+        }
+        return !table.empty() && table.size() % kPlaceBytes == 0;
     }
 
 private:
@@ -87,6 +105,8 @@ private:
     AtomicFile& file_;
     std::uint64_t position_ = 0;
     std::exception_ptr failure_;
+    bool went_back_ = false;
+    std::string block_table_;
 };
 
 Imf::Compression library_compression(ExrCompression compression) {
@@ -247,6 +267,10 @@ void write_exr(AtomicFile& file, const FrameView& frame, const PictureInfo& info
     }
     // The library writes its last table when the file is taken down, where nothing may be thrown.
     stream.rethrow();
+    if (!stream.has_all_blocks()) {
+        throw Failure("cannot write " + file.path().string() +
+                      ": not all rows could be packed; is there memory left?");
+    }
 }
 
 PictureDetails read_exr_details(const std::filesystem::path& path) {

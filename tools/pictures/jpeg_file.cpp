@@ -6,14 +6,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 // Behind the C library's, whose types its header takes for granted.
 #include <jpeglib.h>
 
 #include <csetjmp>
+#include <exception>
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "failure.h"
@@ -44,6 +45,44 @@ void take_trouble(Trouble& trouble) {
     trouble.error_exit = note_error;
     trouble.output_message = print_nothing;
     trouble.text = {};
+}
+
+/// Hands the library's bytes on to the file, some at a time. What the file throws is kept, since
+/// the library is of C.
+struct Destination : jpeg_destination_mgr {
+    AtomicFile* file = nullptr;
+    std::exception_ptr failure;
+    std::array<JOCTET, 65536> buffer;
+
+    /// Writes what is in the buffer but for its last `unused` bytes, and empties it.
+    bool write(std::size_t unused) {
+        try {
+            file->write(std::as_bytes(std::span(buffer.data(), buffer.size() - unused)));
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        next_output_byte = buffer.data();
+        free_in_buffer = buffer.size();
+        return !failure;
+    }
+};
+
+Destination& destination(j_compress_ptr jpeg) { return *static_cast<Destination*>(jpeg->dest); }
+void begin_writing(j_compress_ptr jpeg) {
+    jpeg->dest->next_output_byte = destination(jpeg).buffer.data();
+    jpeg->dest->free_in_buffer = destination(jpeg).buffer.size();
+}
+/// The library asks when the buffer is full, whatever it says of the bytes that are free.
+boolean write_buffer(j_compress_ptr jpeg) {
+    if (!destination(jpeg).write(0)) {
+        jpeg->err->error_exit(reinterpret_cast<j_common_ptr>(jpeg));
+    }
+    return TRUE;
+}
+void end_writing(j_compress_ptr jpeg) {
+    if (!destination(jpeg).write(jpeg->dest->free_in_buffer)) {
+        jpeg->err->error_exit(reinterpret_cast<j_common_ptr>(jpeg));
+    }
 }
 
 void append_number(std::string& bytes, std::uint32_t number, int size) {
@@ -81,20 +120,35 @@ std::string exif_of(const std::string& description) {
     return bytes.size() > kLongestMarker ? "" : bytes;
 }
 
-void write_marker(jpeg_compress_struct& jpeg, int marker, const std::string& bytes) {
-    if (!bytes.empty() && bytes.size() <= kLongestMarker) {
+void write_marker(jpeg_compress_struct& jpeg, int marker, std::string_view bytes) {
+    if (!bytes.empty()) {
         jpeg_write_marker(&jpeg, marker, reinterpret_cast<const JOCTET*>(bytes.data()),
                           static_cast<unsigned int>(bytes.size()));
     }
 }
 
+/// In as many markers as it takes, of whole lines where lines are shorter than a marker. The end of
+/// a marker stands for the end of its last line.
+void write_comments(jpeg_compress_struct& jpeg, std::string_view text) {
+    while (text.size() > kLongestMarker) {
+        const std::size_t line_end = text.rfind('\n', kLongestMarker);
+        const bool found = line_end != std::string_view::npos && line_end > 0;
+        write_marker(jpeg, JPEG_COM, text.substr(0, found ? line_end : kLongestMarker));
+        text.remove_prefix(found ? line_end + 1 : kLongestMarker);
+    }
+    write_marker(jpeg, JPEG_COM, text);
+}
+
 /// Between `setjmp` and the end no object with a destructor is made. False: the library jumped
 /// back.
-bool write_all(jpeg_compress_struct& jpeg, Trouble& trouble, const SampleRows& rows,
-               const std::string& comment, const std::string& exif, std::byte* row) {
+bool write_all(jpeg_compress_struct& jpeg, Trouble& trouble, Destination& to,
+               const SampleRows& rows, std::string_view comment, std::string_view exif,
+               std::byte* row) {
     if (setjmp(trouble.back) != 0) {
         return false;
     }
+    jpeg_create_compress(&jpeg);
+    jpeg.dest = &to;
     jpeg.image_width = static_cast<JDIMENSION>(rows.width);
     jpeg.image_height = static_cast<JDIMENSION>(rows.height);
     jpeg.input_components = 3;
@@ -108,7 +162,7 @@ bool write_all(jpeg_compress_struct& jpeg, Trouble& trouble, const SampleRows& r
     }
     jpeg_start_compress(&jpeg, TRUE);
     write_marker(jpeg, JPEG_APP0 + 1, exif);
-    write_marker(jpeg, JPEG_COM, comment);
+    write_comments(jpeg, comment);
     for (int y = 0; y < rows.height; ++y) {
         rows.read(y, row);
         auto* samples = reinterpret_cast<JSAMPROW>(row);
@@ -124,6 +178,7 @@ bool read_all(jpeg_decompress_struct& jpeg, Trouble& trouble, const std::string&
     if (setjmp(trouble.back) != 0) {
         return false;
     }
+    jpeg_create_decompress(&jpeg);
     jpeg_mem_src(&jpeg, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
     jpeg_save_markers(&jpeg, JPEG_COM, 0xFFFF);
     jpeg_read_header(&jpeg, TRUE);
@@ -148,25 +203,27 @@ bool read_all(jpeg_decompress_struct& jpeg, Trouble& trouble, const std::string&
 }  // namespace
 
 void write_jpeg(AtomicFile& file, const SampleRows& rows, const PictureInfo& info) {
-    struct Target {
-        unsigned char* bytes = nullptr;
-        unsigned long size = 0;
-        ~Target() { std::free(bytes); }
-    } target;
+    const std::string description = description_of(info);
+    const std::string exif = exif_of(description);
+    std::vector<std::byte> row(rows.row_bytes());
+    Destination to;
+    to.init_destination = begin_writing;
+    to.empty_output_buffer = write_buffer;
+    to.term_destination = end_writing;
+    to.file = &file;
     Trouble trouble;
     take_trouble(trouble);
     jpeg_compress_struct jpeg = {};
     jpeg.err = &trouble;
-    jpeg_create_compress(&jpeg);
+    // What was never made is nothing to take down.
     const auto destroy = [](jpeg_compress_struct* made) { jpeg_destroy_compress(made); };
     const std::unique_ptr<jpeg_compress_struct, decltype(destroy)> owner(&jpeg, destroy);
-    jpeg_mem_dest(&jpeg, &target.bytes, &target.size);
-    const std::string description = description_of(info);
-    std::vector<std::byte> row(rows.row_bytes());
-    if (!write_all(jpeg, trouble, rows, description, exif_of(description), row.data())) {
+    if (!write_all(jpeg, trouble, to, rows, description, exif, row.data())) {
+        if (to.failure) {
+            std::rethrow_exception(to.failure);
+        }
         throw Failure("cannot write " + file.path().string() + ": " + trouble.text.data());
     }
-    file.write(std::as_bytes(std::span(target.bytes, target.size)));
 }
 
 PictureDetails read_jpeg_details(const std::filesystem::path& path) {
@@ -176,7 +233,6 @@ PictureDetails read_jpeg_details(const std::filesystem::path& path) {
     take_trouble(trouble);
     jpeg_decompress_struct jpeg = {};
     jpeg.err = &trouble;
-    jpeg_create_decompress(&jpeg);
     const auto destroy = [](jpeg_decompress_struct* made) { jpeg_destroy_decompress(made); };
     const std::unique_ptr<jpeg_decompress_struct, decltype(destroy)> owner(&jpeg, destroy);
     std::vector<JSAMPLE> row;

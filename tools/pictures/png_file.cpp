@@ -92,6 +92,8 @@ Texts texts_of(const PictureInfo& info) {
     return texts;
 }
 
+bool is_ascii(char character) { return static_cast<unsigned char>(character) < 0x80; }
+
 std::vector<png_text> chunks_of(Texts& texts) {
     // The format's own limit; a control with a longer name has it in the description alone.
     static constexpr std::size_t kLongestKey = 79;
@@ -101,10 +103,16 @@ std::vector<png_text> chunks_of(Texts& texts) {
     chunks.reserve(texts.size());
     for (auto& [key, value] : texts) {
         png_text chunk = {};
-        chunk.compression = PNG_TEXT_COMPRESSION_NONE;
         chunk.key = key.data();
         chunk.text = value.data();
-        chunk.text_length = value.size();
+        // The plain kind of text is Latin-1 by definition.
+        if (std::all_of(value.begin(), value.end(), is_ascii)) {
+            chunk.compression = PNG_TEXT_COMPRESSION_NONE;
+            chunk.text_length = value.size();
+        } else {
+            chunk.compression = PNG_ITXT_COMPRESSION_NONE;
+            chunk.itxt_length = value.size();
+        }
         chunks.push_back(chunk);
     }
     return chunks;
@@ -166,7 +174,9 @@ void add_texts(png_structp png, png_infop header, PictureDetails& details) {
     png_textp texts = nullptr;
     const int count = png_get_text(png, header, &texts, nullptr);
     for (const png_text& text : std::span(texts, static_cast<std::size_t>(std::max(count, 0)))) {
-        add_attribute(text.key, std::string_view(text.text, text.text_length), details);
+        const std::size_t length =
+            text.compression >= PNG_ITXT_COMPRESSION_NONE ? text.itxt_length : text.text_length;
+        add_attribute(text.key, std::string_view(text.text, length), details);
     }
 }
 

@@ -36,8 +36,12 @@ int note_error(TIFF*, void* target, const char*, const char* format, std::va_lis
     std::array<char, 500> text{};
     std::vsnprintf(text.data(), text.size(), format, arguments);
     auto& told = static_cast<Target*>(target)->text;
-    if (told.empty()) {
-        told = text.data();
+    try {
+        if (told.empty()) {
+            told = text.data();
+        }
+    } catch (const std::bad_alloc&) {
+        // Then it is told without its text.
     }
     return 1;
 }
@@ -92,29 +96,43 @@ std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> quiet_options(
 
 using Tiff = std::unique_ptr<TIFF, decltype(&TIFFClose)>;
 
-void set_tags(TIFF* tiff, const SampleRows& rows, const PictureInfo& info) {
+// The library leaves out without a word what it has no memory for.
+bool tells_of_alpha(TIFF* tiff) {
+    std::uint16_t count = 0;
+    const std::uint16_t* kinds = nullptr;
+    return TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) == 1 && count == 1 &&
+           kinds != nullptr && *kinds == EXTRASAMPLE_ASSOCALPHA;
+}
+bool has_text(TIFF* tiff, std::uint32_t tag) {
+    const char* text = nullptr;
+    return TIFFGetField(tiff, tag, &text) == 1 && text != nullptr;
+}
+
+/// False: a tag could not be set, for want of memory say.
+bool set_tags(TIFF* tiff, const SampleRows& rows, const PictureInfo& info) {
     const bool floats = rows.kind == SampleKind::Floats;
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(rows.width));
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(rows.height));
-    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, rows.channels);
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, static_cast<int>(8 * sample_bytes(rows.kind)));
-    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, floats ? SAMPLEFORMAT_IEEEFP : SAMPLEFORMAT_UINT);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
-    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
-    if (rows.channels == 4) {
-        const std::uint16_t alpha = EXTRASAMPLE_ASSOCALPHA;
-        TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &alpha);
-    }
-    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
-    TIFFSetField(tiff, TIFFTAG_PREDICTOR, floats ? PREDICTOR_FLOATINGPOINT : PREDICTOR_HORIZONTAL);
+    const int bits = static_cast<int>(8 * sample_bytes(rows.kind));
+    const int format = floats ? SAMPLEFORMAT_IEEEFP : SAMPLEFORMAT_UINT;
+    const int predictor = floats ? PREDICTOR_FLOATINGPOINT : PREDICTOR_HORIZONTAL;
     constexpr int kRowsInStrip = 32;
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, kRowsInStrip);
-    TIFFSetField(tiff, TIFFTAG_SOFTWARE, kProgramVersion);
+    const std::uint16_t alpha = EXTRASAMPLE_ASSOCALPHA;
     const std::string description = description_of(info);
-    if (!description.empty()) {
-        TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, description.c_str());
-    }
+    const auto set = [tiff](std::uint32_t tag, auto... values) {
+        return TIFFSetField(tiff, tag, values...) == 1;
+    };
+    return set(TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(rows.width)) &&
+           set(TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(rows.height)) &&
+           set(TIFFTAG_SAMPLESPERPIXEL, rows.channels) && set(TIFFTAG_BITSPERSAMPLE, bits) &&
+           set(TIFFTAG_SAMPLEFORMAT, format) && set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB) &&
+           set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) &&
+           set(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT) &&
+           (rows.channels != 4 || (set(TIFFTAG_EXTRASAMPLES, 1, &alpha) && tells_of_alpha(tiff))) &&
+           set(TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE) &&
+           set(TIFFTAG_PREDICTOR, predictor) && set(TIFFTAG_ROWSPERSTRIP, kRowsInStrip) &&
+           set(TIFFTAG_SOFTWARE, kProgramVersion) &&
+           (description.empty() || set(TIFFTAG_IMAGEDESCRIPTION, description.c_str())) &&
+           has_text(tiff, TIFFTAG_SOFTWARE) &&
+           (description.empty() || has_text(tiff, TIFFTAG_IMAGEDESCRIPTION));
 }
 
 /// Throws what went wrong meanwhile, if anything did.
@@ -140,7 +158,7 @@ void write_tiff(AtomicFile& file, const SampleRows& rows, const PictureInfo& inf
                                 seek, close_nothing, size_of, nullptr, nullptr, options.get()),
               TIFFClose);
     require_written(target, tiff != nullptr);
-    set_tags(tiff.get(), rows, info);
+    require_written(target, set_tags(tiff.get(), rows, info));
     std::vector<std::byte> row(rows.row_bytes());
     for (int y = 0; y < rows.height; ++y) {
         rows.read(y, row.data());
@@ -176,7 +194,8 @@ PictureDetails read_tiff_details(const std::filesystem::path& path) {
     }
     PictureDetails details;
     const char* description = nullptr;
-    if (TIFFGetField(tiff.get(), TIFFTAG_IMAGEDESCRIPTION, &description) == 1) {
+    if (TIFFGetField(tiff.get(), TIFFTAG_IMAGEDESCRIPTION, &description) == 1 &&
+        description != nullptr) {
         add_described(description, details);
     }
     if (!target.text.empty()) {
