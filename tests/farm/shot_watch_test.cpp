@@ -26,9 +26,9 @@ public:
             }
             return std::to_string(submitted.size());
         };
-        engine.active = [](const std::string&) { return std::set<std::size_t>(); };
+        engine.tasks = [](const std::string&) { return lumivar::FarmTasks(); };
         events.submitted = [](const std::string&, std::size_t) {};
-        events.looked = [](std::size_t, std::size_t) {};
+        events.looked = [](std::size_t, const lumivar::FarmTasks&) {};
         events.failed = [this](std::size_t chunk, const lumivar::ChunkResult&) {
             failed.push_back(chunk);
         };
@@ -72,7 +72,7 @@ TEST(ShotWatch, GivesUpAfterTheTries) {
     const auto results = farm.watch();
     EXPECT_EQ(farm.submitted, (Rounds{{0, 1, 2}, {1}}));
     EXPECT_FALSE(results[1].succeeded);
-    EXPECT_EQ(results[1].missing, (std::vector<int>{3, 4}));
+    EXPECT_FALSE(results[1].missing);
     EXPECT_EQ(results[1].why, "its task ended without a word");
 }
 
@@ -81,12 +81,14 @@ TEST(ShotWatch, WaitsForTasksThatAreThere) {
     farm.chunks = {{1}};
     farm.outcomes = {{0, {""}}};
     int looks = 0;
-    farm.engine.active = [&](const std::string&) {
+    farm.engine.tasks = [&](const std::string&) {
         // Far beyond the time that a result may be late.
         if (++looks == 60) {
             write_file(farm.folder / lumivar::result_file(0), "\n0\n");
         }
-        return std::set<std::size_t>{0};
+        lumivar::FarmTasks tasks;
+        (looks % 2 == 0 ? tasks.waiting : tasks.running).insert(0);
+        return tasks;
     };
     EXPECT_TRUE(farm.watch()[0].succeeded);
     EXPECT_EQ(looks, 60);
@@ -97,7 +99,7 @@ TEST(ShotWatch, BearsAnEngineThatDoesNotAnswerForAWhile) {
     farm.chunks = {{1}};
     farm.outcomes = {{0, {""}}};
     int looks = 0;
-    farm.engine.active = [&](const std::string&) -> std::set<std::size_t> {
+    farm.engine.tasks = [&](const std::string&) -> lumivar::FarmTasks {
         if (++looks < 4) {
             throw lumivar::Failure("Slurm does not answer");
         }
@@ -106,10 +108,96 @@ TEST(ShotWatch, BearsAnEngineThatDoesNotAnswerForAWhile) {
     };
     EXPECT_TRUE(farm.watch()[0].succeeded);
     farm.tries.clear();
-    farm.engine.active = [](const std::string&) -> std::set<std::size_t> {
+    farm.engine.tasks = [](const std::string&) -> lumivar::FarmTasks {
         throw lumivar::Failure("Slurm does not answer");
     };
+    const auto results = farm.watch();
+    EXPECT_FALSE(results[0].succeeded);
+    EXPECT_EQ(results[0].why, "Slurm does not answer");
+}
+
+TEST(ShotWatch, WaitsForAResultThatIsShownLate) {
+    Farm farm;
+    farm.chunks = {{1}};
+    farm.outcomes = {{0, {""}}};
+    farm.rules.lateness = milliseconds(60000);
+    int looks = 0;
+    farm.engine.tasks = [&](const std::string&) {
+        // The task is gone from the first look on.
+        if (++looks == 30) {
+            write_file(farm.folder / lumivar::result_file(0), "\n0\n");
+        }
+        return lumivar::FarmTasks();
+    };
+    EXPECT_TRUE(farm.watch()[0].succeeded);
+    EXPECT_EQ(farm.submitted.size(), 1U);
+}
+
+TEST(ShotWatch, LeavesCancelledChunksAlone) {
+    Farm farm;
+    farm.rules.lateness = milliseconds(60000);  // a cancelled one is not waited for
+    farm.outcomes = {{0, {"\n0\n"}}, {1, {""}}, {2, {"\n143\n"}}};
+    farm.engine.tasks = [](const std::string&) {
+        lumivar::FarmTasks tasks;
+        tasks.cancelled = {1, 2};
+        return tasks;
+    };
+    const auto results = farm.watch();
+    EXPECT_EQ(farm.submitted.size(), 1U);
+    EXPECT_TRUE(results[0].succeeded);
+    EXPECT_EQ(results[1].why, "its task was cancelled");
+    EXPECT_EQ(results[2].why, "exit status 143");
+}
+
+TEST(ShotWatch, DoesNotTryAgainWhatCannotBeDone) {
+    Farm farm;
+    farm.outcomes = {{0, {"\n0\n"}}, {1, {"2\n"}}, {2, {"\n0\n"}}};
+    const auto results = farm.watch();
+    EXPECT_EQ(farm.submitted.size(), 1U);
+    EXPECT_FALSE(results[1].succeeded);
+    EXPECT_TRUE(results[1].is_useless);
+}
+
+TEST(ShotWatch, KeepsWhatEachTryTold) {
+    Farm farm;
+    farm.chunks = {{1, 2}};
+    const std::string first = R"({"frames":{"rendered":1},"missing":"2"})";
+    const std::string second = R"({"frames":{"rendered":1},"missing":""})";
+    farm.outcomes = {{0, {first + "\n1\n", "", second + "\n0\n"}}};
+    EXPECT_EQ(farm.watch()[0].summaries, (std::vector<std::string>{first, second}));
+}
+
+TEST(ShotWatch, BearsThatAChunkIsNotTakenAgainAtOnce) {
+    Farm farm;
+    farm.chunks = {{1}};
+    farm.outcomes = {{0, {"\n1\n", "\n0\n"}}};
+    farm.rules.silence = milliseconds(60000);
+    const auto submit = farm.engine.submit;
+    int calls = 0;
+    farm.engine.submit = [&](const std::vector<std::size_t>& due) {
+        if (++calls == 2 || calls == 3) {
+            throw lumivar::Failure("Slurm did not take the job");
+        }
+        return submit(due);
+    };
+    EXPECT_TRUE(farm.watch()[0].succeeded);
+    EXPECT_EQ(calls, 4);
+    // Nothing is under way before the first: the user is told at once.
+    farm.tries.clear();
+    calls = 1;
     EXPECT_THROW(farm.watch(), lumivar::Failure);
+    EXPECT_EQ(calls, 2);
+    // What was tried once is not lost for a job that is not taken any more.
+    farm.tries.clear();
+    farm.rules.silence = milliseconds(5);
+    calls = 0;
+    farm.engine.submit = [&](const std::vector<std::size_t>& due) {
+        if (++calls > 1) {
+            throw lumivar::Failure("Slurm did not take the job");
+        }
+        return submit(due);
+    };
+    EXPECT_EQ(farm.watch()[0].why, "Slurm did not take the job");
 }
 
 }  // namespace

@@ -56,36 +56,36 @@ TEST(SlurmScript, RendersTheFramesOfItsTask) {
               "[--progress][none][--jobs][1][--set][Tint Color=#ffc880][$(touch oops)]\n0\n");
     EXPECT_FALSE(fs::exists(folder / "oops"));
     EXPECT_FALSE(fs::exists(job.state + "/result.2.part"));
-    const auto result = lumivar::chunk_result(job.state, 2, {21, 23, 25});
+    const auto result = lumivar::chunk_result(job.state, 2);
     ASSERT_TRUE(result);
     EXPECT_TRUE(result->succeeded);
-    EXPECT_TRUE(result->missing.empty());
 }
 
 TEST(SlurmScript, TellsHowItsTaskFailed) {
     const ScratchFolder folder;
     const lumivar::ChunkJob job = job_in(folder, 1);
     EXPECT_NE(run_task(folder, job, "0"), 0);
-    const auto result = lumivar::chunk_result(job.state, 0, {1, 2});
+    const auto result = lumivar::chunk_result(job.state, 0);
     ASSERT_TRUE(result);
     EXPECT_FALSE(result->succeeded);
     EXPECT_EQ(result->why, "last words");
-    EXPECT_EQ(result->missing, (std::vector<int>{1, 2}));
+    EXPECT_FALSE(result->missing) << "it did not say which";
+    EXPECT_FALSE(result->is_useless);
     lumivar::forget_result(job.state, 0);
-    EXPECT_FALSE(lumivar::chunk_result(job.state, 0, {1, 2}));
-    EXPECT_EQ(lumivar::lost_chunk(job.state, 0, {1, 2}).why, "its task ended without a word");
+    EXPECT_FALSE(lumivar::chunk_result(job.state, 0));
+    EXPECT_EQ(lumivar::lost_chunk(job.state, 0, "it is gone").why, "it is gone");
 }
 
-TEST(ChunkResult, CountsWhatTheRenderTold) {
+TEST(ChunkResult, HasWhatTheRenderTold) {
     const ScratchFolder folder;
-    write_file(folder / "result.7.txt",
-               R"({"frames":{"asked":4,"rendered":1,"kept":2,"failed":[]},"missing":"9"})"
-               "\n1\n");
-    const auto result = lumivar::chunk_result(folder.path(), 7, {6, 7, 8, 9});
+    const std::string told =
+        R"({"frames":{"asked":4,"rendered":1,"kept":2,"failed":[]},"missing":"9"})";
+    write_file(folder / "result.7.txt", told + "\n1\n");
+    const auto result = lumivar::chunk_result(folder.path(), 7);
     ASSERT_TRUE(result);
-    EXPECT_EQ(result->rendered, 1U);
-    EXPECT_EQ(result->kept, 2U);
-    EXPECT_EQ(result->missing, std::vector<int>{9});
+    EXPECT_EQ(result->summaries, std::vector<std::string>{told});
+    ASSERT_TRUE(result->missing);
+    EXPECT_EQ(*result->missing, std::vector<int>{9});
     EXPECT_EQ(result->why, "exit status 1");
 }
 

@@ -18,6 +18,8 @@ namespace {
 using nlohmann::json;
 
 constexpr std::size_t kMostText = std::size_t{1} << 24;
+/// With which `lumivar` refuses a command line.
+constexpr const char* kUselessStatus = "2";
 
 std::string whole_text(const fs::path& path) {
     try {
@@ -46,8 +48,7 @@ std::string log_words(const fs::path& state, std::size_t chunk, const std::strin
 
 }  // namespace
 
-std::optional<ChunkResult> chunk_result(const fs::path& state, std::size_t chunk,
-                                        const std::vector<int>& frames) {
+std::optional<ChunkResult> chunk_result(const fs::path& state, std::size_t chunk) {
     const fs::path path = state / result_file(chunk);
     std::error_code error;
     if (!fs::exists(path, error)) {
@@ -57,15 +58,15 @@ std::optional<ChunkResult> chunk_result(const fs::path& state, std::size_t chunk
     const std::string status = last_line(text);
     ChunkResult result;
     result.succeeded = status == "0";
-    result.missing = result.succeeded ? std::vector<int>() : frames;
+    result.is_useless = status == kUselessStatus;
     if (!result.succeeded) {
         result.why = log_words(state, chunk, "exit status " + status);
     }
-    const json object = json::parse(text.substr(0, text.find('\n')), nullptr, false);
+    const std::string summary = text.substr(0, text.find('\n'));
+    const json object = json::parse(summary, nullptr, false);
     // A command line that cannot be used prints no result.
     if (object.is_object() && object.contains("frames")) {
-        result.rendered = object["frames"].value("rendered", std::size_t{0});
-        result.kept = object["frames"].value("kept", std::size_t{0});
+        result.summaries = {summary};
         const std::string missing = object.value("missing", "");
         if (!result.succeeded && !missing.empty()) {
             result.missing = parse_frame_range(missing, "missing frames");
@@ -74,10 +75,9 @@ std::optional<ChunkResult> chunk_result(const fs::path& state, std::size_t chunk
     return result;
 }
 
-ChunkResult lost_chunk(const fs::path& state, std::size_t chunk, const std::vector<int>& frames) {
+ChunkResult lost_chunk(const fs::path& state, std::size_t chunk, const std::string& why) {
     ChunkResult result;
-    result.missing = frames;
-    result.why = log_words(state, chunk, "its task ended without a word");
+    result.why = log_words(state, chunk, why);
     return result;
 }
 

@@ -4,7 +4,9 @@
 #include <map>
 #include <numeric>
 #include <optional>
+#include <set>
 #include <thread>
+#include <utility>
 
 #include "failure.h"
 
@@ -12,6 +14,10 @@ namespace lumivar {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+bool is_there(const FarmTasks& tasks, std::size_t chunk) {
+    return tasks.waiting.count(chunk) != 0 || tasks.running.count(chunk) != 0;
+}
 
 class Watch {
 public:
@@ -29,9 +35,17 @@ public:
     std::vector<ChunkResult> run() {
         std::vector<std::size_t> due(chunks_.size());
         std::iota(due.begin(), due.end(), std::size_t{0});
-        while (!due.empty()) {
-            hand_over(due);
-            due = settle(due);
+        open_ = {due.begin(), due.end()};
+        try {
+            while (!due.empty()) {
+                hand_over(due);
+                due = settle(due);
+            }
+        } catch (const Failure& failure) {
+            if (name_.empty()) {
+                throw;  // nothing is under way
+            }
+            give_up(failure.what());
         }
         return results_;
     }
@@ -42,44 +56,63 @@ private:
             forget_result(state_, chunk);
             ++tries_[chunk];
         }
-        name_ = engine_.submit(due);
+        // A job that is under way is not lost for an answer that stays away once.
+        const auto start = Clock::now();
+        for (bool taken = false; !taken;) {
+            try {
+                name_ = engine_.submit(due);
+                taken = true;
+            } catch (const Failure&) {
+                if (name_.empty() || Clock::now() - start >= rules_.silence) {
+                    throw;
+                }
+                std::this_thread::sleep_for(rules_.between_looks);
+            }
+        }
         events_.submitted(name_, due.size());
     }
 
     /// Waits for these chunks; those that are to be tried again.
     std::vector<std::size_t> settle(const std::vector<std::size_t>& due) {
-        std::set<std::size_t> open(due.begin(), due.end());
+        std::set<std::size_t> out(due.begin(), due.end());
         std::vector<std::size_t> again;
         std::map<std::size_t, Clock::time_point> gone;
-        while (!open.empty()) {
+        while (!out.empty()) {
             std::this_thread::sleep_for(rules_.between_looks);
-            const std::optional<std::set<std::size_t>> active = look();
-            for (auto chunk = open.begin(); chunk != open.end();) {
-                std::optional<ChunkResult> result = chunk_result(state_, *chunk, chunks_[*chunk]);
-                if (!result && active && active->count(*chunk) == 0) {
+            const std::optional<FarmTasks> tasks = look();
+            for (auto chunk = out.begin(); chunk != out.end();) {
+                const bool cancelled = tasks && tasks->cancelled.count(*chunk) != 0;
+                std::optional<ChunkResult> result = chunk_result(state_, *chunk);
+                if (!result && cancelled) {
+                    result = lost_chunk(state_, *chunk, "its task was cancelled");
+                } else if (tasks && is_there(*tasks, *chunk)) {
+                    gone.erase(*chunk);  // the engine itself may start it again
+                } else if (!result && tasks) {
                     const auto since = gone.try_emplace(*chunk, Clock::now()).first->second;
                     if (Clock::now() - since >= rules_.lateness) {
-                        result = lost_chunk(state_, *chunk, chunks_[*chunk]);
+                        result = lost_chunk(state_, *chunk, "its task ended without a word");
                     }
                 }
                 if (!result) {
                     ++chunk;
                     continue;
                 }
-                take(*chunk, *result, again);
-                chunk = open.erase(chunk);
+                take(*chunk, std::move(*result), cancelled, again);
+                chunk = out.erase(chunk);
             }
-            events_.looked(settled_, active ? active->size() : 0);
+            if (tasks) {
+                events_.looked(chunks_.size() - open_.size(), *tasks);
+            }
         }
         std::sort(again.begin(), again.end());
         return again;
     }
 
-    std::optional<std::set<std::size_t>> look() {
+    std::optional<FarmTasks> look() {
         try {
-            const std::set<std::size_t> active = engine_.active(name_);
+            FarmTasks tasks = engine_.tasks(name_);
             silent_since_.reset();
-            return active;
+            return tasks;
         } catch (const Failure&) {
             silent_since_ = silent_since_.value_or(Clock::now());
             if (Clock::now() - *silent_since_ >= rules_.silence) {
@@ -89,17 +122,27 @@ private:
         }
     }
 
-    void take(std::size_t chunk, const ChunkResult& result, std::vector<std::size_t>& again) {
-        // Frames of an earlier try count too: this one found them there.
-        results_[chunk] = result;
-        if (!result.succeeded) {
-            events_.failed(chunk, result);
-            if (tries_[chunk] < rules_.tries) {
+    void take(std::size_t chunk, ChunkResult result, bool cancelled,
+              std::vector<std::size_t>& again) {
+        std::vector<std::string> summaries = std::move(results_[chunk].summaries);
+        summaries.insert(summaries.end(), result.summaries.begin(), result.summaries.end());
+        result.summaries = std::move(summaries);
+        results_[chunk] = std::move(result);
+        if (!results_[chunk].succeeded) {
+            events_.failed(chunk, results_[chunk]);
+            if (!cancelled && !results_[chunk].is_useless && tries_[chunk] < rules_.tries) {
                 again.push_back(chunk);
                 return;
             }
         }
-        ++settled_;
+        open_.erase(chunk);
+    }
+
+    void give_up(const std::string& why) {
+        for (const std::size_t chunk : open_) {
+            results_[chunk].missing.reset();
+            results_[chunk].why = why;
+        }
     }
 
     const FarmEngine& engine_;
@@ -110,7 +153,7 @@ private:
     std::vector<ChunkResult> results_;
     std::vector<int> tries_;
     std::string name_;
-    std::size_t settled_ = 0;
+    std::set<std::size_t> open_;  ///< chunks that are not settled
     std::optional<Clock::time_point> silent_since_;
 };
 

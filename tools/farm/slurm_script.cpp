@@ -4,20 +4,25 @@
 #include "shell_words.h"
 
 namespace lumivar {
-namespace {
 
-/// Slurm parts the lines of its options at blanks.
-std::string option_line(const std::string& name, const std::string& value) {
-    if (value.empty()) {
-        return "";
-    }
-    if (value.find_first_of(" \t\n\"'\\#") != std::string::npos) {
-        throw UsageError("--" + name + " \"" + value + "\" is no word that Slurm takes");
-    }
-    return "#SBATCH --" + name + "=" + value + "\n";
+std::vector<std::string> slurm_options(const SlurmNeeds& needs) {
+    std::vector<std::string> options;
+    const auto add = [&options](const std::string& name, const std::string& value) {
+        if (value.empty()) {
+            return;
+        }
+        // Slurm parts the lines of its options at blanks.
+        if (value.find_first_of(" \t\n\"'\\#") != std::string::npos) {
+            throw UsageError("--" + name + " \"" + value + "\" is no word that Slurm takes");
+        }
+        options.push_back("--" + name + "=" + value);
+    };
+    add("partition", needs.partition);
+    add("cpus-per-task", needs.cpus ? std::to_string(*needs.cpus) : "");
+    add("mem", needs.memory);
+    add("time", needs.time);
+    return options;
 }
-
-}  // namespace
 
 std::string result_file(std::size_t chunk) { return "result." + std::to_string(chunk) + ".txt"; }
 std::string log_file(std::size_t chunk) { return "log." + std::to_string(chunk) + ".txt"; }
@@ -29,11 +34,11 @@ std::string slurm_script(const ChunkJob& job) {
         "task.\n"
         "#SBATCH --job-name=lumivar\n"
         "#SBATCH --output=/dev/null\n";
-    script += option_line("array", job.chunks > 1 ? "0-" + std::to_string(job.chunks - 1) : "0");
-    script += option_line("partition", job.needs.partition);
-    script += option_line("cpus-per-task", job.needs.cpus ? std::to_string(*job.needs.cpus) : "");
-    script += option_line("mem", job.needs.memory);
-    script += option_line("time", job.needs.time);
+    script +=
+        "#SBATCH --array=0" + (job.chunks > 1 ? "-" + std::to_string(job.chunks - 1) : "") + "\n";
+    for (const std::string& option : slurm_options(job.needs)) {
+        script.append("#SBATCH ").append(option).append("\n");
+    }
     script += "\nstate=" + quoted(job.state) +
               "\n"
               "task=${SLURM_ARRAY_TASK_ID:?is set by Slurm}\n"

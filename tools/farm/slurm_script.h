@@ -27,6 +27,9 @@ struct ChunkJob {
     SlurmNeeds needs;
 };
 
+/// Options of `sbatch`, "--mem=4G". Throws `UsageError` for what is no word.
+std::vector<std::string> slurm_options(const SlurmNeeds& needs);
+
 /// The script for a job array with a task for each chunk. Throws `UsageError` for texts that do not
 /// go into a script.
 std::string slurm_script(const ChunkJob& job);

@@ -1,5 +1,9 @@
 #include "render_arguments.h"
 
+#include <CLI/CLI.hpp>
+
+#include "failure.h"
+
 namespace lumivar {
 
 void add_render_arguments(Command& command, RenderArguments& arguments) {
@@ -82,6 +86,20 @@ void add_render_arguments(Command& command, RenderArguments& arguments) {
         "  lumivar render scenes/orion-pan.json -o pan.####.exr --frames 0-23 --preview pan.mp4\n"
         "  lumivar render scenes/orion.json -o sky.FACE.exr --cube-map 2048\n"
         "  lumivar render scenes/orion.json -o mine.exr --catalogue ~/stars/mine.stars\n");
+}
+
+RenderArguments parse_render_arguments(const std::vector<std::string>& words) {
+    CLI::App app("", "lumivar render");
+    Command command(&app);
+    RenderArguments arguments;
+    add_render_arguments(command, arguments);
+    try {
+        // The library takes them from the back.
+        app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+    } catch (const CLI::Error& error) {
+        throw UsageError(error.what());
+    }
+    return arguments;
 }
 
 }  // namespace lumivar

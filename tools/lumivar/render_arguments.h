@@ -39,4 +39,7 @@ struct RenderArguments {
 /// command has run.
 void add_render_arguments(Command& command, RenderArguments& arguments);
 
+/// What these words behind `lumivar render` say. Throws `UsageError` for what it would not take.
+RenderArguments parse_render_arguments(const std::vector<std::string>& words);
+
 }  // namespace lumivar

@@ -35,6 +35,7 @@
 #include "render_arguments.h"
 #include "render_request.h"
 #include "render_run.h"
+#include "render_shots.h"
 #include "render_summary.h"
 #include "run_hints.h"
 #include "shot_plan.h"
@@ -117,31 +118,6 @@ std::vector<std::pair<std::string, std::string>> option_texts(const RenderArgume
 }
 
 /// Of a cube each shot six times, a face each.
-std::vector<Shot> shots_of(const RenderArguments& arguments, const host::Composition& composition) {
-    if (!arguments.cube_side) {
-        return plan_shots(arguments.shots, composition, FrameNames(arguments.picture));
-    }
-    constexpr int kLargestSide = 16384;
-    if (*arguments.cube_side < 1 || *arguments.cube_side > kLargestSide) {
-        throw UsageError("--cube-map takes the pixels of a face's side, 1 to " +
-                         std::to_string(kLargestSide));
-    }
-    std::vector<Shot> shots;
-    for (std::size_t face = 0; face < kCubeFaces.size(); ++face) {
-        const FrameNames names(face_pattern(arguments.picture, kCubeFaces[face]));
-        for (Shot& shot : plan_shots(arguments.shots, composition, names)) {
-            shot.scene = face;
-            shot.face = kCubeFaces[face];
-            shots.push_back(std::move(shot));
-        }
-    }
-    // Frame by frame, so that whole cubes appear one after the other.
-    std::stable_sort(shots.begin(), shots.end(), [](const Shot& a, const Shot& b) {
-        return a.time.seconds() < b.time.seconds();
-    });
-    return shots;
-}
-
 Existing existing_of(const RenderArguments& arguments) {
     if (arguments.resume) {
         return Existing::Resume;
@@ -284,10 +260,11 @@ void render_command(const RenderArguments& arguments) {
     const SummaryFacts facts{
         arguments.scene, arguments.picture, depth_text(depth), content_text(content), jobs,
         run.seconds()};
+    const RunSummary summary = summary_of(run, shots, facts);
     if (arguments.json) {
-        std::printf("%s\n", summary_json(run, shots, facts).c_str());
+        std::printf("%s\n", summary_json(summary).c_str());
     } else if (run.missing().size() < shots.size()) {
-        std::printf("%s", summary_text(run, shots, facts).c_str());
+        std::printf("%s", summary_text(summary, shots).c_str());
         for (const std::string& line :
              magnitude_lines(player.session(), scene, shots.front().time, shots.back().time,
                              options.width != 0 ? options.width : scene.composition.width,

@@ -3,11 +3,11 @@
 #include <base/string.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <nlohmann/json.hpp>
 #include <utility>
 
 #include "counted.h"
+#include "failure.h"
 #include "frame_range.h"
 
 namespace lumivar {
@@ -17,113 +17,216 @@ using nlohmann::json;
 
 constexpr std::size_t kSlowest = 5;
 
-/// A frame that was rendered; all have the same size. Nothing when none was.
-const FrameReport* any_rendered(const RenderRun& run) {
-    const auto found = std::find_if(run.reports().rbegin(), run.reports().rend(),
-                                    [](const auto& entry) { return !entry.second.kept; });
-    return found == run.reports().rend() ? nullptr : &found->second;
+void keep_slowest(std::vector<RunSummary::Slow>& frames) {
+    std::stable_sort(
+        frames.begin(), frames.end(), [](const RunSummary::Slow& a, const RunSummary::Slow& b) {
+            return a.render_seconds + a.write_seconds > b.render_seconds + b.write_seconds;
+        });
+    frames.resize(std::min(frames.size(), kSlowest));
 }
 
-/// The places of the shots that took longest, longest first.
-std::vector<std::size_t> slowest(const RenderRun& run) {
-    std::vector<std::pair<double, std::size_t>> times;
-    for (const auto& [item, report] : run.reports()) {
-        if (!report.kept) {
-            times.emplace_back(-(report.render_seconds + report.write_seconds), item);
-        }
+/// Size and catalogue, of whichever knows them.
+void take_frame(RunSummary& to, const RunSummary& from) {
+    if (to.width == 0) {
+        to.width = from.width;
+        to.height = from.height;
+        to.catalogue = from.catalogue;
+        to.stars = from.stars;
     }
-    std::sort(times.begin(), times.end());
-    times.resize(std::min(times.size(), kSlowest));
-    std::vector<std::size_t> items;
-    items.reserve(times.size());
-    for (const auto& [time, item] : times) {
-        items.push_back(item);
-    }
-    return items;
+    to.depth = to.depth.empty() ? from.depth : to.depth;
+    to.picture = to.picture.empty() ? from.picture : to.picture;
 }
 
-std::string slowest_table(const RenderRun& run) {
+std::string slowest_table(const RunSummary& summary) {
     std::string text = "  slowest frames   to draw  to write\n";
-    for (const std::size_t item : slowest(run)) {
-        const FrameReport& report = run.reports().at(item);
-        text += String::fmt("  %-14s %7.2f s %7.2f s\n", run.name_of(item).c_str(),
-                            report.render_seconds, report.write_seconds)
+    for (const RunSummary::Slow& frame : summary.slowest) {
+        const std::string name =
+            (frame.frame ? "frame " + std::to_string(*frame.frame) : summary.output) +
+            (frame.face.empty() ? "" : " " + frame.face);
+        text += String::fmt("  %-14s %7.2f s %7.2f s\n", name.c_str(), frame.render_seconds,
+                            frame.write_seconds)
                     .c_str();
     }
     return text;
 }
 
+json number_or_null(const std::optional<int>& number) {
+    return number ? json(*number) : json(nullptr);
+}
+std::optional<int> number_of(const json& value) {
+    return value.is_number_integer() ? std::optional(value.get<int>()) : std::nullopt;
+}
+
 }  // namespace
 
-std::string summary_text(const RenderRun& run, const std::vector<Shot>& shots,
-                         const SummaryFacts& facts) {
-    std::string text = (shots.size() == 1 ? shots.front().path : facts.output) + ": ";
-    const FrameReport* const report = any_rendered(run);
-    if (report != nullptr) {
-        text += std::to_string(report->width) + "x" + std::to_string(report->height) + ", " +
-                facts.depth + ", ";
+RunSummary summary_of(const RenderRun& run, const std::vector<Shot>& shots,
+                      const SummaryFacts& facts) {
+    RunSummary summary;
+    summary.scene = facts.scene;
+    summary.output = facts.output;
+    summary.depth = facts.depth;
+    summary.picture = facts.picture;
+    summary.jobs = facts.jobs;
+    summary.seconds = facts.seconds;
+    summary.asked = shots.size();
+    summary.rendered = static_cast<std::size_t>(run.rendered());
+    summary.kept = static_cast<std::size_t>(run.kept());
+    for (const auto& [item, report] : run.reports()) {
+        if (!report.kept) {
+            // All have the same size.
+            summary.width = report.width;
+            summary.height = report.height;
+            summary.catalogue = report.catalogue;
+            summary.stars = report.stars;
+            summary.slowest.push_back(
+                {shots[item].frame, shots[item].face, report.render_seconds, report.write_seconds});
+        }
+    }
+    keep_slowest(summary.slowest);
+    for (const auto& [item, error] : run.failures()) {
+        summary.failed.push_back({shots[item].frame, shots[item].path, error});
+    }
+    for (const std::size_t item : run.missing()) {
+        if (shots[item].frame) {
+            summary.missing.push_back(*shots[item].frame);
+        }
+    }
+    summary.missing.erase(std::unique(summary.missing.begin(), summary.missing.end()),
+                          summary.missing.end());
+    return summary;
+}
+
+std::string summary_text(const RunSummary& summary, const std::vector<Shot>& shots) {
+    std::string text = (shots.size() == 1 ? shots.front().path : summary.output) + ": ";
+    if (summary.width != 0) {
+        text += std::to_string(summary.width) + "x" + std::to_string(summary.height) + ", " +
+                summary.depth + ", ";
     }
     text += shown_time(shots.front());
     if (shots.size() > 1) {
         text += " to " + shown_time(shots.back());
     }
-    if (report != nullptr) {
+    if (summary.width != 0) {
         text += ", catalogue " +
-                (report->catalogue.empty()
+                (summary.catalogue.empty()
                      ? "none"
-                     : report->catalogue + " (" + counted(report->stars, "star", "stars") + ")") +
-                ", " + facts.picture;
+                     : summary.catalogue + " (" + counted(summary.stars, "star", "stars") + ")") +
+                ", " + summary.picture;
     }
-    if (run.kept() > 0) {
-        text += ", " + counted(run.kept(), "frame", "frames") + " kept";
+    if (summary.kept > 0) {
+        text += ", " + counted(summary.kept, "frame", "frames") + " kept";
     }
-    text += String::fmt(", %.2f s\n", facts.seconds).c_str();
-    if (run.rendered() > kSlowest) {
-        text += slowest_table(run);
+    text += String::fmt(", %.2f s\n", summary.seconds).c_str();
+    if (summary.rendered > kSlowest) {
+        text += slowest_table(summary);
     }
     return text;
 }
 
-std::string summary_json(const RenderRun& run, const std::vector<Shot>& shots,
-                         const SummaryFacts& facts) {
-    json object = {{"scene", facts.scene},     {"output", facts.output}, {"depth", facts.depth},
-                   {"picture", facts.picture}, {"jobs", facts.jobs},     {"seconds", facts.seconds},
-                   {"width", nullptr},         {"height", nullptr},      {"catalogue", nullptr}};
-    if (const FrameReport* const report = any_rendered(run)) {
-        object["width"] = report->width;
-        object["height"] = report->height;
-        if (!report->catalogue.empty()) {
-            object["catalogue"] = {{"name", report->catalogue}, {"stars", report->stars}};
-        }
+std::string summary_json(const RunSummary& summary) {
+    json object = {{"scene", summary.scene},  {"output", summary.output},
+                   {"depth", summary.depth},  {"picture", summary.picture},
+                   {"jobs", summary.jobs},    {"seconds", summary.seconds},
+                   {"width", nullptr},        {"height", nullptr},
+                   {"catalogue", nullptr},    {"missing", frame_range_text(summary.missing)},
+                   {"slowest", json::array()}};
+    if (summary.width != 0) {
+        object["width"] = summary.width;
+        object["height"] = summary.height;
     }
-    const auto number_of = [&shots](std::size_t item) {
-        return shots[item].frame ? json(*shots[item].frame) : json(nullptr);
-    };
+    if (!summary.catalogue.empty()) {
+        object["catalogue"] = {{"name", summary.catalogue}, {"stars", summary.stars}};
+    }
     json failed = json::array();
-    for (const auto& [item, error] : run.failures()) {
-        failed.push_back(
-            {{"frame", number_of(item)}, {"picture", shots[item].path}, {"error", error}});
+    for (const RunSummary::Failed& picture : summary.failed) {
+        failed.push_back({{"frame", number_or_null(picture.frame)},
+                          {"picture", picture.picture},
+                          {"error", picture.error}});
     }
-    object["frames"] = {{"asked", shots.size()},
-                        {"rendered", run.rendered()},
-                        {"kept", run.kept()},
+    object["frames"] = {{"asked", summary.asked},
+                        {"rendered", summary.rendered},
+                        {"kept", summary.kept},
                         {"failed", failed}};
-    std::vector<int> missing;
-    for (const std::size_t item : run.missing()) {
-        if (shots[item].frame) {
-            missing.push_back(*shots[item].frame);
+    for (const RunSummary::Slow& frame : summary.slowest) {
+        object["slowest"].push_back({{"frame", number_or_null(frame.frame)},
+                                     {"render_seconds", frame.render_seconds},
+                                     {"write_seconds", frame.write_seconds}});
+        if (!frame.face.empty()) {
+            object["slowest"].back()["face"] = frame.face;
         }
-    }
-    missing.erase(std::unique(missing.begin(), missing.end()), missing.end());
-    object["missing"] = frame_range_text(missing);
-    object["slowest"] = json::array();
-    for (const std::size_t item : slowest(run)) {
-        const FrameReport& report = run.reports().at(item);
-        object["slowest"].push_back({{"frame", number_of(item)},
-                                     {"render_seconds", report.render_seconds},
-                                     {"write_seconds", report.write_seconds}});
     }
     return object.dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
+std::optional<RunSummary> parse_summary(const std::string& text) {
+    try {
+        const json object = json::parse(text);
+        RunSummary summary;
+        object.at("scene").get_to(summary.scene);
+        object.at("output").get_to(summary.output);
+        object.at("depth").get_to(summary.depth);
+        object.at("picture").get_to(summary.picture);
+        object.at("jobs").get_to(summary.jobs);
+        object.at("seconds").get_to(summary.seconds);
+        if (!object.at("width").is_null()) {
+            object.at("width").get_to(summary.width);
+            object.at("height").get_to(summary.height);
+        }
+        if (const json& catalogue = object.at("catalogue"); !catalogue.is_null()) {
+            catalogue.at("name").get_to(summary.catalogue);
+            catalogue.at("stars").get_to(summary.stars);
+        }
+        const json& frames = object.at("frames");
+        frames.at("asked").get_to(summary.asked);
+        frames.at("rendered").get_to(summary.rendered);
+        frames.at("kept").get_to(summary.kept);
+        for (const json& picture : frames.at("failed")) {
+            summary.failed.push_back({number_of(picture.at("frame")),
+                                      picture.at("picture").get<std::string>(),
+                                      picture.at("error").get<std::string>()});
+        }
+        if (const auto missing = object.at("missing").get<std::string>(); !missing.empty()) {
+            summary.missing = parse_frame_range(missing, "missing frames");
+        }
+        for (const json& frame : object.at("slowest")) {
+            summary.slowest.push_back({number_of(frame.at("frame")), frame.value("face", ""),
+                                       frame.at("render_seconds").get<double>(),
+                                       frame.at("write_seconds").get<double>()});
+        }
+        return summary;
+    } catch (const json::exception&) {
+        return std::nullopt;
+    } catch (const Failure&) {
+        return std::nullopt;
+    }
+}
+
+RunSummary together_in_turn(const std::vector<RunSummary>& tries) {
+    RunSummary whole;
+    for (const RunSummary& one : tries) {
+        const std::size_t rendered_before = whole.rendered;
+        std::vector<RunSummary::Slow> slowest = std::move(whole.slowest);
+        slowest.insert(slowest.end(), one.slowest.begin(), one.slowest.end());
+        keep_slowest(slowest);
+        RunSummary sum = one;
+        take_frame(sum, whole);
+        sum.slowest = std::move(slowest);
+        sum.rendered = rendered_before + one.rendered;
+        // What an earlier try has rendered this one found there.
+        sum.kept = one.kept - std::min(one.kept, rendered_before);
+        whole = std::move(sum);
+    }
+    return whole;
+}
+
+void add_part(RunSummary& whole, const RunSummary& part) {
+    take_frame(whole, part);
+    whole.jobs = std::max(whole.jobs, part.jobs);
+    whole.rendered += part.rendered;
+    whole.kept += part.kept;
+    whole.failed.insert(whole.failed.end(), part.failed.begin(), part.failed.end());
+    whole.slowest.insert(whole.slowest.end(), part.slowest.begin(), part.slowest.end());
+    keep_slowest(whole.slowest);
 }
 
 }  // namespace lumivar
