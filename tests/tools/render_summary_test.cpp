@@ -18,6 +18,8 @@ RunSummary some_summary() {
     summary.picture = "linear light";
     summary.jobs = 2;
     summary.seconds = 1.5;
+    summary.render_seconds = 2.0;
+    summary.write_seconds = 0.75;
     summary.width = 1920;
     summary.height = 1080;
     summary.catalogue = "hipparcos.stars";
@@ -55,6 +57,7 @@ TEST(RenderSummary, CountsEveryFrameOfSeveralTriesOnce) {
     RunSummary first;
     first.rendered = 4;
     first.kept = 3;
+    first.render_seconds = 1.5;
     first.width = 64;
     first.slowest = {{3, "", 1.0, 0.0}};
     RunSummary second;
@@ -65,10 +68,12 @@ TEST(RenderSummary, CountsEveryFrameOfSeveralTriesOnce) {
     second.slowest = {{8, "", 2.0, 0.0}, {7, "", 0.5, 0.0}};
     RunSummary third;
     third.rendered = 1;
+    third.render_seconds = 0.25;
     third.kept = 9;
     const RunSummary whole = lumivar::together_in_turn({first, second, third});
     EXPECT_EQ(whole.rendered, 7U);
     EXPECT_EQ(whole.kept, 3U);
+    EXPECT_EQ(whole.render_seconds, 1.75);
     EXPECT_TRUE(whole.failed.empty());
     EXPECT_EQ(whole.width, 64);
     ASSERT_EQ(whole.slowest.size(), 3U);
@@ -88,6 +93,7 @@ TEST(RenderSummary, AddsUpTheParts) {
     EXPECT_EQ(whole.asked, 12U);
     EXPECT_EQ(whole.rendered, 6U);
     EXPECT_EQ(whole.kept, 4U);
+    EXPECT_EQ(whole.write_seconds, 1.5);
     EXPECT_EQ(whole.failed.size(), 2U);
     EXPECT_EQ(whole.width, 1920);
     EXPECT_EQ(whole.depth, "float");

@@ -78,6 +78,8 @@ RunSummary summary_of(const RenderRun& run, const std::vector<Shot>& shots,
             summary.height = report.height;
             summary.catalogue = report.catalogue;
             summary.stars = report.stars;
+            summary.render_seconds += report.render_seconds;
+            summary.write_seconds += report.write_seconds;
             summary.slowest.push_back(
                 {shots[item].frame, shots[item].face, report.render_seconds, report.write_seconds});
         }
@@ -124,11 +126,18 @@ std::string summary_text(const RunSummary& summary, const std::vector<Shot>& sho
 }
 
 std::string summary_json(const RunSummary& summary) {
-    json object = {{"scene", summary.scene},  {"output", summary.output},
-                   {"depth", summary.depth},  {"picture", summary.picture},
-                   {"jobs", summary.jobs},    {"seconds", summary.seconds},
-                   {"width", nullptr},        {"height", nullptr},
-                   {"catalogue", nullptr},    {"missing", frame_range_text(summary.missing)},
+    json object = {{"scene", summary.scene},
+                   {"output", summary.output},
+                   {"depth", summary.depth},
+                   {"picture", summary.picture},
+                   {"jobs", summary.jobs},
+                   {"seconds", summary.seconds},
+                   {"render_seconds", summary.render_seconds},
+                   {"write_seconds", summary.write_seconds},
+                   {"width", nullptr},
+                   {"height", nullptr},
+                   {"catalogue", nullptr},
+                   {"missing", frame_range_text(summary.missing)},
                    {"slowest", json::array()}};
     if (summary.width != 0) {
         object["width"] = summary.width;
@@ -168,6 +177,8 @@ std::optional<RunSummary> parse_summary(const std::string& text) {
         object.at("picture").get_to(summary.picture);
         object.at("jobs").get_to(summary.jobs);
         object.at("seconds").get_to(summary.seconds);
+        object.at("render_seconds").get_to(summary.render_seconds);
+        object.at("write_seconds").get_to(summary.write_seconds);
         if (!object.at("width").is_null()) {
             object.at("width").get_to(summary.width);
             object.at("height").get_to(summary.height);
@@ -205,6 +216,8 @@ RunSummary together_in_turn(const std::vector<RunSummary>& tries) {
     RunSummary whole;
     for (const RunSummary& one : tries) {
         const std::size_t rendered_before = whole.rendered;
+        const double render_before = whole.render_seconds;
+        const double write_before = whole.write_seconds;
         std::vector<RunSummary::Slow> slowest = std::move(whole.slowest);
         slowest.insert(slowest.end(), one.slowest.begin(), one.slowest.end());
         keep_slowest(slowest);
@@ -212,6 +225,8 @@ RunSummary together_in_turn(const std::vector<RunSummary>& tries) {
         take_frame(sum, whole);
         sum.slowest = std::move(slowest);
         sum.rendered = rendered_before + one.rendered;
+        sum.render_seconds += render_before;
+        sum.write_seconds += write_before;
         // What an earlier try has rendered this one found there.
         sum.kept = one.kept - std::min(one.kept, rendered_before);
         whole = std::move(sum);
@@ -223,6 +238,8 @@ void add_part(RunSummary& whole, const RunSummary& part) {
     take_frame(whole, part);
     whole.jobs = std::max(whole.jobs, part.jobs);
     whole.rendered += part.rendered;
+    whole.render_seconds += part.render_seconds;
+    whole.write_seconds += part.write_seconds;
     whole.kept += part.kept;
     whole.failed.insert(whole.failed.end(), part.failed.begin(), part.failed.end());
     whole.slowest.insert(whole.slowest.end(), part.slowest.begin(), part.slowest.end());

@@ -32,7 +32,9 @@ struct RunSummary {
     std::string picture;  ///< "linear light"
     int jobs = 1;
     double seconds = 0.0;
-    int width = 0;  ///< of the frames; 0 where none was rendered
+    double render_seconds = 0.0;  ///< of all rendered frames together, in the plug-in
+    double write_seconds = 0.0;   ///< likewise, from its pixels to the pictures in their places
+    int width = 0;                ///< of the frames; 0 where none was rendered
     int height = 0;
     std::string catalogue;  ///< its name; empty: none
     std::uint64_t stars = 0;
@@ -64,9 +66,9 @@ std::string summary_text(const RunSummary& summary, const std::vector<Shot>& sho
 /// 1080, "depth": "float", "picture": "linear light", "catalogue": {"name": "hipparcos.stars",
 /// "stars": 117955}, "frames": {"asked": 24, "rendered": 20, "kept": 3, "failed": [{"frame": 12,
 /// "picture": "a.0012.exr", "error": "..."}]}, "missing": "12", "jobs": 2, "seconds": 1.5,
-/// "slowest": [{"frame": 7, "render_seconds": 0.2, "write_seconds": 0.1}]}; a face of a cube map
-/// has "face" there. What no rendered frame told is null; "missing" is a range, with the failed
-/// frames and those that were not begun.
+/// "render_seconds": 2.1, "write_seconds": 0.7, "slowest": [{"frame": 7, "render_seconds": 0.2,
+/// "write_seconds": 0.1}]}; a face of a cube map has "face" there. What no rendered frame told is
+/// null; "missing" is a range, with the failed frames and those that were not begun.
 std::string summary_json(const RunSummary& summary);
 
 /// Reads a line of `summary_json` back. Nothing for other texts.
