@@ -25,7 +25,7 @@ public:
     HostFrame(const HostFrame&) = delete;
     HostFrame& operator=(const HostFrame&) = delete;
 
-    void take(const Kelv::Image& image) {
+    void take(Kelv::Image& image) {
         convert_image(image, sizeof(Code) == 1 ? PF_PixelFormat_ARGB32 : PF_PixelFormat_ARGB64,
                       &world_);
     }

@@ -64,6 +64,24 @@ TEST_P(PictureReading, NeverTakesDamageForMoreThanAFailure) {
     }
 }
 
+TEST(PictureReadingOfClaims, TakesNoMemoryThatTheFileDoesNotHave) {
+    const ScratchFolder folder;
+    const std::vector<float> pixels(4);
+    lumivar::PictureInfo info;
+    info.details = {{"fingerprint", "0123"}};
+    const std::string path = folder / "a.exr";
+    lumivar::write_picture(path, {pixels.data(), 16, 1, 1}, info, {});
+    // Behind the names of the attribute and of its type stands its size, lowest byte first.
+    std::string bytes = read_file(path);
+    const std::string names("lumivar:fingerprint\0string\0", 27);
+    const std::size_t size = bytes.find(names) + names.size();
+    ASSERT_EQ(bytes[size], 4);
+    bytes[size + 3] = 0x70;  // 1.9 GB
+    write_file(path, bytes);
+    EXPECT_EQ(failure_of([&] { read_picture_details(path); }),
+              "cannot read the picture " + path + ": it is damaged, or of another program");
+}
+
 TEST(PictureReadingOfNames, FindsLettersOfAllAlphabets) {
     const ScratchFolder folder;
     const std::vector<float> pixels(4);

@@ -28,6 +28,7 @@
 #include <string_view>
 #include <vector>
 
+#include "exr_attributes.h"
 #include "failure.h"
 #include "halo.h"
 #include "linear_image.h"
@@ -280,6 +281,7 @@ PictureDetails read_exr_details(const std::filesystem::path& path) {
         constexpr int kLongestSide = 1 << 17;
         constexpr std::size_t kMostChannels = 64;
         Imf::Header::setMaxImageSize(kLongestSide, kLongestSide);
+        require_plausible_attributes(path);
         Imf::InputFile input(path.c_str(), kNoThreads);
         if (!input.isComplete()) {
             throw Failure("cannot read the picture " + path.string() + ": it was cut short");

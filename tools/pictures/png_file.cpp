@@ -8,10 +8,14 @@
 #include <bit>
 #include <csetjmp>
 #include <cstddef>
+#include <cstdint>
 #include <exception>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <span>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -170,6 +174,25 @@ bool read_all(png_structp png, png_infop header, png_infop end, std::vector<png_
     return true;
 }
 
+/// The library takes the memory that a chunk claims before it looks whether the file is that long.
+bool fit_chunks_into_the_file(const std::filesystem::path& path) {
+    std::error_code error;
+    const std::uintmax_t length = std::filesystem::file_size(path, error);
+    std::ifstream file(path, std::ios::binary);
+    constexpr std::streamoff kSignature = 8;
+    constexpr std::uintmax_t kAround = 12;  // its length, its name and its checksum
+    std::uintmax_t place = kSignature;
+    while (!error && place + kAround <= length) {
+        file.seekg(static_cast<std::streamoff>(place));
+        std::uintmax_t size = 0;
+        for (int digit = 0; digit < 4; ++digit) {
+            size = size << 8U | static_cast<unsigned int>(file.get() & 0xFF);
+        }
+        place += kAround + size;
+    }
+    return !error && place == length;
+}
+
 void add_texts(png_structp png, png_infop header, PictureDetails& details) {
     png_textp texts = nullptr;
     const int count = png_get_text(png, header, &texts, nullptr);
@@ -206,6 +229,9 @@ void write_png(AtomicFile& file, const SampleRows& rows, const PictureInfo& info
 
 PictureDetails read_png_details(const std::filesystem::path& path) {
     OSAPI::DiskFile file(path.c_str(), OSAPI::kRead);
+    if (!fit_chunks_into_the_file(path)) {
+        throw Failure("cannot read the picture " + path.string() + ": it was cut short");
+    }
     Trouble trouble;
     png_structp png =
         png_create_read_struct(PNG_LIBPNG_VER_STRING, &trouble, note_error, pass_over_warning);
