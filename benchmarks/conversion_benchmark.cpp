@@ -28,7 +28,7 @@ BENCHMARK(clear_frame);
 
 /// Whether both paths give codes that are one apart at most.
 template <class Code>
-bool agree(const Kelv::Image& image) {
+bool agree(Kelv::Image& image) {
     bench::HostFrame<Code> plain(kWidth, kHeight), fast(kWidth, kHeight);
     {
         const bench::DrawBy by(DrawPath::Plain);
