@@ -57,6 +57,7 @@ void lead_group() {
     }
 }
 
+bool end_with_parent() { return calls<ProcessCalls>().die_with_parent() == 0; }
 bool adopt_orphans() { return calls<ProcessCalls>().become_reaper() == 0; }
 
 std::vector<int> children() {

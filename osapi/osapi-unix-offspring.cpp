@@ -27,7 +27,8 @@ constexpr milliseconds kKillTime{5000};
 constexpr std::pair<int, const char*> kSignals[] = {
     {SIGABRT, "SIGABRT"}, {SIGBUS, "SIGBUS"},   {SIGFPE, "SIGFPE"},   {SIGILL, "SIGILL"},
     {SIGSEGV, "SIGSEGV"}, {SIGTRAP, "SIGTRAP"}, {SIGKILL, "SIGKILL"}, {SIGTERM, "SIGTERM"},
-    {SIGSYS, "SIGSYS"},   {SIGPIPE, "SIGPIPE"}, {SIGALRM, "SIGALRM"}};
+    {SIGSYS, "SIGSYS"},   {SIGPIPE, "SIGPIPE"}, {SIGALRM, "SIGALRM"}, {SIGINT, "SIGINT"},
+    {SIGHUP, "SIGHUP"}};
 
 }  // namespace
 

@@ -25,6 +25,14 @@ int become_reaper() {
     return -1;
 #endif
 }
+int die_with_parent() {
+#ifdef __linux__
+    return ::prctl(PR_SET_PDEATHSIG, static_cast<long>(SIGTERM), 0L, 0L, 0L);
+#else
+    errno = ENOSYS;
+    return -1;
+#endif
+}
 
 }  // namespace
 
@@ -39,6 +47,7 @@ ProcessCalls& calls() {
         .pause = ::pause,
         .sleep = ::sleep,
         .setpgid = ::setpgid,
+        .die_with_parent = die_with_parent,
         .become_reaper = become_reaper,
         .sigaction = ::sigaction,
         .geteuid = ::geteuid,

@@ -21,6 +21,17 @@ TEST(FrameNames, TakeThePercentOfPrintf) {
     EXPECT_EQ(FrameNames("%02d/pan.%03d.exr").name_of(5), "%02d/pan.005.exr");
 }
 
+TEST(FrameNames, HaveOnePlaceForTheNumber) {
+    try {
+        const FrameNames names("100%done.####.exr");
+        FAIL();
+    } catch (const lumivar::UsageError& failure) {
+        EXPECT_EQ(std::string(failure.what()),
+                  "the name \"100%done.####.exr\" has two places for a frame's number, %d and "
+                  "####; leave one");
+    }
+}
+
 TEST(FrameNames, CountTheMinusAmongTheCharacters) {
     EXPECT_EQ(FrameNames("pan.####.exr").name_of(-3), "pan.-003.exr");
     EXPECT_EQ(FrameNames("pan.%04d.exr").name_of(-3), "pan.-003.exr");

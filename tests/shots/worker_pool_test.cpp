@@ -1,6 +1,8 @@
 #include "worker_pool.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -12,6 +14,7 @@
 #include <vector>
 
 #include "failure.h"
+#include "support/scratch.h"
 
 namespace {
 
@@ -222,6 +225,52 @@ TEST(WorkerPool, FailsWhereWorkersDieBeforeTheyBegin) {
                   "cannot begin: its worker died (ended with exit code 1): "
                   "no plug-in");
     }
+}
+
+TEST(WorkerPool, GoesOnWhereALaterWorkerDiesBeforeItBegins) {
+    Heard heard;
+    const ScratchFolder folder;
+    const std::string mark = folder / "first";
+    const WorkerFunction work = [&mark](WorkerLink& link) {
+        // One makes the mark; another waits until that one has begun, and dies before it asks.
+        const int first = open(mark.c_str(), O_CREAT | O_EXCL, 0600);
+        const std::string second = mark + ".second";
+        const std::string begun = mark + ".begun";
+        if (first < 0 && close(open(second.c_str(), O_CREAT | O_EXCL, 0600)) == 0) {
+            while (access(begun.c_str(), F_OK) != 0) {
+                usleep(1000);
+            }
+            raise(SIGKILL);
+        }
+        while (const auto task = link.next().task) {
+            if (first >= 0) {
+                close(open(begun.c_str(), O_CREAT, 0600));
+            }
+            link.done(task->item, "done");
+        }
+    };
+    const PoolEnd end = run_worker_pool(200, 3, work, heard);
+    EXPECT_FALSE(end.stopped);
+    EXPECT_EQ(heard.done_texts.size(), 200U);
+    EXPECT_EQ(access((mark + ".second").c_str(), F_OK), 0) << "one has died";
+}
+
+TEST(WorkerPool, DoesAllByTheWorkersThatThereAre) {
+    // Three pipes for each worker: here are descriptors for two or three of them.
+    rlimit before = {};
+    getrlimit(RLIMIT_NOFILE, &before);
+    rlimit few = before;
+    const int next = dup(STDIN_FILENO);
+    few.rlim_cur = static_cast<rlim_t>(next) + 16;
+    close(next);
+    Heard heard;
+    setrlimit(RLIMIT_NOFILE, &few);
+    const PoolEnd end = run_worker_pool(40, 12, one_by_one(tell_process), heard);
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_FALSE(end.stopped);
+    EXPECT_EQ(heard.done_texts.size(), 40U);
+    ASSERT_EQ(heard.lines.size(), 1U);
+    EXPECT_EQ(heard.lines[0].rfind("only ", 0), 0U) << heard.lines[0];
 }
 
 TEST(WorkerPool, AnInterruptEndsTheWorkersWithinASecond) {

@@ -334,13 +334,141 @@ TEST_F(RenderShot, TellsAProgramWhatItDoesAndWhatCameOfIt) {
     EXPECT_EQ(object["missing"], "2");
     EXPECT_EQ(object["width"], 64);
     EXPECT_EQ(object["catalogue"]["stars"], 1);
+    // Up to the run's own end all lines are objects, what is said among them too.
     std::istringstream lines(result.err);
-    std::vector<std::string> states;
-    for (std::string line; std::getline(lines, line) && line.front() == '{';) {
-        states.push_back(json::parse(line).value("state", "start"));
+    std::vector<std::string> told;
+    for (std::string line; std::getline(lines, line);) {
+        if (told.size() == 4) {
+            EXPECT_EQ(line.rfind("lumivar: frame 2 of 2 frames is missing; ", 0), 0U) << line;
+            continue;
+        }
+        const json event = json::parse(line);
+        told.push_back(event["event"].get<std::string>() + " " + event.value("state", ""));
     }
-    EXPECT_EQ(states[0], "start");
-    EXPECT_EQ(states[1], "rendered");
+    EXPECT_EQ(told,
+              (std::vector<std::string>{"start ", "frame rendered", "message ", "frame failed"}))
+        << result.err;
+}
+
+TEST_F(RenderShot, WritesPicturesWithoutThreadsToo) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer has to come first";
+#endif
+    options.program = LUMIVAR_PROGRAM;
+    options.environment.push_back("LD_PRELOAD=" NO_THREADS);
+    const ToolResult result = render("a.####.exr", "0-3", {"--json", "--jobs", "2"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(json::parse(result.out)["frames"]["rendered"], 4);
+    EXPECT_EQ(names_in(folder / "out").size(), 4U);
+}
+
+TEST_F(RenderShot, SaysThatItsResultIsLost) {
+    options.program = LUMIVAR_PROGRAM;
+    options.output = "/dev/full";
+    const ToolResult result = render("a.####.exr", "0-3", {"--json"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_NE(result.err.find("lumivar: cannot write to standard output\n"), std::string::npos)
+        << result.err;
+}
+
+TEST_F(RenderShot, LeavesNothingOfAFilmThatIsInterrupted) {
+    // In place of the encoder: waits for its end, and says who it is.
+    write_file(folder / "ffmpeg", "#!/bin/sh\n[ \"$1\" = -version ] && exit\necho $$ >'" +
+                                      (folder / "encoder") + "'\nexec sleep 60\n");
+    chmod((folder / "ffmpeg").c_str(), 0755);
+    options.program = LUMIVAR_PROGRAM;
+    options.environment.push_back("PATH=" + folder.path() + ":/usr/bin:/bin");
+    ToolProcess run(command("a.####.png", "0-3", {"--preview", folder / "out/a.mp4"}), options);
+    std::string encoder;
+    wait_until([&] {
+        encoder = fs::exists(folder / "encoder") ? read_file(folder / "encoder") : "";
+        return !encoder.empty() && encoder.back() == '\n';
+    });
+    run.send(SIGTERM);
+    EXPECT_EQ(run.wait().signal, SIGTERM);
+    wait_until([&] { return kill(std::stoi(encoder), 0) != 0; });
+}
+
+TEST_F(RenderShot, MakesAFilmInAFolderOfAnyName) {
+    fs::create_directory(folder / "tmp/%03d");
+    options.environment = {"TMPDIR=" + (folder / "tmp/%03d")};
+    const ToolResult result = render("a.##.png", "0-2", {"--preview", folder / "out/a.mp4"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    fs::remove(folder / "tmp/%03d");
+}
+
+TEST_F(RenderShot, RendersCubesToALimitingMagnitude) {
+    const ToolResult result =
+        render("a.FACE.##.exr", "0-1", {"--cube-map", "16", "--limiting-magnitude", "6", "--json"});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(json::parse(result.out)["frames"]["rendered"], 12);
+}
+
+TEST_F(RenderShot, RefusesNamesThatDoNotSayWhereTheNumberOrTheFaceGoes) {
+    EXPECT_EQ(render("100%done.####.exr", "0-1").code, 2);
+    EXPECT_EQ(render("SURFACE.##.exr", "0-1", {"--cube-map", "16"}).code, 2);
+}
+
+TEST_F(RenderShot, ResumesPicturesOfAllFormats) {
+    for (const std::string end : {".png", ".tif", ".jpg"}) {
+        const std::string name = "b.####" + end;
+        ASSERT_EQ(render(name, "0-1").code, 0);
+        const std::string path = folder / ("out/b.0001" + end);
+        fs::resize_file(path, fs::file_size(path) - 20);
+        const json object = json::parse(render(name, "0-1", {"--resume", "--json"}).out);
+        EXPECT_EQ(object["frames"]["rendered"], 1) << end;
+        EXPECT_EQ(object["frames"]["kept"], 1) << end;
+    }
+}
+
+TEST_F(RenderShot, ResumesByWhatAColourConfigurationDoes) {
+    const auto table = [this](const char* last) {
+        write_file(
+            folder / "curve.spi1d",
+            std::string("Version 1\nFrom 0 1\nLength 2\nComponents 1\n{\n0\n") + last + "\n}\n");
+    };
+    table("1");
+    write_file(folder / "config.ocio", R"(ocio_profile_version: 1
+search_path: "."
+roles:
+  default: linear
+  scene_linear: linear
+displays:
+  screen:
+    - !<View> {name: Curve, colorspace: curved}
+colorspaces:
+  - !<ColorSpace>
+    name: linear
+  - !<ColorSpace>
+    name: half
+    to_reference: !<MatrixTransform> {matrix: [0.5, 0, 0, 0, 0, 0.5, 0, 0, 0, 0, 0.5, 0, 0, 0, 0, 1]}
+  - !<ColorSpace>
+    name: curved
+    from_reference: !<FileTransform> {src: curve.spi1d, interpolation: linear}
+)");
+    const auto rendered = [this](Arguments more) {
+        more.insert(more.end(), {"--resume", "--json", "--ocio", folder / "config.ocio"});
+        const ToolResult result = render("c.####.png", "0-1", more);
+        EXPECT_EQ(result.code, 0) << result.err;
+        return json::parse(result.out)["frames"]["rendered"].get<int>();
+    };
+    EXPECT_EQ(rendered({}), 2);
+    EXPECT_EQ(rendered({}), 0);
+    EXPECT_EQ(rendered({"--ocio-space", "half"}), 2) << "another space";
+    EXPECT_EQ(rendered({"--ocio-space", "half"}), 0);
+    table("0.5");
+    EXPECT_EQ(rendered({"--ocio-space", "half"}), 2) << "another table";
+    EXPECT_EQ(rendered({"--ocio-space", "half"}), 0);
+}
+
+TEST_F(RenderShot, GoesOnAsToldAfterAnInterrupt) {
+    write_file(folder / "one.stars", many_stars());
+    ToolProcess process(command("a.####.exr", "0-23", {"--size", "512x512", "--skip-existing"}),
+                        options);
+    wait_until([this] { return fs::exists(folder / "out/a.0000.exr"); });
+    process.send(SIGINT);
+    EXPECT_NE(process.wait().err.find(" are there; the same command renders the others\n"),
+              std::string::npos);
 }
 
 TEST_F(RenderShot, MakesAFilmWithTheColoursOfThePictures) {

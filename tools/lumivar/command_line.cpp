@@ -43,7 +43,8 @@ std::string usage_text(const CLI::App& program, const CLI::Error& error) {
 
 /// Output may still be in a buffer; that the disk is full shows only when it is flushed.
 int finish() {
-    if (std::fflush(stdout) != 0) {
+    // It may have been flushed before, in vain.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         return complain("cannot write to standard output", kExitFailure);
     }
     return kExitOk;

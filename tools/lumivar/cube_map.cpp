@@ -2,6 +2,7 @@
 
 #include <host/camera.h>
 
+#include <cctype>
 #include <cstddef>
 #include <memory>
 #include <utility>
@@ -77,7 +78,11 @@ std::vector<host::Scene> cube_scenes(const host::Scene& scene, int side) {
 std::string face_pattern(const std::string& pattern, const std::string& face) {
     const std::size_t place = pattern.rfind(kFacePlace);
     const std::size_t slash = pattern.rfind('/');
-    if (place == std::string::npos || (slash != std::string::npos && place < slash)) {
+    const auto is_letter = [&pattern](std::size_t at) {
+        return at < pattern.size() && std::isalpha(static_cast<unsigned char>(pattern[at])) != 0;
+    };
+    if (place == std::string::npos || (slash != std::string::npos && place < slash) ||
+        (place > 0 && is_letter(place - 1)) || is_letter(place + std::string(kFacePlace).size())) {
         throw UsageError("--cube-map writes six pictures: put FACE for the face into the name \"" +
                          pattern + "\", such as sky.FACE.####.exr");
     }

@@ -2,6 +2,7 @@
 
 #include <base/string.h>
 #include <osapi/files.h>
+#include <osapi/program.h>
 #include <sys/stat.h>
 
 #include <nlohmann/json.hpp>
@@ -11,7 +12,6 @@
 #include "diagnosis.h"
 #include "failure.h"
 #include "picture_file.h"
-#include "program_version.h"
 
 namespace lumivar {
 namespace fs = std::filesystem;
@@ -63,7 +63,8 @@ FrameFingerprints::FrameFingerprints(const RunInputs& inputs, const Player& play
                                      const host::Scene& scene, const std::vector<Shot>& shots)
     : player_(player), scene_(scene) {
     Fingerprint run;
-    run.add("program", kProgramVersion);
+    // Its build: halo, view and camera are its own work.
+    run.add("program", file_fingerprint(OSAPI::program_path().c_str()));
     run.add("module", file_fingerprint(player.module_file()));
     run.add("scene", canonical(inputs.scene_text));
     run.add("camera", text_of(inputs.camera));

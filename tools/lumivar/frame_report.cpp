@@ -1,10 +1,16 @@
 #include "frame_report.h"
 
+#include <algorithm>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 namespace lumivar {
 
 using nlohmann::json;
+
+namespace {
+constexpr float kBrightest = std::numeric_limits<float>::max();
+}  // namespace
 
 std::string report_text(const FrameReport& report) {
     const json object = {{"kept", report.kept},
@@ -12,7 +18,8 @@ std::string report_text(const FrameReport& report) {
                          {"write_seconds", report.write_seconds},
                          {"width", report.width},
                          {"height", report.height},
-                         {"brightest", report.brightest},
+                         // The format has no infinity.
+                         {"brightest", std::min(report.brightest, kBrightest)},
                          {"catalogue", report.catalogue},
                          {"stars", report.stars}};
     // A catalogue's name may be no text at all.

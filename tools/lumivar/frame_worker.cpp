@@ -5,8 +5,10 @@
 #include <chrono>
 #include <cstddef>
 #include <exception>
+#include <filesystem>
 #include <new>
 #include <optional>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -81,9 +83,17 @@ public:
             }
         } catch (...) {
             error_ = error_text();
+            std::error_code error;
+            // Something else of that name stands in the way of this picture alone.
+            is_for_all_ = !std::filesystem::exists(drawn_->path, error) ||
+                          std::filesystem::is_regular_file(drawn_->path, error);
             return;
         }
-        thread_ = std::thread([this] { write(); });
+        try {
+            thread_ = std::thread([this] { write(); });
+        } catch (const std::system_error&) {
+            write();  // a process that may have no more threads is slower and no worse
+        }
     }
 
     /// Waits for the picture that is being written, if there is one, and reports it.
@@ -99,7 +109,11 @@ public:
         const Drawn done = std::move(*drawn_);
         drawn_.reset();
         if (const auto error = std::exchange(error_, std::nullopt)) {
-            link_.failed_for_all(done.item, *error);
+            if (std::exchange(is_for_all_, true)) {
+                link_.failed_for_all(done.item, *error);
+            } else {
+                link_.failed(done.item, *error);
+            }
         } else {
             link_.done(done.item, report_text(done.report));
         }
@@ -136,13 +150,14 @@ private:
     std::optional<AtomicFile> file_;
     std::optional<AtomicFile> film_file_;
     std::optional<std::string> error_;
+    bool is_for_all_ = true;  ///< the error would befall all pictures
     std::thread thread_;
 };
 
 /// Whether the picture of a shot is as good as the one that would be made.
 bool is_to_be_kept(const FrameWork& work, const Shot& shot) {
     std::error_code error;
-    if (work.existing == Existing::Replace || !std::filesystem::exists(shot.path, error)) {
+    if (work.existing == Existing::Replace || !std::filesystem::is_regular_file(shot.path, error)) {
         return false;
     }
     if (work.existing == Existing::Keep) {

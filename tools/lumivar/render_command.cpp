@@ -81,6 +81,7 @@ void warn_of_short_camera(const std::vector<host::CameraSample>& camera, const s
             outside.push_back(*shot.frame);
         }
     }
+    outside.erase(std::unique(outside.begin(), outside.end()), outside.end());
     if (!outside.empty()) {
         std::fprintf(stderr,
                      "lumivar: warning: the camera of %s does not reach frames %s; it stands still "
@@ -107,17 +108,14 @@ std::vector<std::pair<std::string, std::string>> option_texts(const RenderArgume
         options.emplace_back("exposure", String::fmt("%.17g", content.look->exposure).c_str());
         options.emplace_back("halo", String::fmt("%.17g", content.look->halo).c_str());
         options.emplace_back("bits", std::to_string(content.look->bits));
-        const std::string& config = content.look->managed.config;
-        std::error_code error;
-        if (std::filesystem::is_regular_file(config, error)) {
-            options.emplace_back("configuration", file_fingerprint(config));
+        if (const ManagedView& view = content.look->managed; !view.config.empty()) {
+            options.emplace_back("managed view", fingerprint_of(view));
         }
     }
     options.emplace_back("linear halo", String::fmt("%.17g", content.linear_halo).c_str());
     return options;
 }
 
-/// Of a cube each shot six times, a face each.
 Existing existing_of(const RenderArguments& arguments) {
     if (arguments.resume) {
         return Existing::Resume;
@@ -161,8 +159,13 @@ void check_preview(const RenderArguments& arguments, const std::vector<Shot>& sh
     require_film_encoder();
 }
 
+std::string remedy_of(const RenderArguments& arguments) {
+    return arguments.skip_existing ? "the same command" : "the same command with --resume";
+}
+
 /// Throws where a picture is missing; the summary is told by then.
-void require_all(const RenderRun& run, const std::vector<Shot>& shots, const PoolEnd& end) {
+void require_all(const RenderRun& run, const std::vector<Shot>& shots, const PoolEnd& end,
+                 const std::string& remedy) {
     const std::vector<std::size_t> missing = run.missing();
     if (missing.empty()) {
         return;
@@ -171,9 +174,10 @@ void require_all(const RenderRun& run, const std::vector<Shot>& shots, const Poo
         throw Failure(run.last_failure());
     }
     throw Failure((end.stopped ? run.last_failure() + "; " : "") + run.names_of(missing) + " of " +
-                  counted(shots.size(), "frame", "frames") +
-                  (missing.size() == 1 ? " is" : " are") +
-                  " missing; the same command with --resume renders what is missing");
+                  (shots.front().face.empty() ? counted(shots.size(), "frame", "frames")
+                                              : counted(shots.size(), "picture", "pictures")) +
+                  (missing.size() == 1 ? " is" : " are") + " missing; " + remedy +
+                  " renders what is missing");
 }
 
 void render_command(const RenderArguments& arguments) {
@@ -243,7 +247,7 @@ void render_command(const RenderArguments& arguments) {
     run.end_progress();
     if (end.signal != 0) {
         film_folder.reset();  // what workers have put into it, no signal removes
-        run.tell_interruption();
+        run.tell_interruption(remedy_of(arguments));
         std::raise(end.signal);  // removes what is left and ends the program
     }
     for (const auto& [item, report] : run.reports()) {
@@ -274,8 +278,13 @@ void render_command(const RenderArguments& arguments) {
     }
     std::fflush(stdout);  // before what follows on standard error
     player.close();
-    require_all(run, shots, end);
+    require_all(run, shots, end, remedy_of(arguments));
     if (film_folder) {
+        // Workers have put them there: a signal while the film is made has to know them.
+        for (std::size_t item = 0; item < shots.size(); ++item) {
+            film_folder->file(film_picture(item));
+        }
+        film_folder->file(kFilmFile);
         const auto [num, den] =
             std::pair(scene.composition.frame_rate.num, scene.composition.frame_rate.den);
         make_film(film_folder->path(), {static_cast<int>(num), static_cast<int>(den)},

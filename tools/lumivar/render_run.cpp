@@ -70,11 +70,11 @@ void RenderRun::said(const std::string& line) {
 
 void RenderRun::waited() { progress_.update(standing()); }
 
-void RenderRun::tell_interruption() {
+void RenderRun::tell_interruption(const std::string& remedy) {
     if (shots_.size() > 1) {
         progress_.say("interrupted; " + std::to_string(shots_.size() - missing().size()) + " of " +
-                      counted(shots_.size(), "frame is", "frames are") +
-                      " there; the same command with --resume renders the others");
+                      counted(shots_.size(), "frame is", "frames are") + " there; " + remedy +
+                      " renders the others");
     }
 }
 

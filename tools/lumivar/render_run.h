@@ -32,7 +32,8 @@ public:
     /// No progress is shown any more.
     void end_progress() { progress_.end(); }
     /// Says that the run was interrupted, how far it came and how to go on.
-    void tell_interruption();
+    /// `remedy`: what renders the others.
+    void tell_interruption(const std::string& remedy);
 
     std::uint64_t rendered() const { return rendered_; }
     std::uint64_t kept() const { return kept_; }

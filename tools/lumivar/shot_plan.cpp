@@ -82,7 +82,10 @@ std::vector<host::Time> times_of(const std::vector<Shot>& shots) {
     std::vector<host::Time> times;
     times.reserve(shots.size());
     for (const Shot& shot : shots) {
-        times.push_back(shot.time);
+        // A cube has six pictures of a moment.
+        if (times.empty() || times.back().seconds() != shot.time.seconds()) {
+            times.push_back(shot.time);
+        }
     }
     return times;
 }

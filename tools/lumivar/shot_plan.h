@@ -36,7 +36,7 @@ std::vector<Shot> plan_shots(const ShotRequest& request, const host::Composition
 /// "frame 12 (0.500 s)", or "0.512 s" for a moment that is no frame.
 std::string shown_time(const Shot& shot);
 
-/// Their times.
+/// Their moments, in ascending order, each once.
 std::vector<host::Time> times_of(const std::vector<Shot>& shots);
 
 }  // namespace lumivar

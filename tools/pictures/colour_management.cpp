@@ -81,6 +81,24 @@ void require_name(const std::string& what, const std::string& name,
     }
 }
 
+Failure cannot_show(const ManagedView& view, const OCIO::Exception& reason) {
+    return Failure("the OpenColorIO configuration " + view.config + " cannot show \"" + view.view +
+                   "\" on \"" + view.display + "\": " + in_one_line(reason.what()));
+}
+
+OCIO::ConstCPUProcessorRcPtr processor_of(const ManagedView& view) {
+    const auto config = open_config(view.config);
+    try {
+        const auto transform = OCIO::DisplayViewTransform::Create();
+        transform->setSrc(view.space.c_str());
+        transform->setDisplay(view.display.c_str());
+        transform->setView(view.view.c_str());
+        return config->getProcessor(transform)->getDefaultCPUProcessor();
+    } catch (const OCIO::Exception& reason) {
+        throw cannot_show(view, reason);
+    }
+}
+
 }  // namespace
 
 ManagedView found_in_config(const ManagedView& wanted) {
@@ -109,19 +127,15 @@ ManagedView found_in_config(const ManagedView& wanted) {
 }
 
 void view_managed(LinearImage& image, const ManagedView& view) {
-    const auto config = open_config(view.config);
+    const auto processor = processor_of(view);
     try {
-        const auto transform = OCIO::DisplayViewTransform::Create();
-        transform->setSrc(view.space.c_str());
-        transform->setDisplay(view.display.c_str());
-        transform->setView(view.view.c_str());
-        const auto processor = config->getProcessor(transform)->getDefaultCPUProcessor();
         OCIO::PackedImageDesc pixels(image.samples.data(), image.width, image.height, 3);
         processor->apply(pixels);
     } catch (const OCIO::Exception& reason) {
-        throw Failure("the OpenColorIO configuration " + view.config + " cannot show \"" +
-                      view.view + "\" on \"" + view.display + "\": " + in_one_line(reason.what()));
+        throw cannot_show(view, reason);
     }
 }
+
+std::string fingerprint_of(const ManagedView& view) { return processor_of(view)->getCacheID(); }
 
 }  // namespace lumivar

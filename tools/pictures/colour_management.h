@@ -24,4 +24,9 @@ ManagedView found_in_config(const ManagedView& wanted);
 /// `found_in_config`. Throws `Failure`.
 void view_managed(LinearImage& image, const ManagedView& view);
 
+/// What the view does to light, as a text that changes with it: also with the tables that a
+/// configuration has in files of their own, and with variables that it uses. Throws as
+/// `view_managed`.
+std::string fingerprint_of(const ManagedView& view);
+
 }  // namespace lumivar

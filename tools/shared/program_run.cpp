@@ -1,5 +1,6 @@
 #include "program_run.h"
 
+#include <osapi/descendants.h>
 #include <osapi/descriptor_flags.h>
 #include <osapi/files.h>
 #include <osapi/offspring.h>
@@ -32,6 +33,7 @@ constexpr int kNotStarted = 127;
         for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGXFSZ}) {
             std::signal(signal, SIG_DFL);
         }
+        OSAPI::end_with_parent();
         OSAPI::dup2(OSAPI::open("/dev/null", OSAPI::kRead), STDIN_FILENO);
         OSAPI::dup2(output.write_end().fd(), STDOUT_FILENO);
         OSAPI::dup2(errors.write_end().fd(), STDERR_FILENO);

@@ -15,8 +15,8 @@ struct ProgramRun {
 };
 
 /// Runs `arguments`, the program's file first, with an empty standard input. It shares this
-/// program's group: an interrupt from the terminal ends both. However long it takes, it is waited
-/// for.
+/// program's group: an interrupt from the terminal ends both, and it ends when this program does,
+/// where the system has that. However long it takes, it is waited for.
 ///
 /// Throws `Failure` when it cannot be started, or prints more than `most` bytes; it is killed then.
 ProgramRun run_program(const std::vector<std::string>& arguments, std::size_t most);

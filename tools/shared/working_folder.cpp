@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <set>
+#include <string>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -71,6 +73,18 @@ bool remove_if_orphan(const fs::path& folder) {
     return removed;
 }
 
+/// Folders in which this process has removed orphans, and not the one that it is a copy of; used by
+/// its main thread alone.
+std::set<std::string>& looked_through() {
+    static std::set<std::string> folders;
+    static int process = 0;
+    if (process != OSAPI::getpid()) {
+        process = OSAPI::getpid();
+        folders.clear();
+    }
+    return folders;
+}
+
 /// Of the folders that this process made; used by its main thread alone.
 std::vector<int>& held_locks() {
     static std::vector<int> locks;
@@ -101,7 +115,11 @@ int remove_orphans(const fs::path& parent) {
 WorkingFolder::WorkingFolder(const fs::path& parent, std::string complaint)
     : complaint_(std::move(complaint)) {
     const fs::path place = fs::absolute(parent.empty() ? fs::path(".") : parent);
-    remove_orphans(place);
+    // To look is to list the folder, which may have a hundred thousand pictures: once is enough,
+    // as who starts other processes looks again when one has died.
+    if (looked_through().insert(place.string()).second) {
+        remove_orphans(place);
+    }
     const std::string stem = std::string(kPrefix) + std::to_string(OSAPI::getpid()) + "-";
     for (unsigned int attempt = 0; !claim(place / (stem + std::to_string(attempt))); ++attempt) {
     }

@@ -20,8 +20,9 @@ namespace lumivar {
 
 class WorkingFolder {
 public:
-    /// Removes orphans from `parent`, then makes a working folder there. Throws `Failure`, which
-    /// begins with `complaint`: what the user then does not get ("cannot write a.exr").
+    /// Removes orphans from `parent`, if it is the process's first there, then makes a working
+    /// folder there. Throws `Failure`, which begins with `complaint`: what the user then does not
+    /// get ("cannot write a.exr").
     WorkingFolder(const std::filesystem::path& parent, std::string complaint);
     /// Removes the folder and everything in it.
     ~WorkingFolder();

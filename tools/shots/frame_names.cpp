@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "failure.h"
+
 namespace lumivar {
 namespace {
 
@@ -17,6 +19,9 @@ FrameNames::FrameNames(std::string pattern) : pattern_(std::move(pattern)) {
     find_percent(name);
     if (length_ == 0) {
         find_hashes(name);
+    } else if (pattern_.find("##", name) != std::string::npos) {
+        throw UsageError("the name \"" + pattern_ + "\" has two places for a frame's number, " +
+                         pattern_.substr(start_, length_) + " and ####; leave one");
     }
 }
 

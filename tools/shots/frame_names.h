@@ -8,10 +8,11 @@ namespace lumivar {
 
 /// A name with a place for the frame's number: "pan.####.exr", the number with zeros before it to
 /// at least as many characters as there are "#", or "pan.%04d.exr", which means the same. The last
-/// place in the file's name counts, and one with "%" before one with "#"; folders have none. A
-/// minus is one of the characters: "-003".
+/// place in the file's name counts, and beside one with "%" a single "#" is none; folders have
+/// none. A minus is one of the characters: "-003".
 class FrameNames {
 public:
+    /// Throws `UsageError` for a name with "%d" and "##".
     explicit FrameNames(std::string pattern);
 
     const std::string& pattern() const { return pattern_; }

@@ -35,9 +35,22 @@ std::string film_picture(std::size_t number) {
     return String::fmt("%06llu.png", static_cast<unsigned long long>(number)).c_str();
 }
 
+namespace {
+
+/// As the encoder reads names: a folder's own % is doubled.
+std::string numbered_pictures(const std::filesystem::path& folder) {
+    std::string name;
+    for (const char character : folder.string()) {
+        name.append(character == '%' ? 2 : 1, character);
+    }
+    return name + "/%06d.png";
+}
+
+}  // namespace
+
 void make_film(const std::filesystem::path& folder, std::pair<int, int> rate,
                const std::filesystem::path& film) {
-    const std::filesystem::path made = folder / "film.mp4";
+    const std::filesystem::path made = folder / kFilmFile;
     const std::string size = "trunc(iw/2)*2:trunc(ih/2)*2";
     const ProgramRun run = run_program(
         {"ffmpeg",
@@ -49,7 +62,7 @@ void make_film(const std::filesystem::path& folder, std::pair<int, int> rate,
          "-framerate",
          std::to_string(rate.first) + "/" + std::to_string(rate.second),
          "-i",
-         (folder / "%06d.png").string(),
+         numbered_pictures(folder),
          "-vf",
          "crop=" + size + ":0:0,scale=out_color_matrix=bt709:out_range=tv,format=yuv420p",
          "-c:v",

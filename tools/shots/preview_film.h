@@ -24,6 +24,9 @@ void check_film_name(const std::string& path);
 void make_film(const std::filesystem::path& folder, std::pair<int, int> rate,
                const std::filesystem::path& film);
 
+/// The film in the folder until it is whole, beside the pictures.
+inline constexpr char kFilmFile[] = "film.mp4";
+
 /// The name of a picture for `make_film`.
 std::string film_picture(std::size_t number);
 

@@ -105,6 +105,10 @@ void ShotProgress::update(const ShotStanding& standing) {
 }
 
 void ShotProgress::say(const std::string& line) {
+    if (style_ == ProgressStyle::Json) {
+        print_json({{"event", "message"}, {"text", host::printable(line)}});
+        return;
+    }
     line_.wipe();
     const bool is_ours = line.rfind("lumivar: ", 0) == 0;
     std::fprintf(stderr, "%s%s\n", is_ours ? "" : "lumivar: ", host::printable(line).c_str());

@@ -11,6 +11,7 @@
 #include <osapi/reason.h>
 #include <osapi/signals.h>
 #include <poll.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -133,6 +134,16 @@ std::string died(const Worker& worker, int status) {
            (worker.last_words.empty() ? "" : ": " + worker.last_words);
 }
 
+/// How many workers in a row may die before they begin, where others have begun.
+constexpr int kMostEarlyDeaths = 10;
+/// How much later than its workers this process may see a terminal's interrupt, in milliseconds.
+constexpr int kInterruptIsLate = 100;
+
+bool is_of_interrupt(int status) {
+    return WIFSIGNALED(status) && std::find(std::begin(kInterrupts), std::end(kInterrupts),
+                                            WTERMSIG(status)) != std::end(kInterrupts);
+}
+
 class Pool {
 public:
     Pool(std::size_t items, int workers, const WorkerFunction& work, PoolEvents& events)
@@ -148,7 +159,7 @@ public:
     PoolEnd run() {
         while (has_work() || !workers_.empty()) {
             while (workers_.size() < most_ && unserved() > 0) {
-                start_worker();
+                start_worker_if_possible();
             }
             answer_all();
             wait();
@@ -157,6 +168,9 @@ public:
             }
         }
         end_workers();
+        if (end_.signal == 0) {
+            note_interrupt_within(0);
+        }
         return end_;
     }
 
@@ -169,6 +183,21 @@ private:
             std::count_if(workers_.begin(), workers_.end(),
                           [](const auto& worker) { return worker->held.empty(); }));
         return waiting > free ? waiting - free : 0;
+    }
+
+    /// A system that has no more processes or descriptors for it leaves the run those that it has.
+    void start_worker_if_possible() {
+        try {
+            start_worker();
+        } catch (const StrXception& failure) {
+            if (workers_.empty()) {
+                throw Failure(std::string("cannot start a worker process: ") +
+                              OSAPI::reason(failure).c_str());
+            }
+            most_ = workers_.size();
+            events_.said("only " + std::to_string(most_) +
+                         " worker processes can be started: " + OSAPI::reason(failure).c_str());
+        }
     }
 
     void start_worker() {
@@ -290,7 +319,19 @@ private:
             }
         }
         bury();
-        events_.waited();
+        if (end_.signal == 0) {
+            events_.waited();
+        }
+    }
+
+    /// Takes note of a signal that has come, or comes within `wait_ms` milliseconds.
+    bool note_interrupt_within(int wait_ms) {
+        pollfd end = {interrupts_.fd(), POLLIN, 0};
+        OSAPI::poll(&end, 1, wait_ms, true);
+        if (end.revents != 0) {
+            end_.signal = interrupts_.read_signal();
+        }
+        return end_.signal != 0;
     }
 
     void read_words(Worker& worker) {
@@ -316,7 +357,7 @@ private:
     void take(Worker& worker, const std::string& line) {
         if (line == kNext) {
             worker.asks = true;
-            worker.has_asked = true;
+            worker.has_asked = any_has_asked_ = true;
             return;
         }
         std::istringstream words(line);
@@ -348,14 +389,24 @@ private:
             while (worker->words.read_end().is_open()) {
                 read_words(*worker);
             }
-            settle(*worker, OSAPI::wait_for(worker->id));
+            const int status = OSAPI::wait_for(worker->id);
+            // A terminal's interrupt reaches workers too, and they may be gone first.
+            if (end_.signal == 0 &&
+                !(is_of_interrupt(status) && note_interrupt_within(kInterruptIsLate))) {
+                settle(*worker, status);
+            }
             events_.worker_ended();
         }
     }
 
     void settle(const Worker& worker, int status) {
-        if (!worker.has_asked) {
+        if (worker.has_asked) {
+            early_deaths_ = 0;
+        } else if (++early_deaths_ == kMostEarlyDeaths || !any_has_asked_) {
             throw Failure("cannot begin: " + died(worker, status));
+        }
+        if (worker.held.empty() && status != 0) {
+            events_.said("a worker ended badly when its frames were done: " + died(worker, status));
         }
         for (const std::size_t item : worker.held) {
             if (++deaths_[item] == 1) {
@@ -396,7 +447,7 @@ private:
     }
 
     const std::size_t items_;
-    const std::size_t most_;
+    std::size_t most_;
     const WorkerFunction& work_;
     PoolEvents& events_;
     Interrupts interrupts_;
@@ -404,6 +455,8 @@ private:
     std::size_t next_ = 0;           ///< the first item that was not handed out yet
     std::deque<std::size_t> again_;  ///< items whose worker died
     std::vector<int> deaths_;        ///< of workers, for each item
+    bool any_has_asked_ = false;     ///< a worker of this run has begun
+    int early_deaths_ = 0;           ///< of workers that had not begun, in a row
     PoolEnd end_;
 };
 

@@ -91,9 +91,10 @@ struct PoolEnd {
 /// SIGINT, SIGTERM and SIGHUP stop the run: the workers get SIGTERM and, if they do not end within
 /// half a second, SIGKILL.
 ///
-/// Throws `Failure` when workers die before they ask for an item, and the errors of the
-/// operating-system layer; no worker is left then. For a process without threads, from its main
-/// thread.
+/// Where the system does not let so many start, those that there are do all. Throws `Failure` when
+/// none can be started, when the first to end or many in a row die before they ask for an item, and
+/// the errors of the operating-system layer; no worker is left then. For a process without threads,
+/// from its main thread.
 PoolEnd run_worker_pool(std::size_t items, int workers, const WorkerFunction& work,
                         PoolEvents& events);
 

@@ -10,6 +10,10 @@ namespace OSAPI {
 /// Throws "setpgid: ...".
 void lead_group();
 
+/// From now on the calling process gets SIGTERM when its parent ends, however that ends; what it
+/// runs instead of itself (`exec`) does so too. False where there is no such thing.
+bool end_with_parent();
+
 /// From now on whatever comes of this process becomes its child when its own parent ends, also what
 /// left the group, so that it can be waited for. False where the system has no such thing: it takes
 /// orphans over itself. Linux has it.
