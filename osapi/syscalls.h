@@ -73,7 +73,7 @@ struct ProcessCalls {
     unsigned int (*sleep)(unsigned int seconds);
     int (*setpgid)(pid_t pid, pid_t group);
     int (*die_with_parent)();  ///< by SIGTERM; `ENOSYS` where there is no such thing
-    int (*become_reaper)();  ///< of orphaned descendants; `ENOSYS` where there is no such thing
+    int (*become_reaper)();    ///< of orphaned descendants; `ENOSYS` where there is no such thing
     int (*sigaction)(int sig, const struct ::sigaction* action, struct ::sigaction* previous);
     uid_t (*geteuid)();
 };

@@ -252,7 +252,24 @@ TEST(WorkerPool, GoesOnWhereALaterWorkerDiesBeforeItBegins) {
     const PoolEnd end = run_worker_pool(200, 3, work, heard);
     EXPECT_FALSE(end.stopped);
     EXPECT_EQ(heard.done_texts.size(), 200U);
-    EXPECT_EQ(access((mark + ".second").c_str(), F_OK), 0) << "one has died";
+    ASSERT_EQ(heard.lines.size(), 1U);
+    EXPECT_EQ(heard.lines[0], "before its first frame its worker died (killed by SIGKILL)");
+}
+
+TEST(WorkerPool, SaysThatAWorkerDiedAfterItsLastItem) {
+    Heard heard;
+    run_worker_pool(
+        1, 1,
+        [](WorkerLink& link) {
+            while (const auto task = link.next().task) {
+                link.done(task->item, "done");
+            }
+            raise(SIGKILL);
+        },
+        heard);
+    EXPECT_EQ(heard.done_texts.size(), 1U);
+    ASSERT_EQ(heard.lines.size(), 1U);
+    EXPECT_EQ(heard.lines[0], "when its frames were done its worker died (killed by SIGKILL)");
 }
 
 TEST(WorkerPool, DoesAllByTheWorkersThatThereAre) {

@@ -406,7 +406,9 @@ private:
             throw Failure("cannot begin: " + died(worker, status));
         }
         if (worker.held.empty() && status != 0) {
-            events_.said("a worker ended badly when its frames were done: " + died(worker, status));
+            events_.said(std::string(worker.has_asked ? "when its frames were done "
+                                                      : "before its first frame ") +
+                         died(worker, status));
         }
         for (const std::size_t item : worker.held) {
             if (++deaths_[item] == 1) {
